@@ -1,0 +1,9 @@
+# Warnings are errors; sanitizers on demand.
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+# QString and friends go through named conversions: Latin-1 and UTF-8 are never mixed up in silence.
+add_compile_definitions(QT_NO_CAST_TO_ASCII)
+
+if(SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,38 @@
+// The base of every plug-in's main window.
+#pragma once
+
+#include "HostExport.h"
+
+#include <QMainWindow>
+
+#include <memory>
+
+class WidgetFactory;
+
+/// A main window with a title, a first size and a help page. Closing it hides it: the plug-in keeps
+/// its pointer, and is told by nobody.
+class HOST_EXPORT BaseWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    /// `helpPage` is what F1 shows. `flag` true keeps the window above its parent. `name`, which
+    /// may be null, becomes the object name.
+    BaseWindow(const QString& title, const QSize& size, const QString& helpPage, bool flag,
+               QWidget* parent, const char* name);
+    ~BaseWindow() override;
+
+    /// Ends `window`, as when its plug-in is sent "Kill"; the base closes it.
+    virtual void Kill(BaseWindow* window);
+
+    const QString& helpPage() const { return m_helpPage; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+    /// Makes widgets in the host's style; never null.
+    WidgetFactory* m_Factory;
+
+private:
+    std::unique_ptr<WidgetFactory> m_ownFactory;
+    QString m_helpPage;
+};

@@ -1,0 +1,21 @@
+// The observer of the data space.
+#pragma once
+
+#include "HostExport.h"
+
+/// Hears of every change from its construction until its destruction, on the GUI thread, while the
+/// guard of the change ends. A handler learns the kind of change only, and reads the data anew.
+///
+/// An exception out of a handler is logged by the host and goes no further. Subscribers may be made
+/// and destroyed inside a handler.
+class HOST_EXPORT Subscriber {
+public:
+    Subscriber();
+    Subscriber(const Subscriber&) = delete;
+    Subscriber& operator=(const Subscriber&) = delete;
+    virtual ~Subscriber();
+
+    virtual void commUpdate() = 0;
+    virtual void commAdd() = 0;
+    virtual void commDelete() = 0;
+};

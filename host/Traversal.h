@@ -1,0 +1,71 @@
+// Walks over the data: collecting items by kind, and applying a function to atoms, groups or
+// residues. `all` means everywhere: true for every item below the root, false for selected ones.
+#pragma once
+
+#include "Compound.h"
+#include "HostExport.h"
+#include "Kinds.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace TAVIK {
+
+/// Append the atoms, groups or residues at or below `root` to `out`, depth first in the order of
+/// children, and leave what it holds. A null root gives nothing.
+HOST_EXPORT void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all);
+HOST_EXPORT void GetGroups(Compound* root, std::vector<Compound*>& out, bool all);
+HOST_EXPORT void GetResidues(Compound* root, std::vector<Compound*>& out, bool all);
+/// Appends the selected items below `root` to `out`: of an item that is wholly selected, the item
+/// itself and nothing in it.
+HOST_EXPORT void GetSelected(Compound* root, std::vector<Compound*>& out);
+
+/// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
+/// `root` itself. What lies inside a `T` is not looked at. With `all` false only selected items
+/// are taken, and an item without any selection in it is not entered. `tag` is not read: it selects
+/// `T`. `parts` says whether the parts of a root that is no composite are looked through; they
+/// never are further down.
+template <class T>
+void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* tag, bool parts) {
+    if (!root || (!all && !root->HasSelected()))
+        return;
+    const auto collect = [&](Compound** begin, Compound** end) {
+        for (Compound** it = begin; it != end; ++it) {
+            Compound* child = *it;
+            if (!child)
+                continue;
+            if (dynamic_cast<T*>(child)) {
+                if (all || child->IsSelected())
+                    out.push_back(child);
+            } else if (dynamic_cast<Composite*>(child)) {
+                GetItems<T>(child, out, all, tag, false);
+            }
+        }
+    };
+    if (dynamic_cast<Composite*>(root))
+        collect(root->ChildBegin(), root->ChildEnd());
+    else if (parts)
+        collect(root->PartBegin(), root->PartEnd());
+}
+
+/// Gather everything first, then apply `f` to each item in order, so that `f` may change selection
+/// or visibility without disturbing the walk. Return `f` as it stands after the last call.
+template <class F> F ForAtoms(Compound* root, bool all, F f) {
+    std::vector<Compound*> items;
+    GetAtoms(root, items, all);
+    return std::for_each(items.begin(), items.end(), f);
+}
+
+template <class F> F ForGroups(Compound* root, bool all, F f) {
+    std::vector<Compound*> items;
+    GetGroups(root, items, all);
+    return std::for_each(items.begin(), items.end(), f);
+}
+
+template <class F> F ForResidues(Compound* root, bool all, F f) {
+    std::vector<Compound*> items;
+    GetResidues(root, items, all);
+    return std::for_each(items.begin(), items.end(), f);
+}
+
+} // namespace TAVIK

@@ -1,0 +1,11 @@
+// The change guard for deletions.
+#pragma once
+
+#include "DataGuard.h"
+
+template <class T> class DataDelete : public DataGuard<T, Publisher::Delete> {
+public:
+    /// `data` is the item below which, or which itself, is destroyed; null only warns.
+    DataDelete(Subscriber* originator, T* data)
+        : DataGuard<T, Publisher::Delete>(originator, data, "../../include/DataDelete") {}
+};

@@ -1,0 +1,18 @@
+// What the three kinds of change guards have in common.
+#pragma once
+
+#include "Checks.h"
+#include "DataPointBase.h"
+
+/// A change guard of one kind that remembers the item it was opened on. It owns nothing; its end is
+/// the host's (see DataPointBase).
+template <class T, Publisher::ActionType kind> class DataGuard : public DataPointBase {
+protected:
+    /// `source` names the guard's header in the warning that a null `data` gives.
+    DataGuard(Subscriber* originator, T* data, const char* source)
+        : DataPointBase(originator, kind), m_data(data) {
+        checkPtr(data, source, 78);
+    }
+
+    T* m_data;
+};

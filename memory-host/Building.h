@@ -1,0 +1,74 @@
+// How the in-memory data space is filled: items with their values, built aside from the space and
+// attached in one step. File readers, tests and benchmarks all build with these functions.
+#pragma once
+
+#include "HostExport.h"
+#include "Kinds.h"
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace memory_host {
+
+/// What an atom is made of.
+struct AtomRecord {
+    std::string_view name;    ///< as "CA"
+    std::string_view type;    ///< element symbol as "C" or "Cu"; "X" where it is unknown
+    TAVIK::Vertex position;   ///< Å
+    float temperature = 0.0F; ///< Å²
+    unsigned int model = 0;   ///< 0: shared by all alternative models; at most 65535
+};
+
+/// The values of a grid and where they lie.
+struct GridRecord {
+    std::array<int, 3> points{};    ///< number of points along x, y, z; each at least 1
+    std::array<double, 3> origin{}; ///< position of point (0, 0, 0) in Å
+    /// Å from a point to its neighbour along each of the three axes: steps[axis] is a vector.
+    std::array<std::array<double, 3>, 3> steps{};
+    std::vector<float> values; ///< x fastest; points[0] * points[1] * points[2] of them
+};
+
+/// Makes an item as DataMaker::makeCore does, but outside of the data space; it and what is added
+/// to it belong to the caller until attach() or DataMaker::Destroy(). No guard is needed meanwhile.
+HOST_EXPORT TAVIK::Compound* makeDetached(const std::string& name, const std::string& kind);
+/// Makes a detached item the last child of `parent`. The caller holds an add guard when `parent`
+/// is in the data space.
+HOST_EXPORT void attach(TAVIK::Compound* detached, TAVIK::Compound* parent);
+
+/// Adds an atom as the last child of `parent`, which must be a composite.
+HOST_EXPORT TAVIK::Atom* addAtom(TAVIK::Compound* parent, const AtomRecord& record);
+/// Gives an atom that makeCore made its values; the name stays.
+HOST_EXPORT void setAtom(TAVIK::Compound* atom, const AtomRecord& record);
+/// Adds a bond between two atoms as the last child of `parent`; null if either is no atom.
+HOST_EXPORT TAVIK::Bond* addBond(TAVIK::Compound* parent, TAVIK::Compound* a, TAVIK::Compound* b);
+/// Adds a grid as the last child of `parent`; all of it is shown.
+HOST_EXPORT TAVIK::Grid* addGrid(TAVIK::Compound* parent, const std::string& name,
+                                 GridRecord&& record);
+/// Gives a grid that makeCore made its values; all of it is shown.
+HOST_EXPORT void setGrid(TAVIK::Compound* grid, GridRecord&& record);
+
+/// The active alternative model of a residue, from 1; 0 for a residue that has none.
+HOST_EXPORT unsigned int activeModel(TAVIK::Compound* residue);
+/// The points of an item that makePolyLine made; empty for any other item.
+HOST_EXPORT std::vector<TAVIK::Vertex> polyLinePoints(TAVIK::Compound* item);
+/// The values of a grid, x fastest; empty for any other item.
+HOST_EXPORT const std::vector<float>& gridValues(TAVIK::Compound* item);
+/// The composite that holds `item`; null for the space and for a detached root.
+HOST_EXPORT TAVIK::Compound* parentOf(TAVIK::Compound* item);
+
+/// While one lives, the space is locked: every change guard is refused.
+class HOST_EXPORT SpaceLock {
+public:
+    SpaceLock();
+    ~SpaceLock();
+    SpaceLock(const SpaceLock&) = delete;
+    SpaceLock& operator=(const SpaceLock&) = delete;
+};
+
+/// Recounts everything below the space (counters, positions among siblings, parents, members,
+/// bonds) and returns a line for each thing that does not hold; empty when all is well.
+HOST_EXPORT std::vector<std::string> checkInvariants();
+
+} // namespace memory_host

@@ -1,0 +1,54 @@
+// Opening structure and map files: PDB, mmCIF (each also gzipped) and CCP4/MRC maps.
+#pragma once
+
+#include "Compound.h"
+#include "HostExport.h"
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace memory_host {
+
+/// Why a file could not be opened, as one line: the file, the line in it where there is one, what
+/// is wrong, and what is accepted.
+class HOST_EXPORT FileError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+    ~FileError() override;
+};
+
+/// Called while a file is opened with what is being done ("building the atoms") and how far it is
+/// (0 to 1, or negative where that is not known).
+using Progress = std::function<void(const std::string& stage, double fraction)>;
+
+/// The content of a file, read but not yet in the data space.
+class ParsedFile;
+struct HOST_EXPORT ParsedFileDeleter {
+    void operator()(ParsedFile* file) const;
+};
+using ParsedFilePtr = std::unique_ptr<ParsedFile, ParsedFileDeleter>;
+
+/// Reads and checks a file. Touches nothing of the data space, so that it may run on any thread.
+/// Throws FileError.
+HOST_EXPORT ParsedFilePtr parseFile(const std::string& path);
+
+/// What opening a file brought.
+struct OpenedFile {
+    std::vector<TAVIK::Compound*> items; ///< the new top-level items
+    /// A line for everything that was read other than as written (replaced characters, atoms
+    /// without a usable position ...), in the form of a FileError's.
+    std::vector<std::string> remarks;
+};
+
+/// Builds the items of a parsed file aside, and attaches them in one step under a guard that tells
+/// every subscriber. Throws FileError when the guard is refused; the space is then as it was.
+/// `progress`, which may be empty, must not change the data space.
+HOST_EXPORT OpenedFile openParsed(ParsedFile& file, const Progress& progress);
+
+/// parseFile() and openParsed().
+HOST_EXPORT OpenedFile openFile(const std::string& path);
+
+} // namespace memory_host

@@ -1,0 +1,24 @@
+// Loading plug-ins. A plug-in's file is <folder>/<type>/lib<name>.so, or with a version behind it
+// (lib<name>.so.0): its place says its type and name before it is loaded.
+#pragma once
+
+#include "HostExport.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace memory_host {
+
+/// Loads every plug-in of `folder`, in order of type and name. One that cannot be loaded or lacks
+/// an entry point is an error in the log with its file's name, and the others go on. Returns the
+/// loaded ones as "type/name".
+HOST_EXPORT QStringList loadPlugins(const QString& folder);
+/// Sends a loaded plug-in its default action. Returns whether it answered without an error; what
+/// went wrong is in the log.
+HOST_EXPORT bool startPlugin(const QString& typeAndName);
+/// Whether every loaded plug-in reports that it is done.
+HOST_EXPORT bool allPluginsDone();
+/// Tells every plug-in to clean up, and unloads them.
+HOST_EXPORT void unloadPlugins();
+
+} // namespace memory_host
