@@ -23,6 +23,7 @@ public:
     bool m_good;
 
 private:
+    bool m_holds; ///< what the host granted, whatever became of m_good
     Publisher::ActionType m_kind;
     Subscriber* m_originator;
 };

@@ -1,0 +1,287 @@
+// Creating and destroying items, for plug-ins and for file readers.
+#include "DataMaker.h"
+
+#include "Items.h"
+
+#include <QtGlobal>
+
+#include <array>
+#include <memory>
+#include <unordered_set>
+
+namespace memory_host {
+
+namespace {
+
+constexpr std::array<const char*, 11> kindNames = {"Composite", "Space",    "Molecule", "Residue",
+                                                   "Group",     "Atom",     "Bond",     "Surface",
+                                                   "Grid",      "PolyLine", "Set"};
+
+// What cannot be done is said once, here, and makes nothing.
+Holder* holderOf(Compound* parent, const char* what, const std::string& name) {
+    if (!parent) {
+        qWarning("%s: no parent for \"%s\"", what, name.c_str());
+        return nullptr;
+    }
+    HostItem& record = HostItem::of(parent);
+    if (!record.isHolder()) {
+        qWarning("%s: \"%s\" holds no items, so that \"%s\" cannot be made in it", what,
+                 parent->GetName().c_str(), name.c_str());
+        return nullptr;
+    }
+    return &record.asHolder();
+}
+
+// Owns an item until it is attached, also when something throws in between.
+template <class ItemClass> ItemClass* attachNew(std::unique_ptr<ItemClass> item, Holder& parent) {
+    attachTo(item.get(), parent);
+    return item.release();
+}
+
+void freeItem(Compound* item);
+
+void freeBond(BondItem* bond) {
+    detach(bond);
+    freeItem(bond);
+}
+
+// Frees a detached item and what it holds. Nothing in it is counted any more.
+void freeItem(Compound* item) {
+    HostItem& record = HostItem::of(item);
+    leaveSets(record);
+    switch (record.kind) {
+    case Kind::Atom:
+        while (BondItem* bond = static_cast<AtomItem*>(item)->m_bonds)
+            freeBond(bond);
+        break;
+    case Kind::Bond:
+        static_cast<BondItem*>(item)->disconnect();
+        break;
+    case Kind::Set:
+        releaseMembers(static_cast<SetRecord&>(record));
+        break;
+    default:
+        break;
+    }
+    if (record.isHolder()) {
+        // Bonds in here may go before their turn, with an atom: their children are null then.
+        Holder& holder = record.asHolder();
+        for (std::uint32_t slot = holder.begin, end = holder.end; slot != end; ++slot) {
+            if (Compound* child = holder.children[slot]) {
+                HostItem::of(child).parent = nullptr;
+                holder.children[slot] = nullptr;
+                freeItem(child);
+            }
+        }
+    }
+    delete item;
+}
+
+bool isControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return c == '/' || byte < 0x20 || byte == 0x7f;
+}
+
+// Names of atoms are nearly always fit to be used as they stand.
+std::uint32_t componentNumber(std::string_view name) {
+    for (const char c : name)
+        if (isControl(c))
+            return internName(asComponent(name));
+    return internName(name);
+}
+
+} // namespace
+
+Compound* newItem(Kind kind, std::string_view text) {
+    const std::uint32_t name = componentNumber(text);
+    switch (kind) {
+    case Kind::Composite:
+        return new CompositeItem(name);
+    case Kind::Molecule:
+        return new MoleculeItem(name);
+    case Kind::Residue:
+        return new ResidueItem(name);
+    case Kind::Group:
+        return new GroupItem(name);
+    case Kind::Atom: {
+        auto* const atom = new AtomItem(name);
+        atom->setValues({{}, "X", {}, 0.0F, 0});
+        return atom;
+    }
+    case Kind::Bond:
+        return new BondItem(name);
+    case Kind::Surface:
+        return new SurfaceItem(name);
+    case Kind::Grid:
+        return new GridItem(name);
+    case Kind::PolyLine:
+        return new PolyLineItem(name);
+    case Kind::Set:
+        return new SetItem(name);
+    case Kind::Space:
+        break;
+    }
+    return nullptr;
+}
+
+bool kindOfName(const std::string& className, Kind& kind) {
+    for (std::size_t i = 0; i != kindNames.size(); ++i) {
+        kind = static_cast<Kind>(i);
+        // What needs more than a name has a maker of its own, and there is one space.
+        const bool makable = kind != Kind::Space && kind < Kind::PolyLine;
+        if (makable && className == kindNames[i])
+            return true;
+    }
+    return false;
+}
+
+std::string kindName(Kind kind) {
+    return kindNames[static_cast<std::size_t>(kind)];
+}
+
+Compound* makeDetached(const std::string& name, const std::string& className) {
+    Kind kind{};
+    if (!kindOfName(className, kind)) {
+        qWarning("makeCore: there is no kind \"%s\" for \"%s\"", className.c_str(), name.c_str());
+        return nullptr;
+    }
+    return newItem(kind, name);
+}
+
+void attach(Compound* detached, Compound* parent) {
+    Holder* holder = detached ? holderOf(parent, "attach", detached->GetName()) : nullptr;
+    if (!holder || HostItem::of(detached).parent)
+        return;
+    struct Shrink {
+        static void all(Holder& of) {
+            of.shrink();
+            for (std::uint32_t slot = of.begin; slot != of.end; ++slot) {
+                HostItem& record = HostItem::of(of.children[slot]);
+                if (record.isHolder())
+                    all(record.asHolder());
+            }
+        }
+    };
+    if (HostItem::of(detached).isHolder())
+        Shrink::all(HostItem::of(detached).asHolder());
+    attachTo(detached, *holder);
+}
+
+TAVIK::Atom* addAtom(Compound* parent, const AtomRecord& values) {
+    Holder* holder = holderOf(parent, "addAtom", std::string(values.name));
+    if (!holder)
+        return nullptr;
+    auto atom = std::make_unique<AtomItem>(componentNumber(values.name));
+    atom->setValues(values);
+    return attachNew(std::move(atom), *holder);
+}
+
+void setAtom(Compound* item, const AtomRecord& values) {
+    auto* const atom = dynamic_cast<AtomItem*>(item);
+    if (!atom)
+        return;
+    atom->setValues(values);
+    updateModelOf(HostItem::of(atom));
+    atom->updateShown();
+}
+
+TAVIK::Bond* addBond(Compound* parent, Compound* a, Compound* b) {
+    Holder* holder = holderOf(parent, "addBond", "bond");
+    auto* const first = dynamic_cast<AtomItem*>(a);
+    auto* const second = dynamic_cast<AtomItem*>(b);
+    if (!holder || !first || !second || first == second)
+        return nullptr;
+    auto bond = std::make_unique<BondItem>(0);
+    BondItem* const made = bond.get();
+    attachNew(std::move(bond), *holder);
+    made->connect(first, second);
+    return made;
+}
+
+TAVIK::Grid* addGrid(Compound* parent, const std::string& name, GridRecord&& values) {
+    Holder* holder = holderOf(parent, "addGrid", name);
+    if (!holder)
+        return nullptr;
+    auto grid = std::make_unique<GridItem>(componentNumber(name));
+    grid->setValues(std::move(values));
+    return attachNew(std::move(grid), *holder);
+}
+
+void setGrid(Compound* item, GridRecord&& values) {
+    if (auto* const grid = dynamic_cast<GridItem*>(item))
+        grid->setValues(std::move(values));
+}
+
+unsigned int activeModel(Compound* residue) {
+    const HostItem& record = HostItem::of(residue);
+    return record.kind == Kind::Residue ? record.model : 0;
+}
+
+std::vector<TAVIK::Vertex> polyLinePoints(Compound* item) {
+    const auto* const line = dynamic_cast<PolyLineItem*>(item);
+    return line ? line->m_points : std::vector<TAVIK::Vertex>();
+}
+
+const std::vector<float>& gridValues(Compound* item) {
+    static const std::vector<float> none;
+    const auto* const grid = dynamic_cast<GridItem*>(item);
+    return grid ? grid->m_values.values : none;
+}
+
+Compound* parentOf(Compound* item) {
+    const Holder* parent = HostItem::of(item).parent;
+    return parent ? parent->self : nullptr;
+}
+
+} // namespace memory_host
+
+namespace TAVIK {
+
+using namespace memory_host;
+
+Compound* DataMaker::makeCore(Compound* parent, const std::string& name, const std::string& kind) {
+    Holder* holder = holderOf(parent, "makeCore", name);
+    if (!holder)
+        return nullptr;
+    std::unique_ptr<Compound> item(makeDetached(name, kind));
+    return item ? attachNew(std::move(item), *holder) : nullptr;
+}
+
+Compound* DataMaker::makePolyLine(Compound* parent, const std::string& name,
+                                  const std::vector<Vertex>& points) {
+    Holder* holder = holderOf(parent, "makePolyLine", name);
+    if (!holder)
+        return nullptr;
+    auto line = std::make_unique<PolyLineItem>(componentNumber(name));
+    line->m_points = points;
+    return attachNew(std::move(line), *holder);
+}
+
+Compound* DataMaker::makeSet(Compound* parent, const std::string& name,
+                             const std::vector<Compound*>& members) {
+    Holder* holder = holderOf(parent, "makeSet", name);
+    if (!holder)
+        return nullptr;
+    std::vector<Compound*> listed;
+    std::unordered_set<Compound*> seen;
+    listed.reserve(members.size());
+    for (Compound* member : members)
+        if (member && seen.insert(member).second)
+            listed.push_back(member);
+    auto* const set = attachNew(std::make_unique<SetItem>(componentNumber(name)), *holder);
+    listMembers(static_cast<SetRecord&>(HostItem::of(set)), std::move(listed));
+    return set;
+}
+
+void DataMaker::Destroy(Compound* item) {
+    if (!item)
+        return;
+    if (HostItem::of(item).kind == Kind::Space) {
+        qWarning("Destroy: the data space itself stays");
+        return;
+    }
+    detach(item);
+    freeItem(item);
+}
+
+} // namespace TAVIK

@@ -1,0 +1,87 @@
+#include "HostItem.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace TAVIK {
+
+namespace {
+std::uint32_t lastId = 0;
+}
+
+HostItem::HostItem(memory_host::Kind ofKind, std::uint32_t nameNumber)
+    : id(ofKind == memory_host::Kind::Space ? 0 : ++lastId), color(0), name(nameNumber),
+      kind(ofKind) {
+    color = memory_host::defaultColor(*this).rgba();
+}
+
+memory_host::Holder& HostItem::asHolder() {
+    return static_cast<memory_host::Holder&>(*this);
+}
+
+} // namespace TAVIK
+
+namespace memory_host {
+
+Holder::~Holder() {
+    std::free(children);
+} // NOLINT: see resize()
+
+void Holder::resize(std::uint32_t slotCount) {
+    // realloc, because a chain of a million bonds grows in place more often than not.
+    auto** const resized = static_cast<Compound**>(
+        std::realloc(children, std::max<std::size_t>(slotCount, 1) * sizeof(Compound*))); // NOLINT
+    if (!resized)
+        throw std::bad_alloc();
+    children = resized;
+    capacity = slotCount;
+}
+
+void Holder::appendChild(Compound* child) {
+    if (end == capacity) {
+        if (begin + holes > capacity / 2)
+            closeHoles();
+        if (end == capacity)
+            resize(std::max<std::uint32_t>(4, capacity * 2));
+    }
+    HostItem::of(child).position = end;
+    children[end++] = child;
+}
+
+void Holder::removeChild(std::uint32_t slot) {
+    children[slot] = nullptr;
+    ++holes;
+    // Holes at either end are closed at once, so that emptying from an end never moves anything.
+    while (begin != end && !children[begin]) {
+        ++begin;
+        --holes;
+    }
+    while (begin != end && !children[end - 1]) {
+        --end;
+        --holes;
+    }
+    if (begin == end)
+        begin = end = holes = 0;
+}
+
+void Holder::closeHoles() {
+    std::uint32_t to = 0;
+    for (std::uint32_t from = begin; from != end; ++from) {
+        if (Compound* child = children[from]) {
+            HostItem::of(child).position = to;
+            children[to++] = child;
+        }
+    }
+    begin = 0;
+    end = to;
+    holes = 0;
+}
+
+void Holder::shrink() {
+    closeHoles();
+    if (end < capacity)
+        resize(end);
+}
+
+} // namespace memory_host

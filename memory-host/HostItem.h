@@ -1,0 +1,217 @@
+// The host's own record of every item: where it hangs, its identity, its marks and, for a
+// composite, its children and the counters from which its state is read in constant time.
+#pragma once
+
+#include "Compound.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace memory_host {
+
+enum class Kind : std::uint8_t {
+    Composite,
+    Space,
+    Molecule,
+    Residue,
+    Group,
+    Atom,
+    Bond,
+    Surface,
+    Grid,
+    PolyLine,
+    Set
+};
+
+struct Holder;
+
+/// What a subtree adds to the counters of the composite that holds it. Sets add nothing: what they
+/// list is counted where it stands.
+struct Contribution {
+    std::int32_t atoms = 0;
+    std::int32_t selectedAtoms = 0;
+    std::int32_t leaves = 0; ///< items that hold nothing, empty composites included
+    std::int32_t selectedLeaves = 0;
+    std::int32_t shownLeaves = 0;
+
+    Contribution operator-(const Contribution& other) const {
+        return {atoms - other.atoms, selectedAtoms - other.selectedAtoms, leaves - other.leaves,
+                selectedLeaves - other.selectedLeaves, shownLeaves - other.shownLeaves};
+    }
+    Contribution operator-() const { return Contribution{} - *this; }
+    Contribution& operator+=(const Contribution& other) {
+        atoms += other.atoms;
+        selectedAtoms += other.selectedAtoms;
+        leaves += other.leaves;
+        selectedLeaves += other.selectedLeaves;
+        shownLeaves += other.shownLeaves;
+        return *this;
+    }
+    bool operator==(const Contribution&) const = default;
+};
+
+/// What others may ask of an item, in short.
+struct ItemState {
+    bool selected = false;
+    bool hasSelected = false;
+    bool visible = false;
+
+    bool operator==(const ItemState&) const = default;
+};
+
+} // namespace memory_host
+
+namespace TAVIK {
+
+struct HostItem {
+    enum Flag : std::uint8_t {
+        Selected = 1,    ///< own mark; of a composite only while it is empty
+        Visible = 2,     ///< own mark, likewise
+        Shown = 4,       ///< of a leaf: visible in effect, as it is counted
+        OtherModel = 8,  ///< of an atom: it belongs to a model that is not active
+        InSets = 16,     ///< some set lists the item
+        HasPosition = 32 ///< of an atom
+    };
+
+    HostItem(memory_host::Kind ofKind, std::uint32_t nameNumber);
+
+    /// The record of any item.
+    static HostItem& of(const Compound* item) {
+        return const_cast<Compound*>(item)
+            ->hostItem(); // NOLINT: the record is the host's to change
+    }
+
+    bool has(Flag flag) const { return (flags & flag) != 0; }
+    void set(Flag flag, bool on) {
+        flags = static_cast<std::uint8_t>(on ? flags | flag : flags & ~flag);
+    }
+    bool isHolder() const { return kind <= memory_host::Kind::Group; }
+    memory_host::Holder& asHolder();
+
+    memory_host::Holder* parent = nullptr;
+    std::uint32_t id;
+    std::uint32_t color;        ///< packed as Color packs it
+    std::uint32_t position = 0; ///< slot in the parent's vector
+    std::uint32_t name;         ///< see Names.h
+    memory_host::Kind kind;
+    std::uint8_t flags = Visible | Shown;
+    std::uint16_t model = 0; ///< of an atom: its model; of a residue: the active one
+    std::uint32_t type = 0;  ///< of an atom: its symbol, see Names.h
+};
+
+} // namespace TAVIK
+
+namespace memory_host {
+
+using TAVIK::Compound;
+using TAVIK::HostItem;
+
+/// The record of a composite. Destroyed children leave holes in the vector, which are closed the
+/// next time that the vector is read: destroying costs nothing by the number of siblings.
+struct Holder : HostItem {
+    Holder(Kind ofKind, std::uint32_t nameNumber, Compound* item)
+        : HostItem(ofKind, nameNumber), self(item) {}
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+    ~Holder();
+
+    std::uint32_t childCount() const { return end - begin - holes; }
+    Compound** childBegin() {
+        if (holes)
+            closeHoles();
+        return children + begin;
+    }
+    Compound** childEnd() {
+        if (holes)
+            closeHoles();
+        return children + end;
+    }
+    /// Appends to the vector alone; the counters are the caller's.
+    void appendChild(Compound* child);
+    /// Leaves a hole; the counters are the caller's.
+    void removeChild(std::uint32_t slot);
+    /// Gives back what the vector does not need.
+    void shrink();
+
+    Compound* self;
+    Compound** children = nullptr;
+    std::uint32_t begin = 0;
+    std::uint32_t end = 0;
+    std::uint32_t capacity = 0;
+    std::uint32_t holes = 0; ///< null children between begin and end
+    Contribution sum;        ///< of all children
+
+private:
+    void closeHoles();
+    void resize(std::uint32_t slotCount);
+};
+
+/// The record of a set: it counts the states of its members, which tell it of every change. Members
+/// that are destroyed leave holes, closed when the parts are next read.
+struct SetRecord : HostItem {
+    using HostItem::HostItem;
+
+    std::uint32_t memberCount() const { return static_cast<std::uint32_t>(members.size()) - holes; }
+    std::vector<Compound*>& listed();
+
+    std::vector<Compound*> members;
+    std::uint32_t holes = 0;
+    std::int32_t selected = 0; ///< number of members that are selected
+    std::int32_t hasSelected = 0;
+    std::int32_t visible = 0;
+};
+
+/// Lists `members`, which hold neither null nor repetitions, in a new set.
+void listMembers(SetRecord& set, std::vector<Compound*> members);
+/// Takes an item out of every set that lists it.
+void leaveSets(HostItem& item);
+/// Ends a set's listings, before the set is freed.
+void releaseMembers(SetRecord& set);
+/// Tells the sets that list `item` that its state was `before`.
+void tellSets(const HostItem& item, ItemState before);
+/// The sets that list `item`.
+std::vector<SetRecord*> setsOf(const HostItem& item);
+
+/// The state of any item, in constant time.
+ItemState stateOf(const HostItem& item);
+bool isSelected(const HostItem& item);
+bool hasSelected(const HostItem& item);
+bool isVisible(const HostItem& item);
+
+/// Runs a change of one item's counters or marks, and tells the sets that list the item.
+template <class Change> void changeState(HostItem& item, Change&& change) {
+    if (!item.has(HostItem::InSets)) {
+        change();
+        return;
+    }
+    const ItemState before = stateOf(item);
+    change();
+    tellSets(item, before);
+}
+
+/// What `item` adds to its parent now.
+Contribution contributionOf(const HostItem& item);
+/// Carries a change of what the children of `holder` add up to through all levels.
+void addContribution(Holder* holder, Contribution change);
+
+/// Set the marks of an item and of all that it holds.
+void setSelected(HostItem& item, bool on);
+void setVisible(HostItem& item, Compound* self, bool on);
+
+/// Makes a detached item the last child of `parent`, counters included.
+void attachTo(Compound* child, Holder& parent);
+/// Takes an item out of its parent, counters included.
+void detach(Compound* child);
+
+/// Which model of a residue is to be shown: the first one that it has, or the one after or before.
+enum class ModelStep { First, Next, Previous };
+void switchModel(Holder& residue, ModelStep step);
+/// Says of an atom whether its model is the active one of the residue around it, which becomes
+/// active if the residue has none.
+void updateModelOf(HostItem& atom);
+
+/// The colour that an item has from the start.
+Color defaultColor(const HostItem& item);
+
+} // namespace memory_host

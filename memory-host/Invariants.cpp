@@ -1,0 +1,100 @@
+// The data space counted again from its leaves: what must hold after every change.
+#include "Items.h"
+
+#include <algorithm>
+
+namespace memory_host {
+
+namespace {
+
+class Check {
+public:
+    std::vector<std::string> run() {
+        holder(HostItem::of(TAVIK::Space::instance()).asHolder(), nullptr);
+        return std::move(m_faults);
+    }
+
+private:
+    void expect(bool condition, const HostItem& item, const char* what) {
+        if (!condition)
+            m_faults.push_back("item " + std::to_string(item.id) + " (" + kindName(item.kind) +
+                               "): " + what);
+    }
+
+    void holder(Holder& record, const Holder* parent) {
+        expect(record.parent == parent, record, "has another parent than the one that holds it");
+        Contribution sum;
+        std::uint32_t holes = 0;
+        for (std::uint32_t slot = record.begin; slot != record.end; ++slot) {
+            Compound* child = record.children[slot];
+            if (!child) {
+                ++holes;
+                continue;
+            }
+            HostItem& item = HostItem::of(child);
+            expect(item.position == slot, item, "does not stand where it believes to stand");
+            if (item.isHolder())
+                holder(item.asHolder(), &record);
+            else
+                leaf(*child, item, record);
+            sum += contributionOf(item);
+            marks(item);
+        }
+        expect(holes == record.holes, record, "miscounts its holes");
+        expect(sum == record.sum, record, "miscounts what it holds");
+    }
+
+    void leaf(Compound& item, const HostItem& record, const Holder& parent) {
+        expect(record.parent == &parent, record, "has another parent than the one that holds it");
+        bool shown = record.has(HostItem::Visible);
+        if (record.kind == Kind::Atom) {
+            shown = shown && !record.has(HostItem::OtherModel);
+            const auto& atom = static_cast<AtomItem&>(item);
+            for (const BondItem* bond = atom.m_bonds; bond;
+                 bond = bond->m_links[static_cast<std::size_t>(bond->endAt(&atom))].next)
+                expect(bond->m_atoms[0] == &atom || bond->m_atoms[1] == &atom, record,
+                       "is in the list of a bond that is not its own");
+        } else if (record.kind == Kind::Bond) {
+            for (const Compound* atom : static_cast<BondItem&>(item).m_atoms)
+                shown = shown && (!atom || HostItem::of(atom).has(HostItem::Shown));
+        } else if (record.kind == Kind::Set) {
+            set(static_cast<SetRecord&>(HostItem::of(&item)));
+            return;
+        }
+        expect(shown == record.has(HostItem::Shown), record, "is shown where it should be hidden");
+    }
+
+    void set(SetRecord& record) {
+        struct {
+            std::int32_t selected = 0, hasSelected = 0, visible = 0;
+        } counted;
+        for (Compound* member : record.listed()) {
+            const HostItem& item = HostItem::of(member);
+            const auto sets = setsOf(item);
+            expect(std::find(sets.begin(), sets.end(), &record) != sets.end(), record,
+                   "lists a member that does not know of it");
+            const ItemState state = stateOf(item);
+            counted.selected += state.selected ? 1 : 0;
+            counted.hasSelected += state.hasSelected ? 1 : 0;
+            counted.visible += state.visible ? 1 : 0;
+        }
+        expect(counted.selected == record.selected && counted.hasSelected == record.hasSelected &&
+                   counted.visible == record.visible,
+               record, "miscounts its members");
+    }
+
+    void marks(const HostItem& item) {
+        expect(item.has(HostItem::InSets) == !setsOf(item).empty(), item,
+               "is wrong about being in sets");
+    }
+
+    std::vector<std::string> m_faults;
+};
+
+} // namespace
+
+std::vector<std::string> checkInvariants() {
+    return Check().run();
+}
+
+} // namespace memory_host

@@ -1,0 +1,64 @@
+// The host's own context menu for an item.
+#include "DataPointBase.h"
+#include "HostItem.h"
+#include "Subscriber.h"
+
+#include <QAction>
+#include <QCursor>
+#include <QMenu>
+
+#include <string>
+
+namespace {
+
+// Closes the menu when anything is destroyed: it may have been the item.
+class OpenMenu : public QMenu, public Subscriber {
+public:
+    bool m_itemIsSafe = true;
+
+private:
+    void commUpdate() override {}
+    void commAdd() override {}
+    void commDelete() override {
+        m_itemIsSafe = false;
+        close();
+    }
+};
+
+QString menuTitle(const TAVIK::Compound& item) {
+    const std::string type = item.GetType();
+    const std::string name = item.GetName();
+    QString title = QString::fromLatin1(type.data(), static_cast<qsizetype>(type.size())) + u": " +
+                    QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
+    if (const TAVIK::Vertex at = item.GetPosition(); at.isValid())
+        title += QStringLiteral("  (%1, %2, %3) Å").arg(at[0]).arg(at[1]).arg(at[2]);
+    return title.replace(u'&', QStringLiteral("&&"));
+}
+
+} // namespace
+
+void TAVIK::Compound::ShowMenu() {
+    OpenMenu menu;
+    menu.setObjectName(QStringLiteral("ItemMenu"));
+    menu.addAction(menuTitle(*this))->setEnabled(false);
+    menu.addSeparator();
+    const QAction* show =
+        menu.addAction(IsVisible() ? QStringLiteral("Hide") : QStringLiteral("Show"));
+    const QAction* select =
+        menu.addAction(IsSelected() ? QStringLiteral("Unselect") : QStringLiteral("Select"));
+    const QAction* color = menu.addAction(QStringLiteral("Default color"));
+    const QAction* chosen = menu.exec(QCursor::pos());
+    if (!chosen || !menu.m_itemIsSafe)
+        return;
+    const DataPointBase guard(nullptr, Publisher::Update);
+    if (!guard.m_good) {
+        qDebug("%s", "Cannot update CDB!");
+        return;
+    }
+    if (chosen == show)
+        ToggleVisible();
+    else if (chosen == select)
+        ToggleSelected();
+    else if (chosen == color)
+        RestoreColor();
+}

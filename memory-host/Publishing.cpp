@@ -1,0 +1,118 @@
+// Change guards and subscribers: who may change the data now, and who hears of it.
+#include "Building.h"
+#include "DataPointBase.h"
+#include "Logger.h"
+#include "Subscriber.h"
+
+#include <algorithm>
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Publishing {
+    std::vector<Subscriber*> subscribers; ///< null: left while others were being told
+    int locks = 0;
+    int tellings = 0; ///< notifications in progress, one inside the other
+    bool changing = false;
+};
+
+// A subscriber that answers each change with one of its own would never come to an end.
+constexpr int deepestTelling = 64;
+
+Publishing& publishing() {
+    // Never destroyed: subscribers may live as long as static objects.
+    static auto* const state = new Publishing;
+    return *state;
+}
+
+void logFailure(const char* what) noexcept {
+    try {
+        Logger::Write(std::string("a subscriber failed to take in a change: ") + what);
+    } catch (...) { // There is no memory left even to say so.
+    }
+}
+
+void tellOne(Subscriber& subscriber, Publisher::ActionType kind) noexcept {
+    try {
+        switch (kind) {
+        case Publisher::Update:
+            subscriber.commUpdate();
+            break;
+        case Publisher::Add:
+            subscriber.commAdd();
+            break;
+        case Publisher::Delete:
+            subscriber.commDelete();
+            break;
+        }
+    } catch (const std::exception& error) {
+        logFailure(error.what());
+    } catch (...) {
+        logFailure("unknown exception");
+    }
+}
+
+void tellAll(const Subscriber* originator, Publisher::ActionType kind) noexcept {
+    Publishing& state = publishing();
+    ++state.tellings;
+    // Those that come while others are told have seen the data as they are now.
+    const std::size_t count = state.subscribers.size();
+    for (std::size_t i = 0; i != count; ++i)
+        if (Subscriber* subscriber = state.subscribers[i]; subscriber && subscriber != originator)
+            tellOne(*subscriber, kind);
+    if (--state.tellings == 0)
+        std::erase(state.subscribers, nullptr);
+}
+
+} // namespace
+
+Subscriber::Subscriber() {
+    publishing().subscribers.push_back(this);
+}
+
+Subscriber::~Subscriber() {
+    Publishing& state = publishing();
+    const auto found = std::find(state.subscribers.begin(), state.subscribers.end(), this);
+    if (found == state.subscribers.end())
+        return;
+    if (state.tellings > 0)
+        *found = nullptr;
+    else
+        state.subscribers.erase(found);
+}
+
+DataPointBase::DataPointBase(Subscriber* originator, Publisher::ActionType kind)
+    : m_good(false), m_holds(false), m_kind(kind), m_originator(originator) {
+    Publishing& state = publishing();
+    if (state.tellings >= deepestTelling) {
+        Logger::Write("a change is refused: it answers a change that answers another, " +
+                      std::to_string(deepestTelling) + " times over");
+        return;
+    }
+    if (state.changing || state.locks > 0)
+        return;
+    state.changing = true;
+    m_good = true;
+    m_holds = true;
+}
+
+DataPointBase::~DataPointBase() {
+    if (!m_holds)
+        return;
+    publishing().changing = false;
+    tellAll(m_originator, m_kind);
+}
+
+namespace memory_host {
+
+SpaceLock::SpaceLock() {
+    ++publishing().locks;
+}
+
+SpaceLock::~SpaceLock() {
+    --publishing().locks;
+}
+
+} // namespace memory_host

@@ -1,0 +1,164 @@
+// The data space itself, the operations that every item has, and the walks over the data.
+#include "Space.h"
+
+#include "Items.h"
+#include "Traversal.h"
+
+#include <algorithm>
+
+namespace memory_host {
+
+namespace {
+
+bool showSelection = true;
+
+// Appends what `wanted` says of each item, depth first; `enter` says which composites are looked
+// into.
+template <class Wanted, class Enter>
+void collect(Compound* item, const Wanted& wanted, const Enter& enter,
+             std::vector<Compound*>& out) {
+    HostItem& record = HostItem::of(item);
+    if (wanted(record)) {
+        out.push_back(item);
+        return;
+    }
+    if (!record.isHolder() || !enter(record.asHolder()))
+        return;
+    Holder& holder = record.asHolder();
+    Compound** const last = holder.childEnd();
+    for (Compound** child = holder.childBegin(); child != last; ++child)
+        collect(*child, wanted, enter, out);
+}
+
+template <Kind kind> void collectKind(Compound* root, std::vector<Compound*>& out, bool all) {
+    if (!root)
+        return;
+    collect(
+        root,
+        [all](const HostItem& item) { return item.kind == kind && (all || isSelected(item)); },
+        [all](const Holder& holder) {
+            // Neither atoms nor groups nor residues stand inside their own kind.
+            return holder.kind != kind && (all || hasSelected(holder));
+        },
+        out);
+}
+
+} // namespace
+
+} // namespace memory_host
+
+namespace TAVIK {
+
+using namespace memory_host;
+
+Compound::~Compound() = default;
+Composite::~Composite() = default;
+Space::~Space() = default;
+Molecule::~Molecule() = default;
+Residue::~Residue() = default;
+Group::~Group() = default;
+Atom::~Atom() = default;
+Bond::~Bond() = default;
+Surface::~Surface() = default;
+Grid::~Grid() = default;
+
+Space* Space::instance() {
+    // Never destroyed: plug-ins and static objects may look at it until the process ends.
+    static auto* const space = new SpaceItem(0);
+    return space;
+}
+
+bool Space::GetShowSelection() {
+    return showSelection;
+}
+
+void Space::SetShowSelection(bool on) {
+    showSelection = on;
+}
+
+std::string Compound::GetFQName() const {
+    // Component by component from the item up, then turned around.
+    std::string reversed;
+    const auto prepend = [&reversed](std::string component) {
+        reversed.append(component.rbegin(), component.rend());
+        reversed += '/';
+    };
+    const HostItem& record = HostItem::of(this);
+    if (record.kind == Kind::Space)
+        return {};
+    prepend(GetName());
+    for (const Holder* holder = record.parent; holder; holder = holder->parent)
+        if (holder->kind != Kind::Group && holder->kind != Kind::Space)
+            prepend(nameText(holder->name));
+    std::reverse(reversed.begin(), reversed.end());
+    return reversed;
+}
+
+unsigned int Compound::GetId() const {
+    return HostItem::of(this).id;
+}
+
+Compound** Compound::PartBegin() {
+    HostItem& record = hostItem();
+    if (record.kind == Kind::Set)
+        return static_cast<SetRecord&>(record).listed().data();
+    if (record.kind == Kind::Bond && static_cast<BondItem*>(this)->m_atoms[0])
+        return static_cast<BondItem*>(this)->m_atoms.data();
+    return nullptr;
+}
+
+Compound** Compound::PartEnd() {
+    HostItem& record = hostItem();
+    Compound** const begin = PartBegin();
+    if (record.kind == Kind::Set)
+        return begin + static_cast<SetRecord&>(record).memberCount();
+    return begin ? begin + 2 : nullptr;
+}
+
+Color Compound::GetColor() const {
+    return Color(HostItem::of(this).color);
+}
+
+void Compound::SetColor(const Color& color) {
+    hostItem().color = color.rgba();
+}
+
+void Compound::RestoreColor() {
+    HostItem& record = hostItem();
+    record.color = defaultColor(record).rgba();
+}
+
+void Compound::ToggleSelected() {
+    SetSelected(!IsSelected());
+}
+
+void Compound::ToggleVisible() {
+    SetVisible(!IsVisible());
+}
+
+void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all) {
+    collectKind<Kind::Atom>(root, out, all);
+}
+
+void GetGroups(Compound* root, std::vector<Compound*>& out, bool all) {
+    collectKind<Kind::Group>(root, out, all);
+}
+
+void GetResidues(Compound* root, std::vector<Compound*>& out, bool all) {
+    collectKind<Kind::Residue>(root, out, all);
+}
+
+void GetSelected(Compound* root, std::vector<Compound*>& out) {
+    if (!root)
+        return;
+    const HostItem* const rootRecord = &HostItem::of(root);
+    collect(
+        root,
+        [rootRecord](const HostItem& item) {
+            // A set lists what stands elsewhere: there it is found.
+            return &item != rootRecord && item.kind != Kind::Set && isSelected(item);
+        },
+        [](const Holder& holder) { return hasSelected(holder); }, out);
+}
+
+} // namespace TAVIK
