@@ -26,10 +26,8 @@ private:
 };
 
 QString menuTitle(const TAVIK::Compound& item) {
-    const std::string type = item.GetType();
-    const std::string name = item.GetName();
-    QString title = QString::fromLatin1(type.data(), static_cast<qsizetype>(type.size())) + u": " +
-                    QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
+    QString title = QStringLiteral("%1: %2").arg(QString::fromLatin1(item.GetType()),
+                                                 QString::fromLatin1(item.GetName()));
     if (const TAVIK::Vertex at = item.GetPosition(); at.isValid())
         title += QStringLiteral("  (%1, %2, %3) Å").arg(at[0]).arg(at[1]).arg(at[2]);
     return title.replace(u'&', QStringLiteral("&&"));
