@@ -1,0 +1,95 @@
+# What the scripts share: the packages that are needed, installing them, building. To be sourced.
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
+
+# Debian's names.
+packages_build=(cmake ninja-build g++ qt6-base-dev qt6-5compat-dev gemmi-dev tao-pegtl-dev
+    zlib1g-dev fonts-dejavu-core)
+packages_test=(binutils xvfb xdotool imagemagick)
+packages_benchmarks=(libbenchmark-dev)
+packages_format=(clang-format)
+
+say() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+}
+
+die() {
+    say "$*"
+    exit 1
+}
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+# Runs a command that needs apt's package lists; fetches the lists and tries again when it fails,
+# as they may be missing or too old. What it prints is shown only when that fails, too.
+with_package_lists() {
+    local log
+    log=$(mktemp)
+    if ! "$@" >"$log" 2>&1 </dev/null; then
+        as_root apt-get -q update >>"$log" 2>&1 </dev/null || true
+        "$@" >>"$log" 2>&1 </dev/null || {
+            tail -n 20 "$log" >&2
+            rm -f "$log"
+            return 1
+        }
+    fi
+    rm -f "$log"
+}
+
+# Prints those of the packages named that are not installed.
+missing_packages() {
+    local installed package
+    installed=" $(dpkg-query -W -f '${db:Status-Status}/${Package} ' "$@" 2>/dev/null || true)"
+    for package; do
+        [[ $installed == *" installed/$package "* ]] || printf '%s\n' "$package"
+    done
+}
+
+# Installs those of the packages named that are missing.
+need() {
+    command -v dpkg-query >/dev/null || {
+        say "this is no Debian: what these packages hold must be there: $*"
+        return
+    }
+    local missing
+    mapfile -t missing < <(missing_packages "$@")
+    [ ${#missing[@]} -gt 0 ] || return 0
+    [ "$(id -u)" = 0 ] || command -v sudo >/dev/null ||
+        die "needs these packages, and root or sudo to install them: ${missing[*]}"
+    say "installing ${missing[*]} with apt-get"
+    with_package_lists as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y \
+        -o DPkg::Lock::Timeout=300 install --no-install-recommends "${missing[@]}" ||
+        die "apt-get could not install ${missing[*]}"
+}
+
+# build FOLDER [CMAKE-OPTION...] [-- TARGET...]: builds in a folder of the checkout, which is
+# configured the first time.
+build() {
+    local folder=$root/$1 options=() quiet=()
+    shift
+    while [ $# -gt 0 ] && [ "$1" != -- ]; do
+        options+=("$1")
+        shift
+    done
+    [ $# -eq 0 ] || shift
+    if [ ! -f "$folder/build.ninja" ]; then
+        command -v ccache >/dev/null && options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+        say "configuring ${folder#"$root"/}"
+        cmake -G Ninja -S "$root" -B "$folder" "${options[@]}" >"$folder.log" 2>&1 || {
+            cat "$folder.log" >&2
+            die "configuring failed"
+        }
+        mv "$folder.log" "$folder/configure.log"
+    fi
+    [ -t 2 ] || quiet=(--quiet)
+    say "building in ${folder#"$root"/}"
+    ninja -C "$folder" "${quiet[@]}" "$@" >&2 || die "building failed"
+}
