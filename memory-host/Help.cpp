@@ -1,0 +1,212 @@
+#include "HelpViewer.h"
+#include "Logger.h"
+#include "Services.h"
+#include "Text.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QMainWindow>
+#include <QPointer>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTextCursor>
+#include <QToolBar>
+
+#include <cctype>
+
+namespace {
+
+using namespace memory_host;
+
+QDir helpFolder() {
+    return QDir(QDir::cleanPath(QDir(dataFolder()).absoluteFilePath(QStringLiteral("help"))));
+}
+
+/// The file of a page that is named with or without its ending.
+QString pageFile(const QString& page) {
+    return page.endsWith(u".md") ? page : page + QStringLiteral(".md");
+}
+
+/// What a link to a heading calls it: its words in lower case, joined with hyphens.
+QString anchorOf(const QString& heading) {
+    QString anchor;
+    for (const QChar c : heading.toLower()) {
+        if (c.isLetterOrNumber() || c == u'-' || c == u'_')
+            anchor += c;
+        else if (c.isSpace())
+            anchor += u'-';
+    }
+    return anchor;
+}
+
+/// Text as Markdown that shows it letter by letter.
+QString plain(const QString& text) {
+    QString escaped;
+    for (const QChar c : text.simplified()) {
+        if (c.unicode() < 128 && std::ispunct(c.unicode()))
+            escaped += u'\\';
+        escaped += c;
+    }
+    return escaped;
+}
+
+/// The page that stands for one that cannot be shown: why, and which pages there are.
+QString missingPage(const QString& name, const std::string& problem) {
+    QString text =
+        QStringLiteral("# Help page not found\n\nThe help page \"%1\" cannot be shown: %2.\n\n")
+            .arg(plain(name), plain(decodeText(problem)));
+    const QStringList pages = helpFolder().entryList({QStringLiteral("*.md")}, QDir::Files);
+    text += pages.isEmpty() ? QStringLiteral("There are no help pages.\n")
+                            : QStringLiteral("These pages can be shown:\n\n");
+    for (const QString& page : pages)
+        text += QStringLiteral("- [%1](<%2>)\n")
+                    .arg(plain(QFileInfo(page).completeBaseName()),
+                         QString::fromLatin1(QUrl::toPercentEncoding(page)));
+    return text;
+}
+
+/// A page of the help folder. Links may name another page, a heading ("#mouse"), or both; what
+/// stands outside of the folder is not shown.
+class HelpBrowser : public QTextBrowser {
+public:
+    explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) {
+        setOpenExternalLinks(true);
+        // Also after going back, which loads a page without setting the source.
+        connect(this, &QTextBrowser::sourceChanged, this, &HelpBrowser::nameHeadings);
+    }
+
+    /// Shows `page`, read anew.
+    void showPage(const QString& page) {
+        const qsizetype hash = page.indexOf(u'#');
+        QUrl url = QUrl::fromLocalFile(helpFolder().absoluteFilePath(pageFile(page.left(hash))));
+        if (hash >= 0)
+            url.setFragment(page.mid(hash + 1));
+        if (source().matches(url, QUrl::RemoveFragment))
+            reload();
+        setSource(url);
+    }
+
+    /// The page's first heading, or its name.
+    QString title() const {
+        const QTextBlock first = document()->begin();
+        return first.blockFormat().headingLevel() > 0
+                   ? first.text()
+                   : QFileInfo(source().path()).completeBaseName();
+    }
+
+protected:
+    void doSetSource(const QUrl& url, QTextDocument::ResourceType) override {
+        QUrl page = source().resolved(url);
+        page.setPath(pageFile(page.path()));
+        QTextBrowser::doSetSource(page, QTextDocument::MarkdownResource);
+        if (page.hasFragment())
+            scrollToAnchor(page.fragment(QUrl::FullyDecoded));
+    }
+
+    QVariant loadResource(int type, const QUrl& name) override {
+        const QString path = QDir::cleanPath(source().resolved(name).toLocalFile());
+        const bool inside = path.startsWith(helpFolder().path() + u'/');
+        if (type != QTextDocument::MarkdownResource)
+            return inside ? QTextBrowser::loadResource(type, name) : QVariant();
+        TextFile file;
+        if (inside)
+            file = readTextFile(path);
+        else
+            file.problem = "it is outside of the help folder";
+        if (file.problem.empty() && file.bytes.trimmed().isEmpty())
+            file.problem = "it is empty";
+        if (file.problem.empty())
+            return decodeText(file.text());
+        Logger::Write("Help page " + path.toStdString() + " cannot be shown: " + file.problem);
+        return missingPage(QFileInfo(path).completeBaseName(), file.problem);
+    }
+
+private:
+    /// Markdown names no places: each heading becomes one.
+    void nameHeadings() {
+        QHash<QString, int> used;
+        for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+            if (block.blockFormat().headingLevel() == 0)
+                continue;
+            QString anchor = anchorOf(block.text());
+            // The second heading of the same words is "words-1", the third "words-2".
+            if (const int before = used[anchor]++; before > 0)
+                anchor += u'-' + QString::number(before);
+            QTextCharFormat format;
+            format.setAnchor(true);
+            format.setAnchorNames({anchor});
+            QTextCursor cursor(block);
+            cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+            cursor.mergeCharFormat(format);
+        }
+    }
+};
+
+class HelpWindow : public QMainWindow {
+public:
+    HelpWindow() : m_browser(new HelpBrowser(this)) {
+        setObjectName(QStringLiteral("HelpViewer"));
+        setCentralWidget(m_browser);
+        // Help alone does not keep the program running.
+        setAttribute(Qt::WA_QuitOnClose, false);
+        resize(720, 640);
+
+        m_bar = addToolBar(QStringLiteral("Navigation"));
+        m_bar->setMovable(false);
+        m_bar->setContextMenuPolicy(Qt::PreventContextMenu);
+        QAction* const back = addAction(QStringLiteral("Back"), QKeySequence::Back);
+        connect(back, &QAction::triggered, m_browser, &QTextBrowser::backward);
+        connect(m_browser, &QTextBrowser::backwardAvailable, back, &QAction::setEnabled);
+        QAction* const forward = addAction(QStringLiteral("Forward"), QKeySequence::Forward);
+        connect(forward, &QAction::triggered, m_browser, &QTextBrowser::forward);
+        connect(m_browser, &QTextBrowser::forwardAvailable, forward, &QAction::setEnabled);
+        QAction* const close = addAction(QStringLiteral("Close"), QKeySequence::Cancel);
+        close->setEnabled(true);
+        connect(close, &QAction::triggered, this, &QWidget::close);
+
+        connect(m_browser, &QTextBrowser::sourceChanged, this,
+                [this] { setWindowTitle(QStringLiteral("Help: %1").arg(m_browser->title())); });
+    }
+
+    void showPage(const QString& page) {
+        // First the window, so that the page is laid out for its width when it scrolls to a place.
+        show();
+        if (isMinimized())
+            showNormal();
+        m_browser->showPage(page);
+        raise();
+        activateWindow();
+    }
+
+private:
+    QAction* addAction(const QString& text, QKeySequence::StandardKey keys) {
+        QAction* const action = m_bar->addAction(text);
+        action->setShortcuts(keys);
+        action->setEnabled(false);
+        return action;
+    }
+
+    HelpBrowser* m_browser;
+    QToolBar* m_bar;
+};
+
+QPointer<HelpWindow>& helpWindow() {
+    static auto* const window = new QPointer<HelpWindow>;
+    return *window;
+}
+
+} // namespace
+
+void HelpViewer::Show(const QString& page) {
+    QPointer<HelpWindow>& window = helpWindow();
+    if (!window) {
+        window = new HelpWindow;
+        // No widget may outlive the application.
+        qAddPostRoutine([] { delete helpWindow(); });
+    }
+    // A copy: the text may be a literal in a plug-in's library, and the viewer outlives that.
+    window->showPage(QString(page.constData(), page.size()));
+}

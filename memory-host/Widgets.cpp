@@ -1,0 +1,30 @@
+#include "WidgetFactory.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+QLabel* WidgetFactory::CreateQLabel(QWidget* parent, const QString& text) {
+    auto* const label = new QLabel(text, parent);
+    // A name with < in it is a name, not mark-up.
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
+
+QLineEdit* WidgetFactory::CreateQLineEdit(QWidget* parent) {
+    return new QLineEdit(parent);
+}
+
+QCheckBox* WidgetFactory::CreateCheckBox(QWidget* parent, const QString& text, bool checked) {
+    auto* const box = new QCheckBox(text, parent);
+    box->setChecked(checked);
+    return box;
+}
+
+QPushButton* WidgetFactory::CreateQPushButton(QWidget* parent, const QString& text,
+                                              const QObject* receiver, const char* slot) {
+    auto* const button = new QPushButton(text, parent);
+    QObject::connect(button, SIGNAL(clicked()), receiver, slot);
+    return button;
+}
