@@ -1,0 +1,67 @@
+#include "LibraryFile.h"
+
+#include <QApplication>
+#include <QFile>
+
+#include <cstring>
+#include <dlfcn.h>
+#include <elf.h>
+#include <link.h>
+
+namespace memory_host {
+
+namespace {
+
+/// Where the loaded library that holds `address` begins; null for none.
+const void* libraryOf(const void* address) {
+    Dl_info info{};
+    return dladdr(address, &info) ? info.dli_fbase : nullptr;
+}
+
+} // namespace
+
+std::string libraryProblem(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return "it cannot be read: " + file.errorString().toStdString();
+    ElfW(Ehdr) header{};
+    const QByteArray start = file.read(sizeof header);
+    if (!start.startsWith(ELFMAG))
+        return "it is not a shared library";
+    if (start.size() < static_cast<qsizetype>(sizeof header))
+        return "it is cut off";
+    std::memcpy(&header, start.constData(), sizeof header);
+    // Another machine's library has another header; the loader refuses it with a clear word.
+    if (header.e_ident[EI_CLASS] != (sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32) ||
+        header.e_phentsize != sizeof(ElfW(Phdr)))
+        return {};
+    if (!file.seek(static_cast<qint64>(header.e_phoff)))
+        return "it is cut off";
+    for (int i = 0; i < header.e_phnum; ++i) {
+        ElfW(Phdr) segment{};
+        if (file.read(reinterpret_cast<char*>(&segment), sizeof segment) != sizeof segment)
+            return "it is cut off";
+        const auto size = static_cast<ElfW(Off)>(file.size());
+        if (segment.p_type == PT_LOAD &&
+            (segment.p_filesz > size || segment.p_offset > size - segment.p_filesz))
+            return "it is cut off: a part of it lies behind its end at " +
+                   std::to_string(file.size()) + " bytes";
+    }
+    return {};
+}
+
+QList<QPointer<QWidget>> widgetsOfLibrary(const void* address) {
+    QList<QPointer<QWidget>> found;
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return found;
+    const void* const library = libraryOf(address);
+    for (QWidget* widget : QApplication::allWidgets()) {
+        // The table of virtual functions stands with the code of the widget's class.
+        const void* const table = *reinterpret_cast<const void* const*>(widget);
+        if (libraryOf(table) == library || libraryOf(widget->metaObject()) == library)
+            found << widget;
+    }
+    return found;
+}
+
+} // namespace memory_host
