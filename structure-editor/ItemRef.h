@@ -1,0 +1,24 @@
+// Finds an item again after a dialog: while one was open, the host may have destroyed the item, and
+// made another one at the same address.
+#pragma once
+
+#include "Compound.h"
+
+/// Remembers an item by address and identifier, and reads it only where it was found to exist.
+class ItemRef {
+public:
+    /// `item` exists now. Null is never found again.
+    explicit ItemRef(TAVIK::Compound* item);
+
+    /// The item if it still is a direct child of `parent`, which exists; else null.
+    TAVIK::Compound* among(TAVIK::Compound* parent) const;
+    /// The item if it still is anywhere below `root`, which exists; else null. Walks the data: once
+    /// a dialog, never once an item.
+    TAVIK::Compound* below(TAVIK::Compound* root) const;
+
+private:
+    bool is(TAVIK::Compound* candidate) const;
+
+    TAVIK::Compound* m_item;
+    unsigned int m_id;
+};

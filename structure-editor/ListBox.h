@@ -1,0 +1,35 @@
+// The list widget of the top-level items: it reports every mouse press on its entries, and leaves
+// what the press means to whoever listens.
+#pragma once
+
+#include <QListWidget>
+
+/// A list of one-line entries, of which at most one is highlighted. A press of any button makes the
+/// entry current and highlighted, and is then reported; the rest of a mouse gesture is swallowed.
+/// The keys move the highlight as in any list, and report nothing.
+class ListBox : public QListWidget {
+    Q_OBJECT
+public:
+    explicit ListBox(QWidget* parent = nullptr);
+
+    /// Wide enough for the entries, between 40 and 200 pixels.
+    QSize sizeHint() const override;
+
+    /// Gives entry `index` a new text; its highlight stays. Outside of the list nothing happens.
+    void changeItem(const QString& text, int index);
+    /// Highlights entry `index`, and no other, or takes its highlight away. Highlighting makes it
+    /// current; the list is not scrolled. Outside of the list nothing happens.
+    void setSelected(int index, bool on);
+
+signals:
+    /// A mouse button went down on `item`, or on no entry when null; `pos` is on the screen. The
+    /// receiver may destroy the entries, and the list.
+    void mouseButtonPressed(int button, QListWidgetItem* item, const QPoint& pos);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+};
