@@ -3,6 +3,7 @@
 #include "Services.h"
 #include "Text.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QAction>
 #include <QApplication>
 #include <QDir>
@@ -10,9 +11,9 @@
 #include <QHash>
 #include <QMainWindow>
 #include <QPointer>
+#include <QScrollBar>
 #include <QTextBlock>
 #include <QTextBrowser>
-#include <QTextCursor>
 #include <QToolBar>
 
 #include <cctype>
@@ -72,29 +73,18 @@ QString missingPage(const QString& name, const std::string& problem) {
 /// stands outside of the folder is not shown.
 class HelpBrowser : public QTextBrowser {
 public:
-    explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) {
-        setOpenExternalLinks(true);
-        // Also after going back, which loads a page without setting the source.
-        connect(this, &QTextBrowser::sourceChanged, this, &HelpBrowser::nameHeadings);
-    }
+    explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) { setOpenExternalLinks(true); }
 
     /// Shows `page`, read anew.
     void showPage(const QString& page) {
         const qsizetype hash = page.indexOf(u'#');
-        QUrl url = QUrl::fromLocalFile(helpFolder().absoluteFilePath(pageFile(page.left(hash))));
+        QUrl url = QUrl::fromLocalFile(
+            QDir::cleanPath(helpFolder().absoluteFilePath(pageFile(page.left(hash)))));
         if (hash >= 0)
             url.setFragment(page.mid(hash + 1));
         if (source().matches(url, QUrl::RemoveFragment))
             reload();
         setSource(url);
-    }
-
-    /// The page's first heading, or its name.
-    QString title() const {
-        const QTextBlock first = document()->begin();
-        return first.blockFormat().headingLevel() > 0
-                   ? first.text()
-                   : QFileInfo(source().path()).completeBaseName();
     }
 
 protected:
@@ -103,16 +93,15 @@ protected:
         page.setPath(pageFile(page.path()));
         QTextBrowser::doSetSource(page, QTextDocument::MarkdownResource);
         if (page.hasFragment())
-            scrollToAnchor(page.fragment(QUrl::FullyDecoded));
+            scrollToHeading(page.fragment(QUrl::FullyDecoded));
     }
 
     QVariant loadResource(int type, const QUrl& name) override {
-        const QString path = QDir::cleanPath(source().resolved(name).toLocalFile());
-        const bool inside = path.startsWith(helpFolder().path() + u'/');
         if (type != QTextDocument::MarkdownResource)
-            return inside ? QTextBrowser::loadResource(type, name) : QVariant();
+            return QTextBrowser::loadResource(type, name);
+        const QString path = QDir::cleanPath(name.toLocalFile());
         TextFile file;
-        if (inside)
+        if (path.startsWith(helpFolder().path() + u'/'))
             file = readTextFile(path);
         else
             file.problem = "it is outside of the help folder";
@@ -125,22 +114,20 @@ protected:
     }
 
 private:
-    /// Markdown names no places: each heading becomes one.
-    void nameHeadings() {
+    /// Markdown names no places, so that the headings are looked through. The second heading of the
+    /// same words is "words-1", the third "words-2".
+    void scrollToHeading(const QString& anchor) {
         QHash<QString, int> used;
         for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
             if (block.blockFormat().headingLevel() == 0)
                 continue;
-            QString anchor = anchorOf(block.text());
-            // The second heading of the same words is "words-1", the third "words-2".
-            if (const int before = used[anchor]++; before > 0)
-                anchor += u'-' + QString::number(before);
-            QTextCharFormat format;
-            format.setAnchor(true);
-            format.setAnchorNames({anchor});
-            QTextCursor cursor(block);
-            cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
-            cursor.mergeCharFormat(format);
+            const QString words = anchorOf(block.text());
+            const int before = used[words]++;
+            if (anchor != (before > 0 ? words + u'-' + QString::number(before) : words))
+                continue;
+            const QRectF place = document()->documentLayout()->blockBoundingRect(block);
+            verticalScrollBar()->setValue(static_cast<int>(place.top()));
+            return;
         }
     }
 };
@@ -167,8 +154,13 @@ public:
         close->setEnabled(true);
         connect(close, &QAction::triggered, this, &QWidget::close);
 
-        connect(m_browser, &QTextBrowser::sourceChanged, this,
-                [this] { setWindowTitle(QStringLiteral("Help: %1").arg(m_browser->title())); });
+        connect(m_browser, &QTextBrowser::sourceChanged, this, [this](const QUrl& page) {
+            const QTextBlock first = m_browser->document()->begin();
+            setWindowTitle(QStringLiteral("Help: ") +
+                           (first.blockFormat().headingLevel() > 0
+                                ? first.text()
+                                : QFileInfo(page.path()).completeBaseName()));
+        });
     }
 
     void showPage(const QString& page) {

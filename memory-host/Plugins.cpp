@@ -341,10 +341,9 @@ QStringList loadPlugins(const QString& folder) {
 }
 
 bool startPlugin(const QString& typeAndName) {
-    const qsizetype slash = typeAndName.indexOf(u'/');
     const std::string what = "default action";
     const Plugin* const plugin =
-        findOrReport(typeAndName.left(slash), typeAndName.mid(slash + 1), what);
+        findOrReport(typeAndName.section(u'/', 0, 0), typeAndName.section(u'/', 1), what);
     return plugin &&
            plugin->run(what, [&](PluginResult* result) { plugin->entryPoints().execute0(result); });
 }

@@ -430,7 +430,10 @@ private slots:
                                static_cast<const void*>(nullptr));
         QVERIFY(!windowTitled("A plug-in's window"));
         QVERIFY(allPluginsDone());
-        takeMessages();
+        unloadPlugins();
+        QCOMPARE(takeMessages(),
+                 QStringList({"GUIPlugin: fKill", "GUIPlugin::CommandC: Execution successful",
+                              "GUIPlugin::Cleanup()"}));
     }
 
     void commandsForTheReadOnlyTableAreUnknownInTheWritableOne() {

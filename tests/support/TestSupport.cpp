@@ -23,7 +23,9 @@ void takeMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
         std::fprintf(stderr, "fatal: %s\n", qPrintable(text));
         std::abort();
     }
-    messages << text;
+    // The screen that the tests draw on is none, and says so.
+    if (!text.startsWith(QLatin1String("This plugin does not support ")))
+        messages << text;
 }
 
 std::map<std::string, std::function<QObject*()>>& tests() {
@@ -69,8 +71,8 @@ void TestCase::cleanup() {
     emptySpace();
     qInstallMessageHandler(nullptr);
     memory_host::setLogSink({});
-    QCOMPARE(takeMessages(), QStringList());
-    QCOMPARE(takeHostLog(), QStringList());
+    QCOMPARE(takeMessages().join(u'\n'), QString());
+    QCOMPARE(takeHostLog().join(u'\n'), QString());
 }
 
 void registerTest(const char* name, const std::function<QObject*()>& make) {

@@ -1,0 +1,297 @@
+#include "HelpViewer.h"
+#include "Services.h"
+#include "TestSupport.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QToolBar>
+#include <QToolButton>
+
+#include <memory>
+
+using namespace memory_host;
+
+namespace {
+
+QWidget* viewer() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == "HelpViewer")
+            return widget;
+    }
+    return nullptr;
+}
+
+QTextBrowser* browser() {
+    return viewer() ? viewer()->findChild<QTextBrowser*>() : nullptr;
+}
+
+QString shownText() {
+    return browser() && browser()->isVisible() ? browser()->toPlainText() : QString();
+}
+
+/// Clicks on the first place where `text` stands in the page, which must be in view.
+void clickOn(const QString& text) {
+    QTextCursor cursor = browser()->document()->find(text);
+    QVERIFY2(!cursor.isNull(), qPrintable(text));
+    cursor.setPosition(cursor.selectionStart() + 1);
+    const QPoint place = browser()->cursorRect(cursor).center();
+    QVERIFY(browser()->viewport()->rect().contains(place));
+    QTest::mouseClick(browser()->viewport(), Qt::LeftButton, {}, place);
+}
+
+void clickButton(const QString& text) {
+    for (QToolButton* button : viewer()->findChildren<QToolButton*>()) {
+        if (button->text() == text && button->isVisible()) {
+            QTest::mouseClick(button, Qt::LeftButton);
+            return;
+        }
+    }
+    QFAIL(qPrintable(text + " is no button"));
+}
+
+/// How far below the upper edge of the view the heading stands, in pixels.
+int topOf(const QString& heading) {
+    for (QTextBlock block = browser()->document()->begin(); block.isValid(); block = block.next()) {
+        if (block.text() == heading && block.blockFormat().headingLevel() > 0)
+            return browser()->cursorRect(QTextCursor(block)).top();
+    }
+    return -1000000;
+}
+
+} // namespace
+
+class HelpViewerTest : public test_support::TestCase {
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_dataFolder;
+
+    QString path(const QString& page) const { return m_folder->filePath("help/" + page); }
+    void write(const QString& page, const QByteArray& text) {
+        QFile file(path(page));
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        QCOMPARE(file.write(text), text.size());
+    }
+    /// A page that is some screens long, with headings far from each other.
+    void writeLongPage(const QString& page) {
+        QByteArray text = "# Long page\n\nTo [the end](#the-end), [here](#Mouse%20%26%20keys).\n\n";
+        for (const char* heading : {"First part", "Mouse & keys", "First part", "The end"}) {
+            text += "## " + QByteArray(heading) + "\n\n";
+            for (int i = 0; i < 60; ++i)
+                text += "A line of the page.\n\n";
+        }
+        write(page, text);
+    }
+
+private slots:
+    void init() override {
+        TestCase::init();
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid() && QDir(m_folder->path()).mkdir("help"));
+        m_dataFolder = dataFolder();
+        setDataFolder(m_folder->path());
+    }
+    void cleanup() override {
+        delete viewer();
+        setDataFolder(m_dataFolder);
+        m_folder.reset();
+        TestCase::cleanup();
+    }
+
+    void aPageIsShownInAWindow() {
+        write("page.md",
+              "# The title\n\nSome *words*, caf\xc3\xa9.\n\n| a | b |\n|---|---|\n| 1 | 2 |\n");
+        HelpViewer::Show("page");
+        QVERIFY(viewer() && viewer()->isVisible());
+        QVERIFY(viewer()->isWindow());
+        QCOMPARE(viewer()->windowTitle(), "Help: The title");
+        const QString text = shownText();
+        QVERIFY2(text.startsWith(QString::fromUtf8("The title\nSome words, caf\xc3\xa9.")),
+                 qPrintable(text));
+        QVERIFY(!text.contains(u'|'));
+    }
+
+    void theEndingMayBeNamed() {
+        write("page.md", "# The title\n");
+        HelpViewer::Show("page.md");
+        QCOMPARE(shownText(), "The title");
+    }
+
+    void theSameViewerShowsTheNextPage() {
+        write("a.md", "first\n");
+        write("b.md", "second\n");
+        HelpViewer::Show("a");
+        QWidget* const window = viewer();
+        QCOMPARE(window->windowTitle(), "Help: a");
+        window->close();
+        QVERIFY(!window->isVisible());
+        HelpViewer::Show("b");
+        QCOMPARE(viewer(), window);
+        QCOMPARE(shownText(), "second");
+        window->showMinimized();
+        HelpViewer::Show("a");
+        QVERIFY(!window->isMinimized());
+        QCOMPARE(shownText(), "first");
+    }
+
+    void aPageThatHasChangedIsReadAnew() {
+        write("a.md", "before\n");
+        HelpViewer::Show("a");
+        write("a.md", "after\n");
+        HelpViewer::Show("a");
+        QCOMPARE(shownText(), "after");
+    }
+
+    void aLinkLeadsToAnotherPageAndBack() {
+        write("a.md", "# A\n\nGo to [the other page](b.md).\n");
+        write("b.md", "# B\n\nBack to [the first page](a).\n");
+        HelpViewer::Show("a");
+        clickOn("the other page");
+        QCOMPARE(viewer()->windowTitle(), "Help: B");
+        QVERIFY(shownText().startsWith("B\n"));
+        clickButton("Back");
+        QVERIFY(shownText().startsWith("A\n"));
+        clickButton("Forward");
+        QVERIFY(shownText().startsWith("B\n"));
+        clickOn("the first page");
+        QVERIFY(shownText().startsWith("A\n"));
+    }
+
+    void aLinkLeadsToAHeading() {
+        writeLongPage("long.md");
+        HelpViewer::Show("long");
+        QCOMPARE(browser()->verticalScrollBar()->value(), 0);
+        clickOn("the end");
+        QVERIFY(browser()->verticalScrollBar()->value() > 0);
+        QVERIFY2(qAbs(topOf("The end")) < 40, qPrintable(QString::number(topOf("The end"))));
+        clickButton("Back");
+        QCOMPARE(browser()->verticalScrollBar()->value(), 0);
+    }
+
+    void aPageCanBeShownAtAHeading() {
+        writeLongPage("long.md");
+        write("other.md", "[there](long.md#the-end)\n");
+        HelpViewer::Show("long#mouse--keys");
+        QVERIFY(qAbs(topOf("Mouse & keys")) < 40);
+        HelpViewer::Show("long#first-part-1");
+        QVERIFY(topOf("First part") < -1000);
+        HelpViewer::Show("other");
+        clickOn("there");
+        QVERIFY(qAbs(topOf("The end")) < 40);
+        // Also after a way back, which loads the page again.
+        clickButton("Back");
+        clickButton("Forward");
+        HelpViewer::Show("long#first-part");
+        QVERIFY(qAbs(topOf("First part")) < 40);
+        QVERIFY(browser()->verticalScrollBar()->value() > 0);
+    }
+
+    void aHeadingThatIsNotThereShowsThePage() {
+        writeLongPage("long.md");
+        HelpViewer::Show("long#nowhere");
+        QVERIFY(shownText().startsWith("Long page\n"));
+    }
+
+    void aMissingPageIsSaidInTheViewerAndTheLog() {
+        write("listed.md", "# B\n");
+        write("a.md", "# A\n\n[broken](gone_for.good)\n");
+        HelpViewer::Show("no *such* page");
+        QCOMPARE(viewer()->windowTitle(), "Help: Help page not found");
+        QVERIFY2(shownText().contains(
+                     "The help page \"no *such* page\" cannot be shown: there is no such file."),
+                 qPrintable(shownText()));
+        QCOMPARE(takeHostLog(), QStringList("Help page " + path("no *such* page.md") +
+                                            " cannot be shown: there is no such file"));
+        // What can be shown is offered.
+        clickOn("listed");
+        QCOMPARE(shownText(), "B");
+        HelpViewer::Show("a");
+        clickOn("broken");
+        QVERIFY2(shownText().contains("gone_for.good"), qPrintable(shownText()));
+        QCOMPARE(takeHostLog(), QStringList("Help page " + path("gone_for.good.md") +
+                                            " cannot be shown: there is no such file"));
+        clickButton("Back");
+        QVERIFY(shownText().startsWith("A\n"));
+    }
+
+    void aPageWithoutANameOffersThePagesThatThereAre() {
+        HelpViewer::Show("");
+        QVERIFY(shownText().contains("There are no help pages."));
+        write("odd name_1.md", "# Odd\n");
+        HelpViewer::Show("");
+        QCOMPARE(takeHostLog().size(), 2);
+        clickOn("odd name_1");
+        QCOMPARE(shownText(), "Odd");
+    }
+
+    void pagesThatAreEmptyTooLargeOrNoFileAreSaid() {
+        write("empty.md", " \n");
+        write("large.md", QByteArray((1 << 20) + 1, 'x'));
+        QVERIFY(QDir(m_folder->path()).mkdir("help/folder.md"));
+        QStringList log;
+        for (const auto& [page, problem] :
+             {std::pair("empty", "it is empty"), std::pair("large", "it is larger than 1 MB"),
+              std::pair("folder", "it is not a file")}) {
+            HelpViewer::Show(page);
+            QVERIFY2(shownText().contains(problem), qPrintable(shownText()));
+            log << "Help page " + path(page) + ".md cannot be shown: " + problem;
+        }
+        QCOMPARE(takeHostLog(), log);
+    }
+
+    void nothingOutsideOfTheFolderIsShown() {
+        QFile secret(m_folder->filePath("secret.md"));
+        QVERIFY(secret.open(QIODevice::WriteOnly) && secret.write("secret text") > 0);
+        secret.close();
+        for (const QString& page :
+             {QString("../secret"), m_folder->filePath("secret.md"), QString("x/../../secret")}) {
+            HelpViewer::Show(page);
+            QVERIFY(!shownText().contains("secret text"));
+            QVERIFY(shownText().contains("outside of the help folder"));
+        }
+        write("a.md", "[leak](../secret.md)\n");
+        HelpViewer::Show("a");
+        clickOn("leak");
+        QVERIFY(shownText().contains("outside of the help folder"));
+        QCOMPARE(takeHostLog().size(), 4);
+    }
+
+    void escapeClosesTheViewer() {
+        write("a.md", "# A\n");
+        HelpViewer::Show("a");
+        QVERIFY(QTest::qWaitForWindowActive(viewer()));
+        QTest::keyClick(browser(), Qt::Key_Escape);
+        QVERIFY(!viewer()->isVisible());
+        HelpViewer::Show("a");
+        clickButton("Close");
+        QVERIFY(!viewer()->isVisible());
+    }
+
+    void theViewerDoesNotKeepTheProgramRunning() {
+        write("a.md", "# A\n");
+        HelpViewer::Show("a");
+        QVERIFY(!viewer()->testAttribute(Qt::WA_QuitOnClose));
+    }
+
+    void theNameMayBeGoneAfterTheCall() {
+        write("a.md", "# A\n");
+        write("b.md", "# B\n\n[link](a.md)\n");
+        {
+            char16_t name[] = u"b";
+            HelpViewer::Show(QString::fromRawData(reinterpret_cast<const QChar*>(name), 1));
+            name[0] = u'?';
+        }
+        clickOn("link");
+        clickButton("Back");
+        QVERIFY(shownText().startsWith("B\n"));
+    }
+};
+
+REGISTER_TEST(HelpViewerTest)
+#include "HelpViewerTest.moc"
