@@ -1,0 +1,376 @@
+#include "TreeItem.h"
+
+#include "Checks.h"
+#include "Kinds.h"
+#include "RowPool.h"
+#include "TreeModel.h"
+#include "TreeView.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <new>
+#include <typeinfo>
+
+namespace {
+
+constexpr auto notFound = static_cast<std::size_t>(-1);
+
+using Pool = RowPool<sizeof(TreeItem)>;
+
+Pool& pool() {
+    static Pool all;
+    return all;
+}
+
+QString latin1(const std::string& text) {
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QString yesNo(bool yes) {
+    return yes ? QStringLiteral("Yes") : QStringLiteral("No");
+}
+
+unsigned int idOf(const TAVIK::Compound* c) {
+    return c ? c->GetId() : 0;
+}
+
+bool isComposite(const TAVIK::Compound* c) {
+    return dynamic_cast<const TAVIK::Composite*>(c) != nullptr;
+}
+
+} // namespace
+
+// A run-time type test costs more than the rest of a row, and there are few classes: the answers
+// are kept while one batch of rows is made.
+class TreeItem::Kinds {
+public:
+    bool isComposite(const TAVIK::Compound* c) {
+        if (!c)
+            return false;
+        const std::type_info* type = &typeid(*c);
+        for (std::size_t i = 0; i != m_count; ++i)
+            if (m_known[i].type == type)
+                return m_known[i].composite;
+        const bool composite = ::isComposite(c);
+        if (m_count != m_known.size())
+            m_known[m_count++] = {type, composite};
+        return composite;
+    }
+
+private:
+    struct Known {
+        const std::type_info* type;
+        bool composite;
+    };
+    std::array<Known, 16> m_known{};
+    std::size_t m_count = 0;
+};
+
+void* TreeItem::operator new(std::size_t) {
+    return pool().take();
+}
+
+void TreeItem::operator delete(void* row) noexcept {
+    pool().give(row);
+}
+
+TreeItem::TreeItem(TAVIK::Compound* c, bool composite, int line)
+    : m_Compound(c), m_id(idOf(c)), m_selected(c && c->IsSelected()), m_composite(composite) {
+    checkPtr(c, "TreeItem", line);
+}
+
+TreeItem::TreeItem(TreeView* parent, TAVIK::Compound* c) : TreeItem(c, isComposite(c), 43) {
+    parent->rows()->insert(parent->rows()->root(), {this});
+}
+
+TreeItem::TreeItem(TreeItem* parent, TAVIK::Compound* c) : TreeItem(c, isComposite(c), 61) {
+    parent->root()->model.insert(parent, {this});
+}
+
+TreeItem::~TreeItem() {
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        delete m_children[i];
+    std::free(m_children); // NOLINT: see reserve()
+}
+
+const TreeRoot* TreeItem::root() const {
+    const TreeItem* top = this;
+    while (top->m_parent)
+        top = top->m_parent;
+    return top->m_isRoot ? static_cast<const TreeRoot*>(top) : nullptr;
+}
+
+TreeItem* TreeItem::parent() const {
+    return m_parent && !m_parent->m_isRoot ? m_parent : nullptr;
+}
+
+TreeItem* TreeItem::nextSibling() const {
+    const bool descending = root()->descending;
+    const std::uint32_t next = shownAt(descending) + 1;
+    return next < m_parent->m_count ? m_parent->childAt(next, descending) : nullptr;
+}
+
+TreeItem* TreeItem::child(int index) const {
+    if (index < 0 || index >= childCount())
+        return nullptr;
+    return childAt(static_cast<std::uint32_t>(index), root()->descending);
+}
+
+int TreeItem::depth() const {
+    int depth = 0;
+    for (const TreeItem* above = parent(); above; above = above->parent())
+        ++depth;
+    return depth;
+}
+
+int TreeItem::position() const {
+    return static_cast<int>(shownAt(root()->descending));
+}
+
+TreeItem* TreeItem::itemBelow() const {
+    if (m_open && m_count)
+        return firstChild();
+    for (const TreeItem* row = this; row; row = row->parent())
+        if (TreeItem* next = row->nextSibling())
+            return next;
+    return nullptr;
+}
+
+TreeItem* TreeItem::itemAbove() const {
+    const int at = position();
+    if (at == 0)
+        return parent();
+    TreeItem* row = m_parent->child(at - 1);
+    while (row->m_open && row->m_count)
+        row = row->child(row->childCount() - 1);
+    return row;
+}
+
+TreeItem* TreeItem::shownRow() {
+    TreeItem* shown = this;
+    for (TreeItem* above = parent(); above; above = above->parent())
+        if (!above->m_open)
+            shown = above;
+    return shown;
+}
+
+QString TreeItem::text(int column) const {
+    if (!m_Compound)
+        return {};
+    switch (column) {
+    case TreeModel::Object:
+        return latin1(m_Compound->GetName());
+    case TreeModel::Show:
+        return yesNo(m_Compound->IsVisible());
+    case TreeModel::Select:
+        return yesNo(m_Compound->IsSelected());
+    case TreeModel::Partial:
+        if (const auto* atom = dynamic_cast<const TAVIK::Atom*>(m_Compound))
+            return latin1(atom->GetModelNumber());
+        return yesNo(m_Compound->HasSelected());
+    default:
+        return {};
+    }
+}
+
+QColor TreeItem::textColor(int column) const {
+    static constexpr std::array<Qt::GlobalColor, 5> byDepth = {
+        Qt::darkMagenta, Qt::magenta, Qt::darkGreen, Qt::darkBlue, Qt::red};
+    const auto level = static_cast<std::size_t>(depth());
+    return column == TreeModel::Object && level < byDepth.size() ? byDepth[level] : QColor();
+}
+
+QColor TreeItem::cellColor(int column) const {
+    if (column != TreeModel::Show || !m_Compound)
+        return {};
+    // A transparent item has a colour too, and the cell is where it can be seen.
+    QColor color = m_Compound->GetColor().toQColor();
+    color.setAlpha(255);
+    return color;
+}
+
+QString TreeItem::key(int, bool) const {
+    return QStringLiteral("%1").arg(m_id, 10);
+}
+
+int TreeItem::compare(const TreeItem* other, int column, bool ascending) const {
+    if (!other) {
+        qDebug("%s", "TreeItem::compare( QListViewItem )");
+        return key(column, ascending).compare(QString()) > 0 ? 1 : 0;
+    }
+    return m_id == other->m_id ? 0 : m_id < other->m_id ? -1 : 1;
+}
+
+void TreeItem::setup() {
+    m_expandable = m_count >= 1;
+    m_configured = true;
+}
+
+void TreeItem::setOpen(bool open) {
+    TreeModel& model = root()->model;
+    model.view()->setExpanded(model.indexOf(this), open);
+}
+
+void TreeItem::setSelected(bool s) {
+    m_Dirty = true;
+    m_selected = s;
+}
+
+void TreeItem::SetClean() {
+    if (m_Dirty)
+        m_Dirty = false;
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        m_children[i]->SetClean();
+}
+
+void TreeItem::CheckSelection() {
+    CheckSelection(root()->descending);
+}
+
+void TreeItem::CheckSelection(bool descending) {
+    if (m_Dirty) {
+        if (m_Compound)
+            m_Compound->SetSelected(m_selected);
+        SetClean();
+        return;
+    }
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        childAt(i, descending)->CheckSelection(descending);
+}
+
+void TreeItem::UpdateSelection() {
+    // Written only where it changes: what the walks over all rows wait for is memory.
+    const bool selected = m_Compound && m_Compound->IsSelected();
+    if (m_selected != selected)
+        m_selected = selected;
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        m_children[i]->UpdateSelection();
+}
+
+void TreeItem::commAdd() {
+    Kinds kinds;
+    commAdd(kinds);
+}
+
+void TreeItem::commAdd(Kinds& kinds) {
+    if (!m_composite)
+        return;
+    std::vector<TAVIK::Compound*> missing;
+    std::size_t expected = 0;
+    // Both ends are read at each step: making rows may lead anywhere.
+    for (std::ptrdiff_t i = 0; i < m_Compound->ChildEnd() - m_Compound->ChildBegin(); ++i) {
+        TAVIK::Compound* c = m_Compound->ChildBegin()[i];
+        const std::size_t at = find(c, expected);
+        if (at == notFound) {
+            missing.push_back(c);
+            continue;
+        }
+        expected = at + 1;
+        m_children[at]->commAdd(kinds);
+    }
+    if (missing.empty())
+        return;
+    // An item that is listed twice gets one row: its second turn would find the first one's.
+    const auto byId = [](const TAVIK::Compound* a, const TAVIK::Compound* b) {
+        return idOf(a) != idOf(b) ? idOf(a) < idOf(b) : std::less<>()(a, b);
+    };
+    if (!std::is_sorted(missing.begin(), missing.end(), byId))
+        std::sort(missing.begin(), missing.end(), byId);
+    missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
+
+    std::vector<TreeItem*> rows;
+    rows.reserve(missing.size());
+    for (TAVIK::Compound* c : missing)
+        rows.push_back(build(c, kinds));
+    root()->model.insert(this, std::move(rows));
+}
+
+// Host children and rows are nearly always in the same order, so that the row is where the one
+// before was found; else it is found by its id.
+std::size_t TreeItem::find(const TAVIK::Compound* c, std::size_t expected) const {
+    const unsigned int id = idOf(c);
+    const auto isIt = [&](std::size_t at) {
+        return at < m_count && m_children[at]->m_Compound == c && m_children[at]->m_id == id;
+    };
+    if (isIt(expected))
+        return expected;
+    TreeItem* const* begin = m_children;
+    TreeItem* const* found =
+        std::lower_bound(begin, begin + m_count, id, [](const TreeItem* row, unsigned int wanted) {
+            return row->m_id < wanted;
+        });
+    const auto at = static_cast<std::size_t>(found - begin);
+    return isIt(at) ? at : notFound;
+}
+
+TreeItem* TreeItem::build(TAVIK::Compound* c, Kinds& kinds) {
+    auto* const row = new TreeItem(c, kinds.isComposite(c), 61);
+    if (!row->m_composite)
+        return row;
+    TAVIK::Compound** const begin = c->ChildBegin();
+    TAVIK::Compound** const end = c->ChildEnd();
+    row->reserve(static_cast<std::size_t>(end - begin));
+    for (TAVIK::Compound** it = begin; it != end; ++it) {
+        TreeItem* const below = build(*it, kinds);
+        below->m_parent = row;
+        below->m_position = row->m_count;
+        row->m_children[row->m_count++] = below;
+    }
+    row->sortChildren();
+    return row;
+}
+
+void TreeItem::reserve(std::size_t capacity) {
+    if (capacity <= m_capacity)
+        return;
+    auto** const children = static_cast<TreeItem**>(
+        std::realloc(m_children, capacity * sizeof(TreeItem*))); // NOLINT: grows in place
+    if (!children)
+        throw std::bad_alloc();
+    m_children = children;
+    m_capacity = static_cast<std::uint32_t>(capacity);
+}
+
+void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count) {
+    if (m_count + count > m_capacity)
+        reserve(std::max<std::size_t>(m_count + count, m_count ? m_count + m_count / 2 : 0));
+    TreeItem** const gap = m_children + position;
+    std::copy_backward(gap, m_children + m_count, m_children + m_count + count);
+    std::copy(rows, rows + count, gap);
+    m_count += count;
+    for (std::uint32_t i = position; i != m_count; ++i) {
+        m_children[i]->m_parent = this;
+        m_children[i]->m_position = i;
+    }
+}
+
+void TreeItem::sortChildren() {
+    TreeItem** const end = m_children + m_count;
+    const auto byId = [](const TreeItem* a, const TreeItem* b) { return a->m_id < b->m_id; };
+    if (std::is_sorted(m_children, end, byId))
+        return;
+    std::stable_sort(m_children, end, byId);
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        m_children[i]->m_position = i;
+}
+
+bool FFF2(TAVIK::Compound* c, TreeItem* parent) {
+    TreeItem::Kinds kinds;
+    parent->root()->model.insert(parent, {TreeItem::build(c, kinds)});
+    return true;
+}
+
+TreeItemIterator::TreeItemIterator(const TreeView* view) : TreeItemIterator(view->firstChild()) {}
+
+TreeItemIterator::TreeItemIterator(TreeItem* start)
+    : m_current(start), m_descending(start && start->root()->descending) {}
+
+TreeItem* TreeItemIterator::after(const TreeItem* row) const {
+    for (; !row->m_isRoot; row = row->m_parent) {
+        const std::uint32_t next = row->shownAt(m_descending) + 1;
+        if (next < row->m_parent->m_count)
+            return row->m_parent->childAt(next, m_descending);
+    }
+    return nullptr;
+}

@@ -1,0 +1,193 @@
+// One row of the structure tree. A row shows one item of the host, mirrors its state in four
+// columns, and carries selection both ways: the user's to the host, the host's into the tree.
+#pragma once
+
+#include "Compound.h"
+
+#include <QColor>
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+class TreeModel;
+class TreeRoot;
+class TreeView;
+
+/// A row. Rows belong to their view, which alone deletes them, all at once: TreeView::clear().
+///
+/// Siblings are kept by rising host id; they are *shown*, and met by firstChild(), nextSibling()
+/// and child(), in that order or in the reverse one, as the header says. The id is remembered, so
+/// that sorting never asks an item that may be gone.
+///
+/// A tree has millions of rows: a row is small, has no virtual functions, and knows its own place
+/// among its siblings, so that nothing here ever looks for it.
+class TreeItem {
+public:
+    /// Makes the row of `c` at the top level of `parent`. A null `c` warns and makes an empty row,
+    /// which nothing can be done with; so below.
+    TreeItem(TreeView* parent, TAVIK::Compound* c);
+    /// Makes the row of `c` below `parent`.
+    TreeItem(TreeItem* parent, TAVIK::Compound* c);
+    TreeItem(const TreeItem&) = delete;
+    TreeItem& operator=(const TreeItem&) = delete;
+
+    static void* operator new(std::size_t size);
+    static void operator delete(void* row) noexcept;
+
+    /// The host item that the row shows; not owned, and null in an empty row.
+    TAVIK::Compound* compound() const { return m_Compound; }
+
+    /// The row that this one stands below; null at the top level.
+    TreeItem* parent() const;
+    /// The first child row as shown; null without children.
+    TreeItem* firstChild() const { return child(0); }
+    /// The next row as shown below the same parent; null after the last.
+    TreeItem* nextSibling() const;
+    /// The child row at `index` as shown; null outside 0 to childCount() - 1.
+    TreeItem* child(int index) const;
+    int childCount() const { return static_cast<int>(m_count); }
+    /// 0 at the top level.
+    int depth() const;
+    /// The place among the siblings as shown, from 0.
+    int position() const;
+    /// The next row on screen, or beyond its edge: rows of closed branches are left out. Null after
+    /// the last.
+    TreeItem* itemBelow() const;
+    /// The row before this one on screen; null before the first.
+    TreeItem* itemAbove() const;
+    /// The row itself, or the topmost closed row that hides it.
+    TreeItem* shownRow();
+
+    /// What the cell says, read from the host at each call; empty for columns that are not there.
+    QString text(int column) const;
+    /// The colour of the text in a cell; invalid where it is the view's.
+    QColor textColor(int column) const;
+    /// The colour behind a cell, opaque; invalid where it is the view's.
+    QColor cellColor(int column) const;
+
+    /// The host id as text of at least ten characters, whatever the column and direction: text
+    /// order is numeric order.
+    QString key(int column, bool ascending) const;
+    /// -1, 0 or 1 as this row's host id is smaller than, equal to or larger than that of `other`,
+    /// whatever the column and direction. A null `other` is written to the debug stream, and comes
+    /// first.
+    int compare(const TreeItem* other, int column, bool ascending) const;
+
+    /// Decides whether the row has an expansion mark: whether it has child rows now. The view does
+    /// this once, before it first shows the row or opens it.
+    void setup();
+    /// Whether the last setup() found child rows.
+    bool isExpandable() const { return m_expandable; }
+    /// setup(), unless it was done before.
+    void setupOnce() {
+        if (!m_configured)
+            setup();
+    }
+    /// Opens or closes the row in its view; a row that opens becomes the current one.
+    void setOpen(bool open);
+    bool isOpen() const { return m_open; }
+
+    /// Selects or unselects the row for the user, and marks it for being handed to the host.
+    void setSelected(bool s);
+    bool isSelected() const { return m_selected; }
+    /// Whether the user changed the row's selection since it was last handed over.
+    bool isDirty() const { return m_Dirty; }
+    /// Forgets that the user changed this row and those below.
+    void SetClean();
+    /// Hands the user's changes, in this row and below, to the host. What lies below a changed row
+    /// goes with it. The caller holds a change guard.
+    void CheckSelection();
+    /// Takes the host's selection over, in this row and below.
+    void UpdateSelection();
+
+    /// Adds rows, in this row and below, for host items that have none. Rows that are there stay as
+    /// they are, also when their item is gone.
+    void commAdd();
+    /// Does nothing: the window clears the tree before anything is deleted.
+    void commDel() {}
+
+private:
+    friend bool FFF2(TAVIK::Compound* c, TreeItem* parent);
+    friend class TreeItemIterator;
+    friend class TreeModel;
+    friend class TreeRoot;
+    friend class TreeView;
+
+    /// Which items are composites, remembered by class while many rows are made.
+    class Kinds;
+
+    /// A row that is in no tree yet; `line` is what a null `c` is reported with.
+    TreeItem(TAVIK::Compound* c, bool composite, int line);
+    /// The invisible row above the top level.
+    TreeItem() = default;
+    ~TreeItem();
+
+    void CheckSelection(bool descending);
+    static TreeItem* build(TAVIK::Compound* c, Kinds& kinds);
+    void commAdd(Kinds& kinds);
+    std::size_t find(const TAVIK::Compound* c, std::size_t expected) const;
+
+    /// The invisible row above all; null in a row that is in no tree.
+    const TreeRoot* root() const;
+    TreeRoot* root() { return const_cast<TreeRoot*>(std::as_const(*this).root()); }
+    TreeItem* childAt(std::uint32_t index, bool descending) const {
+        return m_children[descending ? m_count - 1 - index : index];
+    }
+    /// The place among the siblings as shown.
+    std::uint32_t shownAt(bool descending) const {
+        return descending ? m_parent->m_count - 1 - m_position : m_position;
+    }
+
+    void reserve(std::size_t capacity);
+    /// Puts `rows`, which have no parent yet, before the child at `position`.
+    void insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count);
+    /// Brings the children in order of their ids.
+    void sortChildren();
+
+    TAVIK::Compound* m_Compound = nullptr;
+    TreeItem* m_parent = nullptr;
+    TreeItem** m_children = nullptr;
+    std::uint32_t m_count = 0;
+    std::uint32_t m_capacity = 0;
+    std::uint32_t m_id = 0;       ///< the host's
+    std::uint32_t m_position = 0; ///< among the siblings by id
+    bool m_Dirty : 1 = false;
+    bool m_selected : 1 = false;
+    bool m_composite : 1 = false;
+    bool m_open : 1 = false;
+    bool m_expandable : 1 = false;
+    bool m_configured : 1 = false; ///< setup() was done
+    bool m_isRoot : 1 = false;
+};
+
+/// Makes the row of `c` below `parent`, and the rows of all that it holds; always true.
+bool FFF2(TAVIK::Compound* c, TreeItem* parent);
+
+/// A depth-first walk over all rows from one on, as they are shown, those of closed branches
+/// included. It ends with the last row of the tree, and is void once rows come or go.
+class TreeItemIterator {
+public:
+    /// Starts at the first row.
+    explicit TreeItemIterator(const TreeView* view);
+    /// Starts at `start`, which may be null: the walk is over then.
+    explicit TreeItemIterator(TreeItem* start);
+
+    /// Null when the walk is over.
+    TreeItem* current() const { return m_current; }
+    TreeItemIterator& operator++() {
+        m_current = m_current->m_count ? m_current->childAt(0, m_descending) : after(m_current);
+        return *this;
+    }
+    /// Goes on without what lies below the current row.
+    void skipBelow() { m_current = after(m_current); }
+
+private:
+    /// The first row after all that lies below `row`.
+    TreeItem* after(const TreeItem* row) const;
+
+    TreeItem* m_current;
+    bool m_descending;
+};

@@ -1,0 +1,67 @@
+// The rows of the structure tree as Qt's views read them.
+#pragma once
+
+#include "TreeItem.h"
+
+#include <QAbstractItemModel>
+
+/// The invisible row above the top level. It leads every row to its model.
+class TreeRoot : public TreeItem {
+public:
+    explicit TreeRoot(TreeModel& ofModel) : model(ofModel) { m_isRoot = true; }
+    ~TreeRoot() = default;
+    /// Deletes all rows.
+    void deleteRows();
+
+    TreeModel& model;
+    bool descending = false; ///< shown by falling id
+};
+
+/// Owns the rows. Rows come one at a time or with all that lies below them, and go only all at
+/// once. The model never is reset: what is open, current or selected stays so while rows come.
+class TreeModel : public QAbstractItemModel {
+    Q_OBJECT
+public:
+    explicit TreeModel(TreeView* view);
+    ~TreeModel() override;
+
+    enum Column { Object, Show, Select, Partial, Columns };
+
+    TreeView* view() const { return m_view; }
+    TreeRoot* root() { return &m_root; }
+    const TreeRoot* root() const { return &m_root; }
+
+    /// Puts `rows`, none of which is in a tree, below `parent`: each to where its id belongs.
+    /// Neighbours come in one step.
+    void insert(TreeItem* parent, std::vector<TreeItem*> rows);
+    /// Deletes all rows.
+    void clear();
+
+    /// Invalid for null.
+    QModelIndex indexOf(const TreeItem* row, int column = 0) const;
+    /// Null for an invalid index.
+    static TreeItem* itemOf(const QModelIndex& index) {
+        return static_cast<TreeItem*>(index.internalPointer());
+    }
+
+    QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
+    QModelIndex parent(const QModelIndex& index) const override;
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    bool hasChildren(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    /// Shows the rows by rising or falling host id, whatever the column.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
+private:
+    const TreeItem* rowOf(const QModelIndex& parent) const;
+    void insertRun(TreeItem* parent, std::uint32_t position, TreeItem* const* rows,
+                   std::uint32_t count);
+    /// Runs `change`, which moves rows among their siblings.
+    template <class Change>
+    void rearrange(const QList<QPersistentModelIndex>& parents, Change change);
+
+    TreeView* m_view;
+    TreeRoot m_root;
+};

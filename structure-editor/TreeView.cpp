@@ -1,0 +1,253 @@
+#include "TreeView.h"
+
+#include "DataPoint.h"
+#include "Space.h"
+#include "TreeDelegate.h"
+
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QScrollBar>
+
+namespace {
+
+constexpr int dragInterval = 100; // ms from row to row while the mouse rests outside
+
+} // namespace
+
+TreeView::TreeView(QWidget* parent, const char* name)
+    : QTreeView(parent), m_rows(new TreeModel(this)), m_selection(*this) {
+    if (name)
+        setObjectName(QString::fromLatin1(name));
+    setModel(m_rows);
+    setItemDelegate(new TreeDelegate(this));
+    setSelectionMode(NoSelection);
+    setEditTriggers(NoEditTriggers);
+    setAutoScroll(false);
+    setUniformRowHeights(true);
+    setAnimated(false);
+    setRootIsDecorated(false);
+    setIndentation(20);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+
+    header()->setStretchLastSection(false);
+    header()->setSectionsClickable(true);
+    header()->setSortIndicatorShown(false);
+    for (int column = 0; column != TreeModel::Columns; ++column)
+        header()->resizeSection(column, header()->sectionSizeHint(column));
+
+    connect(header(), &QHeaderView::sectionClicked, this, &TreeView::sortByClick);
+    connect(header(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (!m_fitting)
+            m_fixedWidth[static_cast<std::size_t>(column)] = true;
+    });
+    connect(this, &QTreeView::expanded, this, &TreeView::Expansion);
+    connect(this, &QTreeView::collapsed, this, &TreeView::rowClosed);
+}
+
+TreeView::~TreeView() = default;
+
+TreeItem* TreeView::firstChild() const {
+    return m_rows->root()->firstChild();
+}
+
+TreeItem* TreeView::itemAt(const QPoint& viewportPos) const {
+    const int inTree = header()->sectionViewportPosition(TreeModel::Object);
+    return TreeModel::itemOf(indexAt({inTree, viewportPos.y()}));
+}
+
+TreeItem* TreeView::currentItem() const {
+    return TreeModel::itemOf(currentIndex());
+}
+
+void TreeView::setCurrentItem(TreeItem* row) {
+    if (row)
+        selectionModel()->setCurrentIndex(m_rows->indexOf(row), QItemSelectionModel::NoUpdate);
+}
+
+void TreeView::clear() {
+    endDrag();
+    m_selection.forget();
+    m_typeAhead.forget();
+    m_rows->clear();
+}
+
+void TreeView::triggerUpdate() {
+    fitColumns();
+    viewport()->update();
+}
+
+void TreeView::Expansion(const QModelIndex& index) {
+    TreeItem* row = TreeModel::itemOf(index);
+    row->m_open = true;
+    if (row->childCount() > 0)
+        row->setup();
+    setCurrentItem(row);
+}
+
+void TreeView::rowClosed(const QModelIndex& index) {
+    TreeItem* row = TreeModel::itemOf(index);
+    row->m_open = false;
+    for (const TreeItem* above = currentItem(); above; above = above->parent())
+        if (above == row)
+            setCurrentItem(row);
+}
+
+void TreeView::sortByClick(int column) {
+    const bool reverse = column == m_sortColumn && !m_rows->root()->descending;
+    m_sortColumn = column;
+    m_rows->sort(column, reverse ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void TreeView::mousePressEvent(QMouseEvent* event) {
+    if (!event)
+        return;
+    event->accept();
+    const QPoint pos = event->position().toPoint();
+    endDrag();
+    m_ignoreDoubleClick = false;
+    TreeItem* row = itemAt(pos);
+    if (!row)
+        pressBelowRows(event);
+    else if (event->button() == Qt::RightButton)
+        rightPress(row, pos);
+    else if (event->button() == Qt::LeftButton)
+        leftPress(row, pos, event->modifiers());
+    else if (event->button() == Qt::MiddleButton && row != firstChild())
+        emit killBranch(row);
+}
+
+void TreeView::pressBelowRows(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton)
+        m_drag = Drag::FromEmptyArea;
+    if (m_selection.pressNothing(event->modifiers()))
+        tellSelection();
+}
+
+void TreeView::leftPress(TreeItem* row, const QPoint& pos, Qt::KeyboardModifiers modifiers) {
+    if (isOnMark(row, pos)) {
+        m_ignoreDoubleClick = true;
+        row->setOpen(!row->isOpen());
+        return;
+    }
+    m_drag = Drag::FromRow;
+    TreeItem* const current = currentItem();
+    setCurrentItem(row);
+    if (m_selection.press(row, current, modifiers))
+        tellSelection();
+}
+
+// Whether `pos` is where the branch mark of `row` stands: the last step of its indentation.
+bool TreeView::isOnMark(const TreeItem* row, const QPoint& pos) const {
+    if (header()->logicalIndexAt(pos.x()) != TreeModel::Object || row->childCount() == 0)
+        return false;
+    const int x = pos.x() - header()->sectionViewportPosition(TreeModel::Object);
+    const int end = indentation() * level(row);
+    return x >= end - indentation() && x < end;
+}
+
+// The guard names no originator: the window refreshes the tree because it is told like all others.
+template <class Change> void TreeView::changeData(Change change) {
+    const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+    if (guard.m_good)
+        change();
+    else
+        qDebug("%s", "Cannot update CDB!");
+}
+
+void TreeView::rightPress(TreeItem* row, const QPoint& pos) {
+    const int x = pos.x() + header()->offset();
+    TAVIK::Compound* const item = row->compound();
+    setCurrentItem(row);
+    if (!item)
+        return;
+    switch (header()->logicalIndexAt(pos.x())) {
+    case TreeModel::Object:
+        if (indentation() * level(row) + itemMargin() >= x)
+            return;
+        triggerUpdate();
+        item->ShowMenu(); // Row and item, and the view itself, may be gone now.
+        return;
+    case TreeModel::Show:
+        changeData([item] { item->ToggleVisible(); });
+        return;
+    case TreeModel::Select:
+        changeData([item] { item->ToggleSelected(); });
+        return;
+    case TreeModel::Partial:
+        changeData([item] { item->SetSelected(!item->HasSelected()); });
+        return;
+    default:
+        return;
+    }
+}
+
+void TreeView::mouseMoveEvent(QMouseEvent* event) {
+    event->accept();
+    if (m_drag == Drag::None || !(event->buttons() & Qt::LeftButton))
+        return;
+    m_dragPos = event->position().toPoint();
+    const bool outside = m_dragPos.y() < 0 || m_dragPos.y() >= viewport()->height();
+    if (!outside)
+        m_dragTimer.stop();
+    else if (!m_dragTimer.isActive())
+        m_dragTimer.start(dragInterval, this);
+    dragTo(m_dragPos);
+}
+
+void TreeView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == m_dragTimer.timerId())
+        dragTo(m_dragPos);
+    else
+        QTreeView::timerEvent(event);
+}
+
+void TreeView::dragTo(const QPoint& pos) {
+    TreeItem* const current = currentItem();
+    if (!current)
+        return;
+    // Outside, the rows come one at a time, each when the one before is on screen.
+    const int y = std::clamp(pos.y(), -1, viewport()->height());
+    TreeItem* row = itemAt({0, y});
+    if (y < 0)
+        row = verticalScrollBar()->value() > 0 ? row : firstChild();
+    else if (!row && m_drag == Drag::FromRow)
+        row = lastShown();
+    if (!row || row == current)
+        return;
+    m_selection.extendTo(row, current);
+    setCurrentItem(row);
+    scrollToRow(row);
+    tellSelection();
+}
+
+void TreeView::endDrag() {
+    m_drag = Drag::None;
+    m_dragTimer.stop();
+}
+
+void TreeView::mouseReleaseEvent(QMouseEvent* event) {
+    event->accept();
+    if (event->button() != Qt::LeftButton)
+        return;
+    endDrag();
+    if (m_selection.release(itemAt(event->position().toPoint())))
+        tellSelection();
+}
+
+void TreeView::mouseDoubleClickEvent(QMouseEvent* event) {
+    event->accept();
+    endDrag();
+    if (event->button() != Qt::LeftButton || m_ignoreDoubleClick)
+        return;
+    TreeItem* row = itemAt(event->position().toPoint());
+    if (row && (row->isOpen() || row->childCount() > 0))
+        row->setOpen(!row->isOpen());
+}
+
+// Last in every gesture: whoever listens may do anything, so that no row is touched after it.
+void TreeView::tellSelection() {
+    viewport()->update();
+    emit selectionChanged();
+}

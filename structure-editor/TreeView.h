@@ -1,0 +1,107 @@
+// The structure tree: the item that the window shows, with all that it holds, in four columns.
+#pragma once
+
+#include "TreeModel.h"
+#include "TreeSelection.h"
+#include "TypeAhead.h"
+
+#include <QBasicTimer>
+#include <QTreeView>
+
+#include <array>
+
+/// A tree of TreeItem rows.
+///
+/// Which rows are selected is a mark in the rows, never Qt's selection model: that one carries the
+/// current row alone. Marks that the user sets are announced with selectionChanged(), once a
+/// gesture, and handed to the host by whoever listens.
+///
+/// The right button changes what the cell under it shows, or opens the host's menu; the middle one
+/// asks for the deletion of a row. Both are the host's changes: the view learns of them, as of all
+/// others, when it is told to update.
+class TreeView : public QTreeView {
+    Q_OBJECT
+public:
+    /// `name`, which may be null, becomes the object name.
+    explicit TreeView(QWidget* parent = nullptr, const char* name = nullptr);
+    ~TreeView() override;
+
+    /// The first top-level row; null in an empty tree.
+    TreeItem* firstChild() const;
+    /// The row at the height of `viewportPos`, also right of the last column; null below the rows.
+    TreeItem* itemAt(const QPoint& viewportPos) const;
+    TreeItem* currentItem() const;
+    /// Makes `row` current, and changes nothing else: neither the selection nor its anchor nor what
+    /// is scrolled to. Null does nothing.
+    void setCurrentItem(TreeItem* row);
+    /// Deletes all rows. Emits nothing.
+    void clear();
+    /// Width that a column keeps free left of its content, in pixels.
+    int itemMargin() const { return 1; }
+
+    TreeModel* rows() const { return m_rows; }
+
+public slots:
+    /// Lets the screen show the host's present state.
+    virtual void triggerUpdate();
+    /// Makes a row that was opened the current one.
+    void Expansion(const QModelIndex& index);
+
+signals:
+    /// The user selected or unselected rows; see TreeItem::isDirty().
+    void selectionChanged();
+    /// The user asks to delete the item of a row. The row may be gone after the signal.
+    void killBranch(TreeItem* item);
+
+protected:
+    using QTreeView::selectionChanged;
+
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+    void drawBranches(QPainter* painter, const QRect& rect,
+                      const QModelIndex& index) const override;
+    void scrollContentsBy(int dx, int dy) override;
+    void updateGeometries() override;
+
+private:
+    /// Where a drag goes on when the mouse rests outside.
+    enum class Drag { None, FromRow, FromEmptyArea };
+
+    void leftPress(TreeItem* row, const QPoint& pos, Qt::KeyboardModifiers modifiers);
+    void rightPress(TreeItem* row, const QPoint& pos);
+    template <class Change> void changeData(Change change);
+    void pressBelowRows(QMouseEvent* event);
+    void dragTo(const QPoint& pos);
+    void endDrag();
+    bool isOnMark(const TreeItem* row, const QPoint& pos) const;
+    int level(const TreeItem* row) const { return row->depth() + (rootIsDecorated() ? 1 : 0); }
+    void rowClosed(const QModelIndex& index);
+    void sortByClick(int column);
+
+    bool openByKey(TreeItem* row, int key);
+    TreeItem* rowByKey(TreeItem* row, int key) const;
+    TreeItem* lastShown() const;
+    TreeItem* pageDown(TreeItem* row) const;
+    TreeItem* pageUp(TreeItem* row) const;
+    void moveTo(TreeItem* row, Qt::KeyboardModifiers modifiers);
+    void tellSelection();
+
+    QRect rectOf(const TreeItem* row) const { return visualRect(m_rows->indexOf(row)); }
+    void scrollToRow(const TreeItem* row);
+    void fitColumns();
+
+    TreeModel* m_rows;
+    TreeSelection m_selection;
+    TypeAhead m_typeAhead;
+    Drag m_drag = Drag::None;
+    QPoint m_dragPos;
+    QBasicTimer m_dragTimer;
+    bool m_ignoreDoubleClick = false;
+    int m_sortColumn = TreeModel::Object;
+    bool m_fitting = false;
+    std::array<bool, TreeModel::Columns> m_fixedWidth{}; ///< the user has set it
+};

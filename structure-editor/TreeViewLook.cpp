@@ -1,0 +1,76 @@
+// What the structure tree looks like: branch marks, widths of columns, what is scrolled to.
+#include "TreeView.h"
+
+#include <QHeaderView>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QStyle>
+#include <QStyleOption>
+
+// Each step of the indentation is a cell of its own: the last one before the row holds its branch
+// mark, the others the lines that run down to later siblings of the rows above.
+void TreeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
+    TreeItem* const row = TreeModel::itemOf(index);
+    row->setupOnce();
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    int x = rect.left() + indentation() * level(row);
+    for (const TreeItem* step = row; step && x > rect.left(); step = step->parent()) {
+        x -= indentation();
+        option.rect = QRect(x, rect.top(), indentation(), rect.height());
+        option.state.setFlag(QStyle::State_Item, step == row);
+        option.state.setFlag(QStyle::State_Children, step == row && row->isExpandable());
+        option.state.setFlag(QStyle::State_Open, step == row && row->isOpen());
+        option.state.setFlag(QStyle::State_Sibling, step->nextSibling() != nullptr);
+        style()->drawPrimitive(QStyle::PE_IndicatorBranch, &option, painter, this);
+    }
+}
+
+void TreeView::scrollContentsBy(int dx, int dy) {
+    QTreeView::scrollContentsBy(dx, dy);
+    if (dy != 0)
+        fitColumns();
+}
+
+void TreeView::updateGeometries() {
+    QTreeView::updateGeometries();
+    fitColumns();
+}
+
+// Columns grow with what comes on screen, and never shrink; a width that the user chose stays. What
+// is off screen is not looked at: there may be millions of rows.
+void TreeView::fitColumns() {
+    if (m_fitting)
+        return;
+    const QScopedValueRollback fitting(m_fitting, true);
+    std::array<int, TreeModel::Columns> wanted{};
+    const TreeItem* row = itemAt({0, 0});
+    const int height = row ? rectOf(row).height() : 0;
+    for (int y = 0; row && height > 0 && y < viewport()->height() + height; y += height) {
+        for (int column = 0; column != TreeModel::Columns; ++column) {
+            int& width = wanted[static_cast<std::size_t>(column)];
+            const int before = column == TreeModel::Object ? indentation() * level(row) : 0;
+            const QSize size = sizeHintForIndex(m_rows->indexOf(row, column));
+            width = std::max(width, before + itemMargin() + size.width());
+        }
+        row = row->itemBelow();
+    }
+    for (int column = 0; column != TreeModel::Columns; ++column)
+        if (const int width = wanted[static_cast<std::size_t>(column)];
+            !m_fixedWidth[static_cast<std::size_t>(column)] && width > columnWidth(column))
+            setColumnWidth(column, width);
+}
+
+// Scrolls up or down, and no further than it takes to see all of `row`.
+void TreeView::scrollToRow(const TreeItem* row) {
+    const QRect rect = rectOf(row);
+    if (!rect.isValid())
+        return;
+    const int beyond = rect.bottom() + 1 - viewport()->height();
+    QScrollBar* const bar = verticalScrollBar();
+    if (rect.top() < 0)
+        bar->setValue(bar->value() + rect.top());
+    else if (beyond > 0)
+        bar->setValue(bar->value() + std::min(beyond, rect.top()));
+}
