@@ -1,4 +1,5 @@
 # Fails when a room includes a header of a room that it must not know: cmake -DROOT=... -P this file.
+cmake_minimum_required(VERSION 3.25)
 function(check_room room)
   file(GLOB files ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h)
   set(foreign)
