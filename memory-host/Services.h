@@ -15,6 +15,8 @@ HOST_EXPORT void setDataFolder(const QString& folder);
 HOST_EXPORT QString dataFolder();
 /// The INI file that Config reads; it need not exist.
 HOST_EXPORT void setSettingsFile(const QString& file);
+/// The INI file with the settings that the other one does not hold.
+HOST_EXPORT void setDefaultSettingsFile(const QString& file);
 /// The file that the log is appended to, beside standard error; empty for none.
 HOST_EXPORT void setLogFile(const QString& file);
 

@@ -94,6 +94,11 @@ SettingsFile& settingsFile() {
     return *file;
 }
 
+SettingsFile& defaultSettingsFile() {
+    static SettingsFile* const file = new SettingsFile;
+    return *file;
+}
+
 QString& dataFolderPath() {
     static QString* const folder = new QString;
     return *folder;
@@ -113,8 +118,15 @@ void setSettingsFile(const QString& file) {
     settingsFile().setPath(file);
 }
 
+void setDefaultSettingsFile(const QString& file) {
+    defaultSettingsFile().setPath(file);
+}
+
 } // namespace memory_host
 
 Setting Config::GetSetting(const std::string& section, const std::string& key) {
-    return memory_host::settingsFile().find(section, key);
+    const Setting setting = memory_host::settingsFile().find(section, key);
+    bool exists = false;
+    setting.ToString(&exists);
+    return exists ? setting : memory_host::defaultSettingsFile().find(section, key);
 }

@@ -63,6 +63,22 @@ private slots:
         QCOMPARE(get("Vuxo", "Help"), "(none)");
     }
 
+    void theDefaultSettingsStandInForWhatTheFileDoesNotHold() {
+        const QString defaults = m_folder->filePath("defaults.ini");
+        setDefaultSettingsFile(defaults);
+        QCOMPARE(get("Vuxo", "Help"), "(none)");
+        QFile file(defaults);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Vuxo]\nHelp = shipped\nOther = shipped\n");
+        file.close();
+        QCOMPARE(get("Vuxo", "Help"), "shipped");
+        write("[Vuxo]\nHelp =\n");
+        QCOMPARE(get("Vuxo", "Help"), "");
+        QCOMPARE(get("Vuxo", "Other"), "shipped");
+        setDefaultSettingsFile(QString());
+        QCOMPARE(get("Vuxo", "Other"), "(none)");
+    }
+
     void aValueIsTheRestOfItsLine() {
         write("[A]\r\n k = a, b; c = \"d\" \\n # e \t\r\n");
         QCOMPARE(get("A", "k"), "a, b; c = \"d\" \\n # e");
