@@ -57,9 +57,6 @@ void freeItem(Compound* item) {
     case Kind::Bond:
         static_cast<BondItem*>(item)->disconnect();
         break;
-    case Kind::Set:
-        releaseMembers(static_cast<SetRecord&>(record));
-        break;
     default:
         break;
     }
@@ -69,7 +66,7 @@ void freeItem(Compound* item) {
         for (std::uint32_t slot = holder.begin, end = holder.end; slot != end; ++slot) {
             if (Compound* child = holder.children[slot]) {
                 HostItem::of(child).parent = nullptr;
-                holder.children[slot] = nullptr;
+                holder.removeChild(slot);
                 freeItem(child);
             }
         }
@@ -77,23 +74,10 @@ void freeItem(Compound* item) {
     delete item;
 }
 
-bool isControl(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return c == '/' || byte < 0x20 || byte == 0x7f;
-}
-
-// Names of atoms are nearly always fit to be used as they stand.
-std::uint32_t componentNumber(std::string_view name) {
-    for (const char c : name)
-        if (isControl(c))
-            return internName(asComponent(name));
-    return internName(name);
-}
-
 } // namespace
 
 Compound* newItem(Kind kind, std::string_view text) {
-    const std::uint32_t name = componentNumber(text);
+    const std::uint32_t name = internComponent(text);
     switch (kind) {
     case Kind::Composite:
         return new CompositeItem(name);
@@ -104,9 +88,9 @@ Compound* newItem(Kind kind, std::string_view text) {
     case Kind::Group:
         return new GroupItem(name);
     case Kind::Atom: {
-        auto* const atom = new AtomItem(name);
+        auto atom = std::make_unique<AtomItem>(name);
         atom->setValues({{}, "X", {}, 0.0F, 0});
-        return atom;
+        return atom.release();
     }
     case Kind::Bond:
         return new BondItem(name);
@@ -150,15 +134,24 @@ Compound* makeDetached(const std::string& name, const std::string& className) {
 
 void attach(Compound* detached, Compound* parent) {
     Holder* holder = detached ? holderOf(parent, "attach", detached->GetName()) : nullptr;
-    if (!holder || HostItem::of(detached).parent)
+    if (!holder)
         return;
+    const HostItem& record = HostItem::of(detached);
+    const HostItem* root = holder;
+    while (root->parent)
+        root = root->parent;
+    if (record.parent || record.kind == Kind::Space || root == &record) {
+        qWarning("attach: \"%s\" is not detached from \"%s\"", detached->GetName().c_str(),
+                 parent->GetName().c_str());
+        return;
+    }
     struct Shrink {
         static void all(Holder& of) {
             of.shrink();
             for (std::uint32_t slot = of.begin; slot != of.end; ++slot) {
-                HostItem& record = HostItem::of(of.children[slot]);
-                if (record.isHolder())
-                    all(record.asHolder());
+                HostItem& child = HostItem::of(of.children[slot]);
+                if (child.isHolder())
+                    all(child.asHolder());
             }
         }
     };
@@ -171,7 +164,7 @@ TAVIK::Atom* addAtom(Compound* parent, const AtomRecord& values) {
     Holder* holder = holderOf(parent, "addAtom", std::string(values.name));
     if (!holder)
         return nullptr;
-    auto atom = std::make_unique<AtomItem>(componentNumber(values.name));
+    auto atom = std::make_unique<AtomItem>(internComponent(values.name));
     atom->setValues(values);
     return attachNew(std::move(atom), *holder);
 }
@@ -180,8 +173,11 @@ void setAtom(Compound* item, const AtomRecord& values) {
     auto* const atom = dynamic_cast<AtomItem*>(item);
     if (!atom)
         return;
+    Holder* const residue = leaveModels(*atom);
     atom->setValues(values);
-    updateModelOf(HostItem::of(atom));
+    HostItem::of(atom).set(HostItem::OtherModel, false);
+    joinModels(*atom);
+    settleModel(residue);
     atom->updateShown();
 }
 
@@ -202,7 +198,7 @@ TAVIK::Grid* addGrid(Compound* parent, const std::string& name, GridRecord&& val
     Holder* holder = holderOf(parent, "addGrid", name);
     if (!holder)
         return nullptr;
-    auto grid = std::make_unique<GridItem>(componentNumber(name));
+    auto grid = std::make_unique<GridItem>(internComponent(name));
     grid->setValues(std::move(values));
     return attachNew(std::move(grid), *holder);
 }
@@ -252,7 +248,7 @@ Compound* DataMaker::makePolyLine(Compound* parent, const std::string& name,
     Holder* holder = holderOf(parent, "makePolyLine", name);
     if (!holder)
         return nullptr;
-    auto line = std::make_unique<PolyLineItem>(componentNumber(name));
+    auto line = std::make_unique<PolyLineItem>(internComponent(name));
     line->m_points = points;
     return attachNew(std::move(line), *holder);
 }
@@ -268,9 +264,9 @@ Compound* DataMaker::makeSet(Compound* parent, const std::string& name,
     for (Compound* member : members)
         if (member && seen.insert(member).second)
             listed.push_back(member);
-    auto* const set = attachNew(std::make_unique<SetItem>(componentNumber(name)), *holder);
-    listMembers(static_cast<SetRecord&>(HostItem::of(set)), std::move(listed));
-    return set;
+    auto set = std::make_unique<SetItem>(internComponent(name));
+    listMembers(static_cast<SetRecord&>(HostItem::of(set.get())), listed);
+    return attachNew(std::move(set), *holder);
 }
 
 void DataMaker::Destroy(Compound* item) {

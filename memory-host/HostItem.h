@@ -26,12 +26,12 @@ enum class Kind : std::uint8_t {
 
 struct Holder;
 
-/// What a subtree adds to the counters of the composite that holds it. Sets add nothing: what they
-/// list is counted where it stands.
+/// What a subtree adds to the counters of the composite that holds it. Sets add nothing while they
+/// list something: that is counted where it stands.
 struct Contribution {
     std::int32_t atoms = 0;
     std::int32_t selectedAtoms = 0;
-    std::int32_t leaves = 0; ///< items that hold nothing, empty composites included
+    std::int32_t leaves = 0; ///< items that hold nothing, empty composites and sets included
     std::int32_t selectedLeaves = 0;
     std::int32_t shownLeaves = 0;
 
@@ -66,7 +66,7 @@ namespace TAVIK {
 
 struct HostItem {
     enum Flag : std::uint8_t {
-        Selected = 1,    ///< own mark; of a composite only while it is empty
+        Selected = 1,    ///< own mark; of a composite or a set only while it is empty
         Visible = 2,     ///< own mark, likewise
         Shown = 4,       ///< of a leaf: visible in effect, as it is counted
         OtherModel = 8,  ///< of an atom: it belongs to a model that is not active
@@ -141,6 +141,8 @@ struct Holder : HostItem {
     std::uint32_t capacity = 0;
     std::uint32_t holes = 0; ///< null children between begin and end
     Contribution sum;        ///< of all children
+    /// Of a residue: how many of its atoms belong to the active model.
+    std::uint32_t modelAtoms = 0;
 
 private:
     void closeHoles();
@@ -151,6 +153,10 @@ private:
 /// that are destroyed leave holes, closed when the parts are next read.
 struct SetRecord : HostItem {
     using HostItem::HostItem;
+    SetRecord(const SetRecord&) = delete;
+    SetRecord& operator=(const SetRecord&) = delete;
+    /// Ends the listings of all members.
+    ~SetRecord();
 
     std::uint32_t memberCount() const { return static_cast<std::uint32_t>(members.size()) - holes; }
     std::vector<Compound*>& listed();
@@ -162,12 +168,13 @@ struct SetRecord : HostItem {
     std::int32_t visible = 0;
 };
 
-/// Lists `members`, which hold neither null nor repetitions, in a new set.
-void listMembers(SetRecord& set, std::vector<Compound*> members);
+/// Lists `members`, which hold neither null nor repetitions, in a new set that is not attached yet.
+void listMembers(SetRecord& set, const std::vector<Compound*>& members);
 /// Takes an item out of every set that lists it.
 void leaveSets(HostItem& item);
-/// Ends a set's listings, before the set is freed.
-void releaseMembers(SetRecord& set);
+/// Whether the item is a set that stands for its members: what is done to all that a composite
+/// holds passes such a set by.
+bool listsMembers(const HostItem& item);
 /// Tells the sets that list `item` that its state was `before`.
 void tellSets(const HostItem& item, ItemState before);
 /// The sets that list `item`.
@@ -204,12 +211,21 @@ void attachTo(Compound* child, Holder& parent);
 /// Takes an item out of its parent, counters included.
 void detach(Compound* child);
 
+/// The residue around an item, or null.
+Holder* residueAround(const HostItem& item);
+
 /// Which model of a residue is to be shown: the first one that it has, or the one after or before.
 enum class ModelStep { First, Next, Previous };
 void switchModel(Holder& residue, ModelStep step);
-/// Says of an atom whether its model is the active one of the residue around it, which becomes
-/// active if the residue has none.
-void updateModelOf(HostItem& atom);
+/// Counts and marks the atoms at or in an item, which has just come into its place, for the models
+/// of the residue around it. The first model that comes to a residue without any is active.
+void joinModels(Compound& item);
+/// Takes them out of the count before the item goes; returns the residue around it if that needs to
+/// settle its model when the item is gone, else null.
+Holder* leaveModels(Compound& item);
+/// Makes the first model active that the residue has when there are no atoms of the active one any
+/// more. `residue` may be null.
+void settleModel(Holder* residue);
 
 /// The colour that an item has from the start.
 Color defaultColor(const HostItem& item);

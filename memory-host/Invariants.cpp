@@ -2,6 +2,7 @@
 #include "Items.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace memory_host {
 
@@ -40,6 +41,11 @@ private:
             sum += contributionOf(item);
             marks(item);
         }
+        if (record.kind == Kind::Residue) {
+            const std::uint32_t counted = m_modelAtoms[&record];
+            expect(counted == record.modelAtoms, record, "miscounts the atoms of its model");
+            expect(counted > 0 || record.model == 0, record, "has a model without atoms");
+        }
         expect(holes == record.holes, record, "miscounts its holes");
         expect(sum == record.sum, record, "miscounts what it holds");
     }
@@ -49,19 +55,44 @@ private:
         bool shown = record.has(HostItem::Visible);
         if (record.kind == Kind::Atom) {
             shown = shown && !record.has(HostItem::OtherModel);
+            model(record);
             const auto& atom = static_cast<AtomItem&>(item);
-            for (const BondItem* bond = atom.m_bonds; bond;
-                 bond = bond->m_links[static_cast<std::size_t>(bond->endAt(&atom))].next)
+            for (const BondItem* bond = atom.m_bonds; bond; bond = bond->next(&atom))
                 expect(bond->m_atoms[0] == &atom || bond->m_atoms[1] == &atom, record,
-                       "is in the list of a bond that is not its own");
+                       "lists a bond that is not its own");
         } else if (record.kind == Kind::Bond) {
-            for (const Compound* atom : static_cast<BondItem&>(item).m_atoms)
+            auto& bond = static_cast<BondItem&>(item);
+            for (const Compound* atom : bond.m_atoms)
                 shown = shown && (!atom || HostItem::of(atom).has(HostItem::Shown));
+            for (const int end : {0, 1})
+                links(bond, end);
         } else if (record.kind == Kind::Set) {
             set(static_cast<SetRecord&>(HostItem::of(&item)));
-            return;
         }
         expect(shown == record.has(HostItem::Shown), record, "is shown where it should be hidden");
+    }
+
+    void model(const HostItem& atom) {
+        const Holder* const residue = residueAround(atom);
+        const bool counts = residue && atom.model != 0;
+        if (counts && atom.model == residue->model)
+            ++m_modelAtoms[residue];
+        expect(atom.has(HostItem::OtherModel) == (counts && atom.model != residue->model), atom,
+               "is wrong about the active model");
+    }
+
+    void links(const BondItem& bond, int end) {
+        const AtomItem* const atom = bond.atom(end);
+        const HostItem& record = HostItem::of(&bond);
+        expect((atom != nullptr) == (bond.atom(1 - end) != nullptr), record, "has one atom only");
+        if (!atom)
+            return;
+        const auto& [next, previous] = bond.m_links[static_cast<std::size_t>(end)];
+        expect((previous ? previous->next(atom) : atom->m_bonds) == &bond, record,
+               "is not listed where it should be");
+        expect(!next ||
+                   next->m_links[static_cast<std::size_t>(next->endAt(atom))].previous == &bond,
+               record, "is followed by a bond that does not know of it");
     }
 
     void set(SetRecord& record) {
@@ -88,6 +119,7 @@ private:
                "is wrong about being in sets");
     }
 
+    std::unordered_map<const Holder*, std::uint32_t> m_modelAtoms; ///< of the active models
     std::vector<std::string> m_faults;
 };
 

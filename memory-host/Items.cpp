@@ -1,19 +1,18 @@
 #include "Items.h"
 
-#include <cmath>
+#include <algorithm>
 #include <limits>
 
 namespace memory_host {
 
-namespace {
-
-// The residue around an item, or null.
 Holder* residueAround(const HostItem& item) {
     Holder* holder = item.parent;
     while (holder && holder->kind != Kind::Residue)
         holder = holder->parent;
     return holder;
 }
+
+namespace {
 
 std::string residuePrefix(const HostItem& atom) {
     const Holder* residue = residueAround(atom);
@@ -38,6 +37,10 @@ AtomItem* BondItem::atom(int end) const {
 
 int BondItem::endAt(const AtomItem* atom) const {
     return m_atoms[0] == atom ? 0 : 1;
+}
+
+BondItem* BondItem::next(const AtomItem* atom) const {
+    return m_links[static_cast<std::size_t>(endAt(atom))].next;
 }
 
 void BondItem::connect(AtomItem* a, AtomItem* b) {
@@ -101,8 +104,7 @@ void AtomItem::updateShown() {
     if (shown == m_record.has(HostItem::Shown))
         return;
     setShown(m_record, shown);
-    for (BondItem* bond = m_bonds; bond;
-         bond = bond->m_links[static_cast<std::size_t>(bond->endAt(this))].next)
+    for (BondItem* bond = m_bonds; bond; bond = bond->next(this))
         bond->updateShown();
 }
 
@@ -117,43 +119,6 @@ void AtomItem::setValues(const AtomRecord& values) {
     m_record.color = defaultColor(m_record).rgba();
 }
 
-bool GridItem::GetNearest(const TAVIK::Vertex& point, int* ijk) const {
-    constexpr double far = 1 << 30;
-    bool inside = true;
-    for (const std::size_t axis : {0, 1, 2}) {
-        double index = 0.0;
-        for (const std::size_t k : {0, 1, 2})
-            index += m_inverse[axis][k] * (static_cast<double>(point[k]) - m_values.origin[k]);
-        // The comparison is written so that what is no number goes far below.
-        const double bounded = index >= -far ? std::min(index, far) : -far;
-        ijk[axis] = static_cast<int>(std::lround(bounded));
-        inside = inside && ijk[axis] >= 0 && ijk[axis] < m_points[axis];
-    }
-    return inside;
-}
-
-void GridItem::setValues(GridRecord&& values) {
-    m_values = std::move(values);
-    for (const std::size_t axis : {0, 1, 2}) {
-        m_points[axis] = m_values.points[axis];
-        m_lower[axis] = 0;
-        m_upper[axis] = m_points[axis];
-    }
-    // Columns of the matrix are the steps; its inverse by cofactors.
-    const auto& s = m_values.steps;
-    const auto cofactor = [&](std::size_t row, std::size_t column) {
-        const std::size_t r1 = (row + 1) % 3, r2 = (row + 2) % 3;
-        const std::size_t c1 = (column + 1) % 3, c2 = (column + 2) % 3;
-        return s[r1][c1] * s[r2][c2] - s[r1][c2] * s[r2][c1];
-    };
-    double determinant = 0.0;
-    for (const std::size_t k : {0, 1, 2})
-        determinant += s[0][k] * cofactor(0, k);
-    for (const std::size_t axis : {0, 1, 2})
-        for (const std::size_t k : {0, 1, 2})
-            m_inverse[axis][k] = determinant != 0.0 ? cofactor(axis, k) / determinant : 0.0;
-}
-
 ItemState stateOf(const HostItem& item) {
     return {isSelected(item), hasSelected(item), isVisible(item)};
 }
@@ -165,10 +130,9 @@ bool isSelected(const HostItem& item) {
             return sum.selectedAtoms == sum.atoms;
         if (sum.leaves > 0)
             return sum.selectedLeaves == sum.leaves;
-    } else if (item.kind == Kind::Set) {
+    } else if (listsMembers(item)) {
         const auto& set = static_cast<const SetRecord&>(item);
-        if (set.memberCount() > 0)
-            return set.selected == static_cast<std::int32_t>(set.memberCount());
+        return set.selected == static_cast<std::int32_t>(set.memberCount());
     }
     return item.has(HostItem::Selected);
 }
@@ -178,10 +142,8 @@ bool hasSelected(const HostItem& item) {
         const Contribution& sum = static_cast<const Holder&>(item).sum;
         if (sum.leaves > 0)
             return sum.selectedLeaves > 0;
-    } else if (item.kind == Kind::Set) {
-        const auto& set = static_cast<const SetRecord&>(item);
-        if (set.memberCount() > 0)
-            return set.hasSelected > 0;
+    } else if (listsMembers(item)) {
+        return static_cast<const SetRecord&>(item).hasSelected > 0;
     }
     return item.has(HostItem::Selected);
 }
@@ -191,15 +153,13 @@ bool isVisible(const HostItem& item) {
         const Contribution& sum = static_cast<const Holder&>(item).sum;
         return sum.leaves > 0 ? sum.shownLeaves > 0 : item.has(HostItem::Visible);
     }
-    if (item.kind == Kind::Set) {
-        const auto& set = static_cast<const SetRecord&>(item);
-        return set.memberCount() > 0 ? set.visible > 0 : item.has(HostItem::Visible);
-    }
+    if (listsMembers(item))
+        return static_cast<const SetRecord&>(item).visible > 0;
     return item.has(HostItem::Shown);
 }
 
 Contribution contributionOf(const HostItem& item) {
-    if (item.kind == Kind::Set)
+    if (listsMembers(item))
         return {};
     const std::int32_t selected = item.has(HostItem::Selected) ? 1 : 0;
     if (item.isHolder()) {
@@ -238,23 +198,19 @@ void setSelected(HostItem& item, bool on) {
             Compound** const last = holder.childEnd();
             for (Compound** child = holder.childBegin(); child != last; ++child) {
                 HostItem& record = HostItem::of(*child);
-                if (record.kind != Kind::Set)
+                if (!listsMembers(record))
                     setSelected(record, on);
             }
             return;
         }
-    } else if (item.kind == Kind::Set) {
-        auto& set = static_cast<SetRecord&>(item);
-        for (Compound* member : set.listed())
+    } else if (listsMembers(item)) {
+        for (Compound* member : static_cast<SetRecord&>(item).listed())
             setSelected(HostItem::of(member), on);
-        if (set.memberCount() > 0)
-            return;
+        return;
     }
     if (item.has(HostItem::Selected) == on)
         return;
     changeState(item, [&] { item.set(HostItem::Selected, on); });
-    if (item.kind == Kind::Set)
-        return;
     const std::int32_t change = on ? 1 : -1;
     const std::int32_t atoms = item.kind == Kind::Atom ? change : 0;
     for (Holder* holder = item.parent; holder; holder = holder->parent)
@@ -271,17 +227,15 @@ void setVisible(HostItem& item, Compound* self, bool on) {
             Compound** const last = holder.childEnd();
             for (Compound** child = holder.childBegin(); child != last; ++child) {
                 HostItem& record = HostItem::of(*child);
-                if (record.kind != Kind::Set)
+                if (!listsMembers(record))
                     setVisible(record, *child, on);
             }
             return;
         }
-    } else if (item.kind == Kind::Set) {
-        auto& set = static_cast<SetRecord&>(item);
-        for (Compound* member : set.listed())
+    } else if (listsMembers(item)) {
+        for (Compound* member : static_cast<SetRecord&>(item).listed())
             setVisible(HostItem::of(member), member, on);
-        if (set.memberCount() > 0)
-            return;
+        return;
     }
     if (item.has(HostItem::Visible) == on)
         return;
@@ -293,8 +247,6 @@ void setVisible(HostItem& item, Compound* self, bool on) {
     case Kind::Bond:
         static_cast<BondItem&>(*self).updateShown();
         break;
-    case Kind::Set:
-        break;
     default:
         if (item.isHolder())
             countShown(item, on);
@@ -303,72 +255,12 @@ void setVisible(HostItem& item, Compound* self, bool on) {
     }
 }
 
-void updateModelOf(HostItem& atom) {
-    Holder* residue = residueAround(atom);
-    if (residue && atom.model != 0 && residue->model == 0)
-        residue->model = atom.model;
-    atom.set(HostItem::OtherModel, residue && atom.model != 0 && atom.model != residue->model);
-}
-
-namespace {
-
-template <class Function> void forAtomsIn(Holder& holder, const Function& function) {
-    Compound** const last = holder.childEnd();
-    for (Compound** child = holder.childBegin(); child != last; ++child) {
-        HostItem& record = HostItem::of(*child);
-        if (record.kind == Kind::Atom)
-            function(static_cast<AtomItem&>(**child), record);
-        else if (record.isHolder())
-            forAtomsIn(record.asHolder(), function);
-    }
-}
-
-} // namespace
-
-void switchModel(Holder& residue, ModelStep step) {
-    // 0 stands for "none": models count from 1.
-    std::uint16_t first = 0, last = 0, next = 0, previous = 0;
-    forAtomsIn(residue, [&](const AtomItem&, const HostItem& atom) {
-        const std::uint16_t model = atom.model;
-        if (model == 0)
-            return;
-        if (first == 0 || model < first)
-            first = model;
-        last = std::max(last, model);
-        if (model > residue.model && (next == 0 || model < next))
-            next = model;
-        if (model < residue.model)
-            previous = std::max(previous, model);
-    });
-    if (first == 0)
-        return;
-    residue.model = step == ModelStep::First  ? first
-                    : step == ModelStep::Next ? (next ? next : first)
-                                              : (previous ? previous : last);
-    forAtomsIn(residue, [](AtomItem& atom, HostItem& record) {
-        updateModelOf(record);
-        atom.updateShown();
-    });
-}
-
 void attachTo(Compound* child, Holder& parent) {
     HostItem& record = HostItem::of(child);
     parent.appendChild(child);
     record.parent = &parent;
     addContribution(&parent, contributionOf(record));
-    const bool inResidue = parent.kind == Kind::Residue || residueAround(parent);
-    if (!inResidue)
-        return;
-    const auto update = [](AtomItem& atom, HostItem& atomRecord) {
-        if (atomRecord.model == 0)
-            return;
-        updateModelOf(atomRecord);
-        atom.updateShown();
-    };
-    if (record.kind == Kind::Atom)
-        update(static_cast<AtomItem&>(*child), record);
-    else if (record.isHolder() && record.asHolder().sum.atoms > 0)
-        forAtomsIn(record.asHolder(), update);
+    joinModels(*child);
 }
 
 void detach(Compound* child) {
@@ -376,9 +268,11 @@ void detach(Compound* child) {
     Holder* parent = record.parent;
     if (!parent)
         return;
+    Holder* const residue = leaveModels(*child);
     parent->removeChild(record.position);
     record.parent = nullptr;
     addContribution(parent, -contributionOf(record));
+    settleModel(residue);
 }
 
 } // namespace memory_host

@@ -82,6 +82,8 @@ public:
     AtomItem* atom(int end) const;
     /// Which end of the bond `atom` is; 1 unless it is the first.
     int endAt(const AtomItem* atom) const;
+    /// The bond after this one in the list of `atom`, or null.
+    BondItem* next(const AtomItem* atom) const;
     void connect(AtomItem* a, AtomItem* b);
     void disconnect();
     /// Brings the effective visibility in line with the own mark and with both atoms.
@@ -118,6 +120,13 @@ public:
     void setValues(GridRecord&& values);
 
     GridRecord m_values;
+
+private:
+    /// The index triple of the grid point nearest to a place that is given in steps; `rounded` is
+    /// where the search begins.
+    std::array<double, 3> nearestAround(const std::array<double, 3>& fraction,
+                                        const std::array<double, 3>& rounded) const;
+
     /// From Å to fractions of a step.
     std::array<std::array<double, 3>, 3> m_inverse{};
 };

@@ -19,6 +19,11 @@ NameTable& table() {
     return *names;
 }
 
+bool cannotStandInComponent(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return c == '/' || byte < 0x20 || byte == 0x7f;
+}
+
 } // namespace
 
 std::uint32_t internName(std::string_view name) {
@@ -42,14 +47,15 @@ const std::string& nameText(std::uint32_t number) {
 
 std::string asComponent(std::string_view name) {
     std::string component(name);
-    std::replace_if(
-        component.begin(), component.end(),
-        [](char c) {
-            const auto byte = static_cast<unsigned char>(c);
-            return c == '/' || byte < 0x20 || byte == 0x7f;
-        },
-        '_');
+    std::replace_if(component.begin(), component.end(), cannotStandInComponent, '_');
     return component;
+}
+
+std::uint32_t internComponent(std::string_view name) {
+    // Names of atoms are nearly always fit to be used as they stand.
+    return std::any_of(name.begin(), name.end(), cannotStandInComponent)
+               ? internName(asComponent(name))
+               : internName(name);
 }
 
 } // namespace memory_host

@@ -50,42 +50,54 @@ std::vector<Compound*>& SetRecord::listed() {
     return members;
 }
 
-void listMembers(SetRecord& set, std::vector<Compound*> members) {
-    set.members = std::move(members);
-    for (std::uint32_t index = 0; index != set.members.size(); ++index) {
-        HostItem& member = HostItem::of(set.members[index]);
-        listings()[&member].push_back({&set, index});
-        member.set(HostItem::InSets, true);
-        count(set, stateOf(member), 1);
+void listMembers(SetRecord& set, const std::vector<Compound*>& members) {
+    set.members.reserve(members.size());
+    for (Compound* member : members) {
+        HostItem& record = HostItem::of(member);
+        std::vector<Listing>& sets = listings()[&record];
+        const auto index = static_cast<std::uint32_t>(set.members.size());
+        // In this order the destructor of a set that ran out of memory here finds what to end.
+        set.members.push_back(member);
+        sets.push_back({&set, index});
+        record.set(HostItem::InSets, true);
+        count(set, stateOf(record), 1);
+    }
+}
+
+SetRecord::~SetRecord() {
+    for (Compound* member : listed()) {
+        HostItem& record = HostItem::of(member);
+        const auto found = listings().find(&record);
+        std::erase_if(found->second,
+                      [this](const Listing& listing) { return listing.set == this; });
+        if (found->second.empty()) {
+            listings().erase(found);
+            record.set(HostItem::InSets, false);
+        }
     }
 }
 
 void leaveSets(HostItem& item) {
     if (!item.has(HostItem::InSets))
         return;
-    const auto found = listings().find(&item);
-    const ItemState state = stateOf(item);
-    for (const auto& [set, index] : found->second)
-        changeState(*set, [&, at = set, slot = index] {
-            at->members[slot] = nullptr;
-            ++at->holes;
-            count(*at, state, -1);
-        });
-    listings().erase(found);
+    // From here on nothing is told of the item, whose state may change while it leaves.
+    const auto left = listings().extract(&item);
     item.set(HostItem::InSets, false);
+    const ItemState state = stateOf(item);
+    for (const Listing& listing : left.mapped()) {
+        SetRecord& set = *listing.set;
+        changeState(set, [&] {
+            set.members[listing.index] = nullptr;
+            ++set.holes;
+            count(set, state, -1);
+        });
+        if (!listsMembers(set))
+            addContribution(set.parent, contributionOf(set));
+    }
 }
 
-void releaseMembers(SetRecord& set) {
-    for (Compound* member : set.listed()) {
-        HostItem& record = HostItem::of(member);
-        const auto found = listings().find(&record);
-        std::erase_if(found->second, [&](const Listing& listing) { return listing.set == &set; });
-        if (found->second.empty()) {
-            listings().erase(found);
-            record.set(HostItem::InSets, false);
-        }
-    }
-    set.members.clear();
+bool listsMembers(const HostItem& item) {
+    return item.kind == Kind::Set && static_cast<const SetRecord&>(item).memberCount() > 0;
 }
 
 void tellSets(const HostItem& item, ItemState before) {

@@ -1,0 +1,99 @@
+// Alternative models: which atoms of a residue belong to the active one. Atoms of model 0 belong to
+// all of them, and are never looked at here.
+#include "Items.h"
+
+#include <algorithm>
+
+namespace memory_host {
+
+namespace {
+
+// Runs `function` on the atoms of an item's own residue that belong to some model; a residue inside
+// the item has models of its own.
+template <class Function> void forModelAtoms(Compound& item, const Function& function) {
+    HostItem& record = HostItem::of(&item);
+    if (record.kind == Kind::Atom) {
+        if (record.model != 0)
+            function(static_cast<AtomItem&>(item), record);
+        return;
+    }
+    if (!record.isHolder() || record.asHolder().sum.atoms == 0)
+        return;
+    Holder& holder = record.asHolder();
+    Compound** const last = holder.childEnd();
+    for (Compound** child = holder.childBegin(); child != last; ++child)
+        if (HostItem::of(*child).kind != Kind::Residue)
+            forModelAtoms(**child, function);
+}
+
+// The residue whose models the atoms at or in an item count for; null when there are none.
+Holder* residueOfAtomsIn(const HostItem& item) {
+    const bool any = item.kind == Kind::Atom ? item.model != 0
+                                             : item.isHolder() && item.kind != Kind::Residue &&
+                                                   static_cast<const Holder&>(item).sum.atoms > 0;
+    return any ? residueAround(item) : nullptr;
+}
+
+void mark(AtomItem& atom, HostItem& record, bool otherModel) {
+    record.set(HostItem::OtherModel, otherModel);
+    atom.updateShown();
+}
+
+void activate(Holder& residue, std::uint16_t model) {
+    residue.model = model;
+    residue.modelAtoms = 0;
+    forModelAtoms(*residue.self, [&](AtomItem& atom, HostItem& record) {
+        residue.modelAtoms += record.model == model ? 1 : 0;
+        mark(atom, record, record.model != model);
+    });
+}
+
+} // namespace
+
+void switchModel(Holder& residue, ModelStep step) {
+    // 0 stands for "none": models count from 1.
+    std::uint16_t first = 0, last = 0, next = 0, previous = 0;
+    forModelAtoms(*residue.self, [&](const AtomItem&, const HostItem& atom) {
+        const std::uint16_t model = atom.model;
+        if (first == 0 || model < first)
+            first = model;
+        last = std::max(last, model);
+        if (model > residue.model && (next == 0 || model < next))
+            next = model;
+        if (model < residue.model)
+            previous = std::max(previous, model);
+    });
+    const std::uint16_t chosen = step == ModelStep::First  ? first
+                                 : step == ModelStep::Next ? (next ? next : first)
+                                                           : (previous ? previous : last);
+    if (chosen != residue.model)
+        activate(residue, chosen);
+}
+
+void joinModels(Compound& item) {
+    Holder* const residue = residueOfAtomsIn(HostItem::of(&item));
+    if (!residue)
+        return;
+    forModelAtoms(item, [&](AtomItem& atom, HostItem& record) {
+        if (residue->model == 0)
+            residue->model = record.model;
+        residue->modelAtoms += record.model == residue->model ? 1 : 0;
+        mark(atom, record, record.model != residue->model);
+    });
+}
+
+Holder* leaveModels(Compound& item) {
+    Holder* const residue = residueOfAtomsIn(HostItem::of(&item));
+    if (residue)
+        forModelAtoms(item, [&](AtomItem&, const HostItem& record) {
+            residue->modelAtoms -= record.model == residue->model ? 1 : 0;
+        });
+    return residue;
+}
+
+void settleModel(Holder* residue) {
+    if (residue && residue->model != 0 && residue->modelAtoms == 0)
+        switchModel(*residue, ModelStep::First);
+}
+
+} // namespace memory_host
