@@ -1,7 +1,7 @@
 #include "TestSupport.h"
 
 #include "DataMaker.h"
-#include "Services.h"
+#include "HostUnderTest.h"
 #include "Space.h"
 
 #include <QApplication>
@@ -59,7 +59,7 @@ QString TestCase::structure(const QString& name) {
 
 void TestCase::init() {
     qInstallMessageHandler(takeMessage);
-    memory_host::setLogSink([](const std::string& line) {
+    host_under_test::hearLog([](const std::string& line) {
         hostLog << QString::fromLatin1(line.data(), static_cast<qsizetype>(line.size()));
     });
     messages.clear();
@@ -70,7 +70,7 @@ void TestCase::init() {
 void TestCase::cleanup() {
     emptySpace();
     qInstallMessageHandler(nullptr);
-    memory_host::setLogSink({});
+    host_under_test::hearLog({});
     QCOMPARE(takeMessages().join(u'\n'), QString());
     QCOMPARE(takeHostLog().join(u'\n'), QString());
 }
@@ -84,8 +84,7 @@ void registerTest(const char* name, const std::function<QObject*()>& make) {
 // The first argument names the class to run; the rest goes to the test library.
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
-    memory_host::setLogFile(QString());
-    memory_host::setDataFolder(QStringLiteral(TEST_DATA_FOLDER));
+    host_under_test::start(QStringLiteral(TEST_DATA_FOLDER));
     const auto found = argc > 1 ? test_support::tests().find(argv[1]) : test_support::tests().end();
     if (found == test_support::tests().end()) {
         std::fprintf(stderr, "usage: %s CLASS [OPTION...], where CLASS is one of:\n", argv[0]);

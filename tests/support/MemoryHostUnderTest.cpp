@@ -1,0 +1,62 @@
+// The in-memory host, made fit for the contract's tests.
+#include "Building.h"
+#include "HostUnderTest.h"
+#include "Services.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace host_under_test {
+
+void start(const QString& dataFolder) {
+    memory_host::setLogFile(QString());
+    memory_host::setDataFolder(dataFolder);
+}
+
+void hearLog(std::function<void(const std::string&)> hear) {
+    memory_host::setLogSink(std::move(hear));
+}
+
+void setOnlySetting(const std::string& section, const std::string& key, const std::string& value) {
+    static const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("settings.ini")));
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("%s cannot be written", qPrintable(file.fileName()));
+    file.write(("[" + section + "]\n" + key + " = " + value + "\n").c_str());
+    file.close();
+    memory_host::setSettingsFile(file.fileName());
+    memory_host::setDefaultSettingsFile(QString());
+}
+
+TAVIK::Compound* addAtom(TAVIK::Compound* parent, const AtomValues& values) {
+    return memory_host::addAtom(parent, {values.name, values.type, values.position,
+                                         values.temperature, values.alternative});
+}
+
+TAVIK::Compound* addBond(TAVIK::Compound* parent, TAVIK::Compound* a, TAVIK::Compound* b) {
+    return memory_host::addBond(parent, a, b);
+}
+
+TAVIK::Grid* addGrid(TAVIK::Compound* parent, const std::string& name, const GridShape& shape) {
+    memory_host::GridRecord record;
+    record.points = shape.points;
+    for (const std::size_t axis : {0, 1, 2}) {
+        record.origin[axis] = shape.origin[axis];
+        for (const std::size_t k : {0, 1, 2})
+            record.steps[axis][k] = shape.steps[axis][k];
+    }
+    const auto count = static_cast<std::size_t>(shape.points[0]) *
+                       static_cast<std::size_t>(shape.points[1]) *
+                       static_cast<std::size_t>(shape.points[2]);
+    record.values.resize(count);
+    return memory_host::addGrid(parent, name, std::move(record));
+}
+
+LockedSpace::LockedSpace() : m_lock(std::make_shared<memory_host::SpaceLock>()) {}
+LockedSpace::~LockedSpace() = default;
+
+std::vector<std::string> faults() {
+    return memory_host::checkInvariants();
+}
+
+} // namespace host_under_test
