@@ -1,0 +1,334 @@
+#include "Bonds.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+
+namespace memory_host {
+
+namespace {
+
+constexpr std::size_t axisCount = 3;
+// No cell is smaller, in Å: with it, farthestBond bounds the number of cells along an axis.
+constexpr double smallestEdge = 1.0;
+
+struct Point {
+    float x, y, z;
+    float radius;
+    std::uint32_t index; ///< among the atoms that were handed over
+    std::uint16_t alternative;
+    bool isHydrogen;
+    bool isLarge;
+};
+
+struct Cell {
+    std::uint64_t key;
+    std::uint32_t first; ///< of the sorted points
+};
+
+bool isUsable(const BondAtom& atom) {
+    return atom.hasPosition && std::ranges::all_of(atom.position, [](float coordinate) {
+               return std::abs(coordinate) <= farthestBond;
+           });
+}
+
+double squaredDistance(const Point& a, const Point& b) {
+    const double x = static_cast<double>(a.x) - static_cast<double>(b.x);
+    const double y = static_cast<double>(a.y) - static_cast<double>(b.y);
+    const double z = static_cast<double>(a.z) - static_cast<double>(b.z);
+    return x * x + y * y + z * z;
+}
+
+// Whether the distance is that of a bond, or shorter.
+bool meet(const Point& a, const Point& b) {
+    const double longest =
+        static_cast<double>(a.radius) + static_cast<double>(b.radius) + bondTolerance;
+    return squaredDistance(a, b) <= longest * longest;
+}
+
+// Whether two atoms that meet are bonded.
+bool mayBond(const Point& a, const Point& b) {
+    if (a.isHydrogen && b.isHydrogen)
+        return false;
+    if (a.alternative != b.alternative && a.alternative != 0 && b.alternative != 0)
+        return false;
+    return squaredDistance(a, b) >= shortestBond * shortestBond;
+}
+
+// Sorts by key, a few bits at a time, and keeps the order of equal ones.
+void sortByKey(std::vector<std::pair<std::uint64_t, std::uint32_t>>& keys, int bits) {
+    constexpr int digitBits = 11;
+    constexpr std::size_t digits = std::size_t{1} << digitBits;
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> other(keys.size());
+    for (int shift = 0; shift < bits; shift += digitBits) {
+        const auto digit = [shift](std::uint64_t key) { return key >> shift & (digits - 1); };
+        std::array<std::uint32_t, digits> starts{};
+        for (const auto& entry : keys)
+            ++starts[digit(entry.first)];
+        std::uint32_t sum = 0;
+        for (std::uint32_t& start : starts)
+            sum += std::exchange(start, sum);
+        for (const auto& entry : keys)
+            other[starts[digit(entry.first)]++] = entry;
+        keys.swap(other);
+    }
+}
+
+class BondSearch {
+public:
+    BondSearch(std::span<const BondAtom> atoms, std::uint32_t alternatives)
+        : m_atoms(atoms), m_places(1 + alternatives) {}
+
+    Bonds run() {
+        choosePoints();
+        if (!m_points.empty()) {
+            sortIntoCells();
+            m_near.resize(m_points.size());
+            searchAroundSmall();
+            for (std::uint32_t i = 0; i != m_points.size(); ++i)
+                if (m_points[i].isLarge)
+                    searchAroundLarge(i);
+        }
+        return collect();
+    }
+
+private:
+    using CellIndex = std::array<std::int64_t, axisCount>;
+
+    void choosePoints();
+    void sortIntoCells();
+    void searchAroundSmall();
+    void searchAroundLarge(std::uint32_t i);
+    void searchRange(std::uint32_t i, std::uint32_t first, std::uint32_t last);
+    void join(std::uint32_t i, std::uint32_t k);
+    Bonds collect();
+
+    CellIndex cellOf(const Point& point) const {
+        return {cellAlong(point.x) - m_origin[0], cellAlong(point.y) - m_origin[1],
+                cellAlong(point.z) - m_origin[2]};
+    }
+    // Truncation rounds down, because what is truncated is positive.
+    std::int64_t cellAlong(float coordinate) const {
+        constexpr double positive = 2.0 * static_cast<double>(farthestBond) / smallestEdge;
+        return static_cast<std::int64_t>(static_cast<double>(coordinate) * m_perEdge + positive);
+    }
+    std::uint64_t keyOf(const CellIndex& cell) const {
+        return static_cast<std::uint64_t>(cell[0]) << m_shift[0] |
+               static_cast<std::uint64_t>(cell[1]) << m_shift[1] |
+               static_cast<std::uint64_t>(cell[2]);
+    }
+    std::uint32_t pointsBefore(std::size_t cell) const {
+        return cell < m_cells.size() ? m_cells[cell].first
+                                     : static_cast<std::uint32_t>(m_points.size());
+    }
+
+    std::span<const BondAtom> m_atoms;
+    std::uint32_t m_places;            ///< how many atoms may stand in one place
+    std::vector<Point> m_points;       ///< by cell
+    std::vector<std::uint32_t> m_near; ///< by point: others within the distance of a bond
+    std::vector<Cell> m_cells;         ///< those that hold something, by key
+    std::vector<std::uint32_t> m_crowded;
+    std::vector<BondPair> m_pairs;
+    float m_largestRadius = 0.0F;
+    double m_perEdge = 1.0;     ///< cells an Å
+    float m_farForSmall = 0.0F; ///< square of a distance that is no bond of two small atoms
+    CellIndex m_origin{};
+    CellIndex m_count{};                  ///< cells along an axis, with an empty margin
+    std::array<int, axisCount> m_shift{}; ///< of an axis within a key
+};
+
+// A few large atoms, as metals in a protein are, do not set the size of the cells: they look
+// further around themselves.
+void BondSearch::choosePoints() {
+    std::vector<float> radii;
+    m_points.reserve(m_atoms.size());
+    radii.reserve(m_atoms.size());
+    for (std::size_t i = 0; i != m_atoms.size(); ++i) {
+        const BondAtom& atom = m_atoms[i];
+        if (!isUsable(atom))
+            continue;
+        m_points.push_back({atom.position[0], atom.position[1], atom.position[2], atom.radius,
+                            static_cast<std::uint32_t>(i), atom.alternative, atom.isHydrogen,
+                            false});
+        radii.push_back(atom.radius);
+    }
+    if (radii.empty())
+        return;
+    m_largestRadius = *std::max_element(radii.begin(), radii.end());
+    const auto usual = radii.end() - 1 - static_cast<std::ptrdiff_t>(radii.size() / 64);
+    std::nth_element(radii.begin(), usual, radii.end());
+    for (Point& point : m_points)
+        point.isLarge = point.radius > *usual;
+    // A hair wider, so that rounding never parts two atoms that meet by more than a cell.
+    const double longest = (2.0 * *usual + bondTolerance) * (1.0 + 1.0e-5);
+    m_perEdge = 1.0 / std::max(smallestEdge, longest);
+    m_farForSmall = static_cast<float>(longest * longest);
+}
+
+void BondSearch::sortIntoCells() {
+    CellIndex lowest = cellOf(m_points.front());
+    CellIndex highest = lowest;
+    for (const Point& point : m_points) {
+        const CellIndex cell = cellOf(point);
+        for (std::size_t axis = 0; axis != axisCount; ++axis) {
+            lowest[axis] = std::min(lowest[axis], cell[axis]);
+            highest[axis] = std::max(highest[axis], cell[axis]);
+        }
+    }
+    // The margin lets a key's neighbours be found by adding: no axis runs over into the next. Each
+    // takes at most 21 bits.
+    int bits = 0;
+    for (std::size_t axis = axisCount; axis-- != 0;) {
+        m_origin[axis] = lowest[axis] - 1;
+        m_count[axis] = highest[axis] - lowest[axis] + 3;
+        m_shift[axis] = bits;
+        bits += std::bit_width(static_cast<std::uint64_t>(m_count[axis]));
+    }
+
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> keys(m_points.size());
+    for (std::uint32_t i = 0; i != keys.size(); ++i)
+        keys[i] = {keyOf(cellOf(m_points[i])), i};
+    sortByKey(keys, bits);
+    std::vector<Point> sorted;
+    sorted.reserve(m_points.size());
+    for (std::size_t from = 0, to = 0; from != keys.size(); from = to) {
+        while (to != keys.size() && keys[to].first == keys[from].first)
+            ++to;
+        const bool isHeap = to - from > std::size_t{mostInCell} * m_places;
+        if (!isHeap)
+            m_cells.push_back({keys[from].first, static_cast<std::uint32_t>(sorted.size())});
+        for (std::size_t i = from; i != to; ++i) {
+            const Point& point = m_points[keys[i].second];
+            if (isHeap)
+                m_crowded.push_back(point.index);
+            else
+                sorted.push_back(point);
+        }
+    }
+    m_points.swap(sorted);
+}
+
+// Takes in two points that meet. Those that are crowded already get no more pairs.
+void BondSearch::join(std::uint32_t i, std::uint32_t k) {
+    const std::uint32_t limit = mostNeighbours * m_places;
+    const bool isCrowded = std::max(++m_near[i], ++m_near[k]) > limit;
+    if (!isCrowded && mayBond(m_points[i], m_points[k]))
+        m_pairs.push_back(std::minmax(m_points[i].index, m_points[k].index));
+}
+
+void BondSearch::searchRange(std::uint32_t i, std::uint32_t first, std::uint32_t last) {
+    const Point& point = m_points[i];
+    for (std::uint32_t k = first; k != last; ++k) {
+        const Point& other = m_points[k];
+        const float x = point.x - other.x;
+        const float y = point.y - other.y;
+        const float z = point.z - other.z;
+        if (x * x + y * y + z * z <= m_farForSmall && !other.isLarge && meet(point, other))
+            join(i, k);
+    }
+}
+
+// Each pair is met once, at the cell that comes first. Cells are visited in ascending order, so
+// that the starts of the rows of three cells that come after a cell only ever move forward.
+void BondSearch::searchAroundSmall() {
+    const std::uint64_t x = std::uint64_t{1} << m_shift[0];
+    const std::uint64_t y = std::uint64_t{1} << m_shift[1];
+    const std::array<std::uint64_t, 4> offsets = {y - 1, x - y - 1, x - 1, x + y - 1};
+    struct Row {
+        std::size_t start = 0; ///< cell
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+    };
+    std::array<Row, 4> rows{};
+    for (std::size_t cell = 0; cell != m_cells.size(); ++cell) {
+        const std::uint64_t key = m_cells[cell].key;
+        for (std::size_t r = 0; r != rows.size(); ++r) {
+            Row& row = rows[r];
+            const std::uint64_t lowest = key + offsets[r];
+            while (row.start != m_cells.size() && m_cells[row.start].key < lowest)
+                ++row.start;
+            std::size_t end = row.start;
+            while (end != m_cells.size() && m_cells[end].key <= lowest + 2)
+                ++end;
+            row.first = pointsBefore(row.start);
+            row.last = pointsBefore(end);
+        }
+        const bool hasNext = cell + 1 != m_cells.size() && m_cells[cell + 1].key == key + 1;
+        const std::uint32_t ownEnd = pointsBefore(cell + (hasNext ? 2 : 1));
+        for (std::uint32_t i = m_cells[cell].first; i != pointsBefore(cell + 1); ++i) {
+            if (m_points[i].isLarge)
+                continue;
+            searchRange(i, i + 1, ownEnd);
+            for (const Row& row : rows)
+                searchRange(i, row.first, row.last);
+        }
+    }
+}
+
+// Small atoms have not looked at large ones. Two large ones look at each other; the first counts.
+void BondSearch::searchAroundLarge(std::uint32_t i) {
+    const Point& point = m_points[i];
+    const double reach = static_cast<double>(point.radius) + m_largestRadius + bondTolerance;
+    const auto layers = static_cast<std::int64_t>(std::ceil(reach * m_perEdge * (1.0 + 1.0e-5)));
+    const CellIndex cell = cellOf(point);
+    CellIndex from{};
+    CellIndex to{};
+    for (std::size_t axis = 0; axis != axisCount; ++axis) {
+        from[axis] = std::max<std::int64_t>(cell[axis] - layers, 0);
+        to[axis] = std::min(cell[axis] + layers, m_count[axis] - 1);
+    }
+    const auto pointsFrom = [this](std::uint64_t key) {
+        return pointsBefore(static_cast<std::size_t>(
+            std::ranges::lower_bound(m_cells, key, {}, &Cell::key) - m_cells.begin()));
+    };
+    for (std::int64_t x = from[0]; x <= to[0]; ++x) {
+        for (std::int64_t y = from[1]; y <= to[1]; ++y) {
+            const std::uint32_t last = pointsFrom(keyOf({x, y, to[2]}) + 1);
+            for (std::uint32_t k = pointsFrom(keyOf({x, y, from[2]})); k != last; ++k)
+                if ((!m_points[k].isLarge || i < k) && meet(point, m_points[k]))
+                    join(i, k);
+        }
+    }
+}
+
+Bonds BondSearch::collect() {
+    for (std::size_t i = 0; i != m_near.size(); ++i)
+        if (m_near[i] > mostNeighbours * m_places)
+            m_crowded.push_back(m_points[i].index);
+    Bonds bonds;
+    bonds.crowded = m_crowded.size();
+    if (bonds.crowded != 0) {
+        std::vector<bool> isCrowded(m_atoms.size());
+        for (const std::uint32_t atom : m_crowded)
+            isCrowded[atom] = true;
+        std::erase_if(m_pairs, [&](const BondPair& pair) {
+            return isCrowded[pair.first] || isCrowded[pair.second];
+        });
+    }
+    std::vector<std::uint32_t> starts(m_atoms.size() + 1, 0);
+    for (const BondPair& pair : m_pairs)
+        ++starts[pair.first];
+    std::uint32_t sum = 0;
+    for (std::uint32_t& start : starts)
+        sum += std::exchange(start, sum);
+    bonds.pairs.resize(m_pairs.size());
+    for (const BondPair& pair : m_pairs)
+        bonds.pairs[starts[pair.first]++] = pair;
+    for (auto from = bonds.pairs.begin(); from != bonds.pairs.end();) {
+        const auto to = std::find_if(from, bonds.pairs.end(), [from](const BondPair& pair) {
+            return pair.first != from->first;
+        });
+        std::sort(from, to);
+        from = to;
+    }
+    return bonds;
+}
+
+} // namespace
+
+Bonds findBonds(std::span<const BondAtom> atoms, std::uint32_t alternatives) {
+    return BondSearch(atoms, alternatives).run();
+}
+
+} // namespace memory_host

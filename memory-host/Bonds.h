@@ -1,0 +1,54 @@
+// Which atoms are bonded, by their distances: a neighbour search over cells.
+#pragma once
+
+#include "HostExport.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace memory_host {
+
+struct BondAtom {
+    std::array<float, 3> position{}; ///< Å
+    float radius = 0.0F;             ///< covalent radius in Å
+    std::uint16_t alternative = 0;   ///< 0: shared by all alternative locations
+    bool isHydrogen = false;
+    bool hasPosition = false;
+};
+
+/// Indices of two bonded atoms, the lower one first.
+using BondPair = std::pair<std::uint32_t, std::uint32_t>;
+
+/// Two atoms are bonded when their distance is at most the sum of their covalent radii and this
+/// tolerance, in Å. Radii of B. Cordero et al., Dalton Trans. 2008, 2832; tolerance of E. C. Meng
+/// and R. A. Lewis, J. Comput. Chem. 1991, 12, 891.
+constexpr double bondTolerance = 0.4;
+/// Atoms closer than this, in Å, are the same atom seen twice, not bonded ones.
+constexpr double shortestBond = 0.4;
+/// Beyond this coordinate, in Å, a float no longer resolves lengths of bonds.
+constexpr float farthestBond = 1.0e6F;
+/// An atom may have this many others within the distance of a bond for each set of atoms that can
+/// stand in one place: one, and one more for each alternative location.
+constexpr std::uint32_t mostNeighbours = 24;
+/// Likewise for the atoms in a cube whose edge is the length of a bond.
+constexpr std::uint32_t mostInCell = 128;
+
+struct Bonds {
+    std::vector<BondPair> pairs; ///< in ascending order
+    /// Number of atoms that are packed closer than matter is, so that nothing tells their bonds:
+    /// they have none.
+    std::size_t crowded = 0;
+};
+
+/// Finds the bonds between `atoms`, in time and memory linear in their number whatever the
+/// coordinates are. There are none between two hydrogens, between atoms of different alternative
+/// locations, with atoms that have no position or lie beyond farthestBond, or with crowded atoms:
+/// those with more than mostNeighbours * (1 + `alternatives`) others within the distance of a bond,
+/// and those in heaps, of more than mostInCell * (1 + `alternatives`) in a cell of the search,
+/// which do not count as others either.
+HOST_EXPORT Bonds findBonds(std::span<const BondAtom> atoms, std::uint32_t alternatives);
+
+} // namespace memory_host

@@ -1,0 +1,169 @@
+#include "BuildStructure.h"
+
+#include "Building.h"
+#include "DataMaker.h"
+#include "ResidueKinds.h"
+
+#include <algorithm>
+
+namespace memory_host {
+
+namespace {
+
+using TAVIK::Compound;
+using TAVIK::DataMaker;
+
+class ModelBuilder {
+public:
+    ModelBuilder(ModelTable&& model, const StructureTable& structure, ProgressCounter& progress)
+        : m_model(std::move(model)), m_names(*structure.names), m_progress(progress),
+          m_groups(m_model, m_names), m_atoms(m_model.atoms.size()),
+          m_conformers(structure.alternatives + 1) {}
+
+    DetachedItem build(const std::string& name) {
+        DetachedItem entry(makeDetached(name, "Composite"));
+        std::size_t residue = 0;
+        for (std::uint32_t chain = 0; chain != m_model.chains.size(); ++chain)
+            residue = buildChain(*entry, chain, residue);
+        buildBondsBetweenChains(*entry);
+        return entry;
+    }
+
+private:
+    std::size_t buildChain(Compound& entry, std::uint32_t chain, std::size_t residue);
+    void buildResidue(Compound& groups, std::size_t residue);
+    void buildAtom(Compound& parent, std::uint32_t atom);
+    void numberConformers(std::size_t residue);
+    void buildBonds(Compound& bonds, std::uint32_t endAtom);
+    void buildBondsBetweenChains(Compound& entry);
+    void addBondOf(Compound& bonds, const BondPair& pair) {
+        addBond(&bonds, m_atoms[pair.first], m_atoms[pair.second]);
+        m_progress.step();
+    }
+    std::uint32_t chainOf(std::uint32_t atom) const {
+        return m_model.residues[m_model.atoms[atom].residue].chain;
+    }
+
+    ModelTable m_model;
+    const NamePool& m_names;
+    ProgressCounter& m_progress;
+    AtomGroups m_groups;
+    std::vector<Compound*> m_atoms; ///< by atom
+    std::size_t m_bond = 0;         ///< the first one that no chain has had yet
+    std::vector<BondPair> m_bondsBetweenChains;
+    /// The conformers of the current residue: their numbers by alternative location, and which of
+    /// these are in use.
+    std::vector<unsigned int> m_conformers;
+    std::vector<std::uint16_t> m_used;
+};
+
+std::size_t ModelBuilder::buildChain(Compound& entry, std::uint32_t chain, std::size_t residue) {
+    Compound* molecule =
+        DataMaker::makeCore(&entry, shownName(m_model.chains[chain], m_names), "Molecule");
+    Compound* groups = DataMaker::makeCore(molecule, "Groups", "Composite");
+    while (residue != m_model.residues.size() && m_model.residues[residue].chain == chain)
+        buildResidue(*groups, residue++);
+    Compound* bonds = DataMaker::makeCore(molecule, "Bonds", "Composite");
+    buildBonds(*bonds, residue == m_model.residues.size()
+                           ? static_cast<std::uint32_t>(m_model.atoms.size())
+                           : m_model.residues[residue].firstAtom);
+    return residue;
+}
+
+// Conformers count from 1 in the order of the file, in each residue by itself.
+void ModelBuilder::numberConformers(std::size_t residue) {
+    for (const std::uint16_t alternative : m_used)
+        m_conformers[alternative] = 0;
+    m_used.clear();
+    for (std::uint32_t i = m_model.residues[residue].firstAtom; i != m_model.atomEnd(residue);
+         ++i) {
+        const std::uint16_t alternative = m_model.atoms[i].alternative;
+        if (alternative == 0 || m_conformers[alternative] != 0)
+            continue;
+        m_used.push_back(alternative);
+        m_conformers[alternative] = static_cast<unsigned int>(m_used.size());
+    }
+}
+
+void ModelBuilder::buildAtom(Compound& parent, std::uint32_t atom) {
+    const AtomEntry& entry = m_model.atoms[atom];
+    AtomRecord record;
+    record.name = shownName(entry.name, m_names);
+    record.type = elementSymbol(entry.element);
+    record.position =
+        TAVIK::Vertex(entry.position[0], entry.position[1], entry.position[2], entry.hasPosition);
+    record.temperature = entry.temperature;
+    record.model = m_conformers[entry.alternative];
+    m_atoms[atom] = addAtom(&parent, record);
+    m_progress.step();
+}
+
+void ModelBuilder::buildResidue(Compound& groups, std::size_t residue) {
+    const ResidueEntry& entry = m_model.residues[residue];
+    Compound* item = DataMaker::makeCore(&groups, residueLabel(entry, m_names), "Residue");
+    numberConformers(residue);
+    const std::uint32_t end = m_model.atomEnd(residue);
+    const ResidueKind kind = m_groups.kindOf(residue);
+    const auto names = groupNames(kind);
+    if (names.empty()) {
+        for (std::uint32_t i = entry.firstAtom; i != end; ++i)
+            buildAtom(*item, i);
+        return;
+    }
+    for (std::size_t group = 0; group != names.size(); ++group) {
+        Compound* parent = nullptr;
+        for (std::uint32_t i = entry.firstAtom; i != end; ++i) {
+            if (m_groups.groupOf(i, kind) != group)
+                continue;
+            if (!parent)
+                parent = DataMaker::makeCore(item, names[group], "Group");
+            buildAtom(*parent, i);
+        }
+    }
+}
+
+// Bonds stand in the order of their first atoms, and so chain by chain.
+void ModelBuilder::buildBonds(Compound& bonds, std::uint32_t endAtom) {
+    for (; m_bond != m_model.bonds.size() && m_model.bonds[m_bond].first < endAtom; ++m_bond) {
+        const BondPair& pair = m_model.bonds[m_bond];
+        if (pair.second < endAtom)
+            addBondOf(bonds, pair);
+        else
+            m_bondsBetweenChains.push_back(pair);
+    }
+}
+
+void ModelBuilder::buildBondsBetweenChains(Compound& entry) {
+    if (m_bondsBetweenChains.empty())
+        return;
+    Compound* bonds = DataMaker::makeCore(&entry, "Bonds", "Composite");
+    for (const BondPair& pair : m_bondsBetweenChains)
+        addBondOf(*bonds, pair);
+}
+
+} // namespace
+
+void Destroy::operator()(Compound* item) const {
+    DataMaker::Destroy(item);
+}
+
+void ProgressCounter::tell() {
+    // A bar of a few hundred steps is smooth.
+    constexpr std::size_t fewest = 4096;
+    m_next = m_done + std::max(fewest, m_whole / 256);
+    if (m_progress)
+        m_progress(m_stage,
+                   std::min(1.0, static_cast<double>(m_done) /
+                                     static_cast<double>(std::max<std::size_t>(m_whole, 1))));
+}
+
+std::size_t workOf(const ModelTable& model) {
+    return model.atoms.size() + model.bonds.size();
+}
+
+DetachedItem buildModel(ModelTable model, const StructureTable& structure, const std::string& name,
+                        ProgressCounter& progress) {
+    return ModelBuilder(std::move(model), structure, progress).build(name);
+}
+
+} // namespace memory_host

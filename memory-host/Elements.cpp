@@ -1,0 +1,76 @@
+#include "Elements.h"
+
+#include "FieldText.h"
+
+#include <gemmi/elem.hpp>
+
+#include <array>
+
+namespace memory_host {
+
+namespace {
+
+gemmi::El el(Element element) {
+    return static_cast<gemmi::El>(element);
+}
+
+// In a polymer a name that could be a metal's is a position: "CA" is the alpha carbon, "HG" a
+// hydrogen, wherever the name was put.
+Element ofLetters(std::string_view letters, bool inPolymer) {
+    const Element element = elementOf(letters);
+    const bool usual =
+        element == elementOf("Se") || element == elementOf("Cl") || element == elementOf("Br");
+    if (letters.size() < 2 || letters[1] == ' ' || (element != unknownElement && !inPolymer) ||
+        (element != unknownElement && usual))
+        return element;
+    return elementOf(letters.substr(letters.front() == ' ' ? 1 : 0, 1));
+}
+
+} // namespace
+
+Element elementOf(std::string_view symbol) {
+    if (!symbol.empty() && symbol.front() == ' ')
+        symbol.remove_prefix(1);
+    // What follows the letters may be a charge.
+    std::array<char, 3> text{};
+    for (std::size_t i = 0; i != 2 && i != symbol.size() && isLetter(symbol[i]); ++i)
+        text[i] = symbol[i];
+    return static_cast<Element>(gemmi::find_element(text.data()));
+}
+
+Element elementOfPdbName(std::string_view columns, bool inPolymer) {
+    if (columns.size() < 2)
+        return elementOfName(columns, inPolymer);
+    if (columns[0] == ' ')
+        return elementOf(columns.substr(1, 1));
+    const bool isFull = columns.size() > 3 && columns[3] != ' ';
+    if (isFull && (columns[0] == 'H' || columns[0] == 'h'))
+        return elementOf("H");
+    if (isDigit(columns[0]))
+        return elementOf(columns.substr(1, 1));
+    if (isDigit(columns[1]))
+        return elementOf(columns.substr(0, 1));
+    return ofLetters(columns.substr(0, 2), inPolymer);
+}
+
+Element elementOfName(std::string_view name, bool inPolymer) {
+    while (!name.empty() && !isLetter(name.front()))
+        name.remove_prefix(1);
+    if (name.size() > 1 && !isLetter(name[1]))
+        name = name.substr(0, 1);
+    return ofLetters(name.substr(0, 2), inPolymer);
+}
+
+const char* elementSymbol(Element element) {
+    return gemmi::element_name(el(element));
+}
+
+float covalentRadius(Element element) {
+    return gemmi::covalent_radius(el(element));
+}
+
+bool isHydrogen(Element element) {
+    return gemmi::is_hydrogen(el(element));
+}
+
+} // namespace memory_host

@@ -1,0 +1,28 @@
+// Chemical elements by number: symbols and covalent radii.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace memory_host {
+
+/// An element by its place in the table; 0 is the unknown one.
+using Element = std::uint8_t;
+constexpr Element unknownElement = 0;
+
+/// The element of a symbol in any case, as "CU", "c" or " C"; unknown for anything else.
+Element elementOf(std::string_view symbol);
+/// The element of an atom by the four columns of its name in a PDB file: the symbol ends in the
+/// second one, unless the name fills all four.
+Element elementOfPdbName(std::string_view columns, bool inPolymer);
+/// The element of an atom by its name alone, as "CA" or "1HB", where nothing else tells it.
+Element elementOfName(std::string_view name, bool inPolymer);
+/// The symbol, as "Cu"; "X" for the unknown element.
+const char* elementSymbol(Element element);
+/// Covalent radius in Å, after B. Cordero et al., "Covalent radii revisited", Dalton Trans. 2008,
+/// 2832; 0.5 for the unknown element.
+float covalentRadius(Element element);
+/// Hydrogen or deuterium.
+bool isHydrogen(Element element);
+
+} // namespace memory_host

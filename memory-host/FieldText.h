@@ -1,0 +1,49 @@
+// The fields of text files: trimming, and numbers that are whole numbers or nothing.
+#pragma once
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+namespace memory_host {
+
+// The letters and digits of ASCII, whatever the locale is.
+inline bool isLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+inline bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+inline char upperCase(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+inline char lowerCase(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+inline std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t'))
+        text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t'))
+        text.remove_suffix(1);
+    return text;
+}
+
+/// The number that a trimmed text is, all of it; none for other text and for what a float does not
+/// hold, infinity included.
+inline std::optional<float> parsedNumber(std::string_view text) {
+    if (text.size() > 1 && text.front() == '+' && text[1] != '-')
+        text.remove_prefix(1);
+    double value = 0.0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    // The comparison is false for what is no number.
+    if (error != std::errc() || stop != end ||
+        !(std::abs(value) <= static_cast<double>(std::numeric_limits<float>::max())))
+        return std::nullopt;
+    return static_cast<float>(value);
+}
+
+} // namespace memory_host

@@ -1,0 +1,36 @@
+// The content of a file in memory, unpacked if it is gzipped.
+#pragma once
+
+#include "FileReport.h"
+
+#include <cstdlib>
+#include <memory>
+
+namespace memory_host {
+
+/// A block of bytes that grows in place where it can.
+class Bytes {
+public:
+    char* data() { return m_data.get(); }
+    const char* data() const { return m_data.get(); }
+    std::size_t size() const { return m_size; }
+    std::string_view text() const { return {data(), m_size}; }
+    /// Changes the size; new bytes have no value yet. Throws std::bad_alloc.
+    void resize(std::size_t size);
+
+private:
+    struct Free {
+        void operator()(char* block) const { std::free(block); } // NOLINT: it came from realloc
+    };
+    std::unique_ptr<char, Free> m_data;
+    std::size_t m_size = 0;
+};
+
+/// No file is read beyond this size, nor unpacked beyond it.
+constexpr std::size_t largestFile = std::size_t{4} << 30;
+
+/// Reads a file. Refuses what is missing, no regular file, unreadable, empty or too large, and
+/// gzipped data that are damaged or end too early.
+Bytes readFile(const FileReport& report);
+
+} // namespace memory_host

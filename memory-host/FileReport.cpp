@@ -1,0 +1,85 @@
+#include "FileReport.h"
+
+#include <algorithm>
+
+namespace memory_host {
+
+namespace {
+
+const char* pluralOf(FileReport::Kind kind) {
+    switch (kind) {
+    case FileReport::Kind::Coordinates:
+        return "atoms whose coordinates are no numbers";
+    case FileReport::Kind::NoCoordinates:
+        return "atoms without coordinates";
+    case FileReport::Kind::Temperature:
+        return "temperature factors that are no numbers";
+    case FileReport::Kind::Name:
+        return "names with characters that were replaced";
+    case FileReport::Kind::Residue:
+        return "residues with very many atoms";
+    case FileReport::Kind::Bonds:
+        return "models with atoms that are packed too closely for bonds";
+    case FileReport::Kind::Cut:
+        return "signs that the file was cut";
+    case FileReport::Kind::Map:
+        return "oddities of the map's header";
+    }
+    return "";
+}
+
+} // namespace
+
+FileError::~FileError() = default;
+
+std::string acceptedFiles() {
+    return "accepted are PDB (.pdb, .ent) and mmCIF files (.cif, .mmcif), also gzipped (.gz), and "
+           "CCP4/MRC maps (.map, .mrc, .ccp4)";
+}
+
+std::string oneLine(std::string_view text, std::size_t longest) {
+    std::string line(text.substr(0, longest));
+    if (line.size() < text.size())
+        line += " ...";
+    std::replace_if(
+        line.begin(), line.end(),
+        [](char c) {
+            const auto byte = static_cast<unsigned char>(c);
+            return byte < 0x20 || byte == 0x7f;
+        },
+        ' ');
+    return line;
+}
+
+std::string inQuotes(std::string_view text) {
+    return '"' + oneLine(text, 40) + '"';
+}
+
+std::string FileReport::place(std::size_t line) const {
+    // A path has no end to its length; a message has its text behind it.
+    return oneLine(m_path, 4096) + (line ? ':' + std::to_string(line) : std::string()) + ": ";
+}
+
+void FileReport::refuse(std::size_t line, const std::string& what,
+                        const std::string& accepted) const {
+    throw FileError(place(line) + oneLine(what) + "; " + oneLine(accepted));
+}
+
+FileReport::Tally& FileReport::tallyOf(Kind kind) {
+    const auto found = std::find_if(m_tallies.begin(), m_tallies.end(),
+                                    [kind](const Tally& tally) { return tally.kind == kind; });
+    return found != m_tallies.end() ? *found : m_tallies.emplace_back(Tally{kind, 0, {}});
+}
+
+std::vector<std::string> FileReport::remarks() const {
+    std::vector<std::string> lines;
+    for (const Tally& tally : m_tallies) {
+        lines.insert(lines.end(), tally.lines.begin(), tally.lines.end());
+        if (tally.count > tally.lines.size())
+            lines.push_back(place(0) + std::to_string(tally.count - tally.lines.size()) + " more " +
+                            pluralOf(tally.kind));
+    }
+    return lines;
+}
+
+} // namespace memory_host

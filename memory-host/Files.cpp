@@ -1,0 +1,212 @@
+#include "Files.h"
+
+#include "BuildStructure.h"
+#include "Building.h"
+#include "DataMaker.h"
+#include "DataPointBase.h"
+#include "FieldText.h"
+#include "Readers.h"
+#include "Space.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+
+namespace memory_host {
+
+class ParsedFile {
+public:
+    explicit ParsedFile(const std::string& path) : report(path) {}
+
+    FileReport report;
+    std::vector<StructureTable> structures;
+    std::string gridName;
+    std::optional<GridRecord> grid;
+};
+
+void ParsedFileDeleter::operator()(ParsedFile* file) const {
+    delete file;
+}
+
+namespace {
+
+bool endsWith(std::string_view text, std::string_view ending) {
+    return text.size() >= ending.size() &&
+           std::equal(ending.rbegin(), ending.rend(), text.rbegin(),
+                      [](char a, char b) { return a == lowerCase(b); });
+}
+
+// Takes an ending off a file's name, and says whether it was there.
+bool takeEnding(std::string_view& name, std::initializer_list<std::string_view> endings) {
+    for (const std::string_view ending : endings) {
+        if (name.size() > ending.size() && endsWith(name, ending)) {
+            name.remove_suffix(ending.size());
+            return true;
+        }
+    }
+    return false;
+}
+
+enum class NamedKind { Other, Mmcif, Map };
+
+// What the path tells of a file: its name without endings, and the format that they stand for.
+struct FileName {
+    explicit FileName(std::string_view path) {
+        const std::size_t slash = path.find_last_of('/');
+        std::string_view name = path.substr(slash == std::string_view::npos ? 0 : slash + 1);
+        takeEnding(name, {".gz"});
+        if (takeEnding(name, {".cif", ".mmcif"}))
+            kind = NamedKind::Mmcif;
+        else if (takeEnding(name, {".map", ".mrc", ".ccp4"}))
+            kind = NamedKind::Map;
+        else
+            takeEnding(name, {".pdb", ".ent"});
+        stem = asLatin1Component(name);
+    }
+    std::string stem;
+    NamedKind kind = NamedKind::Other;
+};
+
+std::size_t lineOf(std::string_view text, std::size_t at) {
+    return 1 + static_cast<std::size_t>(
+                   std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+}
+
+// Refuses what no text format is made of.
+void checkText(std::string_view text, const FileName& name, const FileReport& report) {
+    const std::size_t null = text.find('\0');
+    if (null == std::string_view::npos)
+        return;
+    if (name.kind == NamedKind::Map)
+        report.refuse(0, "is no CCP4/MRC map: it has no \"MAP \" from byte 209 on",
+                      acceptedFiles());
+    const bool isText = null >= 4096;
+    report.refuse(isText ? lineOf(text, null) : 0,
+                  isText ? "has a byte 0 in its text: it is damaged"
+                         : "holds binary data of an unknown kind",
+                  acceptedFiles());
+}
+
+void parseInto(ParsedFile& file) {
+    const FileName name(file.report.path());
+    Bytes bytes = readFile(file.report);
+    if (looksLikeMap(bytes.text())) {
+        file.gridName = name.stem;
+        file.grid = readMap(std::move(bytes), file.report);
+        return;
+    }
+    std::string_view text = bytes.text();
+    checkText(text, name, file.report);
+    // Some editors put a mark for the encoding in front.
+    if (text.starts_with("\xef\xbb\xbf"))
+        text.remove_prefix(3);
+    // The text tells its format; its name only where the text does not, so that the message fits.
+    const bool hasAtoms = text.starts_with("ATOM  ") || text.starts_with("HETATM") ||
+                          text.find("\nATOM  ") != std::string_view::npos ||
+                          text.find("\nHETATM") != std::string_view::npos;
+    if (looksLikeMmcif(text) || (name.kind == NamedKind::Mmcif && !hasAtoms))
+        file.structures = readMmcif(text, name.stem, file.report);
+    else
+        file.structures.push_back(readPdb(text, name.stem, file.report));
+}
+
+// Runs what reads or builds; whatever goes wrong is one line about the file.
+template <class Work> auto guarded(const FileReport& report, Work work) {
+    try {
+        return work();
+    } catch (const FileError&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        report.refuse(0, "there is not enough memory to open it", acceptedFiles());
+    } catch (const std::exception& error) {
+        report.refuse(0, std::string("cannot be opened: ") + error.what(), acceptedFiles());
+    }
+}
+
+// The names of an entry's models: with the numbers of the file, if each has one of its own.
+std::vector<std::string> modelNames(const StructureTable& structure) {
+    if (structure.models.size() == 1)
+        return {structure.name};
+    std::set<std::string_view> numbers;
+    bool areNumbers = true;
+    for (const ModelTable& model : structure.models)
+        areNumbers = areNumbers && !model.number.empty() &&
+                     std::ranges::all_of(model.number, isDigit) &&
+                     numbers.insert(model.number).second;
+    std::vector<std::string> names;
+    for (const ModelTable& model : structure.models)
+        names.push_back(structure.name + '.' +
+                        (areNumbers ? model.number : std::to_string(names.size() + 1)));
+    return names;
+}
+
+std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
+    std::vector<DetachedItem> items;
+    std::size_t work = 0;
+    for (const StructureTable& structure : file.structures)
+        for (const ModelTable& model : structure.models)
+            work += workOf(model);
+    ProgressCounter counter(progress, "building the atoms", work);
+    for (StructureTable& structure : file.structures) {
+        const std::vector<std::string> names = modelNames(structure);
+        for (std::size_t i = 0; i != names.size(); ++i)
+            items.push_back(
+                buildModel(std::move(structure.models[i]), structure, names[i], counter));
+    }
+    file.structures.clear();
+    if (file.grid) {
+        items.emplace_back(makeDetached(file.gridName, "Grid"));
+        setGrid(items.back().get(), std::move(*file.grid));
+        file.grid.reset();
+    }
+    return items;
+}
+
+// All of them, or none.
+std::vector<TAVIK::Compound*> attachAll(std::vector<DetachedItem>& items,
+                                        const FileReport& report) {
+    const DataPointBase guard(nullptr, Publisher::Add);
+    if (!guard.m_good)
+        report.refuse(0, "the data space is in use, so that nothing can be added",
+                      "accepted is trying again when the change in progress is done");
+    std::vector<TAVIK::Compound*> attached;
+    try {
+        attached.reserve(items.size());
+        for (const DetachedItem& item : items) {
+            attach(item.get(), TAVIK::Space::instance());
+            attached.push_back(item.get());
+        }
+    } catch (...) {
+        items.clear(); // Before the guard ends, and others look at the space.
+        throw;
+    }
+    for (DetachedItem& item : items)
+        (void)item.release();
+    return attached;
+}
+
+} // namespace
+
+ParsedFilePtr parseFile(const std::string& path) {
+    const FileReport report(path);
+    return guarded(report, [&] {
+        ParsedFilePtr file(new ParsedFile(path));
+        parseInto(*file);
+        return file;
+    });
+}
+
+OpenedFile openParsed(ParsedFile& file, const Progress& progress) {
+    return guarded(file.report, [&] {
+        if (file.structures.empty() && !file.grid)
+            file.report.refuse(0, "was opened already", "accepted is parsing it once more");
+        std::vector<DetachedItem> items = build(file, progress);
+        return OpenedFile{attachAll(items, file.report), file.report.remarks()};
+    });
+}
+
+OpenedFile openFile(const std::string& path) {
+    return openParsed(*parseFile(path), {});
+}
+
+} // namespace memory_host

@@ -1,0 +1,55 @@
+// The names in a file, each kept once: fit to be a component of a qualified name, and numbered.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace memory_host {
+
+/// Makes a text of a file fit to be a component of a qualified name, which is Latin-1: characters
+/// in UTF-8 that Latin-1 has become its bytes, other bytes beyond ASCII are taken as the Latin-1
+/// that they may be; "/", control characters and what Latin-1 lacks become "_".
+std::string asLatin1Component(std::string_view text);
+
+/// Numbers names; 0 is the empty one. Equal texts have equal numbers.
+class NamePool {
+public:
+    NamePool();
+    NamePool(const NamePool&) = delete;
+    NamePool& operator=(const NamePool&) = delete;
+
+    std::uint32_t number(std::string_view text);
+    /// The name of a number, as a component.
+    const std::string& text(std::uint32_t number) const { return m_names[number].text; }
+    std::size_t size() const { return m_names.size(); }
+    /// Whether the name was written differently in the file.
+    bool isChanged(std::uint32_t number) const { return m_names[number].isChanged; }
+    bool hasChanged() const { return m_hasChanged; }
+    /// The name as the file has it.
+    const std::string& written(std::uint32_t number) const { return m_names[number].written; }
+
+private:
+    struct Name {
+        std::string written;
+        std::string text;
+        bool isChanged = false;
+    };
+    struct Recent {
+        std::uint64_t key = 0;
+        std::uint32_t number = 0;
+    };
+
+    std::uint32_t find(std::string_view text);
+
+    std::deque<Name> m_names;
+    std::unordered_map<std::string_view, std::uint32_t> m_numbers;
+    /// Short names by their bytes: a structure repeats a few hundred of them a million times.
+    std::array<Recent, 4096> m_recent{};
+    bool m_hasChanged = false;
+};
+
+} // namespace memory_host

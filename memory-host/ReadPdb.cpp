@@ -1,0 +1,237 @@
+// The PDB format: records of fixed columns. The columns are taken apart here and not by gemmi's
+// reader, because that one reads blank coordinates as 0, ends at the first END, and takes line
+// numbers of old files for charges that it refuses.
+#include "FieldText.h"
+#include "Readers.h"
+#include "ResidueKinds.h"
+#include "TableBuilder.h"
+
+#include <algorithm>
+#include <deque>
+#include <iterator>
+
+namespace memory_host {
+
+namespace {
+
+// Up to here a record has its coordinates.
+constexpr std::size_t coordinateColumns = 54;
+const std::string acceptedRecords =
+    "accepted are PDB files of whole ATOM and HETATM records, with coordinates in columns 31 to 54";
+
+// Columns of a line, counted from 1 and inclusive as in the format's description; fewer where the
+// line ends before.
+std::string_view columns(std::string_view line, std::size_t first, std::size_t last) {
+    return line.size() < first ? std::string_view() : line.substr(first - 1, last - first + 1);
+}
+
+std::string_view field(std::string_view line, std::size_t first, std::size_t last) {
+    return trimmed(columns(line, first, last));
+}
+
+bool startsWith(std::string_view line, std::string_view record) {
+    return line.size() >= record.size() &&
+           std::equal(record.begin(), record.end(), line.begin(),
+                      [](char a, char b) { return a == upperCase(b); });
+}
+
+bool isRecord(std::string_view line, std::string_view record) {
+    return startsWith(line, record) && (line.size() == record.size() || line[record.size()] == ' ');
+}
+
+// A serial number beyond five digits may begin right behind the record's name.
+bool isAtomRecord(std::string_view line) {
+    return startsWith(line, "HETATM") ||
+           (startsWith(line, "ATOM") && (line.size() == 4 || line[4] == ' ' || isDigit(line[4])));
+}
+
+class PdbReader {
+public:
+    PdbReader(std::string_view text, FileReport& report)
+        : m_text(text), m_report(report), m_builder(report) {}
+
+    StructureTable read(const std::string& stem);
+
+private:
+    void readLine(std::string_view line);
+    void readAtom(std::string_view line);
+    void readPosition(std::string_view line, AtomRow& row);
+    void startModel(std::string_view number);
+    void checkEnd(std::string_view line) const;
+    std::string_view residueNumber(std::string_view text);
+
+    std::string_view m_text;
+    FileReport& m_report;
+    TableBuilder m_builder;
+    std::size_t m_line = 0;
+    std::size_t m_firstBadLine = 0;
+    std::size_t m_positions = 0; ///< number of atoms that have one
+    std::size_t m_modelLine = 0; ///< of the MODEL record that no ENDMDL has followed yet
+    std::size_t m_shortestAtom = std::string_view::npos;
+    std::size_t m_shortestOther = std::string_view::npos; ///< of ANISOU and its like
+    bool m_isInModel = false;
+    std::string m_identifier;
+    std::deque<std::string> m_decoded; ///< residue numbers; texts of the table point here
+    std::string_view m_lastEncoded;
+};
+
+StructureTable PdbReader::read(const std::string& stem) {
+    // Line ends of old systems are carriage returns alone.
+    const char end = m_text.find('\n') == std::string_view::npos ? '\r' : '\n';
+    for (std::size_t from = 0; from < m_text.size();) {
+        ++m_line;
+        const std::size_t to = m_text.find(end, from);
+        std::string_view line = m_text.substr(from, to - from);
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        if (to == std::string_view::npos)
+            checkEnd(line);
+        readLine(line);
+        from = to == std::string_view::npos ? m_text.size() : to + 1;
+    }
+    if (m_builder.atomCount() == 0)
+        m_report.refuse(0, "is no structure: it has no ATOM or HETATM record", acceptedFiles());
+    if (m_positions == 0 && m_firstBadLine != 0)
+        m_report.refuse(m_firstBadLine, "no atom of the file has coordinates that are numbers",
+                        acceptedRecords);
+    if (m_modelLine != 0)
+        m_report.remark(FileReport::Kind::Cut, m_modelLine,
+                        "this model has no ENDMDL record: the file may have been cut");
+    return m_builder.finish(m_identifier.empty() ? stem : m_identifier);
+}
+
+// The last line has no line end. It may still be whole; but a file that was cut must not pass for
+// one with fewer atoms.
+void PdbReader::checkEnd(std::string_view line) const {
+    constexpr std::array<std::string_view, 8> records = {"ATOM",   "HETATM", "ANISOU", "SIGATM",
+                                                         "SIGUIJ", "MODEL",  "ENDMDL", "TER"};
+    const std::string_view word = trimmed(line);
+    bool isCut = false;
+    if (isAtomRecord(line)) {
+        isCut = line.size() < coordinateColumns ||
+                (m_shortestAtom != std::string_view::npos && line.size() < m_shortestAtom);
+    } else if (startsWith(line, "ANISOU") || startsWith(line, "SIG")) {
+        isCut = m_shortestOther != std::string_view::npos && line.size() < m_shortestOther;
+    } else if (!word.empty() && word != "END" && word != "TER" && word != "ENDMDL") {
+        isCut = std::ranges::any_of(
+            records, [word](std::string_view record) { return record.starts_with(word); });
+    }
+    if (isCut)
+        m_report.refuse(
+            m_line, "the file is cut: this last line ends in column " + std::to_string(line.size()),
+            acceptedRecords);
+}
+
+void PdbReader::readLine(std::string_view line) {
+    if (isAtomRecord(line)) {
+        readAtom(line);
+        m_shortestAtom = std::min(m_shortestAtom, line.size());
+    } else if (startsWith(line, "ANISOU") || startsWith(line, "SIG")) {
+        m_shortestOther = std::min(m_shortestOther, line.size());
+    } else if (isRecord(line, "MODEL")) {
+        startModel(trimmed(line.substr(std::min<std::size_t>(line.size(), 6))));
+        m_modelLine = m_line;
+    } else if (isRecord(line, "ENDMDL") || isRecord(line, "END")) {
+        m_isInModel = false;
+        m_modelLine = 0;
+    } else if (isRecord(line, "HEADER")) {
+        const std::string_view identifier = field(line, 63, 66);
+        const bool isIdentifier =
+            identifier.size() == 4 && isDigit(identifier[0]) &&
+            std::ranges::all_of(identifier, [](char c) { return isLetter(c) || isDigit(c); });
+        if (isIdentifier && m_identifier.empty())
+            std::ranges::transform(identifier, std::back_inserter(m_identifier), lowerCase);
+    }
+}
+
+void PdbReader::startModel(std::string_view number) {
+    m_builder.startModel(number, false);
+    m_isInModel = true;
+}
+
+void PdbReader::readAtom(std::string_view line) {
+    if (!m_isInModel)
+        startModel({});
+    AtomRow row;
+    row.name = field(line, 13, 16);
+    row.alternative = field(line, 17, 17);
+    row.residue = field(line, 18, 20);
+    // The column before the chain's is unused by the format, and the first of two by extension.
+    row.chain = field(line, 21, 22);
+    row.number = residueNumber(field(line, 23, 26));
+    row.insertion = field(line, 27, 27);
+    row.segment = field(line, 73, 76);
+    readPosition(line, row);
+    if (const std::string_view text = field(line, 61, 66); !text.empty()) {
+        const std::optional<float> temperature = parsedNumber(text);
+        row.temperature = temperature.value_or(0.0F);
+        if (!temperature)
+            m_report.remark(FileReport::Kind::Temperature, m_line, [&] {
+                return "the temperature factor " + inQuotes(text) +
+                       " is no number, and was read as 0; accepted are numbers in columns 61 to 66";
+            });
+    }
+    row.element = elementOf(field(line, 77, 78));
+    if (row.element == unknownElement && field(line, 77, 78) != "X")
+        row.element =
+            elementOfPdbName(columns(line, 13, 16), residueKind(row.residue) != ResidueKind::Other);
+    m_builder.add(row);
+}
+
+void PdbReader::readPosition(std::string_view line, AtomRow& row) {
+    bool isBlank = true;
+    row.hasPosition = true;
+    for (const std::size_t axis : {0, 1, 2}) {
+        const std::string_view text = field(line, 31 + 8 * axis, 38 + 8 * axis);
+        const std::optional<float> value = parsedNumber(text);
+        isBlank = isBlank && text.empty();
+        row.hasPosition = row.hasPosition && value;
+        row.position[axis] = value.value_or(0.0F);
+    }
+    if (row.hasPosition) {
+        ++m_positions;
+        return;
+    }
+    row.position = {};
+    if (isBlank) {
+        m_report.remark(FileReport::Kind::NoCoordinates, m_line, [&] {
+            return "the atom " + inQuotes(row.name) +
+                   " has no coordinates; accepted are numbers in columns 31 to 54";
+        });
+        return;
+    }
+    if (m_firstBadLine == 0)
+        m_firstBadLine = m_line;
+    m_report.remark(FileReport::Kind::Coordinates, m_line, [&] {
+        return "the coordinates " + inQuotes(columns(line, 31, coordinateColumns)) +
+               " of the atom " + inQuotes(row.name) +
+               " are no numbers: it has no position; accepted are numbers in columns 31 to 54";
+    });
+}
+
+// Beyond 9999 residues a number starts with a letter: A000 is 10000, and a000 follows on ZZZZ.
+std::string_view PdbReader::residueNumber(std::string_view text) {
+    constexpr int width = 4;
+    constexpr int lettersFirst = 10 * 36 * 36 * 36;
+    constexpr int perCase = 26 * 36 * 36 * 36;
+    if (text.size() != width || !isLetter(text[0]))
+        return text;
+    if (text != m_lastEncoded) {
+        int value = 0;
+        const auto [stop, error] = std::from_chars(text.data(), text.data() + width, value, 36);
+        if (error != std::errc() || stop != text.data() + width)
+            return text;
+        const int cases = text[0] >= 'a' ? perCase : 0;
+        m_decoded.push_back(std::to_string(value - lettersFirst + 10000 + cases));
+        m_lastEncoded = text;
+    }
+    return m_decoded.back();
+}
+
+} // namespace
+
+StructureTable readPdb(std::string_view text, const std::string& stem, FileReport& report) {
+    return PdbReader(text, report).read(stem);
+}
+
+} // namespace memory_host

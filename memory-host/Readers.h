@@ -1,0 +1,25 @@
+// The readers of the file formats: from bytes to plain tables. They touch no data space.
+#pragma once
+
+#include "AtomTable.h"
+#include "Building.h"
+#include "FileBytes.h"
+
+namespace memory_host {
+
+/// Whether the bytes start as a CCP4/MRC map does.
+bool looksLikeMap(std::string_view bytes);
+/// Whether the text starts as a CIF does, with a data block.
+bool looksLikeMmcif(std::string_view text);
+
+/// Reads the coordinates of a PDB file: one entry, called `stem` if it has no identifier. A model
+/// ends with ENDMDL or END, and what follows is another one.
+StructureTable readPdb(std::string_view text, const std::string& stem, FileReport& report);
+/// Reads the _atom_site categories of an mmCIF file: an entry for each data block that has one.
+std::vector<StructureTable> readMmcif(std::string_view text, const std::string& stem,
+                                      FileReport& report);
+/// Reads a CCP4/MRC map in the extent that the file stores, of any axis order, cell and byte order.
+/// Leaves nothing of use in `bytes`.
+GridRecord readMap(Bytes bytes, FileReport& report);
+
+} // namespace memory_host

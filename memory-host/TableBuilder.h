@@ -1,0 +1,100 @@
+// Sorts the atoms of a file, as its reader brings them, into models, chains and residues.
+#pragma once
+
+#include "AtomTable.h"
+#include "FileReport.h"
+
+#include <unordered_map>
+#include <unordered_set>
+
+namespace memory_host {
+
+/// What identifies a residue within a model; names by their numbers. `name` 0 stands for all that
+/// have the position.
+struct ResidueKey {
+    std::uint32_t chain = 0;
+    std::uint32_t number = 0;
+    std::uint32_t segment = 0;
+    std::uint32_t name = 0;
+
+    ResidueKey position() const { return {chain, number, segment, 0}; }
+    bool operator==(const ResidueKey&) const = default;
+};
+
+/// What identifies an atom within a model.
+struct AtomKey {
+    std::uint32_t residue = 0;
+    std::uint32_t name = 0;
+    std::uint16_t alternative = 0;
+
+    bool operator==(const AtomKey&) const = default;
+};
+
+struct KeyHash {
+    std::size_t operator()(const ResidueKey& key) const {
+        return mix(mix(key.chain, key.number), mix(key.segment, key.name));
+    }
+    std::size_t operator()(const AtomKey& key) const {
+        return mix(std::uint64_t{key.residue} << 16 | key.alternative, key.name);
+    }
+
+private:
+    static std::uint64_t mix(std::uint64_t a, std::uint64_t b) {
+        const std::uint64_t product = (a * 0x9e3779b97f4a7c15U ^ b) * 0xbf58476d1ce4e5b9U;
+        return product ^ product >> 29;
+    }
+};
+
+/// Takes the atoms of one entry in the order of the file.
+///
+/// Atoms of one residue need not stand together. A position with several residue names is one
+/// residue when the further names are in alternative locations, and several otherwise. When a
+/// residue comes again with an atom that it has already, a new residue of the same name starts:
+/// numbers begin again in files with more residues than numbers.
+class TableBuilder {
+public:
+    explicit TableBuilder(FileReport& report) : m_report(report) {}
+
+    /// The following atoms belong to this model; it is a new one unless a model of this number
+    /// exists and `reopen` is set.
+    void startModel(std::string_view number, bool reopen);
+    /// Whether startModel() was called and some atom came since.
+    bool modelHasAtoms() const { return m_model && !m_model->table.atoms.empty(); }
+    void add(const AtomRow& row);
+    std::size_t atomCount() const { return m_atomCount; }
+    /// Sorts what came, and finds the bonds. Remarks name the entry as `name`.
+    StructureTable finish(std::string name);
+
+private:
+    struct Model {
+        ModelTable table;
+        std::unordered_map<std::uint32_t, std::uint32_t> chains;
+        std::unordered_map<ResidueKey, std::uint32_t, KeyHash> residues;
+        /// Atoms of the residues that may come again: those that did, and those without a number.
+        std::unordered_set<AtomKey, KeyHash> seenAtoms;
+        std::vector<bool> isWatched;       ///< by residue: its atoms are among the seen ones
+        std::vector<bool> hasAlternatives; ///< by residue
+        AtomRow last;
+        ResidueKey lastKey;        ///< of the last atom
+        std::uint32_t current = 0; ///< residue of the last atom
+    };
+
+    std::uint16_t alternativeNumber(std::string_view letter);
+    ResidueKey keyOf(const AtomRow& row);
+    std::uint32_t residueOf(const AtomRow& row, std::uint32_t name, std::uint16_t alternative);
+    std::uint32_t knownResidue(const ResidueKey& key, std::uint16_t alternative);
+    std::uint32_t newResidue(const ResidueKey& key);
+    void watch(std::uint32_t residue);
+    void remarkOnNames();
+    void remarkOnResidues(const ModelTable& table);
+
+    FileReport& m_report;
+    StructureTable m_structure;
+    std::vector<std::unique_ptr<Model>> m_models;
+    std::unordered_map<std::string, std::size_t> m_byNumber;
+    std::unordered_map<std::string, std::uint16_t> m_alternatives;
+    Model* m_model = nullptr;
+    std::size_t m_atomCount = 0;
+};
+
+} // namespace memory_host
