@@ -81,8 +81,11 @@ void TreeModel::rearrange(const QList<QPersistentModelIndex>& parents, Change ch
 void TreeModel::clear() {
     if (m_root.m_count == 0)
         return;
+    // Rows are cleared when items are gone too: whoever is told of it must not ask them.
+    m_leaving = true;
     beginRemoveRows({}, 0, m_root.childCount() - 1);
     m_root.deleteRows();
+    m_leaving = false;
     endRemoveRows();
 }
 
@@ -124,7 +127,7 @@ bool TreeModel::hasChildren(const QModelIndex& parent) const {
 }
 
 QVariant TreeModel::data(const QModelIndex& index, int role) const {
-    if (!index.isValid())
+    if (!index.isValid() || m_leaving)
         return {};
     const TreeItem* row = itemOf(index);
     const auto colorOrNothing = [](const QColor& color) {

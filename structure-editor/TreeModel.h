@@ -64,4 +64,5 @@ private:
 
     TreeView* m_view;
     TreeRoot m_root;
+    bool m_leaving = false; ///< the rows are about to be deleted
 };

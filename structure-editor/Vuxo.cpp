@@ -1,0 +1,96 @@
+#include "Vuxo.h"
+
+#include "Checks.h"
+#include "Config.h"
+#include "ListBox.h"
+#include "Logger.h"
+#include "TreeItem.h"
+#include "TreeView.h"
+
+#include <QFrame>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QVBoxLayout>
+
+#include <exception>
+
+namespace {
+
+QString helpPageName() {
+    return QString::fromLatin1(Config::GetSetting("Vuxo", "Help").ToString(nullptr));
+}
+
+// What the exception in flight says of itself.
+std::string currentFailure() {
+    try {
+        throw;
+    } catch (const std::exception& failure) {
+        return failure.what();
+    } catch (...) {
+        return "an unknown exception";
+    }
+}
+
+} // namespace
+
+Vuxo::Vuxo()
+    : BaseWindow(tr("Structure Editor"), QSize(400, 600), helpPageName(), false, nullptr, nullptr),
+      m_Tree(nullptr), m_List(nullptr), m_Current(-1), m_SelectBox(nullptr), m_ChainEdit(nullptr),
+      m_ResidueEdit(nullptr), m_AtomEdit(nullptr), m_CurrentOnly(nullptr) {
+    auto* splitter = new QSplitter(this);
+    checkPtr(splitter, source, __LINE__);
+    setCentralWidget(splitter);
+
+    m_List = new ListBox(splitter);
+    checkPtr(m_List, source, __LINE__);
+    m_List->setMinimumWidth(40);
+    MakeList();
+    connect(m_List, SIGNAL(mouseButtonPressed(int, QListWidgetItem*, const QPoint&)),
+            SLOT(ListEvent(int, QListWidgetItem*, const QPoint&)));
+
+    m_Tree = new TreeView(splitter);
+    checkPtr(m_Tree, source, __LINE__);
+    connect(m_Tree, SIGNAL(selectionChanged()), SLOT(SelectionChanged()));
+    connect(m_Tree, SIGNAL(killBranch(TreeItem*)), SLOT(KillBranch(TreeItem*)));
+
+    // The list keeps its width; what the window gains goes to the tree.
+    splitter->setStretchFactor(0, 0);
+    splitter->setStretchFactor(1, 1);
+    splitter->setChildrenCollapsible(false);
+
+    CreateMenubar();
+    statusBar();
+    setWindowIconText(tr("Structure"));
+
+    m_SelectBox = new QFrame(this, Qt::Dialog);
+    checkPtr(m_SelectBox, source, __LINE__);
+    m_SelectBox->setWindowTitle(tr("Select"));
+    auto* column = new QVBoxLayout(m_SelectBox);
+    column->setContentsMargins(5, 5, 5, 5);
+    column->setSpacing(5);
+    populateBoxes(m_SelectBox);
+}
+
+Vuxo::~Vuxo() = default;
+
+void Vuxo::commandFailed(Vuxo* window, const char* command) {
+    const std::string prefix = std::string("Structure Editor: ") + command + " failed: ";
+    Logger::Write(prefix + currentFailure());
+    if (!window)
+        return;
+    try {
+        window->rebuild();
+    } catch (...) {
+        // Rows that are half made show what is not so; an empty tree can be filled again.
+        window->m_Tree->clear();
+        Logger::Write(prefix + "the window could not be refreshed either: " + currentFailure());
+    }
+}
+
+void Vuxo::rebuild() {
+    m_Tree->clear();
+    m_Tree->triggerUpdate();
+    MakeList();
+    UpdateList();
+    Populate(m_Current);
+}

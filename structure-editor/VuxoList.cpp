@@ -1,0 +1,132 @@
+// The list's side of the window: one entry for each top-level item, in the host's order.
+#include "Vuxo.h"
+
+#include "Checks.h"
+#include "DataMaker.h"
+#include "ItemRef.h"
+#include "ListBox.h"
+#include "Space.h"
+#include "TreeView.h"
+
+#include <QStringList>
+
+namespace {
+
+// Characters before the name in an entry: whether the item is hidden, and what of it is selected.
+constexpr qsizetype markers = 3;
+
+QString entryText(const TAVIK::Compound* item) {
+    if (!item)
+        return {};
+    const char* const shown = item->IsVisible() ? " " : "O";
+    const char* const selected = item->IsSelected() ? "X " : item->HasSelected() ? "/ " : "_ ";
+    return QLatin1String(shown) + QLatin1String(selected) + QString::fromLatin1(item->GetName());
+}
+
+std::string entryName(const QListWidgetItem* entry) {
+    return entry->text().mid(markers).toLatin1().toStdString();
+}
+
+} // namespace
+
+int Vuxo::topLevelCount() {
+    TAVIK::Space* space = TAVIK::Space::instance();
+    return static_cast<int>(space->ChildEnd() - space->ChildBegin());
+}
+
+TAVIK::Compound* Vuxo::topLevelItem(int index) {
+    return index >= 0 && index < topLevelCount() ? TAVIK::Space::instance()->ChildBegin()[index]
+                                                 : nullptr;
+}
+
+void Vuxo::MakeList() {
+    const int items = topLevelCount();
+    if (m_List->count() == items)
+        return;
+    if (m_List->count() > items)
+        m_Current = -1;
+    QStringList texts;
+    texts.reserve(items);
+    for (int i = 0; i < items; ++i)
+        texts << entryText(topLevelItem(i));
+    m_List->clear();
+    m_List->addItems(texts);
+    if (m_Current > -1)
+        m_List->setSelected(m_Current, true);
+}
+
+void Vuxo::UpdateList() {
+    const int items = topLevelCount();
+    checkThat(m_List->count() == items, "m_List->count() == items", source, 400);
+    for (int i = 0; i < items; ++i)
+        m_List->changeItem(entryText(topLevelItem(i)), i);
+    if (m_Current > -1)
+        m_List->setSelected(m_Current, true);
+}
+
+void Vuxo::ListEvent(int button, QListWidgetItem* item, const QPoint&) {
+    if (!item)
+        return;
+    const QPointer<Vuxo> window(this);
+    attempt([this, button, item] {
+        const int index = m_List->row(item);
+        checkThat(-1 != index, "-1 != index", source, 436);
+        const std::string name = entryName(item);
+        if (button == Qt::LeftButton)
+            pick(index);
+        else if (button == Qt::RightButton)
+            toggleVisible(index, name);
+        else if (button == Qt::MiddleButton)
+            killTopLevel(index, name);
+    });
+    if (!window)
+        return;
+    // Whatever was pressed, the highlighted entry is the one in the tree.
+    if (m_Current == -1)
+        m_List->clearSelection();
+    else
+        m_List->setSelected(m_Current, true);
+}
+
+void Vuxo::pick(int index) {
+    if (m_Current == index)
+        return;
+    m_Current = index;
+    Populate(index);
+}
+
+void Vuxo::toggleVisible(int index, const std::string& name) {
+    change<DataPoint>(TAVIK::Space::instance(), [index, &name](TAVIK::Space*) {
+        TAVIK::Compound* ch = topLevelItem(index);
+        checkThat(ch, "ch", source, 453);
+        if (!ch)
+            return false;
+        checkThat(ch->GetName() == name, "ch->GetName() == Name", source, 456);
+        ch->ToggleVisible();
+        // A hidden item never stays selected.
+        if (!ch->IsVisible())
+            ch->SetSelected(false);
+        return true;
+    });
+}
+
+void Vuxo::killTopLevel(int index, const std::string& name) {
+    TAVIK::Compound* clump = topLevelItem(index);
+    checkThat(clump, "clump", source, 468);
+    if (!clump)
+        return;
+    checkThat(name == clump->GetName(), "Name == clump->GetName()", source, 471);
+    const ItemRef asked(clump);
+    if (!confirmDelete(clump->GetName()))
+        return;
+    change<DataDelete>(
+        asked.among(TAVIK::Space::instance()),
+        [this](TAVIK::Compound* item) {
+            m_Current = -1;
+            m_Tree->clear();
+            m_Tree->triggerUpdate();
+            TAVIK::DataMaker::Destroy(item);
+            MakeList();
+        },
+        Refusal::Silent);
+}

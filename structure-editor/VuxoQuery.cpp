@@ -1,0 +1,61 @@
+// The panel of the set algebra: the selected atoms are one set, those that a name pattern means the
+// other.
+#include "Vuxo.h"
+
+#include "NamePattern.h"
+#include "Space.h"
+#include "Traversal.h"
+#include "WidgetFactory.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QPushButton>
+
+void Vuxo::populateBoxes(QWidget* panel) {
+    QLayout* column = panel->layout();
+    const auto addField = [&](const QString& label) {
+        column->addWidget(m_Factory->CreateQLabel(panel, label));
+        QLineEdit* field = m_Factory->CreateQLineEdit(panel);
+        field->setText(QStringLiteral(".*"));
+        column->addWidget(field);
+        return field;
+    };
+    const auto addButton = [&](const QString& label, const QObject* receiver, const char* slot) {
+        column->addWidget(m_Factory->CreateQPushButton(panel, label, receiver, slot));
+    };
+    m_ChainEdit = addField(tr("Chain"));
+    m_ResidueEdit = addField(tr("Residue"));
+    m_AtomEdit = addField(tr("Atom"));
+    m_CurrentOnly = m_Factory->CreateCheckBox(panel, tr("Current tree only"), true);
+    column->addWidget(m_CurrentOnly);
+    addButton(tr("Union        ( A | B )"), this, SLOT(applySelect()));
+    addButton(tr("Intersection ( A & B )"), this, SLOT(applyMask()));
+    addButton(tr("Difference   ( A - B )"), this, SLOT(applyDiff()));
+    addButton(tr("Close"), panel, SLOT(hide()));
+}
+
+void Vuxo::applySelect() {
+    applyPattern(true, SelectIf);
+}
+
+void Vuxo::applyMask() {
+    applyPattern(false, UnSelectIfNot);
+}
+
+void Vuxo::applyDiff() {
+    applyPattern(true, UnSelectIf);
+}
+
+void Vuxo::applyPattern(bool all, bool (*predicate)(TAVIK::Compound*, const QRegExp&)) {
+    const QString pattern =
+        namePattern(m_ChainEdit->text(), m_ResidueEdit->text(), m_AtomEdit->text());
+    if (pattern.length() <= 4)
+        return;
+    TAVIK::Compound* root = m_CurrentOnly->isChecked() ? rootItem() : TAVIK::Space::instance();
+    change<DataPoint>(root, [&](TAVIK::Compound* item) {
+        const QRegExp re = nameExpression(item, pattern);
+        TAVIK::ForAtoms(item, all, [&](TAVIK::Compound* atom) { predicate(atom, re); });
+    });
+}

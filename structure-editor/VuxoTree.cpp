@@ -1,0 +1,61 @@
+// The tree's side of the window: showing an item, taking over what is selected in the tree, and
+// what the host tells.
+#include "Vuxo.h"
+
+#include "Space.h"
+#include "TreeItem.h"
+#include "TreeView.h"
+
+TAVIK::Compound* Vuxo::rootItem() const {
+    const TreeItem* top = m_Tree->firstChild();
+    return top ? top->compound() : nullptr;
+}
+
+void Vuxo::Populate(int index) {
+    TAVIK::Compound* item = topLevelItem(index);
+    if (!item)
+        return;
+    m_Tree->clear();
+    showItem(item);
+}
+
+void Vuxo::showItem(TAVIK::Compound* item) {
+    auto* row = new TreeItem(m_Tree, item);
+    m_Tree->setCurrentItem(row);
+    if (item->HasChildren()) {
+        row->setOpen(true);
+        row->commAdd();
+    }
+    m_Tree->triggerUpdate();
+}
+
+void Vuxo::SelectionChanged() {
+    TreeItem* top = m_Tree->firstChild();
+    if (top)
+        change<DataPoint>(TAVIK::Space::instance(),
+                          [top](TAVIK::Space*) { top->CheckSelection(); });
+}
+
+void Vuxo::commUpdate() {
+    if (TreeItem* top = m_Tree->firstChild())
+        top->UpdateSelection();
+    m_Tree->triggerUpdate();
+    UpdateList();
+}
+
+void Vuxo::commAdd() {
+    MakeList();
+    if (TreeItem* top = m_Tree->firstChild()) {
+        top->commAdd();
+        if (top->childCount() > 0)
+            top->setOpen(true);
+    }
+    m_Tree->triggerUpdate();
+}
+
+void Vuxo::commDelete() {
+    qDebug("%s", "Vuxo::commDelete(): Did somebody killed my data?");
+    m_Tree->clear();
+    m_Tree->triggerUpdate();
+    MakeList();
+}

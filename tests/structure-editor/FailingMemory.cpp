@@ -1,0 +1,62 @@
+#include "FailingMemory.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr int unlimited = std::numeric_limits<int>::max();
+
+std::atomic<bool> armed = false;
+std::atomic<int> left = 0;
+std::atomic<int> toRefuse = 0;
+std::atomic<int> refused = 0;
+
+bool isRefused(std::size_t size) {
+    if (!armed || size < FailingMemory::largeBlock)
+        return false;
+    if (left > 0) {
+        --left;
+        return false;
+    }
+    if (toRefuse == 0)
+        return false;
+    if (toRefuse != unlimited)
+        --toRefuse;
+    ++refused;
+    return true;
+}
+
+} // namespace
+
+FailingMemory::FailingMemory(int granted, int refuse) {
+    left = granted;
+    toRefuse = refuse;
+    refused = 0;
+    armed = true;
+}
+
+FailingMemory::~FailingMemory() {
+    armed = false;
+}
+
+int FailingMemory::refusals() {
+    return refused;
+}
+
+void* operator new(std::size_t size) {
+    if (!isRefused(size))
+        if (void* block = std::malloc(size ? size : 1))
+            return block;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}

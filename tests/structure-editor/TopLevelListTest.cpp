@@ -1,0 +1,496 @@
+// The list of top-level items: what its entries say, and what a mouse press on one does.
+#include "Building.h"
+#include "DataMaker.h"
+#include "ListBox.h"
+#include "Space.h"
+#include "TestSupport.h"
+#include "TreeView.h"
+#include "Vuxo.h"
+#include "WindowTools.h"
+
+#include <QScrollBar>
+#include <QSignalSpy>
+
+#include <memory>
+
+using namespace window_tools;
+using TAVIK::Compound;
+using TAVIK::Space;
+
+class TopLevelListTest : public test_support::TestCase {
+    Q_OBJECT
+
+    std::unique_ptr<Vuxo> m_window;
+
+    void showWindow() {
+        m_window = std::make_unique<Vuxo>();
+        m_window->show();
+    }
+
+    void listEvent(Qt::MouseButton button, QListWidgetItem* item) {
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "ListEvent", Q_ARG(int, button),
+                                          Q_ARG(QListWidgetItem*, item),
+                                          Q_ARG(QPoint, QPoint(0, 0))));
+    }
+
+private slots:
+    void cleanup() override {
+        m_window.reset();
+        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
+        TestCase::cleanup();
+    }
+
+    void anEntrySaysWhetherItsItemIsHiddenAndWhatIsSelected() {
+        addStructure("plain");
+        selectElsewhere(addStructure("whole"), true);
+        selectElsewhere(itemAt(addStructure("part"), {"A", "Groups", "HOH 2"}), true);
+        showElsewhere(addStructure("hidden"), false);
+        Compound* both = addStructure("both");
+        selectElsewhere(both, true);
+        showElsewhere(both, false);
+        Compound* hiddenPart = addStructure("hidden part");
+        selectElsewhere(itemAt(hiddenPart, {"A", "Groups", "HOH 2"}), true);
+        showElsewhere(hiddenPart, false);
+        showWindow();
+        QCOMPARE(entries(*m_window), QStringList({" _ plain", " X whole", " / part", "O_ hidden",
+                                                  "OX both", "O/ hidden part"}));
+    }
+
+    void namesAreLatin1AndStandAsTheyAre() {
+        addEmpty("\xe9t\xe9 \xff");
+        addEmpty("");
+        addEmpty("  %1 &x <b>");
+        showWindow();
+        QCOMPARE(entries(*m_window), QStringList({QString::fromUtf8(" _ \u00e9t\u00e9 \u00ff"),
+                                                  " _ ", " _   %1 &x <b>"}));
+        for (const int index : {0, 1, 2}) // the name that is read back equals the item's
+            clickEntry(*m_window, index, Qt::RightButton);
+        QCOMPARE(entries(*m_window).at(0).left(3), "O_ ");
+        QCOMPARE(takeMessages(), QStringList());
+    }
+
+    void aLeftPressShowsTheItem() {
+        addStructure("1abc");
+        addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 1);
+        QCOMPARE(rows(*m_window).front(), "2abc");
+        QCOMPARE(highlighted(*m_window), 1);
+        clickEntry(*m_window, 0);
+        QCOMPARE(rows(*m_window).front(), "1abc");
+        QCOMPARE(highlighted(*m_window), 0);
+    }
+
+    void aLeftPressOnTheShownEntryDoesNotRebuildTheTree() {
+        addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        treeOf(*m_window)->expand(rowAt(*m_window, {"1abc", "A"}));
+        const QPersistentModelIndex row = rowAt(*m_window, {"1abc", "A", "Groups"});
+        clickEntry(*m_window, 0);
+        QVERIFY(row.isValid());
+        QVERIFY(treeOf(*m_window)->isExpanded(rowAt(*m_window, {"1abc", "A"})));
+        QCOMPARE(highlighted(*m_window), 0);
+    }
+
+    void aPressBesideTheEntriesDoesNothing() {
+        addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        const QStringList shown = rows(*m_window);
+        for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton})
+            QTest::mouseClick(listOf(*m_window)->viewport(), button, {},
+                              listOf(*m_window)->viewport()->rect().bottomLeft() + QPoint(9, -9));
+        QCOMPARE(rows(*m_window), shown);
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QCOMPARE(highlighted(*m_window), 0);
+    }
+
+    void aRightPressHidesAndUnselectsAndASecondShowsAgainUnselected() {
+        Compound* entry = addStructure("1abc");
+        selectElsewhere(entry, true);
+        showWindow();
+        OtherPlugin other;
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(entries(*m_window), QStringList("O_ 1abc"));
+        QVERIFY(!entry->IsVisible());
+        QVERIFY(!entry->HasSelected());
+        QCOMPARE(other.updates, 1);
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QVERIFY(entry->IsVisible());
+        QVERIFY(!entry->HasSelected());
+        QCOMPARE(other.updates, 2);
+    }
+
+    void aRightPressKeepsTheSelectionOfAnItemThatItShows() {
+        Compound* entry = addStructure("1abc");
+        showElsewhere(entry, false);
+        selectElsewhere(entry, true);
+        showWindow();
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(entries(*m_window), QStringList(" X 1abc"));
+    }
+
+    void aRightPressIsInListAndTreeBeforeTheOthersHearOfIt() {
+        addStructure("1abc");
+        OtherPlugin other;
+        showWindow();
+        clickEntry(*m_window, 0);
+        QStringList seen;
+        other.onUpdate = [&] { seen = entries(*m_window) + cells(*m_window, {"1abc", "A"}); };
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(seen, QStringList({"O_ 1abc", "A", "No", "No", "No"}));
+    }
+
+    void whateverIsPressedTheHighlightStaysOnTheShownEntry() {
+        for (const char* name : {"one", "two", "three"})
+            addStructure(name);
+        showWindow();
+        clickEntry(*m_window, 2, Qt::RightButton);
+        QCOMPARE(highlighted(*m_window), -1);
+        clickEntry(*m_window, 0);
+        clickEntry(*m_window, 2, Qt::RightButton);
+        QCOMPARE(highlighted(*m_window), 0);
+        clickEntry(*m_window, 1, Qt::BackButton);
+        QCOMPARE(highlighted(*m_window), 0);
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 2, Qt::MiddleButton); },
+                             [this](QMessageBox& question) {
+                                 QCOMPARE(highlighted(*m_window), 2);
+                                 pressCancel(question);
+                             }));
+        QCOMPARE(highlighted(*m_window), 0);
+        QCOMPARE(rows(*m_window).front(), "one");
+    }
+
+    void aRefusedRightPressChangesNothingAndSaysSoOnce() {
+        Compound* entry = addStructure("1abc");
+        selectElsewhere(entry, true);
+        showWindow();
+        OtherPlugin other;
+        {
+            const memory_host::SpaceLock lock;
+            clickEntry(*m_window, 0, Qt::RightButton);
+        }
+        QCOMPARE(takeMessages(), QStringList("Cannot update CDB!"));
+        QVERIFY(entry->IsVisible() && entry->IsSelected());
+        QCOMPARE(entries(*m_window), QStringList(" X 1abc"));
+        QCOMPARE(other.updates, 0);
+        clickEntry(*m_window, 0, Qt::RightButton); // the refused guard has ended
+        QVERIFY(!entry->IsVisible());
+    }
+
+    void aMiddlePressAsksAndCancelDeletesNothing() {
+        addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        OtherPlugin other;
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                             [this](QMessageBox& question) {
+                                 QCOMPARE(question.windowTitle(), "Warning");
+                                 QCOMPARE(question.text(), "Delete 1abc?");
+                                 QCOMPARE(question.icon(), QMessageBox::Warning);
+                                 QCOMPARE(question.parentWidget(), m_window.get());
+                                 QCOMPARE(question.standardButtons(),
+                                          QMessageBox::Ok | QMessageBox::Cancel);
+                                 pressCancel(question);
+                             }));
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QCOMPARE(rows(*m_window).front(), "1abc");
+        QCOMPARE(highlighted(*m_window), 0);
+        QCOMPARE(other.deletes, 0);
+    }
+
+    void escapeIsCancelAndEnterIsOk() {
+        addStructure("1abc");
+        showWindow();
+        const auto answerWith = [this](Qt::Key key) {
+            return withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                                [&](QMessageBox& question) { QTest::keyClick(&question, key); });
+        };
+        QVERIFY(answerWith(Qt::Key_Escape));
+        QCOMPARE(listOf(*m_window)->count(), 1);
+        QVERIFY(answerWith(Qt::Key_Return));
+        QCOMPARE(listOf(*m_window)->count(), 0);
+    }
+
+    void closingTheQuestionIsCancel() {
+        addStructure("1abc");
+        showWindow();
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                             [](QMessageBox& question) { question.close(); }));
+        QCOMPARE(listOf(*m_window)->count(), 1);
+    }
+
+    void aNameIsAskedForAsItReads() {
+        addEmpty("<b>%1 &x\xe9");
+        showWindow();
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                             [](QMessageBox& question) {
+                                 QCOMPARE(question.text(),
+                                          QString::fromUtf8("Delete <b>%1 &x\u00e9?"));
+                                 QCOMPARE(question.textFormat(), Qt::PlainText);
+                                 pressCancel(question);
+                             }));
+    }
+
+    void deletingTheShownEntryEmptiesTheTreeAndLeavesNoHighlight() {
+        addStructure("1abc");
+        addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        OtherPlugin other;
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); }, pressOk));
+        QCOMPARE(entries(*m_window), QStringList(" _ 2abc"));
+        QVERIFY(rows(*m_window).isEmpty());
+        QCOMPARE(highlighted(*m_window), -1);
+        QCOMPARE(other.deletes, 1);
+        // Nothing is shown: the entry that took the index can be picked.
+        clickEntry(*m_window, 0);
+        QCOMPARE(rows(*m_window).front(), "2abc");
+    }
+
+    void deletingAnotherEntryEmptiesTheTreeToo() {
+        addStructure("1abc");
+        addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 1, Qt::MiddleButton); }, pressOk));
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QVERIFY(rows(*m_window).isEmpty());
+        QCOMPARE(highlighted(*m_window), -1);
+    }
+
+    void aRefusedDeletionIsSilent() {
+        addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        OtherPlugin other;
+        std::unique_ptr<memory_host::SpaceLock> lock;
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                             [&](QMessageBox& question) {
+                                 lock = std::make_unique<memory_host::SpaceLock>();
+                                 pressOk(question);
+                             }));
+        lock.reset();
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QCOMPARE(rows(*m_window).front(), "1abc");
+        QCOMPARE(highlighted(*m_window), 0);
+        QCOMPARE(other.deletes, 0);
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); }, pressOk));
+        QVERIFY(entries(*m_window).isEmpty());
+    }
+
+    void anItemThatIsDeletedDuringTheQuestionEndsItQuietly() {
+        Compound* first = addStructure("1abc");
+        addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 1);
+        OtherPlugin other;
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                             [&](QMessageBox& question) {
+                                 destroyElsewhere(first);
+                                 pressOk(question);
+                             }));
+        QCOMPARE(takeMessages(), QStringList("Vuxo::commDelete(): Did somebody killed my data?"));
+        QCOMPARE(entries(*m_window), QStringList(" _ 2abc"));
+        QCOMPARE(highlighted(*m_window), -1);
+        QCOMPARE(other.deletes, 1);
+    }
+
+    void anItemThatTookTheDeletedOnesPlaceIsLeftAlone() {
+        // Many turns: an address is used again sooner or later.
+        Compound* current = addStructure("1abc");
+        showWindow();
+        for (int turn = 0; turn < 50; ++turn) {
+            QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                                 [&](QMessageBox& question) {
+                                     destroyElsewhere(current);
+                                     current = addStructure("1abc");
+                                     pressOk(question);
+                                 }));
+            QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        }
+        QCOMPARE(takeMessages().size(), 50);
+    }
+
+    void anItemThatMovedUpDuringTheQuestionIsStillTheOneDeleted() {
+        Compound* first = addStructure("1abc");
+        addStructure("2abc");
+        addStructure("3abc");
+        showWindow();
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 1, Qt::MiddleButton); },
+                             [&](QMessageBox& question) {
+                                 QCOMPARE(question.text(), "Delete 2abc?");
+                                 destroyElsewhere(first);
+                                 pressOk(question);
+                             }));
+        takeMessages();
+        QCOMPARE(entries(*m_window), QStringList(" _ 3abc"));
+    }
+
+    void theSpaceEmptiedDuringTheQuestionEndsItQuietly() {
+        addStructure("1abc");
+        addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 1, Qt::MiddleButton); },
+                             [](QMessageBox& question) {
+                                 Space* space = Space::instance();
+                                 while (space->ChildBegin() != space->ChildEnd())
+                                     destroyElsewhere(*space->ChildBegin());
+                                 pressOk(question);
+                             }));
+        QCOMPARE(takeMessages().size(), 2);
+        QVERIFY(entries(*m_window).isEmpty());
+        QVERIFY(rows(*m_window).isEmpty());
+    }
+
+    void theWindowMayEndDuringTheQuestion() {
+        addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        QPointer<QMessageBox> watched;
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                             [&](QMessageBox& question) {
+                                 watched = &question;
+                                 m_window.reset();
+                             }));
+        QVERIFY(!watched);
+        QCOMPARE(Space::instance()->ChildEnd() - Space::instance()->ChildBegin(), 1);
+    }
+
+    void theWindowMayEndWhileTheOthersHearOfItsChange() {
+        addStructure("1abc");
+        showWindow();
+        OtherPlugin other;
+        other.onUpdate = [this] { m_window.reset(); };
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QVERIFY(!m_window);
+    }
+
+    void anItemAddedElsewhereLeavesTheHighlightOnItsIndex() {
+        addStructure("1abc");
+        addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 1);
+        addStructure("3abc");
+        QCOMPARE(entries(*m_window), QStringList({" _ 1abc", " _ 2abc", " _ 3abc"}));
+        QCOMPARE(highlighted(*m_window), 1);
+        QCOMPARE(rows(*m_window).front(), "2abc");
+        const QPersistentModelIndex row = rowAt(*m_window, {"2abc"});
+        clickEntry(*m_window, 1);
+        QVERIFY(row.isValid());
+    }
+
+    void anItemLostElsewhereLeavesNoHighlight() {
+        addStructure("1abc");
+        Compound* second = addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        destroyElsewhere(second);
+        QCOMPARE(takeMessages(), QStringList("Vuxo::commDelete(): Did somebody killed my data?"));
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QCOMPARE(highlighted(*m_window), -1);
+        clickEntry(*m_window, 0);
+        QCOMPARE(rows(*m_window).front(), "1abc");
+    }
+
+    void anUnchangedNumberOfItemsRebuildsNothing() {
+        Compound* entry = addStructure("1abc");
+        showWindow();
+        QSignalSpy resets(listOf(*m_window)->model(), &QAbstractItemModel::modelReset);
+        entry->SetSelected(true); // under no guard: nobody is told
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "MakeList"));
+        QCOMPARE(resets.size(), 0);
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "UpdateList"));
+        QCOMPARE(resets.size(), 0);
+        QCOMPARE(entries(*m_window), QStringList(" X 1abc"));
+    }
+
+    void aListThatFallsBehindTheHostWarnsAndGoesOn() {
+        Compound* first = addStructure("1abc");
+        Compound* second = addStructure("2abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        memory_host::attach(memory_host::makeDetached("3abc", "Composite"), Space::instance());
+        selectElsewhere(first, true);
+        QCOMPARE(takeMessages(), QStringList("ASSERT: \"m_List->count() == items\" in Vuxo (400)"));
+        QCOMPARE(entries(*m_window), QStringList({" X 1abc", " _ 2abc"}));
+        QCOMPARE(highlighted(*m_window), 0);
+
+        TAVIK::DataMaker::Destroy(second);
+        TAVIK::DataMaker::Destroy(itemAt(Space::instance(), {"3abc"}));
+        selectElsewhere(first, false);
+        QCOMPARE(takeMessages(), QStringList("ASSERT: \"m_List->count() == items\" in Vuxo (400)"));
+        QCOMPARE(entries(*m_window), QStringList({" _ 1abc", " _ 2abc"}));
+
+        // The second entry stands for nothing.
+        clickEntry(*m_window, 1, Qt::RightButton);
+        QCOMPARE(takeMessages(), QStringList("ASSERT: \"ch\" in Vuxo (453)"));
+        QVERIFY(!withQuestion([&] { clickEntry(*m_window, 1, Qt::MiddleButton); }, pressOk));
+        QCOMPARE(takeMessages(), QStringList("ASSERT: \"clump\" in Vuxo (468)"));
+        QCOMPARE(highlighted(*m_window), 0);
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "MakeList"));
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QCOMPARE(highlighted(*m_window), -1);
+    }
+
+    void anEntryWithAnotherNameThanItsItemWarnsAndGoesOn() {
+        Compound* entry = addStructure("1abc");
+        showWindow();
+        listOf(*m_window)->item(0)->setText(" _ other");
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(takeMessages(), QStringList("ASSERT: \"ch->GetName() == Name\" in Vuxo (456)"));
+        QVERIFY(!entry->IsVisible());
+        QCOMPARE(entries(*m_window), QStringList("O_ 1abc"));
+        listOf(*m_window)->item(0)->setText(" _ other");
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
+                             [](QMessageBox& question) {
+                                 QCOMPARE(question.text(), "Delete 1abc?");
+                                 pressOk(question);
+                             }));
+        QCOMPARE(takeMessages(), QStringList("ASSERT: \"Name == clump->GetName()\" in Vuxo (471)"));
+        QVERIFY(entries(*m_window).isEmpty());
+    }
+
+    void anEntryOfNoListWarnsAndChangesNothing() {
+        addStructure("1abc");
+        showWindow();
+        QListWidgetItem stranger(" _ 1abc");
+        listEvent(Qt::LeftButton, &stranger);
+        QCOMPARE(takeMessages(), QStringList("ASSERT: \"-1 != index\" in Vuxo (436)"));
+        listEvent(Qt::RightButton, &stranger);
+        QCOMPARE(takeMessages(), QStringList({"ASSERT: \"-1 != index\" in Vuxo (436)",
+                                              "ASSERT: \"ch\" in Vuxo (453)"}));
+        listEvent(Qt::MiddleButton, &stranger);
+        QCOMPARE(takeMessages(), QStringList({"ASSERT: \"-1 != index\" in Vuxo (436)",
+                                              "ASSERT: \"clump\" in Vuxo (468)"}));
+        listEvent(Qt::LeftButton, nullptr);
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
+        QVERIFY(rows(*m_window).isEmpty());
+    }
+
+    void manyEntriesAreRefreshedInPlaceWithoutScrolling() {
+        constexpr int count = 5000;
+        for (int i = 0; i < count; ++i)
+            memory_host::attach(
+                memory_host::makeDetached("model." + std::to_string(i), "Composite"),
+                Space::instance());
+        showWindow();
+        clickEntry(*m_window, 0);
+        listOf(*m_window)->scrollToItem(listOf(*m_window)->item(count / 2));
+        const int position = listOf(*m_window)->verticalScrollBar()->value();
+        QVERIFY(position > 0);
+        QSignalSpy changes(listOf(*m_window)->model(), &QAbstractItemModel::dataChanged);
+        clickEntry(*m_window, count / 2, Qt::RightButton);
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(listOf(*m_window)->item(count / 2)->text(), "O_ model.2500");
+        QCOMPARE(listOf(*m_window)->verticalScrollBar()->value(), position);
+        QCOMPARE(highlighted(*m_window), 0);
+    }
+};
+
+REGISTER_TEST(TopLevelListTest)
+#include "TopLevelListTest.moc"

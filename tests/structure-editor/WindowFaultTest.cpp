@@ -1,0 +1,175 @@
+// Exceptions out of commands: the guard ends, the log says it, the window shows the data as they
+// are, and the program goes on.
+#include "Building.h"
+#include "DataPoint.h"
+#include "FailingMemory.h"
+#include "ListBox.h"
+#include "Space.h"
+#include "TestSupport.h"
+#include "TreeView.h"
+#include "Vuxo.h"
+#include "WindowTools.h"
+
+#include <limits>
+#include <memory>
+
+using namespace window_tools;
+using TAVIK::Compound;
+using TAVIK::Space;
+
+namespace {
+
+// Whoever handles this name needs large blocks of memory.
+const std::string longName(20'000, 'x');
+
+bool changesAreGranted() {
+    const DataPoint<Space> guard(nullptr, Space::instance());
+    return guard.m_good;
+}
+
+QString marks(const Vuxo& window, int index) {
+    return entries(window).at(index).left(3);
+}
+
+} // namespace
+
+class WindowFaultTest : public test_support::TestCase {
+    Q_OBJECT
+
+    std::unique_ptr<Vuxo> m_window;
+
+    void showWindow() {
+        m_window = std::make_unique<Vuxo>();
+        m_window->show();
+    }
+
+private slots:
+    void cleanup() override {
+        m_window.reset();
+        TestCase::cleanup();
+    }
+
+    void aRightPressThatFailsAnywhereLeavesWindowAndDataInStep() {
+        Compound* entry = addStructure(longName);
+        selectElsewhere(entry, true);
+        showWindow();
+        clickEntry(*m_window, 0);
+        bool toldThoughItFailed = false;
+        bool failed = true;
+        for (int granted = 0; failed; ++granted) {
+            OtherPlugin other;
+            {
+                const FailingMemory memory(granted, 1);
+                clickEntry(*m_window, 0, Qt::RightButton);
+                failed = FailingMemory::refusals() > 0;
+            }
+            const QStringList log = takeHostLog();
+            QCOMPARE(log.size(), failed ? 1 : 0);
+            if (failed) {
+                QVERIFY2(log.front().startsWith("Structure Editor: "), qPrintable(log.front()));
+                QVERIFY2(log.front().endsWith(" failed: std::bad_alloc"), qPrintable(log.front()));
+                toldThoughItFailed = toldThoughItFailed || other.updates == 1;
+            }
+            QVERIFY(changesAreGranted());
+            QCOMPARE(marks(*m_window, 0), entry->IsVisible()
+                                              ? (entry->IsSelected() ? " X " : " _ ")
+                                              : (entry->IsSelected() ? "OX " : "O_ "));
+            QCOMPARE(rows(*m_window).size(), 15);
+            QCOMPARE(cells(*m_window, {QString::fromStdString(longName), "A"}).at(1),
+                     entry->IsVisible() ? "Yes" : "No");
+            QCOMPARE(highlighted(*m_window), 0);
+            QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
+            QVERIFY(granted < 100);
+        }
+        QVERIFY(toldThoughItFailed); // a guard that unwinds announces its change
+    }
+
+    void aSelectionThatCannotBeShownIsShownOnceItCan() {
+        Compound* entry = addStructure("1abc");
+        addEmpty(longName);
+        showWindow();
+        clickEntry(*m_window, 0);
+        OtherPlugin other;
+        {
+            const FailingMemory memory(0, 1);
+            clickRow(*m_window, {"1abc", "A"});
+        }
+        const QStringList log = takeHostLog();
+        QCOMPARE(log.size(), 1);
+        QVERIFY2(log.front().contains("SelectionChanged"), qPrintable(log.front()));
+        QCOMPARE(other.updates, 1);
+        QVERIFY(itemAt(entry, {"A"})->IsSelected());
+        QVERIFY(isMarked(*m_window, {"1abc", "A", "Groups", "HOH 2"}));
+        QCOMPARE(marks(*m_window, 0), " X ");
+        QVERIFY(changesAreGranted());
+    }
+
+    void aWindowThatCannotBeRefreshedEitherSaysSoAndGoesOn() {
+        Compound* entry = addStructure("1abc");
+        addEmpty(longName);
+        showWindow();
+        clickEntry(*m_window, 0);
+        {
+            const FailingMemory memory(0, std::numeric_limits<int>::max());
+            clickRow(*m_window, {"1abc", "A"});
+            QVERIFY(FailingMemory::refusals() > 1);
+        }
+        const QStringList log = takeHostLog();
+        QCOMPARE(log.size(), 2);
+        QVERIFY2(log.back().contains("could not be refreshed"), qPrintable(log.back()));
+        QVERIFY(itemAt(entry, {"A"})->IsSelected());
+        QVERIFY(rows(*m_window).isEmpty());
+        QVERIFY(changesAreGranted());
+        clickEntry(*m_window, 1);
+        clickEntry(*m_window, 0);
+        QVERIFY(isMarked(*m_window, {"1abc", "A"}));
+    }
+
+    void aDeletionThatFailsBeforeItsQuestionDeletesNothing() {
+        addStructure(longName);
+        showWindow();
+        clickEntry(*m_window, 0);
+        int failures = 0;
+        for (int granted = 0; granted < 3; ++granted) {
+            const FailingMemory memory(granted, 1);
+            QVERIFY(!withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); }, pressOk));
+            failures += FailingMemory::refusals();
+        }
+        QCOMPARE(failures, 3);
+        QCOMPARE(takeHostLog().size(), 3);
+        QCOMPARE(listOf(*m_window)->count(), 1);
+        QCOMPARE(rows(*m_window).size(), 15);
+    }
+
+    void aPlugInThatThrowsAtTheChangeDoesNotStopTheWindow() {
+        Compound* entry = addStructure("1abc");
+        showWindow();
+        OtherPlugin other;
+        other.onUpdate = [] { throw std::runtime_error("cannot take this"); };
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(takeHostLog().size(), 1); // the host's line
+        QVERIFY(!entry->IsVisible());
+        QCOMPARE(marks(*m_window, 0), "O_ ");
+        other.onUpdate = {};
+        QVERIFY(changesAreGranted());
+    }
+
+    void aNotificationThatFailsIsMadeGoodByTheNext() {
+        Compound* entry = addStructure("1abc");
+        Compound* large = addEmpty(longName);
+        showWindow();
+        clickEntry(*m_window, 0);
+        {
+            const FailingMemory memory(0, 1);
+            selectElsewhere(entry, true);
+        }
+        QCOMPARE(takeHostLog().size(), 1);
+        showElsewhere(large, false);
+        QCOMPARE(marks(*m_window, 0), " X ");
+        QCOMPARE(marks(*m_window, 1), "O_ ");
+        QVERIFY(isMarked(*m_window, {"1abc"}));
+    }
+};
+
+REGISTER_TEST(WindowFaultTest)
+#include "WindowFaultTest.moc"
