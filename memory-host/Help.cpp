@@ -73,7 +73,10 @@ QString missingPage(const QString& name, const std::string& problem) {
 /// stands outside of the folder is not shown.
 class HelpBrowser : public QTextBrowser {
 public:
-    explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) { setOpenExternalLinks(true); }
+    explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) {
+        setOpenExternalLinks(true);
+        document()->setDocumentMargin(12);
+    }
 
     /// Shows `page`, read anew.
     void showPage(const QString& page) {

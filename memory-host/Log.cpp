@@ -2,14 +2,15 @@
 #include "Services.h"
 #include "Text.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <mutex>
 #include <utility>
 
@@ -51,6 +52,15 @@ std::string shown(const std::string& line) {
             c = u'?';
     }
     return text.toStdString();
+}
+
+/// Local time as 2001-02-03T04:05:06. From the C library, which works until the process is gone.
+std::string timeNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    std::array<char, 32> text{};
+    localtime_r(&now, &local);
+    return {text.data(), std::strftime(text.data(), text.size(), "%FT%T", &local)};
 }
 
 bool put(std::FILE* file, const std::string& text) {
@@ -105,8 +115,7 @@ void Logger::Write(const std::string& line) {
     std::string problem;
     {
         const std::lock_guard lock(log.mutex);
-        const std::string time = QDateTime::currentDateTime().toString(Qt::ISODate).toStdString();
-        if (log.file && !put(log.file, time + " " + shown(text) + "\n")) {
+        if (log.file && !put(log.file, timeNow() + " " + shown(text) + "\n")) {
             problem = cannotWrite(log.fileName, errno);
             closeFile(log);
         }

@@ -1,5 +1,6 @@
 // Loading plug-ins. A plug-in's file is <folder>/<type>/lib<name>.so, or with a version behind it
-// (lib<name>.so.0): its place says its type and name before it is loaded.
+// (lib<name>.so.0): its place says its type and name before it is loaded. Of several versions the
+// file without one is taken, else the newest.
 #pragma once
 
 #include "HostExport.h"
@@ -16,9 +17,11 @@ HOST_EXPORT QStringList loadPlugins(const QString& folder);
 /// Sends a loaded plug-in its default action. Returns whether it answered without an error; what
 /// went wrong is in the log.
 HOST_EXPORT bool startPlugin(const QString& typeAndName);
-/// Whether every loaded plug-in reports that it is done.
+/// Whether every loaded plug-in reports that it is done; one that cannot say counts as done.
 HOST_EXPORT bool allPluginsDone();
-/// Tells every plug-in to clean up, and unloads them.
+/// Tells every plug-in to clean up, and unloads them; meanwhile none can be called. One that leaves
+/// a widget behind or throws is forgotten, but its code stays in memory. While an entry point of
+/// any plug-in is running, this only writes a line to the log.
 HOST_EXPORT void unloadPlugins();
 
 } // namespace memory_host

@@ -151,8 +151,10 @@ private slots:
     void theDefaultActionShowsTheWindow() {
         m_result = {};
         ::Execute0(&m_result);
-        QVERIFY(TestWindow::last && TestWindow::last->isVisible());
-        QVERIFY(!TestWindow::last->parentWidget());
+        const TestWindow* const window = TestWindow::last;
+        QVERIFY(window);
+        QVERIFY(window->isVisible());
+        QVERIFY(!window->parentWidget());
         QVERIFY(!::IsDone());
         compareMessages({success("CommandC")});
         compareResult(0, "");

@@ -53,19 +53,19 @@ class PluginManagerTest : public test_support::TestCase {
         const QString built = QStringLiteral(TEST_PLUGINS "/lib%1.so").arg(plugin);
         if (!QFile::exists(built))
             qFatal("%s is not built", qPrintable(built));
-        const QString path = pathOf(file.isEmpty() ? "Create/lib" + plugin + ".so" : file);
+        QString path = pathOf(file.isEmpty() ? "Create/lib" + plugin + ".so" : file);
         if (!QFile::copy(built, path))
             qFatal("%s cannot be written", qPrintable(path));
         return path;
     }
     /// The path of a file in the plug-in folder; its folder is made.
     QString pathOf(const QString& file) {
-        const QString path = m_folder->filePath(file);
+        QString path = m_folder->filePath(file);
         QDir().mkpath(QFileInfo(path).path());
         return path;
     }
     QString placeText(const QString& file, const QByteArray& text) {
-        const QString path = pathOf(file);
+        QString path = pathOf(file);
         QFile out(path);
         if (!out.open(QIODevice::WriteOnly) || out.write(text) != text.size())
             qFatal("%s cannot be written", qPrintable(path));
@@ -74,7 +74,7 @@ class PluginManagerTest : public test_support::TestCase {
     QStringList load() { return loadPlugins(m_folder->path()); }
     /// Loads one test plug-in.
     QString loadOne(const QString& plugin) {
-        const QString path = place(plugin);
+        QString path = place(plugin);
         if (load() != QStringList("Create/" + plugin))
             qFatal("%s is not loaded: %s", qPrintable(plugin),
                    qPrintable(takeHostLog().join(u'\n')));
