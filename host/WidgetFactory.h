@@ -19,7 +19,8 @@ public:
     /// An empty line edit.
     QLineEdit* CreateQLineEdit(QWidget* parent);
     QCheckBox* CreateCheckBox(QWidget* parent, const QString& text, bool checked);
-    /// A button whose click calls `slot` (as SLOT() writes it) of `receiver`.
+    /// A button whose click calls `slot` (as SLOT() writes it) of `receiver`. An ampersand
+    /// between blanks is one to be read; before a letter it announces a key.
     QPushButton* CreateQPushButton(QWidget* parent, const QString& text, const QObject* receiver,
                                    const char* slot);
 };

@@ -4,6 +4,26 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStyleOptionButton>
+
+namespace {
+
+/// Shows the ampersand in "A & B", which Qt would take for the announcement of the blank as a key.
+class Button : public QPushButton {
+public:
+    Button(const QString& text, QWidget* parent) : QPushButton(text, parent) {
+        if (shortcut() == QKeySequence(Qt::ALT | Qt::Key_Space))
+            setShortcut(QKeySequence());
+    }
+
+protected:
+    void initStyleOption(QStyleOptionButton* option) const override {
+        QPushButton::initStyleOption(option);
+        option->text.replace(QStringLiteral(" & "), QStringLiteral(" && "));
+    }
+};
+
+} // namespace
 
 QLabel* WidgetFactory::CreateQLabel(QWidget* parent, const QString& text) {
     auto* const label = new QLabel(text, parent);
@@ -24,7 +44,7 @@ QCheckBox* WidgetFactory::CreateCheckBox(QWidget* parent, const QString& text, b
 
 QPushButton* WidgetFactory::CreateQPushButton(QWidget* parent, const QString& text,
                                               const QObject* receiver, const char* slot) {
-    auto* const button = new QPushButton(text, parent);
+    auto* const button = new Button(text, parent);
     QObject::connect(button, SIGNAL(clicked()), receiver, slot);
     return button;
 }

@@ -71,6 +71,20 @@ private slots:
         QCOMPARE(m_clicks, 2);
     }
 
+    void anAmpersandBetweenBlanksIsReadAndAnnouncesNoKey() {
+        QWidget parent;
+        QPushButton* const button =
+            m_factory.CreateQPushButton(&parent, "( A & B )", this, SLOT(count()));
+        QPushButton plain("( A && B )", &parent);
+        QCOMPARE(button->text(), "( A & B )");
+        QVERIFY(button->shortcut().isEmpty());
+        plain.resize(button->size());
+        QCOMPARE(button->grab().toImage(), plain.grab().toImage());
+        const QPushButton* const other =
+            m_factory.CreateQPushButton(&parent, "&Close", this, SLOT(count()));
+        QCOMPARE(other->shortcut(), QKeySequence(Qt::ALT | Qt::Key_C));
+    }
+
     void aSlotThatIsNotThereIsAWarning() {
         QWidget parent;
         QPushButton* const button =
