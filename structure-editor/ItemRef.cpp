@@ -1,5 +1,7 @@
 #include "ItemRef.h"
 
+#include "Space.h"
+
 #include <algorithm>
 #include <iterator>
 #include <vector>
@@ -15,6 +17,11 @@ TAVIK::Compound* ItemRef::among(TAVIK::Compound* parent) const {
     TAVIK::Compound** const found = std::find_if(
         parent->ChildBegin(), end, [this](TAVIK::Compound* child) { return is(child); });
     return found == end ? nullptr : *found;
+}
+
+TAVIK::Compound* ItemRef::inSpace() const {
+    TAVIK::Compound* const space = TAVIK::Space::instance();
+    return is(space) ? space : among(space);
 }
 
 TAVIK::Compound* ItemRef::below(TAVIK::Compound* root) const {

@@ -12,6 +12,8 @@ public:
 
     /// The item if it still is a direct child of `parent`, which exists; else null.
     TAVIK::Compound* among(TAVIK::Compound* parent) const;
+    /// The item if it still is in the data space as a top-level item, or is the space itself.
+    TAVIK::Compound* inSpace() const;
     /// The item if it still is anywhere below `root`, which exists; else null. Walks the data: once
     /// a dialog, never once an item.
     TAVIK::Compound* below(TAVIK::Compound* root) const;

@@ -16,10 +16,6 @@
 
 namespace {
 
-QString helpPageName() {
-    return QString::fromLatin1(Config::GetSetting("Vuxo", "Help").ToString(nullptr));
-}
-
 // What the exception in flight says of itself.
 std::string currentFailure() {
     try {
@@ -34,7 +30,7 @@ std::string currentFailure() {
 } // namespace
 
 Vuxo::Vuxo()
-    : BaseWindow(tr("Structure Editor"), QSize(400, 600), helpPageName(), false, nullptr, nullptr),
+    : BaseWindow(tr("Structure Editor"), QSize(400, 600), helpSetting(), false, nullptr, nullptr),
       m_Tree(nullptr), m_List(nullptr), m_Current(-1), m_SelectBox(nullptr), m_ChainEdit(nullptr),
       m_ResidueEdit(nullptr), m_AtomEdit(nullptr), m_CurrentOnly(nullptr) {
     auto* splitter = new QSplitter(this);
@@ -72,6 +68,10 @@ Vuxo::Vuxo()
 }
 
 Vuxo::~Vuxo() = default;
+
+QString Vuxo::helpSetting() {
+    return QString::fromLatin1(Config::GetSetting("Vuxo", "Help").ToString(nullptr));
+}
 
 void Vuxo::commandFailed(Vuxo* window, const char* command) {
     const std::string prefix = std::string("Structure Editor: ") + command + " failed: ";

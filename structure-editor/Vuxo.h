@@ -47,7 +47,11 @@ public:
     /// Data were destroyed: empties the tree, whose rows may stand for what is gone.
     void commDelete() override;
 
+    // Each command of the menu bar is a slot. Local ones work on the item that the tree shows and
+    // do nothing without one; global ones on the whole data space.
 public slots:
+    /// Shows the help page.
+    void help();
     /// Builds the list anew when it has not as many entries as there are top-level items.
     void MakeList();
     /// Refreshes the text of every entry.
@@ -58,6 +62,54 @@ public slots:
     /// Shows top-level item `index` in the tree; nothing happens when there is no such item.
     void Populate(int index);
 
+    // Selecting.
+    void showQuery();
+    void SelectGroups();
+    void SelectRadius();
+    void SelectGroupsG();
+    void SelectHydrogens();
+    void SelectRadiusG();
+    void SelectGridBounds();
+    // Displaying, and what else is done to what is selected.
+    void SelectedHide();
+    void SelectedShow();
+    void SelectedClear();
+    void SelectedToggle();
+    void SelectedColor();
+    void SelectedColorTemp();
+    void SelectedUnColor();
+    void SelectedRotamers();
+    void SelectedPrevModel();
+    void SelectedNextModel();
+    void SelectedOrigModel();
+    void SelectedColorGrp2Atom();
+    void UnselectedHide();
+    void UnselectedHideG();
+    // Creating.
+    void MakeContourHi();
+    void MakeContourLo();
+    void MakeSurface();
+    void MakeSurfaceED();
+    void MakeSurfaceGauss();
+    void MakeSurfaceVdW();
+    void MakeSurfaceSolv();
+    void MakeSubSurface();
+    void MakeCartesian();
+    void MakeSet();
+    void MapGrid2Surf();
+    // Deleting.
+    void KillAll();
+    void KillGroups();
+    void KillResidues();
+    void KillGrids();
+    void KillSurfaces();
+    void KillBonds();
+    void KillAtoms();
+    void KillMolecules();
+    void KillClump();
+    /// Does nothing.
+    void KillItems();
+
 private slots:
     void applySelect();
     void applyMask();
@@ -66,6 +118,8 @@ private slots:
     void KillBranch(TreeItem* Victim);
 
 private:
+    /// The name of the help page, as the settings have it now.
+    static QString helpSetting();
     void CreateMenubar();
     void populateBoxes(QWidget* panel);
 
@@ -83,6 +137,19 @@ private:
     /// Asks whether the item of that name is to be destroyed. Anything can have happened meanwhile:
     /// the item may be gone, and when the answer is no, also the window.
     bool confirmDelete(const std::string& name);
+    void selectFullGroups(TAVIK::Compound* root);
+    void selectWithinRadius(TAVIK::Compound* root, const QString& label);
+    void setSelectedVisible(bool on);
+    void hideUnselected(TAVIK::Compound* root);
+    template <class Change> void forSelectedRows(Change apply) const;
+    void ForSelectedResidues(void (*function)(TAVIK::Compound*));
+    void makeSurface(const char* command, const char* argument);
+    void MakeContour(bool high);
+    void makeAtLevel(const QString& label, const char* command, const char* argument);
+    template <class Command>
+    void tellPlugin(Command command, std::source_location where = std::source_location::current());
+    template <class T> void killShown();
+    template <class T> friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag);
     void applyPattern(bool all, bool (*predicate)(TAVIK::Compound*, const QRegExp&));
 
     /// The order of every command that changes data, in one place: finds nothing to do without an

@@ -4,11 +4,15 @@
 
 #include "DataMaker.h"
 #include "ItemRef.h"
+#include "Kinds.h"
 #include "Space.h"
+#include "Traversal.h"
 #include "TreeItem.h"
 #include "TreeView.h"
 
 #include <QMessageBox>
+
+#include <vector>
 
 bool Vuxo::confirmDelete(const std::string& name) {
     // On the heap, and looked at through a pointer that knows: the host may end the window, and the
@@ -47,3 +51,80 @@ void Vuxo::KillBranch(TreeItem* Victim) {
         });
     });
 }
+
+void Vuxo::KillClump() {
+    TAVIK::Compound* shown = rootItem();
+    change<DataDelete>(
+        shown && shown->IsSelected() ? shown : nullptr,
+        [this](TAVIK::Compound* item) {
+            m_Tree->clear();
+            TAVIK::DataMaker::Destroy(item);
+            m_Tree->triggerUpdate();
+            MakeList();
+        },
+        Refusal::Silent);
+}
+
+void Vuxo::KillAll() {
+    change<DataDelete>(
+        TAVIK::Space::instance(),
+        [this](TAVIK::Space* space) {
+            m_Tree->clear();
+            while (space->ChildBegin() != space->ChildEnd())
+                TAVIK::DataMaker::Destroy(*space->ChildBegin());
+            m_Tree->triggerUpdate();
+            MakeList();
+        },
+        Refusal::Silent);
+}
+
+// Destroys the selected items of kind `T` in the item of `row`, and makes the tree of it anew.
+// `typeTag` is not read: it selects `T`.
+template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag) {
+    window->change<DataDelete>(
+        row->compound(),
+        [window, typeTag](TAVIK::Compound* item) {
+            window->m_Tree->clear();
+            std::vector<TAVIK::Compound*> items;
+            TAVIK::GetItems<T>(item, items, false, typeTag, true);
+            for (TAVIK::Compound* each : items)
+                TAVIK::DataMaker::Destroy(each);
+            window->showItem(item);
+        },
+        Refusal::Silent);
+}
+
+template <class T> void Vuxo::killShown() {
+    if (TreeItem* top = m_Tree->firstChild())
+        KillItem<T>(this, top, nullptr);
+}
+
+void Vuxo::KillGroups() {
+    killShown<TAVIK::Group>();
+}
+
+void Vuxo::KillResidues() {
+    killShown<TAVIK::Residue>();
+}
+
+void Vuxo::KillGrids() {
+    killShown<TAVIK::Grid>();
+}
+
+void Vuxo::KillSurfaces() {
+    killShown<TAVIK::Surface>();
+}
+
+void Vuxo::KillBonds() {
+    killShown<TAVIK::Bond>();
+}
+
+void Vuxo::KillAtoms() {
+    killShown<TAVIK::Atom>();
+}
+
+void Vuxo::KillMolecules() {
+    killShown<TAVIK::Molecule>();
+}
+
+void Vuxo::KillItems() {}

@@ -1,0 +1,114 @@
+#include "Selecting.h"
+
+#include "Kinds.h"
+#include "RadiusSearch.h"
+#include "Traversal.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace {
+
+Point pointOf(const TAVIK::Vertex& vertex) {
+    return {vertex[0], vertex[1], vertex[2]};
+}
+
+using Indices = std::array<std::int64_t, 3>; // Wide enough for what is added to any index.
+
+Indices nearest(const TAVIK::Grid& grid, const TAVIK::Vertex& point) {
+    std::array<int, 3> ijk{};
+    grid.GetNearest(point, ijk.data());
+    return {ijk[0], ijk[1], ijk[2]};
+}
+
+// The margin is uneven: two points below the lowest nearest point, four above the highest.
+constexpr std::int64_t margin = 2;
+
+void boundGrid(TAVIK::Grid& grid, const TAVIK::Vertex& low, const TAVIK::Vertex& high) {
+    Indices lower = nearest(grid, low);
+    Indices upper = nearest(grid, high);
+    for (std::int64_t& index : upper)
+        index += margin;
+    if (std::any_of(upper.begin(), upper.end(), [](std::int64_t index) { return index <= -2; }))
+        return;
+    for (const std::size_t axis : {0, 1, 2}) {
+        lower[axis] = std::max<std::int64_t>(lower[axis] - margin, 0);
+        upper[axis] = std::min<std::int64_t>(upper[axis] + margin, grid.m_points[axis]);
+        if (lower[axis] >= static_cast<std::int64_t>(static_cast<unsigned>(grid.m_points[axis])))
+            return;
+    }
+    for (const std::size_t axis : {0, 1, 2}) {
+        grid.m_lower[axis] = static_cast<int>(lower[axis]);
+        grid.m_upper[axis] = static_cast<int>(upper[axis]);
+    }
+}
+
+} // namespace
+
+void FullGroup(TAVIK::Compound* group) {
+    if (group->HasSelected())
+        group->SetSelected(true);
+}
+
+void SelectType::operator()(TAVIK::Compound* atom) const {
+    if (atom->GetType() == m_type)
+        atom->SetSelected(true);
+}
+
+void selectAround(TAVIK::Compound* root, double radius) {
+    std::vector<TAVIK::Compound*> atoms;
+    TAVIK::GetAtoms(root, atoms, false);
+    if (atoms.empty())
+        return;
+    std::vector<Point> centres;
+    centres.reserve(atoms.size());
+    for (const TAVIK::Compound* atom : atoms)
+        centres.push_back(pointOf(atom->GetPosition()));
+
+    atoms.clear();
+    TAVIK::GetAtoms(root, atoms, true);
+    std::vector<Point> points;
+    points.reserve(atoms.size());
+    std::erase_if(atoms, [&points](const TAVIK::Compound* atom) {
+        if (atom->IsSelected())
+            return true;
+        const TAVIK::Vertex position = atom->GetPosition();
+        if (position.isValid())
+            points.push_back(pointOf(position));
+        return !position.isValid();
+    });
+
+    std::vector<std::uint8_t> near;
+    RadiusSearch(std::move(centres), radius).search(points, near);
+    for (std::size_t i = 0; i != atoms.size(); ++i)
+        if (near[i])
+            atoms[i]->SetSelected(true);
+}
+
+void boundGrids(TAVIK::Compound* root) {
+    std::vector<TAVIK::Compound*> atoms;
+    TAVIK::GetAtoms(root, atoms, false);
+    if (atoms.empty())
+        return;
+    constexpr float largest = std::numeric_limits<float>::max();
+    TAVIK::Vertex low(largest, largest, largest, false);
+    TAVIK::Vertex high(-largest, -largest, -largest, false);
+    for (const TAVIK::Compound* atom : atoms) {
+        const TAVIK::Vertex position = atom->GetPosition();
+        if (!position.isValid())
+            continue;
+        for (const std::size_t axis : {0, 1, 2}) {
+            if (low[axis] > position[axis])
+                low[axis] = position[axis];
+            if (position[axis] > high[axis])
+                high[axis] = position[axis];
+        }
+    }
+    std::vector<TAVIK::Compound*> grids;
+    TAVIK::GetItems<TAVIK::Grid>(root, grids, true, nullptr, true);
+    for (TAVIK::Compound* grid : grids)
+        boundGrid(dynamic_cast<TAVIK::Grid&>(*grid), low, high);
+}

@@ -1,0 +1,29 @@
+// What the selection commands do to the data. Knows no widget; the caller holds a change guard.
+#pragma once
+
+#include "Compound.h"
+
+#include <string>
+
+/// Selects a group that is partly selected; leaves one without any selection alone.
+void FullGroup(TAVIK::Compound* group);
+
+/// Selects the atoms of one type.
+class SelectType {
+public:
+    /// `type` is compared byte by byte with what an atom's GetType() says.
+    explicit SelectType(std::string type) : m_type(std::move(type)) {}
+    void operator()(TAVIK::Compound* atom) const;
+
+private:
+    std::string m_type;
+};
+
+/// Selects the atoms below `root` that lie within `radius` (Å, inclusive) of one that was selected
+/// before: one step, those that are selected here are no centres. Atoms without a position are not
+/// selected; but a centre counts with whatever coordinates it holds.
+void selectAround(TAVIK::Compound* root, double radius);
+
+/// Fits the shown index range of every grid below `root` to the selected atoms that have a
+/// position; grids that lie apart from them keep their range, and all do when nothing is selected.
+void boundGrids(TAVIK::Compound* root);

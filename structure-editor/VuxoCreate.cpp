@@ -1,0 +1,151 @@
+// The commands that create items: named sets and the Cartesian frame by the window itself, surfaces
+// and contours by other plug-ins, which are only told to.
+#include "Vuxo.h"
+
+#include "DataMaker.h"
+#include "ItemRef.h"
+#include "Logger.h"
+#include "PluginManager.h"
+#include "Space.h"
+#include "Traversal.h"
+#include "TreeView.h"
+#include "VuxoDialogs.h"
+
+#include <array>
+#include <optional>
+#include <vector>
+
+void Vuxo::MakeSet() {
+    if (!rootItem())
+        return;
+    attempt([this] {
+        const QPointer<Vuxo> window(this);
+        const ItemRef shown(rootItem());
+        const std::optional<QString> typed =
+            askText(tr("Set"), tr("Enter name for Set"), QStringLiteral("Set"));
+        if (!window || !typed)
+            return;
+        change<DataAdder>(shown.inSpace(), [&typed](TAVIK::Compound* root) {
+            const std::string name = typed->toLatin1().toStdString();
+            std::vector<TAVIK::Compound*> members;
+            TAVIK::GetSelected(root, members);
+            Logger::Write("Defined set '" + name + "' with " + std::to_string(members.size()) +
+                          " members.");
+            TAVIK::DataMaker::makeSet(root, name, members);
+        });
+    });
+}
+
+void Vuxo::MakeCartesian() {
+    struct Axis {
+        const char* name;
+        TAVIK::Vertex end;
+        Qt::GlobalColor color;
+    };
+    constexpr float length = 20.0F; // Å
+    static const std::array<Axis, 3> axes = {{
+        {"X", {length, 0.0F, 0.0F, true}, Qt::red},
+        {"Y", {0.0F, length, 0.0F, true}, Qt::green},
+        {"Z", {0.0F, 0.0F, length, true}, Qt::blue},
+    }};
+    change<DataAdder>(TAVIK::Space::instance(), [](TAVIK::Space* space) {
+        TAVIK::Compound* frame = TAVIK::DataMaker::makeCore(space, "Cartesian", "Composite");
+        const TAVIK::Vertex origin(0.0F, 0.0F, 0.0F, true);
+        for (const Axis& axis : axes)
+            TAVIK::DataMaker::makePolyLine(frame, axis.name, {origin, axis.end})
+                ->SetColor(Color(QColor(axis.color)));
+    });
+}
+
+namespace {
+
+// Who is told, and what: a command and its argument.
+struct Order {
+    const char* type;
+    const char* name;
+    const char* command;
+    const char* argument;
+};
+
+constexpr Order solidVolume(const char* command, const char* argument) {
+    return {"Create", "SolidVolume", command, argument};
+}
+
+// Sends a command with the address of `value`, through the overload for what may be written, or for
+// what is const.
+template <class Value> void send(const Order& order, Value& value) {
+    PluginManager::Command(order.type, order.name, "Vuxo", order.command, order.argument, &value);
+}
+
+} // namespace
+
+// Other plug-ins do the work, and what comes of it arrives as a notification: all that is left to
+// do here is a repaint, whether or not a command was sent.
+template <class Command> void Vuxo::tellPlugin(Command command, std::source_location where) {
+    const QPointer<Vuxo> window(this);
+    attempt(command, where);
+    if (window)
+        m_Tree->triggerUpdate();
+}
+
+void Vuxo::MakeSurface() {
+    makeSurface("Connolly", "Connolly");
+}
+
+void Vuxo::MakeSurfaceED() {
+    makeSurface("AddSurfaceED", "ElectronDensity");
+}
+
+void Vuxo::MakeSurfaceGauss() {
+    makeSurface("AddSurfaceG", "Gaussian");
+}
+
+void Vuxo::MakeSurfaceVdW() {
+    makeSurface("AddSurfaceVdW", "VanderWaals");
+}
+
+void Vuxo::MakeSurfaceSolv() {
+    makeSurface("AddSurfaceSolv", "SolventAccessible");
+}
+
+void Vuxo::makeSurface(const char* command, const char* argument) {
+    tellPlugin([=] {
+        bool flag = false;
+        send(solidVolume(command, argument), flag);
+    });
+}
+
+void Vuxo::MakeSubSurface() {
+    // Command and argument stand the other way round than with the other surfaces.
+    makeAtLevel(tr("Enter minimum contour value for surface"), "SubSurface", "AddSurface");
+}
+
+void Vuxo::MakeContourHi() {
+    MakeContour(true);
+}
+
+void Vuxo::MakeContourLo() {
+    MakeContour(false);
+}
+
+void Vuxo::MakeContour(bool high) {
+    // A high contour has a least value, a low one a greatest.
+    if (high)
+        makeAtLevel(tr("Enter minimum contour value"), "AddContourHi", "ContourHigh");
+    else
+        makeAtLevel(tr("Enter maximum contour value"), "AddContourLo", "ContourLow");
+}
+
+void Vuxo::makeAtLevel(const QString& label, const char* command, const char* argument) {
+    tellPlugin([&] {
+        if (std::optional<double> level = askLimit(label))
+            send(solidVolume(command, argument), *level);
+    });
+}
+
+void Vuxo::MapGrid2Surf() {
+    tellPlugin([] {
+        const bool flag = false;
+        send({"Calculate", "Electrostatics", "MapGrid2Surf", "Map"}, flag);
+    });
+}

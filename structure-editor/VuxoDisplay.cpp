@@ -1,0 +1,97 @@
+// The commands that change how items are displayed: shown or hidden, and in what colour.
+#include "Vuxo.h"
+
+#include "Colormap.h"
+#include "Colouring.h"
+#include "Kinds.h"
+#include "Logger.h"
+#include "Space.h"
+#include "Traversal.h"
+#include "TreeItem.h"
+#include "TreeView.h"
+#include "VuxoDialogs.h"
+
+#include <vector>
+
+void HideIf(TAVIK::Compound* atom) {
+    if (!atom->IsSelected())
+        atom->SetVisible(false);
+}
+
+void Vuxo::SelectedShow() {
+    setSelectedVisible(true);
+}
+
+void Vuxo::SelectedHide() {
+    setSelectedVisible(false);
+}
+
+void Vuxo::setSelectedVisible(bool on) {
+    change<DataPoint>(rootItem(), [on](TAVIK::Compound* root) {
+        TAVIK::ForAtoms(root, false, [on](TAVIK::Compound* atom) { atom->SetVisible(on); });
+    });
+}
+
+void Vuxo::UnselectedHide() {
+    hideUnselected(rootItem());
+}
+
+void Vuxo::UnselectedHideG() {
+    hideUnselected(TAVIK::Space::instance());
+}
+
+void Vuxo::hideUnselected(TAVIK::Compound* root) {
+    change<DataPoint>(root, [](TAVIK::Compound* item) {
+        TAVIK::ForAtoms(item, true, HideIf);
+        return false; // The window is not refreshed here: only the guard's end tells of the change.
+    });
+}
+
+template <class Change> void Vuxo::forSelectedRows(Change apply) const {
+    for (TreeItemIterator row(m_Tree); row.current(); ++row)
+        if (TAVIK::Compound* item = row.current()->compound(); item && item->IsSelected())
+            apply(item);
+}
+
+void Vuxo::SelectedColor() {
+    qDebug("%s", "ProteinPage::SelectedColor()");
+    attempt([this] {
+        const QPointer<Vuxo> window(this);
+        const std::optional<QColor> chosen = askColor(this);
+        if (!window || !chosen || !chosen->isValid())
+            return;
+        const Color color(chosen->rgba());
+        change<DataPoint>(rootItem(), [this, &color](TAVIK::Compound*) {
+            forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); });
+        });
+    });
+}
+
+void Vuxo::SelectedUnColor() {
+    qDebug("%s", "ProteinPage::RestoreColor()");
+    change<DataPoint>(rootItem(), [this](TAVIK::Compound* root) {
+        forSelectedRows([](TAVIK::Compound* item) { item->RestoreColor(); });
+        root->SetSelected(false);
+    });
+}
+
+void Vuxo::SelectedColorTemp() {
+    qDebug("%s", "ProteinPage::SelectedColorTemp()");
+    change<DataPoint>(rootItem(), [](TAVIK::Compound* root) {
+        Colormap map("BlueRedTR.cm", 100, "No name");
+        map.setMinMax(0.0F, 60.0F);
+        // The host has said why it could not read the map; without it every colour is as good.
+        if (!map.isValid())
+            return;
+        TAVIK::ForAtoms(root, false, [&map](TAVIK::Compound* item) {
+            if (const auto* const atom = dynamic_cast<TAVIK::Atom*>(item))
+                item->SetColor(map.lookupValue(atom->GetTemperature()));
+        });
+    });
+}
+
+void Vuxo::SelectedColorGrp2Atom() {
+    qDebug("%s", "Color atoms by residue color");
+    const ShowSelectionOff highlightsOff;
+    ForSelectedResidues(ColorGrp2Atom);
+}

@@ -1,0 +1,84 @@
+// The commands that change what is selected.
+#include "Vuxo.h"
+
+#include "ItemRef.h"
+#include "Kinds.h"
+#include "RadiusSearch.h"
+#include "Selecting.h"
+#include "Space.h"
+#include "Traversal.h"
+#include "VuxoDialogs.h"
+
+#include <QFrame>
+
+#include <functional>
+
+void Vuxo::SelectedClear() {
+    change<DataPoint>(rootItem(), [](TAVIK::Compound* root) { root->SetSelected(false); });
+}
+
+void Vuxo::SelectedToggle() {
+    qDebug("%s", "Vuxo::InvertSelection");
+    change<DataPoint>(rootItem(), [](TAVIK::Compound* root) {
+        TAVIK::ForAtoms(root, true, std::mem_fn(&TAVIK::Compound::ToggleSelected));
+    });
+}
+
+void Vuxo::SelectGroups() {
+    selectFullGroups(rootItem());
+}
+
+void Vuxo::SelectGroupsG() {
+    selectFullGroups(TAVIK::Space::instance());
+}
+
+void Vuxo::selectFullGroups(TAVIK::Compound* root) {
+    change<DataPoint>(root, [](TAVIK::Compound* item) { TAVIK::ForGroups(item, true, FullGroup); });
+}
+
+void Vuxo::SelectRadius() {
+    selectWithinRadius(rootItem(), tr("Enter (local) selection radius"));
+}
+
+void Vuxo::SelectRadiusG() {
+    selectWithinRadius(TAVIK::Space::instance(), tr("Enter (global) selection radius"));
+}
+
+void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label) {
+    // The question comes inside the guard here: a change that is refused asks nothing.
+    change<DataPoint>(root, [this, &label](TAVIK::Compound* item) {
+        const QPointer<Vuxo> window(this);
+        const ItemRef asked(item);
+        const std::optional<double> radius = askRadius(label);
+        TAVIK::Compound* found = radius ? asked.inSpace() : nullptr;
+        if (!window || !found)
+            return false;
+        selectAround(found, *radius);
+        return true;
+    });
+}
+
+void Vuxo::SelectHydrogens() {
+    attempt([this] {
+        const QPointer<Vuxo> window(this);
+        const std::optional<QString> type = askText(
+            tr("Select atoms"), tr("Enter single atom type (e.g. H, O, Cu)"), QStringLiteral("H"));
+        if (!window || !type)
+            return;
+        change<DataPoint>(TAVIK::Space::instance(), [&type](TAVIK::Compound* space) {
+            TAVIK::ForAtoms(space, true, SelectType(type->toLatin1().toStdString()));
+        });
+    });
+}
+
+void Vuxo::SelectGridBounds() {
+    change<DataPoint>(TAVIK::Space::instance(), [](TAVIK::Compound* space) {
+        boundGrids(space);
+        return false; // Nothing that the window shows has changed.
+    });
+}
+
+void Vuxo::showQuery() {
+    m_SelectBox->show();
+    m_SelectBox->raise();
+}

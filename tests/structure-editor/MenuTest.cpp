@@ -1,0 +1,366 @@
+// The menu bar and the slots of the window, row by row.
+#include "Building.h"
+#include "HelpViewer.h"
+#include "ListBox.h"
+#include "PluginFolder.h"
+#include "Space.h"
+#include "TestSupport.h"
+#include "TreeView.h"
+#include "Vuxo.h"
+#include "WindowTools.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFrame>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMetaMethod>
+#include <QTemporaryDir>
+
+#include <memory>
+
+using namespace window_tools;
+
+namespace {
+
+struct Entry {
+    const char* label;
+    const char* slot;
+    const char* shortcut = "";
+    const char* needs = ""; ///< the plug-in without which the entry is not there
+};
+
+struct MenuTable {
+    const char* title;
+    std::vector<Entry> entries;
+};
+
+const std::vector<MenuTable> menuTable = {
+    {"&File", {{"Exit", "close()"}}},
+    {"Select",
+     {{"Clear", "SelectedClear()"},
+      {"Invert", "SelectedToggle()"},
+      {"Full groups", "SelectGroups()"},
+      {"Within rad.", "SelectRadius()"},
+      {"All Fgroups", "SelectGroupsG()"},
+      {"Any w/ rad.", "SelectRadiusG()"},
+      {"Atoms by type", "SelectHydrogens()"},
+      {"Nearby Grids", "SelectGridBounds()"},
+      {"Query", "showQuery()"}}},
+    {"Display",
+     {{"Hide", "SelectedHide()"},
+      {"Hide unselected", "UnselectedHide()"},
+      {"Hide All unsels", "UnselectedHideG()"},
+      {"Show", "SelectedShow()"},
+      {"Set color", "SelectedColor()"},
+      {"Color by Temp", "SelectedColorTemp()"},
+      {"Default color", "SelectedUnColor()"}}},
+    {"Modify",
+     {{"FirstModel", "SelectedOrigModel()", "F"},
+      {"Prev Model", "SelectedPrevModel()", "P"},
+      {"Next Model", "SelectedNextModel()", "N"},
+      {"Colour Atoms by Residue", "SelectedColorGrp2Atom()"}}},
+    {"Add",
+     {{"Rotamers", "SelectedRotamers()"},
+      {"ContourHi", "MakeContourHi()", "", "SolidVolume"},
+      {"ContourLo", "MakeContourLo()", "", "SolidVolume"},
+      {"ConnollySurface", "MakeSurface()", "", "SolidVolume"},
+      {"VdWaalsSurface", "MakeSurfaceVdW()", "", "SolidVolume"},
+      {"SolAccesSurface", "MakeSurfaceSolv()", "", "SolidVolume"},
+      {"SubSurface", "MakeSubSurface()", "", "SolidVolume"},
+      {"Define set", "MakeSet()"},
+      {"Cartesian", "MakeCartesian()"},
+      {"MapGrid2Surface", "MapGrid2Surf()", "", "Electrostatics"}}},
+    {"Delete",
+     {{"Tree", "KillClump()"},
+      {"Chain", "KillMolecules()"},
+      {"Group", "KillGroups()"},
+      {"Residue", "KillResidues()"},
+      {"Atom", "KillAtoms()"},
+      {"Bond", "KillBonds()"},
+      {"Grid", "KillGrids()"},
+      {"Surface", "KillSurfaces()"},
+      {"All", "KillAll()"}}},
+    {"Help", {{"Show", "help()"}}},
+};
+
+const char* const slotTable[] = {"help()",
+                                 "MakeList()",
+                                 "UpdateList()",
+                                 "ListEvent(int,QListWidgetItem*,QPoint)",
+                                 "Populate(int)",
+                                 "showQuery()",
+                                 "SelectGroups()",
+                                 "SelectRadius()",
+                                 "SelectGroupsG()",
+                                 "SelectHydrogens()",
+                                 "SelectRadiusG()",
+                                 "SelectGridBounds()",
+                                 "SelectedHide()",
+                                 "SelectedShow()",
+                                 "SelectedClear()",
+                                 "SelectedToggle()",
+                                 "SelectedColor()",
+                                 "SelectedColorTemp()",
+                                 "SelectedUnColor()",
+                                 "SelectedRotamers()",
+                                 "SelectedPrevModel()",
+                                 "SelectedNextModel()",
+                                 "SelectedOrigModel()",
+                                 "SelectedColorGrp2Atom()",
+                                 "UnselectedHide()",
+                                 "UnselectedHideG()",
+                                 "MakeContourHi()",
+                                 "MakeContourLo()",
+                                 "MakeSurface()",
+                                 "MakeSurfaceED()",
+                                 "MakeSurfaceGauss()",
+                                 "MakeSurfaceVdW()",
+                                 "MakeSurfaceSolv()",
+                                 "MakeSubSurface()",
+                                 "MakeCartesian()",
+                                 "MakeSet()",
+                                 "MapGrid2Surf()",
+                                 "KillAll()",
+                                 "KillGroups()",
+                                 "KillResidues()",
+                                 "KillGrids()",
+                                 "KillSurfaces()",
+                                 "KillBonds()",
+                                 "KillAtoms()",
+                                 "KillMolecules()",
+                                 "KillClump()",
+                                 "KillItems()",
+                                 "applySelect()",
+                                 "applyMask()",
+                                 "applyDiff()",
+                                 "SelectionChanged()",
+                                 "KillBranch(TreeItem*)"};
+constexpr int publicSlots = 47;
+
+QStringList labelsOf(const QMenu* menu) {
+    QStringList labels;
+    for (const QAction* action : menu->actions())
+        labels << action->text();
+    return labels;
+}
+
+QMenu* menuOf(const Vuxo& window, const QString& title) {
+    for (const QAction* action : window.menuBar()->actions())
+        if (action->text() == title)
+            return action->menu();
+    return nullptr;
+}
+
+// An empty plug-in library stands for the real one: whether it is there is all that the menu asks.
+QString pluginFolder(const QTemporaryDir& folder, const QStringList& plugins) {
+    for (const QString& plugin : plugins) {
+        const QString type = plugin.section(u'/', 0, 0);
+        QDir(folder.path()).mkpath(type);
+        QFile::copy(QStringLiteral(TEST_PLUGINS "/libGood.so"),
+                    folder.path() +
+                        QStringLiteral("/%1/lib%2.so").arg(type, plugin.section(u'/', 1)));
+    }
+    return folder.path();
+}
+
+} // namespace
+
+class MenuTest : public test_support::TestCase {
+    Q_OBJECT
+
+    std::unique_ptr<Vuxo> m_window;
+
+    void showWindow() {
+        m_window = std::make_unique<Vuxo>();
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+private slots:
+    void cleanup() override {
+        m_window.reset();
+        TestCase::cleanup();
+    }
+
+    void theSlotsStandInTheOrderOfTheTable() {
+        const QMetaObject& meta = Vuxo::staticMetaObject;
+        QCOMPARE(meta.className(), "Vuxo");
+        QCOMPARE(meta.superClass(), &BaseWindow::staticMetaObject);
+        QCOMPARE(meta.methodCount() - meta.methodOffset(), int(std::size(slotTable)));
+        QCOMPARE(meta.propertyCount(), meta.propertyOffset());
+        for (int i = 0; i < int(std::size(slotTable)); ++i) {
+            const QMetaMethod method = meta.method(meta.methodOffset() + i);
+            QCOMPARE(method.methodSignature(), QByteArray(slotTable[i]));
+            QCOMPARE(method.methodType(), QMetaMethod::Slot);
+            QCOMPARE(method.access(), i < publicSlots ? QMetaMethod::Public : QMetaMethod::Private);
+            QCOMPARE(QByteArray(method.typeName()), QByteArray("void"));
+        }
+        QCOMPARE(meta.method(meta.methodOffset() + 3).parameterNames(),
+                 (QList<QByteArray>{"button", "item", "pos"}));
+        QCOMPARE(meta.method(meta.methodOffset() + 51).parameterNames(),
+                 QList<QByteArray>{"Victim"});
+    }
+
+    void theMenusStandInTheOrderOfTheTable_data() {
+        QTest::addColumn<QStringList>("plugins");
+        QTest::newRow("no plug-in") << QStringList();
+        QTest::newRow("solid volume") << QStringList{"Create/SolidVolume"};
+        QTest::newRow("electrostatics") << QStringList{"Calculate/Electrostatics"};
+        QTest::newRow("both") << QStringList{"Calculate/Electrostatics", "Create/SolidVolume"};
+    }
+    void theMenusStandInTheOrderOfTheTable() {
+        QFETCH(QStringList, plugins);
+        const QTemporaryDir folder;
+        QCOMPARE(memory_host::loadPlugins(pluginFolder(folder, plugins)), plugins);
+        showWindow();
+        const QList<QAction*> titles = m_window->menuBar()->actions();
+        QCOMPARE(titles.size(), qsizetype(menuTable.size()));
+        for (qsizetype i = 0; i < titles.size(); ++i) {
+            const MenuTable& expected = menuTable[size_t(i)];
+            QCOMPARE(titles[i]->text(), expected.title);
+            QStringList labels;
+            for (const Entry& entry : expected.entries)
+                if (!*entry.needs || !plugins.filter(entry.needs).isEmpty())
+                    labels << entry.label;
+            QCOMPARE(labelsOf(titles[i]->menu()), labels);
+            for (const QAction* action : titles[i]->menu()->actions()) {
+                QVERIFY(action->isEnabled() && !action->isSeparator() && !action->isCheckable());
+                QVERIFY(action->icon().isNull());
+            }
+        }
+        m_window.reset();
+        memory_host::unloadPlugins();
+        takeHostLog();
+        takeMessages();
+    }
+
+    // A plug-in that comes later does not add its entries; one that goes leaves them in place.
+    void theMenuStaysAsItWasWhenPluginsComeOrGo() {
+        const QTemporaryDir folder;
+        const QString path = pluginFolder(folder, {"Create/SolidVolume"});
+        showWindow();
+        const QStringList without = labelsOf(menuOf(*m_window, "Add"));
+        QCOMPARE(without, (QStringList{"Rotamers", "Define set", "Cartesian"}));
+        QCOMPARE(memory_host::loadPlugins(path), QStringList{"Create/SolidVolume"});
+        QCOMPARE(labelsOf(menuOf(*m_window, "Add")), without);
+        Vuxo later;
+        QCOMPARE(labelsOf(menuOf(later, "Add")).size(), 9);
+        memory_host::unloadPlugins();
+        QCOMPARE(labelsOf(menuOf(later, "Add")).size(), 9);
+        takeHostLog();
+        takeMessages();
+    }
+
+    void everyEntryCallsItsSlot_data() {
+        QTest::addColumn<QString>("menu");
+        QTest::addColumn<QString>("label");
+        QTest::addColumn<QByteArray>("slot");
+        QTest::addColumn<QString>("shortcut");
+        for (const MenuTable& menu : menuTable)
+            for (const Entry& entry : menu.entries)
+                if (!*entry.needs)
+                    QTest::addRow("%s/%s", menu.title, entry.label)
+                        << QString(menu.title) << QString(entry.label) << QByteArray(entry.slot)
+                        << QString(entry.shortcut);
+    }
+    // Which slot an entry calls is asked of Qt itself: disconnecting it must succeed, once.
+    void everyEntryCallsItsSlot() {
+        QFETCH(QString, menu);
+        QFETCH(QString, label);
+        QFETCH(QByteArray, slot);
+        QFETCH(QString, shortcut);
+        Vuxo window;
+        const QList<QAction*> actions = menuOf(window, menu)->actions();
+        const auto found = std::find_if(actions.begin(), actions.end(),
+                                        [&](const QAction* a) { return a->text() == label; });
+        QVERIFY(found != actions.end());
+        QCOMPARE((*found)->shortcut(), QKeySequence(shortcut));
+        QVERIFY((*found)->disconnect(SIGNAL(triggered()), &window, "1" + slot) ||
+                (*found)->disconnect(SIGNAL(triggered(bool)), &window, "1" + slot));
+        QVERIFY(!(*found)->disconnect(&window));
+    }
+
+    void fPAndNWorkFromListTreeAndWindow() {
+        addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        const QList<QPair<Qt::Key, QString>> keys = {
+            {Qt::Key_F, "Change to first model in selected Residues"},
+            {Qt::Key_P, "Change to previous model in selected Residues"},
+            {Qt::Key_N, "Change to next model in selected Residues"}};
+        const QList<QWidget*> places = {listOf(*m_window), treeOf(*m_window), m_window.get()};
+        for (QWidget* place : places) {
+            place->setFocus();
+            for (const auto& [key, line] : keys) {
+                QTest::keyClick(place, key);
+                QCOMPARE(takeMessages(), QStringList{line});
+            }
+        }
+    }
+
+    void fPAndNAreTextInTheQueryPanel() {
+        addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        m_window->showQuery();
+        QFrame* panel = panelOf(*m_window);
+        QVERIFY(QTest::qWaitForWindowActive(panel));
+        auto* field = panel->findChild<QLineEdit*>();
+        field->setFocus();
+        field->clear();
+        QTest::keyClicks(field, QStringLiteral("fpnFPN"));
+        QCOMPARE(field->text(), "fpnFPN");
+        QCOMPARE(takeMessages(), QStringList());
+    }
+
+    // F10 or Alt opens the menu bar, and the arrows and Enter do the rest.
+    void everyEntryIsReachedByKeyboardAlone() {
+        showWindow();
+        QStringList reached;
+        const QList<QAction*> titles = m_window->menuBar()->actions();
+        for (int i = 0; i < titles.size(); ++i) {
+            const QMenu* menu = titles[i]->menu();
+            for (int row = 0; row < menu->actions().size(); ++row) {
+                const QAction* triggered = nullptr;
+                QAction* wanted = menu->actions()[row];
+                wanted->disconnect(m_window.get());
+                connect(wanted, &QAction::triggered, this, [&] { triggered = wanted; });
+                m_window->menuBar()->setActiveAction(nullptr);
+                m_window->menuBar()->setFocus();
+                QTest::keyClick(m_window->menuBar(), Qt::Key_Home);
+                m_window->menuBar()->setActiveAction(titles[0]);
+                for (int step = 0; step < i; ++step)
+                    QTest::keyClick(QApplication::activePopupWidget()
+                                        ? QApplication::activePopupWidget()
+                                        : m_window->menuBar(),
+                                    Qt::Key_Right);
+                if (!QApplication::activePopupWidget())
+                    QTest::keyClick(m_window->menuBar(), Qt::Key_Down);
+                QWidget* popup = QApplication::activePopupWidget();
+                QCOMPARE(popup, menu);
+                const auto* open = qobject_cast<QMenu*>(popup);
+                for (int step = 0; open->activeAction() != wanted && step < 20; ++step)
+                    QTest::keyClick(popup, Qt::Key_Down);
+                QTest::keyClick(popup, Qt::Key_Return);
+                QCOMPARE(triggered, wanted);
+                wanted->disconnect(this);
+                reached << wanted->text();
+            }
+        }
+        QCOMPARE(reached.size(), 34);
+    }
+
+    void exitClosesTheWindowAndItCanBeShownAgain() {
+        showWindow();
+        menuOf(*m_window, "&File")->actions().front()->trigger();
+        QVERIFY(!m_window->isVisible());
+        m_window->show();
+        QVERIFY(m_window->isVisible());
+    }
+};
+
+REGISTER_TEST(MenuTest)
+#include "MenuTest.moc"
