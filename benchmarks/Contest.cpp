@@ -1,0 +1,170 @@
+#include "Contest.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <fstream>
+#include <iomanip>
+#include <iostream>
+#include <limits>
+#include <map>
+#include <sstream>
+#include <vector>
+
+#include <malloc.h>
+
+namespace benchmarks {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Line {
+    Contest contest;
+    double ourSeconds = 0.0;
+    double theirSeconds = 0.0;
+    double ourPeak = 0.0; ///< bytes above what was in use before
+    double theirPeak = 0.0;
+};
+
+Clock::time_point started;
+std::vector<Line> lines;
+std::vector<MemoryLine> memoryLines;
+
+// The kernel's record of the most memory that the process has held; a write to clear_refs resets
+// it.
+double statusBytes(const std::string& field) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind(field, 0) == 0)
+            return std::stod(line.substr(field.size() + 1)) * 1024.0;
+    return 0.0;
+}
+
+void resetPeak() {
+    std::ofstream("/proc/self/clear_refs") << 5;
+}
+
+// Keeps the best time of each name; the table is written from it at the end.
+class BestTimes : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context&) override { return true; }
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type != Run::RT_Iteration)
+                continue;
+            const auto [at, isNew] =
+                m_best.emplace(run.run_name.function_name, std::numeric_limits<double>::max());
+            at->second = std::min(at->second,
+                                  run.real_accumulated_time / static_cast<double>(run.iterations));
+        }
+    }
+    double seconds(const std::string& name) const { return m_best.at(name); }
+
+private:
+    std::map<std::string, double> m_best;
+};
+
+void registerTurns(const std::string& name, const Contestant& contestant, double& peak, int turns) {
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [&contestant, &peak](benchmark::State& state) {
+                                     for (auto _ : state) {
+                                         if (contestant.prepare)
+                                             contestant.prepare();
+                                         resetPeak();
+                                         const double before = statusBytes("VmRSS:");
+                                         startClock();
+                                         contestant.work();
+                                         const std::chrono::duration<double> took =
+                                             Clock::now() - started;
+                                         state.SetIterationTime(took.count());
+                                         peak = std::max(peak, statusBytes("VmHWM:") - before);
+                                         if (contestant.finish)
+                                             contestant.finish();
+                                     }
+                                 })
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(turns);
+}
+
+std::string number(double value) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(value < 10.0 ? 2 : value < 100.0 ? 1 : 0) << value;
+    return text.str();
+}
+
+std::string sizeName(std::size_t atoms) {
+    return atoms >= 900'000 ? number(std::round(static_cast<double>(atoms) / 1e5) / 10.0) + " M"
+                            : std::to_string(atoms / 1000) + " k";
+}
+
+} // namespace
+
+void startClock() {
+    started = Clock::now();
+}
+
+void run(const Contest& contest, int turns) {
+    Line line{contest};
+    std::cerr << contest.work << ", " << contest.size << " atoms ..." << std::flush;
+    benchmark::ClearRegisteredBenchmarks();
+    registerTurns("ours", line.contest.ours, line.ourPeak, turns);
+    if (!contest.peer.empty())
+        registerTurns("theirs", line.contest.theirs, line.theirPeak, turns);
+    BestTimes best;
+    benchmark::RunSpecifiedBenchmarks(&best);
+    line.ourSeconds = best.seconds("ours");
+    line.theirSeconds = contest.peer.empty() ? 0.0 : best.seconds("theirs");
+    std::cerr << ' ' << number(line.ourSeconds * 1e3) << " ms";
+    if (!contest.peer.empty())
+        std::cerr << ", " << contest.peer << ' ' << number(line.theirSeconds * 1e3) << " ms";
+    std::cerr << '\n';
+    lines.push_back(std::move(line));
+}
+
+void add(const MemoryLine& line) {
+    memoryLines.push_back(line);
+}
+
+void writeTable(std::ostream& out) {
+    out << "| work | atoms | ours | per item | peak | competitor | theirs | peak | ratio | to "
+           "reach "
+           "|\n|---|--:|--:|--:|--:|---|--:|--:|--:|---|\n";
+    for (const Line& line : lines) {
+        const Contest& c = line.contest;
+        const double each = line.ourSeconds * 1e9 / static_cast<double>(c.items);
+        out << "| " << c.work << " | " << sizeName(c.size) << " | " << number(line.ourSeconds * 1e3)
+            << " ms | " << number(each) << " ns a " << c.itemName << " | "
+            << number(line.ourPeak / 1e6) << " MB | ";
+        if (c.peer.empty())
+            out << "| | | | ";
+        else
+            out << c.peer << " | " << number(line.theirSeconds * 1e3) << " ms | "
+                << number(line.theirPeak / 1e6) << " MB | "
+                << number(line.theirSeconds / line.ourSeconds) << " | ";
+        out << c.target << " |\n";
+    }
+    out << "\n| heap | atoms | ours | competitor | theirs | ratio | to reach |\n"
+           "|---|--:|--:|---|--:|--:|---|\n";
+    for (const MemoryLine& line : memoryLines) {
+        const auto items = static_cast<double>(line.items);
+        out << "| " << line.work << " | " << sizeName(line.size) << " | "
+            << number(line.ourBytes / items) << " bytes a " << line.itemName << " | ";
+        if (line.theirBytes < 0.0)
+            out << "| | | ";
+        else
+            out << line.peer << " | " << number(line.theirBytes / items) << " bytes | "
+                << number(line.theirBytes / line.ourBytes) << " | ";
+        out << line.target << " |\n";
+    }
+}
+
+double heapBytes() {
+    const struct mallinfo2 info = mallinfo2();
+    return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
+} // namespace benchmarks

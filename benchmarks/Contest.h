@@ -1,0 +1,55 @@
+// A contest: our way of doing something beside a competitor's, timed in turns in the same run, with
+// the ratio of the two as the result. Google Benchmark does the timing; this is the table.
+#pragma once
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+
+namespace benchmarks {
+
+/// What a contestant does. It is set up untimed before each of its turns.
+struct Contestant {
+    std::function<void()> prepare{}; ///< may be empty
+    std::function<void()> work;
+    std::function<void()> finish{}; ///< may be empty; untimed, after the work
+};
+
+/// One line of the table. Times are the best of all turns.
+struct Contest {
+    std::string work;      ///< as "filling the tree"
+    std::size_t size = 0;  ///< atoms in the structure
+    std::size_t items = 0; ///< what the time is divided by
+    std::string itemName;  ///< as "row"
+    std::string peer{};    ///< who the competitor is; empty when there is none
+    std::string target{};  ///< what is to be reached, as text
+    Contestant ours;
+    Contestant theirs{};
+};
+
+/// A line of the table that counts bytes of heap instead of time.
+struct MemoryLine {
+    std::string work;
+    std::size_t size = 0;
+    std::size_t items = 0;
+    std::string itemName;
+    std::string peer;
+    std::string target;
+    double ourBytes = 0.0;
+    double theirBytes = 0.0; ///< negative when there is no competitor
+};
+
+/// Starts the clock of the work in progress anew: what went before, as a dialog that is opened,
+/// does not count.
+void startClock();
+
+/// Runs a contest in `turns` turns each and keeps its line.
+void run(const Contest& contest, int turns);
+void add(const MemoryLine& line);
+/// Writes all lines as a Markdown table.
+void writeTable(std::ostream& out);
+
+/// Bytes of heap in use now.
+double heapBytes();
+
+} // namespace benchmarks

@@ -1,0 +1,53 @@
+#include "Contest.h"
+#include "Files.h"
+#include "RealStructures.h"
+#include "Space.h"
+#include "Works.h"
+
+#include <gemmi/cif.hpp>
+#include <gemmi/mmcif.hpp>
+
+#include <optional>
+
+namespace benchmarks {
+
+void benchmarkFiles(const std::string& path, int turns) {
+    MemoryLine memory;
+    {
+        const double before = heapBytes();
+        memory_host::openFile(path);
+        memory.ourBytes = heapBytes() - before;
+    }
+    const std::size_t atoms = atomCount(TAVIK::Space::instance());
+    emptySpace();
+
+    std::optional<gemmi::Structure> structure;
+    const auto readWithGemmi = [&] {
+        structure = gemmi::make_structure(gemmi::cif::read_file(path));
+    };
+    {
+        const double before = heapBytes();
+        readWithGemmi();
+        memory.theirBytes = heapBytes() - before;
+        structure.reset();
+    }
+
+    run({.work = "opening the file",
+         .size = atoms,
+         .items = atoms,
+         .itemName = "atom",
+         .peer = "gemmi's reading",
+         .target = "ratio at least 0.67",
+         .ours = {{}, [&] { memory_host::openFile(path); }, emptySpace},
+         .theirs = {{}, readWithGemmi, [&] { structure.reset(); }}},
+        turns);
+
+    memory.work = "the opened structure, bonds included";
+    memory.size = memory.items = atoms;
+    memory.itemName = "atom";
+    memory.peer = "gemmi's structure, which has no bonds";
+    memory.target = "at most 250 bytes";
+    add(memory);
+}
+
+} // namespace benchmarks

@@ -1,0 +1,42 @@
+// benchmarks STRUCTURES COPIES...: times our works beside their competitors on so many copies of
+// the ribosome each, and writes the table to standard output.
+#include "Contest.h"
+#include "RealStructures.h"
+#include "Services.h"
+#include "Works.h"
+
+#include <QApplication>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: %s STRUCTURES COPIES...\n", argv[0]);
+        return 2;
+    }
+    memory_host::setLogFile(QString());
+    // What a command says of itself is not what is timed.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    try {
+        for (int i = 2; i < argc; ++i) {
+            const int copies = std::atoi(argv[i]);
+            const std::string path = benchmarks::ribosomeFile(argv[1], copies);
+            const int turns = copies > 20 ? 2 : 5;
+            benchmarks::benchmarkFiles(path, turns);
+            benchmarks::benchmarkTree(path, turns);
+            benchmarks::benchmarkSelecting(path, turns);
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+        return 1;
+    }
+    benchmarks::writeTable(std::cout);
+    return 0;
+}
