@@ -1,0 +1,59 @@
+#include "CommandLine.h"
+
+namespace workbench {
+
+std::string readCommandLine(const std::vector<std::string>& arguments, CommandLine& out) {
+    bool options = true;
+    for (auto it = arguments.begin(); it != arguments.end(); ++it) {
+        if (!options || it->size() < 2 || it->front() != '-') {
+            out.files.push_back(*it);
+            continue;
+        }
+        const std::size_t equals = it->find('=');
+        const std::string name = it->substr(0, equals);
+        if (name == "--plugins" || name == "--data") {
+            std::optional<std::string>& folder = name == "--data" ? out.data : out.plugins;
+            if (equals != std::string::npos)
+                folder = it->substr(equals + 1);
+            else if (++it != arguments.end())
+                folder = *it;
+            else
+                return name + " needs a folder";
+            if (folder->empty())
+                return name + " needs a folder";
+        } else if (*it == "--help" || *it == "-h") {
+            out.task = CommandLine::Task::Help;
+            return {};
+        } else if (*it == "--version") {
+            out.task = CommandLine::Task::Version;
+            return {};
+        } else if (*it == "--verbose") {
+            out.verbose = true;
+        } else if (*it == "--") {
+            options = false;
+        } else {
+            return "unknown option " + *it + " (--help lists the options)";
+        }
+    }
+    return {};
+}
+
+std::string helpText() {
+    return "Usage: workbench [OPTION...] [FILE...]\n"
+           "\n"
+           "Opens molecular structures and density maps in the Structure Editor. Without a FILE\n"
+           "it opens a sample.\n"
+           "\n"
+           "FILE is a structure as PDB or mmCIF, each also gzipped, or a map as CCP4/MRC.\n"
+           "\n"
+           "  --plugins DIR  load the plug-ins of this folder instead of the installed ones\n"
+           "  --data DIR     take colour maps, help pages and the sample from this folder\n"
+           "  --verbose      write the debug stream to standard error, too\n"
+           "  --version      print the version and end\n"
+           "  --help         print this and end\n"
+           "\n"
+           "The exit status is 0 when the windows were closed, 1 when no file could be opened or\n"
+           "no window be shown, and 2 when the command line was wrong.\n";
+}
+
+} // namespace workbench

@@ -1,0 +1,27 @@
+// What the user asked for on the command line. Knows no Qt, so that the program can answer --help
+// and --version, and refuse a wrong option, where there is no display.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+struct CommandLine {
+    enum class Task { Run, Help, Version };
+    Task task = Task::Run;
+    std::vector<std::string> files;
+    std::optional<std::string> plugins; ///< folder to load plug-ins from instead of the own one
+    std::optional<std::string> data;    ///< folder with data instead of the own one
+    bool verbose = false;               ///< whether the debug stream goes to standard error
+};
+
+/// Reads the arguments, without the program's name. Returns what is wrong with them, as one line;
+/// empty when nothing is.
+std::string readCommandLine(const std::vector<std::string>& arguments, CommandLine& out);
+
+/// What --help prints.
+std::string helpText();
+
+} // namespace workbench

@@ -1,0 +1,96 @@
+#include "Opening.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
+
+#include <memory>
+#include <utility>
+
+namespace workbench {
+
+namespace {
+
+/// Thrown through the building of a file when the user cancels.
+struct Cancelled {};
+
+QString displayName(const std::string& file) {
+    return QFileInfo(QFile::decodeName(file.c_str())).fileName();
+}
+
+} // namespace
+
+Opening::Opening(Report report) : m_report(std::move(report)) {}
+
+Opening::~Opening() = default;
+
+std::size_t Opening::open(const std::vector<std::string>& files) {
+    ProgressWindow progress;
+    std::size_t opened = 0;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        QString title = ProgressWindow::tr("Opening %1").arg(displayName(files[i]));
+        if (files.size() > 1)
+            title += ProgressWindow::tr(" (%1 of %2)").arg(i + 1).arg(files.size());
+        progress.setTitleLine(title);
+        try {
+            if (openOne(files[i], progress))
+                ++opened;
+        } catch (const Cancelled&) {
+            m_report(files[i] + ": opening was cancelled");
+            break;
+        }
+    }
+    return opened;
+}
+
+bool Opening::openOne(const std::string& file, ProgressWindow& progress) {
+    const auto showStage = [&progress](const std::string& stage, double fraction) {
+        progress.setStage(QString::fromUtf8(stage.c_str()), fraction);
+        if (progress.wasCancelled())
+            throw Cancelled();
+    };
+    try {
+        const memory_host::ParsedFilePtr parsed = parse(file, progress);
+        for (const std::string& remark : memory_host::openParsed(*parsed, showStage).remarks)
+            m_report(remark);
+        return true;
+    } catch (const memory_host::FileError& error) {
+        m_report(error.what());
+    } catch (const std::bad_alloc&) {
+        m_report(file + ": not enough memory to open it");
+    } catch (const std::exception& error) {
+        m_report(file + ": " + error.what());
+    }
+    return false;
+}
+
+memory_host::ParsedFilePtr Opening::parse(const std::string& file, ProgressWindow& progress) {
+    progress.setStage(ProgressWindow::tr("reading the file"), -1);
+    QEventLoop loop;
+    // Looked at in this thread only; empty once nobody waits any more.
+    const auto waiting = std::make_shared<QEventLoop*>(&loop);
+    auto parsing = std::async(std::launch::async, [file, waiting] {
+        struct Done {
+            std::shared_ptr<QEventLoop*> waiting;
+            ~Done() {
+                const auto end = [waiting = waiting] {
+                    if (*waiting)
+                        (*waiting)->quit();
+                };
+                QMetaObject::invokeMethod(qApp, end, Qt::QueuedConnection);
+            }
+        } const done{waiting};
+        return memory_host::parseFile(file);
+    });
+    QObject::connect(&progress, &QDialog::rejected, &loop, &QEventLoop::quit);
+    loop.exec();
+    *waiting = nullptr;
+    if (progress.wasCancelled()) {
+        m_abandoned.push_back(std::move(parsing));
+        throw Cancelled();
+    }
+    return parsing.get();
+}
+
+} // namespace workbench

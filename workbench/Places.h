@@ -1,0 +1,21 @@
+// Where the workbench finds what it ships, and where it keeps what is the user's.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace workbench {
+
+/// The folders that are installed with the program, found from where it stands.
+QString installedPluginFolder();
+QString installedDataFolder();
+
+/// The samples of a data folder; empty when it holds none.
+QStringList samples(const QString& dataFolder);
+
+/// The user's settings, which need not exist.
+QString settingsFile();
+/// The user's log, in a folder that exists; empty when there can be none.
+QString logFile();
+
+} // namespace workbench

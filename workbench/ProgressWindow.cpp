@@ -1,0 +1,61 @@
+#include "ProgressWindow.h"
+
+#include <QCoreApplication>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QProgressBar>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace workbench {
+
+namespace {
+constexpr int showAfter = 500;   // ms
+constexpr int repaintEvery = 40; // ms
+constexpr int barSteps = 1000;
+} // namespace
+
+ProgressWindow::ProgressWindow()
+    : m_title(new QLabel(this)), m_bar(new QProgressBar(this)), m_stage(new QLabel(this)) {
+    setWindowTitle(tr("Opening files"));
+    setModal(true);
+    setMinimumWidth(360);
+    m_bar->setTextVisible(false);
+    m_bar->setRange(0, 0);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::rejected, this, &ProgressWindow::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_title);
+    layout->addWidget(m_bar);
+    layout->addWidget(m_stage);
+    layout->addWidget(buttons);
+    QTimer::singleShot(showAfter, this, &QWidget::show);
+    m_sinceRepaint.start();
+}
+
+ProgressWindow::~ProgressWindow() = default;
+
+void ProgressWindow::setTitleLine(const QString& text) {
+    m_title->setText(text);
+}
+
+void ProgressWindow::setStage(const QString& text, double fraction) {
+    m_stage->setText(text);
+    m_bar->setRange(0, fraction < 0 ? 0 : barSteps);
+    if (fraction >= 0)
+        m_bar->setValue(static_cast<int>(std::min(fraction, 1.0) * barSteps));
+    if (m_sinceRepaint.elapsed() < repaintEvery)
+        return;
+    // The window is modal: no other one gets input meanwhile.
+    QCoreApplication::processEvents();
+    m_sinceRepaint.restart();
+}
+
+void ProgressWindow::reject() {
+    m_cancelled = true;
+    QDialog::reject();
+}
+
+} // namespace workbench

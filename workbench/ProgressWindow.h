@@ -1,0 +1,38 @@
+// Says what is being done while files are opened, once that has taken half a second.
+#pragma once
+
+#include <QDialog>
+#include <QElapsedTimer>
+
+class QLabel;
+class QProgressBar;
+
+namespace workbench {
+
+class ProgressWindow : public QDialog {
+    Q_OBJECT
+public:
+    ProgressWindow();
+    ~ProgressWindow() override;
+
+    /// The line above the bar.
+    void setTitleLine(const QString& text);
+    /// The line below the bar, and how far the work is (0 to 1; negative: not known). Repaints and
+    /// takes a press of "Cancel", though not more often than a user would see.
+    void setStage(const QString& text, double fraction);
+
+    bool wasCancelled() const { return m_cancelled; }
+
+public slots:
+    /// Cancels; also what closing the window and Escape do.
+    void reject() override;
+
+private:
+    QLabel* m_title;
+    QProgressBar* m_bar;
+    QLabel* m_stage;
+    QElapsedTimer m_sinceRepaint;
+    bool m_cancelled = false;
+};
+
+} // namespace workbench
