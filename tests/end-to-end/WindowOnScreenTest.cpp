@@ -1,0 +1,149 @@
+#include "Program.h"
+#include "TestSupport.h"
+#include "VirtualScreen.h"
+
+#include <QDeadlineTimer>
+
+#include <memory>
+
+using namespace end_to_end;
+
+namespace {
+
+const QString editor = "Structure Editor";
+const QString progressTitle = "Opening files";
+
+/// Places in the Structure Editor's window, which opens 400 wide and 600 high.
+constexpr QPoint firstEntry{20, 27};
+constexpr QPoint fileMenu{15, 10};
+constexpr QRect treeRows{200, 60, 200, 60};
+constexpr QRect entry{2, 20, 60, 14};
+constexpr QRect lastOfManyEntries = entry.translated(0, 7 * 14);
+
+/// Whether nothing is drawn there but the background.
+bool isEmpty(const QImage& part) {
+    QImage background(part.size(), part.format());
+    background.fill(part.pixelColor(0, 0));
+    return part == background;
+}
+
+} // namespace
+
+/// The program on a screen of its own, driven by mouse and keyboard like a user's.
+class WindowOnScreenTest : public test_support::TestCase {
+    Q_OBJECT
+
+    std::unique_ptr<VirtualScreen> m_screen;
+
+    /// A file that is open at once, and as much of large ones that it takes a while.
+    static QStringList manyFiles() {
+        return QStringList(structure("1ubq.pdb")) + QStringList(7, structure("6zu5.cif"));
+    }
+
+    /// Waits for the Structure Editor's window, until something is drawn in it.
+    qint64 waitForEditor(Program& program) {
+        const qint64 window = m_screen->waitForWindow(editor, program);
+        const QDeadlineTimer deadline(60'000);
+        while (window && isEmpty(m_screen->picture(window).copy(entry))) {
+            if (deadline.hasExpired())
+                return 0;
+        }
+        return window;
+    }
+
+    /// Waits until a part of the window looks different; returns how it looks then, null if it
+    /// never does.
+    QImage changedPart(qint64 window, QRect part, const QImage& before) {
+        const QDeadlineTimer deadline(60'000);
+        while (!deadline.hasExpired()) {
+            const QImage now = m_screen->picture(window).copy(part);
+            if (now != before)
+                return now;
+        }
+        return {};
+    }
+
+private slots:
+    void initTestCase() { m_screen = std::make_unique<VirtualScreen>(); }
+    void cleanupTestCase() { m_screen.reset(); }
+
+    void aRealFileIsShownClickedAndClosed() {
+        Program program;
+        m_screen->show(program);
+        program.start({structure("1ubq.pdb")});
+        const qint64 window = waitForEditor(program);
+        QVERIFY(window);
+
+        // The tree is empty until its entry in the list is clicked.
+        const QImage empty = m_screen->picture(window).copy(treeRows);
+        QVERIFY(!empty.isNull());
+        m_screen->click(window, firstEntry);
+        QVERIFY(!changedPart(window, treeRows, empty).isNull());
+
+        // A right click on the entry hides the item, another one shows it again.
+        const QImage shown = m_screen->picture(window).copy(entry);
+        m_screen->click(window, firstEntry, Qt::RightButton);
+        const QImage hidden = changedPart(window, entry, shown);
+        QVERIFY(!hidden.isNull());
+        // Elsewhere in between, or the two would be one double click.
+        m_screen->click(window, treeRows.bottomRight());
+        m_screen->click(window, firstEntry, Qt::RightButton);
+        QCOMPARE(changedPart(window, entry, hidden), shown);
+
+        // "File" / "Exit", the only entry of the menu.
+        m_screen->click(window, fileMenu);
+        m_screen->key("Down");
+        m_screen->key("Return");
+        const Ended ended = program.finish();
+        QVERIFY(ended.normally);
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.output, QStringList());
+        QCOMPARE(ended.errors, QStringList());
+    }
+
+    void whatTakesLongToOpenShowsItsProgressBeforeTheWindow() {
+        Program program;
+        m_screen->show(program);
+        program.start(manyFiles());
+        QVERIFY(m_screen->waitForWindow(progressTitle, program));
+        QCOMPARE(m_screen->findWindow(editor), 0);
+        const qint64 window = waitForEditor(program);
+        QVERIFY(window);
+        QCOMPARE(m_screen->findWindow(progressTitle), 0);
+        QVERIFY(!isEmpty(m_screen->picture(window).copy(lastOfManyEntries)));
+        program.terminate();
+        QCOMPARE(program.finish().status, 0);
+    }
+
+    void whatWasOpenedBeforeACancelIsShown() {
+        Program program;
+        m_screen->show(program);
+        program.start(manyFiles());
+        const qint64 progress = m_screen->waitForWindow(progressTitle, program);
+        QVERIFY(progress);
+        m_screen->key("Escape", progress);
+        const qint64 window = waitForEditor(program);
+        QVERIFY(window);
+        QVERIFY(isEmpty(m_screen->picture(window).copy(lastOfManyEntries)));
+        program.terminate();
+        const Ended ended = program.finish();
+        QVERIFY(ended.normally);
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.errors, QStringList(structure("6zu5.cif") + ": opening was cancelled"));
+    }
+
+    void theEndOfTheSessionEndsTheProgramInOrder() {
+        Program program;
+        m_screen->show(program);
+        program.start({structure("1ubq.pdb")});
+        QVERIFY(waitForEditor(program));
+        program.terminate();
+        const Ended ended = program.finish();
+        QVERIFY(ended.normally);
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.errors, QStringList());
+    }
+};
+
+REGISTER_TEST(WindowOnScreenTest)
+#include "WindowOnScreenTest.moc"

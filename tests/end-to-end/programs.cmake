@@ -1,0 +1,14 @@
+# The programs and folders that the end-to-end tests start and look into.
+add_dependencies(test-end-to-end workbench Vuxo
+  test-plugin-LacksIsDone test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
+  test-plugin-ThrowsExecute0)
+foreach(library Core Gui Widgets)
+  list(APPEND qt_includes $<TARGET_PROPERTY:Qt6::${library},INTERFACE_INCLUDE_DIRECTORIES>)
+endforeach()
+target_compile_definitions(test-end-to-end PRIVATE
+  WORKBENCH="$<TARGET_FILE:workbench>" WORKBENCH_VERSION="${PROJECT_VERSION}"
+  TEST_PLUGINS="${TEST_PLUGINS}" CMAKE="${CMAKE_COMMAND}" BUILD_DIR="${CMAKE_BINARY_DIR}"
+  INSTALL_BIN="${CMAKE_INSTALL_BINDIR}" INSTALL_LIB="${INSTALL_LIB}"
+  INSTALL_DATA="${INSTALL_DATA}" INSTALL_INCLUDE="${INSTALL_INCLUDE}" INSTALL_DOC="${INSTALL_DOC}"
+  COMPILER="${CMAKE_CXX_COMPILER}"
+  QT_INCLUDES="$<JOIN:$<FILTER:${qt_includes},EXCLUDE,^/usr/include$>,:>")
