@@ -36,7 +36,6 @@ private:
 /// What building a model counts as.
 std::size_t workOf(const ModelTable& model);
 /// Builds the items of one model: an entry called `name` with its chains, their groups and bonds.
-/// The model's atoms are freed on the way.
 DetachedItem buildModel(ModelTable model, const StructureTable& structure, const std::string& name,
                         ProgressCounter& progress);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <new>
 #include <system_error>
 
@@ -150,6 +151,11 @@ void Bytes::resize(std::size_t size) {
     (void)m_data.release();
     m_data.reset(static_cast<char*>(block));
     m_size = size;
+}
+
+void Bytes::removeFront(std::size_t count) {
+    std::memmove(data(), data() + count, m_size - count);
+    resize(m_size - count);
 }
 
 Bytes readFile(const FileReport& report) {

@@ -17,6 +17,7 @@ public:
     std::string_view text() const { return {data(), m_size}; }
     /// Changes the size; new bytes have no value yet. Throws std::bad_alloc.
     void resize(std::size_t size);
+    void removeFront(std::size_t count);
 
 private:
     struct Free {

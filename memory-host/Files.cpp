@@ -87,6 +87,12 @@ void checkText(std::string_view text, const FileName& name, const FileReport& re
                   acceptedFiles());
 }
 
+bool hasAtomRecords(std::string_view text) {
+    return text.starts_with("ATOM  ") || text.starts_with("HETATM") ||
+           text.find("\nATOM  ") != std::string_view::npos ||
+           text.find("\nHETATM") != std::string_view::npos;
+}
+
 void parseInto(ParsedFile& file) {
     const FileName name(file.report.path());
     Bytes bytes = readFile(file.report);
@@ -95,19 +101,16 @@ void parseInto(ParsedFile& file) {
         file.grid = readMap(std::move(bytes), file.report);
         return;
     }
-    std::string_view text = bytes.text();
-    checkText(text, name, file.report);
+    checkText(bytes.text(), name, file.report);
     // Some editors put a mark for the encoding in front.
-    if (text.starts_with("\xef\xbb\xbf"))
-        text.remove_prefix(3);
+    if (bytes.text().starts_with("\xef\xbb\xbf"))
+        bytes.removeFront(3);
     // The text tells its format; its name only where the text does not, so that the message fits.
-    const bool hasAtoms = text.starts_with("ATOM  ") || text.starts_with("HETATM") ||
-                          text.find("\nATOM  ") != std::string_view::npos ||
-                          text.find("\nHETATM") != std::string_view::npos;
-    if (looksLikeMmcif(text) || (name.kind == NamedKind::Mmcif && !hasAtoms))
-        file.structures = readMmcif(text, name.stem, file.report);
+    if (looksLikeMmcif(bytes.text()) ||
+        (name.kind == NamedKind::Mmcif && !hasAtomRecords(bytes.text())))
+        file.structures = readMmcif(std::move(bytes), name.stem, file.report);
     else
-        file.structures.push_back(readPdb(text, name.stem, file.report));
+        file.structures.push_back(readPdb(std::move(bytes), name.stem, file.report));
 }
 
 // Runs what reads or builds; whatever goes wrong is one line about the file.

@@ -84,8 +84,8 @@ std::string_view contentOf(std::string_view value) {
 // Turns values in the order of the file into atoms.
 class MmcifReader {
 public:
-    MmcifReader(std::string_view text, std::string stem, FileReport& report)
-        : m_text(text), m_stem(std::move(stem)), m_report(report) {}
+    MmcifReader(Bytes bytes, std::string stem, FileReport& report)
+        : m_bytes(std::move(bytes)), m_stem(std::move(stem)), m_report(report) {}
 
     std::vector<StructureTable> read();
 
@@ -111,9 +111,11 @@ private:
     void takeRow(const Row& row, std::size_t line);
     void readPosition(const Row& values, std::size_t line, AtomRow& row);
     void readTemperature(const Row& values, std::size_t line, AtomRow& row);
+    void parse();
+    void takePairs();
     void finishBlock();
 
-    std::string_view m_text;
+    Bytes m_bytes;
     std::string m_stem;
     FileReport& m_report;
     std::vector<StructureTable> m_structures;
@@ -197,20 +199,27 @@ template <> struct Pick<rules::loop> {
     static void apply0(MmcifReader& reader) { reader.endLoop(); }
 };
 
-std::vector<StructureTable> MmcifReader::read() {
-    pegtl::memory_input<> in(m_text.data(), m_text.size(), "");
+void MmcifReader::parse() {
+    const std::string_view text = m_bytes.text();
+    pegtl::memory_input<> in(text.data(), text.size(), "");
     try {
         pegtl::parse<rules::file, Pick, gemmi::cif::Errors>(in, *this);
     } catch (const pegtl::parse_error& error) {
         const auto& place = error.positions().front();
-        const std::size_t at = place.byte;
-        const bool isForeign = at < m_text.size() && static_cast<unsigned char>(m_text[at]) >= 0x80;
+        const bool isForeign =
+            place.byte < text.size() && static_cast<unsigned char>(text[place.byte]) >= 0x80;
         m_report.refuse(place.line,
                         "is no valid mmCIF: " +
                             (isForeign ? std::string("a byte outside of ASCII without quotes")
                                        : std::string(error.message())),
                         acceptedSyntax);
     }
+    takePairs();
+}
+
+std::vector<StructureTable> MmcifReader::read() {
+    parse();
+    m_bytes = {};
     finishBlock();
     if (m_structures.empty())
         m_report.refuse(0,
@@ -225,15 +234,12 @@ std::vector<StructureTable> MmcifReader::read() {
 }
 
 void MmcifReader::startBlock(std::string_view name) {
+    takePairs();
     finishBlock();
     m_blockName = name;
 }
 
 void MmcifReader::finishBlock() {
-    if (m_hasPairs) {
-        checkColumns(m_pairRow, m_pairLine);
-        takeRow(m_pairRow, m_pairLine);
-    }
     if (m_builder) {
         std::string name = asLatin1Component(m_entryName.empty() ? m_blockName : m_entryName);
         std::ranges::transform(name, name.begin(), lowerCase);
@@ -242,6 +248,13 @@ void MmcifReader::finishBlock() {
     m_builder.reset();
     m_entryName.clear();
     m_isInFrame = false;
+}
+
+void MmcifReader::takePairs() {
+    if (m_hasPairs) {
+        checkColumns(m_pairRow, m_pairLine);
+        takeRow(m_pairRow, m_pairLine);
+    }
     m_hasPairs = false;
     m_pairRow = {};
 }
@@ -300,7 +313,7 @@ void MmcifReader::endLoop() {
                             " of " + std::to_string(m_columns.size()) +
                             " values: the file is cut or damaged",
                         acceptedSyntax);
-    if (m_isAtomLoop && m_lastEnd == m_text.data() + m_text.size())
+    if (m_isAtomLoop && m_lastEnd == m_bytes.data() + m_bytes.size())
         m_report.remark(FileReport::Kind::Cut, m_lastLine,
                         "the last row of the atoms has no line end: the file may have been cut");
 }
@@ -422,9 +435,8 @@ bool looksLikeMmcif(std::string_view text) {
     return startsWith(text.substr(at), "data_");
 }
 
-std::vector<StructureTable> readMmcif(std::string_view text, const std::string& stem,
-                                      FileReport& report) {
-    return MmcifReader(text, stem, report).read();
+std::vector<StructureTable> readMmcif(Bytes bytes, const std::string& stem, FileReport& report) {
+    return MmcifReader(std::move(bytes), stem, report).read();
 }
 
 } // namespace memory_host

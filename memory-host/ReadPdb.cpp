@@ -47,12 +47,13 @@ bool isAtomRecord(std::string_view line) {
 
 class PdbReader {
 public:
-    PdbReader(std::string_view text, FileReport& report)
-        : m_text(text), m_report(report), m_builder(report) {}
+    PdbReader(Bytes bytes, FileReport& report)
+        : m_bytes(std::move(bytes)), m_report(report), m_builder(report) {}
 
     StructureTable read(const std::string& stem);
 
 private:
+    void readLines();
     void readLine(std::string_view line);
     void readAtom(std::string_view line);
     void readPosition(std::string_view line, AtomRow& row);
@@ -60,7 +61,7 @@ private:
     void checkEnd(std::string_view line) const;
     std::string_view residueNumber(std::string_view text);
 
-    std::string_view m_text;
+    Bytes m_bytes;
     FileReport& m_report;
     TableBuilder m_builder;
     std::size_t m_line = 0;
@@ -76,19 +77,8 @@ private:
 };
 
 StructureTable PdbReader::read(const std::string& stem) {
-    // Line ends of old systems are carriage returns alone.
-    const char end = m_text.find('\n') == std::string_view::npos ? '\r' : '\n';
-    for (std::size_t from = 0; from < m_text.size();) {
-        ++m_line;
-        const std::size_t to = m_text.find(end, from);
-        std::string_view line = m_text.substr(from, to - from);
-        if (!line.empty() && line.back() == '\r')
-            line.remove_suffix(1);
-        if (to == std::string_view::npos)
-            checkEnd(line);
-        readLine(line);
-        from = to == std::string_view::npos ? m_text.size() : to + 1;
-    }
+    readLines();
+    m_bytes = {};
     if (m_builder.atomCount() == 0)
         m_report.refuse(0, "is no structure: it has no ATOM or HETATM record", acceptedFiles());
     if (m_positions == 0 && m_firstBadLine != 0)
@@ -98,6 +88,23 @@ StructureTable PdbReader::read(const std::string& stem) {
         m_report.remark(FileReport::Kind::Cut, m_modelLine,
                         "this model has no ENDMDL record: the file may have been cut");
     return m_builder.finish(m_identifier.empty() ? stem : m_identifier);
+}
+
+void PdbReader::readLines() {
+    const std::string_view text = m_bytes.text();
+    // Line ends of old systems are carriage returns alone.
+    const char end = text.find('\n') == std::string_view::npos ? '\r' : '\n';
+    for (std::size_t from = 0; from < text.size();) {
+        ++m_line;
+        const std::size_t to = text.find(end, from);
+        std::string_view line = text.substr(from, to - from);
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        if (to == std::string_view::npos)
+            checkEnd(line);
+        readLine(line);
+        from = to == std::string_view::npos ? text.size() : to + 1;
+    }
 }
 
 // The last line has no line end. It may still be whole; but a file that was cut must not pass for
@@ -230,8 +237,8 @@ std::string_view PdbReader::residueNumber(std::string_view text) {
 
 } // namespace
 
-StructureTable readPdb(std::string_view text, const std::string& stem, FileReport& report) {
-    return PdbReader(text, report).read(stem);
+StructureTable readPdb(Bytes bytes, const std::string& stem, FileReport& report) {
+    return PdbReader(std::move(bytes), report).read(stem);
 }
 
 } // namespace memory_host

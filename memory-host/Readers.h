@@ -1,4 +1,5 @@
-// The readers of the file formats: from bytes to plain tables. They touch no data space.
+// The readers of the file formats: from bytes to plain tables. They touch no data space,
+// and free the bytes as soon as they have what they need.
 #pragma once
 
 #include "AtomTable.h"
@@ -14,12 +15,10 @@ bool looksLikeMmcif(std::string_view text);
 
 /// Reads the coordinates of a PDB file: one entry, called `stem` if it has no identifier. A model
 /// ends with ENDMDL or END, and what follows is another one.
-StructureTable readPdb(std::string_view text, const std::string& stem, FileReport& report);
+StructureTable readPdb(Bytes bytes, const std::string& stem, FileReport& report);
 /// Reads the _atom_site categories of an mmCIF file: an entry for each data block that has one.
-std::vector<StructureTable> readMmcif(std::string_view text, const std::string& stem,
-                                      FileReport& report);
+std::vector<StructureTable> readMmcif(Bytes bytes, const std::string& stem, FileReport& report);
 /// Reads a CCP4/MRC map in the extent that the file stores, of any axis order, cell and byte order.
-/// Leaves nothing of use in `bytes`.
 GridRecord readMap(Bytes bytes, FileReport& report);
 
 } // namespace memory_host
