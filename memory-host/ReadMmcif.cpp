@@ -96,7 +96,7 @@ public:
     void startLoop();
     void loopTag(std::string_view tag);
     void loopValue(std::string_view value, std::size_t line);
-    void endLoop();
+    void endLoop(const char* end);
     void missingValue(std::size_t line) const {
         m_report.refuse(line, "a tag has no value", acceptedSyntax);
     }
@@ -112,6 +112,7 @@ private:
     void readPosition(const Row& values, std::size_t line, AtomRow& row);
     void readTemperature(const Row& values, std::size_t line, AtomRow& row);
     void parse();
+    void refuseForeignWord(std::size_t at, std::size_t line) const;
     void takePairs();
     void finishBlock();
 
@@ -196,8 +197,21 @@ template <> struct Pick<rules::loop_value> {
     }
 };
 template <> struct Pick<rules::loop> {
-    static void apply0(MmcifReader& reader) { reader.endLoop(); }
+    template <class Input> static void apply(const Input& in, MmcifReader& reader) {
+        reader.endLoop(in.end());
+    }
 };
+
+// The parser stops before a word that cannot be, and does not say what is wrong with it.
+void MmcifReader::refuseForeignWord(std::size_t at, std::size_t line) const {
+    std::string_view word = m_bytes.text().substr(std::min(at, m_bytes.size()));
+    word = word.substr(0, word.find_first_of(" \t\r\n"));
+    if (std::ranges::any_of(word, [](char c) { return static_cast<unsigned char>(c) >= 0x80; }))
+        m_report.refuse(line,
+                        "is no valid mmCIF: the word " + inQuotes(word) +
+                            " has bytes outside of ASCII, and stands in no quotes",
+                        acceptedSyntax);
+}
 
 void MmcifReader::parse() {
     const std::string_view text = m_bytes.text();
@@ -206,12 +220,8 @@ void MmcifReader::parse() {
         pegtl::parse<rules::file, Pick, gemmi::cif::Errors>(in, *this);
     } catch (const pegtl::parse_error& error) {
         const auto& place = error.positions().front();
-        const bool isForeign =
-            place.byte < text.size() && static_cast<unsigned char>(text[place.byte]) >= 0x80;
-        m_report.refuse(place.line,
-                        "is no valid mmCIF: " +
-                            (isForeign ? std::string("a byte outside of ASCII without quotes")
-                                       : std::string(error.message())),
+        refuseForeignWord(place.byte, place.line);
+        m_report.refuse(place.line, "is no valid mmCIF: " + std::string(error.message()),
                         acceptedSyntax);
     }
     takePairs();
@@ -306,13 +316,15 @@ void MmcifReader::loopValue(std::string_view value, std::size_t line) {
     takeRow(m_row, m_rowLine);
 }
 
-void MmcifReader::endLoop() {
-    if (m_column != 0)
+void MmcifReader::endLoop(const char* end) {
+    if (m_column != 0) {
+        refuseForeignWord(static_cast<std::size_t>(end - m_bytes.data()), m_lastLine);
         m_report.refuse(m_lastLine,
                         "a loop ends in the middle of a row, after " + std::to_string(m_column) +
                             " of " + std::to_string(m_columns.size()) +
                             " values: the file is cut or damaged",
                         acceptedSyntax);
+    }
     if (m_isAtomLoop && m_lastEnd == m_bytes.data() + m_bytes.size())
         m_report.remark(FileReport::Kind::Cut, m_lastLine,
                         "the last row of the atoms has no line end: the file may have been cut");
