@@ -70,8 +70,21 @@ need() {
         die "apt-get could not install ${missing[*]}"
 }
 
+# Whether a build folder is configured with these options (-DNAME=VALUE) among others.
+is_configured() {
+    local folder=$1 option
+    shift
+    [ -f "$folder/build.ninja" ] || return 1
+    for option; do
+        option=${option#-D}
+        # The cache writes NAME:TYPE=VALUE.
+        grep -qxF -- "$option" <(sed -E 's/^(\w+):[A-Z]+=/\1=/' "$folder/CMakeCache.txt") ||
+            return 1
+    done
+}
+
 # build FOLDER [CMAKE-OPTION...] [-- TARGET...]: builds in a folder of the checkout, which is
-# configured the first time.
+# configured when it is not yet.
 build() {
     local folder=$root/$1 options=() quiet=()
     shift
@@ -80,14 +93,14 @@ build() {
         shift
     done
     [ $# -eq 0 ] || shift
-    if [ ! -f "$folder/build.ninja" ]; then
+    if ! is_configured "$folder" "${options[@]}"; then
         command -v ccache >/dev/null && options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
         say "configuring ${folder#"$root"/}"
-        cmake -G Ninja -S "$root" -B "$folder" "${options[@]}" >"$folder.log" 2>&1 || {
-            cat "$folder.log" >&2
+        mkdir -p "$folder"
+        cmake -G Ninja -S "$root" -B "$folder" "${options[@]}" >"$folder/configure.log" 2>&1 || {
+            cat "$folder/configure.log" >&2
             die "configuring failed"
         }
-        mv "$folder.log" "$folder/configure.log"
     fi
     [ -t 2 ] || quiet=(--quiet)
     say "building in ${folder#"$root"/}"
