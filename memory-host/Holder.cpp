@@ -16,10 +16,6 @@ HostItem::HostItem(memory_host::Kind ofKind, std::uint32_t nameNumber)
     color = memory_host::defaultColor(*this).rgba();
 }
 
-memory_host::Holder& HostItem::asHolder() {
-    return static_cast<memory_host::Holder&>(*this);
-}
-
 } // namespace TAVIK
 
 namespace memory_host {

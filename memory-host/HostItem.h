@@ -231,3 +231,7 @@ void settleModel(Holder* residue);
 Color defaultColor(const HostItem& item);
 
 } // namespace memory_host
+
+inline memory_host::Holder& TAVIK::HostItem::asHolder() {
+    return static_cast<memory_host::Holder&>(*this);
+}
