@@ -40,10 +40,12 @@ void TAVIK::Compound::ShowMenu() {
     menu.setObjectName(QStringLiteral("ItemMenu"));
     menu.addAction(menuTitle(*this))->setEnabled(false);
     menu.addSeparator();
-    const QAction* show =
-        menu.addAction(IsVisible() ? QStringLiteral("Hide") : QStringLiteral("Show"));
+    // What the texts say is done, also when others change the item while the menu is open.
+    const bool visible = IsVisible();
+    const bool selected = IsSelected();
+    const QAction* show = menu.addAction(visible ? QStringLiteral("Hide") : QStringLiteral("Show"));
     const QAction* select =
-        menu.addAction(IsSelected() ? QStringLiteral("Unselect") : QStringLiteral("Select"));
+        menu.addAction(selected ? QStringLiteral("Unselect") : QStringLiteral("Select"));
     const QAction* color = menu.addAction(QStringLiteral("Default color"));
     const QAction* chosen = menu.exec(QCursor::pos());
     if (!chosen || !menu.m_itemIsSafe)
@@ -54,9 +56,9 @@ void TAVIK::Compound::ShowMenu() {
         return;
     }
     if (chosen == show)
-        ToggleVisible();
+        SetVisible(!visible);
     else if (chosen == select)
-        ToggleSelected();
+        SetSelected(!selected);
     else if (chosen == color)
         RestoreColor();
 }
