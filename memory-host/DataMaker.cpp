@@ -173,6 +173,8 @@ void setAtom(Compound* item, const AtomRecord& values) {
     auto* const atom = dynamic_cast<AtomItem*>(item);
     if (!atom)
         return;
+    // What can fail comes before the first change.
+    internName(values.type);
     Holder* const residue = leaveModels(*atom);
     atom->setValues(values);
     HostItem::of(atom).set(HostItem::OtherModel, false);

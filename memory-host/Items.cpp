@@ -109,13 +109,14 @@ void AtomItem::updateShown() {
 }
 
 void AtomItem::setValues(const AtomRecord& values) {
+    // What can fail comes before the first change.
+    m_record.type = internName(values.type);
     for (const std::size_t axis : {0, 1, 2})
         m_position[axis] = values.position[axis];
     m_record.set(HostItem::HasPosition, values.position.isValid());
     m_temperature = values.temperature;
     m_record.model = static_cast<std::uint16_t>(
         std::min<unsigned int>(values.model, std::numeric_limits<std::uint16_t>::max()));
-    m_record.type = internName(values.type);
     m_record.color = defaultColor(m_record).rgba();
 }
 

@@ -10,12 +10,13 @@ namespace {
 constexpr int unlimited = std::numeric_limits<int>::max();
 
 std::atomic<bool> armed = false;
+std::atomic<std::size_t> smallestBlock = 0;
 std::atomic<int> left = 0;
 std::atomic<int> toRefuse = 0;
 std::atomic<int> refused = 0;
 
 bool isRefused(std::size_t size) {
-    if (!armed || size < FailingMemory::largeBlock)
+    if (!armed || size < smallestBlock)
         return false;
     if (left > 0) {
         --left;
@@ -31,7 +32,8 @@ bool isRefused(std::size_t size) {
 
 } // namespace
 
-FailingMemory::FailingMemory(int granted, int refuse) {
+FailingMemory::FailingMemory(int granted, int refuse, std::size_t smallest) {
+    smallestBlock = smallest;
     left = granted;
     toRefuse = refuse;
     refused = 0;
