@@ -99,6 +99,21 @@ private slots:
         QCOMPARE(ended.errors.filter(file).size(), 1);
     }
 
+    void anEventHandlerThatThrowsIsOneLineAndTheProgramGoesOn() {
+        placeTestPlugin("FaultyWindow", "Edit/libVuxo.so.0");
+        Program program;
+        // It closes its window after the faults; the help window that it opened does not hold the
+        // program open.
+        const Ended ended = program.run({"--plugins", m_folder->path(), structure("1ubq.pdb")});
+        QVERIFY(ended.normally);
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.errors.size(), 2);
+        QVERIFY2(ended.errors.at(0).endsWith("failed: the first fault"),
+                 qPrintable(ended.errors.at(0)));
+        QVERIFY2(ended.errors.at(1).endsWith("failed: an unknown exception"),
+                 qPrintable(ended.errors.at(1)));
+    }
+
     void aFolderWithoutTheStructureEditorIsOneLineAndStatus1() {
         pathOf("Edit/nothing");
         Program program;

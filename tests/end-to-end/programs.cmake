@@ -1,5 +1,9 @@
 # The programs and folders that the end-to-end tests start and look into.
-add_dependencies(test-end-to-end workbench Vuxo
+add_library(test-plugin-FaultyWindow MODULE end-to-end/plugins/FaultyWindow.cpp)
+target_link_libraries(test-plugin-FaultyWindow PRIVATE plugin-frame)
+set_target_properties(test-plugin-FaultyWindow PROPERTIES
+  OUTPUT_NAME FaultyWindow LIBRARY_OUTPUT_DIRECTORY ${TEST_PLUGINS})
+add_dependencies(test-end-to-end workbench Vuxo test-plugin-FaultyWindow
   test-plugin-LacksIsDone test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
   test-plugin-ThrowsExecute0)
 foreach(library Core Gui Widgets)
