@@ -12,7 +12,6 @@
 #include <QPointer>
 #include <QtGlobal>
 
-#include <source_location>
 #include <string>
 #include <type_traits>
 
@@ -147,35 +146,38 @@ private:
     void MakeContour(bool high);
     void makeAtLevel(const QString& label, const char* command, const char* argument);
     template <class Command>
-    void tellPlugin(Command command, std::source_location where = std::source_location::current());
+    void tellPlugin(Command command, const char* name = __builtin_FUNCTION());
     template <class T> void killShown();
     template <class T> friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag);
     void applyPattern(bool all, bool (*predicate)(TAVIK::Compound*, const QRegExp&));
 
-    /// The order of every command that changes data, in one place: finds nothing to do without an
-    /// `item`; takes the guard; a refused one is said and changes nothing; else changes the data by
-    /// `apply(item)` and shows the change, before the guard ends and the host tells the others. An
-    /// `apply` that returns false leaves the window as it is.
+    /// A command that changes data: withGuard(), with exceptions ending here as attempt() says.
     template <template <class> class Guard, class Item, class Apply>
     void change(Item* item, Apply apply, Refusal refusal = Refusal::Report,
-                std::source_location where = std::source_location::current()) {
+                const char* command = __builtin_FUNCTION()) {
+        attempt([&] { withGuard<Guard>(item, apply, refusal); }, command);
+    }
+
+    /// The order of every change of data, in one place: finds nothing to do without an `item`;
+    /// takes the guard; a refused one is said and changes nothing; else changes the data by
+    /// `apply(item)` and shows the change, before the guard ends and the host tells the others. An
+    /// `apply` that returns false leaves the window as it is. Exceptions pass: for use inside of
+    /// attempt().
+    template <template <class> class Guard, class Item, class Apply>
+    void withGuard(Item* item, Apply apply, Refusal refusal = Refusal::Report) {
         if (!item)
             return;
-        attempt(
-            [&] {
-                const Guard<Item> guard(this, item);
-                if (!guard.m_good) {
-                    if (refusal == Refusal::Report)
-                        qDebug("%s", "Cannot update CDB!");
-                } else if constexpr (std::is_same_v<decltype(apply(item)), bool>) {
-                    if (apply(item))
-                        showChange(guard);
-                } else {
-                    apply(item);
-                    showChange(guard);
-                }
-            },
-            where);
+        const Guard<Item> guard(this, item);
+        if (!guard.m_good) {
+            if (refusal == Refusal::Report)
+                qDebug("%s", "Cannot update CDB!");
+        } else if constexpr (std::is_same_v<decltype(apply(item)), bool>) {
+            if (apply(item))
+                showChange(guard);
+        } else {
+            apply(item);
+            showChange(guard);
+        }
     }
 
     // What follows a change of each kind. Those who destroy items renew list and tree themselves.
@@ -183,15 +185,15 @@ private:
     template <class T> void showChange(const DataAdder<T>&) { commAdd(); }
     template <class T> void showChange(const DataDelete<T>&) {}
 
-    /// Runs a command, and is where an exception out of one ends: it is logged with the command's
-    /// name, and the window shows the data as they then are. `f` may destroy the window.
-    template <class F>
-    void attempt(F f, std::source_location where = std::source_location::current()) {
+    /// Runs a command, and is where an exception out of one ends: it is logged with the name of the
+    /// command, which is that of the calling function, and the window shows the data as they then
+    /// are. `f` may destroy the window.
+    template <class F> void attempt(F f, const char* command = __builtin_FUNCTION()) {
         const QPointer<Vuxo> window(this);
         try {
             f();
         } catch (...) {
-            commandFailed(window, where.function_name());
+            commandFailed(window, command);
         }
     }
     static void commandFailed(Vuxo* window, const char* command);

@@ -25,7 +25,7 @@ void Vuxo::MakeSet() {
             askText(tr("Set"), tr("Enter name for Set"), QStringLiteral("Set"));
         if (!window || !typed)
             return;
-        change<DataAdder>(shown.inSpace(), [&typed](TAVIK::Compound* root) {
+        withGuard<DataAdder>(shown.inSpace(), [&typed](TAVIK::Compound* root) {
             const std::string name = typed->toLatin1().toStdString();
             std::vector<TAVIK::Compound*> members;
             TAVIK::GetSelected(root, members);
@@ -81,9 +81,9 @@ template <class Value> void send(const Order& order, Value& value) {
 
 // Other plug-ins do the work, and what comes of it arrives as a notification: all that is left to
 // do here is a repaint, whether or not a command was sent.
-template <class Command> void Vuxo::tellPlugin(Command command, std::source_location where) {
+template <class Command> void Vuxo::tellPlugin(Command command, const char* name) {
     const QPointer<Vuxo> window(this);
-    attempt(command, where);
+    attempt(command, name);
     if (window)
         m_Tree->triggerUpdate();
 }

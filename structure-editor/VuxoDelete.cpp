@@ -43,7 +43,7 @@ void Vuxo::KillBranch(TreeItem* Victim) {
             return;
         // Neither the row nor the items are known to exist any more.
         TAVIK::Compound* top = root.among(TAVIK::Space::instance());
-        change<DataDelete>(top ? branch.below(top) : nullptr, [this](TAVIK::Compound* item) {
+        withGuard<DataDelete>(top ? branch.below(top) : nullptr, [this](TAVIK::Compound* item) {
             m_Tree->clear();
             TAVIK::DataMaker::Destroy(item);
             MakeList();

@@ -61,7 +61,7 @@ void Vuxo::SelectedColor() {
         if (!window || !chosen || !chosen->isValid())
             return;
         const Color color(chosen->rgba());
-        change<DataPoint>(rootItem(), [this, &color](TAVIK::Compound*) {
+        withGuard<DataPoint>(rootItem(), [this, &color](TAVIK::Compound*) {
             forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); });
         });
     });

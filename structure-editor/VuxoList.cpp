@@ -96,7 +96,7 @@ void Vuxo::pick(int index) {
 }
 
 void Vuxo::toggleVisible(int index, const std::string& name) {
-    change<DataPoint>(TAVIK::Space::instance(), [index, &name](TAVIK::Space*) {
+    withGuard<DataPoint>(TAVIK::Space::instance(), [index, &name](TAVIK::Space*) {
         TAVIK::Compound* ch = topLevelItem(index);
         checkThat(ch, "ch", source, 453);
         if (!ch)
@@ -119,7 +119,7 @@ void Vuxo::killTopLevel(int index, const std::string& name) {
     const ItemRef asked(clump);
     if (!confirmDelete(clump->GetName()))
         return;
-    change<DataDelete>(
+    withGuard<DataDelete>(
         asked.among(TAVIK::Space::instance()),
         [this](TAVIK::Compound* item) {
             m_Current = -1;

@@ -65,7 +65,7 @@ void Vuxo::SelectHydrogens() {
             tr("Select atoms"), tr("Enter single atom type (e.g. H, O, Cu)"), QStringLiteral("H"));
         if (!window || !type)
             return;
-        change<DataPoint>(TAVIK::Space::instance(), [&type](TAVIK::Compound* space) {
+        withGuard<DataPoint>(TAVIK::Space::instance(), [&type](TAVIK::Compound* space) {
             TAVIK::ForAtoms(space, true, SelectType(type->toLatin1().toStdString()));
         });
     });

@@ -66,8 +66,7 @@ private slots:
             const QStringList log = takeHostLog();
             QCOMPARE(log.size(), failed ? 1 : 0);
             if (failed) {
-                QVERIFY2(log.front().startsWith("Structure Editor: "), qPrintable(log.front()));
-                QVERIFY2(log.front().endsWith(" failed: std::bad_alloc"), qPrintable(log.front()));
+                QCOMPARE(log.front(), "Structure Editor: ListEvent failed: std::bad_alloc");
                 toldThoughItFailed = toldThoughItFailed || other.updates == 1;
             }
             QVERIFY(changesAreGranted());
@@ -94,9 +93,8 @@ private slots:
             const FailingMemory memory(0, 1);
             clickRow(*m_window, {"1abc", "A"});
         }
-        const QStringList log = takeHostLog();
-        QCOMPARE(log.size(), 1);
-        QVERIFY2(log.front().contains("SelectionChanged"), qPrintable(log.front()));
+        QCOMPARE(takeHostLog(),
+                 QStringList("Structure Editor: SelectionChanged failed: std::bad_alloc"));
         QCOMPARE(other.updates, 1);
         QVERIFY(itemAt(entry, {"A"})->IsSelected());
         QVERIFY(isMarked(*m_window, {"1abc", "A", "Groups", "HOH 2"}));
@@ -114,9 +112,10 @@ private slots:
             clickRow(*m_window, {"1abc", "A"});
             QVERIFY(FailingMemory::refusals() > 1);
         }
-        const QStringList log = takeHostLog();
-        QCOMPARE(log.size(), 2);
-        QVERIFY2(log.back().contains("could not be refreshed"), qPrintable(log.back()));
+        QCOMPARE(takeHostLog(),
+                 QStringList({"Structure Editor: SelectionChanged failed: std::bad_alloc",
+                              "Structure Editor: SelectionChanged failed: the window could not be "
+                              "refreshed either: std::bad_alloc"}));
         QVERIFY(itemAt(entry, {"A"})->IsSelected());
         QVERIFY(rows(*m_window).isEmpty());
         QVERIFY(changesAreGranted());

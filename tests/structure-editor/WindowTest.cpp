@@ -10,17 +10,15 @@
 #include "WindowTools.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QFile>
 #include <QLayout>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaMethod>
-#include <QPushButton>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <QTranslator>
 
 #include <memory>
 
@@ -82,6 +80,25 @@ private slots:
         QCOMPARE(meta.method(branch).parameterNames(), QByteArrayList({"Victim"}));
         QCOMPARE(meta.method(branch).access(), QMetaMethod::Private);
         QCOMPARE(meta.method(event).access(), QMetaMethod::Public);
+    }
+
+    void itsTextsAreTranslatedInItsOwnContext() {
+        class Recorder : public QTranslator {
+        public:
+            bool isEmpty() const override { return false; }
+            QString translate(const char* context, const char* text, const char*,
+                              int) const override {
+                asked << QString::fromLatin1(context) + u':' + QString::fromLatin1(text);
+                return {};
+            }
+            mutable QStringList asked;
+        } recorder;
+        QCoreApplication::installTranslator(&recorder);
+        build();
+        QCoreApplication::removeTranslator(&recorder);
+        for (const char* text :
+             {"Structure Editor", "Structure", "Select", "&File", "Exit", "Current tree only"})
+            QVERIFY2(recorder.asked.contains(QString("Vuxo:%1").arg(text)), text);
     }
 
     void theHelpPageIsTheSettings() {
