@@ -1,3 +1,4 @@
+// Files that cannot be opened: each gets one line that says why.
 #include "FileTesting.h"
 #include "Space.h"
 #include "TestSupport.h"
@@ -237,7 +238,7 @@ private slots:
         QTest::newRow("a tag alone") << whole + "_x\n_y 1\n"
                                      << ":19: a tag has no value";
         QTest::newRow("words without a tag")
-            << "data_x\nabc def\n" + whole << ":2: is no valid mmCIF: parse error";
+            << "data_x\nabc def\n" + whole << ":2: is no valid mmCIF: \"abc\" cannot stand here";
         QTest::newRow("a byte beyond ASCII")
             << QByteArray(whole).replace("CA C", "C\xe4 C")
             << QString::fromLatin1(
@@ -252,11 +253,11 @@ private slots:
 
     void mmcifCutInTheMiddleOfARow() {
         const QByteArray whole = mmcif({"N N . ALA A 1 ? 1 2 3 1", "CA C . ALA A 1 ? 2 2 3 1"});
-        QCOMPARE(
-            refused(whole.chopped(8), "bad.cif"),
-            ":16: a loop ends in the middle of a row, after 8 of 11 values: the file is cut or "
-            "damaged" +
-                atomSite);
+        QCOMPARE(refused(whole.chopped(8), "bad.cif"),
+                 ":16: is no valid mmCIF: a loop ends in the middle of a row, after 8 of 11 "
+                 "values: the file is cut or "
+                 "damaged" +
+                     atomSite);
     }
 
     void mmcifWithoutAtoms() {

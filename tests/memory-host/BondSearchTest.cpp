@@ -1,3 +1,4 @@
+// The search for bonds against its definition.
 #include "Bonds.h"
 #include "FileTesting.h"
 #include "TestSupport.h"

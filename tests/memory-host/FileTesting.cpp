@@ -56,6 +56,15 @@ QByteArray line(const PdbAtom& atom) {
     return text + '\n';
 }
 
+QByteArray atomAt(const QByteArray& name, float x, float y, float z) {
+    PdbAtom atom;
+    atom.name = name;
+    atom.x = x;
+    atom.y = y;
+    atom.z = z;
+    return line(atom);
+}
+
 QByteArray mmcif(const QStringList& rows, const QByteArray& block) {
     QByteArray text = "data_" + block + "\n#\nloop_\n";
     for (const char* tag : {"auth_atom_id", "type_symbol", "label_alt_id", "auth_comp_id",

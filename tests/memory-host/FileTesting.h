@@ -47,6 +47,8 @@ struct PdbAtom {
 };
 /// The record's line, with its line end.
 QByteArray line(const PdbAtom& atom);
+/// The line of an atom of ALA 1 in chain A, with its name in four columns.
+QByteArray atomAt(const QByteArray& name, float x, float y = 0.0F, float z = 0.0F);
 /// An mmCIF file of one block with an _atom_site loop of the usual columns; each row gives, in this
 /// order: name, symbol, alternative, residue, chain, number, insertion, x, y, z, model.
 QByteArray mmcif(const QStringList& rows, const QByteArray& block = "test");

@@ -1,3 +1,4 @@
+// CCP4/MRC maps: every mode, byte order, axis order and cell.
 #include "Building.h"
 #include "FileTesting.h"
 #include "Space.h"

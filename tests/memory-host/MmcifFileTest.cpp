@@ -1,3 +1,4 @@
+// mmCIF files: their tags, values and blocks, and real ones atom by atom.
 #include "Building.h"
 #include "FileTesting.h"
 #include "Space.h"

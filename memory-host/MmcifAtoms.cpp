@@ -1,0 +1,159 @@
+#include "MmcifAtoms.h"
+
+#include "ResidueKinds.h"
+
+namespace memory_host::mmcif {
+
+namespace {
+
+constexpr std::array<std::string_view, ColumnCount> columnTags = {
+    "cartn_x",      "cartn_y",       "cartn_z",           "b_iso_or_equiv",
+    "type_symbol",  "label_alt_id",  "pdbx_pdb_ins_code", "pdbx_pdb_model_num",
+    "auth_atom_id", "label_atom_id", "auth_comp_id",      "label_comp_id",
+    "auth_asym_id", "label_asym_id", "auth_seq_id",       "label_seq_id"};
+
+bool isNull(std::string_view value) {
+    return value.empty() || value == "?" || value == ".";
+}
+
+// A number may have its uncertainty in brackets behind it.
+std::optional<float> parsedValue(std::string_view value) {
+    value = contentOf(value);
+    if (value.ends_with(')'))
+        if (const std::size_t bracket = value.find('(');
+            bracket != std::string_view::npos &&
+            std::all_of(value.begin() + bracket + 1, value.end() - 1, isDigit))
+            value = value.substr(0, bracket);
+    return parsedNumber(value);
+}
+
+} // namespace
+
+Column columnOf(std::string_view tag) {
+    tag.remove_prefix(tag.find('.') + 1);
+    const auto found = std::ranges::find_if(columnTags, [tag](std::string_view known) {
+        return known.size() == tag.size() && startsWith(tag, known);
+    });
+    return static_cast<Column>(found - columnTags.begin());
+}
+
+std::string_view contentOf(std::string_view value) {
+    if (isNull(value))
+        return {};
+    if (value.size() < 2)
+        return value;
+    const char quote = value.front();
+    if (quote == '\'' || quote == '"')
+        return value.substr(1, value.size() - 2);
+    if (quote == ';' && value.back() == ';') {
+        value = value.substr(1, value.size() - 2);
+        while (!value.empty() && (value.back() == '\n' || value.back() == '\r'))
+            value.remove_suffix(1);
+    }
+    return value;
+}
+
+void Atoms::checkColumns(const Row& row, std::size_t line) const {
+    // A column that is there has a value in every row.
+    constexpr std::array<std::pair<Column, Column>, 6> needed = {
+        std::pair(X, X),
+        std::pair(Y, Y),
+        std::pair(Z, Z),
+        std::pair(AuthAtom, LabelAtom),
+        std::pair(AuthResidue, LabelResidue),
+        std::pair(AuthChain, LabelChain)};
+    for (const auto& [column, other] : needed)
+        if (row[column].empty() && row[other].empty())
+            m_report.refuse(line,
+                            "the _atom_site category has no " + std::string(columnTags[other]),
+                            acceptedSyntax);
+}
+
+void Atoms::add(const Row& values, std::size_t line) {
+    const auto authorOrLabel = [&values](Column author, Column label) {
+        return contentOf(isNull(values[author]) ? values[label] : values[author]);
+    };
+    const std::string_view model = contentOf(values[ModelNumber]);
+    if (!m_builder) {
+        m_builder = std::make_unique<TableBuilder>(m_report);
+        m_builder->startModel(model, true);
+    } else if (model != m_model) {
+        m_builder->startModel(model, true);
+    }
+    m_model = model;
+
+    AtomRow row;
+    row.chain = authorOrLabel(AuthChain, LabelChain);
+    row.residue = authorOrLabel(AuthResidue, LabelResidue);
+    row.number = authorOrLabel(AuthNumber, LabelNumber);
+    row.insertion = contentOf(values[Insertion]);
+    row.name = authorOrLabel(AuthAtom, LabelAtom);
+    row.alternative = contentOf(values[Alternative]);
+    const std::string_view symbol = contentOf(values[Symbol]);
+    row.element = symbol.empty()
+                      ? elementOfName(row.name, residueKind(row.residue) != ResidueKind::Other)
+                      : elementOf(symbol);
+    readPosition(values, line, row);
+    readTemperature(values, line, row);
+    m_builder->add(row);
+}
+
+void Atoms::readPosition(const Row& values, std::size_t line, AtomRow& row) {
+    row.hasPosition = true;
+    bool isBlank = true;
+    for (const Column axis : {X, Y, Z}) {
+        const std::optional<float> value = parsedValue(values[axis]);
+        isBlank = isBlank && isNull(values[axis]);
+        row.hasPosition = row.hasPosition && value;
+        row.position[axis] = value.value_or(0.0F);
+    }
+    if (row.hasPosition) {
+        ++m_positions;
+        return;
+    }
+    row.position = {};
+    if (isBlank) {
+        m_report.remark(FileReport::Kind::NoCoordinates, line, [&] {
+            return "the atom " + inQuotes(row.name) +
+                   " has no coordinates; accepted are numbers as Cartn_x, Cartn_y and Cartn_z";
+        });
+        return;
+    }
+    if (m_firstBadLine == 0)
+        m_firstBadLine = line;
+    m_report.remark(FileReport::Kind::Coordinates, line, [&] {
+        std::string text(values[X]);
+        text.append(" ").append(values[Y]).append(" ").append(values[Z]);
+        return "the coordinates " + inQuotes(text) + " of the atom " + inQuotes(row.name) +
+               " are no numbers: it has no position; accepted are numbers as Cartn_x, Cartn_y and "
+               "Cartn_z";
+    });
+}
+
+void Atoms::readTemperature(const Row& values, std::size_t line, AtomRow& row) {
+    const std::string_view text = contentOf(values[Temperature]);
+    if (text.empty())
+        return;
+    const std::optional<float> temperature = parsedValue(text);
+    row.temperature = temperature.value_or(0.0F);
+    if (!temperature)
+        m_report.remark(FileReport::Kind::Temperature, line, [&] {
+            return "the temperature factor " + inQuotes(text) +
+                   " is no number, and was read as 0; accepted are numbers as B_iso_or_equiv";
+        });
+}
+
+void Atoms::finishEntry(std::string name) {
+    if (m_builder)
+        m_structures.push_back(m_builder->finish(std::move(name)));
+    m_builder.reset();
+}
+
+std::vector<StructureTable> Atoms::take() {
+    if (m_positions == 0 && m_firstBadLine != 0)
+        m_report.refuse(m_firstBadLine, "no atom of the file has coordinates that are numbers",
+                        acceptedSyntax);
+    return std::move(m_structures);
+}
+
+} // namespace memory_host::mmcif

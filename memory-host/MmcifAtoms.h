@@ -1,0 +1,80 @@
+// The rows of an _atom_site category of mmCIF, and what they say of atoms.
+#pragma once
+
+#include "FieldText.h"
+#include "TableBuilder.h"
+
+#include <algorithm>
+#include <array>
+
+namespace memory_host::mmcif {
+
+inline const std::string acceptedSyntax = "accepted are mmCIF files with an _atom_site category";
+
+/// What the reader takes of a row.
+enum Column : std::uint8_t {
+    X,
+    Y,
+    Z,
+    Temperature,
+    Symbol,
+    Alternative,
+    Insertion,
+    ModelNumber,
+    AuthAtom,
+    LabelAtom,
+    AuthResidue,
+    LabelResidue,
+    AuthChain,
+    LabelChain,
+    AuthNumber,
+    LabelNumber,
+    ColumnCount,
+    Ignored = ColumnCount
+};
+
+/// The values of a row as they are written, with quotes; empty where there is no such column.
+using Row = std::array<std::string_view, ColumnCount + 1>;
+
+/// In any case of the letters.
+inline bool startsWith(std::string_view text, std::string_view lowerCasePrefix) {
+    return text.size() >= lowerCasePrefix.size() &&
+           std::equal(lowerCasePrefix.begin(), lowerCasePrefix.end(), text.begin(),
+                      [](char a, char b) { return a == lowerCase(b); });
+}
+
+inline bool isAtomTag(std::string_view tag) {
+    return startsWith(tag, "_atom_site.");
+}
+/// The column of a tag for which isAtomTag() holds.
+Column columnOf(std::string_view tag);
+/// The text of a value, without its quotes; empty where the file says that there is none.
+std::string_view contentOf(std::string_view value);
+
+/// Makes tables of rows, an entry for each data block.
+class Atoms {
+public:
+    explicit Atoms(FileReport& report) : m_report(report) {}
+
+    /// Refuses rows that lack what every atom needs.
+    void checkColumns(const Row& row, std::size_t line) const;
+    void add(const Row& values, std::size_t line);
+    bool isEntryEmpty() const { return !m_builder; }
+    /// Ends the entry that the last rows belong to.
+    void finishEntry(std::string name);
+    /// The entries; refuses files whose atoms have no coordinates that are numbers.
+    std::vector<StructureTable> take();
+
+private:
+    void readPosition(const Row& values, std::size_t line, AtomRow& row);
+    void readTemperature(const Row& values, std::size_t line, AtomRow& row);
+
+    FileReport& m_report;
+    std::vector<StructureTable> m_structures;
+    std::unique_ptr<TableBuilder> m_builder;
+    std::string_view m_model; ///< number of the model that the last atom belongs to
+    std::size_t m_firstBadLine = 0;
+    std::size_t m_positions = 0; ///< number of atoms that have one
+};
+
+} // namespace memory_host::mmcif
