@@ -85,8 +85,7 @@ private:
     bool openByKey(TreeItem* row, int key);
     TreeItem* rowByKey(TreeItem* row, int key) const;
     TreeItem* lastShown() const;
-    TreeItem* pageDown(TreeItem* row) const;
-    TreeItem* pageUp(TreeItem* row) const;
+    TreeItem* page(TreeItem* row, bool down) const;
     void moveTo(TreeItem* row, Qt::KeyboardModifiers modifiers);
     void tellSelection();
 

@@ -82,9 +82,9 @@ TreeItem* TreeView::rowByKey(TreeItem* row, int key) const {
     case Qt::Key_End:
         return lastShown();
     case Qt::Key_PageUp:
-        return pageUp(row);
+        return page(row, false);
     case Qt::Key_PageDown:
-        return pageDown(row);
+        return page(row, true);
     case Qt::Key_Left:
         if (!row->parent())
             horizontalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepSub);
@@ -108,32 +108,19 @@ TreeItem* TreeView::lastShown() const {
     return row;
 }
 
-// To the last row on screen, or from there by what the screen holds.
-TreeItem* TreeView::pageDown(TreeItem* row) const {
+// To the row at the edge of the screen, or from there on by as many rows as the screen holds.
+TreeItem* TreeView::page(TreeItem* row, bool down) const {
+    const int height = viewport()->height();
     const QRect rect = rectOf(row);
-    TreeItem* const atEdge = itemAt({0, viewport()->height() - 1});
+    TreeItem* const atEdge = itemAt({0, down ? height - 1 : 0});
     if (!atEdge)
-        return lastShown();
-    if (atEdge != row && rect.bottom() < viewport()->height())
+        return down ? lastShown() : firstChild();
+    if (atEdge != row && (down ? rect.bottom() < height : rect.top() > 0))
         return atEdge;
     TreeItem* to = row;
-    for (int left = viewport()->height() - rect.height(); left > rect.height();
-         left -= rect.height())
-        if (TreeItem* below = to->itemBelow())
-            to = below;
-    return to;
-}
-
-TreeItem* TreeView::pageUp(TreeItem* row) const {
-    const QRect rect = rectOf(row);
-    TreeItem* const atEdge = itemAt({0, 0});
-    if (atEdge && atEdge != row && rect.top() > 0)
-        return atEdge;
-    TreeItem* to = row;
-    for (int left = viewport()->height() - rect.height(); left > rect.height();
-         left -= rect.height())
-        if (TreeItem* above = to->itemAbove())
-            to = above;
+    for (int steps = std::max(1, height / std::max(1, rect.height()) - 1); steps > 0; --steps)
+        if (TreeItem* next = down ? to->itemBelow() : to->itemAbove())
+            to = next;
     return to;
 }
 

@@ -4,6 +4,7 @@
 #include <QPersistentModelIndex>
 
 #include <climits>
+#include <optional>
 
 using namespace tree_tools;
 
@@ -392,6 +393,22 @@ private slots:
         tree.rows()->sort(0, Qt::DescendingOrder);
         QCOMPARE(top->child(0)->compound(), added);
         QCOMPARE(top->child(1)->compare(top->child(2), 0, true), 1);
+    }
+
+    void anItemAtTheAddressOfAGoneOneGetsARowOfItsOwn() {
+        SpyHolder residue("R");
+        std::optional<SpyLeaf> leaf(std::in_place, "gone");
+        residue.hold(&*leaf);
+        ShownTree tree;
+        TreeItem* row = tree.populate(&residue);
+        const TreeItem* gone = row->child(0);
+        leaf.emplace("new");
+        row->commAdd();
+        QCOMPARE(row->childCount(), 2);
+        QCOMPARE(row->child(0), gone);
+        QCOMPARE(row->child(1)->text(0), "new");
+        row->commAdd();
+        QCOMPARE(row->childCount(), 2);
     }
 
     void childrenThatTheHostGivesOutOfOrderStandByTheirIds() {

@@ -315,6 +315,25 @@ private slots:
         QCOMPARE(tree.takeSelections(), 0);
     }
 
+    void releasesOfTheOtherButtonsAreSwallowed() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(2, 1));
+        tree.click(top->child(0));
+        tree.click(top->child(1), Qt::ControlModifier);
+        tree.takeSelections();
+        const QPoint at = tree.cell(top->child(0), 0);
+        tree.press(at);
+        for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton}) {
+            QMouseEvent release(QEvent::MouseButtonRelease, at, tree.viewport()->mapToGlobal(at),
+                                button, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(tree.viewport(), &release);
+            QVERIFY(release.isAccepted());
+        }
+        QCOMPARE(tree.takeSelections(), 0);
+        tree.release(at);
+        QCOMPARE(tree.takeSelections(), 1);
+    }
+
     void noContextMenuOfTheWindowFollowsARightClick() {
         QWidget window;
         bool asked = false;
