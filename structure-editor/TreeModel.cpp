@@ -48,9 +48,11 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows) {
     }
     if (runs.size() <= fewRuns) {
         // From the end, so that the places found stay true.
-        for (auto run = runs.rbegin(); run != runs.rend(); ++run)
-            insertRun(parent, run->position, rows.data() + run->first,
-                      static_cast<std::uint32_t>(run->end - run->first));
+        for (; !runs.empty(); runs.pop_back()) {
+            const Run& run = runs.back();
+            insertRun(parent, run.position, rows.data() + run.first,
+                      static_cast<std::uint32_t>(run.end - run.first));
+        }
         return;
     }
     insertRun(parent, parent->m_count, rows.data(), static_cast<std::uint32_t>(rows.size()));

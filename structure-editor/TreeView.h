@@ -41,11 +41,10 @@ public:
 
     TreeModel* rows() const { return m_rows; }
 
-public slots:
     /// Lets the screen show the host's present state.
-    virtual void triggerUpdate();
+    Q_SLOT virtual void triggerUpdate();
     /// Makes a row that was opened the current one.
-    void Expansion(const QModelIndex& index);
+    Q_SLOT void Expansion(const QModelIndex& index);
 
 signals:
     /// The user selected or unselected rows; see TreeItem::isDirty().
