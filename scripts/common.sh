@@ -86,7 +86,7 @@ is_configured() {
 # build FOLDER [CMAKE-OPTION...] [-- TARGET...]: builds in a folder of the checkout, which is
 # configured when it is not yet.
 build() {
-    local folder=$root/$1 options=() quiet=()
+    local folder=$root/$1 options=()
     shift
     while [ $# -gt 0 ] && [ "$1" != -- ]; do
         options+=("$1")
@@ -102,7 +102,11 @@ build() {
             die "configuring failed"
         }
     fi
-    [ -t 2 ] || quiet=(--quiet)
     say "building in ${folder#"$root"/}"
-    ninja -C "$folder" "${quiet[@]}" "$@" >&2 || die "building failed"
+    if [ -t 2 ]; then
+        ninja -C "$folder" "$@" >&2
+    else
+        # Nobody watches: only what went wrong.
+        ninja --quiet -C "$folder" "$@" | sed '/no work to do/d' >&2
+    fi || die "building failed"
 }

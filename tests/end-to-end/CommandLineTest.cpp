@@ -1,6 +1,7 @@
 #include "Program.h"
 #include "TestSupport.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -125,6 +126,20 @@ private slots:
         const Ended ended = program.run({"--data", empty.path()});
         QCOMPARE(ended.status, 1);
         QCOMPARE(ended.errors, QStringList("workbench: there is no sample in " + empty.path()));
+    }
+
+    void theUsersSettingsAreRead() {
+        Program program;
+        QDir(program.home()).mkpath("config/structure-editor");
+        const QString path = program.home() + "/config/structure-editor/settings.ini";
+        QFile settings(path);
+        QVERIFY(settings.open(QIODevice::WriteOnly));
+        settings.write("no setting\n");
+        settings.close();
+        program.start({"--verbose", structure("1ubq.pdb")});
+        QVERIFY(program.waitUntilStarted());
+        program.terminate();
+        QCOMPARE(program.finish().errors.filter("Settings file " + path + ", line 1").size(), 1);
     }
 
     void theLogStandsBelowTheUsersStateFolder() {

@@ -132,6 +132,22 @@ private slots:
         QCOMPARE(ended.errors, QStringList(structure("6zu5.cif") + ": opening was cancelled"));
     }
 
+    void f1ShowsTheHelpPageOfTheDefaultSettings() {
+        Program program;
+        m_screen->show(program);
+        program.start({structure("1ubq.pdb")});
+        const qint64 window = waitForEditor(program);
+        QVERIFY(window);
+        // A click gives the window the focus.
+        m_screen->click(window, firstEntry);
+        m_screen->key("F1");
+        QVERIFY(m_screen->waitForWindow("Help: Structure Editor", program));
+        program.terminate();
+        const Ended ended = program.finish();
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.errors, QStringList());
+    }
+
     void theEndOfTheSessionEndsTheProgramInOrder() {
         Program program;
         m_screen->show(program);
