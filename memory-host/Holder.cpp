@@ -41,11 +41,17 @@ void Holder::appendChild(Compound* child) {
         if (end == capacity)
             resize(std::max<std::uint32_t>(4, capacity * 2));
     }
-    HostItem::of(child).position = end;
+    HostItem& record = HostItem::of(child);
+    record.position = end;
+    directLeaves += record.isHolder() ? 0 : 1;
+    directAtoms += record.kind == Kind::Atom ? 1 : 0;
     children[end++] = child;
 }
 
 void Holder::removeChild(std::uint32_t slot) {
+    const HostItem& record = HostItem::of(children[slot]);
+    directLeaves -= record.isHolder() ? 0 : 1;
+    directAtoms -= record.kind == Kind::Atom ? 1 : 0;
     children[slot] = nullptr;
     ++holes;
     // Holes at either end are closed at once, so that emptying from an end never moves anything.

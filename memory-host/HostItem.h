@@ -139,8 +139,10 @@ struct Holder : HostItem {
     std::uint32_t begin = 0;
     std::uint32_t end = 0;
     std::uint32_t capacity = 0;
-    std::uint32_t holes = 0; ///< null children between begin and end
-    Contribution sum;        ///< of all children
+    std::uint32_t holes = 0;        ///< null children between begin and end
+    Contribution sum;               ///< of all children
+    std::uint32_t directLeaves = 0; ///< children that are no composites
+    std::uint32_t directAtoms = 0;  ///< children that are atoms
     /// Of a residue: how many of its atoms belong to the active model.
     std::uint32_t modelAtoms = 0;
 
@@ -174,7 +176,9 @@ void listMembers(SetRecord& set, const std::vector<Compound*>& members);
 void leaveSets(HostItem& item);
 /// Whether the item is a set that stands for its members: what is done to all that a composite
 /// holds passes such a set by.
-bool listsMembers(const HostItem& item);
+inline bool listsMembers(const HostItem& item) {
+    return item.kind == Kind::Set && static_cast<const SetRecord&>(item).memberCount() > 0;
+}
 /// Tells the sets that list `item` that its state was `before`.
 void tellSets(const HostItem& item, ItemState before);
 /// The sets that list `item`.

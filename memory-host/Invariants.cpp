@@ -26,6 +26,8 @@ private:
         expect(record.parent == parent, record, "has another parent than the one that holds it");
         Contribution sum;
         std::uint32_t holes = 0;
+        std::uint32_t directLeaves = 0;
+        std::uint32_t directAtoms = 0;
         for (std::uint32_t slot = record.begin; slot != record.end; ++slot) {
             Compound* child = record.children[slot];
             if (!child) {
@@ -38,6 +40,8 @@ private:
                 holder(item.asHolder(), &record);
             else
                 leaf(*child, item, record);
+            directLeaves += item.isHolder() ? 0 : 1;
+            directAtoms += item.kind == Kind::Atom ? 1 : 0;
             sum += contributionOf(item);
             marks(item);
         }
@@ -47,6 +51,8 @@ private:
             expect(counted > 0 || record.model == 0, record, "has a model without atoms");
         }
         expect(holes == record.holes, record, "miscounts its holes");
+        expect(directLeaves == record.directLeaves && directAtoms == record.directAtoms, record,
+               "miscounts its children");
         expect(sum == record.sum, record, "miscounts what it holds");
     }
 

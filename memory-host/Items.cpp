@@ -190,21 +190,49 @@ void addContribution(Holder* holder, Contribution change) {
     }
 }
 
+namespace {
+
+// Marks everything in a composite. The counters of the composites that are passed are set as a
+// whole: a change that reaches millions of leaves climbs to the top but once.
+void selectBelow(Holder& holder, bool on) {
+    const std::int32_t wanted = on ? holder.sum.leaves : 0;
+    if (holder.sum.selectedLeaves == wanted)
+        return;
+    Compound** const last = holder.childEnd();
+    for (Compound** child = holder.childBegin(); child != last; ++child) {
+        HostItem& record = HostItem::of(*child);
+        if (record.isHolder() && record.asHolder().sum.leaves > 0)
+            selectBelow(record.asHolder(), on);
+        else if (record.has(HostItem::Selected) != on && !listsMembers(record))
+            changeState(record, [&] { record.set(HostItem::Selected, on); });
+    }
+    changeState(holder, [&] {
+        holder.sum.selectedLeaves = wanted;
+        holder.sum.selectedAtoms = on ? holder.sum.atoms : 0;
+    });
+}
+
+// Carries a change of the selection to all composites around an item.
+void countSelected(const HostItem& item, std::int32_t leaves, std::int32_t atoms) {
+    for (Holder* holder = item.parent; holder; holder = holder->parent)
+        changeState(*holder, [&] {
+            holder->sum.selectedLeaves += leaves;
+            holder->sum.selectedAtoms += atoms;
+        });
+}
+
+} // namespace
+
 void setSelected(HostItem& item, bool on) {
-    if (item.isHolder()) {
-        Holder& holder = item.asHolder();
-        if (holder.sum.leaves > 0) {
-            if (holder.sum.selectedLeaves == (on ? holder.sum.leaves : 0))
-                return;
-            Compound** const last = holder.childEnd();
-            for (Compound** child = holder.childBegin(); child != last; ++child) {
-                HostItem& record = HostItem::of(*child);
-                if (!listsMembers(record))
-                    setSelected(record, on);
-            }
-            return;
-        }
-    } else if (listsMembers(item)) {
+    if (item.isHolder() && item.asHolder().sum.leaves > 0) {
+        const Contribution before = item.asHolder().sum;
+        selectBelow(item.asHolder(), on);
+        const Contribution change = item.asHolder().sum - before;
+        if (change != Contribution{})
+            countSelected(item, change.selectedLeaves, change.selectedAtoms);
+        return;
+    }
+    if (listsMembers(item)) {
         for (Compound* member : static_cast<SetRecord&>(item).listed())
             setSelected(HostItem::of(member), on);
         return;
@@ -213,12 +241,7 @@ void setSelected(HostItem& item, bool on) {
         return;
     changeState(item, [&] { item.set(HostItem::Selected, on); });
     const std::int32_t change = on ? 1 : -1;
-    const std::int32_t atoms = item.kind == Kind::Atom ? change : 0;
-    for (Holder* holder = item.parent; holder; holder = holder->parent)
-        changeState(*holder, [&] {
-            holder->sum.selectedLeaves += change;
-            holder->sum.selectedAtoms += atoms;
-        });
+    countSelected(item, change, item.kind == Kind::Atom ? change : 0);
 }
 
 void setVisible(HostItem& item, Compound* self, bool on) {

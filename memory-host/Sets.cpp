@@ -96,10 +96,6 @@ void leaveSets(HostItem& item) {
     }
 }
 
-bool listsMembers(const HostItem& item) {
-    return item.kind == Kind::Set && static_cast<const SetRecord&>(item).memberCount() > 0;
-}
-
 void tellSets(const HostItem& item, ItemState before) {
     const ItemState after = stateOf(item);
     if (after == before)

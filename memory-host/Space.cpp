@@ -30,17 +30,41 @@ void collect(Compound* item, const Wanted& wanted, const Enter& enter,
         collect(*child, wanted, enter, out);
 }
 
-template <Kind kind> void collectKind(Compound* root, std::vector<Compound*>& out, bool all) {
+// The same for a kind of composites: what holds leaves alone is not entered.
+template <Kind kind> void collectHolders(Compound* root, std::vector<Compound*>& out, bool all) {
     if (!root)
         return;
     collect(
         root,
         [all](const HostItem& item) { return item.kind == kind && (all || isSelected(item)); },
         [all](const Holder& holder) {
-            // Neither atoms nor groups nor residues stand inside their own kind.
-            return holder.kind != kind && (all || hasSelected(holder));
+            // Neither groups nor residues stand inside their own kind.
+            return holder.kind != kind && holder.directLeaves != holder.childCount() &&
+                   (all || hasSelected(holder));
         },
         out);
+}
+
+// The counters say where there are atoms, and composites that hold atoms alone are taken over as
+// they are: most atoms are not looked at.
+void collectAtoms(Holder& holder, std::vector<Compound*>& out, bool all) {
+    const Contribution& sum = holder.sum;
+    if ((all ? sum.atoms : sum.selectedAtoms) == 0)
+        return;
+    const bool everyAtom = all || sum.selectedAtoms == sum.atoms;
+    Compound** const first = holder.childBegin();
+    Compound** const last = holder.childEnd();
+    if (everyAtom && holder.directAtoms == holder.childCount()) {
+        out.insert(out.end(), first, last);
+        return;
+    }
+    for (Compound** child = first; child != last; ++child) {
+        HostItem& record = HostItem::of(*child);
+        if (record.isHolder())
+            collectAtoms(record.asHolder(), out, all);
+        else if (record.kind == Kind::Atom && (everyAtom || record.has(HostItem::Selected)))
+            out.push_back(*child);
+    }
 }
 
 } // namespace
@@ -137,15 +161,24 @@ void Compound::ToggleVisible() {
 }
 
 void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all) {
-    collectKind<Kind::Atom>(root, out, all);
+    if (!root)
+        return;
+    HostItem& record = HostItem::of(root);
+    if (record.isHolder()) {
+        const Contribution& sum = record.asHolder().sum;
+        out.reserve(out.size() + static_cast<std::size_t>(all ? sum.atoms : sum.selectedAtoms));
+        collectAtoms(record.asHolder(), out, all);
+    } else if (record.kind == Kind::Atom && (all || isSelected(record))) {
+        out.push_back(root);
+    }
 }
 
 void GetGroups(Compound* root, std::vector<Compound*>& out, bool all) {
-    collectKind<Kind::Group>(root, out, all);
+    collectHolders<Kind::Group>(root, out, all);
 }
 
 void GetResidues(Compound* root, std::vector<Compound*>& out, bool all) {
-    collectKind<Kind::Residue>(root, out, all);
+    collectHolders<Kind::Residue>(root, out, all);
 }
 
 void GetSelected(Compound* root, std::vector<Compound*>& out) {

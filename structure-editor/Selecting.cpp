@@ -68,24 +68,35 @@ void selectAround(TAVIK::Compound* root, double radius) {
     for (const TAVIK::Compound* atom : atoms)
         centres.push_back(pointOf(atom->GetPosition()));
 
+    const RadiusSearch search(std::move(centres), radius);
+
+    // A batch at a time: its points never leave the processor's cache.
+    constexpr std::size_t batch = 4096;
+    std::vector<TAVIK::Compound*> candidates;
+    std::vector<Point> points;
+    std::vector<std::uint8_t> near;
+    const auto selectNear = [&] {
+        search.search(points, near);
+        for (std::size_t i = 0; i != candidates.size(); ++i)
+            if (near[i])
+                candidates[i]->SetSelected(true);
+        candidates.clear();
+        points.clear();
+    };
     atoms.clear();
     TAVIK::GetAtoms(root, atoms, true);
-    std::vector<Point> points;
-    points.reserve(atoms.size());
-    std::erase_if(atoms, [&points](const TAVIK::Compound* atom) {
+    for (TAVIK::Compound* atom : atoms) {
         if (atom->IsSelected())
-            return true;
+            continue;
         const TAVIK::Vertex position = atom->GetPosition();
-        if (position.isValid())
-            points.push_back(pointOf(position));
-        return !position.isValid();
-    });
-
-    std::vector<std::uint8_t> near;
-    RadiusSearch(std::move(centres), radius).search(points, near);
-    for (std::size_t i = 0; i != atoms.size(); ++i)
-        if (near[i])
-            atoms[i]->SetSelected(true);
+        if (!position.isValid())
+            continue;
+        candidates.push_back(atom);
+        points.push_back(pointOf(position));
+        if (points.size() == batch)
+            selectNear();
+    }
+    selectNear();
 }
 
 void boundGrids(TAVIK::Compound* root) {

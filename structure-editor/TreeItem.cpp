@@ -35,8 +35,8 @@ unsigned int idOf(const TAVIK::Compound* c) {
     return c ? c->GetId() : 0;
 }
 
-bool isComposite(const TAVIK::Compound* c) {
-    return dynamic_cast<const TAVIK::Composite*>(c) != nullptr;
+template <class... Kinds> bool isOneOf(const TAVIK::Compound* c) {
+    return (... || (dynamic_cast<const Kinds*>(c) != nullptr));
 }
 
 } // namespace
@@ -45,27 +45,34 @@ bool isComposite(const TAVIK::Compound* c) {
 // are kept while one batch of rows is made.
 class TreeItem::Kinds {
 public:
-    bool isComposite(const TAVIK::Compound* c) {
+    Kind of(const TAVIK::Compound* c) {
         if (!c)
-            return false;
+            return Kind::Single;
         const std::type_info* type = &typeid(*c);
         for (std::size_t i = 0; i != m_count; ++i)
             if (m_known[i].type == type)
-                return m_known[i].composite;
-        const bool composite = ::isComposite(c);
+                return m_known[i].kind;
+        const Kind kind = kindOf(c);
         if (m_count != m_known.size())
-            m_known[m_count++] = {type, composite};
-        return composite;
+            m_known[m_count++] = {type, kind};
+        return kind;
     }
 
 private:
     struct Known {
         const std::type_info* type;
-        bool composite;
+        Kind kind;
     };
     std::array<Known, 16> m_known{};
     std::size_t m_count = 0;
 };
+
+TreeItem::Kind TreeItem::kindOf(const TAVIK::Compound* c) {
+    if (isOneOf<TAVIK::Composite>(c))
+        return Kind::Composite;
+    const bool single = !c || isOneOf<TAVIK::Atom, TAVIK::Bond, TAVIK::Surface, TAVIK::Grid>(c);
+    return single ? Kind::Single : Kind::Other;
+}
 
 void* TreeItem::operator new(std::size_t) {
     return pool().take();
@@ -75,16 +82,17 @@ void TreeItem::operator delete(void* row) noexcept {
     pool().give(row);
 }
 
-TreeItem::TreeItem(TAVIK::Compound* c, bool composite, int line)
-    : m_Compound(c), m_id(idOf(c)), m_selected(c && c->IsSelected()), m_composite(composite) {
+TreeItem::TreeItem(TAVIK::Compound* c, Kind kind, int line)
+    : m_Compound(c), m_id(idOf(c)), m_selected(c && c->IsSelected()), m_marked(m_selected),
+      m_elsewhere(kind == Kind::Other), m_composite(kind == Kind::Composite) {
     checkPtr(c, "TreeItem", line);
 }
 
-TreeItem::TreeItem(TreeView* parent, TAVIK::Compound* c) : TreeItem(c, isComposite(c), 43) {
+TreeItem::TreeItem(TreeView* parent, TAVIK::Compound* c) : TreeItem(c, kindOf(c), 43) {
     parent->rows()->insert(parent->rows()->root(), {this});
 }
 
-TreeItem::TreeItem(TreeItem* parent, TAVIK::Compound* c) : TreeItem(c, isComposite(c), 61) {
+TreeItem::TreeItem(TreeItem* parent, TAVIK::Compound* c) : TreeItem(c, kindOf(c), 61) {
     parent->root()->model.insert(parent, {this});
 }
 
@@ -215,6 +223,8 @@ void TreeItem::setOpen(bool open) {
 void TreeItem::setSelected(bool s) {
     m_Dirty = true;
     m_selected = s;
+    for (TreeItem* row = this; s && row && !row->m_marked; row = row->m_parent)
+        row->m_marked = true;
 }
 
 void TreeItem::SetClean() {
@@ -239,13 +249,36 @@ void TreeItem::CheckSelection(bool descending) {
         childAt(i, descending)->CheckSelection(descending);
 }
 
+bool TreeItem::holdsNoSelection(bool selected) const {
+    return m_count && !selected && !m_elsewhere && m_Compound && !m_Compound->HasSelected();
+}
+
+void TreeItem::unmark() {
+    if (!m_marked)
+        return;
+    m_selected = false;
+    m_marked = false;
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        m_children[i]->unmark();
+}
+
 void TreeItem::UpdateSelection() {
-    // Written only where it changes: what the walks over all rows wait for is memory.
     const bool selected = m_Compound && m_Compound->IsSelected();
+    // What the walks over all rows wait for is memory: items without any selection in them are not
+    // asked one by one, and a row is written only where it changes.
+    if (holdsNoSelection(selected)) {
+        unmark();
+        return;
+    }
     if (m_selected != selected)
         m_selected = selected;
-    for (std::uint32_t i = 0; i != m_count; ++i)
+    bool marked = selected;
+    for (std::uint32_t i = 0; i != m_count; ++i) {
         m_children[i]->UpdateSelection();
+        marked |= m_children[i]->m_marked;
+    }
+    if (m_marked != marked)
+        m_marked = marked;
 }
 
 void TreeItem::commAdd() {
@@ -305,7 +338,7 @@ std::size_t TreeItem::find(const TAVIK::Compound* c, std::size_t expected) const
 }
 
 TreeItem* TreeItem::build(TAVIK::Compound* c, Kinds& kinds) {
-    auto* const row = new TreeItem(c, kinds.isComposite(c), 61);
+    auto* const row = new TreeItem(c, kinds.of(c), 61);
     if (!row->m_composite)
         return row;
     TAVIK::Compound** const begin = c->ChildBegin();
@@ -316,6 +349,8 @@ TreeItem* TreeItem::build(TAVIK::Compound* c, Kinds& kinds) {
         below->m_parent = row;
         below->m_position = row->m_count;
         row->m_children[row->m_count++] = below;
+        row->m_marked |= below->m_marked;
+        row->m_elsewhere |= below->m_elsewhere;
     }
     row->sortChildren();
     return row;
@@ -343,6 +378,13 @@ void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std
         m_children[i]->m_parent = this;
         m_children[i]->m_position = i;
     }
+    for (std::uint32_t i = 0; i != count; ++i)
+        for (TreeItem* above = this; above; above = above->m_parent) {
+            if (above->m_marked >= rows[i]->m_marked && above->m_elsewhere >= rows[i]->m_elsewhere)
+                break;
+            above->m_marked |= rows[i]->m_marked;
+            above->m_elsewhere |= rows[i]->m_elsewhere;
+        }
 }
 
 void TreeItem::sortChildren() {

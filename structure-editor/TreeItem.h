@@ -116,16 +116,27 @@ private:
     friend class TreeRoot;
     friend class TreeView;
 
-    /// Which items are composites, remembered by class while many rows are made.
+    /// What the class of an item says of its row.
+    enum class Kind : std::uint8_t {
+        Composite, ///< what it holds has rows of its own
+        Single,    ///< its selection is a mark of its own
+        Other      ///< as a set: its selection may follow items that stand elsewhere
+    };
+    /// The kinds of items, remembered by class while many rows are made.
     class Kinds;
 
     /// A row that is in no tree yet; `line` is what a null `c` is reported with.
-    TreeItem(TAVIK::Compound* c, bool composite, int line);
+    TreeItem(TAVIK::Compound* c, Kind kind, int line);
     /// The invisible row above the top level.
     TreeItem() = default;
     ~TreeItem();
 
+    static Kind kindOf(const TAVIK::Compound* c);
     void CheckSelection(bool descending);
+    /// Whether the host and the rows agree that nothing in a composite is selected.
+    bool holdsNoSelection(bool selected) const;
+    /// Unselects the rows from here on, where any are selected.
+    void unmark();
     static TreeItem* build(TAVIK::Compound* c, Kinds& kinds);
     void commAdd(Kinds& kinds);
     std::size_t find(const TAVIK::Compound* c, std::size_t expected) const;
@@ -156,6 +167,8 @@ private:
     std::uint32_t m_position = 0; ///< among the siblings by id
     bool m_Dirty : 1 = false;
     bool m_selected : 1 = false;
+    bool m_marked : 1 = false;    ///< this row, or one below it, is selected
+    bool m_elsewhere : 1 = false; ///< this row, or one below it, is of the kind Other
     bool m_composite : 1 = false;
     bool m_open : 1 = false;
     bool m_expandable : 1 = false;
