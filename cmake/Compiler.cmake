@@ -6,6 +6,8 @@ add_compile_options(-ffp-contract=off)
 add_compile_definitions(QT_NO_CAST_TO_ASCII)
 
 if(SANITIZE)
+  # What the sanitizers add to the code misleads the compiler's own look for such mistakes.
+  add_compile_options(-Wno-array-bounds -Wno-maybe-uninitialized -Wno-stringop-overflow)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
