@@ -45,7 +45,8 @@ struct OpenedFile {
 
 /// Builds the items of a parsed file aside, and attaches them in one step under a guard that tells
 /// every subscriber. Throws FileError when the guard is refused; the space is then as it was.
-/// `progress`, which may be empty, must not change the data space.
+/// `progress`, which may be empty, must not change the data space; what it throws leaves the space
+/// as it was, and arrives as a FileError if it is a std::exception, else as it is.
 HOST_EXPORT OpenedFile openParsed(ParsedFile& file, const Progress& progress);
 
 /// parseFile() and openParsed().

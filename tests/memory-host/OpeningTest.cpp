@@ -175,6 +175,15 @@ private slots:
             FileError);
         QCOMPARE(childNames(TAVIK::Space::instance()), QStringList());
     }
+
+    void whatIsNoErrorPassesThroughTheBuildingAsItIs() {
+        struct Cancelled {};
+        const auto file = memory_host::parseFile(structure("1ubq.pdb").toStdString());
+        QVERIFY_EXCEPTION_THROWN(
+            memory_host::openParsed(*file, [](const std::string&, double) { throw Cancelled(); }),
+            Cancelled);
+        QCOMPARE(childNames(TAVIK::Space::instance()), QStringList());
+    }
 };
 
 REGISTER_TEST(OpeningTest)
