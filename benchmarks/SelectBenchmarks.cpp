@@ -1,6 +1,6 @@
 #include "Contest.h"
 #include "Files.h"
-#include "NamePattern.h"
+#include "NamePredicates.h"
 #include "RealStructures.h"
 #include "Space.h"
 #include "Traversal.h"
@@ -136,8 +136,8 @@ public:
                           {}},
                  .theirs = {[&] { m_item->SetSelected(true); },
                             [&, called = slot] {
-                                const QRegExp re =
-                                    nameExpression(m_item, namePattern(chain, residue, atom));
+                                const QRegExp re(
+                                    nameExpression(m_item, namePattern(chain, residue, atom)));
                                 const auto predicate =
                                     QLatin1String(called) == QLatin1String("applySelect") ? SelectIf
                                     : all ? UnSelectIf

@@ -1,39 +1,126 @@
 #include "NamePattern.h"
 
+#include <QElapsedTimer>
+
+using namespace name_pattern;
+
 namespace {
 
-QString qualifiedName(const TAVIK::Compound* item) {
-    return QString::fromLatin1(item->GetFQName());
+QString latin1(const std::string& text) {
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-bool matches(const TAVIK::Compound* atom, const QRegExp& re) {
-    return re.indexIn(qualifiedName(atom), 0) == 0;
+/// An expression as a part of a line: shortened, and without line ends.
+QString quoted(const QString& expression) {
+    constexpr qsizetype most = 60;
+    QString text = expression.left(most);
+    for (QChar& c : text) {
+        if (!c.isPrint())
+            c = u'?';
+    }
+    if (expression.size() > most)
+        text += QStringLiteral("...");
+    return u'"' + text + u'"';
 }
 
 } // namespace
 
-QString namePattern(const QString& chain, const QString& residue, const QString& atom) {
-    return u'/' + chain + QStringLiteral("/Groups/") + residue + u'/' + atom + u'$';
+NamePattern::NamePattern(const QString& expression) : NamePattern(expression, Limits()) {}
+
+NamePattern::NamePattern(const QString& expression, const Limits& limits)
+    : m_expression(expression), m_limits(limits), m_secondsLeft(limits.seconds) {
+    const Syntax syntax = parse(expression);
+    if (!syntax.wellFormed) {
+        m_valid = false;
+        return;
+    }
+    m_cost = estimate(syntax);
+    // QRegExp has the last word on what is valid, where it can be asked.
+    if (m_cost.compilable) {
+        m_regExp.emplace(expression);
+        if (!m_regExp->isValid()) {
+            m_valid = false;
+            return;
+        }
+    }
+    // How many look-aheads there may be is QRegExp's to say.
+    const bool isKnown = !syntax.hasBackReferences && (!syntax.hasLookAheads || m_cost.compilable);
+    if (isKnown && m_cost.instructions <= m_limits.instructions) {
+        m_automaton.emplace(translate(syntax), std::make_shared<Alphabet>(syntax),
+                            m_limits.automaton);
+        m_regExp.reset();
+    } else if (!m_cost.compilable && isKnown) {
+        m_refusal = QStringLiteral("with its repetitions written out it is longer than %1 "
+                                   "characters")
+                        .arg(m_limits.instructions, 0, 'f', 0);
+    } else if (!m_cost.compilable) {
+        m_refusal = QStringLiteral("it is too large for look-aheads or back-references");
+    }
 }
 
-QRegExp nameExpression(const TAVIK::Compound* root, const QString& pattern) {
-    return QRegExp(qualifiedName(root) + pattern, Qt::CaseSensitive, QRegExp::RegExp);
+bool NamePattern::matches(std::string_view name) {
+    if (isAnswered())
+        return false;
+    if (!m_automaton)
+        return matchesSlowly(std::string(name));
+    const bool answer = m_automaton->matches(name);
+    checkWork();
+    return answer;
 }
 
-bool SelectIf(TAVIK::Compound* atom, const QRegExp& re) {
-    if (matches(atom, re))
-        atom->SetSelected(true);
-    return true;
+void NamePattern::setBeginning(std::string_view beginning) {
+    if (isAnswered())
+        return;
+    if (!m_automaton) {
+        m_beginning = beginning;
+        return;
+    }
+    m_automaton->setBeginning(beginning);
+    checkWork();
 }
 
-bool UnSelectIf(TAVIK::Compound* atom, const QRegExp& re) {
-    if (matches(atom, re))
-        atom->SetSelected(false);
-    return true;
+std::optional<bool> NamePattern::answerForAll() const {
+    if (isAnswered())
+        return false;
+    return m_automaton ? m_automaton->answerForAll() : std::nullopt;
 }
 
-bool UnSelectIfNot(TAVIK::Compound* atom, const QRegExp& re) {
-    if (!matches(atom, re))
-        atom->SetSelected(false);
-    return true;
+bool NamePattern::matchesRest(std::string_view rest) {
+    if (isAnswered())
+        return false;
+    if (!m_automaton)
+        return matchesSlowly(m_beginning + std::string(rest));
+    const bool answer = m_automaton->matchesRest(rest);
+    checkWork();
+    return answer;
+}
+
+void NamePattern::checkWork() {
+    if (m_automaton->isExhausted())
+        cutOff(QStringLiteral("its repetitions and alternatives leave too many possibilities"));
+}
+
+bool NamePattern::matchesSlowly(const std::string& name) {
+    if (m_cost.shortest > static_cast<double>(name.size()))
+        return false;
+    if (!m_refusal.isEmpty()) {
+        cutOff(m_refusal);
+        return false;
+    }
+    const auto tooSlow = QStringLiteral("its look-aheads or back-references take too long");
+    if (!(m_cost.matchSteps(name.size()) <= m_limits.matchSteps)) {
+        cutOff(tooSlow);
+        return false;
+    }
+    QElapsedTimer timer;
+    timer.start();
+    const bool answer = m_regExp->indexIn(latin1(name), 0) == 0;
+    m_secondsLeft += m_limits.secondsPerName - static_cast<double>(timer.nsecsElapsed()) * 1e-9;
+    if (m_secondsLeft < 0)
+        cutOff(tooSlow);
+    return answer;
+}
+
+void NamePattern::cutOff(const QString& why) {
+    m_cutOff = QStringLiteral("Name pattern %1 cut off: %2").arg(quoted(m_expression), why);
 }

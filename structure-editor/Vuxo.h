@@ -20,9 +20,9 @@ class QCheckBox;
 class QFrame;
 class QLineEdit;
 class QListWidgetItem;
-class QRegExp;
 class TreeItem;
 class TreeView;
+enum class SetOperation;
 
 /// What the window says of a change that the host refuses.
 enum class Refusal { Report, Silent };
@@ -149,7 +149,7 @@ private:
     void tellPlugin(Command command, const char* name = __builtin_FUNCTION());
     template <class T> void killShown();
     template <class T> friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag);
-    void applyPattern(bool all, bool (*predicate)(TAVIK::Compound*, const QRegExp&));
+    void applyPattern(SetOperation operation);
 
     /// A command that changes data: withGuard(), with exceptions ending here as attempt() says.
     template <template <class> class Guard, class Item, class Apply>

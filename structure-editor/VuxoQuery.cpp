@@ -2,9 +2,9 @@
 // other.
 #include "Vuxo.h"
 
-#include "NamePattern.h"
+#include "Logger.h"
+#include "NamePredicates.h"
 #include "Space.h"
-#include "Traversal.h"
 #include "WidgetFactory.h"
 
 #include <QCheckBox>
@@ -37,25 +37,27 @@ void Vuxo::populateBoxes(QWidget* panel) {
 }
 
 void Vuxo::applySelect() {
-    applyPattern(true, SelectIf);
+    applyPattern(SetOperation::Union);
 }
 
 void Vuxo::applyMask() {
-    applyPattern(false, UnSelectIfNot);
+    applyPattern(SetOperation::Intersection);
 }
 
 void Vuxo::applyDiff() {
-    applyPattern(true, UnSelectIf);
+    applyPattern(SetOperation::Difference);
 }
 
-void Vuxo::applyPattern(bool all, bool (*predicate)(TAVIK::Compound*, const QRegExp&)) {
+void Vuxo::applyPattern(SetOperation operation) {
     const QString pattern =
         namePattern(m_ChainEdit->text(), m_ResidueEdit->text(), m_AtomEdit->text());
     if (pattern.length() <= 4)
         return;
     TAVIK::Compound* root = m_CurrentOnly->isChecked() ? rootItem() : TAVIK::Space::instance();
     change<DataPoint>(root, [&](TAVIK::Compound* item) {
-        const QRegExp re = nameExpression(item, pattern);
-        TAVIK::ForAtoms(item, all, [&](TAVIK::Compound* atom) { predicate(atom, re); });
+        const QString refusal = applySetOperation(item, operation, nameExpression(item, pattern));
+        if (!refusal.isEmpty())
+            Logger::Write(refusal.toLatin1().toStdString());
+        return refusal.isEmpty();
     });
 }

@@ -1,0 +1,31 @@
+// Foretells what it costs to work with a pattern, ours and QRegExp's way, before either is tried:
+// QRegExp can neither be interrupted nor does it survive every pattern.
+#pragma once
+
+#include "PatternSyntax.h"
+
+#include <cstddef>
+
+namespace name_pattern {
+
+/// Upper estimates; infinite, or not a number, where a pattern is beyond all bounds. A step of
+/// QRegExp is about a nanosecond.
+struct Cost {
+    /// Number of instructions that the pattern makes as a Program.
+    double instructions = 0;
+    /// Length of the shortest text that can match.
+    double shortest = 0;
+    /// Whether QRegExp can be asked about the pattern: time, memory and stack stay small.
+    bool compilable = false;
+    /// Steps of one QRegExp match on a name, for each choice of `power` places in the name.
+    double match = 0;
+    int power = 2;
+
+    /// Steps of one QRegExp match on a name of that length.
+    double matchSteps(std::size_t length) const;
+};
+
+/// The cost of a well-formed pattern.
+Cost estimate(const Syntax& syntax);
+
+} // namespace name_pattern

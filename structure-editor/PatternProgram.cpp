@@ -1,0 +1,198 @@
+#include "PatternProgram.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace name_pattern {
+
+namespace {
+
+class Translator {
+public:
+    explicit Translator(const Syntax& syntax) {
+        for (const Node& node : syntax.nodes)
+            add(node);
+    }
+
+    Program result() { return cutOut(m_pieces.back()); }
+
+private:
+    /// The code of one operand, from `begin` to where the next operand's begins. It is entered at
+    /// `entry`, and left through the `next` of the instruction `exit`, which is open yet.
+    struct Piece {
+        std::int32_t begin;
+        std::int32_t entry;
+        std::int32_t exit;
+        std::int32_t lookAheads; ///< how many stand before it
+    };
+
+    std::int32_t size() const { return static_cast<std::int32_t>(m_code.size()); }
+
+    std::int32_t append(Instruction::Kind kind, std::int32_t next = -1, std::int32_t other = -1) {
+        m_code.push_back({kind, next, other});
+        return size() - 1;
+    }
+
+    Piece take() {
+        const Piece piece = m_pieces.back();
+        m_pieces.pop_back();
+        return piece;
+    }
+
+    void addLeaf(Instruction::Kind kind, std::int32_t other = -1) {
+        const std::int32_t at = append(kind, -1, other);
+        m_pieces.push_back({at, at, at, static_cast<std::int32_t>(m_lookAheads.size())});
+    }
+
+    void add(const Node& node) {
+        switch (node.kind) {
+        case NodeKind::Character:
+            addLeaf(Instruction::Take, node.first);
+            break;
+        case NodeKind::Assertion:
+            addLeaf(Instruction::Assert, node.first);
+            break;
+        case NodeKind::Sequence: {
+            const Piece right = take();
+            Piece& left = m_pieces.back();
+            m_code[left.exit].next = right.entry;
+            left.exit = right.exit;
+            break;
+        }
+        case NodeKind::Choice: {
+            const Piece right = take();
+            Piece& left = m_pieces.back();
+            const std::int32_t join = append(Instruction::Pass);
+            m_code[left.exit].next = join;
+            m_code[right.exit].next = join;
+            left.entry = append(Instruction::Split, left.entry, right.entry);
+            left.exit = join;
+            break;
+        }
+        case NodeKind::Repetition:
+            repeat(m_pieces.back(), node.first, node.last);
+            break;
+        case NodeKind::LookAhead: {
+            const Piece body = take();
+            LookAhead ahead{node.first != 0, cutOut(body)};
+            addLeaf(Instruction::Look, static_cast<std::int32_t>(m_lookAheads.size()));
+            m_lookAheads.push_back(std::move(ahead));
+            break;
+        }
+        default:
+            addLeaf(Instruction::Pass);
+            break;
+        }
+    }
+
+    void repeat(Piece& piece, int least, int most) {
+        if (most == 0) {
+            m_code.resize(piece.begin);
+            m_lookAheads.erase(m_lookAheads.begin() + piece.lookAheads, m_lookAheads.end());
+            piece.entry = piece.exit = append(Instruction::Pass);
+            return;
+        }
+        const bool endless = most == unlimited;
+        const int count = endless ? std::max(least, 1) : most;
+        const std::int32_t length = size() - piece.begin;
+        for (int i = 1; i < count; ++i)
+            copy(piece.begin, length);
+        const auto nth = [&](int i) {
+            const std::int32_t shift = i * length;
+            return Piece{piece.begin + shift, piece.entry + shift, piece.exit + shift, 0};
+        };
+        if (endless) {
+            for (int i = 1; i < count; ++i)
+                m_code[nth(i - 1).exit].next = nth(i).entry;
+            const Piece last = nth(count - 1);
+            const std::int32_t again = append(Instruction::Split, -1, last.entry);
+            m_code[last.exit].next = again;
+            piece.entry = least == 0 ? again : piece.entry;
+            piece.exit = again;
+            return;
+        }
+        if (least == count) {
+            for (int i = 1; i < count; ++i)
+                m_code[nth(i - 1).exit].next = nth(i).entry;
+            piece.exit = nth(count - 1).exit;
+            return;
+        }
+        // Each copy that can be left out has a split before it that leads to the end.
+        const std::int32_t end = append(Instruction::Pass);
+        std::int32_t follower = end;
+        for (int i = count - 1; i >= 0; --i) {
+            const Piece one = nth(i);
+            m_code[one.exit].next = follower;
+            follower = i >= least ? append(Instruction::Split, one.entry, end) : one.entry;
+        }
+        piece.entry = follower;
+        piece.exit = end;
+    }
+
+    void copy(std::int32_t begin, std::int32_t length) {
+        const std::int32_t shift = size() - begin;
+        for (std::int32_t i = begin; i < begin + length; ++i) {
+            Instruction instruction = m_code[i];
+            if (instruction.next >= 0)
+                instruction.next += shift;
+            if (instruction.kind == Instruction::Split)
+                instruction.other += shift;
+            m_code.push_back(instruction);
+        }
+    }
+
+    /// Takes the last piece out of the code, as a program of its own.
+    Program cutOut(const Piece& piece) {
+        const std::int32_t accept = append(Instruction::Accept);
+        m_code[piece.exit].next = accept;
+        Program program;
+        program.code.assign(m_code.begin() + piece.begin, m_code.end());
+        m_code.resize(piece.begin);
+        const auto firstAhead = m_lookAheads.begin() + piece.lookAheads;
+        program.lookAheads.assign(std::make_move_iterator(firstAhead),
+                                  std::make_move_iterator(m_lookAheads.end()));
+        m_lookAheads.erase(firstAhead, m_lookAheads.end());
+        for (Instruction& instruction : program.code) {
+            if (instruction.next >= 0)
+                instruction.next -= piece.begin;
+            if (instruction.kind == Instruction::Split)
+                instruction.other -= piece.begin;
+            else if (instruction.kind == Instruction::Look)
+                instruction.other -= piece.lookAheads;
+        }
+        for (Instruction& instruction : program.code) {
+            instruction.next = skipPasses(program.code, instruction.next);
+            if (instruction.kind == Instruction::Split)
+                instruction.other = skipPasses(program.code, instruction.other);
+        }
+        program.start = skipPasses(program.code, piece.entry - piece.begin);
+        return program;
+    }
+
+    /// The first instruction from `at` on that does something; the Passes on the way are shortened,
+    /// so that long chains cost their length once.
+    static std::int32_t skipPasses(std::vector<Instruction>& code, std::int32_t at) {
+        std::int32_t target = at;
+        while (target >= 0 && code[target].kind == Instruction::Pass)
+            target = code[target].next;
+        while (at != target) {
+            const std::int32_t next = code[at].next;
+            code[at].next = target;
+            at = next;
+        }
+        return target;
+    }
+
+    std::vector<Instruction> m_code;
+    std::vector<Piece> m_pieces;
+    std::vector<LookAhead> m_lookAheads;
+};
+
+} // namespace
+
+Program translate(const Syntax& syntax) {
+    return Translator(syntax).result();
+}
+
+} // namespace name_pattern

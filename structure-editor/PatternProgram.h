@@ -1,0 +1,43 @@
+// A regular pattern as a list of instructions that follow one another by index: repetitions are
+// written out, so that a set of instruction indices is all that a match has to remember.
+#pragma once
+
+#include "PatternSyntax.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace name_pattern {
+
+struct Instruction {
+    enum Kind : std::uint8_t {
+        Pass,   ///< go on with `next`
+        Split,  ///< go on with both `next` and `other`
+        Take,   ///< take a character of the set `other`, then go on with `next`
+        Assert, ///< go on with `next` where the Condition `other` holds
+        Look,   ///< go on with `next` where the look-ahead `other` is content
+        Accept
+    };
+    Kind kind;
+    std::int32_t next = -1;
+    std::int32_t other = -1;
+};
+
+struct LookAhead;
+
+struct Program {
+    std::vector<Instruction> code; ///< without reachable Pass instructions
+    std::vector<LookAhead> lookAheads;
+    std::int32_t start = 0;
+};
+
+struct LookAhead {
+    bool negative; ///< content where the body does not match
+    Program body;
+};
+
+/// Translates a well-formed pattern without back-references. The caller has made sure that the cost
+/// of it is in bounds.
+Program translate(const Syntax& syntax);
+
+} // namespace name_pattern
