@@ -138,10 +138,12 @@ private:
     bool confirmDelete(const std::string& name);
     void selectFullGroups(TAVIK::Compound* root);
     void selectWithinRadius(TAVIK::Compound* root, const QString& label);
-    void setSelectedVisible(bool on);
-    void hideUnselected(TAVIK::Compound* root);
+    // What several slots share takes the slot's name along, for the log.
+    void setSelectedVisible(bool on, const char* command = __builtin_FUNCTION());
+    void hideUnselected(TAVIK::Compound* root, const char* command = __builtin_FUNCTION());
     template <class Change> void forSelectedRows(Change apply) const;
-    void ForSelectedResidues(void (*function)(TAVIK::Compound*));
+    void ForSelectedResidues(void (*function)(TAVIK::Compound*),
+                             const char* command = __builtin_FUNCTION());
     void makeSurface(const char* command, const char* argument);
     void MakeContour(bool high);
     void makeAtLevel(const QString& label, const char* command, const char* argument);

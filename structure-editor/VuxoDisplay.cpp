@@ -4,14 +4,13 @@
 #include "Colormap.h"
 #include "Colouring.h"
 #include "Kinds.h"
-#include "Logger.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "TreeItem.h"
 #include "TreeView.h"
 #include "VuxoDialogs.h"
 
-#include <vector>
+#include <optional>
 
 void HideIf(TAVIK::Compound* atom) {
     if (!atom->IsSelected())
@@ -26,10 +25,13 @@ void Vuxo::SelectedHide() {
     setSelectedVisible(false);
 }
 
-void Vuxo::setSelectedVisible(bool on) {
-    change<DataPoint>(rootItem(), [on](TAVIK::Compound* root) {
-        TAVIK::ForAtoms(root, false, [on](TAVIK::Compound* atom) { atom->SetVisible(on); });
-    });
+void Vuxo::setSelectedVisible(bool on, const char* command) {
+    change<DataPoint>(
+        rootItem(),
+        [on](TAVIK::Compound* root) {
+            TAVIK::ForAtoms(root, false, [on](TAVIK::Compound* atom) { atom->SetVisible(on); });
+        },
+        Refusal::Report, command);
 }
 
 void Vuxo::UnselectedHide() {
@@ -40,11 +42,15 @@ void Vuxo::UnselectedHideG() {
     hideUnselected(TAVIK::Space::instance());
 }
 
-void Vuxo::hideUnselected(TAVIK::Compound* root) {
-    change<DataPoint>(root, [](TAVIK::Compound* item) {
-        TAVIK::ForAtoms(item, true, HideIf);
-        return false; // The window is not refreshed here: only the guard's end tells of the change.
-    });
+void Vuxo::hideUnselected(TAVIK::Compound* root, const char* command) {
+    change<DataPoint>(
+        root,
+        [](TAVIK::Compound* item) {
+            TAVIK::ForAtoms(item, true, HideIf);
+            // The window is not refreshed here: only the guard's end tells of the change.
+            return false;
+        },
+        Refusal::Report, command);
 }
 
 template <class Change> void Vuxo::forSelectedRows(Change apply) const {

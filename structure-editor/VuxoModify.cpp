@@ -5,7 +5,6 @@
 #include "PluginManager.h"
 #include "Subscriber.h"
 #include "Traversal.h"
-#include "TreeView.h"
 
 #include <unordered_map>
 #include <vector>
@@ -54,10 +53,11 @@ void AddRotamers(TAVIK::Compound* residue) {
     PluginManager::Execute("Create", "Rotamer", "StructureEditor", "Rotamer", residue, &flag);
 }
 
-void Vuxo::ForSelectedResidues(void (*function)(TAVIK::Compound*)) {
-    change<DataPoint>(rootItem(), [function](TAVIK::Compound* root) {
-        TAVIK::ForResidues(root, false, function);
-    });
+void Vuxo::ForSelectedResidues(void (*function)(TAVIK::Compound*), const char* command) {
+    change<DataPoint>(
+        rootItem(),
+        [function](TAVIK::Compound* root) { TAVIK::ForResidues(root, false, function); },
+        Refusal::Report, command);
 }
 
 void Vuxo::SelectedOrigModel() {

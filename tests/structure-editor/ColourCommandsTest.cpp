@@ -607,7 +607,8 @@ private slots:
         QCOMPARE(failed, how == "out of memory");
         QCOMPARE(log.size(), failed || how == "a handler throws" ? 1 : 0);
         if (failed)
-            QVERIFY2(log.front().contains("ForSelectedResidues"), qPrintable(log.front()));
+            QVERIFY2(log.front().contains(" SelectedColorGrp2Atom failed: "),
+                     qPrintable(log.front()));
     }
 
     // -- all of them
