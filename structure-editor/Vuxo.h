@@ -15,6 +15,7 @@
 #include <string>
 #include <type_traits>
 
+class ItemRef;
 class ListBox;
 class QCheckBox;
 class QFrame;
@@ -129,6 +130,9 @@ private:
     static int topLevelCount();
     /// Makes the rows of `item` in the empty tree.
     void showItem(TAVIK::Compound* item);
+    /// The same for a top-level item in which, and with which, items were destroyed: it may be gone
+    /// itself. Brings the list up to date, too.
+    void showAgain(const ItemRef& item);
 
     void pick(int index);
     void toggleVisible(int index, const std::string& name);

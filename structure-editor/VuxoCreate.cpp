@@ -137,8 +137,9 @@ void Vuxo::MakeContour(bool high) {
 }
 
 void Vuxo::makeAtLevel(const QString& label, const char* command, const char* argument) {
-    tellPlugin([&] {
-        if (std::optional<double> level = askLimit(label))
+    tellPlugin([&, window = QPointer<Vuxo>(this)] {
+        std::optional<double> level = askLimit(label);
+        if (window && level)
             send(solidVolume(command, argument), *level);
     });
 }

@@ -5,6 +5,7 @@
 #include "DataMaker.h"
 #include "ItemRef.h"
 #include "Kinds.h"
+#include "ListBox.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "TreeItem.h"
@@ -12,6 +13,8 @@
 
 #include <QMessageBox>
 
+#include <algorithm>
+#include <unordered_set>
 #include <vector>
 
 bool Vuxo::confirmDelete(const std::string& name) {
@@ -43,10 +46,12 @@ void Vuxo::KillBranch(TreeItem* Victim) {
             return;
         // Neither the row nor the items are known to exist any more.
         TAVIK::Compound* top = root.among(TAVIK::Space::instance());
-        withGuard<DataDelete>(top ? branch.below(top) : nullptr, [this](TAVIK::Compound* item) {
+        TAVIK::Compound* found = top && victim != shown ? branch.below(top) : top;
+        withGuard<DataDelete>(found, [this](TAVIK::Compound* item) {
             m_Tree->clear();
             TAVIK::DataMaker::Destroy(item);
             MakeList();
+            UpdateList(); // what is left may be selected or shown to another extent
             Populate(m_Current);
         });
     });
@@ -78,6 +83,32 @@ void Vuxo::KillAll() {
         Refusal::Silent);
 }
 
+void Vuxo::showAgain(const ItemRef& item) {
+    TAVIK::Compound* const left = item.inSpace();
+    if (m_List->count() != topLevelCount()) {
+        // A set was shown, and had top-level items among its members.
+        MakeList();
+        TAVIK::Compound** const begin = TAVIK::Space::instance()->ChildBegin();
+        TAVIK::Compound** const end = TAVIK::Space::instance()->ChildEnd();
+        m_Current = left ? static_cast<int>(std::find(begin, end, left) - begin) : -1;
+    }
+    UpdateList();
+    // A bond goes with its atoms.
+    if (left)
+        showItem(left);
+    else
+        m_Tree->triggerUpdate();
+}
+
+namespace {
+
+void leaveOutRepeated(std::vector<TAVIK::Compound*>& items) {
+    std::unordered_set<TAVIK::Compound*> seen;
+    std::erase_if(items, [&seen](TAVIK::Compound* item) { return !seen.insert(item).second; });
+}
+
+} // namespace
+
 // Destroys the selected items of kind `T` in the item of `row`, and makes the tree of it anew.
 // `typeTag` is not read: it selects `T`.
 template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag) {
@@ -87,9 +118,13 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag) {
             window->m_Tree->clear();
             std::vector<TAVIK::Compound*> items;
             TAVIK::GetItems<T>(item, items, false, typeTag, true);
+            // A set can name a composite beside what that holds.
+            if (!dynamic_cast<TAVIK::Composite*>(item))
+                leaveOutRepeated(items);
+            const ItemRef shown(item);
             for (TAVIK::Compound* each : items)
                 TAVIK::DataMaker::Destroy(each);
-            window->showItem(item);
+            window->showAgain(shown);
         },
         Refusal::Silent);
 }
