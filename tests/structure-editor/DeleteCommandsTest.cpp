@@ -33,7 +33,7 @@ struct Command {
 };
 
 const QStringList met = {"A", "Groups", "MET 1"};
-const QStringList bond = {"A", "Bonds", "CA-C"};
+const QStringList bond = {"A", "Bonds", "MET 1 CA-C"};
 
 const std::vector<Command> kinds = {
     {"Chain", {"A"}},         {"Group", met + QStringList("Side chain")},
