@@ -11,8 +11,8 @@ void benchmarkFiles(const std::string& path, int turns);
 /// Filling the tree, refreshing it, clicking in it, and what a row takes in memory.
 void benchmarkTree(const std::string& path, int turns);
 
-/// The commands that change the selection, from the slot, or from the dialog's end, to the painted
+/// The commands of the menus, from the slot, or from the dialog's end, to the painted
 /// window.
-void benchmarkSelecting(const std::string& path, int turns);
+void benchmarkCommands(const std::string& path, int turns);
 
 } // namespace benchmarks

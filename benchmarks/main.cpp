@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
                 benchmarks::benchmarkFiles(path, turns);
                 benchmarks::benchmarkTree(path, turns);
             }
-            benchmarks::benchmarkSelecting(path, turns);
+            benchmarks::benchmarkCommands(path, turns);
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", argv[0], error.what());

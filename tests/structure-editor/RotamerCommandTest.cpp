@@ -16,6 +16,7 @@
 #include <QTemporaryDir>
 
 #include <memory>
+#include <utility>
 
 using namespace command_tools;
 using namespace window_tools;
@@ -289,9 +290,10 @@ private slots:
             TAVIK::GetResidues(target, residues, true);
             const quintptr kept = addressOf(residues[0]);
             const quintptr gone = addressOf(residues[1]);
-            other.onDelete = [&] {
+            other.onDelete = [&, done = false]() mutable {
+                if (std::exchange(done, true))
+                    return;
                 Compound* groups = itemAt(target, {"A", "Groups"});
-                other.onDelete = {};
                 const DataAdder<Compound> guard(nullptr, groups);
                 Compound* made = TAVIK::DataMaker::makeCore(groups, "R 3", "Residue");
                 made->SetSelected(true);
@@ -302,7 +304,9 @@ private slots:
             QCOMPARE(takeHostLog(), QStringList{callFor(kept)});
             destroyElsewhere(target);
         }
+#ifndef __SANITIZE_ADDRESS__ // It keeps freed addresses from being used again.
         QVERIFY(samePlace);
+#endif
         QCOMPARE(takeMessages(), QStringList(100, deleted));
     }
 

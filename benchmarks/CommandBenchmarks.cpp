@@ -55,9 +55,9 @@ gemmi::Structure asStructure(const std::vector<TAVIK::Compound*>& atoms) {
     return structure;
 }
 
-class Selecting {
+class Commands {
 public:
-    Selecting(const std::string& path, int turns) : m_turns(turns) {
+    Commands(const std::string& path, int turns) : m_turns(turns), m_path(path) {
         memory_host::openFile(path);
         m_item = *TAVIK::Space::instance()->ChildBegin();
         TAVIK::GetAtoms(m_item, m_atoms, true);
@@ -153,13 +153,24 @@ public:
         }
     }
 
+    // What the time of a command is divided by, and how much of it an item may take.
+    struct Measure {
+        std::size_t items;
+        const char* itemName;
+        const char* target;
+    };
+
     void command(const std::string& name, void (Vuxo::*slot)(),
                  const std::function<void()>& prepare, bool asks = false) {
+        command(name, slot, prepare, asks, {m_atoms.size(), "atom", "at most 60 ns"});
+    }
+    void command(const std::string& name, void (Vuxo::*slot)(),
+                 const std::function<void()>& prepare, bool asks, const Measure& measure) {
         run({.work = name,
              .size = m_atoms.size(),
-             .items = m_atoms.size(),
-             .itemName = "atom",
-             .target = "at most 60 ns",
+             .items = measure.items,
+             .itemName = measure.itemName,
+             .target = measure.target,
              .ours = {[&] {
                           prepare();
                           m_window.commUpdate();
@@ -175,7 +186,7 @@ public:
             m_turns);
     }
 
-    void commands() {
+    void selectCommands() {
         const auto nothing = [this] { m_item->SetSelected(false); };
         const auto everything = [this] { m_item->SetSelected(true); };
         const auto everyTenth = [this] {
@@ -191,7 +202,58 @@ public:
         command("\"Atoms by type\"", &Vuxo::SelectHydrogens, nothing, true);
     }
 
-    ~Selecting() { emptySpace(); }
+    void displayCommands() {
+        const auto selectAndShow = [this](bool select, bool show) {
+            return [this, select, show] {
+                m_item->SetSelected(select);
+                m_item->SetVisible(show);
+            };
+        };
+        const auto everything = selectAndShow(true, true);
+        command("\"Hide\" of everything", &Vuxo::SelectedHide, everything);
+        command("\"Show\" of everything", &Vuxo::SelectedShow, selectAndShow(true, false));
+        command("\"Hide unselected\" of everything", &Vuxo::UnselectedHide,
+                selectAndShow(false, true));
+        command("\"Set color\" of everything", &Vuxo::SelectedColor, everything, true);
+        command("\"Color by Temp\" of everything", &Vuxo::SelectedColorTemp, everything);
+        command("\"Default color\" of everything", &Vuxo::SelectedUnColor, everything);
+        command("\"Colour Atoms by Residue\" of everything", &Vuxo::SelectedColorGrp2Atom,
+                everything);
+        command("\"Next Model\" of every residue", &Vuxo::SelectedNextModel, everything, false,
+                {m_atoms.size(), "atom", "at most 100 ns"});
+    }
+
+    void deleteCommands() {
+        std::vector<TAVIK::Compound*> bonds;
+        TAVIK::GetItems<TAVIK::Bond>(m_item, bonds, true, nullptr, true);
+        const std::size_t bondCount = bonds.size() / 2;
+        const std::size_t residueCount = largestChain().second;
+        command("\"Atom\": every second one deleted", &Vuxo::KillAtoms,
+                [this] {
+                    reopen();
+                    for (std::size_t i = 0; i < m_atoms.size(); i += 2)
+                        m_atoms[i]->SetSelected(true);
+                },
+                false, {m_atoms.size() / 2, "atom deleted", "at most 300 ns"});
+        command("\"Bond\": every second one deleted", &Vuxo::KillBonds,
+                [&, this] {
+                    reopen();
+                    bonds.clear();
+                    TAVIK::GetItems<TAVIK::Bond>(m_item, bonds, true, nullptr, true);
+                    for (std::size_t i = 0; i < bonds.size(); i += 2)
+                        bonds[i]->SetSelected(true);
+                },
+                false, {bondCount, "bond deleted", "at most 300 ns"});
+        // The atoms, groups and bonds of the residues go, too.
+        command("\"Residue\": all of the largest chain deleted", &Vuxo::KillResidues,
+                [this] {
+                    reopen();
+                    largestChain().first->SetSelected(true);
+                },
+                false, {residueCount, "item deleted", "at most 300 ns"});
+    }
+
+    ~Commands() { emptySpace(); }
 
 private:
     std::vector<std::size_t> choose(std::size_t count, bool scattered) const {
@@ -207,7 +269,29 @@ private:
         return chosen;
     }
 
+    // Everything as the file has it.
+    void reopen() {
+        m_window.KillAll();
+        memory_host::openFile(m_path);
+        m_window.commAdd();
+        m_window.Populate(0);
+        m_item = *TAVIK::Space::instance()->ChildBegin();
+        m_atoms.clear();
+        TAVIK::GetAtoms(m_item, m_atoms, true);
+    }
+    // The chain with the most items in it, and how many these are.
+    std::pair<TAVIK::Compound*, std::size_t> largestChain() const {
+        std::vector<TAVIK::Compound*> chains;
+        TAVIK::GetItems<TAVIK::Molecule>(m_item, chains, true, nullptr, false);
+        std::pair<TAVIK::Compound*, std::size_t> largest{nullptr, 0};
+        for (TAVIK::Compound* chain : chains)
+            if (const std::size_t rows = rowCount(chain); rows > largest.second)
+                largest = {chain, rows};
+        return largest;
+    }
+
     int m_turns;
+    std::string m_path;
     TAVIK::Compound* m_item;
     std::vector<TAVIK::Compound*> m_atoms;
     Vuxo m_window;
@@ -215,16 +299,19 @@ private:
 
 } // namespace
 
-void benchmarkSelecting(const std::string& path, int turns) {
-    Selecting selecting(path, turns);
+void benchmarkCommands(const std::string& path, int turns) {
+    Commands commands(path, turns);
     for (const std::size_t centres : {10'000, 100'000})
         for (const bool scattered : {false, true})
-            selecting.withinRadius(centres, scattered);
-    selecting.byPattern(QStringLiteral("A.*"), QStringLiteral(".*"), QStringLiteral("CA"));
+            commands.withinRadius(centres, scattered);
+    commands.byPattern(QStringLiteral("A.*"), QStringLiteral(".*"), QStringLiteral("CA"));
     if (turns > 2)
-        selecting.byPattern(QStringLiteral(".*"), QStringLiteral("(ALA|GLY) .*"),
-                            QStringLiteral("C.?"));
-    selecting.commands();
+        commands.byPattern(QStringLiteral(".*"), QStringLiteral("(ALA|GLY) .*"),
+                           QStringLiteral("C.?"));
+    commands.selectCommands();
+    commands.displayCommands();
+    if (turns > 2)
+        commands.deleteCommands();
 }
 
 } // namespace benchmarks
