@@ -253,7 +253,7 @@ public:
                 false, {residueCount, "item deleted", "at most 300 ns"});
     }
 
-    ~Commands() { emptySpace(); }
+    ~Commands() { m_window.KillAll(); }
 
 private:
     std::vector<std::size_t> choose(std::size_t count, bool scattered) const {

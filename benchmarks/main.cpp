@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     memory_host::setLogFile(QString());
+    memory_host::setDataFolder(QStringLiteral(DATA_FOLDER));
     // What a command says of itself is not what is timed.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     try {
@@ -30,7 +31,7 @@ int main(int argc, char** argv) {
             const std::string path = benchmarks::ribosomeFile(argv[1], copies);
             // Ten million atoms are more than some of the competitors can hold.
             const bool huge = copies > 20;
-            const int turns = huge ? 2 : 5;
+            const int turns = huge ? 2 : copies > 1 ? 3 : 5;
             if (!huge) {
                 benchmarks::benchmarkFiles(path, turns);
                 benchmarks::benchmarkTree(path, turns);
