@@ -96,6 +96,13 @@ std::string number(double value) {
     return text.str();
 }
 
+// A bar would end the cell.
+std::string cell(std::string text) {
+    for (std::size_t at = 0; (at = text.find('|', at)) != std::string::npos; at += 2)
+        text.insert(at, 1, '\\');
+    return text;
+}
+
 std::string sizeName(std::size_t atoms) {
     return atoms >= 900'000 ? number(std::round(static_cast<double>(atoms) / 1e5) / 10.0) + " M"
                             : std::to_string(atoms / 1000) + " k";
@@ -136,9 +143,9 @@ void writeTable(std::ostream& out) {
     for (const Line& line : lines) {
         const Contest& c = line.contest;
         const double each = line.ourSeconds * 1e9 / static_cast<double>(c.items);
-        out << "| " << c.work << " | " << sizeName(c.size) << " | " << number(line.ourSeconds * 1e3)
-            << " ms | " << number(each) << " ns a " << c.itemName << " | "
-            << number(line.ourPeak / 1e6) << " MB | ";
+        out << "| " << cell(c.work) << " | " << sizeName(c.size) << " | "
+            << number(line.ourSeconds * 1e3) << " ms | " << number(each) << " ns per " << c.itemName
+            << " | " << number(line.ourPeak / 1e6) << " MB | ";
         if (c.peer.empty())
             out << "| | | | ";
         else
@@ -152,7 +159,7 @@ void writeTable(std::ostream& out) {
     for (const MemoryLine& line : memoryLines) {
         const auto items = static_cast<double>(line.items);
         out << "| " << line.work << " | " << sizeName(line.size) << " | "
-            << number(line.ourBytes / items) << " bytes a " << line.itemName << " | ";
+            << number(line.ourBytes / items) << " bytes per " << line.itemName << " | ";
         if (line.theirBytes < 0.0)
             out << "| | | ";
         else
