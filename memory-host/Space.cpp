@@ -166,7 +166,11 @@ void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all) {
     HostItem& record = HostItem::of(root);
     if (record.isHolder()) {
         const Contribution& sum = record.asHolder().sum;
-        out.reserve(out.size() + static_cast<std::size_t>(all ? sum.atoms : sum.selectedAtoms));
+        const std::size_t needed =
+            out.size() + static_cast<std::size_t>(all ? sum.atoms : sum.selectedAtoms);
+        // Callers gather from many composites in turn: room is never made for one of them alone.
+        if (needed > out.capacity())
+            out.reserve(std::max(needed, 2 * out.capacity()));
         collectAtoms(record.asHolder(), out, all);
     } else if (record.kind == Kind::Atom && (all || isSelected(record))) {
         out.push_back(root);
