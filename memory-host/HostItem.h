@@ -134,17 +134,18 @@ struct Holder : HostItem {
     /// Gives back what the vector does not need.
     void shrink();
 
-    Compound* self;
+    // First, so that the change of an atom finds it beside the marks of the record.
+    Contribution sum;               ///< of all children
+    std::uint32_t directLeaves = 0; ///< children that are no composites
     Compound** children = nullptr;
     std::uint32_t begin = 0;
     std::uint32_t end = 0;
+    std::uint32_t holes = 0; ///< null children between begin and end
     std::uint32_t capacity = 0;
-    std::uint32_t holes = 0;        ///< null children between begin and end
-    Contribution sum;               ///< of all children
-    std::uint32_t directLeaves = 0; ///< children that are no composites
-    std::uint32_t directAtoms = 0;  ///< children that are atoms
+    std::uint32_t directAtoms = 0; ///< children that are atoms
     /// Of a residue: how many of its atoms belong to the active model.
     std::uint32_t modelAtoms = 0;
+    Compound* self;
 
 private:
     void closeHoles();

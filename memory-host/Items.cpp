@@ -76,36 +76,46 @@ void BondItem::disconnect() {
 
 namespace {
 
-// Counts a leaf, or an empty composite, as shown or not.
-void countShown(HostItem& item, bool shown) {
-    const std::int32_t change = shown ? 1 : -1;
+// Carries a change of the number of shown leaves from an item to all levels above it.
+void countShown(const HostItem& item, std::int32_t change) {
+    if (change == 0)
+        return;
     for (Holder* holder = item.parent; holder; holder = holder->parent)
         changeState(*holder, [&] { holder->sum.shownLeaves += change; });
 }
 
-void setShown(HostItem& leaf, bool shown) {
+// Marks a leaf as shown or not; returns by how much that changes the number of shown leaves.
+std::int32_t markShown(HostItem& leaf, bool shown) {
     if (leaf.has(HostItem::Shown) == shown)
-        return;
+        return 0;
     changeState(leaf, [&] { leaf.set(HostItem::Shown, shown); });
-    countShown(leaf, shown);
+    return shown ? 1 : -1;
 }
 
 } // namespace
 
-void BondItem::updateShown() {
+std::int32_t BondItem::markShown() {
     bool shown = m_record.has(HostItem::Visible);
     for (const Compound* at : m_atoms)
         shown = shown && (!at || HostItem::of(at).has(HostItem::Shown));
-    setShown(m_record, shown);
+    return memory_host::markShown(m_record, shown);
+}
+
+void BondItem::updateShown() {
+    countShown(m_record, markShown());
+}
+
+std::int32_t AtomItem::markShown() {
+    const std::int32_t change = memory_host::markShown(
+        m_record, m_record.has(HostItem::Visible) && !m_record.has(HostItem::OtherModel));
+    if (change != 0)
+        for (BondItem* bond = m_bonds; bond; bond = bond->next(this))
+            bond->updateShown();
+    return change;
 }
 
 void AtomItem::updateShown() {
-    const bool shown = m_record.has(HostItem::Visible) && !m_record.has(HostItem::OtherModel);
-    if (shown == m_record.has(HostItem::Shown))
-        return;
-    setShown(m_record, shown);
-    for (BondItem* bond = m_bonds; bond; bond = bond->next(this))
-        bond->updateShown();
+    countShown(m_record, markShown());
 }
 
 void AtomItem::setValues(const AtomRecord& values) {
@@ -244,39 +254,40 @@ void setSelected(HostItem& item, bool on) {
     countSelected(item, change, item.kind == Kind::Atom ? change : 0);
 }
 
+namespace {
+
+// Marks everything in an item and counts it there; returns by how much the number of shown leaves
+// changes for what holds the item. Bonds that follow their atoms count themselves.
+std::int32_t showWithin(Compound& item, HostItem& record, bool on) {
+    if (record.isHolder() && record.asHolder().sum.leaves > 0) {
+        Holder& holder = record.asHolder();
+        std::int32_t change = 0;
+        Compound** const last = holder.childEnd();
+        for (Compound** child = holder.childBegin(); child != last; ++child)
+            if (HostItem& within = HostItem::of(*child); !listsMembers(within))
+                change += showWithin(**child, within, on);
+        if (change != 0)
+            changeState(holder, [&] { holder.sum.shownLeaves += change; });
+        return change;
+    }
+    if (record.has(HostItem::Visible) == on)
+        return 0;
+    changeState(record, [&] { record.set(HostItem::Visible, on); });
+    if (record.kind == Kind::Atom)
+        return static_cast<AtomItem&>(item).markShown();
+    if (record.kind == Kind::Bond)
+        return static_cast<BondItem&>(item).markShown();
+    return record.isHolder() ? (on ? 1 : -1) : markShown(record, on);
+}
+
+} // namespace
+
 void setVisible(HostItem& item, Compound* self, bool on) {
-    if (item.isHolder()) {
-        Holder& holder = item.asHolder();
-        if (holder.sum.leaves > 0) {
-            Compound** const last = holder.childEnd();
-            for (Compound** child = holder.childBegin(); child != last; ++child) {
-                HostItem& record = HostItem::of(*child);
-                if (!listsMembers(record))
-                    setVisible(record, *child, on);
-            }
-            return;
-        }
-    } else if (listsMembers(item)) {
+    if (listsMembers(item))
         for (Compound* member : static_cast<SetRecord&>(item).listed())
             setVisible(HostItem::of(member), member, on);
-        return;
-    }
-    if (item.has(HostItem::Visible) == on)
-        return;
-    changeState(item, [&] { item.set(HostItem::Visible, on); });
-    switch (item.kind) {
-    case Kind::Atom:
-        static_cast<AtomItem&>(*self).updateShown();
-        break;
-    case Kind::Bond:
-        static_cast<BondItem&>(*self).updateShown();
-        break;
-    default:
-        if (item.isHolder())
-            countShown(item, on);
-        else
-            setShown(item, on);
-    }
+    else
+        countShown(item, showWithin(*self, item, on));
 }
 
 void attachTo(Compound* child, Holder& parent) {

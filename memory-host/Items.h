@@ -5,6 +5,7 @@
 #include "HostItem.h"
 #include "Kinds.h"
 #include "Names.h"
+#include "Slabs.h"
 #include "Space.h"
 
 #include <array>
@@ -15,6 +16,9 @@ namespace memory_host {
 /// The operations that need only the record, for every kind of the interface.
 template <class Interface, class Record> class Item : public Interface {
 public:
+    static void* operator new(std::size_t size) { return takeBlock(size); }
+    static void operator delete(void* item, std::size_t size) noexcept { giveBlock(item, size); }
+
     std::string GetName() const override { return nameText(m_record.name); }
     std::string GetType() const override { return kindName(m_record.kind); }
     TAVIK::Vertex GetPosition() const override { return {}; }
@@ -50,6 +54,9 @@ public:
 template <class Interface, Kind kind> class LeafItem : public Item<Interface, HostItem> {
 public:
     explicit LeafItem(std::uint32_t name) : Item<Interface, HostItem>(kind, name) {}
+    bool IsSelected() const override { return this->m_record.has(HostItem::Selected); }
+    bool HasSelected() const override { return this->m_record.has(HostItem::Selected); }
+    bool IsVisible() const override { return this->m_record.has(HostItem::Shown); }
 };
 
 using CompositeItem = HolderItem<TAVIK::Composite, Kind::Composite>;
@@ -86,7 +93,9 @@ public:
     BondItem* next(const AtomItem* atom) const;
     void connect(AtomItem* a, AtomItem* b);
     void disconnect();
-    /// Brings the effective visibility in line with the own mark and with both atoms.
+    /// Brings the effective visibility in line with the own mark and with both atoms. The first
+    /// leaves it to the caller to count the change, which it returns, in what holds the bond.
+    std::int32_t markShown();
     void updateShown();
 
     std::array<Compound*, 2> m_atoms{};
@@ -105,7 +114,9 @@ public:
 
     /// Takes all values but the name and marks.
     void setValues(const AtomRecord& values);
-    /// Brings the effective visibility, and that of the bonds, in line with mark and model.
+    /// Brings the effective visibility, and that of the bonds, in line with mark and model. The
+    /// first leaves it to the caller to count the change, which it returns, in what holds the atom.
+    std::int32_t markShown();
     void updateShown();
 
     BondItem* m_bonds = nullptr;

@@ -97,7 +97,8 @@ void OutOfMemoryTest::makingFailsAsAWhole() {
                                                QCOMPARE(childrenOf(space()), before);
                                                QCOMPARE(faults(), QString());
                                            });
-    QVERIFY(granted > 0);
+    // A bond has no name of its own, and may find room in a slab.
+    QVERIFY(granted > 0 || (granted == 0 && made->GetType() == "Bond"));
     QVERIFY(made != nullptr);
     QCOMPARE(childrenOf(space()).size(), before.size() + 1);
     sample.chain->SetSelected(true);
