@@ -1,4 +1,10 @@
-// Opening structure and map files: PDB, mmCIF (each also gzipped) and CCP4/MRC maps.
+// Opening structure and map files: PDB, mmCIF (each also gzipped) and CCP4/MRC maps. The content
+// decides which of them a file is; its ending only where the content does not tell.
+//
+// An entry is a composite with the lower-case identifier of the file, or else the file's name
+// without endings; several models are entries of their own, as "1d3z.1". Chains have the author's
+// names, and residues the author's numbers and insertion codes. What has no name is called "_".
+// Names are Latin-1: UTF-8 is decoded, and what does not fit becomes "_", with a remark.
 #pragma once
 
 #include "Compound.h"
@@ -39,12 +45,14 @@ HOST_EXPORT ParsedFilePtr parseFile(const std::string& path);
 struct OpenedFile {
     std::vector<TAVIK::Compound*> items; ///< the new top-level items
     /// A line for everything that was read other than as written (replaced characters, atoms
-    /// without a usable position ...), in the form of a FileError's.
+    /// without a usable position ...), in the form of a FileError's; of one kind at most ten, and
+    /// then a line that says how many more there are.
     std::vector<std::string> remarks;
 };
 
 /// Builds the items of a parsed file aside, and attaches them in one step under a guard that tells
-/// every subscriber. Throws FileError when the guard is refused; the space is then as it was.
+/// every subscriber. Throws FileError when the guard is refused, or when memory runs out; the space
+/// is then as it was. `file` gives its content away: it opens once.
 /// `progress`, which may be empty, must not change the data space; what it throws leaves the space
 /// as it was, and arrives as a FileError if it is a std::exception, else as it is.
 HOST_EXPORT OpenedFile openParsed(ParsedFile& file, const Progress& progress);

@@ -82,8 +82,8 @@ void MapReader::turnBytes(std::size_t from, std::size_t to, std::size_t width) {
 bool MapReader::bringHeaderIntoByteOrder() {
     // Words 53 and 54 are text and the stamp, and so is what follows word 56.
     const auto turnHeader = [this] {
-        turnBytes(0, 52 * 4, 4);
-        turnBytes(54 * 4, 56 * 4, 4);
+        turnBytes(0, 208, 4);
+        turnBytes(216, 224, 4);
     };
     constexpr std::int32_t littleEndianStamp = 0x00004144;
     setWord(byteOrderWord, littleEndianStamp);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 /// Hands out pieces of `size` bytes from large blocks, one beside the other, so that rows that are
@@ -24,20 +25,17 @@ public:
     }
 #else
     void* take() {
-        ++m_live;
         if (m_free) {
-            Free* piece = m_free;
-            m_free = piece->next;
-            return piece;
+            ++m_live;
+            return std::exchange(m_free, m_free->next);
         }
         if (m_next == m_end) {
             m_blocks.push_back(std::unique_ptr<std::byte[]>(new std::byte[blockBytes]));
             m_next = m_blocks.back().get();
             m_end = m_next + blockBytes;
         }
-        void* piece = m_next;
-        m_next += size;
-        return piece;
+        ++m_live;
+        return std::exchange(m_next, m_next + size);
     }
 
     void give(void* piece) noexcept {

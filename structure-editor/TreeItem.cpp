@@ -312,10 +312,12 @@ void TreeItem::commAdd(Kinds& kinds) {
         std::sort(missing.begin(), missing.end(), byId);
     missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
 
+    std::vector<Detached> made;
     std::vector<TreeItem*> rows;
+    made.reserve(missing.size());
     rows.reserve(missing.size());
     for (TAVIK::Compound* c : missing)
-        rows.push_back(build(c, kinds));
+        rows.push_back(made.emplace_back(build(c, kinds)).get());
     root()->model.insert(this, std::move(rows));
 }
 
@@ -337,16 +339,16 @@ std::size_t TreeItem::find(const TAVIK::Compound* c, std::size_t expected) const
     return isIt(at) ? at : notFound;
 }
 
-TreeItem* TreeItem::build(TAVIK::Compound* c, Kinds& kinds) {
-    auto* const row = new TreeItem(c, kinds.of(c), 61);
+TreeItem::Detached TreeItem::build(TAVIK::Compound* c, Kinds& kinds) {
+    Detached row(new TreeItem(c, kinds.of(c), 61));
     if (!row->m_composite)
         return row;
     TAVIK::Compound** const begin = c->ChildBegin();
     TAVIK::Compound** const end = c->ChildEnd();
     row->reserve(static_cast<std::size_t>(end - begin));
     for (TAVIK::Compound** it = begin; it != end; ++it) {
-        TreeItem* const below = build(*it, kinds);
-        below->m_parent = row;
+        TreeItem* const below = build(*it, kinds).release();
+        below->m_parent = row.get();
         below->m_position = row->m_count;
         row->m_children[row->m_count++] = below;
         row->m_marked |= below->m_marked;
@@ -367,9 +369,12 @@ void TreeItem::reserve(std::size_t capacity) {
     m_capacity = static_cast<std::uint32_t>(capacity);
 }
 
-void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count) {
+void TreeItem::makeRoom(std::size_t count) {
     if (m_count + count > m_capacity)
-        reserve(std::max<std::size_t>(m_count + count, m_count ? m_count + m_count / 2 : 0));
+        reserve(std::max<std::size_t>(m_count + count, m_count + m_count / 2));
+}
+
+void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count) {
     TreeItem** const gap = m_children + position;
     std::copy_backward(gap, m_children + m_count, m_children + m_count + count);
     std::copy(rows, rows + count, gap);
@@ -387,6 +392,16 @@ void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std
         }
 }
 
+void TreeItem::takeChildren(std::uint32_t position, std::uint32_t count) {
+    TreeItem** const gap = m_children + position;
+    for (std::uint32_t i = 0; i != count; ++i)
+        gap[i]->m_parent = nullptr;
+    std::copy(gap + count, m_children + m_count, gap);
+    m_count -= count;
+    for (std::uint32_t i = position; i != m_count; ++i)
+        m_children[i]->m_position = i;
+}
+
 void TreeItem::sortChildren() {
     TreeItem** const end = m_children + m_count;
     const auto byId = [](const TreeItem* a, const TreeItem* b) { return a->m_id < b->m_id; };
@@ -399,7 +414,8 @@ void TreeItem::sortChildren() {
 
 bool FFF2(TAVIK::Compound* c, TreeItem* parent) {
     TreeItem::Kinds kinds;
-    parent->root()->model.insert(parent, {TreeItem::build(c, kinds)});
+    const TreeItem::Detached row = TreeItem::build(c, kinds);
+    parent->root()->model.insert(parent, {row.get()});
     return true;
 }
 

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -137,7 +138,17 @@ private:
     bool holdsNoSelection(bool selected) const;
     /// Unselects the rows from here on, where any are selected.
     void unmark();
-    static TreeItem* build(TAVIK::Compound* c, Kinds& kinds);
+
+    /// Deletes a row, unless it has come into a tree.
+    struct DeleteDetached {
+        void operator()(TreeItem* row) const {
+            if (!row->m_parent)
+                delete row;
+        }
+    };
+    using Detached = std::unique_ptr<TreeItem, DeleteDetached>;
+
+    static Detached build(TAVIK::Compound* c, Kinds& kinds);
     void commAdd(Kinds& kinds);
     std::size_t find(const TAVIK::Compound* c, std::size_t expected) const;
 
@@ -153,8 +164,13 @@ private:
     }
 
     void reserve(std::size_t capacity);
-    /// Puts `rows`, which have no parent yet, before the child at `position`.
+    /// Makes room for `count` more children; they can then be inserted without failing.
+    void makeRoom(std::size_t count);
+    /// Puts `rows`, which have no parent yet and for which there is room, before the child at
+    /// `position`.
     void insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count);
+    /// Takes `count` children from `position` on out again; they are in no tree then.
+    void takeChildren(std::uint32_t position, std::uint32_t count);
     /// Brings the children in order of their ids.
     void sortChildren();
 

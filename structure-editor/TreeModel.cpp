@@ -33,6 +33,7 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows) {
     const auto byId = [](const TreeItem* a, const TreeItem* b) { return a->m_id < b->m_id; };
     if (!std::is_sorted(rows.begin(), rows.end(), byId))
         std::stable_sort(rows.begin(), rows.end(), byId);
+    parent->makeRoom(rows.size());
 
     std::vector<Run> runs;
     TreeItem* const* const begin = parent->m_children;
@@ -64,7 +65,15 @@ void TreeModel::insertRun(TreeItem* parent, std::uint32_t position, TreeItem* co
     const std::uint32_t shown = m_root.descending ? parent->m_count - position : position;
     beginInsertRows(indexOf(parent), static_cast<int>(shown), static_cast<int>(shown + count - 1));
     parent->insertChildren(position, rows, count);
-    endInsertRows();
+    try {
+        endInsertRows();
+    } catch (...) {
+        // Who was to hear of the rows may not have heard of all: the view starts anew without them.
+        beginResetModel();
+        parent->takeChildren(position, count);
+        endResetModel();
+        throw;
+    }
 }
 
 template <class Change>

@@ -32,7 +32,8 @@ public:
     const TreeRoot* root() const { return &m_root; }
 
     /// Puts `rows`, none of which is in a tree, below `parent`: each to where its id belongs.
-    /// Neighbours come in one step.
+    /// Neighbours come in one step. The rows belong to the tree afterwards; when this throws, those
+    /// that have no parent do not.
     void insert(TreeItem* parent, std::vector<TreeItem*> rows);
     /// Deletes all rows.
     void clear();

@@ -47,7 +47,6 @@ TreeItem* TreeSelection::anchor() const {
 }
 
 bool TreeSelection::press(TreeItem* row, TreeItem* current, Qt::KeyboardModifiers modifiers) {
-    m_pressed = nullptr;
     if (modifiers & Qt::ShiftModifier) {
         extendTo(row, current ? current : anchor());
         return true;
@@ -66,7 +65,6 @@ bool TreeSelection::press(TreeItem* row, TreeItem* current, Qt::KeyboardModifier
 }
 
 bool TreeSelection::pressNothing(Qt::KeyboardModifiers modifiers) {
-    m_pressed = nullptr;
     return !(modifiers & Qt::ControlModifier) && setAll(false);
 }
 

@@ -19,6 +19,9 @@ public:
     /// Forgets rows: they are about to go.
     void forget();
 
+    /// A press that selected nothing is not to be made up for any more.
+    void forgetPress() { m_pressed = nullptr; }
+
     /// A press with the left button on `row`, while `current` (which may be null) is current.
     /// Returns whether anything is to be told: a plain press on a selected row waits for release().
     bool press(TreeItem* row, TreeItem* current, Qt::KeyboardModifiers modifiers);

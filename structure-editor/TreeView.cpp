@@ -106,6 +106,7 @@ void TreeView::mousePressEvent(QMouseEvent* event) {
     event->accept();
     const QPoint pos = event->position().toPoint();
     endDrag();
+    m_selection.forgetPress();
     m_ignoreDoubleClick = false;
     TreeItem* row = itemAt(pos);
     if (!row)

@@ -1,15 +1,20 @@
 // A second opinion on real files: gemmi's own readers.
 #include "FileTesting.h"
 
+#include <gemmi/cif.hpp>
 #include <gemmi/gz.hpp>
-#include <gemmi/mmread.hpp>
+#include <gemmi/mmcif.hpp>
+#include <gemmi/pdb.hpp>
 
 #include <algorithm>
 
 namespace file_testing {
 
 std::vector<std::vector<std::string>> gemmiAtoms(const std::string& path) {
-    const gemmi::Structure structure = gemmi::read_structure(gemmi::MaybeGzipped(path));
+    gemmi::MaybeGzipped file(path);
+    const gemmi::Structure structure = file.basepath().ends_with(".cif")
+                                           ? gemmi::make_structure(gemmi::cif::read(file))
+                                           : gemmi::read_pdb(file);
     std::vector<std::vector<std::string>> models;
     for (const gemmi::Model& model : structure.models) {
         std::vector<std::string>& texts = models.emplace_back();

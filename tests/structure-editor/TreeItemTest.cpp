@@ -1,4 +1,5 @@
 // Rows: what their cells say, how they are ordered, and how they carry selection and new items.
+#include "FailingMemory.h"
 #include "TreeTools.h"
 
 #include <QPersistentModelIndex>
@@ -618,6 +619,40 @@ private slots:
         QCOMPARE(top->nextSibling(), nullptr);
         QCOMPARE(top->parent(), nullptr);
         QCOMPARE(top->child(0)->firstChild(), nullptr);
+    }
+
+    void memoryThatRunsOutLeavesTheRowsAsTheyWere() {
+        SpyHolder molecule("M"), first("R1"), second("R2");
+        SpyLeaf a("a"), b("b");
+        second.hold(&a);
+        molecule.hold(&first);
+        TreeView tree;
+        auto* const top = new TreeItem(&tree, &molecule);
+        top->commAdd();
+        molecule.hold(&second);
+        first.hold(&b);
+        int failures = 0;
+        for (int granted = 0;; ++granted, ++failures) {
+            bool failed = false;
+            const int before = top->childCount() + top->child(0)->childCount();
+            {
+                const FailingMemory memory(granted, 1, 0);
+                try {
+                    top->commAdd();
+                } catch (const std::bad_alloc&) {
+                    failed = true;
+                }
+                if (FailingMemory::refusals() == 0)
+                    break;
+            }
+            QVERIFY(failed);
+            // What lies below an older row comes first, and as a whole.
+            const int after = top->childCount() + top->child(0)->childCount();
+            QVERIFY(after == before || (after == 2 && top->child(0)->childCount() == 1));
+        }
+        QVERIFY(failures >= 6);
+        QCOMPARE(childNames(top), (QStringList{"R1", "R2"}));
+        compareToHost(top);
     }
 
     void everyRowTakesLittleMemory() { QVERIFY(sizeof(TreeItem) <= 48); }

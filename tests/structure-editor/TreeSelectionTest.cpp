@@ -113,6 +113,18 @@ private slots:
         QCOMPARE(tree.takeSelections(), 0);
     }
 
+    void aPressWhoseReleaseWasLostIsForgotten() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(3, 1));
+        tree.click(top->child(0));
+        tree.click(top->child(1), Qt::ControlModifier);
+        tree.takeSelections();
+        tree.press(tree.cell(top->child(0), 0));
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, tree.mark(top->child(0)));
+        QCOMPARE(tree.selected(), (QStringList{"R1", "R1a", "R2", "R2a"}));
+        QCOMPARE(tree.takeSelections(), 0);
+    }
+
     void aPressInsideWhatIsSelectedAsAWholeUnselectsTheWhole() {
         // All rows change, and of those only the outermost goes to the host.
         ShownTree tree;
