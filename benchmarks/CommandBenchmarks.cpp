@@ -69,12 +69,15 @@ public:
     void withinRadius(std::size_t centres, bool scattered) {
         if (centres >= m_atoms.size())
             return;
+        const std::string work = "\"Any w/ rad.\" 4 Å around " + std::to_string(centres) +
+                                 (scattered ? " atoms picked at random" : " atoms of one region");
+        if (!isWanted(work))
+            return;
         const auto chosen = choose(centres, scattered);
         constexpr double radius = 4.0; // what the dialog offers
         gemmi::Structure structure = asStructure(m_atoms);
         std::size_t found = 0;
-        run({.work = "\"Any w/ rad.\" 4 Å around " + std::to_string(centres) +
-                     (scattered ? " atoms picked at random" : " atoms of one region"),
+        run({.work = work,
              .size = m_atoms.size(),
              .items = m_atoms.size(),
              .itemName = "atom",
@@ -310,8 +313,7 @@ void benchmarkCommands(const std::string& path, int turns) {
                            QStringLiteral("C.?"));
     commands.selectCommands();
     commands.displayCommands();
-    if (turns > 2)
-        commands.deleteCommands();
+    commands.deleteCommands();
 }
 
 } // namespace benchmarks

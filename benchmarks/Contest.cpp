@@ -32,6 +32,7 @@ struct Line {
 Clock::time_point started;
 std::vector<Line> lines;
 std::vector<MemoryLine> memoryLines;
+std::string wanted; // part of a work's name
 
 // The kernel's record of the most memory that the process has held; a write to clear_refs resets
 // it.
@@ -114,7 +115,17 @@ void startClock() {
     started = Clock::now();
 }
 
+void runOnly(const std::string& text) {
+    wanted = text;
+}
+
+bool isWanted(const std::string& work) {
+    return work.find(wanted) != std::string::npos;
+}
+
 void run(const Contest& contest, int turns) {
+    if (!isWanted(contest.work))
+        return;
     Line line{contest};
     std::cerr << contest.work << ", " << contest.size << " atoms ..." << std::flush;
     benchmark::ClearRegisteredBenchmarks();

@@ -43,6 +43,9 @@ struct MemoryLine {
 /// does not count.
 void startClock();
 
+/// From now on only works whose name holds `text` are run.
+void runOnly(const std::string& text);
+bool isWanted(const std::string& work);
 /// Runs a contest in `turns` turns each and keeps its line.
 void run(const Contest& contest, int turns);
 void add(const MemoryLine& line);

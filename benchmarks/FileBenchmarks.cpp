@@ -13,6 +13,9 @@ namespace benchmarks {
 
 void benchmarkFiles(const std::string& path, int turns) {
     MemoryLine memory;
+    memory.work = "the opened structure, bonds included";
+    if (!isWanted("opening the file") && !isWanted(memory.work))
+        return;
     {
         const double before = heapBytes();
         memory_host::openFile(path);
@@ -42,7 +45,6 @@ void benchmarkFiles(const std::string& path, int turns) {
          .theirs = {{}, readWithGemmi, [&] { structure.reset(); }}},
         turns);
 
-    memory.work = "the opened structure, bonds included";
     memory.size = memory.items = atoms;
     memory.itemName = "atom";
     memory.peer = "gemmi's structure, which has no bonds";

@@ -1,5 +1,6 @@
-// benchmarks STRUCTURES COPIES...: times our works beside their competitors on so many copies of
-// the ribosome each, and writes the table to standard output.
+// benchmarks [--only=TEXT] STRUCTURES COPIES...: times our works beside their competitors on so many
+// copies of the ribosome each, and writes the table to standard output. With --only, just the works
+// whose name holds TEXT.
 #include "Contest.h"
 #include "RealStructures.h"
 #include "Services.h"
@@ -13,12 +14,20 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <string_view>
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
+    const char* const program = argv[0];
+    const std::string_view option = argc > 1 ? argv[1] : "";
+    if (constexpr std::string_view only = "--only="; option.substr(0, only.size()) == only) {
+        benchmarks::runOnly(std::string(option.substr(only.size())));
+        --argc;
+        ++argv;
+    }
     if (argc < 3) {
-        std::fprintf(stderr, "usage: %s STRUCTURES COPIES...\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [--only=TEXT] STRUCTURES COPIES...\n", program);
         return 2;
     }
     memory_host::setLogFile(QString());
@@ -39,7 +48,7 @@ int main(int argc, char** argv) {
             benchmarks::benchmarkCommands(path, turns);
         }
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+        std::fprintf(stderr, "%s: %s\n", program, error.what());
         return 1;
     }
     benchmarks::writeTable(std::cout);

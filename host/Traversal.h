@@ -2,6 +2,7 @@
 // residues. `all` means everywhere: true for every item below the root, false for selected ones.
 #pragma once
 
+#include "ByClass.h"
 #include "Compound.h"
 #include "HostExport.h"
 #include "Kinds.h"
@@ -20,13 +21,13 @@ HOST_EXPORT void GetResidues(Compound* root, std::vector<Compound*>& out, bool a
 /// itself and nothing in it.
 HOST_EXPORT void GetSelected(Compound* root, std::vector<Compound*>& out);
 
-/// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
-/// `root` itself. What lies inside a `T` is not looked at. With `all` false only selected items
-/// are taken, and an item without any selection in it is not entered. `tag` is not read: it selects
-/// `T`. `parts` says whether the parts of a root that is no composite are looked through; they
-/// never are further down.
+/// What a walk that collects items of one kind does with an item.
+enum class WalkStep { Take, Enter, Skip };
+
+/// GetItems(), with what was learnt of the classes on the way.
 template <class T>
-void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* tag, bool parts) {
+void CollectItems(Compound* root, std::vector<Compound*>& out, bool all, bool parts,
+                  ByClass<WalkStep>& steps) {
     if (!root || (!all && !root->HasSelected()))
         return;
     const auto collect = [&](Compound** begin, Compound** end) {
@@ -34,11 +35,20 @@ void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* ta
             Compound* child = *it;
             if (!child)
                 continue;
-            if (dynamic_cast<T*>(child)) {
+            switch (steps.of(child, [](const Compound* item) {
+                return dynamic_cast<const T*>(item)           ? WalkStep::Take
+                       : dynamic_cast<const Composite*>(item) ? WalkStep::Enter
+                                                              : WalkStep::Skip;
+            })) {
+            case WalkStep::Take:
                 if (all || child->IsSelected())
                     out.push_back(child);
-            } else if (dynamic_cast<Composite*>(child)) {
-                GetItems<T>(child, out, all, tag, false);
+                break;
+            case WalkStep::Enter:
+                CollectItems<T>(child, out, all, false, steps);
+                break;
+            case WalkStep::Skip:
+                break;
             }
         }
     };
@@ -46,6 +56,17 @@ void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* ta
         collect(root->ChildBegin(), root->ChildEnd());
     else if (parts)
         collect(root->PartBegin(), root->PartEnd());
+}
+
+/// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
+/// `root` itself. What lies inside a `T` is not looked at. With `all` false only selected items
+/// are taken, and an item without any selection in it is not entered. `tag` is not read: it selects
+/// `T`. `parts` says whether the parts of a root that is no composite are looked through; they
+/// never are further down.
+template <class T>
+void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* /*tag*/, bool parts) {
+    ByClass<WalkStep> steps;
+    CollectItems<T>(root, out, all, parts, steps);
 }
 
 /// Gather everything first, then apply `f` to each item in order, so that `f` may change selection

@@ -96,8 +96,8 @@ std::int32_t markShown(HostItem& leaf, bool shown) {
 
 std::int32_t BondItem::markShown() {
     bool shown = m_record.has(HostItem::Visible);
-    for (const Compound* at : m_atoms)
-        shown = shown && (!at || HostItem::of(at).has(HostItem::Shown));
+    for (const int end : {0, 1})
+        shown = shown && (!m_atoms[0] || atom(end)->IsVisible());
     return memory_host::markShown(m_record, shown);
 }
 
@@ -105,12 +105,19 @@ void BondItem::updateShown() {
     countShown(m_record, markShown());
 }
 
+void BondItem::hide() {
+    countShown(m_record, memory_host::markShown(m_record, false));
+}
+
 std::int32_t AtomItem::markShown() {
     const std::int32_t change = memory_host::markShown(
         m_record, m_record.has(HostItem::Visible) && !m_record.has(HostItem::OtherModel));
-    if (change != 0)
+    if (change > 0)
         for (BondItem* bond = m_bonds; bond; bond = bond->next(this))
             bond->updateShown();
+    if (change < 0)
+        for (BondItem* bond = m_bonds; bond; bond = bond->next(this))
+            bond->hide();
     return change;
 }
 
@@ -187,6 +194,11 @@ Contribution contributionOf(const HostItem& item) {
 
 void addContribution(Holder* holder, Contribution change) {
     for (; holder && change != Contribution{}; holder = holder->parent) {
+        if (holder->sum.leaves > 0 && holder->sum.leaves + change.leaves > 0) {
+            // What is not empty, before or afterwards, counts as what it holds.
+            changeState(*holder, [&] { holder->sum += change; });
+            continue;
+        }
         const Contribution before = contributionOf(*holder);
         changeState(*holder, [&] {
             holder->sum += change;

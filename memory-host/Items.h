@@ -97,6 +97,8 @@ public:
     /// leaves it to the caller to count the change, which it returns, in what holds the bond.
     std::int32_t markShown();
     void updateShown();
+    /// The same when one of the atoms is known not to be shown.
+    void hide();
 
     std::array<Compound*, 2> m_atoms{};
     std::array<Links, 2> m_links{};

@@ -1,64 +1,138 @@
-// Memory for tree rows: millions of equal pieces that come and go together.
+// Memory for tree rows and their lists of children: millions of small pieces that come and go
+// together.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <new>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
-/// Hands out pieces of `size` bytes from large blocks, one beside the other, so that rows that are
-/// made one after the other are read one after the other. All blocks are given back when the last
-/// piece is. Sanitizers watch single pieces: for them each is a block of its own.
-template <std::size_t size> class RowPool {
+/// Cuts rows of `rowSize` bytes and arrays from large blocks, one beside the other, so that what is
+/// made one after the other is read one after the other. Sanitizers watch single pieces: for them
+/// each is a block of its own, and nothing is ever dropped.
+template <std::size_t rowSize> class RowPool {
 public:
     RowPool() = default;
     RowPool(const RowPool&) = delete;
     RowPool& operator=(const RowPool&) = delete;
+    ~RowPool() { dropAll(); }
 
 #ifdef __SANITIZE_ADDRESS__
-    void* take() {
-        return ::operator new(size);
+    void* takeRow() {
+        return ::operator new(rowSize);
     }
-    void give(void* piece) noexcept {
-        ::operator delete(piece);
+    void giveRow(void* row) noexcept {
+        ::operator delete(row);
     }
+    void* takeArray(std::size_t bytes) {
+        return ::operator new(bytes);
+    }
+    void giveArray(void* array, std::size_t) noexcept {
+        ::operator delete(array);
+    }
+    bool holdsOnly(std::size_t) const {
+        return false;
+    }
+    void dropAll() noexcept {}
+    void trim() noexcept {}
 #else
-    void* take() {
-        if (m_free) {
-            ++m_live;
-            return std::exchange(m_free, m_free->next);
+    void* takeRow() {
+        void* const row = take(rowSize);
+        ++m_rows;
+        return row;
+    }
+    void giveRow(void* row) noexcept {
+        give(row, rowSize);
+        if (--m_rows == 0) {
+            dropAll();
+            trim();
         }
-        if (m_next == m_end) {
-            m_blocks.push_back(std::unique_ptr<std::byte[]>(new std::byte[blockBytes]));
-            m_next = m_blocks.back().get();
-            m_end = m_next + blockBytes;
-        }
-        ++m_live;
-        return std::exchange(m_next, m_next + size);
     }
 
-    void give(void* piece) noexcept {
-        m_free = new (piece) Free{m_free};
-        if (--m_live > 0)
+    /// Memory for an array; it must go before the last row does.
+    void* takeArray(std::size_t bytes) {
+        if (bytes <= largestPiece)
+            return take(bytes);
+        void* const array = ::operator new(bytes);
+        try {
+            m_large.insert(array);
+        } catch (...) {
+            ::operator delete(array);
+            throw;
+        }
+        return array;
+    }
+    void giveArray(void* array, std::size_t bytes) noexcept {
+        if (!array)
             return;
-        m_blocks.clear();
-        m_blocks.shrink_to_fit();
-        m_free = nullptr;
+        if (bytes <= largestPiece) {
+            give(array, bytes);
+        } else {
+            m_large.erase(array);
+            ::operator delete(array);
+        }
+    }
+
+    /// Whether just so many rows are out.
+    bool holdsOnly(std::size_t rows) const {
+        return m_rows == rows;
+    }
+    /// Takes everything back, without a look at any of it. The blocks stay for what comes next.
+    void dropAll() noexcept {
+        for (void* array : m_large)
+            ::operator delete(array);
+        m_large.clear();
+        m_free = {};
         m_next = m_end = nullptr;
+        m_used = 0;
+        m_rows = 0;
+    }
+    /// Gives back the blocks that are not in use.
+    void trim() noexcept {
+        m_blocks.resize(m_used);
     }
 
 private:
     struct Free {
         Free* next;
     };
-    static_assert(size >= sizeof(Free) && size % alignof(std::max_align_t) == 0);
-    static constexpr std::size_t blockBytes = 1024 * size;
+    static constexpr std::size_t unit = alignof(std::max_align_t);
+    static constexpr std::size_t largestPiece = 1024;
+    static constexpr std::size_t blockSize = 64 * largestPiece;
+    static_assert(rowSize <= largestPiece && unit >= sizeof(Free));
+
+    static std::size_t units(std::size_t bytes) {
+        return (bytes + unit - 1) / unit;
+    }
+
+    void* take(std::size_t bytes) {
+        const std::size_t wanted = units(bytes);
+        if (Free*& free = m_free[wanted])
+            return std::exchange(free, free->next);
+        if (static_cast<std::size_t>(m_end - m_next) < wanted * unit) {
+            // The rest of the block is lost.
+            if (m_used == m_blocks.size())
+                m_blocks.push_back(std::unique_ptr<std::byte[]>(new std::byte[blockSize]));
+            m_next = m_blocks[m_used++].get();
+            m_end = m_next + blockSize;
+        }
+        return std::exchange(m_next, m_next + wanted * unit);
+    }
+    void give(void* piece, std::size_t bytes) noexcept {
+        Free*& free = m_free[units(bytes)];
+        free = ::new (piece) Free{free};
+    }
 
     std::vector<std::unique_ptr<std::byte[]>> m_blocks;
-    Free* m_free = nullptr;
+    std::size_t m_used = 0; ///< blocks that have been cut from; the others follow them
     std::byte* m_next = nullptr;
     std::byte* m_end = nullptr;
-    std::size_t m_live = 0;
+    std::array<Free*, largestPiece / unit + 1> m_free{}; ///< by size, in units
+    std::unordered_set<void*> m_large;
+    std::size_t m_rows = 0;
 #endif
 };

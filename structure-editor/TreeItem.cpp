@@ -7,10 +7,7 @@
 #include "TreeView.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 #include <new>
-#include <typeinfo>
 
 namespace {
 
@@ -41,32 +38,6 @@ template <class... Kinds> bool isOneOf(const TAVIK::Compound* c) {
 
 } // namespace
 
-// A run-time type test costs more than the rest of a row, and there are few classes: the answers
-// are kept while one batch of rows is made.
-class TreeItem::Kinds {
-public:
-    Kind of(const TAVIK::Compound* c) {
-        if (!c)
-            return Kind::Single;
-        const std::type_info* type = &typeid(*c);
-        for (std::size_t i = 0; i != m_count; ++i)
-            if (m_known[i].type == type)
-                return m_known[i].kind;
-        const Kind kind = kindOf(c);
-        if (m_count != m_known.size())
-            m_known[m_count++] = {type, kind};
-        return kind;
-    }
-
-private:
-    struct Known {
-        const std::type_info* type;
-        Kind kind;
-    };
-    std::array<Known, 16> m_known{};
-    std::size_t m_count = 0;
-};
-
 TreeItem::Kind TreeItem::kindOf(const TAVIK::Compound* c) {
     if (isOneOf<TAVIK::Composite>(c))
         return Kind::Composite;
@@ -75,11 +46,11 @@ TreeItem::Kind TreeItem::kindOf(const TAVIK::Compound* c) {
 }
 
 void* TreeItem::operator new(std::size_t) {
-    return pool().take();
+    return pool().takeRow();
 }
 
 void TreeItem::operator delete(void* row) noexcept {
-    pool().give(row);
+    pool().giveRow(row);
 }
 
 TreeItem::TreeItem(TAVIK::Compound* c, Kind kind, int line)
@@ -89,17 +60,44 @@ TreeItem::TreeItem(TAVIK::Compound* c, Kind kind, int line)
 }
 
 TreeItem::TreeItem(TreeView* parent, TAVIK::Compound* c) : TreeItem(c, kindOf(c), 43) {
-    parent->rows()->insert(parent->rows()->root(), {this});
+    parent->rows()->insert(parent->rows()->root(), {this}, 1);
 }
 
 TreeItem::TreeItem(TreeItem* parent, TAVIK::Compound* c) : TreeItem(c, kindOf(c), 61) {
-    parent->root()->model.insert(parent, {this});
+    parent->root()->model.insert(parent, {this}, 1);
 }
 
 TreeItem::~TreeItem() {
     for (std::uint32_t i = 0; i != m_count; ++i)
         delete m_children[i];
-    std::free(m_children); // NOLINT: see reserve()
+    giveArray(m_children, m_capacity);
+}
+
+// The root's list outlives the rows, and the pool's memory does not.
+TreeItem** TreeItem::takeArray(std::size_t capacity) const {
+    const std::size_t bytes = capacity * sizeof(TreeItem*);
+    return static_cast<TreeItem**>(m_isRoot ? ::operator new(bytes) : pool().takeArray(bytes));
+}
+
+void TreeItem::giveArray(TreeItem** array, std::size_t capacity) const noexcept {
+    if (m_isRoot)
+        ::operator delete(array);
+    else
+        pool().giveArray(array, capacity * sizeof(TreeItem*));
+}
+
+void TreeRoot::deleteRows() {
+    if (pool().holdsOnly(rows))
+        pool().dropAll();
+    else
+        for (std::uint32_t i = 0; i != m_count; ++i)
+            delete m_children[i];
+    m_count = 0;
+    rows = 0;
+}
+
+void TreeRoot::trimMemory() {
+    pool().trim();
 }
 
 const TreeRoot* TreeItem::root() const {
@@ -265,28 +263,33 @@ void TreeItem::unmark() {
 void TreeItem::UpdateSelection() {
     const bool selected = m_Compound && m_Compound->IsSelected();
     // What the walks over all rows wait for is memory: items without any selection in them are not
-    // asked one by one, and a row is written only where it changes.
+    // asked one by one, an item is called for before its turn, and a row is written only where it
+    // changes.
     if (holdsNoSelection(selected)) {
         unmark();
         return;
     }
-    if (m_selected != selected)
-        m_selected = selected;
     bool marked = selected;
+    constexpr std::uint32_t ahead = 12;
     for (std::uint32_t i = 0; i != m_count; ++i) {
-        m_children[i]->UpdateSelection();
-        marked |= m_children[i]->m_marked;
+        if (i + ahead < m_count)
+            __builtin_prefetch(m_children[i + ahead]->m_Compound);
+        TreeItem* const row = m_children[i];
+        if (row->m_count)
+            row->UpdateSelection();
+        else
+            row->mark(row->m_Compound && row->m_Compound->IsSelected(), false);
+        marked |= row->m_marked;
     }
-    if (m_marked != marked)
-        m_marked = marked;
+    mark(selected, marked);
 }
 
 void TreeItem::commAdd() {
-    Kinds kinds;
-    commAdd(kinds);
+    Batch batch;
+    commAdd(batch);
 }
 
-void TreeItem::commAdd(Kinds& kinds) {
+void TreeItem::commAdd(Batch& batch) {
     if (!m_composite)
         return;
     std::vector<TAVIK::Compound*> missing;
@@ -300,7 +303,7 @@ void TreeItem::commAdd(Kinds& kinds) {
             continue;
         }
         expected = at + 1;
-        m_children[at]->commAdd(kinds);
+        m_children[at]->commAdd(batch);
     }
     if (missing.empty())
         return;
@@ -314,11 +317,12 @@ void TreeItem::commAdd(Kinds& kinds) {
 
     std::vector<Detached> made;
     std::vector<TreeItem*> rows;
+    const std::size_t before = batch.rows;
     made.reserve(missing.size());
     rows.reserve(missing.size());
     for (TAVIK::Compound* c : missing)
-        rows.push_back(made.emplace_back(build(c, kinds)).get());
-    root()->model.insert(this, std::move(rows));
+        rows.push_back(made.emplace_back(build(c, batch)).get());
+    root()->model.insert(this, std::move(rows), batch.rows - before);
 }
 
 // Host children and rows are nearly always in the same order, so that the row is where the one
@@ -339,15 +343,16 @@ std::size_t TreeItem::find(const TAVIK::Compound* c, std::size_t expected) const
     return isIt(at) ? at : notFound;
 }
 
-TreeItem::Detached TreeItem::build(TAVIK::Compound* c, Kinds& kinds) {
-    Detached row(new TreeItem(c, kinds.of(c), 61));
+TreeItem::Detached TreeItem::build(TAVIK::Compound* c, Batch& batch) {
+    Detached row(new TreeItem(c, batch.kindOf(c), 61));
+    ++batch.rows;
     if (!row->m_composite)
         return row;
     TAVIK::Compound** const begin = c->ChildBegin();
     TAVIK::Compound** const end = c->ChildEnd();
     row->reserve(static_cast<std::size_t>(end - begin));
     for (TAVIK::Compound** it = begin; it != end; ++it) {
-        TreeItem* const below = build(*it, kinds).release();
+        TreeItem* const below = build(*it, batch).release();
         below->m_parent = row.get();
         below->m_position = row->m_count;
         row->m_children[row->m_count++] = below;
@@ -361,10 +366,9 @@ TreeItem::Detached TreeItem::build(TAVIK::Compound* c, Kinds& kinds) {
 void TreeItem::reserve(std::size_t capacity) {
     if (capacity <= m_capacity)
         return;
-    auto** const children = static_cast<TreeItem**>(
-        std::realloc(m_children, capacity * sizeof(TreeItem*))); // NOLINT: grows in place
-    if (!children)
-        throw std::bad_alloc();
+    TreeItem** const children = takeArray(capacity);
+    std::copy(m_children, m_children + m_count, children);
+    giveArray(m_children, m_capacity);
     m_children = children;
     m_capacity = static_cast<std::uint32_t>(capacity);
 }
@@ -413,9 +417,9 @@ void TreeItem::sortChildren() {
 }
 
 bool FFF2(TAVIK::Compound* c, TreeItem* parent) {
-    TreeItem::Kinds kinds;
-    const TreeItem::Detached row = TreeItem::build(c, kinds);
-    parent->root()->model.insert(parent, {row.get()});
+    TreeItem::Batch batch;
+    const TreeItem::Detached row = TreeItem::build(c, batch);
+    parent->root()->model.insert(parent, {row.get()}, batch.rows);
     return true;
 }
 

@@ -2,6 +2,7 @@
 // columns, and carries selection both ways: the user's to the host, the host's into the tree.
 #pragma once
 
+#include "ByClass.h"
 #include "Compound.h"
 
 #include <QColor>
@@ -123,8 +124,15 @@ private:
         Single,    ///< its selection is a mark of its own
         Other      ///< as a set: its selection may follow items that stand elsewhere
     };
-    /// The kinds of items, remembered by class while many rows are made.
-    class Kinds;
+    /// What is kept while many rows are made.
+    struct Batch {
+        TAVIK::ByClass<Kind> kinds;
+        std::size_t rows = 0; ///< how many were made
+
+        Kind kindOf(const TAVIK::Compound* c) {
+            return c ? kinds.of(c, TreeItem::kindOf) : Kind::Single;
+        }
+    };
 
     /// A row that is in no tree yet; `line` is what a null `c` is reported with.
     TreeItem(TAVIK::Compound* c, Kind kind, int line);
@@ -136,6 +144,12 @@ private:
     void CheckSelection(bool descending);
     /// Whether the host and the rows agree that nothing in a composite is selected.
     bool holdsNoSelection(bool selected) const;
+    void mark(bool selected, bool below) {
+        if (m_selected != selected)
+            m_selected = selected;
+        if (const bool marked = selected || below; m_marked != marked)
+            m_marked = marked;
+    }
     /// Unselects the rows from here on, where any are selected.
     void unmark();
 
@@ -148,8 +162,8 @@ private:
     };
     using Detached = std::unique_ptr<TreeItem, DeleteDetached>;
 
-    static Detached build(TAVIK::Compound* c, Kinds& kinds);
-    void commAdd(Kinds& kinds);
+    static Detached build(TAVIK::Compound* c, Batch& batch);
+    void commAdd(Batch& batch);
     std::size_t find(const TAVIK::Compound* c, std::size_t expected) const;
 
     /// The invisible row above all; null in a row that is in no tree.
@@ -163,6 +177,8 @@ private:
         return descending ? m_parent->m_count - 1 - m_position : m_position;
     }
 
+    TreeItem** takeArray(std::size_t capacity) const;
+    void giveArray(TreeItem** array, std::size_t capacity) const noexcept;
     void reserve(std::size_t capacity);
     /// Makes room for `count` more children; they can then be inserted without failing.
     void makeRoom(std::size_t count);

@@ -3,6 +3,7 @@
 #include "TreeView.h"
 
 #include <QColor>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -14,17 +15,11 @@ constexpr std::size_t fewRuns = 16;
 
 } // namespace
 
-void TreeRoot::deleteRows() {
-    for (std::uint32_t i = 0; i != m_count; ++i)
-        delete m_children[i];
-    m_count = 0;
-}
-
 TreeModel::TreeModel(TreeView* view) : QAbstractItemModel(view), m_view(view), m_root(*this) {}
 
 TreeModel::~TreeModel() = default;
 
-void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows) {
+void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_t count) {
     struct Run {
         std::uint32_t position;
         std::size_t first;
@@ -54,10 +49,11 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows) {
             insertRun(parent, run.position, rows.data() + run.first,
                       static_cast<std::uint32_t>(run.end - run.first));
         }
-        return;
+    } else {
+        insertRun(parent, parent->m_count, rows.data(), static_cast<std::uint32_t>(rows.size()));
+        rearrange({indexOf(parent)}, [&] { parent->sortChildren(); });
     }
-    insertRun(parent, parent->m_count, rows.data(), static_cast<std::uint32_t>(rows.size()));
-    rearrange({indexOf(parent)}, [&] { parent->sortChildren(); });
+    m_root.rows += count;
 }
 
 void TreeModel::insertRun(TreeItem* parent, std::uint32_t position, TreeItem* const* rows,
@@ -96,6 +92,7 @@ void TreeModel::clear() {
     m_leaving = true;
     beginRemoveRows({}, 0, m_root.childCount() - 1);
     m_root.deleteRows();
+    QTimer::singleShot(0, this, &TreeRoot::trimMemory);
     m_leaving = false;
     endRemoveRows();
 }

@@ -10,10 +10,12 @@ class TreeRoot : public TreeItem {
 public:
     explicit TreeRoot(TreeModel& ofModel) : model(ofModel) { m_isRoot = true; }
     ~TreeRoot() = default;
-    /// Deletes all rows.
+    /// Deletes all rows. Their memory stays for rows that come next, until it is trimmed.
     void deleteRows();
+    static void trimMemory();
 
     TreeModel& model;
+    std::size_t rows = 0;    ///< how many there are; less where memory ran out as they came
     bool descending = false; ///< shown by falling id
 };
 
@@ -32,9 +34,9 @@ public:
     const TreeRoot* root() const { return &m_root; }
 
     /// Puts `rows`, none of which is in a tree, below `parent`: each to where its id belongs.
-    /// Neighbours come in one step. The rows belong to the tree afterwards; when this throws, those
-    /// that have no parent do not.
-    void insert(TreeItem* parent, std::vector<TreeItem*> rows);
+    /// Neighbours come in one step. With what lies below them they are `count` rows. They belong to
+    /// the tree afterwards; when this throws, those that have no parent do not.
+    void insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_t count);
     /// Deletes all rows.
     void clear();
 

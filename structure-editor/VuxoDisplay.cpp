@@ -90,8 +90,8 @@ void Vuxo::SelectedColorTemp() {
         if (!map.isValid())
             return;
         TAVIK::ForAtoms(root, false, [&map](TAVIK::Compound* item) {
-            if (const auto* const atom = dynamic_cast<TAVIK::Atom*>(item))
-                item->SetColor(map.lookupValue(atom->GetTemperature()));
+            // Whatever ForAtoms() meets is an atom.
+            item->SetColor(map.lookupValue(static_cast<TAVIK::Atom*>(item)->GetTemperature()));
         });
     });
 }
