@@ -4,7 +4,8 @@
 #include "Names.h"
 
 #include <array>
-#include <unordered_map>
+#include <cstdint>
+#include <vector>
 
 namespace memory_host {
 
@@ -32,14 +33,18 @@ constexpr std::uint32_t otherKind = 0xffffffff;
 Color defaultColor(const HostItem& item) {
     if (item.kind != Kind::Atom)
         return Color(otherKind);
-    static const auto* const bySymbol = [] {
-        auto* const map = new std::unordered_map<std::uint32_t, std::uint32_t>;
-        for (const auto& [symbol, rgba] : elementColours)
-            map->emplace(internName(symbol), rgba);
-        return map;
+    // By the number of the symbol, all of which are numbered at once.
+    static const auto* const byType = [] {
+        auto* const colours = new std::vector<std::uint32_t>;
+        for (const auto& [symbol, rgba] : elementColours) {
+            const std::uint32_t type = internName(symbol);
+            if (type >= colours->size())
+                colours->resize(type + 1, otherElement);
+            (*colours)[type] = rgba;
+        }
+        return colours;
     }();
-    const auto found = bySymbol->find(item.type);
-    return Color(found == bySymbol->end() ? otherElement : found->second);
+    return Color(item.type < byType->size() ? (*byType)[item.type] : otherElement);
 }
 
 } // namespace memory_host

@@ -221,6 +221,8 @@ void TreeItem::setOpen(bool open) {
 void TreeItem::setSelected(bool s) {
     m_Dirty = true;
     m_selected = s;
+    if (TreeRoot* tree = root())
+        tree->inStep = false;
     for (TreeItem* row = this; s && row && !row->m_marked; row = row->m_parent)
         row->m_marked = true;
 }

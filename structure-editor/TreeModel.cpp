@@ -29,6 +29,7 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_
     if (!std::is_sorted(rows.begin(), rows.end(), byId))
         std::stable_sort(rows.begin(), rows.end(), byId);
     parent->makeRoom(rows.size());
+    m_root.inStep = false;
 
     std::vector<Run> runs;
     TreeItem* const* const begin = parent->m_children;
@@ -92,6 +93,7 @@ void TreeModel::clear() {
     m_leaving = true;
     beginRemoveRows({}, 0, m_root.childCount() - 1);
     m_root.deleteRows();
+    m_root.inStep = false;
     QTimer::singleShot(0, this, &TreeRoot::trimMemory);
     m_leaving = false;
     endRemoveRows();

@@ -17,6 +17,8 @@ public:
     TreeModel& model;
     std::size_t rows = 0;    ///< how many there are; less where memory ran out as they came
     bool descending = false; ///< shown by falling id
+    bool inStep = false; ///< no row has come or was changed by the user since all took the host's
+                         ///< selection over
 };
 
 /// Owns the rows. Rows come one at a time or with all that lies below them, and go only all at

@@ -73,6 +73,17 @@ void TreeView::clear() {
     m_rows->clear();
 }
 
+void TreeView::UpdateSelection() {
+    TreeRoot* const root = m_rows->root();
+    for (int i = 0; i != root->childCount(); ++i)
+        root->child(i)->UpdateSelection();
+    root->inStep = true;
+}
+
+bool TreeView::isInStep() const {
+    return m_rows->root()->inStep;
+}
+
 void TreeView::triggerUpdate() {
     fitColumns();
     viewport()->update();

@@ -36,6 +36,11 @@ public:
     void setCurrentItem(TreeItem* row);
     /// Deletes all rows. Emits nothing.
     void clear();
+    /// All rows take the host's selection over.
+    void UpdateSelection();
+    /// Whether the rows still are as UpdateSelection() left them: those that were there, as it
+    /// marked them.
+    bool isInStep() const;
     /// Width that a column keeps free left of its content, in pixels.
     int itemMargin() const { return 1; }
 

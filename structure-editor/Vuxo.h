@@ -10,6 +10,7 @@
 #include "Subscriber.h"
 
 #include <QPointer>
+#include <QScopedValueRollback>
 #include <QtGlobal>
 
 #include <string>
@@ -27,6 +28,13 @@ enum class SetOperation;
 
 /// What the window says of a change that the host refuses.
 enum class Refusal { Report, Silent };
+
+/// What a change of data asks of the window.
+enum class Refresh {
+    Nothing,   ///< only the guard's end tells of the change
+    Looks,     ///< nothing was selected or unselected: the rows need not be asked one by one
+    Everything ///< all marks
+};
 
 /// The Structure Editor's one window. It owns no data: it shows the host's, changes them inside
 /// change guards only, and hears of every change that others make, also while it is hidden.
@@ -167,8 +175,7 @@ private:
     /// The order of every change of data, in one place: finds nothing to do without an `item`;
     /// takes the guard; a refused one is said and changes nothing; else changes the data by
     /// `apply(item)` and shows the change, before the guard ends and the host tells the others. An
-    /// `apply` that returns false leaves the window as it is. Exceptions pass: for use inside of
-    /// attempt().
+    /// `apply` may return what is to be refreshed. Exceptions pass: for use inside of attempt().
     template <template <class> class Guard, class Item, class Apply>
     void withGuard(Item* item, Apply apply, Refusal refusal = Refusal::Report) {
         if (!item)
@@ -177,9 +184,13 @@ private:
         if (!guard.m_good) {
             if (refusal == Refusal::Report)
                 qDebug("%s", "Cannot update CDB!");
-        } else if constexpr (std::is_same_v<decltype(apply(item)), bool>) {
-            if (apply(item))
-                showChange(guard);
+        } else if constexpr (std::is_same_v<decltype(apply(item)), Refresh>) {
+            const Refresh refresh = apply(item);
+            // There may be no window any more when there is nothing to refresh.
+            if (refresh == Refresh::Nothing)
+                return;
+            const QScopedValueRollback stays(m_selectionStays, refresh == Refresh::Looks);
+            showChange(guard);
         } else {
             apply(item);
             showChange(guard);
@@ -209,6 +220,7 @@ private:
     /// What the window's checks name as their source.
     static constexpr const char* source = "Vuxo";
 
+    bool m_selectionStays = false; ///< what is refreshed now changed the looks of items only
     TreeView* m_Tree;
     ListBox* m_List;
     int m_Current; ///< index among the top-level items of the one in the tree; -1 for none

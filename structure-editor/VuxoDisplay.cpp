@@ -30,6 +30,7 @@ void Vuxo::setSelectedVisible(bool on, const char* command) {
         rootItem(),
         [on](TAVIK::Compound* root) {
             TAVIK::ForAtoms(root, false, [on](TAVIK::Compound* atom) { atom->SetVisible(on); });
+            return Refresh::Looks;
         },
         Refusal::Report, command);
 }
@@ -47,8 +48,7 @@ void Vuxo::hideUnselected(TAVIK::Compound* root, const char* command) {
         root,
         [](TAVIK::Compound* item) {
             TAVIK::ForAtoms(item, true, HideIf);
-            // The window is not refreshed here: only the guard's end tells of the change.
-            return false;
+            return Refresh::Nothing;
         },
         Refusal::Report, command);
 }
@@ -69,6 +69,7 @@ void Vuxo::SelectedColor() {
         const Color color(chosen->rgba());
         withGuard<DataPoint>(rootItem(), [this, &color](TAVIK::Compound*) {
             forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); });
+            return Refresh::Looks;
         });
     });
 }
@@ -87,12 +88,12 @@ void Vuxo::SelectedColorTemp() {
         Colormap map("BlueRedTR.cm", 100, "No name");
         map.setMinMax(0.0F, 60.0F);
         // The host has said why it could not read the map; without it every colour is as good.
-        if (!map.isValid())
-            return;
-        TAVIK::ForAtoms(root, false, [&map](TAVIK::Compound* item) {
-            // Whatever ForAtoms() meets is an atom.
-            item->SetColor(map.lookupValue(static_cast<TAVIK::Atom*>(item)->GetTemperature()));
-        });
+        if (map.isValid())
+            TAVIK::ForAtoms(root, false, [&map](TAVIK::Compound* item) {
+                // Whatever ForAtoms() meets is an atom.
+                item->SetColor(map.lookupValue(static_cast<TAVIK::Atom*>(item)->GetTemperature()));
+            });
+        return Refresh::Looks;
     });
 }
 

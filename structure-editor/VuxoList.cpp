@@ -100,13 +100,13 @@ void Vuxo::toggleVisible(int index, const std::string& name) {
         TAVIK::Compound* ch = topLevelItem(index);
         checkThat(ch, "ch", source, 453);
         if (!ch)
-            return false;
+            return Refresh::Nothing;
         checkThat(ch->GetName() == name, "ch->GetName() == Name", source, 456);
         ch->ToggleVisible();
         // A hidden item never stays selected.
         if (!ch->IsVisible())
             ch->SetSelected(false);
-        return true;
+        return Refresh::Everything;
     });
 }
 

@@ -52,9 +52,9 @@ void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label) {
         const std::optional<double> radius = askRadius(label);
         TAVIK::Compound* found = radius ? asked.inSpace() : nullptr;
         if (!window || !found)
-            return false;
+            return Refresh::Nothing;
         selectAround(found, *radius);
-        return true;
+        return Refresh::Everything;
     });
 }
 
@@ -74,7 +74,7 @@ void Vuxo::SelectHydrogens() {
 void Vuxo::SelectGridBounds() {
     change<DataPoint>(TAVIK::Space::instance(), [](TAVIK::Compound* space) {
         boundGrids(space);
-        return false; // Nothing that the window shows has changed.
+        return Refresh::Nothing; // The window shows none of it.
     });
 }
 

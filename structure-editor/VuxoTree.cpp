@@ -37,8 +37,8 @@ void Vuxo::SelectionChanged() {
 }
 
 void Vuxo::commUpdate() {
-    if (TreeItem* top = m_Tree->firstChild())
-        top->UpdateSelection();
+    if (!m_selectionStays || !m_Tree->isInStep())
+        m_Tree->UpdateSelection();
     m_Tree->triggerUpdate();
     UpdateList();
 }

@@ -96,6 +96,39 @@ private slots:
         QVERIFY(!bonds->IsVisible());
     }
 
+    void theyTakeBackWhatARefusedSelectionMarked() {
+        Compound* shown = addLine("1abc", {0, 1});
+        selectAtoms(shown, {0});
+        showWindow();
+        // Again and again: what the user changed was never handed over.
+        for (int turn = 0; turn != 3; ++turn) {
+            display("Hide"); // nothing is to be brought in line afterwards
+            {
+                const memory_host::SpaceLock lock;
+                clickRow(*m_window, {"1abc", "A", "Groups"});
+            }
+            QCOMPARE(takeMessages(), QStringList("Cannot update CDB!"));
+            QVERIFY(isMarked(*m_window, {"1abc", "A", "Groups"}));
+            display("Show");
+            QVERIFY(!isMarked(*m_window, {"1abc", "A", "Groups"}));
+        }
+        QCOMPARE(selectedNames(shown), "C0");
+    }
+
+    void theyBringRowsThatCameInLineWithTheirParents() {
+        Compound* shown = addLine("1abc", {0, 1});
+        Compound* group = itemAt(shown, {"A", "Groups", "UNL 1", "Group"});
+        group->SetSelected(true);
+        showWindow();
+        display("Hide");
+        QVERIFY(isMarked(*m_window, {"1abc", "A", "Groups", "UNL 1"}));
+        addAtomTo(group, "C9");
+        display("Show");
+        QVERIFY(!isMarked(*m_window, {"1abc", "A", "Groups", "UNL 1"}));
+        QVERIFY(isMarked(*m_window, {"1abc", "A", "Groups", "UNL 1", "Group", "C0"}));
+        QVERIFY(!isMarked(*m_window, {"1abc", "A", "Groups", "UNL 1", "Group", "C9"}));
+    }
+
     void hideAndShowRefreshTheWindowBeforeOthersHear() {
         Compound* shown = addLine("1abc", {0, 1});
         shown->SetSelected(true);
