@@ -14,9 +14,11 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextBrowser>
+#include <QTextCursor>
 #include <QToolBar>
 
 #include <cctype>
+#include <utility>
 
 namespace {
 
@@ -95,6 +97,8 @@ protected:
         QUrl page = source().resolved(url);
         page.setPath(pageFile(page.path()));
         QTextBrowser::doSetSource(page, QTextDocument::MarkdownResource);
+        if (std::exchange(m_isNew, false))
+            freeBars();
         if (page.hasFragment())
             scrollToHeading(page.fragment(QUrl::FullyDecoded));
     }
@@ -102,6 +106,7 @@ protected:
     QVariant loadResource(int type, const QUrl& name) override {
         if (type != QTextDocument::MarkdownResource)
             return QTextBrowser::loadResource(type, name);
+        m_isNew = true;
         const QString path = QDir::cleanPath(name.toLocalFile());
         TextFile file;
         if (path.startsWith(helpFolder().path() + u'/'))
@@ -117,6 +122,19 @@ protected:
     }
 
 private:
+    /// A bar within a cell of a table has a backslash before it. Qt takes that away in text, but
+    /// leaves it in code, where a reader would take it for a part of what to type.
+    void freeBars() {
+        const QString escaped = QStringLiteral("\\|");
+        QTextCursor found = document()->find(escaped);
+        while (!found.isNull()) {
+            const int at = found.selectionStart();
+            if (found.currentTable() && found.charFormat().fontFixedPitch())
+                found.insertText(QStringLiteral("|"));
+            found = document()->find(escaped, at + 1);
+        }
+    }
+
     /// Markdown names no places, so that the headings are looked through. The second heading of the
     /// same words is "words-1", the third "words-2".
     void scrollToHeading(const QString& anchor) {
@@ -133,6 +151,8 @@ private:
             return;
         }
     }
+
+    bool m_isNew = false; ///< a page was read whose bars are not free yet
 };
 
 class HelpWindow : public QMainWindow {

@@ -117,6 +117,23 @@ private slots:
         QVERIFY(!text.contains(u'|'));
     }
 
+    // What a reader sees of code is what is to be typed.
+    void aBarInACellNeedsABackslashThatIsNotShown() {
+        write("page.md",
+              "# The title\n\n`a\\|b`\n\n| one | two |\n|---|---|\n"
+              "| `(A\\|B)` x\\|y | `\\d\\|\\|` |\n| [here](#the-end) | `c` |\n\n# The end\n");
+        const QString expected =
+            "The title\na\\|b\none\ntwo\n(A|B) x|y\n\\d||\nhere\nc\n\nThe end";
+        HelpViewer::Show("page");
+        QCOMPARE(shownText(), expected);
+        HelpViewer::Show("page");
+        QCOMPARE(shownText(), expected);
+        clickOn("here");
+        QCOMPARE(shownText(), expected);
+        QTextCursor code = browser()->document()->find("(A|B)");
+        QVERIFY(code.charFormat().fontFixedPitch());
+    }
+
     void theEndingMayBeNamed() {
         write("page.md", "# The title\n");
         HelpViewer::Show("page.md");
