@@ -35,6 +35,10 @@ NamePattern::NamePattern(const QString& expression, const Limits& limits)
         return;
     }
     m_cost = estimate(syntax);
+    if (m_cost.tooManyLookAheads) {
+        m_valid = false;
+        return;
+    }
     // QRegExp has the last word on what is valid, where it can be asked.
     if (m_cost.compilable) {
         m_regExp.emplace(expression);
@@ -43,7 +47,6 @@ NamePattern::NamePattern(const QString& expression, const Limits& limits)
             return;
         }
     }
-    // How many look-aheads there may be is QRegExp's to say.
     const bool isKnown = !syntax.hasBackReferences && (!syntax.hasLookAheads || m_cost.compilable);
     if (isKnown && m_cost.instructions <= m_limits.instructions) {
         m_automaton.emplace(translate(syntax), std::make_shared<Alphabet>(syntax),

@@ -91,7 +91,7 @@ Automaton::Index Automaton::follow(Index from, Index column) {
         gather(m_now, m_members[i], state.before);
     bool accepted = false;
     // The list grows on the way: a condition that holds adds what stands behind it.
-    for (std::size_t i = 0; i < m_now.members().size() && !accepted; ++i) {
+    for (std::size_t i = 0; i < m_now.members().size() && !accepted && !isExhausted(); ++i) {
         const Index thread = m_now.members()[i];
         const Instruction& instruction = m_program.code[m_threads.place(thread)];
         if (instruction.kind == Instruction::Assert) {
@@ -140,15 +140,18 @@ bool Automaton::holds(Condition condition, Before before, Index column) const {
 }
 
 /// Adds the threads that one becomes without taking a character. Returns true, and may stop, when
-/// one of them ends a match.
+/// one of them ends a match. Stops, too, when the bounds are exceeded: where look-aheads are open
+/// there can be any number of threads at one place.
 bool Automaton::gather(Gathering& into, Index from, Before before) {
     m_todo.assign(1, from);
-    while (!m_todo.empty()) {
+    while (!m_todo.empty() && !isExhausted()) {
         const Index thread = m_todo.back();
         m_todo.pop_back();
         if (!into.visit(thread))
             continue;
         m_work -= 1;
+        if (m_threads.memory() > m_bounds.memory)
+            m_work = -1;
         const Index open = m_threads.open(thread);
         const Instruction& instruction = m_program.code[m_threads.place(thread)];
         switch (instruction.kind) {

@@ -28,7 +28,7 @@ public:
         /// Steps that may be spent on making states, for all names together: a start, and what
         /// every character adds. The time for many names is thus linear in their length.
         double work = 2e8;
-        double workPerCharacter = 100;
+        double workPerCharacter = 20;
     };
 
     /// For a Program and the Alphabet of its pattern.

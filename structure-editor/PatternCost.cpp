@@ -13,6 +13,9 @@ constexpr double mostCaptureCells = 2e6;
 constexpr int mostDepth = 500;
 /// QRegExp tells no more classes apart.
 constexpr int mostClasses = 65535;
+/// With more of them, which stand in no look-ahead or all in the same, QRegExp calls a pattern
+/// invalid. It reads each copy of a repeated one anew.
+constexpr double mostLookAheads = 13;
 
 /// A part of a pattern, as QRegExp builds it: a state for each character, and a transition for each
 /// pair of characters that can follow one another. "First" and "last" states are those where the
@@ -36,15 +39,21 @@ struct Part {
     double skipTests = 0;
     double edgeTests = 0;
     double tests = 0;
-    int power = 0; ///< how deep look-aheads stand in one another
+    int power = 0;          ///< how deep look-aheads stand in one another
+    double lookAheads = 0;  ///< number of them, but for those in others
+    bool isInvalid = false; ///< for too many look-aheads in one
 };
 
-constexpr double copying = 0.1; // of a list's entry, in steps
+// In steps: copying a list's entry, reading a character or the like, and making the engine that
+// QRegExp has for each look-ahead, each time that it reads one.
+constexpr double copying = 0.1;
+constexpr double reading = 100;
+constexpr double makingEngine = 1e4;
 
 Part leaf() {
     Part part;
     part.instructions = 1;
-    part.work = 10;
+    part.work = reading;
     return part;
 }
 
@@ -65,6 +74,12 @@ Part assertion() {
     Part part = leaf();
     part.skippable = true;
     return part;
+}
+
+void joinLookAheads(Part& part, const Part& left, const Part& right) {
+    part.power = std::max(left.power, right.power);
+    part.lookAheads = left.lookAheads + right.lookAheads;
+    part.isInvalid = left.isInvalid || right.isInvalid;
 }
 
 Part sequence(const Part& left, const Part& right) {
@@ -92,7 +107,7 @@ Part sequence(const Part& left, const Part& right) {
     part.edgeTests = std::max(left.edgeTests + right.skipTests, left.skipTests + right.edgeTests);
     part.work += part.skipConditions + part.edgeConditions;
     part.tests = left.tests + right.tests + joints * (left.edgeTests + right.edgeTests);
-    part.power = std::max(left.power, right.power);
+    joinLookAheads(part, left, right);
     return part;
 }
 
@@ -117,7 +132,7 @@ Part choice(const Part& left, const Part& right) {
     part.skipTests = left.skipTests + right.skipTests;
     part.edgeTests = std::max(left.edgeTests, right.edgeTests);
     part.tests = left.tests + right.tests;
-    part.power = std::max(left.power, right.power);
+    joinLookAheads(part, left, right);
     return part;
 }
 
@@ -149,6 +164,7 @@ Part copies(const Part& operand, double count, double least) {
     part.states *= count;
     part.work *= count;
     part.tests *= count;
+    part.lookAheads *= count;
     part.transitions *= count;
     if (count == 1)
         return part;
@@ -178,6 +194,8 @@ Part repetition(const Part& operand, int least, int most) {
     if (most == 0) {
         Part part = nothing();
         part.work = operand.work;
+        part.lookAheads = operand.lookAheads;
+        part.isInvalid = operand.isInvalid;
         return part;
     }
     if (most == unlimited) {
@@ -199,9 +217,13 @@ double matchAtOnePlace(const Part& part, int captures) {
 Part lookAhead(const Part& operand, int captures) {
     Part part = assertion();
     part.instructions = operand.instructions + 2;
-    part.work += operand.work;
+    // Its engine takes memory of its own, which counts as the work that is as much of the bounds.
+    part.work += operand.work + makingEngine + mostWork / mostTransitions * operand.transitions +
+                 mostWork / mostCaptureCells * (operand.states + 2) * (captures + 1);
     part.skipTests = matchAtOnePlace(operand, captures);
     part.power = operand.power + 1;
+    part.lookAheads = 1;
+    part.isInvalid = operand.isInvalid || operand.lookAheads > mostLookAheads;
     return part;
 }
 
@@ -266,6 +288,7 @@ Cost estimate(const Syntax& syntax) {
     cost.compilable = whole.work <= mostWork && whole.transitions <= mostTransitions &&
                       (whole.states + 2) * (syntax.captures + 1.0) <= mostCaptureCells &&
                       syntax.depth <= mostDepth && syntax.classes <= mostClasses;
+    cost.tooManyLookAheads = whole.isInvalid || whole.lookAheads > mostLookAheads;
     cost.match = matchAtOnePlace(whole, syntax.captures);
     cost.power = 2 + whole.power;
     return cost;

@@ -17,6 +17,8 @@ struct Cost {
     double shortest = 0;
     /// Whether QRegExp can be asked about the pattern: time, memory and stack stay small.
     bool compilable = false;
+    /// Whether QRegExp calls the pattern invalid for the number of its look-aheads.
+    bool tooManyLookAheads = false;
     /// Steps of one QRegExp match on a name, for each choice of `power` places in the name.
     double match = 0;
     int power = 2;

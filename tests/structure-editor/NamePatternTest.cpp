@@ -399,6 +399,11 @@ private slots:
         row("look-aheads in one another", repeated("(?=.*", 12) + "x" + repeated(")", 12), false);
         row("look-aheads in a row", repeated("(?=.*[0-9].*/)", 13), false);
         row("too many look-aheads", repeated("(?=.*[0-9].*/)", 14), false);
+        row("repeated look-aheads", repeated("((?=.*)){0,848}|", 600), false);
+        row("repeated look-aheads in another",
+            "(?!((?=[02468]?)(?:C{13,})?){415})|((.*\\d){43,}){840}", false);
+        row("costly look-aheads", repeated("(?=(C{51,}){4,200}){2}", 6), true);
+        row("ways with look-aheads", "(" + repeated("(?=.*[0-9].*[A-Z].*x)|", 13) + ".)*$", true);
         row("counted and counted", "/6zu5/(.{0,700}){0,700}$", true);
         row("counts of nothing", "(((((){1000}){1000}){1000}){1000}){1000}", true);
         row("deep look-aheads", repeated("(?=", 25000) + repeated(")", 25000), true);
@@ -453,6 +458,28 @@ private slots:
         for (const std::string& name : namesOfTwoCharacters(3000))
             pattern.matches(name);
         QVERIFY(pattern.cutOff().contains("too many possibilities"));
+    }
+
+    // One character alone can lead to more ways than there is memory for.
+    void manyWaysBehindOneCharacterAreCutOffForWantOfMemory() {
+        NamePattern::Limits limits;
+        limits.automaton.memory = 1000000;
+        limits.automaton.work = 1e15;
+        NamePattern pattern("(" + repeated("(?=.*[0-9].*[A-Z].*x)|", 13) + ".)*$", limits);
+        pattern.matches(std::string(40, 'a'));
+        QVERIFY(pattern.cutOff().contains("too many possibilities"));
+    }
+
+    void asManyLookAheadsAsQRegExpTakesAreValid() {
+        for (const char* form :
+             {"(?=a){%1}", "(?:(?=a)|b){%1}", "(?!a){0,%1}", "(?!a){%1,}x", "((?=a){%1}){0}",
+              "(?=(?=a){%1})", "(?!b|((?=a)c){0,%1})d", "(?=(?=a){7}){%1}"})
+            for (const int count : {12, 13, 14, 30}) {
+                const QString expression = QString(form).arg(count);
+                const bool expected = QRegExp(expression).isValid();
+                QCOMPARE(expected, count <= 13);
+                QVERIFY2(NamePattern(expression).isValid() == expected, qPrintable(expression));
+            }
     }
 
     void workWithoutEndIsCutOff() {
