@@ -86,13 +86,19 @@ const std::initializer_list<Menu> menus = {
 void Vuxo::CreateMenubar() {
     QMenuBar* bar = menuBar();
     checkPtr(bar, source, __LINE__);
+    // Each plug-in is asked for once, here: what comes or goes later leaves the menu as it is.
+    const Needed* asked = nullptr;
+    bool isThere = false;
     for (const Menu& menu : menus) {
         auto* popup = new QMenu(tr(menu.title), this);
         checkPtr(popup, source, __LINE__);
         bar->addMenu(popup);
         for (const Entry& entry : menu.entries) {
-            // Asked once, here: what comes or goes later leaves the menu as it is.
-            if (entry.needed && !PluginManager::FindPlugin(entry.needed->type, entry.needed->name))
+            if (entry.needed && entry.needed != asked) {
+                asked = entry.needed;
+                isThere = PluginManager::FindPlugin(asked->type, asked->name) != nullptr;
+            }
+            if (entry.needed && !isThere)
                 continue;
             QAction* action = popup->addAction(tr(entry.label), this, entry.slot);
             if (entry.key)
