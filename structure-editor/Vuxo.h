@@ -133,6 +133,9 @@ private:
 
     /// The item that the tree shows: that of its first row; null when the tree is empty.
     TAVIK::Compound* rootItem() const;
+    /// The item that the tree showed before a dialog; null unless it still does. The tree is empty
+    /// when anything was destroyed meanwhile.
+    TAVIK::Compound* stillShown(const ItemRef& item) const;
     /// Top-level item `index`; null when there is none.
     static TAVIK::Compound* topLevelItem(int index);
     static int topLevelCount();

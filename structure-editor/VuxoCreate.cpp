@@ -25,7 +25,7 @@ void Vuxo::MakeSet() {
             askText(tr("Set"), tr("Enter name for Set"), QStringLiteral("Set"));
         if (!window || !typed)
             return;
-        withGuard<DataAdder>(shown.inSpace(), [&typed](TAVIK::Compound* root) {
+        withGuard<DataAdder>(stillShown(shown), [&typed](TAVIK::Compound* root) {
             const std::string name = typed->toLatin1().toStdString();
             std::vector<TAVIK::Compound*> members;
             TAVIK::GetSelected(root, members);

@@ -13,11 +13,15 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <limits>
+
 void Vuxo::populateBoxes(QWidget* panel) {
     QLayout* column = panel->layout();
     const auto addField = [&](const QString& label) {
         column->addWidget(m_Factory->CreateQLabel(panel, label));
         QLineEdit* field = m_Factory->CreateQLineEdit(panel);
+        // No pattern is shortened behind its user's back, as a long one would be that is pasted.
+        field->setMaxLength(std::numeric_limits<int>::max());
         field->setText(QStringLiteral(".*"));
         column->addWidget(field);
         return field;

@@ -49,9 +49,12 @@ void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label) {
     change<DataPoint>(root, [this, &label](TAVIK::Compound* item) {
         const QPointer<Vuxo> window(this);
         const ItemRef asked(item);
+        const bool isLocal = item == rootItem();
         const std::optional<double> radius = askRadius(label);
-        TAVIK::Compound* found = radius ? asked.inSpace() : nullptr;
-        if (!window || !found)
+        if (!window || !radius)
+            return Refresh::Nothing;
+        TAVIK::Compound* found = isLocal ? stillShown(asked) : asked.inSpace();
+        if (!found)
             return Refresh::Nothing;
         selectAround(found, *radius);
         return Refresh::Everything;

@@ -2,6 +2,7 @@
 // what the host tells.
 #include "Vuxo.h"
 
+#include "ItemRef.h"
 #include "Space.h"
 #include "TreeItem.h"
 #include "TreeView.h"
@@ -9,6 +10,11 @@
 TAVIK::Compound* Vuxo::rootItem() const {
     const TreeItem* top = m_Tree->firstChild();
     return top ? top->compound() : nullptr;
+}
+
+TAVIK::Compound* Vuxo::stillShown(const ItemRef& item) const {
+    TAVIK::Compound* found = item.inSpace();
+    return found == rootItem() ? found : nullptr;
 }
 
 void Vuxo::Populate(int index) {

@@ -7,7 +7,9 @@
 #include "Vuxo.h"
 #include "WindowTools.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QFrame>
 #include <QLabel>
 #include <QLayout>
@@ -155,6 +157,119 @@ private slots:
         type(".*", "MET 1", "C");
         press("Union");
         QCOMPARE(selected(), "C");
+    }
+
+    void aFieldMeansOneComponentUnlessItRunsAcross() {
+        type(".*", "A", ".*");
+        press("Union");
+        QCOMPARE(selected(), "");
+        type(".*", "MET", "1/CA"); // the separator stands after MET
+        press("Union");
+        QCOMPARE(selected(), "");
+        type("A", "MET.*", "A"); // nor does the end of a component belong to the next
+        press("Union");
+        QCOMPARE(selected(), "");
+        type("A/Groups/MET 1/CA|x", ".*", ".*");
+        press("Union");
+        QCOMPARE(selected(), "CA");
+    }
+
+    void emptyFieldsDescribeEmptyComponents() {
+        Compound* odd = addStructure("odd");
+        clickEntry(*m_window, 2);
+        type("", "", "");
+        press("Union");
+        QCOMPARE(selectedIn(odd), "");
+        type("A", "", "O");
+        press("Union");
+        QCOMPARE(selectedIn(odd), "");
+        selectElsewhere(odd, true);
+        press("Intersection");
+        QCOMPARE(selectedIn(odd), "");
+        type("A", ".*", "");
+        press("Union");
+        QCOMPARE(selectedIn(odd), "");
+    }
+
+    // The alternative "O$" is found in a name, but not from its first character on.
+    void whatIsFoundOnlyLaterInANameIsNoMatch() {
+        type(".*", ".*", "CA|O");
+        press("Union");
+        QCOMPARE(selected(), "CA");
+        selectElsewhere(m_first, true);
+        press("Intersection");
+        QCOMPARE(selected(), "CA");
+    }
+
+    void charactersOutsideLatin1MatchNothingOfTheirOwn() {
+        Compound* odd = addStructure("odd");
+        addAtomTo(itemAt(odd, {"A", "Groups", "HOH 2"}), "\xe9?");
+        clickEntry(*m_window, 2);
+        panelOf(*m_window)->findChildren<QLineEdit*>()[2]->setText(
+            QString::fromUtf8("\u00e9\u03a9"));
+        press("Union");
+        QCOMPARE(selectedIn(odd), "");
+        panelOf(*m_window)->findChildren<QLineEdit*>()[2]->setText(QString::fromUtf8("\u00e9."));
+        press("Union");
+        QCOMPARE(selectedIn(odd), QString::fromLatin1("\xe9?"));
+        panelOf(*m_window)->findChildren<QLineEdit*>()[2]->setText(QString::fromUtf8("[^\u03a9]"));
+        press("Union");
+        QCOMPARE(selectedIn(odd), QString::fromLatin1("N C O \xe9?"));
+    }
+
+    void aPatternOf100000CharactersIsPastedWhole() {
+        auto* field = panelOf(*m_window)->findChild<QLineEdit*>();
+        const QString all = "N CA C CB SD O";
+        const QList<QPair<QString, QString>> patterns = {
+            {"(A" + QString("|x").repeated(49998) + ")", all},
+            {"(x" + QString("|x").repeated(49998) + ")", ""},
+            {QString("A?").repeated(50000), all},
+            {QString("(.?)").repeated(25000), all},
+            {QString(100000, u'.'), ""},
+            {QString(100000, u'('), ""}};
+        for (const auto& [pattern, expected] : patterns) {
+            QVERIFY(pattern.size() >= 99999);
+            QApplication::clipboard()->setText(pattern);
+            field->setFocus();
+            field->selectAll();
+            QTest::keyClick(field, Qt::Key_V, Qt::ControlModifier);
+            QCOMPARE(field->text(), pattern);
+            m_first->SetSelected(false);
+            press("Union");
+            QCOMPARE(selected(), expected);
+            press("Difference");
+            QCOMPARE(selected(), "");
+        }
+    }
+
+    // Tab leads through the fields to the buttons.
+    void thePanelIsWorkedByKeyboardAlone() {
+        QFrame* panel = panelOf(*m_window);
+        panel->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(panel));
+        const QStringList typed = {"A", "MET 1", "C"};
+        for (const QString& text : typed) {
+            auto* field = qobject_cast<QLineEdit*>(panel->focusWidget());
+            QVERIFY(field);
+            field->selectAll();
+            QTest::keyClicks(field, text);
+            QTest::keyClick(field, Qt::Key_Tab);
+        }
+        QVERIFY(qobject_cast<QCheckBox*>(panel->focusWidget()));
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Space);
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Space);
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Space);
+        QCOMPARE(selected(), "C");
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Space);
+        QCOMPARE(selected(), "C");
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Space);
+        QCOMPARE(selected(), "");
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(panel->focusWidget(), Qt::Key_Space);
+        QVERIFY(panel->isHidden());
     }
 
     void anInvalidPatternMatchesNothing() {
