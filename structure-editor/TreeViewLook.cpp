@@ -1,6 +1,7 @@
 // What the structure tree looks like: branch marks, widths of columns, what is scrolled to.
 #include "TreeView.h"
 
+#include <QHash>
 #include <QHeaderView>
 #include <QPainter>
 #include <QScopedValueRollback>
@@ -45,14 +46,19 @@ void TreeView::fitColumns() {
         return;
     const QScopedValueRollback fitting(m_fitting, true);
     std::array<int, TreeModel::Columns> wanted{};
+    QHash<QString, int> widths; // measuring takes long, and most cells say one of a few words
     const TreeItem* row = itemAt({0, 0});
     const int height = row ? rectOf(row).height() : 0;
     for (int y = 0; row && height > 0 && y < viewport()->height() + height; y += height) {
         for (int column = 0; column != TreeModel::Columns; ++column) {
             int& width = wanted[static_cast<std::size_t>(column)];
             const int before = column == TreeModel::Object ? indentation() * level(row) : 0;
-            const QSize size = sizeHintForIndex(m_rows->indexOf(row, column));
-            width = std::max(width, before + itemMargin() + size.width());
+            const QString text = row->text(column);
+            auto measured = widths.constFind(text);
+            if (measured == widths.constEnd())
+                measured =
+                    widths.insert(text, sizeHintForIndex(m_rows->indexOf(row, column)).width());
+            width = std::max(width, before + itemMargin() + *measured);
         }
         row = row->itemBelow();
     }

@@ -162,7 +162,7 @@ private slots:
         std::size_t apart = 0;
         for (unsigned seed = 0; seed != 4000; ++seed) {
             Clouds clouds(seed);
-            const Points centres = clouds.cloud(clouds.upTo(seed % 10 == 0 ? 400 : 60));
+            const Points centres = clouds.cloud(clouds.upTo(seed % 3 == 0 ? 400 : 60));
             Points points = clouds.cloud(clouds.upTo(300));
             // Points near the centres, too, whatever became of the clouds.
             points.insert(points.end(), centres.begin(), centres.end());

@@ -1,0 +1,156 @@
+#include "CentreGrid.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace {
+
+// With these, a grid of real atoms has cells of about the radius, and little memory.
+constexpr std::size_t cellsPerCentre = 16;
+constexpr std::size_t fewCells = 4096;
+constexpr std::size_t mostCells = std::size_t{1} << 22;
+// More centres in one cell are for the tree.
+constexpr std::uint32_t mostInCell = 64;
+
+// Empty cells at both ends of each axis, so that nothing has to ask for the border: a point can be
+// near from the first, and looks one further.
+constexpr double border = 2.0;
+
+constexpr std::size_t laneCount = sizeof(Lanes) / sizeof(float);
+
+Lanes lanesAt(const float* values) {
+    Lanes lanes;
+    std::memcpy(&lanes, values, sizeof lanes);
+    return lanes;
+}
+
+} // namespace
+
+std::optional<CentreGrid> CentreGrid::of(const std::vector<Point>& centres, const Reach& reach) {
+    CentreGrid grid(centres, reach);
+    if (!grid.fill(centres))
+        return std::nullopt;
+    grid.markSurroundings();
+    return grid;
+}
+
+CentreGrid::CentreGrid(const std::vector<Point>& centres, const Reach& reach)
+    : m_squaredLimit(reach.squaredLimit) {
+    Point low = centres.front();
+    Point high = low;
+    for (const Point& centre : centres)
+        for (const std::size_t axis : {0, 1, 2}) {
+            low[axis] = std::min(low[axis], centre[axis]);
+            high[axis] = std::max(high[axis], centre[axis]);
+        }
+    for (const std::size_t axis : {0, 1, 2}) {
+        // Rounded to single precision, and a step further.
+        constexpr float infinity = std::numeric_limits<float>::infinity();
+        const auto below = static_cast<float>(static_cast<double>(low[axis]) - reach.distance);
+        const auto above = static_cast<float>(static_cast<double>(high[axis]) + reach.distance);
+        m_nearLow[axis] = std::nextafter(below, -infinity);
+        m_nearHigh[axis] = std::nextafter(above, infinity);
+    }
+    const auto most =
+        static_cast<double>(std::min(centres.size() * cellsPerCentre + fewCells, mostCells));
+    double total = 0.0;
+    double length = reach.distance;
+    for (bool fits = false; !fits; length *= fits ? 1.0 : 1.25) {
+        total = 1.0;
+        for (const std::size_t axis : {0, 1, 2}) {
+            m_low[axis] = static_cast<double>(low[axis]);
+            m_cells[axis] =
+                std::floor((static_cast<double>(high[axis]) - m_low[axis]) / length) + 1.0;
+            total *= m_cells[axis] + 2.0 * border;
+        }
+        fits = total <= most;
+    }
+    m_perLength = 1.0 / length;
+    m_stride = {1, static_cast<Cell>(m_cells[0] + 2.0 * border), 0};
+    m_stride[2] = m_stride[1] * static_cast<Cell>(m_cells[1] + 2.0 * border);
+    m_first.assign(static_cast<std::size_t>(total) + 1, 0);
+    std::size_t row = 0;
+    for (const auto& [y, z] :
+         {std::pair(0, 0), {1, 0}, {-1, 0}, {0, 1}, {0, -1}, {1, 1}, {1, -1}, {-1, 1}, {-1, -1}})
+        m_rows[row++] = static_cast<Cell>(y) * m_stride[1] + static_cast<Cell>(z) * m_stride[2];
+}
+
+CentreGrid::Cell CentreGrid::cellOf(const Point& centre) const {
+    Cell cell = 0;
+    for (const std::size_t axis : {0, 1, 2})
+        cell += m_stride[axis] *
+                static_cast<Cell>((static_cast<double>(centre[axis]) - m_low[axis]) * m_perLength +
+                                  border);
+    return cell;
+}
+
+bool CentreGrid::fill(const std::vector<Point>& centres) {
+    std::vector<Cell> cells;
+    cells.reserve(centres.size());
+    for (const Point& centre : centres) {
+        cells.push_back(cellOf(centre));
+        if (++m_first[cells.back()] > mostInCell)
+            return false;
+    }
+    // From how many there are in each cell to where the last one ends; filling goes backwards.
+    std::uint32_t sum = 0;
+    for (std::uint32_t& first : m_first)
+        first = sum += first;
+    // A look at four centres at once may go beyond the last.
+    for (std::vector<float>& values : m_coordinates)
+        values.resize(centres.size() + laneCount, std::numeric_limits<float>::infinity());
+    for (std::size_t i = centres.size(); i-- > 0;) {
+        const std::uint32_t place = --m_first[cells[i]];
+        for (const std::size_t axis : {0, 1, 2})
+            m_coordinates[axis][place] = centres[i][axis];
+    }
+    return true;
+}
+
+void CentreGrid::markSurroundings() {
+    m_surrounded.assign(m_first.size(), 0);
+    for (std::size_t cell = 0; cell + 1 < m_first.size(); ++cell)
+        if (m_first[cell] != m_first[cell + 1])
+            for (const Cell row : m_rows)
+                std::memset(&m_surrounded[static_cast<Cell>(cell) + row - 1], 1, 3);
+}
+
+bool CentreGrid::isNear(const Point& point) const {
+    Cell cell = 0;
+    for (const std::size_t axis : {0, 1, 2}) {
+        const double place = (static_cast<double>(point[axis]) - m_low[axis]) * m_perLength;
+        if (!(place >= -1.0 && place < m_cells[axis] + 1.0)) // no number is not, either
+            return false;
+        cell += m_stride[axis] * static_cast<Cell>(place + border);
+    }
+    if (!m_surrounded[cell])
+        return false;
+    for (const Cell row : m_rows) {
+        const Cell middle = cell + row;
+        const std::uint32_t end = m_first[middle + 2];
+        // What the last four hold beyond the row are centres, too.
+        for (std::uint32_t i = m_first[middle - 1]; i < end; i += laneCount) {
+            const Lanes dx = point[0] - lanesAt(&m_coordinates[0][i]);
+            const Lanes dy = point[1] - lanesAt(&m_coordinates[1][i]);
+            const Lanes dz = point[2] - lanesAt(&m_coordinates[2][i]);
+            const auto passes = dx * dx + dy * dy + dz * dz <= m_squaredLimit;
+            if (passes[0] | passes[1] | passes[2] | passes[3])
+                return true;
+        }
+    }
+    return false;
+}
+
+void CentreGrid::search(const std::vector<Point>& points, std::vector<std::uint8_t>& near) const {
+    for (std::size_t i = 0; i != points.size(); ++i) {
+        const Point& point = points[i];
+        bool inReach = true;
+        for (const std::size_t axis : {0, 1, 2})
+            inReach = inReach && point[axis] >= m_nearLow[axis] && point[axis] <= m_nearHigh[axis];
+        if (inReach && isNear(point))
+            near[i] = 1;
+    }
+}

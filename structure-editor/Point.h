@@ -1,0 +1,39 @@
+// Points in space, and what "within a radius" means for them, to the bit.
+#pragma once
+
+#include <array>
+
+/// Coordinates in Å, single precision.
+using Point = std::array<float, 3>;
+
+/// Four floats that the processor handles at once.
+using Lanes [[gnu::vector_size(16)]] = float;
+
+/// Whether `point` lies within the radius of `centre` by the plain definition: the differences,
+/// squares and their sum (x first) are single precision, the sum is widened, and the comparison
+/// with the square of the radius is inclusive. What is not a number is never near.
+inline bool isWithin(double radiusSquared, const Point& point, const Point& centre) {
+    const float dx = point[0] - centre[0];
+    const float dy = point[1] - centre[1];
+    const float dz = point[2] - centre[2];
+    const float squared = dx * dx + dy * dy + dz * dz;
+    return radiusSquared >= static_cast<double>(squared);
+}
+
+/// Whether all coordinates are numbers, and none infinite.
+inline bool isFinite(const Point& point) {
+    // The sum of zeros is a number only if none of them came from infinity or no number.
+    return 0.0F * point[0] + 0.0F * point[1] + 0.0F * point[2] == 0.0F;
+}
+
+/// A radius as the searches use it.
+struct Reach {
+    /// `radius` in Å, not negative.
+    explicit Reach(double radius);
+
+    float squaredLimit; ///< the largest single-precision square that passes isWithin()
+    /// No coordinates of a pair that passes are further apart: the radius, with a margin that
+    /// covers the rounding and the underflow of the single-precision test.
+    double distance;
+    float squaredReach; ///< the square of that distance, rounded up
+};
