@@ -39,21 +39,7 @@ std::optional<CentreGrid> CentreGrid::of(const std::vector<Point>& centres, cons
 
 CentreGrid::CentreGrid(const std::vector<Point>& centres, const Reach& reach)
     : m_squaredLimit(reach.squaredLimit) {
-    Point low = centres.front();
-    Point high = low;
-    for (const Point& centre : centres)
-        for (const std::size_t axis : {0, 1, 2}) {
-            low[axis] = std::min(low[axis], centre[axis]);
-            high[axis] = std::max(high[axis], centre[axis]);
-        }
-    for (const std::size_t axis : {0, 1, 2}) {
-        // Rounded to single precision, and a step further.
-        constexpr float infinity = std::numeric_limits<float>::infinity();
-        const auto below = static_cast<float>(static_cast<double>(low[axis]) - reach.distance);
-        const auto above = static_cast<float>(static_cast<double>(high[axis]) + reach.distance);
-        m_nearLow[axis] = std::nextafter(below, -infinity);
-        m_nearHigh[axis] = std::nextafter(above, infinity);
-    }
+    const auto [low, high] = boundsOf(centres);
     const auto most =
         static_cast<double>(std::min(centres.size() * cellsPerCentre + fewCells, mostCells));
     double total = 0.0;
@@ -145,12 +131,6 @@ bool CentreGrid::isNear(const Point& point) const {
 }
 
 void CentreGrid::search(const std::vector<Point>& points, std::vector<std::uint8_t>& near) const {
-    for (std::size_t i = 0; i != points.size(); ++i) {
-        const Point& point = points[i];
-        bool inReach = true;
-        for (const std::size_t axis : {0, 1, 2})
-            inReach = inReach && point[axis] >= m_nearLow[axis] && point[axis] <= m_nearHigh[axis];
-        if (inReach && isNear(point))
-            near[i] = 1;
-    }
+    for (std::size_t i = 0; i != points.size(); ++i)
+        near[i] = isNear(points[i]) ? 1 : 0;
 }

@@ -35,8 +35,6 @@ private:
     void markSurroundings();
 
     float m_squaredLimit;
-    Point m_nearLow{}; ///< no point beyond these two corners is near
-    Point m_nearHigh{};
     std::array<double, 3> m_low{};
     std::array<double, 3> m_cells{}; ///< along each axis, without the empty ones at both ends
     double m_perLength = 0.0;        ///< cells a length of 1 Å

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <utility>
+#include <vector>
 
 /// Coordinates in Å, single precision.
 using Point = std::array<float, 3>;
@@ -25,6 +27,9 @@ inline bool isFinite(const Point& point) {
     // The sum of zeros is a number only if none of them came from infinity or no number.
     return 0.0F * point[0] + 0.0F * point[1] + 0.0F * point[2] == 0.0F;
 }
+
+/// The lowest and the highest coordinates along each axis of finite points, at least one.
+std::pair<Point, Point> boundsOf(const std::vector<Point>& points);
 
 /// A radius as the searches use it.
 struct Reach {

@@ -5,7 +5,9 @@
 #include "CentreTree.h"
 #include "Point.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -17,10 +19,22 @@ public:
     /// `radius` in Å, not negative. Centres that are not finite are near nothing, and left out.
     RadiusSearch(std::vector<Point> centres, double radius);
 
+    /// False for points that are near no centre for being beyond all of them: those need not be
+    /// searched.
+    bool isInReach(const Point& point) const {
+        bool inReach = true;
+        for (const std::size_t axis : {0, 1, 2})
+            inReach = inReach && point[axis] >= m_low[axis] && point[axis] <= m_high[axis];
+        return inReach;
+    }
     /// Sets `near[i]` for each of `points`: 1 when it lies within the radius of a centre, else 0.
     void search(const std::vector<Point>& points, std::vector<std::uint8_t>& near) const;
 
 private:
+    static constexpr float infinity = std::numeric_limits<float>::infinity();
+
+    Point m_low{infinity, infinity, infinity};
+    Point m_high{-infinity, -infinity, -infinity};
     std::optional<CentreGrid> m_grid;
     std::optional<CentreTree> m_tree;
 };

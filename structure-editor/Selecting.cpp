@@ -89,10 +89,11 @@ void selectAround(TAVIK::Compound* root, double radius) {
         if (atom->IsSelected())
             continue;
         const TAVIK::Vertex position = atom->GetPosition();
-        if (!position.isValid())
+        const Point point = pointOf(position);
+        if (!position.isValid() || !search.isInReach(point))
             continue;
         candidates.push_back(atom);
-        points.push_back(pointOf(position));
+        points.push_back(point);
         if (points.size() == batch)
             selectNear();
     }

@@ -27,7 +27,11 @@ std::vector<std::uint8_t> plain(const Points& centres, const Points& points, dou
 
 std::vector<std::uint8_t> searched(const Points& centres, const Points& points, double radius) {
     std::vector<std::uint8_t> near;
-    RadiusSearch(centres, radius).search(points, near);
+    const RadiusSearch search(centres, radius);
+    search.search(points, near);
+    for (std::size_t i = 0; i != points.size(); ++i)
+        if (near[i] && !search.isInReach(points[i]))
+            near[i] = 2; // which no answer is
     return near;
 }
 
