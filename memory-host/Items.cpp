@@ -193,7 +193,9 @@ Contribution contributionOf(const HostItem& item) {
 }
 
 void addContribution(Holder* holder, Contribution change) {
-    for (; holder && change != Contribution{}; holder = holder->parent) {
+    if (change == Contribution{})
+        return;
+    for (; holder; holder = holder->parent) {
         if (holder->sum.leaves > 0 && holder->sum.leaves + change.leaves > 0) {
             // What is not empty, before or afterwards, counts as what it holds.
             changeState(*holder, [&] { holder->sum += change; });
@@ -209,6 +211,8 @@ void addContribution(Holder* holder, Contribution change) {
             }
         });
         change = contributionOf(*holder) - before;
+        if (change == Contribution{})
+            return;
     }
 }
 

@@ -68,8 +68,7 @@ TreeItem::TreeItem(TreeItem* parent, TAVIK::Compound* c) : TreeItem(c, kindOf(c)
 }
 
 TreeItem::~TreeItem() {
-    for (std::uint32_t i = 0; i != m_count; ++i)
-        delete m_children[i];
+    deleteChildren();
     giveArray(m_children, m_capacity);
 }
 
@@ -87,13 +86,41 @@ void TreeItem::giveArray(TreeItem** array, std::size_t capacity) const noexcept 
 }
 
 void TreeRoot::deleteRows() {
-    if (pool().holdsOnly(rows))
+    if (pool().holdsOnly(rows)) {
         pool().dropAll();
-    else
-        for (std::uint32_t i = 0; i != m_count; ++i)
-            delete m_children[i];
-    m_count = 0;
+        m_count = 0;
+    } else {
+        deleteChildren();
+    }
     rows = 0;
+}
+
+void TreeRoot::setRowsAside() {
+    if (m_count != 1)
+        return;
+    aside.reset(m_children[0]);
+    m_count = 0;
+    aside->m_parent = nullptr;
+    std::swap(rows, rowsAside);
+}
+
+void TreeRoot::dropAside() noexcept {
+    if (aside && pool().holdsOnly(rowsAside)) {
+        pool().dropAll();
+        aside.release(); // NOLINT: that was all there is
+    }
+    aside.reset();
+    rowsAside = 0;
+}
+
+TreeItem* TreeRoot::takeFromAside(TAVIK::Compound* c) {
+    if (!aside || aside->m_Compound != c || aside->m_id != idOf(c))
+        return nullptr;
+    Batch batch;
+    aside->comeBack(batch);
+    aside->UpdateSelection();
+    model.insert(this, {aside.get()}, batch.rows);
+    return aside.release(); // NOLINT: the tree's now
 }
 
 void TreeRoot::trimMemory() {
@@ -256,10 +283,12 @@ bool TreeItem::holdsNoSelection(bool selected) const {
 void TreeItem::unmark() {
     if (!m_marked)
         return;
-    m_selected = false;
-    m_marked = false;
+    m_selected = m_marked = false;
     for (std::uint32_t i = 0; i != m_count; ++i)
-        m_children[i]->unmark();
+        if (TreeItem* const row = m_children[i]; row->m_count)
+            row->unmark();
+        else
+            row->m_selected = row->m_marked = false;
 }
 
 void TreeItem::UpdateSelection() {
@@ -348,21 +377,70 @@ std::size_t TreeItem::find(const TAVIK::Compound* c, std::size_t expected) const
 TreeItem::Detached TreeItem::build(TAVIK::Compound* c, Batch& batch) {
     Detached row(new TreeItem(c, batch.kindOf(c), 61));
     ++batch.rows;
-    if (!row->m_composite)
-        return row;
-    TAVIK::Compound** const begin = c->ChildBegin();
-    TAVIK::Compound** const end = c->ChildEnd();
-    row->reserve(static_cast<std::size_t>(end - begin));
+    if (row->m_composite)
+        row->buildChildren(batch);
+    return row;
+}
+
+void TreeItem::buildChildren(Batch& batch) {
+    TAVIK::Compound** const begin = m_Compound->ChildBegin();
+    TAVIK::Compound** const end = m_Compound->ChildEnd();
+    reserve(static_cast<std::size_t>(end - begin));
     for (TAVIK::Compound** it = begin; it != end; ++it) {
         TreeItem* const below = build(*it, batch).release();
-        below->m_parent = row.get();
-        below->m_position = row->m_count;
-        row->m_children[row->m_count++] = below;
-        row->m_marked |= below->m_marked;
-        row->m_elsewhere |= below->m_elsewhere;
+        below->m_parent = this;
+        below->m_position = m_count;
+        m_children[m_count++] = below;
+        m_marked |= below->m_marked;
+        m_elsewhere |= below->m_elsewhere;
     }
-    row->sortChildren();
-    return row;
+    sortChildren();
+}
+
+void TreeItem::deleteChildren() {
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        delete m_children[i];
+    m_count = 0;
+}
+
+std::size_t TreeItem::rowCount() const {
+    std::size_t count = 1;
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        count += m_children[i]->rowCount();
+    return count;
+}
+
+// A row whose item is gone is told by its address alone: nothing is made while rows are aside.
+void TreeItem::comeBack(Batch& batch) {
+    ++batch.rows;
+    if (m_open || m_expandable || m_configured || m_Dirty)
+        m_open = m_expandable = m_configured = m_Dirty = false;
+    if (!m_composite)
+        return;
+    TAVIK::Compound** item = m_Compound->ChildBegin();
+    TAVIK::Compound** const end = m_Compound->ChildEnd();
+    std::uint32_t kept = 0;
+    for (std::uint32_t i = 0; i != m_count; ++i) {
+        TreeItem* const row = m_children[i];
+        const bool stays = item != end && row->m_Compound == *item &&
+                           (!row->m_composite || row->m_id == idOf(*item));
+        if (!stays) {
+            delete row;
+            continue;
+        }
+        ++item;
+        if (row->m_position != kept)
+            row->m_position = kept;
+        m_children[kept++] = row;
+        row->comeBack(batch);
+    }
+    m_count = kept;
+    if (item == end)
+        return;
+    // There are items without rows, or they stand in another order.
+    batch.rows -= rowCount() - 1;
+    deleteChildren();
+    buildChildren(batch);
 }
 
 void TreeItem::reserve(std::size_t capacity) {
@@ -433,6 +511,8 @@ TreeItemIterator::TreeItemIterator(TreeItem* start)
 TreeItem* TreeItemIterator::after(const TreeItem* row) const {
     for (; !row->m_isRoot; row = row->m_parent) {
         const std::uint32_t next = row->shownAt(m_descending) + 1;
+        if (constexpr std::uint32_t ahead = 12; next + ahead < row->m_parent->m_count)
+            __builtin_prefetch(row->m_parent->childAt(next + ahead, m_descending)->m_Compound);
         if (next < row->m_parent->m_count)
             return row->m_parent->childAt(next, m_descending);
     }

@@ -95,6 +95,8 @@ public:
     /// Selects or unselects the row for the user, and marks it for being handed to the host.
     void setSelected(bool s);
     bool isSelected() const { return m_selected; }
+    /// False only if neither this row nor one below it is selected.
+    bool hasSelected() const { return m_marked; }
     /// Whether the user changed the row's selection since it was last handed over.
     bool isDirty() const { return m_Dirty; }
     /// Forgets that the user changed this row and those below.
@@ -164,6 +166,14 @@ private:
 
     static Detached build(TAVIK::Compound* c, Batch& batch);
     void commAdd(Batch& batch);
+    /// Makes a row and all below it as if they had just been made, where that is so much less work:
+    /// closed, and for the items that now are there. Only the selection is not looked at.
+    void comeBack(Batch& batch);
+    void deleteChildren();
+    /// The rows of what the item holds now; there are none before.
+    void buildChildren(Batch& batch);
+    /// How many rows there are from here on.
+    std::size_t rowCount() const;
     std::size_t find(const TAVIK::Compound* c, std::size_t expected) const;
 
     /// The invisible row above all; null in a row that is in no tree.

@@ -86,12 +86,14 @@ void TreeModel::rearrange(const QList<QPersistentModelIndex>& parents, Change ch
     emit layoutChanged(parents, VerticalSortHint);
 }
 
-void TreeModel::clear() {
+void TreeModel::clear(bool keepAside) {
     if (m_root.m_count == 0)
         return;
     // Rows are cleared when items are gone too: whoever is told of it must not ask them.
     m_leaving = true;
     beginRemoveRows({}, 0, m_root.childCount() - 1);
+    if (keepAside)
+        m_root.setRowsAside();
     m_root.deleteRows();
     m_root.inStep = false;
     QTimer::singleShot(0, this, &TreeRoot::trimMemory);

@@ -13,9 +13,18 @@ public:
     /// Deletes all rows. Their memory stays for rows that come next, until it is trimmed.
     void deleteRows();
     static void trimMemory();
+    /// Takes the rows out, if they are those of one item, and keeps them for when that is shown
+    /// again.
+    void setRowsAside();
+    /// Puts the rows that were set aside into the tree again if they are of `c`, as if they had
+    /// just been made; else null.
+    TreeItem* takeFromAside(TAVIK::Compound* c);
+    void dropAside() noexcept;
 
     TreeModel& model;
-    std::size_t rows = 0;    ///< how many there are; less where memory ran out as they came
+    std::size_t rows = 0; ///< how many there are; less where memory ran out as they came
+    Detached aside;
+    std::size_t rowsAside = 0;
     bool descending = false; ///< shown by falling id
     bool inStep = false; ///< no row has come or was changed by the user since all took the host's
                          ///< selection over
@@ -39,8 +48,8 @@ public:
     /// Neighbours come in one step. With what lies below them they are `count` rows. They belong to
     /// the tree afterwards; when this throws, those that have no parent do not.
     void insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_t count);
-    /// Deletes all rows.
-    void clear();
+    /// Deletes all rows, or sets them aside.
+    void clear(bool keepAside = false);
 
     /// Invalid for null.
     QModelIndex indexOf(const TreeItem* row, int column = 0) const;

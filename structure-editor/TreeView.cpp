@@ -67,10 +67,27 @@ void TreeView::setCurrentItem(TreeItem* row) {
 }
 
 void TreeView::clear() {
+    forgetRows();
+    m_rows->clear();
+}
+
+void TreeView::setAside() {
+    forgetRows();
+    m_rows->clear(true);
+}
+
+TreeItem* TreeView::showAgain(TAVIK::Compound* c) {
+    return m_rows->root()->takeFromAside(c);
+}
+
+void TreeView::dropAside() {
+    m_rows->root()->dropAside();
+}
+
+void TreeView::forgetRows() {
     endDrag();
     m_selection.forget();
     m_typeAhead.forget();
-    m_rows->clear();
 }
 
 void TreeView::UpdateSelection() {

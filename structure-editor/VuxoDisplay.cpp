@@ -54,9 +54,18 @@ void Vuxo::hideUnselected(TAVIK::Compound* root, const char* command) {
 }
 
 template <class Change> void Vuxo::forSelectedRows(Change apply) const {
-    for (TreeItemIterator row(m_Tree); row.current(); ++row)
-        if (TAVIK::Compound* item = row.current()->compound(); item && item->IsSelected())
+    // Rows that are in step say what their items would, in less time.
+    const bool inStep = m_Tree->isInStep();
+    for (TreeItemIterator at(m_Tree); const TreeItem* row = at.current();) {
+        if (inStep && !row->hasSelected()) {
+            at.skipBelow();
+            continue;
+        }
+        TAVIK::Compound* const item = row->compound();
+        if (item && (inStep ? row->isSelected() : item->IsSelected()))
             apply(item);
+        ++at;
+    }
 }
 
 void Vuxo::SelectedColor() {

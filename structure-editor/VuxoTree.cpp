@@ -26,11 +26,15 @@ void Vuxo::Populate(int index) {
 }
 
 void Vuxo::showItem(TAVIK::Compound* item) {
-    auto* row = new TreeItem(m_Tree, item);
+    TreeItem* row = m_Tree->showAgain(item);
+    const bool isNew = !row;
+    if (isNew)
+        row = new TreeItem(m_Tree, item);
     m_Tree->setCurrentItem(row);
     if (item->HasChildren()) {
         row->setOpen(true);
-        row->commAdd();
+        if (isNew)
+            row->commAdd();
     }
     m_Tree->triggerUpdate();
 }

@@ -17,6 +17,7 @@
 
 #include <memory>
 #include <optional>
+#include <random>
 #include <stdexcept>
 
 using namespace command_tools;
@@ -58,6 +59,21 @@ void describe(Compound* item, int depth, QStringList& out) {
 QStringList itemsOf(Compound* root) {
     QStringList out;
     describe(root, 0, out);
+    return out;
+}
+
+// All that the tree shows or would show of its rows.
+QStringList looks(const Vuxo& window) {
+    QStringList out;
+    for (TreeItemIterator at(treeOf(window)); const TreeItem* row = at.current(); ++at) {
+        QString line(row->depth(), u' ');
+        for (int column = 0; column != 4; ++column)
+            line += row->text(column) + u' ';
+        line += QStringLiteral("%1%2%3%4").arg(row->isSelected()).arg(row->isOpen());
+        out << line.arg(row->isDirty()).arg(row->position());
+    }
+    const TreeItem* current = treeOf(window)->currentItem();
+    out << (current ? current->text(0) : QString());
     return out;
 }
 
@@ -219,6 +235,52 @@ private slots:
         QCOMPARE(rows(*m_window), itemsOf(m_shown));
         QVERIFY(!treeOf(*m_window)->isExpanded(rowAt(*m_window, {"1abc", "A"})));
         QCOMPARE(other.deletes, 1);
+    }
+
+    void afterADeletionTheTreeIsAsIfItHadJustBeenMade() {
+        for (unsigned seed = 0; seed != 150; ++seed) {
+            std::mt19937 random(seed);
+            Compound* shown = addStructure("3abc");
+            Compound* groups = itemAt(shown, {"A", "Groups"});
+            for (int i = 0; i != 6; ++i)
+                addAtomTo(groups, "X" + std::to_string(i));
+            showWindow(2);
+            TreeView* tree = treeOf(*m_window);
+            for (TreeItemIterator row(tree); row.current(); ++row) {
+                if (random() % 3 == 0)
+                    row.current()->setOpen(true);
+                if (random() % 4 == 0)
+                    row.current()->compound()->SetSelected(true);
+            }
+            if (random() % 4 == 0) // without a word to anybody
+                TAVIK::DataMaker::makeCore(groups, "unknown", "Atom");
+            if (random() % 3 != 0)
+                m_window->commUpdate();
+            if (random() % 4 == 0) {
+                const memory_host::SpaceLock lock;
+                QTest::keyClick(tree, Qt::Key_A, Qt::ControlModifier);
+                takeMessages();
+            }
+            if (random() % 4 == 0)
+                itemAt(shown, {"A"})->SetSelected(random() % 2 == 0);
+            remove(kinds[random() % kinds.size()].label);
+
+            Vuxo fresh;
+            fresh.show();
+            clickEntry(fresh, 2);
+            QCOMPARE(looks(*m_window), looks(fresh));
+            QCOMPARE(itemsOf(shown), rows(*m_window));
+            QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
+            // The rows go on as new ones do.
+            addAtomTo(shown, "late");
+            m_window->commUpdate();
+            fresh.commUpdate();
+            QCOMPARE(looks(*m_window), looks(fresh));
+            m_tester.reset();
+            m_window.reset();
+            destroyElsewhere(shown);
+            takeMessages();
+        }
     }
 
     void treeDeletesTheShownItemIfAllOfItIsSelected() {
