@@ -10,7 +10,8 @@ class Subscriber;
 /// A change in progress. Lives on the stack for one command; guards are not nested, a second one is
 /// refused. When a good guard ends, also while an exception passes, every subscriber but the
 /// originator is told of the kind of change, in order of registration; a refused guard has changed
-/// nothing and announces nothing.
+/// nothing and announces nothing. A subscriber may answer with a change of its own: those who have
+/// not heard of a deletion yet hear of it before they hear of an answer to it.
 class HOST_EXPORT DataPointBase {
 public:
     /// Asks the host for the change. `originator`, which may be null, is the one that is not told.

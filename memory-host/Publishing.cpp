@@ -11,8 +11,19 @@
 
 namespace {
 
+// The telling of one change. A subscriber may answer it with a change of its own, whose telling
+// comes in between.
+struct Round {
+    const Subscriber* originator;
+    Publisher::ActionType kind;
+    std::size_t count; ///< those that come later have seen the data as they are now
+    Round* outer;
+    std::size_t next = 0;
+};
+
 struct Publishing {
     std::vector<Subscriber*> subscribers; ///< null: left while others were being told
+    Round* innermost = nullptr;
     int locks = 0;
     int tellings = 0; ///< notifications in progress, one inside the other
     bool changing = false;
@@ -55,14 +66,24 @@ void tellOne(Subscriber& subscriber, Publisher::ActionType kind) noexcept {
     }
 }
 
+void tellRest(Round& round) noexcept {
+    while (round.next != round.count)
+        if (Subscriber* subscriber = publishing().subscribers[round.next++];
+            subscriber && subscriber != round.originator)
+            tellOne(*subscriber, round.kind);
+}
+
 void tellAll(const Subscriber* originator, Publisher::ActionType kind) noexcept {
     Publishing& state = publishing();
     ++state.tellings;
-    // Those that come while others are told have seen the data as they are now.
-    const std::size_t count = state.subscribers.size();
-    for (std::size_t i = 0; i != count; ++i)
-        if (Subscriber* subscriber = state.subscribers[i]; subscriber && subscriber != originator)
-            tellOne(*subscriber, kind);
+    Round round{originator, kind, state.subscribers.size(), state.innermost};
+    // A change that answers a deletion must not reach anyone who still holds what is gone.
+    for (Round* outer = round.outer; outer; outer = outer->outer)
+        if (outer->kind == Publisher::Delete)
+            tellRest(*outer);
+    state.innermost = &round;
+    tellRest(round);
+    state.innermost = round.outer;
     if (--state.tellings == 0)
         std::erase(state.subscribers, nullptr);
 }

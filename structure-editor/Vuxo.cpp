@@ -67,7 +67,11 @@ Vuxo::Vuxo()
     populateBoxes(m_SelectBox);
 }
 
-Vuxo::~Vuxo() = default;
+Vuxo::~Vuxo() {
+    // The window may end before it has heard of a deletion: while its widgets go, no row is to ask
+    // for an item that is gone.
+    m_Tree->clear();
+}
 
 QString Vuxo::helpSetting() {
     return QString::fromLatin1(Config::GetSetting("Vuxo", "Help").ToString(nullptr));

@@ -36,6 +36,7 @@ private slots:
     void anUnlockedSpaceAllowsChangesAgain();
     void lockingWhileAGuardIsOpenDoesNotStopIt();
     void aGuardMayBeOpenedInsideANotification();
+    void aDeletionIsHeardOfBeforeTheAnswersToIt();
     void aGuardRefusedInsideAChangeIsAllowedAfterIt();
     void aSubscriberMayGoInsideANotification();
     void aSubscriberMayDestroyItselfInsideANotification();
@@ -235,6 +236,31 @@ void NotificationContractTest::aGuardMayBeOpenedInsideANotification() {
     change();
     QVERIFY(good);
     QCOMPARE(m_heard, (QStringList{"1 update", "2 add", "2 update"}));
+}
+
+void NotificationContractTest::aDeletionIsHeardOfBeforeTheAnswersToIt() {
+    Listener first(m_heard, "1");
+    Listener second(m_heard, "2");
+    const Listener third(m_heard, "3");
+    first.m_answer = [&] {
+        first.m_answer = nullptr;
+        change(Publisher::Update, &first);
+    };
+    change(Publisher::Delete);
+    QCOMPARE(m_heard, (QStringList{"1 delete", "2 delete", "3 delete", "2 update", "3 update"}));
+    m_heard.clear();
+    // Also one of several changes that go on.
+    first.m_answer = [&] {
+        first.m_answer = nullptr;
+        change(Publisher::Delete, &first);
+    };
+    second.m_answer = [&] {
+        second.m_answer = nullptr;
+        change(Publisher::Add, &second);
+    };
+    change(Publisher::Update);
+    QCOMPARE(m_heard, (QStringList{"1 update", "2 delete", "3 delete", "1 add", "3 add", "2 update",
+                                   "3 update"}));
 }
 
 void NotificationContractTest::aGuardRefusedInsideAChangeIsAllowedAfterIt() {

@@ -25,6 +25,26 @@
 using namespace window_tools;
 using TAVIK::Compound;
 
+namespace {
+
+// How many rows a tree has when it is hidden.
+class RowsWhenHidden : public QObject {
+public:
+    explicit RowsWhenHidden(TreeView& tree) : m_tree(tree) { tree.installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Hide)
+            left = m_tree.rows()->rowCount();
+        return false;
+    }
+
+    int left = -1;
+
+private:
+    TreeView& m_tree;
+};
+
+} // namespace
+
 class WindowTest : public test_support::TestCase {
     Q_OBJECT
 
@@ -210,6 +230,19 @@ private slots:
         selectElsewhere(entry, true);
         destroyElsewhere(entry);
         QCOMPARE(takeMessages(), QStringList());
+    }
+
+    void noRowIsLeftWhenItsWidgetsGo() {
+        Compound* item = addStructure("1abc");
+        OtherPlugin other; // told before the window is
+        build();
+        m_window->show();
+        clickEntry(*m_window, 0);
+        RowsWhenHidden watch(*treeOf(*m_window));
+        other.onDelete = [this] { m_window.reset(); };
+        destroyElsewhere(item);
+        QVERIFY(!m_window);
+        QCOMPARE(watch.left, 0);
     }
 
     void twoWindowsFollowEachOther() {

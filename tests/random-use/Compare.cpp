@@ -1,0 +1,211 @@
+#include "Compare.h"
+
+#include "Building.h"
+#include "Kinds.h"
+#include "ListBox.h"
+#include "Space.h"
+#include "TreeItem.h"
+#include "TreeView.h"
+#include "Vuxo.h"
+
+#include <QCheckBox>
+#include <QColor>
+#include <QFrame>
+#include <QLineEdit>
+
+namespace random_use {
+
+namespace {
+
+using plain::Host;
+using TAVIK::Compound;
+
+class Comparison {
+public:
+    QStringList lines;
+
+    template <class Value>
+    void same(const QString& what, const Value& expected, const Value& real) {
+        constexpr int enough = 12;
+        if (!(expected == real) && lines.size() < enough)
+            lines << what + ": " + inText(expected) + " was expected, and it is " + inText(real);
+    }
+    bool isFull() const { return lines.size() >= 12; }
+
+private:
+    static QString inText(bool value) { return QLatin1String(value ? "true" : "false"); }
+    static QString inText(int value) { return QString::number(value); }
+    static QString inText(unsigned int value) { return QString::number(value); }
+    static QString inText(float value) { return QString::number(double(value)); }
+    static QString inText(const QString& value) { return u'"' + value + u'"'; }
+    static QString inText(const std::string& value) { return inText(QString::fromLatin1(value)); }
+    static QString inText(const QStringList& value) { return inText(value.join(u'|')); }
+    static QString inText(const std::vector<unsigned int>& value) {
+        QStringList texts;
+        for (const unsigned int each : value)
+            texts << QString::number(each);
+        return u'[' + texts.join(u' ') + u']';
+    }
+};
+
+std::vector<unsigned int> idsOf(const plain::Items& items) {
+    std::vector<unsigned int> ids;
+    for (const plain::Item* item : items)
+        ids.push_back(item->id);
+    return ids;
+}
+
+std::vector<unsigned int> idsOf(Compound** begin, Compound** end) {
+    std::vector<unsigned int> ids;
+    for (; begin != end; ++begin)
+        ids.push_back((*begin)->GetId());
+    return ids;
+}
+
+void compareValues(Comparison& all, const QString& name, const plain::Item& item, Compound* real) {
+    if (const auto* const atom = dynamic_cast<TAVIK::Atom*>(real)) {
+        const TAVIK::Vertex at = real->GetPosition();
+        all.same(name + "type", item.type, real->GetType());
+        all.same(name + "model", std::to_string(item.model), atom->GetModelNumber());
+        all.same(name + "temperature", item.temperature, atom->GetTemperature());
+        all.same(name + "has a position", item.hasPosition, at.isValid());
+        for (const std::size_t k : {0, 1, 2})
+            all.same(name + "position", item.position[k], at[k]);
+    } else if (const auto* const grid = dynamic_cast<TAVIK::Grid*>(real)) {
+        for (const std::size_t k : {0, 1, 2}) {
+            all.same(name + "points", item.points[k], grid->m_points[k]);
+            all.same(name + "lower bound", item.lower[k], grid->m_lower[k]);
+            all.same(name + "upper bound", item.upper[k], grid->m_upper[k]);
+        }
+    } else if (item.kind == plain::Kind::Residue) {
+        all.same(name + "active model", item.model, memory_host::activeModel(real));
+    }
+}
+
+void compareItem(Comparison& all, const plain::Item& item, Compound* real) {
+    if (all.isFull())
+        return;
+    const QString name =
+        QString::fromLatin1(Host::qualifiedName(item)) + " (" + QString::number(item.id) + "): ";
+    if (item.kind != plain::Kind::Space) {
+        all.same(name + "id", item.id, real->GetId());
+        all.same(name + "name", item.name, real->GetName());
+        all.same(name + "qualified name", Host::qualifiedName(item), real->GetFQName());
+        all.same(name + "colour", QString::number(item.color, 16),
+                 QString::number(real->GetColor().rgba(), 16));
+    }
+    all.same(name + "selected", Host::isSelected(item), real->IsSelected());
+    all.same(name + "has selected", Host::hasSelected(item), real->HasSelected());
+    all.same(name + "visible", Host::isVisible(item), real->IsVisible());
+    all.same(name + "has children", !item.children.empty(), real->HasChildren());
+    all.same(name + "parts", idsOf(item.parts), idsOf(real->PartBegin(), real->PartEnd()));
+    const std::vector<unsigned int> children = idsOf(item.children);
+    const std::vector<unsigned int> realChildren = idsOf(real->ChildBegin(), real->ChildEnd());
+    all.same(name + "children", children, realChildren);
+    compareValues(all, name, item, real);
+    if (children == realChildren)
+        for (std::size_t i = 0; i != children.size(); ++i)
+            compareItem(all, *item.children[i], real->ChildBegin()[i]);
+}
+
+QString yesNo(bool yes) {
+    return QLatin1String(yes ? "Yes" : "No");
+}
+
+QStringList cellsOf(const plain::Item& item) {
+    return {QString::fromLatin1(item.name), yesNo(Host::isVisible(item)),
+            yesNo(Host::isSelected(item)),
+            item.kind == plain::Kind::Atom ? QString::number(item.model)
+                                           : yesNo(Host::hasSelected(item))};
+}
+
+void compareRow(Comparison& all, const plain::Row& row, const TreeView& view,
+                const QModelIndex& index, bool descending) {
+    if (all.isFull())
+        return;
+    const TreeItem* const real = TreeModel::itemOf(index);
+    const QString name = "row of " + QString::fromLatin1(row.item->name) + " (" +
+                         QString::number(row.item->id) + "): ";
+    all.same(name + "item", row.item->id, real->compound()->GetId());
+    QStringList cells;
+    for (int column = 0; column != 4; ++column)
+        cells << index.siblingAtColumn(column).data().toString();
+    all.same(name + "cells", cellsOf(*row.item), cells);
+    static const Qt::GlobalColor byDepth[] = {Qt::darkMagenta, Qt::magenta, Qt::darkGreen,
+                                              Qt::darkBlue, Qt::red};
+    const auto depth = std::size_t(row.depth());
+    const QVariant textColor = index.data(Qt::ForegroundRole);
+    all.same(name + "colour of the text",
+             depth < std::size(byDepth) ? QColor(byDepth[depth]).name() : QString(),
+             textColor.isNull() ? QString() : textColor.value<QColor>().name());
+    all.same(name + "colour of the cell", QColor::fromRgb(row.item->color).name(),
+             index.siblingAtColumn(1).data(Qt::BackgroundRole).value<QColor>().name());
+    all.same(name + "selected", row.selected, real->isSelected());
+    all.same(name + "changed by the user", row.dirty, real->isDirty());
+    all.same(name + "open", row.open, real->isOpen());
+    all.same(name + "open in the view", row.open, view.isExpanded(index));
+    const int count = index.model()->rowCount(index);
+    all.same(name + "number of rows", int(row.children.size()), count);
+    if (count == int(row.children.size()))
+        for (int i = 0; i != count; ++i)
+            compareRow(all, *row.children[std::size_t(descending ? count - 1 - i : i)], view,
+                       index.model()->index(i, 0, index), descending);
+}
+
+void compareTree(Comparison& all, const plain::Tree& tree, const TreeView& view) {
+    const QAbstractItemModel& rows = *view.model();
+    all.same(QStringLiteral("number of top rows"), tree.top() ? 1 : 0, rows.rowCount());
+    if (!tree.top() || rows.rowCount() != 1)
+        return;
+    compareRow(all, *tree.top(), view, rows.index(0, 0), tree.descending);
+    const TreeItem* const current = view.currentItem();
+    all.same(QStringLiteral("current row"), tree.current ? tree.current->item->id : 0,
+             current ? current->compound()->GetId() : 0);
+}
+
+} // namespace
+
+QStringList differences(plain::Model& model, const Driver& driver) {
+    Comparison all;
+    compareItem(all, *model.host.space(), TAVIK::Space::instance());
+    all.same(QStringLiteral("shows the selection"), model.showSelection,
+             TAVIK::Space::GetShowSelection());
+    for (const std::string& fault : memory_host::checkInvariants())
+        all.lines << QString::fromStdString(fault);
+    const Vuxo* const window = driver.window();
+    all.same(QStringLiteral("there is a window"), model.exists, window != nullptr);
+    all.same(QStringLiteral("is done"), model.isDone(), driver.isDone());
+    if (!window || !model.exists)
+        return all.lines;
+    all.same(QStringLiteral("window visible"), model.shown, window->isVisible());
+    all.same(QStringLiteral("window minimised"), model.minimised, window->isMinimized());
+    const ListBox* const list = Driver::listOf(window);
+    QStringList entries;
+    for (int i = 0; i != list->count(); ++i)
+        entries << list->item(i)->text();
+    all.same(QStringLiteral("list"), model.list, entries);
+    const QList<QListWidgetItem*> marked = list->selectedItems();
+    all.same(QStringLiteral("highlighted entry"), model.highlighted,
+             marked.isEmpty() ? -1 : list->row(marked.front()));
+    const QFrame* const panel = Driver::panelOf(window);
+    all.same(QStringLiteral("panel visible"), model.panelShown, panel->isVisible());
+    const QList<QLineEdit*> fields = panel->findChildren<QLineEdit*>();
+    for (std::size_t i = 0; i != model.fields.size(); ++i)
+        all.same(QStringLiteral("field of the panel"), model.fields[i],
+                 fields[qsizetype(i)]->text());
+    all.same(QStringLiteral("box of the panel"), model.treeOnly,
+             panel->findChild<QCheckBox*>()->isChecked());
+    compareTree(all, model.tree, *Driver::treeOf(window));
+    return all.lines;
+}
+
+QStringList differences(const plain::Said& expected, const plain::Said& real) {
+    Comparison all;
+    all.same(QStringLiteral("debug lines"), expected.messages, real.messages);
+    all.same(QStringLiteral("log"), expected.log, real.log);
+    all.same(QStringLiteral("told"), expected.told, real.told);
+    all.same(QStringLiteral("asked"), expected.asked, real.asked);
+    return all.lines;
+}
+
+} // namespace random_use

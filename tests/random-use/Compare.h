@@ -1,0 +1,13 @@
+// Compares the window and the data with the plain model.
+#pragma once
+
+#include "Driver.h"
+
+namespace random_use {
+
+/// A line for each thing that differs; empty when all is the same. Long lists are cut.
+QStringList differences(plain::Model& model, const Driver& driver);
+/// The same for what was written, told and asked.
+QStringList differences(const plain::Said& expected, const plain::Said& real);
+
+} // namespace random_use

@@ -1,0 +1,262 @@
+#include "Driver.h"
+
+#include "Building.h"
+#include "DataMaker.h"
+#include "DataPoint.h"
+#include "ListBox.h"
+#include "PluginFolder.h"
+#include "PluginResult.h"
+#include "Services.h"
+#include "Space.h"
+#include "TestSupport.h"
+#include "TreeItem.h"
+#include "TreeView.h"
+#include "Vuxo.h"
+
+#include <QApplication>
+#include <QFrame>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMetaMethod>
+
+extern "C" {
+void Command(const char* name, void* data, PluginResult* result);
+void CommandC(const char* name, const void* data, PluginResult* result);
+void Execute0(PluginResult* result);
+bool IsDone();
+void Cleanup();
+}
+
+namespace random_use {
+
+using TAVIK::Compound;
+using TAVIK::Space;
+using test_support::TestCase;
+
+namespace {
+
+unsigned int topLevelCount() {
+    return unsigned(Space::instance()->ChildEnd() - Space::instance()->ChildBegin());
+}
+
+// The id that the next item gets: none is used twice.
+unsigned int takeId() {
+    Compound* probe = memory_host::makeDetached("probe", "Composite");
+    const unsigned int id = probe->GetId();
+    TAVIK::DataMaker::Destroy(probe);
+    return id + 1;
+}
+
+} // namespace
+
+Driver::Driver(const Start& start, plain::Model& model)
+    : m_model(model), m_watched(start.kind == Start::Generated && start.seed % 4 == 0) {
+    memory_host::setDefaultSettingsFile(QStringLiteral(SOURCE_DIR "/data/settings.ini"));
+    model.plugins = start.plugins;
+    if (start.plugins)
+        memory_host::loadPlugins(QStringLiteral(RECORDING_PLUGINS));
+    Space::SetShowSelection(true);
+    if (start.kind == Start::Generated)
+        for (unsigned int i = 0; i != 1 + start.seed % 3; ++i)
+            buildStructure(start.seed + i);
+    else if (start.kind != Start::Empty)
+        openStructure(start.kind);
+    for (unsigned int i = 0; i != topLevelCount(); ++i)
+        enterItem(Space::instance()->ChildBegin()[i], model);
+    model.host.nextId = takeId();
+    TestCase::takeMessages();
+    TestCase::takeHostLog();
+    m_listener.told.clear();
+}
+
+Driver::~Driver() {
+    m_lock.reset();
+    Cleanup();
+    memory_host::unloadPlugins();
+    while (topLevelCount())
+        TAVIK::DataMaker::Destroy(*Space::instance()->ChildBegin());
+    Space::SetShowSelection(true);
+    TestCase::takeMessages();
+    TestCase::takeHostLog();
+}
+
+Vuxo* Driver::window() const {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* found = qobject_cast<Vuxo*>(widget))
+            return found;
+    return nullptr;
+}
+
+TreeView* Driver::treeOf(const Vuxo* window) {
+    return window->centralWidget()->findChild<TreeView*>();
+}
+
+ListBox* Driver::listOf(const Vuxo* window) {
+    return window->centralWidget()->findChild<ListBox*>();
+}
+
+QFrame* Driver::panelOf(const Vuxo* window) {
+    for (QFrame* frame : window->findChildren<QFrame*>(QString(), Qt::FindDirectChildrenOnly))
+        if (frame->isWindow())
+            return frame;
+    return nullptr;
+}
+
+bool Driver::isDone() const {
+    return IsDone();
+}
+
+bool Driver::isUsable() const {
+    const Vuxo* shown = window();
+    return shown && shown->isVisible() && !shown->isMinimized();
+}
+
+plain::Said Driver::act(const Step& step) {
+    m_seen = {};
+    m_said = {};
+    const unsigned int before = topLevelCount();
+    doAnywhere(step);
+    if (isUsable())
+        doInWindow(step);
+    if (step.action == Action::Build || step.action == Action::Load) {
+        for (unsigned int i = before; i < topLevelCount(); ++i)
+            enterItem(Space::instance()->ChildBegin()[i], m_model);
+        m_model.host.nextId = takeId();
+        if (topLevelCount() > before) {
+            const Edit waiting = std::exchange(m_model.answering, {});
+            m_model.tellOfNew();
+            m_model.answering = waiting;
+        }
+    } else {
+        m_model.act(step, m_seen);
+    }
+    if (Vuxo* made = window(); made && m_rows != treeOf(made)->model()) {
+        // Wide enough for all columns of the tree.
+        made->resize(1000, 700);
+        m_rows = treeOf(made)->model();
+        if (m_watched)
+            m_tester = std::make_unique<QAbstractItemModelTester>(
+                m_rows, QAbstractItemModelTester::FailureReportingMode::Warning);
+    }
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->objectName() == u"HelpViewer" && widget->isVisible()) {
+            m_said.asked << widget->windowTitle();
+            widget->hide();
+        }
+    m_said.messages = TestCase::takeMessages();
+    m_said.log = TestCase::takeHostLog();
+    m_said.told = std::exchange(m_listener.told, {});
+    return m_said;
+}
+
+void Driver::doAnywhere(const Step& step) {
+    switch (step.action) {
+    case Action::Idle:
+        QApplication::processEvents();
+        return;
+    case Action::Slot:
+        if (window())
+            answering(step, [&] { invoke(step); });
+        return;
+    case Action::Call:
+        return call(step);
+    case Action::Lock:
+        if (m_lock)
+            m_lock.reset();
+        else
+            m_lock = std::make_unique<memory_host::SpaceLock>();
+        return;
+    case Action::Outside:
+        return editData(nullptr, step.edit);
+    case Action::Answering:
+        m_listener.answer = step.edit;
+        return;
+    case Action::Build:
+    case Action::Load:
+        return openOrBuild(step);
+    case Action::Sabotage:
+        if (topLevelCount()) {
+            Compound* item = Space::instance()->ChildBegin()[step.target % topLevelCount()];
+            item->ToggleSelected();
+        }
+        return;
+    default:
+        return;
+    }
+}
+
+void Driver::openOrBuild(const Step& step) {
+    // What comes in is entered in the model afterwards: nobody may change it before.
+    const Edit waiting = std::exchange(m_listener.answer, {});
+    if (step.action == Action::Build) {
+        buildStructure(step.a);
+    } else {
+        static constexpr Start::Kind files[] = {Start::Ubiquitin, Start::Crambin, Start::Crabp};
+        openStructure(choose(files, step.a));
+    }
+    m_listener.answer = waiting;
+}
+
+void Driver::call(const Step& step) {
+    const char* const name = choose(pluginCommands, step.b);
+    PluginResult result;
+    QString expected;
+    switch (step.a % 5) {
+    case 0:
+        Command(name, nullptr, &result);
+        break;
+    case 2:
+        Execute0(&result);
+        break;
+    case 3:
+        Cleanup();
+        break;
+    default:
+        CommandC(name, nullptr, &result);
+        break;
+    }
+    // The result says no more than the debug line of an unknown command.
+    const bool isUnknown = result.GetResultCode() == PluginResult::NotRecognized;
+    const QStringList messages = TestCase::takeMessages();
+    for (const QString& line : messages)
+        qDebug("%s", qPrintable(line));
+    if (isUnknown != messages.join(u' ').contains(QLatin1String("not recognized")) ||
+        (isUnknown && messages.last().toStdString() != result.GetResultText()))
+        qWarning("the result is %d, %s", int(result.GetResultCode()),
+                 result.GetResultText().c_str());
+}
+
+void Driver::invoke(const Step& step) {
+    Vuxo* target = window();
+    const char* signature = choose(plain::commands(), step.a).signature;
+    const QMetaObject* meta = target->metaObject();
+    const QMetaMethod method = meta->method(meta->indexOfSlot(signature));
+    if (qstrcmp(signature, "Populate(int)") == 0) {
+        method.invoke(target, Q_ARG(int, int(step.target % (topLevelCount() + 2)) - 1));
+    } else if (qstrcmp(signature, "KillBranch(TreeItem*)") == 0) {
+        std::vector<TreeItem*> rows;
+        for (TreeItemIterator it(treeOf(target)); it.current(); ++it)
+            rows.push_back(it.current());
+        TreeItem* const row = rows.empty() ? nullptr : rows[step.target % rows.size()];
+        method.invoke(target, Q_ARG(TreeItem*, row));
+    } else if (qstrcmp(signature, "ListEvent(int,QListWidgetItem*,QPoint)") == 0) {
+        ListBox* list = listOf(target);
+        const auto count = unsigned(list->count());
+        QListWidgetItem* const item = count ? list->item(int(step.target % count)) : nullptr;
+        method.invoke(target, Q_ARG(int, choose(buttons, step.b)), Q_ARG(QListWidgetItem*, item),
+                      Q_ARG(QPoint, QPoint()));
+    } else {
+        method.invoke(target);
+    }
+}
+
+void Driver::trigger(const Step& step) {
+    const plain::MenuEntry& entry = choose(plain::menuEntries(), step.a);
+    for (const QAction* menu : window()->menuBar()->actions())
+        if (menu->text() == QLatin1String(entry.menu))
+            for (QAction* action : menu->menu()->actions())
+                if (action->text() == QLatin1String(entry.label))
+                    return answering(step, [action] { action->trigger(); });
+}
+
+} // namespace random_use

@@ -1,0 +1,109 @@
+// Does the steps of a session for real: with mouse and keys on the window, through the plug-in's
+// entry points, and as others do who work on the same data.
+#pragma once
+
+#include "PlainWindow.h"
+#include "Step.h"
+
+#include "Subscriber.h"
+
+#include <QAbstractItemModelTester>
+#include <QPointer>
+
+#include <memory>
+
+class ListBox;
+class QFrame;
+class QMenu;
+class TreeItem;
+class TreeView;
+class Vuxo;
+namespace TAVIK {
+class Compound;
+}
+namespace memory_host {
+class SpaceLock;
+}
+
+namespace random_use {
+
+/// Another subscriber, who was there before the window: it writes down what it hears, and may
+/// answer with a change of its own.
+class Listener : public Subscriber {
+public:
+    QStringList told;
+    Edit answer;
+
+private:
+    void commUpdate() override { hear(QStringLiteral("update")); }
+    void commAdd() override { hear(QStringLiteral("add")); }
+    void commDelete() override { hear(QStringLiteral("delete")); }
+    void hear(const QString& kind);
+};
+
+/// Does what others do to the data, under a guard of `who`, which may be null.
+void editData(Subscriber* who, const Edit& edit);
+/// Builds a structure, other for each seed, as a file reader does; nothing happens when the host
+/// refuses it.
+void buildStructure(unsigned int seed);
+/// Opens a real structure file. Returns whether the host let it in.
+bool openStructure(Start::Kind which);
+/// Enters an item of the host, and what it holds, in the plain model.
+void enterItem(TAVIK::Compound* item, plain::Model& model);
+
+class Driver {
+public:
+    /// Fills the empty data space with what `start` says, and `model` with the same.
+    Driver(const Start& start, plain::Model& model);
+    ~Driver();
+    Driver(const Driver&) = delete;
+    Driver& operator=(const Driver&) = delete;
+
+    /// Does a step for real, then in the model. What is said in the real world is returned.
+    plain::Said act(const Step& step);
+
+    Vuxo* window() const;
+    static TreeView* treeOf(const Vuxo* window);
+    static ListBox* listOf(const Vuxo* window);
+    static QFrame* panelOf(const Vuxo* window);
+    bool isDone() const;
+
+private:
+    bool isUsable() const;
+    /// Runs `work`, and answers the dialog that it opens as the step says.
+    void answering(const Step& step, const std::function<void()>& work);
+    void answer(const Step& step);
+    void answerMenu(QMenu* menu, const Step& step);
+    /// The steps that need no usable window, and those that do.
+    void doAnywhere(const Step& step);
+    void doInWindow(const Step& step);
+    void invoke(const Step& step);
+    void trigger(const Step& step);
+    void call(const Step& step);
+    void openOrBuild(const Step& step);
+
+    TreeItem* shownRow(unsigned int number) const;
+    QPoint placeIn(const TreeItem* row, unsigned int place) const;
+    QPoint belowRows() const;
+    /// Where a drag goes to or ends.
+    QPoint dragPlace(const Step& step) const;
+    void press(const Step& step);
+    void doubleClick(const Step& step);
+    void key(const Step& step);
+    void listKey(const Step& step);
+    void pressEntry(const Step& step);
+    void clickHeader(const Step& step);
+    void usePanel(const Step& step);
+    void activate() const;
+
+    plain::Model& m_model;
+    plain::Seen m_seen;
+    plain::Said m_said;
+    Listener m_listener;
+    std::unique_ptr<memory_host::SpaceLock> m_lock;
+    bool m_watched;
+    QPointer<QAbstractItemModel> m_rows;
+    std::unique_ptr<QAbstractItemModelTester> m_tester;
+};
+
+} // namespace random_use

@@ -1,0 +1,264 @@
+// What others do to the data of the host for real; see also PlainEdits.cpp.
+#include "Driver.h"
+
+#include "Building.h"
+#include "DataAdder.h"
+#include "DataDelete.h"
+#include "DataMaker.h"
+#include "DataPoint.h"
+#include "Files.h"
+#include "Kinds.h"
+#include "PluginResult.h"
+#include "Space.h"
+#include "TestSupport.h"
+
+#include <algorithm>
+#include <map>
+#include <random>
+
+extern "C" void CommandC(const char* name, const void* data, PluginResult* result);
+
+namespace random_use {
+
+using TAVIK::Compound;
+using TAVIK::DataMaker;
+using TAVIK::Space;
+
+namespace {
+
+void collect(Compound* holder, std::vector<Compound*>& items) {
+    for (Compound** child = holder->ChildBegin(); child != holder->ChildEnd(); ++child) {
+        items.push_back(*child);
+        collect(*child, items);
+    }
+}
+
+// The item, or the composite that holds it.
+Compound* boxOf(Compound* item) {
+    Compound* box = item ? item : Space::instance();
+    return dynamic_cast<TAVIK::Composite*>(box) ? box : memory_host::parentOf(box);
+}
+
+// The top-level composite around an item, or else the space.
+Compound* boxAround(Compound* item) {
+    while (memory_host::parentOf(item) != Space::instance())
+        item = memory_host::parentOf(item);
+    return boxOf(item);
+}
+
+memory_host::AtomRecord recordOf(const AtomValues& values, const char* name) {
+    const auto& at = values.position;
+    return {name, values.type, TAVIK::Vertex(at[0], at[1], at[2], values.hasPosition),
+            values.temperature, values.model};
+}
+
+void addLeaf(Compound* parent, unsigned int value) {
+    if (value % 4 == 0) {
+        DataMaker::makeCore(parent, "leaf", "Surface");
+    } else if (value % 4 == 2) {
+        DataMaker::makePolyLine(parent, "leaf", {});
+    } else {
+        const GridValues values(value);
+        memory_host::GridRecord record;
+        record.points = values.points;
+        record.origin = values.origin;
+        for (const std::size_t axis : {0, 1, 2})
+            record.steps[axis][axis] = values.step[axis];
+        record.values.resize(std::size_t(values.points[0] * values.points[1] * values.points[2]));
+        memory_host::addGrid(parent, "leaf", std::move(record));
+    }
+}
+
+constexpr const char* boxKinds[] = {"Composite", "Molecule", "Residue", "Group"};
+
+void changeItem(Compound* item, const Edit& edit) {
+    const unsigned int value = edit.value;
+    if (edit.kind == EditKind::Select) {
+        item->SetSelected(value % 2);
+    } else if (edit.kind == EditKind::Show) {
+        item->SetVisible(value % 2);
+    } else if (edit.kind == EditKind::Paint) {
+        item->SetColor(Color(0xff000000U | value));
+    } else if (edit.kind == EditKind::SetAtom) {
+        const AtomValues values(value);
+        memory_host::setAtom(item, recordOf(values, ""));
+    } else if (value % 3 == 0) {
+        item->FirstModel();
+    } else if (value % 3 == 1) {
+        item->PrevModel();
+    } else {
+        item->NextModel();
+    }
+}
+
+void addItem(Compound* item, const std::vector<Compound*>& all, const Edit& edit) {
+    const unsigned int value = edit.value;
+    Compound* const space = Space::instance();
+    if (edit.kind == EditKind::AddAtom) {
+        const AtomValues values(value);
+        memory_host::addAtom(boxOf(item), recordOf(values, choose(madeNames, value)));
+    } else if (edit.kind == EditKind::AddBond) {
+        memory_host::addBond(boxAround(item), item, all[value % all.size()]);
+    } else if (edit.kind == EditKind::AddLeaf) {
+        addLeaf(boxOf(item), value);
+    } else if (edit.kind == EditKind::AddBox) {
+        DataMaker::makeCore(boxOf(item), "box", choose(boxKinds, value));
+    } else if (edit.kind == EditKind::AddTop && value % 2) {
+        DataMaker::makeCore(space, "top", choose(boxKinds, value / 2));
+    } else if (edit.kind == EditKind::AddTop) {
+        addLeaf(space, value / 2);
+    } else {
+        std::vector<Compound*> members;
+        for (unsigned int i = 0; i != value % 4 && !all.empty(); ++i)
+            members.push_back(all[(edit.target + i * value) % all.size()]);
+        DataMaker::makeSet(value % 3 ? boxOf(item) : space, "set", members);
+    }
+}
+
+void destroyItem(Compound* item, const Edit& edit) {
+    DataMaker::Destroy(item);
+    if (edit.kind == EditKind::Swap)
+        DataMaker::makeCore(Space::instance(), "swapped", "Composite");
+}
+
+} // namespace
+
+void editData(Subscriber* who, const Edit& edit) {
+    std::vector<Compound*> all;
+    collect(Space::instance(), all);
+    Compound* item = all.empty() ? nullptr : all[edit.target % all.size()];
+    switch (edit.kind) {
+    case EditKind::None:
+        return;
+    case EditKind::Highlight:
+        return Space::SetShowSelection(!Space::GetShowSelection());
+    case EditKind::Kill: {
+        PluginResult result;
+        return CommandC("Kill", nullptr, &result);
+    }
+    case EditKind::Select:
+    case EditKind::Show:
+    case EditKind::Paint:
+    case EditKind::Model:
+    case EditKind::SetAtom:
+        if (item) {
+            const DataPoint<Compound> guard(who, item);
+            if (guard.m_good)
+                changeItem(item, edit);
+        }
+        return;
+    case EditKind::Destroy:
+    case EditKind::Swap:
+        if (edit.kind == EditKind::Swap || edit.value < 4) {
+            Compound** const first = Space::instance()->ChildBegin();
+            const auto count = Space::instance()->ChildEnd() - first;
+            item = count ? first[edit.target % unsigned(count)] : nullptr;
+        }
+        if (item) {
+            const DataDelete<Compound> guard(who, item);
+            if (guard.m_good)
+                destroyItem(item, edit);
+        }
+        return;
+    case EditKind::AddBond:
+        if (!item || item == all[edit.value % all.size()] || !dynamic_cast<TAVIK::Atom*>(item) ||
+            !dynamic_cast<TAVIK::Atom*>(all[edit.value % all.size()]))
+            return;
+        [[fallthrough]];
+    default:
+        const DataAdder<Space> guard(who, Space::instance());
+        if (guard.m_good)
+            addItem(item, all, edit);
+    }
+}
+
+void Listener::hear(const QString& kind) {
+    told << kind;
+    editData(this, std::exchange(answer, {}));
+}
+
+void buildStructure(unsigned int seed) {
+    std::mt19937 random(seed);
+    const auto pick = [&random](unsigned int below) { return unsigned(random() % below); };
+    static constexpr const char* entryNames[] = {"1abc", "2.b", "3[c", "x y", "4+"};
+    static constexpr const char* residueNames[] = {"MET 1", "ALA 2", "HOH 3", "A", "GLN 41A"};
+    Compound* entry = memory_host::makeDetached(choose(entryNames, pick(5)), "Composite");
+    std::vector<Compound*> atoms;
+    const auto addAtoms = [&](Compound* parent, unsigned int count) {
+        for (unsigned int i = 0; i != count; ++i) {
+            const AtomValues values(pick(5000));
+            atoms.push_back(
+                memory_host::addAtom(parent, recordOf(values, choose(madeNames, pick(6)))));
+        }
+    };
+    for (unsigned int c = 0, chains = 1 + pick(2); c != chains; ++c) {
+        Compound* chain = DataMaker::makeCore(entry, c ? "B" : "A", "Molecule");
+        Compound* groups = DataMaker::makeCore(chain, "Groups", "Composite");
+        for (unsigned int r = 0, residues = 1 + pick(4); r != residues; ++r) {
+            Compound* residue =
+                DataMaker::makeCore(groups, choose(residueNames, pick(5)), "Residue");
+            for (unsigned int g = 0, count = pick(3); g != count; ++g)
+                addAtoms(DataMaker::makeCore(residue, g ? "Side chain" : "Backbone", "Group"),
+                         pick(4));
+            addAtoms(residue, pick(3));
+        }
+        Compound* bonds = DataMaker::makeCore(chain, "Bonds", "Composite");
+        for (std::size_t i = 1; i < atoms.size(); i += 1 + pick(2))
+            memory_host::addBond(bonds, atoms[i - 1], atoms[i]);
+    }
+    const DataAdder<Space> guard(nullptr, Space::instance());
+    if (guard.m_good)
+        memory_host::attach(entry, Space::instance());
+    else
+        DataMaker::Destroy(entry);
+}
+
+bool openStructure(Start::Kind which) {
+    static const std::map<Start::Kind, const char*> files = {{Start::Ubiquitin, "1ubq.pdb"},
+                                                             {Start::Crambin, "1ejg.pdb"},
+                                                             {Start::Crabp, "1cbs.cif.gz"}};
+    const QString path =
+        which == Start::Sample
+            ? QStringLiteral(SOURCE_DIR "/data/sample.pdb")
+            : test_support::TestCase::structure(QString::fromLatin1(files.at(which)));
+    try {
+        memory_host::openFile(path.toStdString());
+    } catch (const memory_host::FileError&) {
+        return false; // the host refuses changes just now
+    }
+    return true;
+}
+
+void enterItem(Compound* top, plain::Model& model) {
+    std::map<Compound*, plain::Item*> entered;
+    const std::function<void(Compound*, plain::Item*)> enter = [&](Compound* item,
+                                                                   plain::Item* parent) {
+        int kind = 0;
+        const auto* const atom = dynamic_cast<TAVIK::Atom*>(item);
+        if (atom)
+            kind = int(plain::Kind::Atom);
+        else
+            while (plain::kindName(plain::Kind(kind)) != item->GetType())
+                ++kind;
+        plain::Item* made = model.host.enter(plain::Kind(kind), item->GetName(), item->GetId());
+        entered[item] = made;
+        if (atom) {
+            const TAVIK::Vertex at = item->GetPosition();
+            made->type = item->GetType();
+            made->position = {at[0], at[1], at[2]};
+            made->hasPosition = at.isValid();
+            made->temperature = atom->GetTemperature();
+            made->model = unsigned(std::stoi(atom->GetModelNumber()));
+        }
+        made->color = plain::Host::defaultColor(*made);
+        for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
+            enter(*child, made);
+        for (Compound** part = item->PartBegin(); part != item->PartEnd(); ++part)
+            made->parts.push_back(entered.at(*part));
+        model.host.attach(made, parent);
+    };
+    enter(top, model.host.space());
+    model.host.settle();
+}
+
+} // namespace random_use

@@ -1,0 +1,494 @@
+// What each slot of the window does: fifty-two short entries, in the order of the menus' tables.
+#include "PlainWindow.h"
+
+#include <QRegExp>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace plain {
+
+using random_use::choose;
+
+namespace {
+
+using Indices = std::array<long long, 3>;
+
+QString typedIn(const Step& step) {
+    return QString::fromStdString(step.text);
+}
+
+// Those that change the selection or the display of the item in the tree, and refresh the window.
+void update(Model& model, Item* root, const std::function<void()>& apply) {
+    model.change(root, Change::Update, [&] {
+        apply();
+        model.commUpdate();
+    });
+}
+
+void selectFullGroups(Model& model, Item* root) {
+    update(model, root, [&] {
+        for (Item* group : Host::atOrBelow(root, Kind::Group, true))
+            if (Host::hasSelected(*group))
+                Host::setSelected(*group, true);
+    });
+}
+
+void selectRadius(Model& model, Item* root, const char* kind, const Step& step) {
+    model.change(root, Change::Update, [&] {
+        const QString label =
+            QStringLiteral("Enter (%1) selection radius").arg(QLatin1String(kind));
+        if (!model.ask("Radius: " + label + ": 4", step))
+            return;
+        const double radius = std::clamp(typedIn(step).toDouble(), 0.0, 10000.0);
+        const double limit = radius * radius;
+        const Items centres = Host::atOrBelow(root, Kind::Atom, false);
+        Items near;
+        for (Item* atom : Host::atOrBelow(root, Kind::Atom, true)) {
+            if (atom->selected || !atom->hasPosition)
+                continue;
+            for (const Item* centre : centres) {
+                const float x = atom->position[0] - centre->position[0];
+                const float y = atom->position[1] - centre->position[1];
+                const float z = atom->position[2] - centre->position[2];
+                const float squares = x * x + y * y + z * z;
+                if (limit >= double(squares)) {
+                    near.push_back(atom);
+                    break;
+                }
+            }
+        }
+        for (Item* atom : near)
+            Host::setSelected(*atom, true);
+        model.commUpdate();
+    });
+}
+
+Indices nearestPoint(const Item& grid, const std::array<float, 3>& place) {
+    Indices nearest{};
+    for (const std::size_t k : {0, 1, 2}) {
+        const double steps = std::round((double(place[k]) - grid.origin[k]) / grid.step[k]);
+        nearest[k] = static_cast<long long>(std::clamp(steps, -1e9, 1e9));
+    }
+    return nearest;
+}
+
+void boundGrids(Model& model) {
+    const Items atoms = Host::atOrBelow(model.host.space(), Kind::Atom, false);
+    if (atoms.empty())
+        return;
+    constexpr float most = std::numeric_limits<float>::max();
+    std::array<float, 3> low{most, most, most};
+    std::array<float, 3> high{-most, -most, -most};
+    for (const Item* atom : atoms)
+        for (const std::size_t k : {0, 1, 2})
+            if (atom->hasPosition) {
+                low[k] = std::min(low[k], atom->position[k]);
+                high[k] = std::max(high[k], atom->position[k]);
+            }
+    for (Item* grid : Host::below(model.host.space(), Kind::Grid, true)) {
+        Indices a = nearestPoint(*grid, low);
+        Indices b = nearestPoint(*grid, high);
+        bool inside = true;
+        for (const std::size_t k : {0, 1, 2}) {
+            inside = inside && b[k] + 2 > -2;
+            a[k] = std::max(a[k] - 2, 0LL);
+            b[k] = std::min(b[k] + 4, static_cast<long long>(grid->points[k]));
+            inside = inside && a[k] < grid->points[k];
+        }
+        for (const std::size_t k : {0, 1, 2})
+            if (inside) {
+                grid->lower[k] = int(a[k]);
+                grid->upper[k] = int(b[k]);
+            }
+    }
+}
+
+void showSelected(Model& model, bool on) {
+    Item* const root = model.root();
+    update(model, root, [&] {
+        for (Item* atom : Host::atOrBelow(root, Kind::Atom, false))
+            Host::setVisible(*atom, on);
+    });
+}
+
+void hideUnselected(Model& model, Item* root) {
+    model.change(root, Change::Update, [&] {
+        for (Item* atom : Host::atOrBelow(root, Kind::Atom, true))
+            if (!atom->selected)
+                Host::setVisible(*atom, false);
+    });
+}
+
+void forSelectedRows(Model& model, const std::function<void(Item&)>& use) {
+    for (const Row* row : model.tree.all())
+        if (Host::isSelected(*row->item))
+            use(*row->item);
+}
+
+// Blue over white to red, in a hundred colours from 0 to 60.
+std::uint32_t colorOfTemperature(float temperature) {
+    const double part = std::clamp(double(temperature) / 60.0, 0.0, 1.0);
+    const double at = std::round(part * 99) / 99;
+    static const double stops[5][3] = {
+        {0, 0, 255}, {128, 128, 255}, {255, 255, 255}, {255, 128, 128}, {255, 0, 0}};
+    const int from = std::min(3, int(at * 4));
+    std::uint32_t color = 0xff;
+    for (int k = 0; k != 3; ++k)
+        color = color << 8U |
+                static_cast<std::uint32_t>(std::lround(
+                    stops[from][k] + (at * 4 - from) * (stops[from + 1][k] - stops[from][k])));
+    return color;
+}
+
+void forSelectedResidues(Model& model, const std::function<void(Item&)>& use) {
+    Item* const root = model.root();
+    update(model, root, [&] {
+        for (Item* residue : Host::atOrBelow(root, Kind::Residue, false))
+            use(*residue);
+    });
+}
+
+void switchModels(Model& model, const char* line, Host::Switch way) {
+    model.say(line);
+    forSelectedResidues(model, [way](Item& residue) { Host::switchModel(residue, way); });
+}
+
+void applyPattern(Model& model, const std::function<void(Item&, bool matches)>& use) {
+    Item* const root = model.treeOnly ? model.root() : model.host.space();
+    if (!root)
+        return;
+    const QString pattern = QString::fromLatin1(Host::qualifiedName(*root)) + '/' +
+                            model.fields[0] + "/Groups/" + model.fields[1] + '/' + model.fields[2] +
+                            '$';
+    const QRegExp expression(pattern, Qt::CaseSensitive, QRegExp::RegExp);
+    update(model, root, [&] {
+        for (Item* atom : Host::atOrBelow(root, Kind::Atom, true))
+            use(*atom, expression.indexIn(QString::fromLatin1(Host::qualifiedName(*atom)), 0) == 0);
+    });
+}
+
+// Commands for other plug-ins: a line in the log says what was sent, or that nobody is there.
+void send(Model& model, const char* plugin, const char* command, const char* argument,
+          const QString& value, const char* overload = "Command") {
+    const QString target = QString::fromLatin1(plugin);
+    if (model.plugins)
+        model.said.log << QStringLiteral("%1 %2|Vuxo|%3|%4|%5")
+                              .arg(QLatin1String(overload), QString(target).replace('/', '|'),
+                                   QLatin1String(command), QLatin1String(argument), value);
+    else
+        model.said.log << QStringLiteral("Plug-in %1 is not loaded (%2 %3 from Vuxo)")
+                              .arg(target, QLatin1String(command), QLatin1String(argument));
+}
+
+void makeSurface(Model& model, const char* command, const char* argument) {
+    send(model, "Create/SolidVolume", command, argument, QStringLiteral("false"));
+}
+
+void makeAtLevel(Model& model, const char* label, const char* command, const char* argument,
+                 const Step& step) {
+    if (!model.ask(QStringLiteral("Limit: %1: 0").arg(QLatin1String(label)), step))
+        return;
+    bool isNumber = false;
+    const double level = typedIn(step).toDouble(&isNumber);
+    if (isNumber)
+        send(model, "Create/SolidVolume", command, argument,
+             QString::asprintf("%.17g", level)); // NOLINT: as the plug-in writes it
+}
+
+void makeCartesian(Model& model) {
+    model.change(model.host.space(), Change::Add, [&] {
+        Item* frame = model.host.make(model.host.space(), Kind::Composite, "Cartesian");
+        model.host.make(frame, Kind::PolyLine, "X")->color = 0xffff0000U;
+        model.host.make(frame, Kind::PolyLine, "Y")->color = 0xff00ff00U;
+        model.host.make(frame, Kind::PolyLine, "Z")->color = 0xff0000ffU;
+        model.commAdd();
+    });
+}
+
+void makeSet(Model& model, const Step& step) {
+    Item* const root = model.root();
+    if (!root)
+        return;
+    const unsigned int id = root->id;
+    const QString typed = typedIn(step);
+    if (!model.ask(QStringLiteral("Set: Enter name for Set: Set"), step) || typed.isEmpty() ||
+        !model.isTopLevel(id))
+        return;
+    model.change(root, Change::Add, [&] {
+        const Items members = Host::topmostSelected(root);
+        const std::string name = typed.toLatin1().toStdString();
+        model.said.log << QString::fromLatin1("Defined set '" + name + "' with " +
+                                              std::to_string(members.size()) + " members.");
+        if (root->isComposite())
+            model.host.makeSet(root, name, members);
+        else
+            model.said.messages << QString::fromLatin1("makeSet: \"" + root->name +
+                                                       "\" holds no items, so that \"" + name +
+                                                       "\" cannot be made in it");
+        model.commAdd();
+    });
+}
+
+} // namespace
+
+const std::vector<Command>& commands() {
+    static const std::vector<Command> all = {
+        {"help()",
+         [](Model& m, const Step&) { m.said.asked << QStringLiteral("Help: Structure Editor"); }},
+        {"MakeList()", [](Model& m, const Step&) { m.makeList(); }},
+        {"UpdateList()", [](Model& m, const Step&) { m.updateList(); }},
+        {"ListEvent(int,QListWidgetItem*,QPoint)",
+         [](Model& m, const Step& s) {
+             const auto count = unsigned(m.list.size());
+             m.listEvent(choose(random_use::buttons, s.b), count ? int(s.target % count) : -1, s);
+         }},
+        {"Populate(int)",
+         [](Model& m, const Step& s) {
+             m.populate(int(s.target % (m.topLevel().size() + 2)) - 1);
+         }},
+        {"showQuery()", [](Model& m, const Step&) { m.panelShown = true; }},
+        {"SelectGroups()", [](Model& m, const Step&) { selectFullGroups(m, m.root()); }},
+        {"SelectRadius()", [](Model& m, const Step& s) { selectRadius(m, m.root(), "local", s); }},
+        {"SelectGroupsG()", [](Model& m, const Step&) { selectFullGroups(m, m.host.space()); }},
+        {"SelectHydrogens()",
+         [](Model& m, const Step& s) {
+             const QString typed = typedIn(s);
+             if (!m.ask("Select atoms: Enter single atom type (e.g. H, O, Cu): H", s) ||
+                 typed.isEmpty())
+                 return;
+             update(m, m.host.space(), [&] {
+                 for (Item* atom : Host::atOrBelow(m.host.space(), Kind::Atom, true))
+                     if (atom->type == typed.toLatin1().toStdString())
+                         Host::setSelected(*atom, true);
+             });
+         }},
+        {"SelectRadiusG()",
+         [](Model& m, const Step& s) { selectRadius(m, m.host.space(), "global", s); }},
+        {"SelectGridBounds()",
+         [](Model& m, const Step&) {
+             m.change(m.host.space(), Change::Update, [&] { boundGrids(m); });
+         }},
+        {"SelectedHide()", [](Model& m, const Step&) { showSelected(m, false); }},
+        {"SelectedShow()", [](Model& m, const Step&) { showSelected(m, true); }},
+        {"SelectedClear()",
+         [](Model& m, const Step&) {
+             update(m, m.root(), [&] { Host::setSelected(*m.root(), false); });
+         }},
+        {"SelectedToggle()",
+         [](Model& m, const Step&) {
+             m.say("Vuxo::InvertSelection");
+             update(m, m.root(), [&] {
+                 for (Item* atom : Host::atOrBelow(m.root(), Kind::Atom, true))
+                     Host::setSelected(*atom, !atom->selected);
+             });
+         }},
+        {"SelectedColor()",
+         [](Model& m, const Step& s) {
+             m.say("ProteinPage::SelectedColor()");
+             if (!m.ask("Color: #ffffffff", s))
+                 return;
+             update(m, m.root(), [&] {
+                 forSelectedRows(m, [&s](Item& item) { item.color = 0x80000000U | s.c; });
+             });
+         }},
+        {"SelectedColorTemp()",
+         [](Model& m, const Step&) {
+             m.say("ProteinPage::SelectedColorTemp()");
+             update(m, m.root(), [&] {
+                 for (Item* atom : Host::atOrBelow(m.root(), Kind::Atom, false))
+                     atom->color = colorOfTemperature(atom->temperature);
+             });
+         }},
+        {"SelectedUnColor()",
+         [](Model& m, const Step&) {
+             m.say("ProteinPage::RestoreColor()");
+             update(m, m.root(), [&] {
+                 forSelectedRows(m, [](Item& item) { item.color = Host::defaultColor(item); });
+                 Host::setSelected(*m.root(), false);
+             });
+         }},
+        {"SelectedRotamers()",
+         [](Model& m, const Step&) {
+             if (!m.root())
+                 return;
+             const Items residues = Host::atOrBelow(m.root(), Kind::Residue, false);
+             for (std::size_t i = 0; i != residues.size(); ++i)
+                 m.said.log << QStringLiteral(
+                     "Plug-in Create/Rotamer is not loaded (Rotamer from StructureEditor)");
+             m.commUpdate();
+         }},
+        {"SelectedPrevModel()",
+         [](Model& m, const Step&) {
+             switchModels(m, "Change to previous model in selected Residues",
+                          Host::Switch::Previous);
+         }},
+        {"SelectedNextModel()",
+         [](Model& m, const Step&) {
+             switchModels(m, "Change to next model in selected Residues", Host::Switch::Next);
+         }},
+        {"SelectedOrigModel()",
+         [](Model& m, const Step&) {
+             switchModels(m, "Change to first model in selected Residues", Host::Switch::First);
+         }},
+        {"SelectedColorGrp2Atom()",
+         [](Model& m, const Step&) {
+             m.say("Color atoms by residue color");
+             // What another subscriber hears comes while the highlight is switched off.
+             const bool before = m.showSelection;
+             m.showSelection = false;
+             forSelectedResidues(m, [](Item& residue) {
+                 for (Item* atom : Host::atOrBelow(&residue, Kind::Atom, true))
+                     atom->color = residue.color;
+             });
+             m.showSelection = before;
+         }},
+        {"UnselectedHide()", [](Model& m, const Step&) { hideUnselected(m, m.root()); }},
+        {"UnselectedHideG()", [](Model& m, const Step&) { hideUnselected(m, m.host.space()); }},
+        {"MakeContourHi()",
+         [](Model& m, const Step& s) {
+             makeAtLevel(m, "Enter minimum contour value", "AddContourHi", "ContourHigh", s);
+         }},
+        {"MakeContourLo()",
+         [](Model& m, const Step& s) {
+             makeAtLevel(m, "Enter maximum contour value", "AddContourLo", "ContourLow", s);
+         }},
+        {"MakeSurface()", [](Model& m, const Step&) { makeSurface(m, "Connolly", "Connolly"); }},
+        {"MakeSurfaceED()",
+         [](Model& m, const Step&) { makeSurface(m, "AddSurfaceED", "ElectronDensity"); }},
+        {"MakeSurfaceGauss()",
+         [](Model& m, const Step&) { makeSurface(m, "AddSurfaceG", "Gaussian"); }},
+        {"MakeSurfaceVdW()",
+         [](Model& m, const Step&) { makeSurface(m, "AddSurfaceVdW", "VanderWaals"); }},
+        {"MakeSurfaceSolv()",
+         [](Model& m, const Step&) { makeSurface(m, "AddSurfaceSolv", "SolventAccessible"); }},
+        {"MakeSubSurface()",
+         [](Model& m, const Step& s) {
+             makeAtLevel(m, "Enter minimum contour value for surface", "SubSurface", "AddSurface",
+                         s);
+         }},
+        {"MakeCartesian()", [](Model& m, const Step&) { makeCartesian(m); }},
+        {"MakeSet()", makeSet},
+        {"MapGrid2Surf()",
+         [](Model& m, const Step&) {
+             send(m, "Calculate/Electrostatics", "MapGrid2Surf", "Map", QStringLiteral("false"),
+                  "CommandC");
+         }},
+        {"KillAll()",
+         [](Model& m, const Step&) {
+             m.change(
+                 m.host.space(), Change::Delete,
+                 [&] {
+                     m.tree.clear();
+                     while (!m.topLevel().empty())
+                         m.host.destroy(m.topLevel().front());
+                     m.makeList();
+                 },
+                 Refusal::Silent);
+         }},
+        {"KillGroups()", [](Model& m, const Step&) { m.killSelected(Kind::Group); }},
+        {"KillResidues()", [](Model& m, const Step&) { m.killSelected(Kind::Residue); }},
+        {"KillGrids()", [](Model& m, const Step&) { m.killSelected(Kind::Grid); }},
+        {"KillSurfaces()", [](Model& m, const Step&) { m.killSelected(Kind::Surface); }},
+        {"KillBonds()", [](Model& m, const Step&) { m.killSelected(Kind::Bond); }},
+        {"KillAtoms()", [](Model& m, const Step&) { m.killSelected(Kind::Atom); }},
+        {"KillMolecules()", [](Model& m, const Step&) { m.killSelected(Kind::Molecule); }},
+        {"KillClump()",
+         [](Model& m, const Step&) {
+             if (!m.root() || !Host::isSelected(*m.root()))
+                 return;
+             m.change(
+                 m.root(), Change::Delete,
+                 [&m, item = m.root()] {
+                     m.tree.clear();
+                     m.host.destroy(item);
+                     m.makeList();
+                 },
+                 Refusal::Silent);
+         }},
+        {"KillItems()", [](Model&, const Step&) {}},
+        {"applySelect()",
+         [](Model& m, const Step&) {
+             applyPattern(
+                 m, [](Item& atom, bool matches) { atom.selected = atom.selected || matches; });
+         }},
+        {"applyMask()",
+         [](Model& m, const Step&) {
+             applyPattern(
+                 m, [](Item& atom, bool matches) { atom.selected = atom.selected && matches; });
+         }},
+        {"applyDiff()",
+         [](Model& m, const Step&) {
+             applyPattern(
+                 m, [](Item& atom, bool matches) { atom.selected = atom.selected && !matches; });
+         }},
+        {"SelectionChanged()", [](Model& m, const Step&) { m.selectionChanged(); }},
+        {"KillBranch(TreeItem*)",
+         [](Model& m, const Step& s) {
+             const Rows rows = m.tree.all();
+             if (!rows.empty())
+                 m.killBranch(rows[s.target % rows.size()]->item, s);
+         }},
+    };
+    return all;
+}
+
+void runCommand(Model& model, const char* signature, const Step& step) {
+    if (qstrcmp(signature, "close()") == 0)
+        return model.close();
+    const auto found =
+        std::find_if(commands().begin(), commands().end(), [signature](const Command& command) {
+            return qstrcmp(command.signature, signature) == 0;
+        });
+    found->run(model, step);
+}
+
+const std::vector<MenuEntry>& menuEntries() {
+    static const std::vector<MenuEntry> all = {
+        {"&File", "Exit", "close()"},
+        {"Select", "Clear", "SelectedClear()"},
+        {"Select", "Invert", "SelectedToggle()"},
+        {"Select", "Full groups", "SelectGroups()"},
+        {"Select", "Within rad.", "SelectRadius()"},
+        {"Select", "All Fgroups", "SelectGroupsG()"},
+        {"Select", "Any w/ rad.", "SelectRadiusG()"},
+        {"Select", "Atoms by type", "SelectHydrogens()"},
+        {"Select", "Nearby Grids", "SelectGridBounds()"},
+        {"Select", "Query", "showQuery()"},
+        {"Display", "Hide", "SelectedHide()"},
+        {"Display", "Hide unselected", "UnselectedHide()"},
+        {"Display", "Hide All unsels", "UnselectedHideG()"},
+        {"Display", "Show", "SelectedShow()"},
+        {"Display", "Set color", "SelectedColor()"},
+        {"Display", "Color by Temp", "SelectedColorTemp()"},
+        {"Display", "Default color", "SelectedUnColor()"},
+        {"Modify", "FirstModel", "SelectedOrigModel()"},
+        {"Modify", "Prev Model", "SelectedPrevModel()"},
+        {"Modify", "Next Model", "SelectedNextModel()"},
+        {"Modify", "Colour Atoms by Residue", "SelectedColorGrp2Atom()"},
+        {"Add", "Rotamers", "SelectedRotamers()"},
+        {"Add", "ContourHi", "MakeContourHi()", true},
+        {"Add", "ContourLo", "MakeContourLo()", true},
+        {"Add", "ConnollySurface", "MakeSurface()", true},
+        {"Add", "VdWaalsSurface", "MakeSurfaceVdW()", true},
+        {"Add", "SolAccesSurface", "MakeSurfaceSolv()", true},
+        {"Add", "SubSurface", "MakeSubSurface()", true},
+        {"Add", "Define set", "MakeSet()"},
+        {"Add", "Cartesian", "MakeCartesian()"},
+        {"Add", "MapGrid2Surface", "MapGrid2Surf()", true},
+        {"Delete", "Tree", "KillClump()"},
+        {"Delete", "Chain", "KillMolecules()"},
+        {"Delete", "Group", "KillGroups()"},
+        {"Delete", "Residue", "KillResidues()"},
+        {"Delete", "Atom", "KillAtoms()"},
+        {"Delete", "Bond", "KillBonds()"},
+        {"Delete", "Grid", "KillGrids()"},
+        {"Delete", "Surface", "KillSurfaces()"},
+        {"Delete", "All", "KillAll()"},
+        {"Help", "Show", "help()"},
+    };
+    return all;
+}
+
+} // namespace plain

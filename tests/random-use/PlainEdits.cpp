@@ -1,0 +1,125 @@
+// What others do to the data in the plain model.
+#include "PlainWindow.h"
+
+namespace plain {
+
+using random_use::choose;
+
+void Model::setAtom(Item& atom, unsigned int value) {
+    const random_use::AtomValues values(value);
+    atom.type = values.type;
+    atom.position = values.position;
+    atom.hasPosition = values.hasPosition;
+    atom.temperature = values.temperature;
+    atom.model = values.model;
+    atom.color = Host::defaultColor(atom);
+    host.settle();
+}
+
+void Model::addLeaf(Item* parent, unsigned int value) {
+    static const Kind kinds[] = {Kind::Surface, Kind::Grid, Kind::PolyLine, Kind::Grid};
+    Item* leaf = host.make(parent, choose(kinds, value), "leaf");
+    if (leaf->kind != Kind::Grid)
+        return;
+    const random_use::GridValues values(value);
+    leaf->points = leaf->upper = values.points;
+    leaf->origin = values.origin;
+    leaf->step = values.step;
+}
+
+void Model::edit(Who who, const Edit& edit) {
+    using random_use::EditKind;
+    if (edit.kind == EditKind::None)
+        return;
+    if (edit.kind == EditKind::Highlight) {
+        showSelection = !showSelection;
+        return;
+    }
+    if (edit.kind == EditKind::Kill)
+        return call(QStringLiteral("CommandC"), QStringLiteral("Kill"));
+    const Items all = host.all();
+    Item* item = all.empty() ? nullptr : all[edit.target % all.size()];
+    const unsigned int value = edit.value;
+    const auto box = [&]() -> Item* { // the item, or what holds it
+        Item* holder = item ? item : host.space();
+        return holder->isComposite() ? holder : holder->parent;
+    };
+    switch (edit.kind) {
+    case EditKind::Select:
+    case EditKind::Show:
+    case EditKind::Paint:
+    case EditKind::Model:
+    case EditKind::SetAtom:
+        if (!item)
+            return;
+        guarded(who, Change::Update, [&] {
+            if (edit.kind == EditKind::Select)
+                Host::setSelected(*item, value % 2);
+            else if (edit.kind == EditKind::Show)
+                Host::setVisible(*item, value % 2);
+            else if (edit.kind == EditKind::Paint)
+                item->color = 0xff000000U | value;
+            else if (edit.kind == EditKind::Model && item->kind == Kind::Residue)
+                Host::switchModel(*item, static_cast<Host::Switch>(value % 3));
+            else if (edit.kind == EditKind::SetAtom && item->kind == Kind::Atom)
+                setAtom(*item, value);
+        });
+        return;
+    case EditKind::AddAtom:
+        guarded(who, Change::Add, [&] {
+            Item* atom = host.make(box(), Kind::Atom, choose(random_use::madeNames, value));
+            setAtom(*atom, value);
+        });
+        return;
+    case EditKind::AddBond: {
+        Item* other = all.empty() ? nullptr : all[value % all.size()];
+        if (item && item != other && item->kind == Kind::Atom && other->kind == Kind::Atom)
+            guarded(who, Change::Add, [&] {
+                Item* bond = host.make(Host::boxAround(item), Kind::Bond, {});
+                bond->name = Host::bondName(*item, *other);
+                bond->parts = {item, other};
+            });
+        return;
+    }
+    case EditKind::AddLeaf:
+        guarded(who, Change::Add, [&] { addLeaf(box(), value); });
+        return;
+    case EditKind::AddBox:
+        guarded(who, Change::Add,
+                [&] { host.make(box(), static_cast<Kind>(1 + value % 4), "box"); });
+        return;
+    case EditKind::AddTop:
+        guarded(who, Change::Add, [&] {
+            if (value % 2)
+                host.make(host.space(), static_cast<Kind>(1 + value / 2 % 4), "top");
+            else
+                addLeaf(host.space(), value / 2);
+        });
+        return;
+    case EditKind::AddSet:
+        guarded(who, Change::Add, [&] {
+            Items members;
+            for (unsigned int i = 0; i != value % 4 && !all.empty(); ++i)
+                members.push_back(all[(edit.target + i * value) % all.size()]);
+            host.makeSet(value % 3 ? box() : host.space(), "set", members);
+        });
+        return;
+    case EditKind::Destroy:
+        if (value < 4)
+            item = topLevel().empty() ? nullptr : topLevel()[edit.target % topLevel().size()];
+        if (item)
+            guarded(who, Change::Delete, [&] { host.destroy(item); });
+        return;
+    case EditKind::Swap:
+        if (!topLevel().empty())
+            guarded(who, Change::Delete, [&] {
+                host.destroy(topLevel()[edit.target % topLevel().size()]);
+                host.make(host.space(), Kind::Composite, "swapped");
+            });
+        return;
+    default:
+        return;
+    }
+}
+
+} // namespace plain

@@ -1,0 +1,237 @@
+// What the steps of a session do in the plain model: calls, gestures with mouse and keys.
+#include "PlainWindow.h"
+
+#include <algorithm>
+
+namespace plain {
+
+using namespace random_use;
+
+void Model::act(const Step& step, const Seen& seen) {
+    const Rows rows = tree.shown();
+    Row* const row = rows.empty() ? nullptr : rows[step.target % rows.size()];
+    Row* const rowOrBelow = step.target % (rows.size() + 1) == rows.size()
+                                ? nullptr
+                                : rows[step.target % (rows.size() + 1)];
+    switch (step.action) {
+    case Action::Slot:
+        if (exists)
+            choose(commands(), step.a).run(*this, step);
+        return;
+    case Action::Menu: {
+        const MenuEntry& entry = choose(menuEntries(), step.a);
+        if (isUsable() && (plugins || !entry.needsPlugin))
+            runCommand(*this, entry.signature, step);
+        return;
+    }
+    case Action::Lock:
+        locked = !locked;
+        return;
+    case Action::Outside:
+        return edit(Who::Nobody, step.edit);
+    case Action::Answering:
+        answering = step.edit;
+        return;
+    case Action::Call: {
+        static const char* const entryPoints[] = {"Command", "CommandC", "Execute0", "Cleanup",
+                                                  "CommandC"};
+        const QString entryPoint = QString::fromLatin1(choose(entryPoints, step.a));
+        if (entryPoint == u"Execute0")
+            return call(QStringLiteral("CommandC"), QStringLiteral("Show"));
+        return call(entryPoint, QString::fromLatin1(choose(pluginCommands, step.b)));
+    }
+    default:
+        break;
+    }
+    if (!isUsable())
+        return;
+    switch (step.action) {
+    case Action::Press:
+        if (row)
+            press(step);
+        return;
+    case Action::PressBelow:
+        return tellIf(tree.pressBelow(choose(buttons, step.a), choose(modifiers, step.c)));
+    case Action::Move:
+        if (row)
+            tellIf(tree.dragTo(rowOrBelow));
+        return;
+    case Action::Release:
+        return tellIf(tree.release(rowOrBelow));
+    case Action::DoubleClick:
+        if (row && answering.kind == EditKind::None)
+            doubleClick(step);
+        return;
+    case Action::Key:
+        return key(step, seen);
+    case Action::Type:
+        return tellIf(tree.type(QChar(ushort(choose(letterKeys, step.a))).toLower()));
+    case Action::Header:
+        return tree.clickHeader(int(step.a % 4));
+    case Action::PressEntry:
+        if (list.isEmpty())
+            return;
+        highlighted = int(step.target % unsigned(list.size()));
+        return listEvent(choose(buttons, step.a), highlighted, step);
+    case Action::ListKey:
+        return listKey(step, seen);
+    case Action::Window:
+        if (step.a % 3 == 0)
+            shown = false;
+        else if (step.a % 3 == 1)
+            minimised = true;
+        else
+            close();
+        return;
+    case Action::Field:
+        if (panelShown)
+            fields[step.a % 3] = QString::fromStdString(step.text);
+        return;
+    case Action::TreeOnly:
+        if (panelShown)
+            treeOnly = !treeOnly;
+        return;
+    case Action::Button: {
+        static const char* const operations[] = {"applySelect()", "applyMask()", "applyDiff()"};
+        if (panelShown && step.a % 4 == 3)
+            panelShown = false;
+        else if (panelShown)
+            runCommand(*this, operations[step.a % 4], step);
+        return;
+    }
+    default:
+        return;
+    }
+}
+
+void Model::tellIf(bool selectionChanges) {
+    if (selectionChanges)
+        selectionChanged();
+}
+
+void Model::press(const Step& step) {
+    const Rows rows = tree.shown();
+    Row* const row = rows[step.target % rows.size()];
+    const Qt::MouseButton button = choose(buttons, step.a);
+    if (button == Qt::LeftButton) {
+        const bool onMark =
+            step.b % PlaceCount == Indentation && row->parent && !row->children.empty();
+        if (!onMark)
+            return tellIf(tree.press(row, choose(modifiers, step.c)));
+        tree.pressOther();
+        tree.setOpen(row, !row->open);
+        return;
+    }
+    tree.pressOther();
+    if (button == Qt::RightButton)
+        rightPress(row, step);
+    else if (row != tree.top())
+        killBranch(row->item, step);
+}
+
+void Model::rightPress(Row* row, const Step& step) {
+    Item* const item = row->item;
+    tree.current = row;
+    std::function<void()> change;
+    switch (step.b % PlaceCount) {
+    case Indentation:
+        if (row->parent)
+            return;
+        [[fallthrough]];
+    case Object:
+        return itemMenu(item, step);
+    case Show:
+        change = [item] { Host::setVisible(*item, !Host::isVisible(*item)); };
+        break;
+    case Select:
+        change = [item] { Host::setSelected(*item, !Host::isSelected(*item)); };
+        break;
+    case Partial:
+        change = [item] { Host::setSelected(*item, !Host::hasSelected(*item)); };
+        break;
+    default:
+        return;
+    }
+    // Nobody is the originator: the window is told like all others.
+    if (!guarded(Who::Nobody, Change::Update, change))
+        say("Cannot update CDB!");
+}
+
+// The host's own menu: show or hide, select or unselect, default colour.
+void Model::itemMenu(Item* item, const Step& step) {
+    const bool wasVisible = Host::isVisible(*item);
+    const bool wasSelected = Host::isSelected(*item);
+    const int before = deletions;
+    said.asked << QStringLiteral("ItemMenu: %1: %2|%3|%4|Default color")
+                      .arg(QString::fromStdString(item->kind == Kind::Atom ? item->type
+                                                                           : kindName(item->kind)),
+                           QString::fromLatin1(item->name),
+                           QLatin1String(wasVisible ? "Hide" : "Show"),
+                           QLatin1String(wasSelected ? "Unselect" : "Select"));
+    edit(Who::Nobody, step.edit);
+    // Whatever is destroyed closes the menu.
+    if (step.answer == Answer::Cancel || deletions != before)
+        return;
+    const auto choice = step.c % 3;
+    const bool granted = guarded(Who::Nobody, Change::Update, [&] {
+        if (choice == 0)
+            Host::setVisible(*item, !wasVisible);
+        else if (choice == 1)
+            Host::setSelected(*item, !wasSelected);
+        else
+            item->color = Host::defaultColor(*item);
+    });
+    if (!granted)
+        say("Cannot update CDB!");
+}
+
+void Model::doubleClick(const Step& step) {
+    const Rows rows = tree.shown();
+    Row* const row = rows[step.target % rows.size()];
+    tellIf(tree.press(row, {}));
+    tellIf(tree.release(row));
+    if (row->open || !row->children.empty())
+        tree.setOpen(row, !row->open);
+}
+
+void Model::shortcut(Qt::Key key, const Step& step) {
+    runCommand(*this,
+               key == Qt::Key_F   ? "SelectedOrigModel()"
+               : key == Qt::Key_P ? "SelectedPrevModel()"
+                                  : "SelectedNextModel()",
+               step);
+}
+
+void Model::key(const Step& step, const Seen& seen) {
+    const Qt::Key key = choose(treeKeys, step.a);
+    if (key == Qt::Key_F || key == Qt::Key_P || key == Qt::Key_N)
+        return shortcut(key, step);
+    if (key != Qt::Key_PageUp && key != Qt::Key_PageDown)
+        return tellIf(tree.key(key, choose(modifiers, step.c)));
+    const Rows rows = tree.shown();
+    if (answering.kind != EditKind::None)
+        return;
+    tree.key(key, {});
+    if (!tree.current || seen.pageRow < 0 || seen.pageRow >= int(rows.size()))
+        return;
+    tellIf(tree.moveTo(rows[std::size_t(seen.pageRow)], choose(modifiers, step.c)));
+}
+
+void Model::listKey(const Step& step, const Seen& seen) {
+    const Qt::Key key = choose(listKeys, step.a);
+    if (key == Qt::Key_F || key == Qt::Key_P || key == Qt::Key_N)
+        return shortcut(key, step);
+    const int last = int(list.size()) - 1;
+    if (last < 0)
+        return;
+    int row = 0;
+    if (seen.listRow >= 0)
+        row = key == Qt::Key_Up     ? std::max(0, seen.listRow - 1)
+              : key == Qt::Key_Down ? std::min(last, seen.listRow + 1)
+              : key == Qt::Key_Home ? 0
+                                    : last;
+    if (row != seen.listRow)
+        highlighted = row;
+}
+
+} // namespace plain

@@ -1,0 +1,114 @@
+// The data space in the plainest way: structs and loops, every answer counted anew. It shares no
+// code with the host that it is compared with.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace plain {
+
+enum class Kind {
+    Space,
+    Composite,
+    Molecule,
+    Residue,
+    Group,
+    Atom,
+    Bond,
+    Surface,
+    Grid,
+    PolyLine,
+    Set
+};
+
+/// A kind as the host names it.
+std::string kindName(Kind kind);
+
+struct Item {
+    Kind kind = Kind::Composite;
+    std::string name;
+    unsigned int id = 0;
+    Item* parent = nullptr;
+    std::vector<Item*> children;
+    std::vector<Item*> parts; ///< the atoms of a bond, the members of a set
+    bool selected = false;    ///< the own marks; they count for an item without leaves in it
+    bool visible = true;
+    bool heldLeaves = false;
+    std::uint32_t color = 0xffffffffU; ///< as Color packs it
+    unsigned int model = 0;            ///< of an atom its own, of a residue the active one
+
+    // Of an atom.
+    std::string type;
+    std::array<float, 3> position{};
+    bool hasPosition = false;
+    float temperature = 0.0F;
+
+    // Of a grid; its axes are those of the coordinates.
+    std::array<int, 3> points{};
+    std::array<int, 3> lower{};
+    std::array<int, 3> upper{};
+    std::array<double, 3> origin{};
+    std::array<double, 3> step{1, 1, 1};
+
+    bool isComposite() const { return kind <= Kind::Group; }
+    /// A set that has members stands for them, and counts nowhere.
+    bool listsMembers() const { return kind == Kind::Set && !parts.empty(); }
+};
+
+using Items = std::vector<Item*>;
+
+class Host {
+public:
+    Host();
+
+    Item* space() { return m_items.front().get(); }
+    Item* find(unsigned int id);
+    /// All items but the space, each before what it holds.
+    Items all();
+    /// The id of the item that is made next.
+    unsigned int nextId = 1;
+
+    /// Makes an item the last child of `parent`, and gives it the next id.
+    Item* make(Item* parent, Kind kind, const std::string& name);
+    /// Enters an item of that id without a parent: see attach().
+    Item* enter(Kind kind, const std::string& name, unsigned int id);
+    void attach(Item* item, Item* parent);
+    /// Makes a set of those members, each once.
+    Item* makeSet(Item* parent, const std::string& name, const Items& members);
+    /// The top-level composite around `item`, or else the space.
+    static Item* boxAround(Item* item);
+    /// A name as it can stand in a qualified name.
+    static std::string asComponent(std::string name);
+    static std::string bondName(const Item& a, const Item& b);
+    void destroy(Item* item);
+
+    static bool isSelected(const Item& item);
+    static bool hasSelected(const Item& item);
+    static bool isVisible(const Item& item);
+    static void setSelected(Item& item, bool on);
+    static void setVisible(Item& item, bool on);
+    static std::string qualifiedName(const Item& item);
+    static std::uint32_t defaultColor(const Item& item);
+
+    enum class Switch { First, Previous, Next };
+    static void switchModel(Item& residue, Switch way);
+    /// Brings own marks and active models in line after items came, went or changed their model.
+    void settle();
+
+    // The walks over the data. `all` false: selected ones only.
+    static Items atOrBelow(Item* root, Kind kind, bool all);
+    static Items below(Item* root, Kind kind, bool all);
+    static Items topmostSelected(Item* root);
+
+private:
+    void forget(Item* item);
+
+    std::vector<std::unique_ptr<Item>> m_items; ///< the space comes first
+};
+
+} // namespace plain

@@ -1,0 +1,85 @@
+// The structure tree as lists of lists, with the rules of its gestures written down in the simplest
+// way: every gesture goes through lists of all rows.
+#pragma once
+
+#include "PlainItems.h"
+
+#include <QString>
+#include <Qt>
+
+#include <memory>
+#include <vector>
+
+namespace plain {
+
+struct Row {
+    Item* item = nullptr;
+    Row* parent = nullptr;
+    std::vector<std::unique_ptr<Row>> children; ///< by rising id
+    bool selected = false;
+    bool dirty = false; ///< the user changed it since it was last handed to the host
+    bool open = false;
+
+    int depth() const { return parent ? parent->depth() + 1 : 0; }
+};
+
+using Rows = std::vector<Row*>;
+
+class Tree {
+public:
+    /// What a drag that goes on began with.
+    enum class Drag { None, FromRow, FromEmptyArea };
+
+    void clear();
+    /// Shows `item`, opened.
+    void populate(Item* item);
+    /// Adds the rows that are missing, and opens the top row if it has any.
+    void addMissing();
+    /// Takes the host's selection over.
+    void update();
+    /// Hands what the user changed to the host.
+    void handOver();
+
+    Row* top() const { return m_top.get(); }
+    /// Every row, or those of open branches, in the order shown.
+    Rows all() const { return list(true); }
+    Rows shown() const { return list(false); }
+    Row* rowOf(const Item* item) const;
+
+    // The gestures. Those that return something say whether the selection is to be told of.
+    bool press(Row* row, Qt::KeyboardModifiers modifiers);
+    bool pressBelow(Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    /// A press that does no more than end what went on.
+    void pressOther();
+    /// To a row, or below all rows when null.
+    bool dragTo(Row* row);
+    bool release(Row* row);
+    void setOpen(Row* row, bool open);
+    bool key(Qt::Key key, Qt::KeyboardModifiers modifiers);
+    /// A key led the view to this row; null when it led nowhere.
+    bool moveTo(Row* row, Qt::KeyboardModifiers modifiers);
+    bool type(const QString& text);
+    void clickHeader(int column);
+
+    Row* current = nullptr;
+    Row* anchor = nullptr; ///< null: the top row
+    Row* pressed = nullptr;
+    Drag drag = Drag::None;
+    bool descending = false;
+    int sortColumn = 0;
+    QString typed;
+
+private:
+    Rows list(bool closedToo) const;
+    void addBelow(Row& row);
+    void select(Row* row, bool on);
+    bool selectAll(bool on);
+    /// Selects these rows; `only`: and unselects all others.
+    void selectRows(const Rows& rows, bool only);
+    void extend(Row* to);
+    Row* from() const { return anchor ? anchor : top(); }
+
+    std::unique_ptr<Row> m_top;
+};
+
+} // namespace plain

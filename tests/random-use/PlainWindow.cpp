@@ -1,0 +1,263 @@
+#include "PlainWindow.h"
+
+#include <algorithm>
+
+namespace plain {
+
+using random_use::choose;
+
+bool Model::guarded(Who who, Change kind, const std::function<void()>& apply) {
+    if (changing || locked)
+        return false;
+    changing = true;
+    apply();
+    changing = false;
+    tell(who, kind);
+    return true;
+}
+
+void Model::tell(Who who, Change kind) {
+    deletions += kind == Change::Delete;
+    // Of a deletion everyone hears before an answer to it is told.
+    for (std::size_t i = 0; i != m_untold.size(); ++i)
+        if (m_untold[i] == Change::Delete) {
+            m_untold.erase(m_untold.begin() + std::ptrdiff_t(i--));
+            tellWindow(Change::Delete);
+        }
+    const bool toWindow = who != Who::Window && exists;
+    if (toWindow)
+        m_untold.push_back(kind);
+    const std::size_t untold = m_untold.size();
+    // The other subscriber was there before the window.
+    if (who != Who::Other) {
+        static const char* const names[] = {"update", "add", "delete"};
+        said.told << QString::fromLatin1(names[int(kind)]);
+        edit(Who::Other, std::exchange(answering, {}));
+    }
+    if (toWindow && m_untold.size() == untold) {
+        m_untold.pop_back();
+        tellWindow(kind);
+    }
+}
+
+void Model::tellWindow(Change kind) {
+    if (!exists)
+        return;
+    if (kind == Change::Update)
+        commUpdate();
+    else if (kind == Change::Add)
+        commAdd();
+    else
+        commDelete();
+}
+
+bool Model::isTopLevel(unsigned int id) {
+    return std::any_of(topLevel().begin(), topLevel().end(),
+                       [id](const Item* item) { return item->id == id; });
+}
+
+void Model::change(Item* item, Change kind, const std::function<void()>& apply, Refusal refusal) {
+    if (item && !guarded(Who::Window, kind, apply) && refusal == Refusal::Report)
+        say("Cannot update CDB!");
+}
+
+bool Model::ask(const QString& dialog, const Step& step) {
+    said.asked << dialog;
+    edit(Who::Nobody, step.edit);
+    return exists && step.answer == random_use::Answer::Accept;
+}
+
+// What the window shows of the data.
+
+QString Model::entryText(const Item& item) const {
+    return QLatin1String(Host::isVisible(item) ? " " : "O") +
+           QLatin1String(Host::isSelected(item)    ? "X "
+                         : Host::hasSelected(item) ? "/ "
+                                                   : "_ ") +
+           QString::fromLatin1(item.name);
+}
+
+void Model::makeList() {
+    const auto count = static_cast<qsizetype>(topLevel().size());
+    if (list.size() == count)
+        return;
+    if (list.size() > count)
+        current = -1;
+    list.clear();
+    for (const Item* item : topLevel())
+        list << entryText(*item);
+    highlighted = current;
+}
+
+void Model::updateList() {
+    if (list.size() != static_cast<qsizetype>(topLevel().size()))
+        say("ASSERT: \"m_List->count() == items\" in Vuxo (400)");
+    for (qsizetype i = 0; i < list.size(); ++i)
+        list[i] = entryText(*topLevel()[static_cast<std::size_t>(i)]);
+    if (current > -1)
+        highlighted = current;
+}
+
+void Model::commUpdate() {
+    tree.update();
+    updateList();
+}
+
+void Model::commAdd() {
+    makeList();
+    tree.addMissing();
+}
+
+void Model::commDelete() {
+    say("Vuxo::commDelete(): Did somebody killed my data?");
+    tree.clear();
+    makeList();
+}
+
+void Model::populate(int index) {
+    if (index >= 0 && index < static_cast<int>(topLevel().size()))
+        tree.populate(topLevel()[static_cast<std::size_t>(index)]);
+}
+
+void Model::selectionChanged() {
+    if (tree.top())
+        change(host.space(), Change::Update, [this] {
+            tree.handOver();
+            commUpdate();
+        });
+}
+
+void Model::listEvent(Qt::MouseButton button, int index, const Step& step) {
+    if (index < 0)
+        return;
+    Item* item = topLevel()[static_cast<std::size_t>(index)];
+    const QString name = list[index].mid(3);
+    const bool sameName = name == QString::fromLatin1(item->name);
+    const unsigned int id = item->id;
+    if (button == Qt::LeftButton && current != index) {
+        current = index;
+        populate(index);
+    } else if (button == Qt::RightButton) {
+        change(host.space(), Change::Update, [&] {
+            if (!sameName)
+                say("ASSERT: \"ch->GetName() == Name\" in Vuxo (456)");
+            Host::setVisible(*item, !Host::isVisible(*item));
+            if (!Host::isVisible(*item))
+                Host::setSelected(*item, false);
+            commUpdate();
+        });
+    } else if (button == Qt::MiddleButton) {
+        if (!sameName)
+            say("ASSERT: \"Name == clump->GetName()\" in Vuxo (471)");
+        const QString question = "Warning: Delete " + QString::fromLatin1(item->name) + "?";
+        if (ask(question, step) && isTopLevel(id))
+            change(
+                item, Change::Delete,
+                [&] {
+                    current = -1;
+                    tree.clear();
+                    host.destroy(item);
+                    makeList();
+                },
+                Refusal::Silent);
+    }
+    highlighted = current;
+}
+
+// Deleting.
+
+void Model::killBranch(Item* item, const Step& step) {
+    const unsigned int top = root()->id;
+    const unsigned int victim = item->id;
+    if (!ask("Warning: Delete " + QString::fromLatin1(item->name) + "?", step))
+        return;
+    // Others may have destroyed either meanwhile.
+    if (!isTopLevel(top) || !host.find(victim))
+        return;
+    change(item, Change::Delete, [&] {
+        tree.clear();
+        host.destroy(item);
+        makeList();
+        updateList();
+        populate(current);
+    });
+}
+
+void Model::killSelected(Kind kind) {
+    Item* const item = root();
+    change(
+        item, Change::Delete,
+        [&] {
+            tree.clear();
+            const unsigned int shownId = item->id;
+            std::vector<unsigned int> victims;
+            for (const Item* each : Host::below(item, kind, false))
+                victims.push_back(each->id);
+            for (const unsigned int id : victims)
+                if (Item* victim = host.find(id))
+                    host.destroy(victim);
+            // A set can name top-level items, and a bond goes with its atoms.
+            const Items& left = topLevel();
+            const auto at = std::find_if(left.begin(), left.end(), [shownId](const Item* other) {
+                return other->id == shownId;
+            });
+            if (list.size() != static_cast<qsizetype>(left.size())) {
+                makeList();
+                current = at == left.end() ? -1 : static_cast<int>(at - left.begin());
+            }
+            updateList();
+            if (at != left.end())
+                tree.populate(*at);
+        },
+        Refusal::Silent);
+}
+
+// The frame around the window.
+
+void Model::create() {
+    exists = true;
+    shown = minimised = panelShown = false;
+    tree = Tree();
+    current = highlighted = -1;
+    list.clear();
+    fields = {QStringLiteral(".*"), QStringLiteral(".*"), QStringLiteral(".*")};
+    treeOnly = true;
+    makeList();
+}
+
+void Model::kill() {
+    say("GUIPlugin: fKill");
+    exists = shown = minimised = panelShown = false;
+    tree = Tree();
+    list.clear();
+    highlighted = current = -1;
+}
+
+void Model::close() {
+    shown = minimised = false;
+}
+
+void Model::call(const QString& entryPoint, const QString& name) {
+    if (entryPoint == u"Cleanup") {
+        say("GUIPlugin::Cleanup()");
+        if (exists)
+            kill();
+        return;
+    }
+    if (!exists)
+        create();
+    const bool isKnown = entryPoint == u"CommandC" && (name == u"Show" || name == u"Kill");
+    if (!isKnown) {
+        said.messages << entryPoint + " '" + name + "' not recognized";
+        return;
+    }
+    if (name == u"Kill") {
+        kill();
+    } else {
+        shown = true;
+        minimised = false;
+    }
+    say("GUIPlugin::CommandC: Execution successful");
+}
+
+} // namespace plain

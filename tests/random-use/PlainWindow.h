@@ -1,0 +1,135 @@
+// The window, the frame around it and who hears of changes, as plain structs: what each step of a
+// session must do to data, rows, list and logs.
+#pragma once
+
+#include "PlainItems.h"
+#include "PlainTree.h"
+#include "Step.h"
+
+#include <QStringList>
+
+#include <array>
+#include <functional>
+#include <vector>
+
+namespace plain {
+
+using random_use::Edit;
+using random_use::Step;
+
+/// What is written, told and asked while a step is done.
+struct Said {
+    QStringList messages; ///< debug and warning lines
+    QStringList log;      ///< lines of the host's log
+    QStringList told;     ///< what another subscriber hears, in order
+    QStringList asked;    ///< the dialogs that opened, with their texts
+};
+
+/// What only the screen can tell: where the keys of lists and pages start from and lead to.
+struct Seen {
+    int listRow = -1; ///< the list's current row before the step
+    int pageRow = -1; ///< the row that a page key led to, counted as shown
+};
+
+enum class Change { Update, Add, Delete };
+enum class Who { Nobody, Window, Other };
+enum class Refusal { Report, Silent };
+
+class Model {
+public:
+    /// Does a step. Those that open files and build structures are entered by whoever did it.
+    void act(const Step& step, const Seen& seen);
+    /// Tells everyone of items that came in.
+    void tellOfNew() { tell(Who::Nobody, Change::Add); }
+    /// Whether a user can reach the window now.
+    bool isUsable() const { return exists && shown && !minimised; }
+    /// What the plug-in's IsDone answers.
+    bool isDone() const { return !exists || (!shown && !minimised); }
+
+    Host host;
+    bool changing = false;
+    bool locked = false;
+    bool showSelection = true;
+    bool plugins = false; ///< whether those are loaded that surfaces are asked of
+    int deletions = 0;    ///< how often something was destroyed
+    Edit answering;       ///< what the other subscriber does when it is told the next time
+
+    // The window, while it exists.
+    bool exists = false;
+    bool shown = false;
+    bool minimised = false;
+    Tree tree;
+    QStringList list;
+    int current = -1;     ///< index of the item in the tree, as a press on the list set it
+    int highlighted = -1; ///< entry of the list
+    bool panelShown = false;
+    std::array<QString, 3> fields;
+    bool treeOnly = true;
+
+    Said said;
+
+    // What the commands are made of.
+
+    Item* root() const { return tree.top() ? tree.top()->item : nullptr; }
+    const Items& topLevel() { return host.space()->children; }
+    bool isTopLevel(unsigned int id);
+    /// A change by the window: nothing happens without an `item`; a refused one is reported.
+    void change(Item* item, Change kind, const std::function<void()>& apply,
+                Refusal refusal = Refusal::Report);
+    /// Opens a dialog, in which others do what the step says. Whether it is accepted, and the
+    /// window still there.
+    bool ask(const QString& dialog, const Step& step);
+    void say(const char* line) { said.messages << QString::fromLatin1(line); }
+    void commUpdate();
+    void commAdd();
+    void commDelete();
+    void makeList();
+    void updateList();
+    void listEvent(Qt::MouseButton button, int index, const Step& step);
+    void populate(int index);
+    void selectionChanged();
+    void killBranch(Item* item, const Step& step);
+    void killSelected(Kind kind);
+    void close();
+
+private:
+    std::vector<Change> m_untold; ///< what the window has not heard of yet, outermost first
+
+    bool guarded(Who who, Change kind, const std::function<void()>& apply);
+    void tell(Who who, Change kind);
+    void tellWindow(Change kind);
+    void edit(Who who, const Edit& edit);
+    void setAtom(Item& atom, unsigned int value);
+    void addLeaf(Item* parent, unsigned int value);
+    QString entryText(const Item& item) const;
+    void create();
+    void kill();
+    void call(const QString& entryPoint, const QString& name);
+    void press(const Step& step);
+    void rightPress(Row* row, const Step& step);
+    void itemMenu(Item* item, const Step& step);
+    void doubleClick(const Step& step);
+    void key(const Step& step, const Seen& seen);
+    void listKey(const Step& step, const Seen& seen);
+    void tellIf(bool selectionChanges);
+    void shortcut(Qt::Key key, const Step& step);
+};
+
+/// A slot of the window: what it does.
+struct Command {
+    const char* signature;
+    void (*run)(Model& model, const Step& step);
+};
+const std::vector<Command>& commands();
+void runCommand(Model& model, const char* signature, const Step& step);
+
+/// An entry of the menus.
+struct MenuEntry {
+    const char* menu;
+    const char* label;
+    const char* signature;
+    bool needsPlugin = false;
+};
+const std::vector<MenuEntry>& menuEntries();
+
+} // namespace plain

@@ -1,0 +1,291 @@
+#include "Sessions.h"
+
+#include "Compare.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace random_use {
+
+namespace {
+
+struct Weight {
+    Action action;
+    unsigned int weight[4]; ///< for each theme
+};
+
+constexpr Weight weights[] = {
+    {Action::Idle, {3, 3, 3, 3}},       {Action::Slot, {22, 40, 8, 14}},
+    {Action::Menu, {10, 20, 3, 6}},     {Action::Press, {14, 8, 24, 10}},
+    {Action::PressBelow, {1, 1, 3, 1}}, {Action::Move, {3, 1, 10, 2}},
+    {Action::Release, {4, 2, 10, 3}},   {Action::DoubleClick, {2, 1, 5, 1}},
+    {Action::Key, {8, 4, 20, 5}},       {Action::Type, {1, 1, 4, 1}},
+    {Action::Header, {1, 1, 2, 1}},     {Action::PressEntry, {8, 6, 8, 8}},
+    {Action::ListKey, {2, 1, 4, 1}},    {Action::Field, {2, 3, 0, 1}},
+    {Action::TreeOnly, {1, 1, 0, 1}},   {Action::Button, {3, 6, 1, 2}},
+    {Action::Call, {2, 1, 1, 4}},       {Action::Window, {1, 1, 1, 3}},
+    {Action::Lock, {1, 1, 1, 3}},       {Action::Outside, {8, 4, 4, 24}},
+    {Action::Answering, {3, 1, 1, 10}}, {Action::Build, {2, 2, 2, 3}},
+};
+
+} // namespace
+
+bool Generator::isMuch(plain::Model& model) const {
+    return model.host.all().size() > (m_opensFiles ? 4000U : 160U);
+}
+
+Action Generator::pickAction(plain::Model& model) {
+    // A window that is not there, or refused changes, end in a while.
+    if (!model.isUsable() && pick(3) == 0)
+        return Action::Call;
+    if (model.locked && pick(8) == 0)
+        return Action::Lock;
+    if (model.topLevel().empty() && pick(4) == 0)
+        return Action::Build;
+    if (model.isUsable() && !model.tree.top() && !model.topLevel().empty() && pick(2) == 0)
+        return Action::PressEntry;
+    unsigned int sum = 0;
+    for (const Weight& each : weights)
+        sum += each.weight[int(m_theme)];
+    unsigned int number = pick(sum);
+    for (const Weight& each : weights) {
+        if (number < each.weight[int(m_theme)])
+            return each.action;
+        number -= each.weight[int(m_theme)];
+    }
+    return Action::Idle;
+}
+
+Edit Generator::pickEdit(plain::Model& model) {
+    static constexpr EditKind kinds[] = {
+        EditKind::Select,  EditKind::Select,  EditKind::Show,    EditKind::Show,
+        EditKind::Paint,   EditKind::AddAtom, EditKind::AddAtom, EditKind::AddBond,
+        EditKind::AddBond, EditKind::AddLeaf, EditKind::AddBox,  EditKind::AddSet,
+        EditKind::AddSet,  EditKind::AddTop,  EditKind::Destroy, EditKind::Destroy,
+        EditKind::Swap,    EditKind::SetAtom, EditKind::Model,   EditKind::Highlight};
+    Edit edit{kinds[pick(std::size(kinds))], pick(1000), pick(1000)};
+    if (isMuch(model) && pick(2) == 0)
+        edit.kind = EditKind::Destroy;
+    if (pick(40) == 0)
+        edit.kind = EditKind::Kill;
+    return edit;
+}
+
+std::string Generator::pickText() {
+    static constexpr const char* texts[] = {
+        "0", "1.5", "4",        "2.25",     "10000", "-1.5", "1e3", "abc",   "",       "Set",
+        "H", "C",   "h",        "Cu",       ".*",    "A",    "B",   "MET.*", "C[AB]?", "CA|N",
+        "(", "a/b", "\xC3\xA9", "\xCE\xA9", ".* 1",  "N",    "O1",  " 7 ",   "[^C]*",  "%1"};
+    return texts[pick(std::size(texts))];
+}
+
+namespace {
+
+bool isLast(const Step& step) {
+    const char* const signature =
+        step.action == Action::Slot   ? choose(plain::commands(), step.a).signature
+        : step.action == Action::Menu ? choose(plain::menuEntries(), step.a).signature
+                                      : "";
+    return qstrcmp(signature, "KillAll()") == 0 || qstrcmp(signature, "KillClump()") == 0 ||
+           qstrcmp(signature, "close()") == 0;
+}
+
+} // namespace
+
+Step Generator::next(plain::Model& model) {
+    Step step;
+    step.action = pickAction(model);
+    step.target = pick(1000);
+    step.a = pick(1000);
+    step.b = pick(1000);
+    step.c = pick(0x1000000);
+    switch (step.action) {
+    case Action::Slot:
+    case Action::Menu:
+    case Action::Press:
+    case Action::PressEntry:
+        step.text = pickText();
+        if (pick(4) == 0)
+            step.answer = Answer::Cancel;
+        if (pick(m_theme == Theme::Interference ? 4 : 12) == 0)
+            step.edit = pickEdit(model);
+        if (step.action == Action::PressEntry && !model.tree.top())
+            step.a = 0;
+        // What leaves nothing behind is not done every other moment.
+        if (isLast(step) && pick(4))
+            step.action = Action::Idle;
+        break;
+    case Action::Field:
+        step.text = pickText();
+        break;
+    case Action::Outside:
+    case Action::Answering:
+        step.edit = pickEdit(model);
+        break;
+    case Action::Call:
+        if (!model.isUsable()) { // Show
+            step.a = 1;
+            step.b = 0;
+        }
+        break;
+    case Action::Build:
+        if (m_opensFiles && pick(2))
+            step.action = Action::Load;
+        if (isMuch(model)) {
+            step.action = Action::Outside;
+            step.edit = {EditKind::Destroy, pick(1000), pick(4)};
+        }
+        break;
+    default:
+        break;
+    }
+    return step;
+}
+
+namespace {
+
+// Plays steps one by one until something differs.
+class Play {
+public:
+    explicit Play(const Start& start) : m_driver(start, m_model) {}
+
+    plain::Model& model() { return m_model; }
+
+    QStringList step(const Step& step) {
+        // What a crash leaves of a session.
+        static const bool traced = qEnvironmentVariableIsSet("RANDOM_USE_TRACE");
+        if (traced)
+            std::fprintf(stderr, "  %s,\n", qPrintable(text(step)));
+        m_model.said = {};
+        const plain::Said real = m_driver.act(step);
+        return differences(m_model.said, real) + differences(m_model, m_driver);
+    }
+
+private:
+    plain::Model m_model;
+    Driver m_driver;
+};
+
+} // namespace
+
+Outcome play(const Session& session) {
+    Play played(session.start);
+    Outcome outcome;
+    for (const Step& step : session.steps) {
+        outcome.faults = played.step(step);
+        ++outcome.steps;
+        if (!outcome.faults.isEmpty())
+            break;
+    }
+    return outcome;
+}
+
+Outcome play(Session& session, Theme theme, unsigned int seed, std::size_t count) {
+    Generator generator(seed, theme, session.start);
+    Play played(session.start);
+    Outcome outcome;
+    while (outcome.steps != count && outcome.faults.isEmpty()) {
+        session.steps.push_back(generator.next(played.model()));
+        outcome.faults = played.step(session.steps.back());
+        ++outcome.steps;
+    }
+    return outcome;
+}
+
+namespace {
+
+// Makes a failing session shorter by one way after the other, as long as it still fails.
+class Shortening {
+public:
+    explicit Shortening(Session session) : m_session(std::move(session)) {}
+
+    Session run() {
+        if (!tryThis(m_session.steps))
+            return m_session;
+        for (std::size_t size = (steps().size() + 1) / 2; size > 1; size = (size + 1) / 2)
+            leaveOut(size);
+        while (leaveOut(1))
+            continue;
+        constexpr std::size_t fewSteps = 30;
+        while (steps().size() <= fewSteps && leaveOutPair())
+            continue;
+        simplify();
+        return m_session;
+    }
+
+private:
+    const std::vector<Step>& steps() const { return m_session.steps; }
+
+    bool tryThis(std::vector<Step> fewer) {
+        Session attempt{m_session.start, std::move(fewer)};
+        const Outcome outcome = play(attempt);
+        if (outcome.faults.isEmpty())
+            return false;
+        attempt.steps.resize(outcome.steps);
+        m_session = std::move(attempt);
+        return true;
+    }
+    std::vector<Step> without(std::size_t at, std::size_t count) const {
+        std::vector<Step> rest = steps();
+        const auto from = rest.begin() + std::ptrdiff_t(at);
+        rest.erase(from, from + std::ptrdiff_t(std::min(count, rest.size() - at)));
+        return rest;
+    }
+    bool leaveOut(std::size_t count) {
+        bool any = false;
+        for (std::size_t at = 0; at < steps().size();)
+            if (tryThis(without(at, count)))
+                any = true;
+            else
+                at += count;
+        return any;
+    }
+    // What switches something on and off again goes as a pair.
+    bool leaveOutPair() {
+        for (std::size_t first = 0; first < steps().size(); ++first)
+            for (std::size_t second = first + 1; second < steps().size(); ++second) {
+                std::vector<Step> rest = without(second, 1);
+                rest.erase(rest.begin() + std::ptrdiff_t(first));
+                if (tryThis(std::move(rest)))
+                    return true;
+            }
+        return false;
+    }
+    void simplify() {
+        for (std::size_t i = 0; i < steps().size(); ++i) {
+            const auto attempt = [&](const std::function<void(Step&)>& change) {
+                std::vector<Step> simpler = steps();
+                change(simpler[i]);
+                if (text(simpler[i]) != text(steps()[i]))
+                    tryThis(std::move(simpler));
+            };
+            attempt([](Step& step) { step.edit = {}; });
+            attempt([](Step& step) { step.text.clear(); });
+            attempt([](Step& step) { step.answer = Answer::Accept; });
+            for (unsigned int Step::*field : {&Step::target, &Step::a, &Step::b, &Step::c}) {
+                attempt([field](Step& step) { step.*field = 0; });
+                attempt([field](Step& step) { step.*field %= 16; });
+            }
+        }
+    }
+
+    Session m_session;
+};
+
+} // namespace
+
+Session shortened(const Session& session) {
+    return Shortening(session).run();
+}
+
+QString report(const Session& session, const Outcome& outcome) {
+    const Session shorter = shortened(session);
+    const Outcome again = play(shorter);
+    return QStringLiteral("after %1 steps:\n%2\n\nshortened to %3 steps:\n%4\nwhere\n%5\n")
+        .arg(outcome.steps)
+        .arg(outcome.faults.join(u'\n'))
+        .arg(shorter.steps.size())
+        .arg(text(shorter), again.faults.join(u'\n'));
+}
+
+} // namespace random_use

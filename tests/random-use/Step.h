@@ -1,0 +1,156 @@
+// One step of a random session, as a plain struct that can be printed and played again. What a step
+// works on is a number modulo how many there are: a step stays meaningful when others are left out.
+#pragma once
+
+#include <QString>
+#include <Qt>
+
+#include <array>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace random_use {
+
+/// What others may do to the data, at once or in between.
+enum class EditKind {
+    None,
+    Select,    ///< value: on or off
+    Show,      ///< value: on or off
+    Paint,     ///< value: the colour
+    AddAtom,   ///< value: name, model and place
+    AddBond,   ///< value: the second atom
+    AddLeaf,   ///< value: which kind
+    AddBox,    ///< an empty composite; value: which kind
+    AddSet,    ///< value: how many members, and which
+    AddTop,    ///< a top-level item; value: which kind
+    Destroy,   ///< value: 0 to 3 a top-level item, else any
+    Swap,      ///< one change destroys a top-level item and makes another
+    SetAtom,   ///< value: its new type, place, model
+    Model,     ///< value: first, previous, next
+    Highlight, ///< switches the host's showing of the selection; needs no guard
+    Kill       ///< sends the plug-in "Kill"
+};
+constexpr int editCount = static_cast<int>(EditKind::Kill) + 1;
+
+struct Edit {
+    EditKind kind = EditKind::None;
+    unsigned int target = 0;
+    unsigned int value = 0;
+};
+
+enum class Action {
+    Idle,        ///< lets the screen be painted
+    Slot,        ///< a: which slot; target: its entry, row or index; b: its mouse button
+    Menu,        ///< a: which entry of the menus
+    Press,       ///< target: the row; a: button; b: place in the row; c: modifiers
+    PressBelow,  ///< a: button; c: modifiers
+    Move,        ///< with the left button held; target: the row, or below the rows
+    Release,     ///< target: as for Move
+    DoubleClick, ///< target: the row
+    Key,         ///< a: which key of the tree; c: modifiers
+    Type,        ///< in the tree; a: which letter
+    Header,      ///< a: column
+    PressEntry,  ///< in the list; target: the entry; a: button
+    ListKey,     ///< a: which key
+    Field,       ///< a: which field of the panel; text: what is typed into it
+    TreeOnly,    ///< switches the panel's box
+    Button,      ///< of the panel; a: which
+    Call,        ///< a: entry point of the plug-in; b: which command
+    Window,      ///< a: hidden, minimised, closed
+    Lock,        ///< the host refuses changes from now on, or no longer
+    Outside,     ///< edit: done by others now
+    Answering,   ///< edit: done by another subscriber when it is told the next time
+    Build,       ///< others add a structure; a: which
+    Load,        ///< a: which file
+    Sabotage     ///< selects an item behind everyone's back: a comparison must notice
+};
+constexpr int actionCount = static_cast<int>(Action::Sabotage) + 1;
+
+enum class Answer { Accept, Cancel };
+
+struct Step {
+    Action action = Action::Idle;
+    unsigned int target = 0;
+    unsigned int a = 0;
+    unsigned int b = 0;
+    unsigned int c = 0;
+    Answer answer = Answer::Accept;
+    std::string text = {}; ///< UTF-8
+    Edit edit = {};        ///< see Action; of a step with a question: done while it is open
+};
+
+/// What a session begins with.
+struct Start {
+    enum Kind { Generated, Sample, Ubiquitin, Crambin, Crabp, Empty };
+
+    Kind kind = Generated;
+    unsigned int seed = 1; ///< of what is generated
+    bool plugins = false;  ///< whether those are there that surfaces are asked of
+};
+
+struct Session {
+    Start start;
+    std::vector<Step> steps;
+};
+
+/// A step, and a whole session, as C++ writes them.
+QString text(const Step& step);
+QString text(const Session& session);
+
+// The choices that the numbers of a step mean, for the model and for the real window alike.
+
+template <class Choice, std::size_t count>
+const Choice& choose(const Choice (&choices)[count], unsigned int number) {
+    return choices[number % count];
+}
+template <class Choice>
+const Choice& choose(const std::vector<Choice>& choices, unsigned int number) {
+    return choices[number % choices.size()];
+}
+
+inline constexpr Qt::MouseButton buttons[] = {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton};
+inline const Qt::KeyboardModifiers modifiers[] = {
+    {}, {}, Qt::ShiftModifier, Qt::ControlModifier, Qt::ShiftModifier | Qt::ControlModifier};
+inline constexpr Qt::Key treeKeys[] = {
+    Qt::Key_Up,    Qt::Key_Down, Qt::Key_Down,   Qt::Key_Home,     Qt::Key_End,  Qt::Key_Left,
+    Qt::Key_Right, Qt::Key_Plus, Qt::Key_Minus,  Qt::Key_Space,    Qt::Key_Down, Qt::Key_Right,
+    Qt::Key_A,     Qt::Key_F,    Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_P,    Qt::Key_N};
+inline constexpr Qt::Key letterKeys[] = {Qt::Key_A, Qt::Key_C, Qt::Key_M,
+                                         Qt::Key_1, Qt::Key_H, Qt::Key_G};
+inline constexpr Qt::Key listKeys[] = {Qt::Key_Up,   Qt::Key_Down, Qt::Key_Home, Qt::Key_End,
+                                       Qt::Key_Down, Qt::Key_F,    Qt::Key_P,    Qt::Key_N};
+inline constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Show"};
+inline constexpr const char* madeTypes[] = {"C", "N", "O", "H", "Cu", "X"};
+inline constexpr const char* madeNames[] = {"CA", "N", "O1", "H/1", "CU", "CB'"};
+
+/// What others give an atom that they make or change.
+struct AtomValues {
+    explicit AtomValues(unsigned int value)
+        : type(choose(madeTypes, value)), position{static_cast<float>(value % 13) * 1.5F,
+                                                   static_cast<float>(value % 7),
+                                                   static_cast<float>(value % 5)},
+          hasPosition(value % 11 != 0), temperature(static_cast<float>(value % 90) - 5.0F),
+          model(value % 5 == 0 ? 1 + value % 3 : 0) {}
+
+    std::string type;
+    std::array<float, 3> position;
+    bool hasPosition;
+    float temperature;
+    unsigned int model;
+};
+
+/// A grid that others make. No coordinate with three decimals lies in the middle of two points.
+struct GridValues {
+    explicit GridValues(unsigned int value)
+        : points{3 + static_cast<int>(value % 5), 4, 9}, origin{-3.0517, -3.0517, 0.9483} {}
+
+    std::array<int, 3> points;
+    std::array<double, 3> origin;
+    std::array<double, 3> step{1.7321, 1.7321, 1.7321};
+};
+
+/// Where in a row the mouse is pressed: a column, right of all columns, or the indentation.
+enum Place { Object, Show, Select, Partial, RightOfAll, Indentation, PlaceCount };
+
+} // namespace random_use
