@@ -1,5 +1,7 @@
 #include "Contest.h"
 
+#include "Plot.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -130,14 +132,15 @@ void run(const Contest& contest, int turns) {
     std::cerr << contest.work << ", " << contest.size << " atoms ..." << std::flush;
     benchmark::ClearRegisteredBenchmarks();
     registerTurns("ours", line.contest.ours, line.ourPeak, turns);
-    if (!contest.peer.empty())
+    const bool theyRun = !contest.peer.empty() && hasMemory(contest.theirBytes);
+    if (theyRun)
         registerTurns("theirs", line.contest.theirs, line.theirPeak, turns);
     BestTimes best;
     benchmark::RunSpecifiedBenchmarks(&best);
     line.ourSeconds = best.seconds("ours");
-    line.theirSeconds = contest.peer.empty() ? 0.0 : best.seconds("theirs");
+    line.theirSeconds = theyRun ? best.seconds("theirs") : 0.0;
     std::cerr << ' ' << number(line.ourSeconds * 1e3) << " ms";
-    if (!contest.peer.empty())
+    if (theyRun)
         std::cerr << ", " << contest.peer << ' ' << number(line.theirSeconds * 1e3) << " ms";
     std::cerr << '\n';
     lines.push_back(std::move(line));
@@ -159,6 +162,8 @@ void writeTable(std::ostream& out) {
             << " | " << number(line.ourPeak / 1e6) << " MB | ";
         if (c.peer.empty())
             out << "| | | | ";
+        else if (line.theirSeconds == 0.0)
+            out << c.peer << " | needs " << number(c.theirBytes / 1e9) << " GB | | | ";
         else
             out << c.peer << " | " << number(line.theirSeconds * 1e3) << " ms | "
                 << number(line.theirPeak / 1e6) << " MB | "
@@ -178,6 +183,30 @@ void writeTable(std::ostream& out) {
                 << number(line.theirBytes / line.ourBytes) << " | ";
         out << line.target << " |\n";
     }
+}
+
+void writePlots(std::ostream& out) {
+    std::vector<Curve> curves;
+    for (const Line& line : lines) {
+        const auto known = std::find_if(curves.begin(), curves.end(), [&](const Curve& curve) {
+            return curve.work == line.contest.work;
+        });
+        Curve& curve = known != curves.end()
+                           ? *known
+                           : curves.emplace_back(Curve{line.contest.work, line.contest.peer, {}});
+        curve.samples.push_back(
+            {static_cast<double>(line.contest.size), line.ourSeconds, line.theirSeconds});
+    }
+    drawPlots(out, curves);
+}
+
+bool hasMemory(double bytes) {
+    std::ifstream memory("/proc/meminfo");
+    const std::string field = "MemAvailable:";
+    for (std::string line; std::getline(memory, line);)
+        if (line.rfind(field, 0) == 0)
+            return bytes <= 0.95 * 1024.0 * std::stod(line.substr(field.size()));
+    return true;
 }
 
 double heapBytes() {

@@ -23,6 +23,8 @@ struct Contest {
     std::string itemName;  ///< as "row"
     std::string peer{};    ///< who the competitor is; empty when there is none
     std::string target{};  ///< what is to be reached, as text
+    double theirBytes = 0; ///< what the competitor needs at least; it is left out where that is
+                           ///< more than the machine has
     Contestant ours;
     Contestant theirs{};
 };
@@ -51,6 +53,10 @@ void run(const Contest& contest, int turns);
 void add(const MemoryLine& line);
 /// Writes all lines as a Markdown table.
 void writeTable(std::ostream& out);
+/// Draws all times over the number of atoms, as SVG.
+void writePlots(std::ostream& out);
+/// Whether the machine has so much memory to give.
+bool hasMemory(double bytes);
 
 /// Bytes of heap in use now.
 double heapBytes();

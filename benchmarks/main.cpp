@@ -1,6 +1,7 @@
-// benchmarks [--only=TEXT] STRUCTURES COPIES...: times our works beside their competitors on so many
-// copies of the ribosome each, and writes the table to standard output. With --only, just the works
-// whose name holds TEXT.
+// benchmarks [--only=TEXT] [--plots=FILE] STRUCTURES COPIES...: times our works beside their
+// competitors on so many copies of the ribosome each, and writes the table to standard output. With
+// --only, just the works whose name holds TEXT; with --plots, also a picture of all times. 0 copies
+// are the ribosome's first atoms: a quick check that all works can be done.
 #include "Contest.h"
 #include "RealStructures.h"
 #include "Services.h"
@@ -13,21 +14,27 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <iostream>
-#include <string_view>
+#include <string>
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     const char* const program = argv[0];
-    const std::string_view option = argc > 1 ? argv[1] : "";
-    if (constexpr std::string_view only = "--only="; option.substr(0, only.size()) == only) {
-        benchmarks::runOnly(std::string(option.substr(only.size())));
-        --argc;
-        ++argv;
+    std::string plots;
+    for (; argc > 1 && argv[1][0] == '-'; --argc, ++argv) {
+        const std::string option = argv[1];
+        if (option.rfind("--only=", 0) == 0)
+            benchmarks::runOnly(option.substr(option.find('=') + 1));
+        else if (option.rfind("--plots=", 0) == 0)
+            plots = option.substr(option.find('=') + 1);
+        else
+            argc = 1;
     }
     if (argc < 3) {
-        std::fprintf(stderr, "usage: %s [--only=TEXT] STRUCTURES COPIES...\n", program);
+        std::fprintf(stderr, "usage: %s [--only=TEXT] [--plots=FILE] STRUCTURES COPIES...\n",
+                     program);
         return 2;
     }
     memory_host::setLogFile(QString());
@@ -38,13 +45,9 @@ int main(int argc, char** argv) {
         for (int i = 2; i < argc; ++i) {
             const int copies = std::atoi(argv[i]);
             const std::string path = benchmarks::ribosomeFile(argv[1], copies);
-            // Ten million atoms are more than some of the competitors can hold.
-            const bool huge = copies > 20;
-            const int turns = huge ? 2 : copies > 1 ? 3 : 5;
-            if (!huge) {
-                benchmarks::benchmarkFiles(path, turns);
-                benchmarks::benchmarkTree(path, turns);
-            }
+            const int turns = copies > 20 ? 2 : copies > 1 ? 3 : copies > 0 ? 5 : 1;
+            benchmarks::benchmarkFiles(path, turns);
+            benchmarks::benchmarkTree(path, turns);
             benchmarks::benchmarkCommands(path, turns);
         }
     } catch (const std::exception& error) {
@@ -52,5 +55,13 @@ int main(int argc, char** argv) {
         return 1;
     }
     benchmarks::writeTable(std::cout);
+    if (!plots.empty()) {
+        std::ofstream file(plots);
+        benchmarks::writePlots(file);
+        if (!file.flush()) {
+            std::fprintf(stderr, "%s: cannot write %s\n", program, plots.c_str());
+            return 1;
+        }
+    }
     return 0;
 }

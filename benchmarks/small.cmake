@@ -1,0 +1,29 @@
+# Runs every work on few atoms, and looks at what came out.
+set(plots ${CMAKE_CURRENT_BINARY_DIR}/small.svg)
+file(REMOVE ${plots})
+execute_process(COMMAND ${PROGRAM} --plots=${plots} ${STRUCTURES} 0
+  OUTPUT_VARIABLE table ERROR_VARIABLE progress RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "${progress}the benchmarks ended with ${result}")
+endif()
+file(READ ${plots} picture)
+foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." "union by"
+    "intersection by" "difference by" "Clear" "Invert" "Full groups" "Atoms by type" "Hide" "Show"
+    "Set color" "Color by Temp" "Default color" "Colour Atoms by Residue" "Next Model" "Atom"
+    "Bond" "Residue")
+  foreach(text "${table}" "${picture}")
+    string(FIND "${text}" "${work}" at)
+    if(at EQUAL -1)
+      message(FATAL_ERROR "\"${work}\" is missing in:\n${text}")
+    endif()
+  endforeach()
+endforeach()
+foreach(text "the opened structure, bonds included" "the filled tree")
+  string(FIND "${table}" "${text}" at)
+  if(at EQUAL -1)
+    message(FATAL_ERROR "\"${text}\" is missing in:\n${table}")
+  endif()
+endforeach()
+if(NOT picture MATCHES "</svg>\n$")
+  message(FATAL_ERROR "the picture is not whole:\n${picture}")
+endif()
