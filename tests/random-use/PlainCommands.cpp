@@ -213,8 +213,10 @@ void makeSet(Model& model, const Step& step) {
         return;
     const unsigned int id = root->id;
     const QString typed = typedIn(step);
-    if (!model.ask(QStringLiteral("Set: Enter name for Set: Set"), step) || typed.isEmpty() ||
-        !model.isTopLevel(id))
+    if (!model.ask(QStringLiteral("Set: Enter name for Set: Set"), step) || typed.isEmpty())
+        return;
+    // Whatever was destroyed meanwhile has emptied the tree.
+    if (!model.root() || model.root()->id != id)
         return;
     model.change(root, Change::Add, [&] {
         const Items members = Host::topmostSelected(root);
