@@ -10,7 +10,7 @@ namespace benchmarks {
 namespace {
 
 constexpr int columns = 3;
-constexpr double panelWidth = 340.0;
+constexpr double panelWidth = 380.0;
 constexpr double panelHeight = 200.0;
 constexpr double left = 52.0; // what the labels take of a panel
 constexpr double right = 12.0;
@@ -110,8 +110,8 @@ void drawPanel(std::ostream& out, const Curve& curve, double atLeft, double atTo
     const double yEnd = atTop + panelHeight - bottom;
     const Axis x(fewest, most, atLeft + left, xEnd);
     const Axis y(shortest, longest, yEnd, atTop + top);
-    out << "<text x=\"" << atLeft + left << "\" y=\"" << atTop + top - 10.0
-        << "\" font-weight=\"bold\">" << escaped(curve.work) << "</text>\n";
+    out << "<text x=\"" << atLeft + 14.0 << "\" y=\"" << atTop + top - 10.0 << "\">"
+        << escaped(curve.work) << "</text>\n";
     x.forDecades([&](double atoms) {
         out << "<path stroke=\"#ddd\" d=\"M" << x.at(atoms) << ' ' << atTop + top << "V" << yEnd
             << "\"/><text text-anchor=\"middle\" x=\"" << x.at(atoms) << "\" y=\"" << yEnd + 16.0
