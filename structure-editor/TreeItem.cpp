@@ -254,6 +254,11 @@ void TreeItem::setSelected(bool s) {
         row->m_marked = true;
 }
 
+bool TreeItem::selectsOthers() const {
+    return m_count > 0 ||
+           (m_elsewhere && m_Compound && m_Compound->PartBegin() != m_Compound->PartEnd());
+}
+
 void TreeItem::SetClean() {
     if (m_Dirty)
         m_Dirty = false;

@@ -97,6 +97,8 @@ public:
     bool isSelected() const { return m_selected; }
     /// False only if neither this row nor one below it is selected.
     bool hasSelected() const { return m_marked; }
+    /// Whether selecting the row can select others, which lie below it or, with a set, elsewhere.
+    bool selectsOthers() const;
     /// Whether the user changed the row's selection since it was last handed over.
     bool isDirty() const { return m_Dirty; }
     /// Forgets that the user changed this row and those below.

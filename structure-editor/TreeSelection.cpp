@@ -32,7 +32,7 @@ void set(TreeItem* row, bool selected) {
 
 // Whether `row` is cleared like all others although it stays selected: see the class.
 bool goesWhole(const TreeItem* row) {
-    return row->childCount() > 0;
+    return row->selectsOthers();
 }
 
 } // namespace

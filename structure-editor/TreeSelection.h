@@ -10,8 +10,8 @@
 /// by dragging. Ranges run from the anchor, which is where the last selection without Shift was.
 ///
 /// A row is set only where its mark changes, so that only such rows are handed to the host. A row
-/// that holds others is cleared together with them, and set again: it goes to the host once more,
-/// for the whole of what it holds.
+/// that holds others, or a set's, is cleared together with them, and set again: it goes to the host
+/// once more, for the whole of what it holds or lists.
 class TreeSelection {
 public:
     explicit TreeSelection(const TreeView& view) : m_view(view) {}

@@ -122,10 +122,14 @@ bool Tree::selectAll(bool on) {
     return changed;
 }
 
+// A row that stands for others is cleared with them: it goes to the host once more, as a whole.
+static bool goesWhole(const Row& row) {
+    return !row.children.empty() || row.item->listsMembers();
+}
+
 void Tree::selectRows(const Rows& rows, bool only) {
-    // A row that holds others is cleared with them: it goes to the host once more, as a whole.
     for (Row* row : only ? all() : Rows())
-        if (!row->children.empty() || std::find(rows.begin(), rows.end(), row) == rows.end())
+        if (goesWhole(*row) || std::find(rows.begin(), rows.end(), row) == rows.end())
             select(row, false);
     for (Row* row : rows)
         select(row, true);
@@ -193,7 +197,7 @@ void Tree::extend(Row* to) {
             select(rows[i], false);
     for (std::size_t i = bottom + 1; i <= same; ++i)
         select(rows[i], false);
-    if (!rows[bottom]->children.empty())
+    if (goesWhole(*rows[bottom]))
         select(rows[bottom], false);
     for (std::size_t i = top; i <= bottom; ++i)
         select(rows[i], true);

@@ -202,6 +202,29 @@ private slots:
         QCOMPARE(selectedNames(shown), "C0 C2");
     }
 
+    // The members' rows are unselected by the same press, and handed over before the set's.
+    void aPressAgainOnASelectedSetKeepsItsMembersSelected() {
+        Compound* shown = addLine("1abc", {0, 1, 2, 3});
+        atomsOf(shown)[0]->SetSelected(true);
+        atomsOf(shown)[2]->SetSelected(true);
+        showWindow();
+        QVERIFY(defineSet("ends"));
+        takeHostLog();
+        const QStringList set = {"1abc", "ends"};
+        for (int turn = 0; turn < 2; ++turn) {
+            clickRow(*m_window, set);
+            QCOMPARE(selectedNames(shown), "C0 C2");
+            QCOMPARE(cells(*m_window, set), (QStringList{"ends", "Yes", "Yes", "Yes"}));
+            QVERIFY(isMarked(*m_window, set));
+        }
+        atomsOf(shown)[1]->SetSelected(true);
+        m_window->commUpdate();
+        QTest::keyClick(treeOf(*m_window), Qt::Key_End);
+        QCOMPARE(selectedNames(shown), "C0 C2");
+        clickRow(*m_window, set, Qt::LeftButton, Qt::ControlModifier);
+        QCOMPARE(selectedNames(shown), "");
+    }
+
     void aSetSurvivesTheDeletionOfItsMembers() {
         Compound* shown = addLine("1abc", {0, 1, 2});
         atomsOf(shown)[0]->SetSelected(true);
