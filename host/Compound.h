@@ -47,7 +47,8 @@ public:
     virtual bool HasChildren() const = 0;
     /// The direct children, in order, as a contiguous range; an empty range for what holds none.
     /// Creating or destroying items in this composite ends the range's validity, and a range is
-    /// never kept across it. A child pointer may be null.
+    /// never kept across it. A child pointer may be null. Below the top level, children stand in
+    /// the order of their identifiers.
     virtual Compound** ChildBegin() = 0;
     virtual Compound** ChildEnd() = 0;
     /// Switch a residue among its alternative models; nothing happens where there are none.

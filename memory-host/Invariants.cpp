@@ -28,6 +28,7 @@ private:
         std::uint32_t holes = 0;
         std::uint32_t directLeaves = 0;
         std::uint32_t directAtoms = 0;
+        std::uint32_t lastId = 0;
         for (std::uint32_t slot = record.begin; slot != record.end; ++slot) {
             Compound* child = record.children[slot];
             if (!child) {
@@ -36,6 +37,9 @@ private:
             }
             HostItem& item = HostItem::of(child);
             expect(item.position == slot, item, "does not stand where it believes to stand");
+            expect(item.id > lastId || record.kind == Kind::Space, item,
+                   "stands behind a younger one");
+            lastId = item.id;
             if (item.isHolder())
                 holder(item.asHolder(), &record);
             else

@@ -222,6 +222,100 @@ private slots:
         QCOMPARE(rows(*m_window).filter("   R ").filter("C1").size(), 4); // the bonds
     }
 
+    // Others move up in the order of the residues, and are still found.
+    void anEarlierResidueThatThePluginDestroysStopsNothing() {
+        showWindow();
+        OtherPlugin other;
+        int turn = 0;
+        other.onDelete = [&] {
+            if (++turn == 1) // after the first command: one before and one after the next
+                for (const int number : {3, 4})
+                    destroyElsewhere(residue(number));
+        };
+        plan("destroy the residue");
+        rotamers();
+        m_calls.removeAt(2);
+        QCOMPARE(takeHostLog(), m_calls);
+        QVERIFY(!itemAt(m_shown, {"A", "Groups"})->HasChildren());
+        QCOMPARE(takeMessages(), QStringList(5, deleted));
+    }
+
+    void theShownItemMayMoveUpInTheList() {
+        addChain("3abc", {{"R 1", {{"C", "C", {}}}}})->SetSelected(true);
+        showWindow(2);
+        Compound* last = Space::instance()->ChildBegin()[2];
+        const QString call = callFor(addressOf(itemAt(last, {"A", "Groups", "R 1"})));
+        plan("destroy the target", m_shown);
+        rotamers();
+        QCOMPARE(takeHostLog(), QStringList{call});
+        QCOMPARE(takeMessages(), QStringList{deleted});
+        showAgain();
+        clickEntry(*m_window, 1);
+        plan("add to the residue");
+        rotamers();
+        QCOMPARE(takeHostLog(), QStringList{call});
+    }
+
+    void residuesInEveryPlaceAreSentInTheHostsOrder() {
+        Compound* entry = TAVIK::DataMaker::makeCore(Space::instance(), "3abc", "Composite");
+        Compound* chain = TAVIK::DataMaker::makeCore(entry, "A", "Molecule");
+        Compound* groups = TAVIK::DataMaker::makeCore(chain, "Groups", "Composite");
+        std::vector<Compound*> made;
+        for (Compound* parent : {groups, chain, entry, groups}) {
+            made.push_back(TAVIK::DataMaker::makeCore(parent, "R", "Residue"));
+            memory_host::addAtom(made.back(), {"C", "C", {}, 0.0F, 0});
+        }
+        // One that holds nothing is selected by its own mark.
+        made.push_back(TAVIK::DataMaker::makeCore(groups, "empty", "Residue"));
+        entry->SetSelected(true);
+        showWindow(2);
+        rotamers();
+        QStringList expected;
+        for (const std::size_t i : {0, 3, 4, 1, 2})
+            expected << callFor(addressOf(made[i]));
+        QCOMPARE(takeHostLog(), expected);
+    }
+
+    void aResidueThatIsShownItselfIsSent() {
+        Compound* alone = TAVIK::DataMaker::makeCore(Space::instance(), "R 1", "Residue");
+        memory_host::addAtom(alone, {"C", "C", {}, 0.0F, 0});
+        alone->SetSelected(true);
+        showWindow(2);
+        rotamers();
+        QCOMPARE(takeHostLog(), QStringList{callFor(addressOf(alone))});
+    }
+
+    // The window is the one that destroys, and is not told of that.
+    void aCommandOfTheWindowItselfMayDestroyLaterResidues() {
+        showWindow();
+        OtherPlugin other;
+        other.onAdd = [&] {
+            other.onAdd = {};
+            trigger(*m_window, QStringLiteral("Delete"), QStringLiteral("Residue"));
+        };
+        plan("add to the residue");
+        rotamers();
+        QCOMPARE(takeHostLog(), m_calls.first(1));
+        QCOMPARE(takeMessages(), QStringList());
+        QVERIFY(residue(3));
+        QCOMPARE(atomsOf(m_shown).size(), 2U);
+        QCOMPARE(rows(*m_window).filter("   R ").size(), 2); // the residue and its bond
+    }
+
+    void rotamersAskedForInsideOfRotamersAreSentInTheirTurn() {
+        showWindow();
+        OtherPlugin other;
+        other.onAdd = [&] {
+            other.onAdd = {};
+            rotamers();
+        };
+        plan("add to the residue");
+        rotamers();
+        const QStringList log = takeHostLog();
+        QCOMPARE(log.front(), m_calls.front());
+        QCOMPARE(log.last(3), m_calls.last(3));
+    }
+
     void whatHoldsLaterResiduesMayBeDestroyed() {
         showWindow();
         plan("destroy the target", itemAt(m_shown, {"A"}));
