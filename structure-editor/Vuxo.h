@@ -141,9 +141,9 @@ private:
     static int topLevelCount();
     /// Makes the rows of `item` in the empty tree.
     void showItem(TAVIK::Compound* item);
-    /// The same for a top-level item in which, and with which, items were destroyed: it may be gone
-    /// itself. Brings the list up to date, too.
-    void showAgain(const ItemRef& item);
+    /// Brings the list up to date after items were destroyed in `shown`, and others with them;
+    /// `shown` stays the current one, and is null when it is gone itself.
+    void renewList(TAVIK::Compound* shown);
 
     void pick(int index);
     void toggleVisible(int index, const std::string& name);

@@ -63,14 +63,25 @@ void Vuxo::KillBranch(TreeItem* Victim) {
         // Neither the row nor the items are known to exist any more.
         TAVIK::Compound* top = root.among(TAVIK::Space::instance());
         TAVIK::Compound* found = top && victim != shown ? branch.below(top) : top;
-        withGuard<DataDelete>(found, [this](TAVIK::Compound* item) {
+        withGuard<DataDelete>(found, [this, &root](TAVIK::Compound* item) {
             const RowsAside rows(m_Tree);
             TAVIK::DataMaker::Destroy(item);
-            MakeList();
-            UpdateList(); // what is left may be selected or shown to another extent
+            renewList(root.inSpace());
             Populate(m_Current);
         });
     });
+}
+
+void Vuxo::renewList(TAVIK::Compound* shown) {
+    if (m_List->count() != topLevelCount()) {
+        // A top-level bond went with an atom, or a member of a set that is a top-level item.
+        MakeList();
+        TAVIK::Compound** const begin = TAVIK::Space::instance()->ChildBegin();
+        TAVIK::Compound** const end = TAVIK::Space::instance()->ChildEnd();
+        m_Current = shown ? static_cast<int>(std::find(begin, end, shown) - begin) : -1;
+    }
+    // What is left may be selected or shown to another extent.
+    UpdateList();
 }
 
 void Vuxo::KillClump() {
@@ -99,27 +110,16 @@ void Vuxo::KillAll() {
         Refusal::Silent);
 }
 
-void Vuxo::showAgain(const ItemRef& item) {
-    TAVIK::Compound* const left = item.inSpace();
-    if (m_List->count() != topLevelCount()) {
-        // A set was shown, and had top-level items among its members.
-        MakeList();
-        TAVIK::Compound** const begin = TAVIK::Space::instance()->ChildBegin();
-        TAVIK::Compound** const end = TAVIK::Space::instance()->ChildEnd();
-        m_Current = left ? static_cast<int>(std::find(begin, end, left) - begin) : -1;
-    }
-    UpdateList();
-    // A bond goes with its atoms.
-    if (left)
-        showItem(left);
-    else
-        m_Tree->triggerUpdate();
-}
-
 namespace {
 
-void leaveOutRepeated(std::vector<TAVIK::Compound*>& items) {
-    std::unordered_set<TAVIK::Compound*> seen;
+// Leaves items of kind `T` out that stand in the list before, or in others of the list.
+template <class T> void leaveOutRepeated(std::vector<TAVIK::Compound*>& items) {
+    std::vector<TAVIK::Compound*> held;
+    for (TAVIK::Compound* item : items)
+        TAVIK::GetItems<T>(item, held, true, nullptr, false);
+    for (std::size_t i = 0; i != held.size(); ++i)
+        TAVIK::GetItems<T>(held[i], held, true, nullptr, false);
+    std::unordered_set<TAVIK::Compound*> seen(held.begin(), held.end());
     std::erase_if(items, [&seen](TAVIK::Compound* item) { return !seen.insert(item).second; });
 }
 
@@ -134,9 +134,9 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag) {
             const RowsAside rows(window->m_Tree);
             std::vector<TAVIK::Compound*> items;
             TAVIK::GetItems<T>(item, items, false, typeTag, true);
-            // A set can name a composite beside what that holds.
+            // A set can name an item beside one that holds it.
             if (!dynamic_cast<TAVIK::Composite*>(item))
-                leaveOutRepeated(items);
+                leaveOutRepeated<T>(items);
             const ItemRef shown(item);
             constexpr std::size_t ahead = 8; // destroying waits for memory more than it works
             for (std::size_t i = 0; i != items.size(); ++i) {
@@ -144,7 +144,12 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag) {
                     __builtin_prefetch(items[i + ahead]);
                 TAVIK::DataMaker::Destroy(items[i]);
             }
-            window->showAgain(shown);
+            TAVIK::Compound* const left = shown.inSpace();
+            window->renewList(left);
+            if (left)
+                window->showItem(left);
+            else // A bond goes with its atoms.
+                window->m_Tree->triggerUpdate();
         },
         Refusal::Silent);
 }

@@ -177,10 +177,23 @@ void Model::killBranch(Item* item, const Step& step) {
     change(item, Change::Delete, [&] {
         tree.clear();
         host.destroy(item);
-        makeList();
-        updateList();
+        renewList(top);
         populate(current);
     });
+}
+
+// A set can name top-level items, and a bond goes with its atoms. Returns the item of that
+// identifier, which was shown, or null.
+Item* Model::renewList(unsigned int shownId) {
+    const Items& left = topLevel();
+    const auto at = std::find_if(left.begin(), left.end(),
+                                 [shownId](const Item* other) { return other->id == shownId; });
+    if (list.size() != static_cast<qsizetype>(left.size())) {
+        makeList();
+        current = at == left.end() ? -1 : static_cast<int>(at - left.begin());
+    }
+    updateList();
+    return at == left.end() ? nullptr : *at;
 }
 
 void Model::killSelected(Kind kind) {
@@ -196,18 +209,8 @@ void Model::killSelected(Kind kind) {
             for (const unsigned int id : victims)
                 if (Item* victim = host.find(id))
                     host.destroy(victim);
-            // A set can name top-level items, and a bond goes with its atoms.
-            const Items& left = topLevel();
-            const auto at = std::find_if(left.begin(), left.end(), [shownId](const Item* other) {
-                return other->id == shownId;
-            });
-            if (list.size() != static_cast<qsizetype>(left.size())) {
-                makeList();
-                current = at == left.end() ? -1 : static_cast<int>(at - left.begin());
-            }
-            updateList();
-            if (at != left.end())
-                tree.populate(*at);
+            if (Item* const left = renewList(shownId))
+                tree.populate(left);
         },
         Refusal::Silent);
 }

@@ -89,6 +89,7 @@ public:
     void populate(int index);
     void selectionChanged();
     void killBranch(Item* item, const Step& step);
+    Item* renewList(unsigned int shownId);
     void killSelected(Kind kind);
     void close();
 

@@ -408,6 +408,21 @@ private slots:
         QCOMPARE(highlighted(*m_window), 2);
     }
 
+    void aShownSetThatNamesAChainAndAnotherOneInsideOfItLosesBoth() {
+        Compound* outer = itemAt(m_shown, {"A"});
+        Compound* inner = TAVIK::DataMaker::makeCore(itemAt(outer, {"Groups"}), "B", "Molecule");
+        Compound* innermost = TAVIK::DataMaker::makeCore(inner, "C", "Molecule");
+        addTopLevelSet({innermost, inner, outer, itemAt(outer, {"Groups"})});
+        Space::instance()->SetSelected(true);
+        for (Compound* chain : {innermost, inner, outer})
+            QVERIFY(chain->IsSelected());
+        showWindow(2);
+        remove("Chain");
+        QVERIFY(!itemAt(m_shown, {"A"}));
+        QVERIFY(itemAt(m_other, {"A"}));
+        QCOMPARE(rows(*m_window), QStringList("set"));
+    }
+
     void aShownSetWithTopLevelMembersKeepsItsPlaceInTheList() {
         Compound* map = addGrid(Space::instance(), "map");
         addTopLevelSet({map});

@@ -1,5 +1,6 @@
 // Deleting a branch by a middle click on its row.
 #include "Building.h"
+#include "DataAdder.h"
 #include "DataMaker.h"
 #include "ListBox.h"
 #include "Space.h"
@@ -186,6 +187,28 @@ private slots:
             pressOk));
         QCOMPARE(rows(*m_window), QStringList("1abc"));
         QVERIFY(!m_entry->HasChildren());
+    }
+
+    // The list grows shorter, and the item that is shown stays all the same.
+    void aDeletedAtomTakesATopLevelBondAlong() {
+        {
+            const DataAdder<Space> guard(nullptr, Space::instance());
+            memory_host::addBond(Space::instance(),
+                                 itemAt(m_entry, {"A", "Groups", "MET 1", "Backbone", "CA"}),
+                                 itemAt(m_entry, {"A", "Groups", "HOH 2", "O"}));
+        }
+        QCOMPARE(listOf(*m_window)->count(), 3);
+        QVERIFY(withQuestion(
+            [this] {
+                clickRow(*m_window, m_residue + QStringList({"Backbone", "CA"}), Qt::MiddleButton);
+            },
+            pressOk));
+        QCOMPARE(entries(*m_window), QStringList({" _ 1abc", " _ 2abc"}));
+        QCOMPARE(rows(*m_window).front(), "1abc");
+        QVERIFY(!rows(*m_window).contains("     CA"));
+        QCOMPARE(highlighted(*m_window), 0);
+        clickEntry(*m_window, 1);
+        QCOMPARE(rows(*m_window).front(), "2abc");
     }
 
     void aDeletedAtomTakesItsBondAlong() {
