@@ -6,22 +6,20 @@
 #include "DataDelete.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
-#include "ListBox.h"
+#include "SlotTools.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "Traversal.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "WindowTools.h"
 
 #include <QColorDialog>
 #include <QInputDialog>
-#include <QMetaMethod>
 
 #include <memory>
 #include <optional>
 
 using namespace command_tools;
+using namespace slot_tools;
 using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
@@ -178,27 +176,6 @@ QStringList data() {
     return out;
 }
 
-// Lines for what the rows below `row` show other than the host holds.
-void compareRows(const TreeItem* row, QStringList& faults) {
-    Compound* item = row->compound();
-    const QString name = QString::fromLatin1(item->GetName());
-    if (row->isSelected() != item->IsSelected())
-        faults << name + ": another selection";
-    if (row->text(0) != name)
-        faults << name + ": another name";
-    const TreeItem* child = row->firstChild();
-    for (Compound** it = item->ChildBegin(); it != item->ChildEnd(); ++it) {
-        if (!child || child->compound() != *it) {
-            faults << name + ": other children";
-            return;
-        }
-        compareRows(child, faults);
-        child = child->nextSibling();
-    }
-    if (child)
-        faults << name + ": a row too many";
-}
-
 } // namespace
 
 class AllSlotsTest : public test_support::TestCase {
@@ -223,26 +200,6 @@ class AllSlotsTest : public test_support::TestCase {
             clickEntry(*m_window, 0);
     }
 
-    void invoke(const Slot& slot) {
-        Vuxo* window = m_window.get();
-        const QMetaObject* meta = window->metaObject();
-        const QMetaMethod method = meta->method(meta->indexOfSlot(slot.signature));
-        QVERIFY(method.isValid());
-        if (is(slot, "Populate(int)")) {
-            for (const int index : {-1, 0, 1'000'000})
-                QVERIFY(method.invoke(window, Q_ARG(int, index)));
-        } else if (is(slot, "KillBranch(TreeItem*)")) {
-            TreeItem* row = treeOf(*window)->firstChild();
-            QVERIFY(method.invoke(window, Q_ARG(TreeItem*, row ? row->firstChild() : nullptr)));
-        } else if (slot.button) {
-            QVERIFY(method.invoke(window, Q_ARG(int, slot.button),
-                                  Q_ARG(QListWidgetItem*, listOf(*window)->item(0)),
-                                  Q_ARG(QPoint, QPoint())));
-        } else {
-            QVERIFY(method.invoke(window));
-        }
-    }
-
     void invokeAndAnswer(const Slot& slot, State state, Answer answer) {
         m_asked = false;
         m_destroyed = false;
@@ -258,37 +215,7 @@ class AllSlotsTest : public test_support::TestCase {
             answerDialog(*dialog, answer);
         });
         timer.start(0);
-        invoke(slot);
-    }
-
-    // Lines for what list and tree show other than the host holds.
-    QStringList windowFaults() const {
-        QStringList faults;
-        const QStringList list = entries(*m_window);
-        Compound** const begin = Space::instance()->ChildBegin();
-        if (list.size() != Space::instance()->ChildEnd() - begin)
-            return {QStringLiteral("the list has %1 entries").arg(list.size())};
-        for (qsizetype i = 0; i < list.size(); ++i) {
-            const Compound* item = begin[i];
-            const QString text = QLatin1String(item->IsVisible() ? " " : "O") +
-                                 QLatin1String(item->IsSelected()    ? "X "
-                                               : item->HasSelected() ? "/ "
-                                                                     : "_ ") +
-                                 QString::fromLatin1(item->GetName());
-            if (list.at(i) != text)
-                faults << QStringLiteral("entry '%1' for '%2'").arg(list.at(i), text);
-        }
-        const TreeItem* top = treeOf(*m_window)->firstChild();
-        if (!top)
-            return faults;
-        if (std::find(begin, begin + list.size(), top->compound()) == begin + list.size())
-            return faults << QStringLiteral("the tree shows no top-level item");
-        if (top->nextSibling())
-            faults << QStringLiteral("the tree shows two items");
-        if (const int index = highlighted(*m_window); index >= 0 && begin[index] != top->compound())
-            faults << QStringLiteral("another entry is highlighted");
-        compareRows(top, faults);
-        return faults;
+        QVERIFY(invoke(*m_window, slot.signature, slot.button));
     }
 
     void check(const Slot& slot, State state, Answer answer) {
@@ -347,7 +274,7 @@ class AllSlotsTest : public test_support::TestCase {
             QCOMPARE(data(), before);
         if (!slot.refreshes)
             m_window->commUpdate();
-        QCOMPARE(windowFaults(), QStringList());
+        QCOMPARE(windowFaults(*m_window), QStringList());
         QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
         const DataPoint<Space> guard(nullptr, Space::instance());
         QVERIFY(guard.m_good);
@@ -367,11 +294,7 @@ private slots:
     }
 
     void theTableNamesEverySlot() {
-        const QMetaObject& meta = Vuxo::staticMetaObject;
-        QStringList all;
-        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-            if (meta.method(i).methodType() == QMetaMethod::Slot)
-                all << QString::fromLatin1(meta.method(i).methodSignature());
+        const QStringList all = allSlots();
         QCOMPARE(all.size(), 52);
         QStringList named;
         for (const Slot& slot : slotTable)

@@ -1,0 +1,20 @@
+// For tests that call slots of the window by name, and look afterwards whether window and data are
+// in step.
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+
+class Vuxo;
+
+namespace slot_tools {
+
+/// The signatures of all slots of the window, in order.
+QStringList allSlots();
+/// Calls a slot by its signature, with arguments where it takes some; `button` is that of
+/// ListEvent, on the first entry. Returns whether there is such a slot.
+bool invoke(Vuxo& window, const QByteArray& signature, int button = 0);
+/// Lines for what list and tree show other than the host holds.
+QStringList windowFaults(const Vuxo& window);
+
+} // namespace slot_tools
