@@ -15,6 +15,7 @@
 #include "WindowTools.h"
 
 #include <QColorDialog>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -465,22 +466,63 @@ private slots:
         QCOMPARE(takeMessages(), (QStringList{byTemperature.line, byTemperature.line}));
     }
 
+    void aColourMapThatIsDamagedIsSaidWithItsLine_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("said"); // behind the file's name
+        const auto row = [](const char* name, const QByteArray& content, const char* said) {
+            QTest::newRow(name) << content << said;
+        };
+        const QByteArray end = "1 255 0 0\n";
+        row("a word", "0 0 0 255\n0.5 255 255 white\n" + end, ", line 2: 'white' is no whole");
+        row("empty", "", ": it holds no stops");
+        row("comments alone", "# no\n\n  # stops\n", ": it holds no stops");
+        row("zero bytes", QByteArray(100, '\0'), ", line 1: ");
+        row("noise", QByteArray("\x89PNG\r\n\x1a\n\xff\xfe\x00\x01", 12), ", line 1: ");
+        row("one endless line", QByteArray(100'000, '7'), ", line 1: ");
+        row("no number as position", "0 0 0 255\nnan 0 0 0\n" + end, ", line 2: 'nan'");
+        row("infinite position", "0 0 0 255\n1e400 0 0 0\n" + end, ", line 2: '1e400'");
+        row("comma", "0 0 0 255\n0,5 0 0 0\n" + end, ", line 2: '0,5'");
+        row("cut off", "0 0 0 255\n0.5 255", ", line 2: a stop needs");
+        row("starts late", "0.1 0 0 255\n" + end, ", line 1: the first stop");
+        row("ends early", "0 0 0 255\n0.9 0 0 0\n", ", line 2: the last stop");
+        row("goes back", "0 0 0 0\n0.5 0 0 0\n0.4 0 0 0\n" + end, ", line 3: the positions");
+        row("too bright", "0 0 0 256\n" + end, ", line 1: '256'");
+        row("negative", "0 0 -1 255\n" + end, ", line 1: '-1'");
+        row("a fifth value", "0 0 0 255 255 1\n" + end, ", line 1: '1' stands behind");
+    }
     void aColourMapThatIsDamagedIsSaidWithItsLine() {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, said);
         Compound* shown = addWarm("1abc", {0, 60});
         shown->SetSelected(true);
         showWindow();
         const QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("BlueRedTR.cm")));
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("0 0 0 255\n0.5 255 255 white\n1 255 0 0\n");
+        file.write(content);
         file.close();
         const DataFolder damaged(folder.path());
         run(byTemperature);
         QCOMPARE(coloursOf(atomsOf(shown)), (std::vector<Color>{carbon, carbon}));
         const QStringList log = takeHostLog();
         QCOMPARE(log.size(), 1);
-        QVERIFY2(log.front().contains("BlueRedTR.cm, line 2: "), qPrintable(log.front()));
-        QVERIFY2(log.front().contains("white"), qPrintable(log.front()));
+        QVERIFY2(log.front().contains("BlueRedTR.cm" + said), qPrintable(log.front()));
+        QVERIFY(log.front().size() < 1000);
+        QCOMPARE(takeMessages().size(), 1);
+    }
+
+    void aFolderInTheColourMapsPlaceIsSaid() {
+        Compound* shown = addWarm("1abc", {0, 60});
+        shown->SetSelected(true);
+        showWindow();
+        const QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("BlueRedTR.cm")));
+        const DataFolder damaged(folder.path());
+        run(byTemperature);
+        QCOMPARE(coloursOf(atomsOf(shown)), (std::vector<Color>{carbon, carbon}));
+        const QStringList log = takeHostLog();
+        QCOMPARE(log.size(), 1);
+        QVERIFY2(log.front().contains("BlueRedTR.cm: "), qPrintable(log.front()));
         QCOMPARE(takeMessages().size(), 1);
     }
 

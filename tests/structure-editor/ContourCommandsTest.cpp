@@ -44,12 +44,45 @@ struct Typed {
 };
 
 const Typed texts[] = {
-    {"0", "0"},         {"-1.5", "-1.5"},      {"1e3", "1000"},       {"+2", "2"},
-    {".5", "0.5"},      {"1E-2", "0.01"},      {" 2.5 ", "2.5"},      {"inf", "inf"},
-    {"-inf", "-inf"},   {"nan", "nan"},        {"1,5", nullptr},      {"1.000,5", nullptr},
-    {"1,000", nullptr}, {"1 000", nullptr},    {"abc", nullptr},      {"1.5x", nullptr},
-    {"0x10", nullptr},  {"1e400", nullptr},    {"", nullptr},         {" ", nullptr},
-    {"--1", nullptr},   {"\xc2\xbd", nullptr}, {"infinite", nullptr},
+    {"0", "0"},
+    {"-1.5", "-1.5"},
+    {"1e3", "1000"},
+    {"+2", "2"},
+    {".5", "0.5"},
+    {"1E-2", "0.01"},
+    {" 2.5 ", "2.5"},
+    {"inf", "inf"},
+    {"-inf", "-inf"},
+    {"nan", "nan"},
+    {"1,5", nullptr},
+    {"1.000,5", nullptr},
+    {"1,000", nullptr},
+    {"1 000", nullptr},
+    {"abc", nullptr},
+    {"1.5x", nullptr},
+    {"0x10", nullptr},
+    {"1e400", nullptr},
+    {"", nullptr},
+    {" ", nullptr},
+    {"--1", nullptr},
+    {"\xc2\xbd", nullptr},
+    {"infinite", nullptr},
+    {"\xd9\xa1", nullptr},     // an Arabic one
+    {"\xef\xbc\x91", nullptr}, // a wide one
+    {"1\xc2\xa0"
+     "000",
+     nullptr}, // a blank that does not break
+    {"\xe2\x88\x92"
+     "1",
+     "-1"}, // a minus sign of its own is one
+    {"+inf", "inf"},
+    {"NaN", "nan"},
+    {"-0", "-0"},
+    {"1e308", "1e+308"},
+    {"1d3", nullptr},
+    {"1e", nullptr},
+    {"5 6", nullptr},
+    {"\t7", "7"},
 };
 
 const QString commDelete = QStringLiteral("Vuxo::commDelete(): Did somebody killed my data?");
