@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QFrame>
+#include <QInputDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -20,6 +21,7 @@
 #include <QTextFrame>
 #include <QTextTable>
 
+#include <algorithm>
 #include <memory>
 
 using namespace command_tools;
@@ -129,6 +131,50 @@ private slots:
             QVERIFY2(selectedCount() == row[5].toLongLong(),
                      qPrintable(row[4] + QStringLiteral(": %1").arg(selectedCount())));
         }
+    }
+
+    void theWatersAreDeletedAsThePageSays() {
+        using TAVIK::Compound;
+        std::vector<Compound*> before;
+        TAVIK::GetResidues(TAVIK::Space::instance(), before, true);
+        const auto waters =
+            std::count_if(before.begin(), before.end(), [](const Compound* residue) {
+                return residue->GetName().starts_with("HOH ");
+            });
+        QVERIFY(waters > 600);
+        atomsOf(before.front())[0]->SetSelected(true);
+        trigger(*m_window, QStringLiteral("Select"), QStringLiteral("Clear"));
+        press(QStringLiteral("Union"), {".*", "HOH .*", ".*"});
+        trigger(*m_window, QStringLiteral("Delete"), QStringLiteral("Residue"));
+        std::vector<Compound*> after;
+        TAVIK::GetResidues(TAVIK::Space::instance(), after, true);
+        QCOMPARE(after.size(), before.size() - std::size_t(waters));
+        for (const Compound* residue : after)
+            QVERIFY(!residue->GetName().starts_with("HOH "));
+        QCOMPARE(rows(*m_window).front(), "sample");
+    }
+
+    void aBindingSiteIsShownAsThePageSays() {
+        using TAVIK::Compound;
+        std::vector<Compound*> residues;
+        TAVIK::GetResidues(TAVIK::Space::instance(), residues, true);
+        const auto ligand =
+            std::find_if(residues.begin(), residues.end(), [](const Compound* residue) {
+                return residue->GetName().starts_with("SO4 ");
+            });
+        QVERIFY(ligand != residues.end());
+        (*ligand)->SetSelected(true);
+        QVERIFY(withDialog<QInputDialog>(
+            [this] { trigger(*m_window, QStringLiteral("Select"), QStringLiteral("Any w/ rad.")); },
+            pressEnter));
+        trigger(*m_window, QStringLiteral("Select"), QStringLiteral("Full groups"));
+        trigger(*m_window, QStringLiteral("Display"), QStringLiteral("Hide unselected"));
+        qsizetype visible = 0;
+        for (const Compound* atom : atomsOf(TAVIK::Space::instance())) {
+            QVERIFY(atom->IsSelected() || !atom->IsVisible());
+            visible += atom->IsVisible();
+        }
+        QVERIFY(visible > 5 && visible < 200);
     }
 
     void everyMenuEntryIsExplained() {
