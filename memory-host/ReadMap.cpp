@@ -58,6 +58,7 @@ private:
     bool bringHeaderIntoByteOrder();
     std::size_t valueBytes() const;
     void checkSizes() const;
+    void checkStart() const;
     void checkAxes();
     void checkCell();
     void place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell, GridRecord& grid);
@@ -147,6 +148,17 @@ void MapReader::checkSizes() const {
                             " bytes more than the map's header promises; they were left out");
 }
 
+// gemmi adds the size to it.
+void MapReader::checkStart() const {
+    for (int axis = 0; axis != 3; ++axis)
+        if (std::abs(std::int64_t{word(startWord + axis)}) >= mostPoints)
+            m_report.refuse(0,
+                            "the map starts at point " + std::to_string(word(startWord + axis)) +
+                                " of an axis",
+                            "accepted are numbers between -" + std::to_string(mostPoints) +
+                                " and " + std::to_string(mostPoints));
+}
+
 void MapReader::checkAxes() {
     std::array<bool, 3> isUsed{};
     for (int axis = 0; axis != 3; ++axis)
@@ -224,6 +236,7 @@ GridRecord MapReader::read() {
                         "accepted are whole maps");
     const bool isTurned = bringHeaderIntoByteOrder();
     checkSizes();
+    checkStart();
     checkAxes();
     checkCell();
     if (isTurned && valueBytes() > 1)

@@ -323,6 +323,18 @@ private slots:
                      .arg(z));
     }
 
+    void aMapThatStartsAbsurdlyFarAway() {
+        constexpr int limit = 1073741824;
+        for (const int start :
+             {limit, -limit, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()})
+            for (const int word : {5, 6, 7})
+                QCOMPARE(refused(map({{word, start}}), "bad.map"),
+                         QString(": the map starts at point %1 of an axis; accepted are numbers "
+                                 "between -1073741824 and 1073741824")
+                             .arg(start));
+        opened(m_folder.write("far.map", map({{5, limit - 1}, {6, 1 - limit}})));
+    }
+
     void aMapOfAnotherMode() {
         for (const int mode : {3, 4, -1, 101})
             QCOMPARE(
