@@ -11,3 +11,14 @@ if(SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
+
+if(BUILD_FUZZERS)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    message(FATAL_ERROR "BUILD_FUZZERS needs Clang: -DCMAKE_CXX_COMPILER=clang++")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all
+    -fno-omit-frame-pointer -fsized-deallocation)
+  # What g++ defines by itself.
+  add_compile_definitions(__SANITIZE_ADDRESS__=1)
+  add_link_options(-fsanitize=address,undefined)
+endif()

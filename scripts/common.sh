@@ -10,6 +10,7 @@ packages_build=(cmake ninja-build g++ qt6-base-dev qt6-5compat-dev gemmi-dev tao
 packages_test=(binutils xvfb xdotool imagemagick)
 packages_benchmarks=(libbenchmark-dev)
 packages_format=(clang-format)
+packages_fuzz=(clang libclang-rt-dev llvm)
 
 say() {
     printf '%s: %s\n' "${0##*/}" "$*" >&2

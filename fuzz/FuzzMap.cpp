@@ -1,0 +1,9 @@
+// The reader of CCP4/MRC maps.
+#include "Opening.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const fuzzing::InputFile file("input.ccp4");
+    file.write(fuzzing::textOf(data, size));
+    fuzzing::openAndDestroy(file);
+    return 0;
+}

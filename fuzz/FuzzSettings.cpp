@@ -1,0 +1,80 @@
+// The settings file: each line is taken, or told once; no line takes another one along. Where all
+// is ASCII the values are compared with a plain reading.
+#include "Config.h"
+#include "Fuzzing.h"
+#include "Services.h"
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+
+namespace {
+
+using fuzzing::require;
+
+/// What a file says, read plainly.
+struct Plain {
+    explicit Plain(const std::string& text) {
+        std::istringstream lines(text);
+        std::string section;
+        for (std::string line; std::getline(lines, line);) {
+            if (!line.empty() && line.back() == '\r')
+                line.pop_back();
+            line = withoutBlanks(line);
+            const std::size_t sign = line.find('=');
+            if (line.empty() || line[0] == '#' || line[0] == ';')
+                continue;
+            if (line[0] == '[' && line.back() == ']')
+                section = withoutBlanks(line.substr(1, line.size() - 2));
+            else if (sign == std::string::npos || withoutBlanks(line.substr(0, sign)).empty())
+                ++wrongLines;
+            else
+                values[{section, withoutBlanks(line.substr(0, sign))}] =
+                    withoutBlanks(line.substr(sign + 1));
+        }
+    }
+
+    static std::string withoutBlanks(std::string text) {
+        while (!text.empty() && (text.back() == ' ' || text.back() == '\t'))
+            text.pop_back();
+        while (!text.empty() && (text.front() == ' ' || text.front() == '\t'))
+            text.erase(text.begin());
+        return text;
+    }
+
+    std::map<std::pair<std::string, std::string>, std::string> values;
+    std::size_t wrongLines = 0;
+};
+
+void requireSetting(const std::string& section, const std::string& key, const std::string& value) {
+    bool exists = false;
+    const std::string found = Config::GetSetting(section, key).ToString(&exists);
+    require(exists, "a setting of the file is there", section + '/' + key);
+    require(found == value, "a setting has the value of the file", found);
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const fuzzing::InputFile file("input.ini");
+    (void)fuzzing::takeLog();
+    const std::string input(fuzzing::textOf(data, size));
+    file.write(input + "\n[Last]\nkey = the last line\n");
+    memory_host::setSettingsFile(QString::fromStdString(file.path()));
+    requireSetting("Last", "key", "the last line");
+
+    const std::vector<std::string> log = fuzzing::takeLog();
+    for (const std::string& line : log)
+        fuzzing::requireLine(line, "Settings file " + file.path() + ", line ");
+    const Plain plain(input);
+    if (std::ranges::all_of(input, [](unsigned char c) { return c < 0x80; })) {
+        require(log.size() == plain.wrongLines, "each wrong line is told");
+        for (const auto& [name, value] : plain.values)
+            if (name != std::pair<std::string, std::string>("Last", "key"))
+                requireSetting(name.first, name.second, value);
+    }
+    for (const auto& [name, value] : plain.values)
+        (void)Config::GetSetting(name.first, name.second);
+    require(fuzzing::takeLog().empty(), "a wrong line is told once");
+    return 0;
+}

@@ -1,0 +1,44 @@
+// Runs a target without libFuzzer: on each file that is named, and on those in each folder.
+#include "Fuzzing.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+std::vector<std::filesystem::path> filesAt(const std::filesystem::path& path) {
+    if (!std::filesystem::is_directory(path))
+        return {path};
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(path))
+        files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+void run(const std::filesystem::path& path) {
+    // What stops the program is about the last input that is named.
+    std::printf("%s\n", path.c_str());
+    std::fflush(stdout);
+    std::ifstream file(path, std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    fuzzing::require(file.good() || file.eof(), "an input can be read", path.native());
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::size_t count = 0;
+    for (int i = 1; i < argc; ++i) {
+        for (const std::filesystem::path& path : filesAt(argv[i])) {
+            run(path);
+            ++count;
+        }
+    }
+    std::printf("%zu inputs\n", count);
+    return count == 0 ? 1 : 0;
+}
