@@ -172,7 +172,7 @@ QStringList differences(plain::Model& model, const Driver& driver) {
              TAVIK::Space::GetShowSelection());
     for (const std::string& fault : memory_host::checkInvariants())
         all.lines << QString::fromStdString(fault);
-    const Vuxo* const window = driver.window();
+    const Vuxo* const window = Driver::window();
     all.same(QStringLiteral("there is a window"), model.exists, window != nullptr);
     all.same(QStringLiteral("is done"), model.isDone(), driver.isDone());
     if (!window || !model.exists)
@@ -180,10 +180,7 @@ QStringList differences(plain::Model& model, const Driver& driver) {
     all.same(QStringLiteral("window visible"), model.shown, window->isVisible());
     all.same(QStringLiteral("window minimised"), model.minimised, window->isMinimized());
     const ListBox* const list = Driver::listOf(window);
-    QStringList entries;
-    for (int i = 0; i != list->count(); ++i)
-        entries << list->item(i)->text();
-    all.same(QStringLiteral("list"), model.list, entries);
+    all.same(QStringLiteral("list"), model.list, entriesOf(window));
     const QList<QListWidgetItem*> marked = list->selectedItems();
     all.same(QStringLiteral("highlighted entry"), model.highlighted,
              marked.isEmpty() ? -1 : list->row(marked.front()));

@@ -80,11 +80,31 @@ Driver::~Driver() {
     TestCase::takeHostLog();
 }
 
-Vuxo* Driver::window() const {
+Vuxo* Driver::window() {
     for (QWidget* widget : QApplication::topLevelWidgets())
         if (auto* found = qobject_cast<Vuxo*>(widget))
             return found;
     return nullptr;
+}
+
+QStringList entriesOf(const Vuxo* window) {
+    QStringList entries;
+    const ListBox* const list = Driver::listOf(window);
+    for (int i = 0; i != list->count(); ++i)
+        entries << list->item(i)->text();
+    return entries;
+}
+
+void Listener::hear(const QString& kind) {
+    // The window shows its own changes before anyone hears of them, and no others.
+    const Vuxo* const window = Driver::window();
+    int rows = 0;
+    if (window)
+        for (TreeItemIterator it(Driver::treeOf(window)); it.current(); ++it)
+            ++rows;
+    told << kind + ", " + QString::number(rows) + " rows, " +
+                (window ? entriesOf(window).join(u'|') : QString());
+    editData(this, std::exchange(answer, {}));
 }
 
 TreeView* Driver::treeOf(const Vuxo* window) {

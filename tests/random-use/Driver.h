@@ -27,8 +27,8 @@ class SpaceLock;
 
 namespace random_use {
 
-/// Another subscriber, who was there before the window: it writes down what it hears, and may
-/// answer with a change of its own.
+/// Another subscriber, who was there before the window: it writes down what it hears and what the
+/// window then shows, and may answer with a change of its own.
 class Listener : public Subscriber {
 public:
     QStringList told;
@@ -40,6 +40,9 @@ private:
     void commDelete() override { hear(QStringLiteral("delete")); }
     void hear(const QString& kind);
 };
+
+/// The entries of the window's list.
+QStringList entriesOf(const Vuxo* window);
 
 /// Does what others do to the data, under a guard of `who`, which may be null.
 void editData(Subscriber* who, const Edit& edit);
@@ -62,7 +65,7 @@ public:
     /// Does a step for real, then in the model. What is said in the real world is returned.
     plain::Said act(const Step& step);
 
-    Vuxo* window() const;
+    static Vuxo* window();
     static TreeView* treeOf(const Vuxo* window);
     static ListBox* listOf(const Vuxo* window);
     static QFrame* panelOf(const Vuxo* window);

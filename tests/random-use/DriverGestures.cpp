@@ -136,12 +136,14 @@ void Driver::doInWindow(const Step& step) {
     case Action::Button:
         return usePanel(step);
     case Action::Window:
-        if (step.a % 3 == 0)
+        if (step.a % 4 == 0)
             window()->hide();
-        else if (step.a % 3 == 1)
+        else if (step.a % 4 == 1)
             window()->showMinimized();
-        else
+        else if (step.a % 4 == 2)
             window()->close();
+        else
+            panelOf(window())->close();
         return;
     default:
         return;
@@ -252,10 +254,13 @@ void Driver::listKey(const Step& step) {
 
 void Driver::pressEntry(const Step& step) {
     ListBox* list = listOf(window());
-    QListWidgetItem* entry = list->item(int(step.target % unsigned(list->count())));
+    const int number = int(step.target % unsigned(list->count() + 1));
+    const bool below = number == list->count();
+    const QListWidgetItem* entry = list->item(below ? number - 1 : number);
     list->scrollToItem(entry);
     const QPointer<QWidget> viewport = list->viewport();
-    const QPoint at = list->visualItemRect(entry).center();
+    const QRect place = list->visualItemRect(entry);
+    const QPoint at = below ? QPoint(place.center().x(), place.bottom() + 12) : place.center();
     const Qt::MouseButton button = choose(buttons, step.a);
     QTest::mousePress(viewport, button, {}, at);
     if (viewport)

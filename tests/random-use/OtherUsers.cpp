@@ -172,11 +172,6 @@ void editData(Subscriber* who, const Edit& edit) {
     }
 }
 
-void Listener::hear(const QString& kind) {
-    told << kind;
-    editData(this, std::exchange(answer, {}));
-}
-
 void buildStructure(unsigned int seed) {
     std::mt19937 random(seed);
     const auto pick = [&random](unsigned int below) { return unsigned(random() % below); };

@@ -71,17 +71,22 @@ void Model::act(const Step& step, const Seen& seen) {
     case Action::PressEntry:
         if (list.isEmpty())
             return;
-        highlighted = int(step.target % unsigned(list.size()));
+        if (const auto entry = int(step.target % unsigned(list.size() + 1)); entry == list.size())
+            return;
+        else
+            highlighted = entry;
         return listEvent(choose(buttons, step.a), highlighted, step);
     case Action::ListKey:
         return listKey(step, seen);
     case Action::Window:
-        if (step.a % 3 == 0)
+        if (step.a % 4 == 0)
             shown = false;
-        else if (step.a % 3 == 1)
+        else if (step.a % 4 == 1)
             minimised = true;
-        else
+        else if (step.a % 4 == 2)
             close();
+        else
+            panelShown = false;
         return;
     case Action::Field:
         if (panelShown)
@@ -194,9 +199,18 @@ void Model::doubleClick(const Step& step) {
         tree.setOpen(row, !row->open);
 }
 
+namespace {
+
+bool isShortcut(Qt::Key key) {
+    return key == Qt::Key_F || key == Qt::Key_P || key == Qt::Key_N || key == Qt::Key_F1;
+}
+
+} // namespace
+
 void Model::shortcut(Qt::Key key, const Step& step) {
     runCommand(*this,
-               key == Qt::Key_F   ? "SelectedOrigModel()"
+               key == Qt::Key_F1  ? "help()"
+               : key == Qt::Key_F ? "SelectedOrigModel()"
                : key == Qt::Key_P ? "SelectedPrevModel()"
                                   : "SelectedNextModel()",
                step);
@@ -204,7 +218,7 @@ void Model::shortcut(Qt::Key key, const Step& step) {
 
 void Model::key(const Step& step, const Seen& seen) {
     const Qt::Key key = choose(treeKeys, step.a);
-    if (key == Qt::Key_F || key == Qt::Key_P || key == Qt::Key_N)
+    if (isShortcut(key))
         return shortcut(key, step);
     if (key != Qt::Key_PageUp && key != Qt::Key_PageDown)
         return tellIf(tree.key(key, choose(modifiers, step.c)));
@@ -219,7 +233,7 @@ void Model::key(const Step& step, const Seen& seen) {
 
 void Model::listKey(const Step& step, const Seen& seen) {
     const Qt::Key key = choose(listKeys, step.a);
-    if (key == Qt::Key_F || key == Qt::Key_P || key == Qt::Key_N)
+    if (isShortcut(key))
         return shortcut(key, step);
     const int last = int(list.size()) - 1;
     if (last < 0)

@@ -218,7 +218,7 @@ void Tree::setOpen(Row* row, bool open) {
 
 bool Tree::key(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     drag = Drag::None;
-    if (!current)
+    if (!current || key == Qt::Key_Delete || key == Qt::Key_Return)
         return false;
     typed.clear();
     const Rows rows = shown();

@@ -31,7 +31,8 @@ void Model::tell(Who who, Change kind) {
     // The other subscriber was there before the window.
     if (who != Who::Other) {
         static const char* const names[] = {"update", "add", "delete"};
-        said.told << QString::fromLatin1(names[int(kind)]);
+        said.told << QString::fromLatin1(names[int(kind)]) + ", " +
+                         QString::number(tree.all().size()) + " rows, " + list.join(u'|');
         edit(Who::Other, std::exchange(answering, {}));
     }
     if (toWindow && m_untold.size() == untold) {

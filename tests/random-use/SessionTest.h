@@ -24,6 +24,11 @@ protected:
     static void playOne(const Start& start, Theme theme, std::size_t steps) {
         Session session{start, {}};
         const Outcome outcome = play(session, theme, start.seed, steps);
+        static std::size_t done = 0;
+        constexpr std::size_t sign = 10'000;
+        if ((done + outcome.steps) / sign != done / sign)
+            std::fprintf(stderr, "%zu steps\n", done + outcome.steps);
+        done += outcome.steps;
         if (outcome.faults.isEmpty())
             return;
         std::fprintf(stderr, "%s", qPrintable(report(session, outcome)));

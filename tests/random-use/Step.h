@@ -51,13 +51,13 @@ enum class Action {
     Key,         ///< a: which key of the tree; c: modifiers
     Type,        ///< in the tree; a: which letter
     Header,      ///< a: column
-    PressEntry,  ///< in the list; target: the entry; a: button
+    PressEntry,  ///< in the list; target: the entry, or below all; a: button
     ListKey,     ///< a: which key
     Field,       ///< a: which field of the panel; text: what is typed into it
     TreeOnly,    ///< switches the panel's box
     Button,      ///< of the panel; a: which
     Call,        ///< a: entry point of the plug-in; b: which command
-    Window,      ///< a: hidden, minimised, closed
+    Window,      ///< a: hidden, minimised, closed, its panel closed
     Lock,        ///< the host refuses changes from now on, or no longer
     Outside,     ///< edit: done by others now
     Answering,   ///< edit: done by another subscriber when it is told the next time
@@ -113,13 +113,15 @@ inline constexpr Qt::MouseButton buttons[] = {Qt::LeftButton, Qt::RightButton, Q
 inline const Qt::KeyboardModifiers modifiers[] = {
     {}, {}, Qt::ShiftModifier, Qt::ControlModifier, Qt::ShiftModifier | Qt::ControlModifier};
 inline constexpr Qt::Key treeKeys[] = {
-    Qt::Key_Up,    Qt::Key_Down, Qt::Key_Down,   Qt::Key_Home,     Qt::Key_End,  Qt::Key_Left,
-    Qt::Key_Right, Qt::Key_Plus, Qt::Key_Minus,  Qt::Key_Space,    Qt::Key_Down, Qt::Key_Right,
-    Qt::Key_A,     Qt::Key_F,    Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_P,    Qt::Key_N};
-inline constexpr Qt::Key letterKeys[] = {Qt::Key_A, Qt::Key_C, Qt::Key_M,
-                                         Qt::Key_1, Qt::Key_H, Qt::Key_G};
-inline constexpr Qt::Key listKeys[] = {Qt::Key_Up,   Qt::Key_Down, Qt::Key_Home, Qt::Key_End,
-                                       Qt::Key_Down, Qt::Key_F,    Qt::Key_P,    Qt::Key_N};
+    Qt::Key_Up,    Qt::Key_Down,   Qt::Key_Down,   Qt::Key_Home,     Qt::Key_End,  Qt::Key_Left,
+    Qt::Key_Right, Qt::Key_Plus,   Qt::Key_Minus,  Qt::Key_Space,    Qt::Key_Down, Qt::Key_Right,
+    Qt::Key_A,     Qt::Key_F,      Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_P,    Qt::Key_N,
+    Qt::Key_F1,    Qt::Key_Delete, Qt::Key_Return};
+inline constexpr Qt::Key letterKeys[] = {Qt::Key_A, Qt::Key_C, Qt::Key_M,       Qt::Key_1,
+                                         Qt::Key_H, Qt::Key_G, Qt::Key_Asterisk};
+inline constexpr Qt::Key listKeys[] = {Qt::Key_Up,  Qt::Key_Down, Qt::Key_Home,
+                                       Qt::Key_End, Qt::Key_Down, Qt::Key_F,
+                                       Qt::Key_P,   Qt::Key_N,    Qt::Key_F1};
 inline constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Show"};
 inline constexpr const char* madeTypes[] = {"C", "N", "O", "H", "Cu", "X"};
 inline constexpr const char* madeNames[] = {"CA", "N", "O1", "H/1", "CU", "CB'"};
