@@ -169,6 +169,10 @@ void MapReader::checkAxes() {
 }
 
 void MapReader::checkCell() {
+    // gemmi rounds them to five decimals, and takes a cell with a 0 for none.
+    const auto isRoundedAway = [](float number) {
+        return number != 0.0F && std::round(1.0e5 * static_cast<double>(number)) == 0.0;
+    };
     bool isMissing = true;
     for (int axis = 0; axis != 3; ++axis) {
         const float length = real(cellWord + axis);
@@ -177,10 +181,10 @@ void MapReader::checkCell() {
         // Angles are often left out where all of them are right ones.
         if (angle == 0.0F)
             setWord(cellWord + 3 + axis, std::bit_cast<std::int32_t>(90.0F));
-        else if (!(angle > 0.0F && angle < 180.0F))
+        else if (!(angle > 0.0F && angle < 180.0F) || isRoundedAway(angle))
             m_report.refuse(0, "the map's cell has an angle of " + std::to_string(angle),
                             "accepted are angles between 0 and 180 degrees");
-        if (!(length >= 0.0F && length < 1.0e6F))
+        if (!(length >= 0.0F && length < 1.0e6F) || isRoundedAway(length))
             m_report.refuse(0, "the map's cell has a length of " + std::to_string(length),
                             "accepted are positive lengths in Angstrom");
     }

@@ -363,8 +363,17 @@ private slots:
                     .startsWith(": the map's cell has an angle of 180.000000; accepted"));
         QVERIFY(refused(map({{14, bitsOf(170.0F)}, {15, bitsOf(10.0F)}}), "bad.map")
                     .startsWith(": the map's cell has angles that make no cell; accepted"));
+        QVERIFY(refused(map({{11, bitsOf(4.0e-6F)}}), "bad.map")
+                    .startsWith(": the map's cell has a length of 0.000004; accepted"));
         QVERIFY(refused(map({{8, -3}}), "bad.map")
                     .startsWith(": the map's cell is divided into -3 parts; accepted"));
+    }
+
+    void aMapWhoseCellIsFlat() {
+        for (const int word : {14, 15, 16})
+            for (const float angle : {4.0e-6F, 1.0e-45F})
+                QVERIFY(refused(map({{word, bitsOf(angle)}}), "bad.map")
+                            .startsWith(": the map's cell has an angle of 0.00000"));
     }
 
     void aMapWithAbsurdSymmetryRecords() {
