@@ -1,0 +1,38 @@
+# The window with the command that docs/architecture.md adds to it as an example: copies of its files
+# with the document's pieces in them, and the other objects of the plug-in as they are.
+file(GLOB window_files RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
+  ${CMAKE_SOURCE_DIR}/structure-editor/Vuxo*.cpp ${CMAKE_SOURCE_DIR}/structure-editor/Vuxo.h)
+set(example_folder ${CMAKE_CURRENT_BINARY_DIR}/example)
+set(example_files)
+set(window_paths)
+foreach(path ${window_files})
+  get_filename_component(name ${path} NAME)
+  list(APPEND example_files ${example_folder}/${name})
+  list(APPEND window_paths ${CMAKE_SOURCE_DIR}/${path})
+endforeach()
+list(JOIN window_files "," window_files)
+set(document ${CMAKE_SOURCE_DIR}/docs/architecture.md)
+set(script ${CMAKE_CURRENT_SOURCE_DIR}/documents/MakeExample.cmake)
+add_custom_command(OUTPUT ${example_files}
+  COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} -DROOT=${CMAKE_SOURCE_DIR}
+    -DFILES=${window_files} -DINTO=${example_folder} -P ${script}
+  DEPENDS ${document} ${script} ${window_paths}
+  COMMENT "Adding the example command of docs/architecture.md" VERBATIM)
+
+file(GLOB other_headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/structure-editor/*.h)
+list(REMOVE_ITEM other_headers ${CMAKE_SOURCE_DIR}/structure-editor/Vuxo.h)
+target_sources(test-documents PRIVATE
+  ${example_files} ${other_headers}
+  $<FILTER:$<TARGET_OBJECTS:structure-editor>,EXCLUDE,/Vuxo[A-Za-z]*\\.cpp|/mocs_compilation>
+  structure-editor/WindowTools.cpp structure-editor/CommandTools.cpp)
+target_include_directories(test-documents BEFORE PRIVATE ${example_folder})
+target_include_directories(test-documents PRIVATE
+  ${CMAKE_CURRENT_SOURCE_DIR}/structure-editor ${CMAKE_SOURCE_DIR}/structure-editor)
+target_link_libraries(test-documents PRIVATE Qt6::Core5Compat)
+# Compiled for one test: what that takes matters more than how fast it runs.
+target_compile_options(test-documents PRIVATE -O0)
+
+add_custom_target(check-documents ALL
+  COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} -DROOT=${CMAKE_SOURCE_DIR}
+    -P ${CMAKE_CURRENT_SOURCE_DIR}/documents/CheckNames.cmake
+  COMMENT "Checking the names in docs/architecture.md")

@@ -1,0 +1,36 @@
+// What the tests of the window start from: a window for each test function.
+#pragma once
+
+#include "Building.h"
+#include "TestSupport.h"
+#include "Vuxo.h"
+#include "WindowTools.h"
+
+#include <memory>
+
+namespace window_tools {
+
+/// A test of one window, which is closed after each function; the data are in order then.
+class WindowTestCase : public test_support::TestCase {
+protected:
+    /// Opens the window, with nothing in the tree.
+    void openWindow() {
+        m_window = std::make_unique<Vuxo>();
+        m_window->show();
+    }
+    /// Opens it, and shows entry `entry` in the tree.
+    void showWindow(int entry = 0) {
+        openWindow();
+        clickEntry(*m_window, entry);
+    }
+
+    void cleanup() override {
+        m_window.reset();
+        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
+        TestCase::cleanup();
+    }
+
+    std::unique_ptr<Vuxo> m_window;
+};
+
+} // namespace window_tools
