@@ -1,6 +1,7 @@
-// The fields of text files: trimming, and numbers that are whole numbers or nothing.
+// The fields of text files: letters in any case, trimming, and texts that are a number or none.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -16,13 +17,22 @@ inline bool isLetter(char c) {
 inline bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
-inline char upperCase(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
 inline char lowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+/// Whether `text` begins, or ends, with another one, in any case of the letters.
+inline bool startsWith(std::string_view text, std::string_view beginning) {
+    return text.size() >= beginning.size() &&
+           std::equal(beginning.begin(), beginning.end(), text.begin(),
+                      [](char a, char b) { return lowerCase(a) == lowerCase(b); });
+}
+inline bool endsWith(std::string_view text, std::string_view ending) {
+    return text.size() >= ending.size() &&
+           startsWith(text.substr(text.size() - ending.size()), ending);
+}
+
+/// `text` without the blanks and tabs around it.
 inline std::string_view trimmed(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t'))
         text.remove_prefix(1);

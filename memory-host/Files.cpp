@@ -30,12 +30,6 @@ void ParsedFileDeleter::operator()(ParsedFile* file) const {
 
 namespace {
 
-bool endsWith(std::string_view text, std::string_view ending) {
-    return text.size() >= ending.size() &&
-           std::equal(ending.rbegin(), ending.rend(), text.rbegin(),
-                      [](char a, char b) { return a == lowerCase(b); });
-}
-
 // Takes an ending off a file's name, and says whether it was there.
 bool takeEnding(std::string_view& name, std::initializer_list<std::string_view> endings) {
     for (const std::string_view ending : endings) {

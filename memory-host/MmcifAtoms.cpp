@@ -93,54 +93,15 @@ void Atoms::add(const Row& values, std::size_t line) {
     row.element = symbol.empty()
                       ? elementOfName(row.name, residueKind(row.residue) != ResidueKind::Other)
                       : elementOf(symbol);
-    readPosition(values, line, row);
-    readTemperature(values, line, row);
+    m_numbers.setPosition(
+        row, {parsedValue(values[X]), parsedValue(values[Y]), parsedValue(values[Z])},
+        isNull(values[X]) && isNull(values[Y]) && isNull(values[Z]), line, [&values] {
+            std::string text(values[X]);
+            return text.append(" ").append(values[Y]).append(" ").append(values[Z]);
+        });
+    const std::string_view temperature = contentOf(values[Temperature]);
+    m_numbers.setTemperature(row, temperature, parsedValue(temperature), line);
     m_builder->add(row);
-}
-
-void Atoms::readPosition(const Row& values, std::size_t line, AtomRow& row) {
-    row.hasPosition = true;
-    bool isBlank = true;
-    for (const Column axis : {X, Y, Z}) {
-        const std::optional<float> value = parsedValue(values[axis]);
-        isBlank = isBlank && isNull(values[axis]);
-        row.hasPosition = row.hasPosition && value;
-        row.position[axis] = value.value_or(0.0F);
-    }
-    if (row.hasPosition) {
-        ++m_positions;
-        return;
-    }
-    row.position = {};
-    if (isBlank) {
-        m_report.remark(FileReport::Kind::NoCoordinates, line, [&] {
-            return "the atom " + inQuotes(row.name) +
-                   " has no coordinates; accepted are numbers as Cartn_x, Cartn_y and Cartn_z";
-        });
-        return;
-    }
-    if (m_firstBadLine == 0)
-        m_firstBadLine = line;
-    m_report.remark(FileReport::Kind::Coordinates, line, [&] {
-        std::string text(values[X]);
-        text.append(" ").append(values[Y]).append(" ").append(values[Z]);
-        return "the coordinates " + inQuotes(text) + " of the atom " + inQuotes(row.name) +
-               " are no numbers: it has no position; accepted are numbers as Cartn_x, Cartn_y and "
-               "Cartn_z";
-    });
-}
-
-void Atoms::readTemperature(const Row& values, std::size_t line, AtomRow& row) {
-    const std::string_view text = contentOf(values[Temperature]);
-    if (text.empty())
-        return;
-    const std::optional<float> temperature = parsedValue(text);
-    row.temperature = temperature.value_or(0.0F);
-    if (!temperature)
-        m_report.remark(FileReport::Kind::Temperature, line, [&] {
-            return "the temperature factor " + inQuotes(text) +
-                   " is no number, and was read as 0; accepted are numbers as B_iso_or_equiv";
-        });
 }
 
 void Atoms::finishEntry(std::string name) {
@@ -150,9 +111,7 @@ void Atoms::finishEntry(std::string name) {
 }
 
 std::vector<StructureTable> Atoms::take() {
-    if (m_positions == 0 && m_firstBadLine != 0)
-        m_report.refuse(m_firstBadLine, "no atom of the file has coordinates that are numbers",
-                        acceptedSyntax);
+    m_numbers.check(acceptedSyntax);
     return std::move(m_structures);
 }
 

@@ -1,10 +1,10 @@
 // The rows of an _atom_site category of mmCIF, and what they say of atoms.
 #pragma once
 
+#include "AtomNumbers.h"
 #include "FieldText.h"
 #include "TableBuilder.h"
 
-#include <algorithm>
 #include <array>
 
 namespace memory_host::mmcif {
@@ -36,13 +36,6 @@ enum Column : std::uint8_t {
 /// The values of a row as they are written, with quotes; empty where there is no such column.
 using Row = std::array<std::string_view, ColumnCount + 1>;
 
-/// In any case of the letters.
-inline bool startsWith(std::string_view text, std::string_view lowerCasePrefix) {
-    return text.size() >= lowerCasePrefix.size() &&
-           std::equal(lowerCasePrefix.begin(), lowerCasePrefix.end(), text.begin(),
-                      [](char a, char b) { return a == lowerCase(b); });
-}
-
 inline bool isAtomTag(std::string_view tag) {
     return startsWith(tag, "_atom_site.");
 }
@@ -54,7 +47,9 @@ std::string_view contentOf(std::string_view value);
 /// Makes tables of rows, an entry for each data block.
 class Atoms {
 public:
-    explicit Atoms(FileReport& report) : m_report(report) {}
+    explicit Atoms(FileReport& report)
+        : m_report(report), m_numbers(report, {"numbers as Cartn_x, Cartn_y and Cartn_z",
+                                               "numbers as B_iso_or_equiv"}) {}
 
     /// Refuses rows that lack what every atom needs.
     void checkColumns(const Row& row, std::size_t line) const;
@@ -66,15 +61,11 @@ public:
     std::vector<StructureTable> take();
 
 private:
-    void readPosition(const Row& values, std::size_t line, AtomRow& row);
-    void readTemperature(const Row& values, std::size_t line, AtomRow& row);
-
     FileReport& m_report;
+    AtomNumbers m_numbers;
     std::vector<StructureTable> m_structures;
     std::unique_ptr<TableBuilder> m_builder;
     std::string_view m_model; ///< number of the model that the last atom belongs to
-    std::size_t m_firstBadLine = 0;
-    std::size_t m_positions = 0; ///< number of atoms that have one
 };
 
 } // namespace memory_host::mmcif

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QLibrary>
 #include <QRegularExpression>
+#include <QScopedValueRollback>
 #include <QVersionNumber>
 
 #include <cstdlib>
@@ -42,19 +43,6 @@ Plugins& plugins() {
     return *all;
 }
 
-/// Gives a variable another value for the time of its own life.
-template <class T> class Scoped {
-public:
-    Scoped(T& variable, T value) : m_variable(variable), m_before(std::exchange(variable, value)) {}
-    ~Scoped() { m_variable = m_before; }
-    Scoped(const Scoped&) = delete;
-    Scoped& operator=(const Scoped&) = delete;
-
-private:
-    T& m_variable;
-    T m_before;
-};
-
 /// The class of the exception that is being handled.
 std::string exceptionClass() {
     const std::type_info* const type = abi::__cxa_current_exception_type();
@@ -68,7 +56,7 @@ std::string exceptionClass() {
 
 /// Runs an entry point; returns what came out of it when it did not return, else nothing.
 template <class Call> std::string attempt(Call call) {
-    const Scoped running(plugins().running, plugins().running + 1);
+    const QScopedValueRollback running(plugins().running, plugins().running + 1);
     try {
         call();
         return {};
@@ -270,7 +258,7 @@ template <class Run> void send(const PluginCall& call, Run run) {
     const Plugin* const plugin = findOrReport(toText(call.type), toText(call.name), what);
     if (!plugin)
         return;
-    const Scoped current(plugins().call, &call);
+    const QScopedValueRollback current(plugins().call, &call);
     plugin->run(what, [&](PluginResult* result) {
         run(plugin->entryPoints(), call.command.c_str(), result);
     });
@@ -361,7 +349,7 @@ void unloadPlugins() {
         Logger::Write("Plug-ins are not unloaded: one of them is running");
         return;
     }
-    const Scoped unloading(all.unloading, true);
+    const QScopedValueRollback unloading(all.unloading, true);
     // From here on none is found: a command to one that has cleaned up would set it going again.
     const auto leaving = std::exchange(all.loaded, {});
     for (const auto& [name, plugin] : leaving)

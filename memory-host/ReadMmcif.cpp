@@ -1,5 +1,6 @@
 // The mmCIF format: gemmi's CIF grammar, with actions that pick the atoms out while it is parsed.
 // The document is never held as a whole, and every value comes with its line.
+#include "FieldText.h"
 #include "MmcifAtoms.h"
 #include "Readers.h"
 
@@ -18,7 +19,6 @@ using mmcif::acceptedSyntax;
 using mmcif::Column;
 using mmcif::contentOf;
 using mmcif::Row;
-using mmcif::startsWith;
 
 // Takes tags and values in the order of the file, and picks the rows of atoms.
 class MmcifReader {

@@ -1,6 +1,7 @@
 // The PDB format: records of fixed columns. The columns are taken apart here and not by gemmi's
 // reader, because that one reads blank coordinates as 0, ends at the first END, and takes line
 // numbers of old files for charges that it refuses.
+#include "AtomNumbers.h"
 #include "FieldText.h"
 #include "Readers.h"
 #include "ResidueKinds.h"
@@ -29,12 +30,6 @@ std::string_view field(std::string_view line, std::size_t first, std::size_t las
     return trimmed(columns(line, first, last));
 }
 
-bool startsWith(std::string_view line, std::string_view record) {
-    return line.size() >= record.size() &&
-           std::equal(record.begin(), record.end(), line.begin(),
-                      [](char a, char b) { return a == upperCase(b); });
-}
-
 bool isRecord(std::string_view line, std::string_view record) {
     return startsWith(line, record) && (line.size() == record.size() || line[record.size()] == ' ');
 }
@@ -48,7 +43,8 @@ bool isAtomRecord(std::string_view line) {
 class PdbReader {
 public:
     PdbReader(Bytes bytes, FileReport& report)
-        : m_bytes(std::move(bytes)), m_report(report), m_builder(report) {}
+        : m_bytes(std::move(bytes)), m_report(report), m_builder(report),
+          m_numbers(report, {"numbers in columns 31 to 54", "numbers in columns 61 to 66"}) {}
 
     StructureTable read(const std::string& stem);
 
@@ -64,9 +60,8 @@ private:
     Bytes m_bytes;
     FileReport& m_report;
     TableBuilder m_builder;
+    AtomNumbers m_numbers;
     std::size_t m_line = 0;
-    std::size_t m_firstBadLine = 0;
-    std::size_t m_positions = 0; ///< number of atoms that have one
     std::size_t m_modelLine = 0; ///< of the MODEL record that no ENDMDL has followed yet
     std::size_t m_shortestAtom = std::string_view::npos;
     std::size_t m_shortestOther = std::string_view::npos; ///< of ANISOU and its like
@@ -81,9 +76,7 @@ StructureTable PdbReader::read(const std::string& stem) {
     m_bytes = {};
     if (m_builder.atomCount() == 0)
         m_report.refuse(0, "is no structure: it has no ATOM or HETATM record", acceptedFiles());
-    if (m_positions == 0 && m_firstBadLine != 0)
-        m_report.refuse(m_firstBadLine, "no atom of the file has coordinates that are numbers",
-                        acceptedRecords);
+    m_numbers.check(acceptedRecords);
     if (m_modelLine != 0)
         m_report.remark(FileReport::Kind::Cut, m_modelLine,
                         "this model has no ENDMDL record: the file may have been cut");
@@ -169,15 +162,8 @@ void PdbReader::readAtom(std::string_view line) {
     row.insertion = field(line, 27, 27);
     row.segment = field(line, 73, 76);
     readPosition(line, row);
-    if (const std::string_view text = field(line, 61, 66); !text.empty()) {
-        const std::optional<float> temperature = parsedNumber(text);
-        row.temperature = temperature.value_or(0.0F);
-        if (!temperature)
-            m_report.remark(FileReport::Kind::Temperature, m_line, [&] {
-                return "the temperature factor " + inQuotes(text) +
-                       " is no number, and was read as 0; accepted are numbers in columns 61 to 66";
-            });
-    }
+    const std::string_view temperature = field(line, 61, 66);
+    m_numbers.setTemperature(row, temperature, parsedNumber(temperature), m_line);
     row.element = elementOf(field(line, 77, 78));
     if (row.element == unknownElement && field(line, 77, 78) != "X")
         row.element =
@@ -186,34 +172,15 @@ void PdbReader::readAtom(std::string_view line) {
 }
 
 void PdbReader::readPosition(std::string_view line, AtomRow& row) {
+    std::array<std::optional<float>, 3> values;
     bool isBlank = true;
-    row.hasPosition = true;
     for (const std::size_t axis : {0, 1, 2}) {
         const std::string_view text = field(line, 31 + 8 * axis, 38 + 8 * axis);
-        const std::optional<float> value = parsedNumber(text);
+        values[axis] = parsedNumber(text);
         isBlank = isBlank && text.empty();
-        row.hasPosition = row.hasPosition && value;
-        row.position[axis] = value.value_or(0.0F);
     }
-    if (row.hasPosition) {
-        ++m_positions;
-        return;
-    }
-    row.position = {};
-    if (isBlank) {
-        m_report.remark(FileReport::Kind::NoCoordinates, m_line, [&] {
-            return "the atom " + inQuotes(row.name) +
-                   " has no coordinates; accepted are numbers in columns 31 to 54";
-        });
-        return;
-    }
-    if (m_firstBadLine == 0)
-        m_firstBadLine = m_line;
-    m_report.remark(FileReport::Kind::Coordinates, m_line, [&] {
-        return "the coordinates " + inQuotes(columns(line, 31, coordinateColumns)) +
-               " of the atom " + inQuotes(row.name) +
-               " are no numbers: it has no position; accepted are numbers in columns 31 to 54";
-    });
+    m_numbers.setPosition(row, values, isBlank, m_line,
+                          [line] { return std::string(columns(line, 31, coordinateColumns)); });
 }
 
 // Beyond 9999 residues a number starts with a letter: A000 is 10000, and a000 follows on ZZZZ.

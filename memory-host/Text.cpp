@@ -57,13 +57,6 @@ bool parseNumber(std::string_view text, double& value) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t";
-    const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
-    text.remove_prefix(begin);
-    return text.substr(0, text.find_last_not_of(blanks) + 1);
-}
-
 TextFile readTextFile(const QString& path) {
     const QFileInfo info(path);
     if (!info.exists())

@@ -1,6 +1,8 @@
 // The small text files that the host's services read, and bytes of unknown encoding as text.
 #pragma once
 
+#include "FieldText.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -19,9 +21,6 @@ std::string quoted(std::string_view bytes);
 
 /// A number written with a point, whatever the locale; false when `text` is anything else.
 bool parseNumber(std::string_view text, double& value);
-
-/// `text` without the blanks and tabs around it.
-std::string_view trimmed(std::string_view text);
 
 struct TextFile {
     QByteArray bytes;    ///< without the mark that some editors put in front of UTF-8

@@ -122,8 +122,7 @@ private slots:
         write("page.md",
               "# The title\n\n`a\\|b`\n\n| one | two |\n|---|---|\n"
               "| `(A\\|B)` x\\|y | `\\d\\|\\|` |\n| [here](#the-end) | `c` |\n\n# The end\n");
-        const QString expected =
-            "The title\na\\|b\none\ntwo\n(A|B) x|y\n\\d||\nhere\nc\n\nThe end";
+        const QString expected = "The title\na\\|b\none\ntwo\n(A|B) x|y\n\\d||\nhere\nc\n\nThe end";
         HelpViewer::Show("page");
         QCOMPARE(shownText(), expected);
         HelpViewer::Show("page");

@@ -1,8 +1,7 @@
 // mmCIF files: their tags, values and blocks, and real ones atom by atom.
 #include "Building.h"
-#include "FileTesting.h"
+#include "FileTestCase.h"
 #include "Space.h"
-#include "TestSupport.h"
 
 #include <QFile>
 #include <QProcess>
@@ -10,7 +9,6 @@
 #include <algorithm>
 
 using namespace file_testing;
-using memory_host::OpenedFile;
 using TAVIK::Compound;
 
 namespace {
@@ -63,19 +61,11 @@ std::vector<std::string> atomsOfLines(const QByteArray& text) {
 
 } // namespace
 
-class MmcifFileTest : public test_support::TestCase {
+class MmcifFileTest : public FileTestCase {
     Q_OBJECT
 
-private:
-    Folder m_folder;
-
-    OpenedFile openText(const QByteArray& text, const QStringList& remarks = {},
-                        const QString& name = QStringLiteral("file.cif")) {
-        return opened(m_folder.write(name, text), remarks);
-    }
-    QString path(const QString& name = QStringLiteral("file.cif")) const {
-        return m_folder.path() + u'/' + name;
-    }
+public:
+    MmcifFileTest() : FileTestCase(QStringLiteral("file.cif")) {}
 
 private slots:
     void everyAtomLineOfTheRibosomeBecomesOneAtom() {

@@ -1,10 +1,9 @@
 // Opening a file of any kind: names, threads, guards and progress.
 #include "Building.h"
 #include "DataPointBase.h"
-#include "FileTesting.h"
+#include "FileTestCase.h"
 #include "Space.h"
 #include "Subscriber.h"
-#include "TestSupport.h"
 
 #include <algorithm>
 #include <thread>
@@ -31,17 +30,8 @@ public:
 
 } // namespace
 
-class OpeningTest : public test_support::TestCase {
+class OpeningTest : public FileTestCase {
     Q_OBJECT
-
-private:
-    Folder m_folder;
-
-    OpenedFile openText(const QByteArray& text, const QStringList& remarks = {},
-                        const QString& name = QStringLiteral("test.pdb")) {
-        return opened(m_folder.write(name, text), remarks);
-    }
-    QString path() const { return m_folder.path() + "/test.pdb"; }
 
 private slots:
     void anEntryHasTheNameOfItsHeaderOrElseOfItsFile() {

@@ -1,7 +1,6 @@
 // What the records of PDB files say of atoms, residues and models.
-#include "FileTesting.h"
+#include "FileTestCase.h"
 #include "Space.h"
-#include "TestSupport.h"
 
 #include <QFile>
 
@@ -48,17 +47,8 @@ std::vector<std::vector<std::string>> atomsOfLines(const QString& path) {
 
 } // namespace
 
-class PdbFileTest : public test_support::TestCase {
+class PdbFileTest : public FileTestCase {
     Q_OBJECT
-
-private:
-    Folder m_folder;
-
-    OpenedFile openText(const QByteArray& text, const QStringList& remarks = {},
-                        const QString& name = QStringLiteral("test.pdb")) {
-        return opened(m_folder.write(name, text), remarks);
-    }
-    QString path() const { return m_folder.path() + "/test.pdb"; }
 
     static void addRealFiles() {
         QTest::addColumn<QString>("file");

@@ -1,8 +1,7 @@
 // What items a structure file becomes.
 #include "Building.h"
-#include "FileTesting.h"
+#include "FileTestCase.h"
 #include "Space.h"
-#include "TestSupport.h"
 
 #include <algorithm>
 
@@ -10,17 +9,8 @@ using namespace file_testing;
 using memory_host::OpenedFile;
 using TAVIK::Compound;
 
-class StructureItemsTest : public test_support::TestCase {
+class StructureItemsTest : public FileTestCase {
     Q_OBJECT
-
-private:
-    Folder m_folder;
-
-    OpenedFile openText(const QByteArray& text, const QStringList& remarks = {},
-                        const QString& name = QStringLiteral("test.pdb")) {
-        return opened(m_folder.write(name, text), remarks);
-    }
-    QString path() const { return m_folder.path() + "/test.pdb"; }
 
 private slots:
     void aChainHoldsGroupsAndBonds() {

@@ -1,0 +1,58 @@
+// Positions and temperature factors of atoms as a file gives them: what is no number is remarked
+// on, and a file without a single usable position is refused.
+#pragma once
+
+#include "AtomTable.h"
+#include "FileReport.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace memory_host {
+
+class AtomNumbers {
+public:
+    /// What stands behind "accepted are" in remarks on either.
+    struct Accepted {
+        std::string position;
+        std::string temperature;
+    };
+
+    AtomNumbers(FileReport& report, Accepted accepted)
+        : m_report(report), m_accepted(std::move(accepted)) {}
+
+    /// Gives the atom its position if all of `values` are numbers. `isBlank` says that the file
+    /// gives none of them; `written()` makes the text that it gives, for a remark.
+    template <class Written>
+    void setPosition(AtomRow& row, const std::array<std::optional<float>, 3>& values, bool isBlank,
+                     std::size_t line, const Written& written) {
+        row.hasPosition = values[0] && values[1] && values[2];
+        if (row.hasPosition) {
+            row.position = {*values[0], *values[1], *values[2]};
+            ++m_positions;
+        } else if (isBlank) {
+            remarkOnBlank(row, line);
+        } else {
+            remarkOnText(row, line, written());
+        }
+    }
+    /// Gives the atom a temperature factor unless its `text` is empty; 0 when it is no `value`.
+    void setTemperature(AtomRow& row, std::string_view text, std::optional<float> value,
+                        std::size_t line);
+    /// Refuses a file in which positions are written, but not one of them can be read.
+    void check(const std::string& accepted) const;
+
+private:
+    void remarkOnBlank(const AtomRow& row, std::size_t line);
+    void remarkOnText(const AtomRow& row, std::size_t line, const std::string& text);
+
+    FileReport& m_report;
+    Accepted m_accepted;
+    std::size_t m_firstBadLine = 0;
+    std::size_t m_positions = 0; ///< number of atoms that have one
+};
+
+} // namespace memory_host
