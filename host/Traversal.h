@@ -24,38 +24,31 @@ HOST_EXPORT void GetSelected(Compound* root, std::vector<Compound*>& out);
 /// What a walk that collects items of one kind does with an item.
 enum class WalkStep { Take, Enter, Skip };
 
-/// GetItems(), with what was learnt of the classes on the way.
+/// GetItems() for a range of children or parts, with what was learnt of the classes on the way.
 template <class T>
-void CollectItems(Compound* root, std::vector<Compound*>& out, bool all, bool parts,
+void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out, bool all,
                   ByClass<WalkStep>& steps) {
-    if (!root || (!all && !root->HasSelected()))
-        return;
-    const auto collect = [&](Compound** begin, Compound** end) {
-        for (Compound** it = begin; it != end; ++it) {
-            Compound* child = *it;
-            if (!child)
-                continue;
-            switch (steps.of(child, [](const Compound* item) {
-                return dynamic_cast<const T*>(item)           ? WalkStep::Take
-                       : dynamic_cast<const Composite*>(item) ? WalkStep::Enter
-                                                              : WalkStep::Skip;
-            })) {
-            case WalkStep::Take:
-                if (all || child->IsSelected())
-                    out.push_back(child);
-                break;
-            case WalkStep::Enter:
-                CollectItems<T>(child, out, all, false, steps);
-                break;
-            case WalkStep::Skip:
-                break;
-            }
+    for (Compound** it = begin; it != end; ++it) {
+        Compound* child = *it;
+        if (!child)
+            continue;
+        switch (steps.of(child, [](const Compound* item) {
+            return dynamic_cast<const T*>(item)           ? WalkStep::Take
+                   : dynamic_cast<const Composite*>(item) ? WalkStep::Enter
+                                                          : WalkStep::Skip;
+        })) {
+        case WalkStep::Take:
+            if (all || child->IsSelected())
+                out.push_back(child);
+            break;
+        case WalkStep::Enter:
+            if (all || child->HasSelected())
+                CollectItems<T>(child->ChildBegin(), child->ChildEnd(), out, all, steps);
+            break;
+        case WalkStep::Skip:
+            break;
         }
-    };
-    if (dynamic_cast<Composite*>(root))
-        collect(root->ChildBegin(), root->ChildEnd());
-    else if (parts)
-        collect(root->PartBegin(), root->PartEnd());
+    }
 }
 
 /// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
@@ -65,8 +58,13 @@ void CollectItems(Compound* root, std::vector<Compound*>& out, bool all, bool pa
 /// never are further down.
 template <class T>
 void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* /*tag*/, bool parts) {
+    if (!root || (!all && !root->HasSelected()))
+        return;
     ByClass<WalkStep> steps;
-    CollectItems<T>(root, out, all, parts, steps);
+    if (dynamic_cast<Composite*>(root))
+        CollectItems<T>(root->ChildBegin(), root->ChildEnd(), out, all, steps);
+    else if (parts)
+        CollectItems<T>(root->PartBegin(), root->PartEnd(), out, all, steps);
 }
 
 /// Gather everything first, then apply `f` to each item in order, so that `f` may change selection

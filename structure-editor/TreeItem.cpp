@@ -246,12 +246,31 @@ void TreeItem::setOpen(bool open) {
 }
 
 void TreeItem::setSelected(bool s) {
+    if (s)
+        expectSelection();
     m_Dirty = true;
     m_selected = s;
     if (TreeRoot* tree = root())
         tree->inStep = false;
-    for (TreeItem* row = this; s && row && !row->m_marked; row = row->m_parent)
-        row->m_marked = true;
+}
+
+bool TreeItem::isMarkedAbove() const {
+    const TreeItem* above = m_parent;
+    while (above && above->m_marked && !above->m_isRoot)
+        above = above->m_parent;
+    return !above || above->m_isRoot;
+}
+
+void TreeItem::expectSelection() {
+    if (m_isRoot)
+        return;
+    if (m_parent)
+        m_parent->expectSelection();
+    if (m_marked)
+        return;
+    m_marked = true;
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        m_children[i]->m_selected = m_children[i]->m_marked = false;
 }
 
 bool TreeItem::selectsOthers() const {
@@ -267,42 +286,37 @@ void TreeItem::SetClean() {
 }
 
 void TreeItem::CheckSelection() {
-    CheckSelection(root()->descending);
+    CheckSelection(root()->descending, isMarkedAbove());
 }
 
-void TreeItem::CheckSelection(bool descending) {
+void TreeItem::CheckSelection(bool descending, bool markedAbove) {
     if (m_Dirty) {
         if (m_Compound)
-            m_Compound->SetSelected(m_selected);
+            m_Compound->SetSelected(m_selected && markedAbove);
         SetClean();
         return;
     }
     for (std::uint32_t i = 0; i != m_count; ++i)
-        childAt(i, descending)->CheckSelection(descending);
+        childAt(i, descending)->CheckSelection(descending, markedAbove && m_marked);
 }
 
 bool TreeItem::holdsNoSelection(bool selected) const {
     return m_count && !selected && !m_elsewhere && m_Compound && !m_Compound->HasSelected();
 }
 
-void TreeItem::unmark() {
-    if (!m_marked)
-        return;
-    m_selected = m_marked = false;
-    for (std::uint32_t i = 0; i != m_count; ++i)
-        if (TreeItem* const row = m_children[i]; row->m_count)
-            row->unmark();
-        else
-            row->m_selected = row->m_marked = false;
+void TreeItem::UpdateSelection() {
+    if (m_parent)
+        m_parent->expectSelection();
+    updateRows();
 }
 
-void TreeItem::UpdateSelection() {
+void TreeItem::updateRows() {
     const bool selected = m_Compound && m_Compound->IsSelected();
-    // What the walks over all rows wait for is memory: items without any selection in them are not
-    // asked one by one, an item is called for before its turn, and a row is written only where it
+    // What the walks over all rows wait for is memory: rows of items without any selection in them
+    // are not looked at, an item is called for before its turn, and a row is written only where it
     // changes.
     if (holdsNoSelection(selected)) {
-        unmark();
+        mark(false, false);
         return;
     }
     bool marked = selected;
@@ -312,7 +326,7 @@ void TreeItem::UpdateSelection() {
             __builtin_prefetch(m_children[i + ahead]->m_Compound);
         TreeItem* const row = m_children[i];
         if (row->m_count)
-            row->UpdateSelection();
+            row->updateRows();
         else
             row->mark(row->m_Compound && row->m_Compound->IsSelected(), false);
         marked |= row->m_marked;
@@ -464,6 +478,8 @@ void TreeItem::makeRoom(std::size_t count) {
 }
 
 void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count) {
+    if (std::any_of(rows, rows + count, [](const TreeItem* row) { return row->m_marked; }))
+        expectSelection();
     TreeItem** const gap = m_children + position;
     std::copy_backward(gap, m_children + m_count, m_children + m_count + count);
     std::copy(rows, rows + count, gap);
@@ -473,12 +489,9 @@ void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std
         m_children[i]->m_position = i;
     }
     for (std::uint32_t i = 0; i != count; ++i)
-        for (TreeItem* above = this; above; above = above->m_parent) {
-            if (above->m_marked >= rows[i]->m_marked && above->m_elsewhere >= rows[i]->m_elsewhere)
-                break;
-            above->m_marked |= rows[i]->m_marked;
-            above->m_elsewhere |= rows[i]->m_elsewhere;
-        }
+        for (TreeItem* above = this; rows[i]->m_elsewhere && above && !above->m_elsewhere;
+             above = above->m_parent)
+            above->m_elsewhere = true;
 }
 
 void TreeItem::takeChildren(std::uint32_t position, std::uint32_t count) {

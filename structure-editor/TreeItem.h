@@ -94,7 +94,9 @@ public:
 
     /// Selects or unselects the row for the user, and marks it for being handed to the host.
     void setSelected(bool s);
-    bool isSelected() const { return m_selected; }
+    bool isSelected() const { return m_selected && isMarkedAbove(); }
+    /// The same, where all rows above are known to say hasSelected().
+    bool isSelectedAsMarked() const { return m_selected; }
     /// False only if neither this row nor one below it is selected.
     bool hasSelected() const { return m_marked; }
     /// Whether selecting the row can select others, which lie below it or, with a set, elsewhere.
@@ -145,17 +147,21 @@ private:
     ~TreeItem();
 
     static Kind kindOf(const TAVIK::Compound* c);
-    void CheckSelection(bool descending);
+    void CheckSelection(bool descending, bool markedAbove);
     /// Whether the host and the rows agree that nothing in a composite is selected.
     bool holdsNoSelection(bool selected) const;
+    /// Whether no row above says that nothing from there on is selected.
+    bool isMarkedAbove() const;
+    /// Ends that this row, or one above it, says so: until then the flags below it say nothing.
+    void expectSelection();
+    /// UpdateSelection(), when all rows above are marked.
+    void updateRows();
     void mark(bool selected, bool below) {
         if (m_selected != selected)
             m_selected = selected;
         if (const bool marked = selected || below; m_marked != marked)
             m_marked = marked;
     }
-    /// Unselects the rows from here on, where any are selected.
-    void unmark();
 
     /// Deletes a row, unless it has come into a tree.
     struct DeleteDetached {
@@ -211,7 +217,8 @@ private:
     std::uint32_t m_position = 0; ///< among the siblings by id
     bool m_Dirty : 1 = false;
     bool m_selected : 1 = false;
-    bool m_marked : 1 = false;    ///< this row, or one below it, is selected
+    bool m_marked : 1 = false;    ///< this row, or one below it, may be selected; if not, neither
+                                  ///< is, whatever their own flags say
     bool m_elsewhere : 1 = false; ///< this row, or one below it, is of the kind Other
     bool m_composite : 1 = false;
     bool m_open : 1 = false;

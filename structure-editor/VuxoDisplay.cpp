@@ -62,7 +62,7 @@ template <class Change> void Vuxo::forSelectedRows(Change apply) const {
             continue;
         }
         TAVIK::Compound* const item = row->compound();
-        if (item && (inStep ? row->isSelected() : item->IsSelected()))
+        if (item && (inStep ? row->isSelectedAsMarked() : item->IsSelected()))
             apply(item);
         ++at;
     }
