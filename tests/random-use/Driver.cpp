@@ -14,10 +14,13 @@
 #include "Vuxo.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFile>
 #include <QFrame>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaMethod>
+#include <QTemporaryDir>
 
 extern "C" {
 void Command(const char* name, void* data, PluginResult* result);
@@ -39,6 +42,26 @@ unsigned int topLevelCount() {
     return unsigned(Space::instance()->ChildEnd() - Space::instance()->ChildBegin());
 }
 
+void writeFile(const QString& path, const QByteArray& text) {
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+        qFatal("%s cannot be written", qPrintable(path));
+}
+
+// A help page that is laid out in a moment, beside the real colour map.
+void useSmallHelp() {
+    static const QTemporaryDir folder;
+    const QString map = folder.filePath(QStringLiteral("BlueRedTR.cm"));
+    if (QFile::exists(map))
+        return;
+    QFile::copy(QStringLiteral(SOURCE_DIR "/data/BlueRedTR.cm"), map);
+    QDir(folder.path()).mkdir(QStringLiteral("help"));
+    writeFile(folder.filePath(QStringLiteral("help/page.md")), "# Structure Editor\n");
+    writeFile(folder.filePath(QStringLiteral("settings.ini")), "[Vuxo]\nHelp = page\n");
+    memory_host::setDataFolder(folder.path());
+    memory_host::setDefaultSettingsFile(folder.filePath(QStringLiteral("settings.ini")));
+}
+
 // The id that the next item gets: none is used twice.
 unsigned int takeId() {
     Compound* probe = memory_host::makeDetached("probe", "Composite");
@@ -51,7 +74,7 @@ unsigned int takeId() {
 
 Driver::Driver(const Start& start, plain::Model& model)
     : m_model(model), m_watched(start.kind == Start::Generated && start.seed % 4 == 0) {
-    memory_host::setDefaultSettingsFile(QStringLiteral(SOURCE_DIR "/data/settings.ini"));
+    useSmallHelp();
     model.plugins = start.plugins;
     if (start.plugins)
         memory_host::loadPlugins(QStringLiteral(RECORDING_PLUGINS));
