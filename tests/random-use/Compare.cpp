@@ -24,15 +24,28 @@ class Comparison {
 public:
     QStringList lines;
 
-    template <class Value>
-    void same(const QString& what, const Value& expected, const Value& real) {
-        constexpr int enough = 12;
-        if (!(expected == real) && lines.size() < enough)
-            lines << what + ": " + inText(expected) + " was expected, and it is " + inText(real);
+    /// Of what the next values are; null for the window.
+    void lookAt(const char* kind, const plain::Item* item) {
+        m_kind = kind;
+        m_item = item;
     }
-    bool isFull() const { return lines.size() >= 12; }
+    template <class Value> void same(const char* what, const Value& expected, const Value& real) {
+        if (!(expected == real) && !isFull())
+            lines << where() + QLatin1String(what) + ": " + inText(expected) +
+                         " was expected, and it is " + inText(real);
+    }
+    bool isFull() const { return lines.size() >= enough; }
 
 private:
+    static constexpr int enough = 12;
+
+    QString where() const {
+        return m_item ? QStringLiteral("%1 %2 (%3): ")
+                            .arg(QLatin1String(m_kind),
+                                 QString::fromLatin1(Host::qualifiedName(*m_item)))
+                            .arg(m_item->id)
+                      : QString();
+    }
     static QString inText(bool value) { return QLatin1String(value ? "true" : "false"); }
     static QString inText(int value) { return QString::number(value); }
     static QString inText(unsigned int value) { return QString::number(value); }
@@ -46,6 +59,9 @@ private:
             texts << QString::number(each);
         return u'[' + texts.join(u' ') + u']';
     }
+
+    const char* m_kind = "";
+    const plain::Item* m_item = nullptr;
 };
 
 std::vector<unsigned int> idsOf(const plain::Items& items) {
@@ -62,47 +78,45 @@ std::vector<unsigned int> idsOf(Compound** begin, Compound** end) {
     return ids;
 }
 
-void compareValues(Comparison& all, const QString& name, const plain::Item& item, Compound* real) {
+void compareValues(Comparison& all, const plain::Item& item, Compound* real) {
     if (const auto* const atom = dynamic_cast<TAVIK::Atom*>(real)) {
         const TAVIK::Vertex at = real->GetPosition();
-        all.same(name + "type", item.type, real->GetType());
-        all.same(name + "model", std::to_string(item.model), atom->GetModelNumber());
-        all.same(name + "temperature", item.temperature, atom->GetTemperature());
-        all.same(name + "has a position", item.hasPosition, at.isValid());
+        all.same("type", item.type, real->GetType());
+        all.same("model", std::to_string(item.model), atom->GetModelNumber());
+        all.same("temperature", item.temperature, atom->GetTemperature());
+        all.same("has a position", item.hasPosition, at.isValid());
         for (const std::size_t k : {0, 1, 2})
-            all.same(name + "position", item.position[k], at[k]);
+            all.same("position", item.position[k], at[k]);
     } else if (const auto* const grid = dynamic_cast<TAVIK::Grid*>(real)) {
         for (const std::size_t k : {0, 1, 2}) {
-            all.same(name + "points", item.points[k], grid->m_points[k]);
-            all.same(name + "lower bound", item.lower[k], grid->m_lower[k]);
-            all.same(name + "upper bound", item.upper[k], grid->m_upper[k]);
+            all.same("points", item.points[k], grid->m_points[k]);
+            all.same("lower bound", item.lower[k], grid->m_lower[k]);
+            all.same("upper bound", item.upper[k], grid->m_upper[k]);
         }
     } else if (item.kind == plain::Kind::Residue) {
-        all.same(name + "active model", item.model, memory_host::activeModel(real));
+        all.same("active model", item.model, memory_host::activeModel(real));
     }
 }
 
 void compareItem(Comparison& all, const plain::Item& item, Compound* real) {
     if (all.isFull())
         return;
-    const QString name =
-        QString::fromLatin1(Host::qualifiedName(item)) + " (" + QString::number(item.id) + "): ";
+    all.lookAt("item", &item);
     if (item.kind != plain::Kind::Space) {
-        all.same(name + "id", item.id, real->GetId());
-        all.same(name + "name", item.name, real->GetName());
-        all.same(name + "qualified name", Host::qualifiedName(item), real->GetFQName());
-        all.same(name + "colour", QString::number(item.color, 16),
-                 QString::number(real->GetColor().rgba(), 16));
+        all.same("id", item.id, real->GetId());
+        all.same("name", item.name, real->GetName());
+        all.same("qualified name", Host::qualifiedName(item), real->GetFQName());
+        all.same("colour", item.color, real->GetColor().rgba());
     }
-    all.same(name + "selected", Host::isSelected(item), real->IsSelected());
-    all.same(name + "has selected", Host::hasSelected(item), real->HasSelected());
-    all.same(name + "visible", Host::isVisible(item), real->IsVisible());
-    all.same(name + "has children", !item.children.empty(), real->HasChildren());
-    all.same(name + "parts", idsOf(item.parts), idsOf(real->PartBegin(), real->PartEnd()));
+    all.same("selected", Host::isSelected(item), real->IsSelected());
+    all.same("has selected", Host::hasSelected(item), real->HasSelected());
+    all.same("visible", Host::isVisible(item), real->IsVisible());
+    all.same("has children", !item.children.empty(), real->HasChildren());
+    all.same("parts", idsOf(item.parts), idsOf(real->PartBegin(), real->PartEnd()));
     const std::vector<unsigned int> children = idsOf(item.children);
     const std::vector<unsigned int> realChildren = idsOf(real->ChildBegin(), real->ChildEnd());
-    all.same(name + "children", children, realChildren);
-    compareValues(all, name, item, real);
+    all.same("children", children, realChildren);
+    compareValues(all, item, real);
     if (children == realChildren)
         for (std::size_t i = 0; i != children.size(); ++i)
             compareItem(all, *item.children[i], real->ChildBegin()[i]);
@@ -124,28 +138,26 @@ void compareRow(Comparison& all, const plain::Row& row, const TreeView& view,
     if (all.isFull())
         return;
     const TreeItem* const real = TreeModel::itemOf(index);
-    const QString name = "row of " + QString::fromLatin1(row.item->name) + " (" +
-                         QString::number(row.item->id) + "): ";
-    all.same(name + "item", row.item->id, real->compound()->GetId());
+    all.lookAt("row of", row.item);
+    all.same("item", row.item->id, real->compound()->GetId());
     QStringList cells;
     for (int column = 0; column != 4; ++column)
         cells << index.siblingAtColumn(column).data().toString();
-    all.same(name + "cells", cellsOf(*row.item), cells);
+    all.same("cells", cellsOf(*row.item), cells);
     static const Qt::GlobalColor byDepth[] = {Qt::darkMagenta, Qt::magenta, Qt::darkGreen,
                                               Qt::darkBlue, Qt::red};
     const auto depth = std::size_t(row.depth());
     const QVariant textColor = index.data(Qt::ForegroundRole);
-    all.same(name + "colour of the text",
-             depth < std::size(byDepth) ? QColor(byDepth[depth]).name() : QString(),
-             textColor.isNull() ? QString() : textColor.value<QColor>().name());
-    all.same(name + "colour of the cell", QColor::fromRgb(row.item->color).name(),
-             index.siblingAtColumn(1).data(Qt::BackgroundRole).value<QColor>().name());
-    all.same(name + "selected", row.selected, real->isSelected());
-    all.same(name + "changed by the user", row.dirty, real->isDirty());
-    all.same(name + "open", row.open, real->isOpen());
-    all.same(name + "open in the view", row.open, view.isExpanded(index));
+    all.same("colour of the text", depth < std::size(byDepth) ? QColor(byDepth[depth]).rgba() : 0U,
+             textColor.isNull() ? 0U : textColor.value<QColor>().rgba());
+    all.same("colour of the cell", row.item->color | 0xff000000U,
+             index.siblingAtColumn(1).data(Qt::BackgroundRole).value<QColor>().rgba());
+    all.same("selected", row.selected, real->isSelected());
+    all.same("changed by the user", row.dirty, real->isDirty());
+    all.same("open", row.open, real->isOpen());
+    all.same("open in the view", row.open, view.isExpanded(index));
     const int count = index.model()->rowCount(index);
-    all.same(name + "number of rows", int(row.children.size()), count);
+    all.same("number of rows", int(row.children.size()), count);
     if (count == int(row.children.size()))
         for (int i = 0; i != count; ++i)
             compareRow(all, *row.children[std::size_t(descending ? count - 1 - i : i)], view,
@@ -154,12 +166,13 @@ void compareRow(Comparison& all, const plain::Row& row, const TreeView& view,
 
 void compareTree(Comparison& all, const plain::Tree& tree, const TreeView& view) {
     const QAbstractItemModel& rows = *view.model();
-    all.same(QStringLiteral("number of top rows"), tree.top() ? 1 : 0, rows.rowCount());
+    all.same("number of top rows", tree.top() ? 1 : 0, rows.rowCount());
     if (!tree.top() || rows.rowCount() != 1)
         return;
     compareRow(all, *tree.top(), view, rows.index(0, 0), tree.descending);
+    all.lookAt("", nullptr);
     const TreeItem* const current = view.currentItem();
-    all.same(QStringLiteral("current row"), tree.current ? tree.current->item->id : 0,
+    all.same("current row", tree.current ? tree.current->item->id : 0,
              current ? current->compound()->GetId() : 0);
 }
 
@@ -168,40 +181,38 @@ void compareTree(Comparison& all, const plain::Tree& tree, const TreeView& view)
 QStringList differences(plain::Model& model, const Driver& driver) {
     Comparison all;
     compareItem(all, *model.host.space(), TAVIK::Space::instance());
-    all.same(QStringLiteral("shows the selection"), model.showSelection,
-             TAVIK::Space::GetShowSelection());
+    all.lookAt("", nullptr);
+    all.same("shows the selection", model.showSelection, TAVIK::Space::GetShowSelection());
     for (const std::string& fault : memory_host::checkInvariants())
         all.lines << QString::fromStdString(fault);
     const Vuxo* const window = Driver::window();
-    all.same(QStringLiteral("there is a window"), model.exists, window != nullptr);
-    all.same(QStringLiteral("is done"), model.isDone(), driver.isDone());
+    all.same("there is a window", model.exists, window != nullptr);
+    all.same("is done", model.isDone(), driver.isDone());
     if (!window || !model.exists)
         return all.lines;
-    all.same(QStringLiteral("window visible"), model.shown, window->isVisible());
-    all.same(QStringLiteral("window minimised"), model.minimised, window->isMinimized());
+    all.same("window visible", model.shown, window->isVisible());
+    all.same("window minimised", model.minimised, window->isMinimized());
     const ListBox* const list = Driver::listOf(window);
-    all.same(QStringLiteral("list"), model.list, entriesOf(window));
+    all.same("list", model.list, entriesOf(window));
     const QList<QListWidgetItem*> marked = list->selectedItems();
-    all.same(QStringLiteral("highlighted entry"), model.highlighted,
+    all.same("highlighted entry", model.highlighted,
              marked.isEmpty() ? -1 : list->row(marked.front()));
     const QFrame* const panel = Driver::panelOf(window);
-    all.same(QStringLiteral("panel visible"), model.panelShown, panel->isVisible());
+    all.same("panel visible", model.panelShown, panel->isVisible());
     const QList<QLineEdit*> fields = panel->findChildren<QLineEdit*>();
     for (std::size_t i = 0; i != model.fields.size(); ++i)
-        all.same(QStringLiteral("field of the panel"), model.fields[i],
-                 fields[qsizetype(i)]->text());
-    all.same(QStringLiteral("box of the panel"), model.treeOnly,
-             panel->findChild<QCheckBox*>()->isChecked());
+        all.same("field of the panel", model.fields[i], fields[qsizetype(i)]->text());
+    all.same("box of the panel", model.treeOnly, panel->findChild<QCheckBox*>()->isChecked());
     compareTree(all, model.tree, *Driver::treeOf(window));
     return all.lines;
 }
 
 QStringList differences(const plain::Said& expected, const plain::Said& real) {
     Comparison all;
-    all.same(QStringLiteral("debug lines"), expected.messages, real.messages);
-    all.same(QStringLiteral("log"), expected.log, real.log);
-    all.same(QStringLiteral("told"), expected.told, real.told);
-    all.same(QStringLiteral("asked"), expected.asked, real.asked);
+    all.same("debug lines", expected.messages, real.messages);
+    all.same("log", expected.log, real.log);
+    all.same("told", expected.told, real.told);
+    all.same("asked", expected.asked, real.asked);
     return all.lines;
 }
 

@@ -1,4 +1,4 @@
-// What each slot of the window does: fifty-two short entries, in the order of the menus' tables.
+// What each slot of the window does: fifty-two short entries, in the order of its meta-object.
 #include "PlainWindow.h"
 
 #include <QRegExp>
@@ -432,63 +432,6 @@ const std::vector<Command>& commands() {
              if (!rows.empty())
                  m.killBranch(rows[s.target % rows.size()]->item, s);
          }},
-    };
-    return all;
-}
-
-void runCommand(Model& model, const char* signature, const Step& step) {
-    if (qstrcmp(signature, "close()") == 0)
-        return model.close();
-    const auto found =
-        std::find_if(commands().begin(), commands().end(), [signature](const Command& command) {
-            return qstrcmp(command.signature, signature) == 0;
-        });
-    found->run(model, step);
-}
-
-const std::vector<MenuEntry>& menuEntries() {
-    static const std::vector<MenuEntry> all = {
-        {"&File", "Exit", "close()"},
-        {"Select", "Clear", "SelectedClear()"},
-        {"Select", "Invert", "SelectedToggle()"},
-        {"Select", "Full groups", "SelectGroups()"},
-        {"Select", "Within rad.", "SelectRadius()"},
-        {"Select", "All Fgroups", "SelectGroupsG()"},
-        {"Select", "Any w/ rad.", "SelectRadiusG()"},
-        {"Select", "Atoms by type", "SelectHydrogens()"},
-        {"Select", "Nearby Grids", "SelectGridBounds()"},
-        {"Select", "Query", "showQuery()"},
-        {"Display", "Hide", "SelectedHide()"},
-        {"Display", "Hide unselected", "UnselectedHide()"},
-        {"Display", "Hide All unsels", "UnselectedHideG()"},
-        {"Display", "Show", "SelectedShow()"},
-        {"Display", "Set color", "SelectedColor()"},
-        {"Display", "Color by Temp", "SelectedColorTemp()"},
-        {"Display", "Default color", "SelectedUnColor()"},
-        {"Modify", "FirstModel", "SelectedOrigModel()"},
-        {"Modify", "Prev Model", "SelectedPrevModel()"},
-        {"Modify", "Next Model", "SelectedNextModel()"},
-        {"Modify", "Colour Atoms by Residue", "SelectedColorGrp2Atom()"},
-        {"Add", "Rotamers", "SelectedRotamers()"},
-        {"Add", "ContourHi", "MakeContourHi()", true},
-        {"Add", "ContourLo", "MakeContourLo()", true},
-        {"Add", "ConnollySurface", "MakeSurface()", true},
-        {"Add", "VdWaalsSurface", "MakeSurfaceVdW()", true},
-        {"Add", "SolAccesSurface", "MakeSurfaceSolv()", true},
-        {"Add", "SubSurface", "MakeSubSurface()", true},
-        {"Add", "Define set", "MakeSet()"},
-        {"Add", "Cartesian", "MakeCartesian()"},
-        {"Add", "MapGrid2Surface", "MapGrid2Surf()", true},
-        {"Delete", "Tree", "KillClump()"},
-        {"Delete", "Chain", "KillMolecules()"},
-        {"Delete", "Group", "KillGroups()"},
-        {"Delete", "Residue", "KillResidues()"},
-        {"Delete", "Atom", "KillAtoms()"},
-        {"Delete", "Bond", "KillBonds()"},
-        {"Delete", "Grid", "KillGrids()"},
-        {"Delete", "Surface", "KillSurfaces()"},
-        {"Delete", "All", "KillAll()"},
-        {"Help", "Show", "help()"},
     };
     return all;
 }
