@@ -181,7 +181,8 @@ void buildStructure(unsigned int seed) {
     std::vector<Compound*> atoms;
     const auto addAtoms = [&](Compound* parent, unsigned int count) {
         for (unsigned int i = 0; i != count; ++i) {
-            const AtomValues values(pick(5000));
+            AtomValues values(pick(5000));
+            values.model = pick(2) ? 1 + pick(3) : 0;
             atoms.push_back(
                 memory_host::addAtom(parent, recordOf(values, choose(madeNames, pick(6)))));
         }

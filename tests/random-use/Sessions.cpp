@@ -79,6 +79,16 @@ std::string Generator::pickText() {
     return texts[pick(std::size(texts))];
 }
 
+void Generator::goOn(Step& step) {
+    const bool drags = m_last.action == Action::Press || m_last.action == Action::Move;
+    if (drags && m_theme != Theme::Commands && pick(4) == 0)
+        step.action = pick(2) ? Action::Move : Action::Release;
+    if (step.action == Action::Press && pick(2))
+        step.a = 0; // the left button
+    if ((step.action == Action::Press || step.action == Action::Key) && pick(2))
+        step.c = m_last.c;
+}
+
 namespace {
 
 bool isLast(const Step& step) {
@@ -99,6 +109,7 @@ Step Generator::next(plain::Model& model) {
     step.a = pick(1000);
     step.b = pick(1000);
     step.c = pick(0x1000000);
+    goOn(step);
     switch (step.action) {
     case Action::Slot:
     case Action::Menu:
@@ -139,6 +150,7 @@ Step Generator::next(plain::Model& model) {
     default:
         break;
     }
+    m_last = step;
     return step;
 }
 
@@ -204,12 +216,15 @@ public:
             return m_session;
         for (std::size_t size = (steps().size() + 1) / 2; size > 1; size = (size + 1) / 2)
             leaveOut(size);
-        while (leaveOut(1))
-            continue;
+        // Smaller numbers can make more steps needless.
+        for (QString before; before != text(m_session);) {
+            before = text(m_session);
+            leaveOut(1);
+            simplify();
+        }
         constexpr std::size_t fewSteps = 30;
         while (steps().size() <= fewSteps && leaveOutPair())
             continue;
-        simplify();
         return m_session;
     }
 
@@ -231,14 +246,10 @@ private:
         rest.erase(from, from + std::ptrdiff_t(std::min(count, rest.size() - at)));
         return rest;
     }
-    bool leaveOut(std::size_t count) {
-        bool any = false;
+    void leaveOut(std::size_t count) {
         for (std::size_t at = 0; at < steps().size();)
-            if (tryThis(without(at, count)))
-                any = true;
-            else
+            if (!tryThis(without(at, count)))
                 at += count;
-        return any;
     }
     // What switches something on and off again goes as a pair.
     bool leaveOutPair() {
@@ -263,8 +274,10 @@ private:
             attempt([](Step& step) { step.text.clear(); });
             attempt([](Step& step) { step.answer = Answer::Accept; });
             for (unsigned int Step::*field : {&Step::target, &Step::a, &Step::b, &Step::c}) {
-                attempt([field](Step& step) { step.*field = 0; });
-                attempt([field](Step& step) { step.*field %= 16; });
+                const unsigned int before = steps()[i].*field;
+                for (unsigned int small = 0; small != 4 && steps()[i].*field == before; ++small)
+                    if (small < before)
+                        attempt([field, small](Step& step) { step.*field = small; });
             }
         }
     }

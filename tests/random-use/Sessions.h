@@ -23,6 +23,8 @@ private:
     unsigned int pick(unsigned int below) { return unsigned(m_random() % below); }
     Action pickAction(plain::Model& model);
     Edit pickEdit(plain::Model& model);
+    /// Gestures come in rows: what a press began goes on, and a key stays down for a while.
+    void goOn(Step& step);
     std::string pickText();
 
     /// Whether it takes a moment to compare all data once more.
@@ -31,6 +33,7 @@ private:
     std::mt19937 m_random;
     Theme m_theme;
     bool m_opensFiles;
+    Step m_last;
 };
 
 /// What became of a session.
