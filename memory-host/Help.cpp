@@ -8,7 +8,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QHash>
 #include <QMainWindow>
 #include <QPointer>
 #include <QScrollBar>
@@ -18,6 +17,7 @@
 #include <QToolBar>
 
 #include <cctype>
+#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -138,7 +138,7 @@ private:
     /// Markdown names no places, so that the headings are looked through. The second heading of the
     /// same words is "words-1", the third "words-2".
     void scrollToHeading(const QString& anchor) {
-        QHash<QString, int> used;
+        std::unordered_map<QString, int> used;
         for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
             if (block.blockFormat().headingLevel() == 0)
                 continue;

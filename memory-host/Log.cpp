@@ -12,6 +12,7 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
+#include <new>
 #include <utility>
 
 namespace memory_host {
@@ -55,16 +56,27 @@ std::string shown(const std::string& line) {
 }
 
 /// Local time as 2001-02-03T04:05:06. From the C library, which works until the process is gone.
-std::string timeNow() {
+std::array<char, 32> timeNow() {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     std::array<char, 32> text{};
     localtime_r(&now, &local);
-    return {text.data(), std::strftime(text.data(), text.size(), "%FT%T", &local)};
+    std::strftime(text.data(), text.size(), "%FT%T", &local);
+    return text;
 }
 
-bool put(std::FILE* file, const std::string& text) {
-    return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+/// Writes a line. Without memory for more, '?' stands for what is no plain text.
+bool put(std::FILE* file, const std::string& line) {
+    bool good = true;
+    try {
+        const std::string text = shown(line) + "\n";
+        good = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    } catch (const std::bad_alloc&) {
+        for (const char c : line)
+            good = good && std::fputc(c >= ' ' && c <= '~' ? c : '?', file) != EOF;
+        good = good && std::fputc('\n', file) != EOF;
+    }
+    return std::fflush(file) == 0 && good;
 }
 
 /// Gives the file up, so that the line about it does not go there.
@@ -109,23 +121,30 @@ LogSink setLogSink(LogSink sink) {
 
 void Logger::Write(const std::string& line) {
     using namespace memory_host;
-    const std::string text = onOneLine(line);
     Log& log = theLog();
     LogSink sink;
     std::string problem;
+    std::string oneLine;
+    const std::string* text = &oneLine;
+    try {
+        oneLine = onOneLine(line);
+    } catch (const std::bad_alloc&) {
+        text = &line; // That memory has run out is the last thing to be kept silent about.
+    }
     {
         const std::lock_guard lock(log.mutex);
-        if (log.file && !put(log.file, timeNow() + " " + shown(text) + "\n")) {
+        if (log.file &&
+            (std::fprintf(log.file, "%s ", timeNow().data()) < 0 || !put(log.file, *text))) {
             problem = cannotWrite(log.fileName, errno);
             closeFile(log);
         }
         sink = log.sink;
         if (!sink)
-            put(stderr, shown(text) + "\n");
+            put(stderr, *text);
     }
     // Outside of the lock: a sink may write lines of its own.
     if (sink)
-        sink(text);
+        sink(*text);
     if (!problem.empty())
         Write(problem);
 }

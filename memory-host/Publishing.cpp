@@ -3,9 +3,11 @@
 #include "DataPointBase.h"
 #include "Logger.h"
 #include "Subscriber.h"
+#include "Subscribers.h"
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -39,10 +41,20 @@ Publishing& publishing() {
     return *state;
 }
 
+const std::string failed = "a subscriber failed to take in a change: ";
+const std::string failedWithoutMemory = failed + "not enough memory"; // to say more, either
+
 void logFailure(const char* what) noexcept {
     try {
-        Logger::Write(std::string("a subscriber failed to take in a change: ") + what);
-    } catch (...) { // There is no memory left even to say so.
+        std::string line;
+        try {
+            line = failed + what;
+        } catch (const std::bad_alloc&) {
+            Logger::Write(failedWithoutMemory);
+            return;
+        }
+        Logger::Write(line);
+    } catch (...) { // The log itself failed.
     }
 }
 
@@ -128,6 +140,11 @@ DataPointBase::~DataPointBase() {
 }
 
 namespace memory_host {
+
+std::size_t subscriberCount() {
+    const std::vector<Subscriber*>& all = publishing().subscribers;
+    return all.size() - static_cast<std::size_t>(std::count(all.begin(), all.end(), nullptr));
+}
 
 SpaceLock::SpaceLock() {
     ++publishing().locks;

@@ -1,9 +1,15 @@
 // Memory that runs out in the middle of a change: the change fails as a whole, and what needs no
 // memory goes on.
+#include "DataPointBase.h"
 #include "FailingMemory.h"
+#include "Logger.h"
 #include "Sample.h"
+#include "Services.h"
 #include "Subscriber.h"
 #include "TestSupport.h"
+
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <functional>
 #include <limits>
@@ -22,6 +28,8 @@ private slots:
     void newValuesAreTakenAsAWhole();
     void subscribingFailsAsAWhole();
     void changingAndDestroyingNeedNoMemory();
+    void theLogNeedsNoMemory();
+    void aSubscriberThatFailsForWantOfMemoryIsLogged();
 };
 
 namespace {
@@ -192,6 +200,42 @@ void OutOfMemoryTest::changingAndDestroyingNeedNoMemory() {
     }
     QCOMPARE(refusals, 0);
     QVERIFY(!space()->HasChildren());
+}
+
+void OutOfMemoryTest::theLogNeedsNoMemory() {
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("log");
+    const std::string line = "a line that does not fit into a string: " + std::string("\xe4\n!");
+    setLogFile(file);
+    Logger::Write("the file is open");
+    {
+        const FailingMemory memory(0, std::numeric_limits<int>::max(), 0,
+                                   FailingMemory::Of::OwnCode);
+        Logger::Write(line);
+        QVERIFY(FailingMemory::refusals() > 0);
+    }
+    setLogFile(QString());
+    QCOMPARE(takeHostLog(), QStringList({"the file is open", QString::fromLatin1(line.c_str())}));
+    QFile log(file);
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromUtf8(log.readAll()).split(u'\n');
+    QCOMPARE(lines.size(), 3);
+    QVERIFY2(lines.at(1).endsWith(" a line that does not fit into a string: ??!"),
+             qPrintable(lines.at(1)));
+}
+
+void OutOfMemoryTest::aSubscriberThatFailsForWantOfMemoryIsLogged() {
+    class Hungry : public Deaf {
+        void commUpdate() override { m_room.resize(100); }
+        std::vector<int> m_room;
+    } const hungry;
+    {
+        const FailingMemory memory(0, std::numeric_limits<int>::max(), 0,
+                                   FailingMemory::Of::OwnCode);
+        const DataPointBase guard(nullptr, Publisher::Update);
+    }
+    QCOMPARE(takeHostLog(),
+             QStringList("a subscriber failed to take in a change: not enough memory"));
 }
 
 REGISTER_TEST(OutOfMemoryTest)
