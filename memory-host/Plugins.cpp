@@ -15,6 +15,7 @@
 
 #include <cstdlib>
 #include <cxxabi.h>
+#include <exception>
 #include <map>
 #include <memory>
 #include <typeinfo>
@@ -70,6 +71,30 @@ template <class Call> std::string attempt(Call call) {
 QString toText(const std::string& name) {
     return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
 }
+
+/// Says, while it lives, whose fault it is when the process ends: the system's loader lets no
+/// exception out of a library's static objects pass.
+class WhileLoading {
+public:
+    explicit WhileLoading(const std::string& plugin)
+        : m_plugin(s_plugin, &plugin), m_before(std::set_terminate(tell)) {}
+    ~WhileLoading() { std::set_terminate(m_before); }
+    WhileLoading(const WhileLoading&) = delete;
+    WhileLoading& operator=(const WhileLoading&) = delete;
+
+private:
+    [[noreturn]] static void tell() {
+        const std::string failure =
+            std::current_exception() ? attempt([] { throw; }) : "ended the program";
+        Logger::Write(*s_plugin + " cannot be loaded: one of its static objects " + failure +
+                      "; the program cannot go on");
+        std::abort();
+    }
+
+    static inline const std::string* s_plugin = nullptr;
+    QScopedValueRollback<const std::string*> m_plugin;
+    std::terminate_handler m_before;
+};
 
 } // namespace
 
@@ -128,7 +153,12 @@ bool Plugin::load() {
         report("cannot be loaded: " + problem);
         return false;
     }
-    if (!m_library.load()) {
+    const std::string label = m_label + " (" + file().toStdString() + ")";
+    const bool isLoaded = [&] {
+        const WhileLoading notice(label);
+        return m_library.load();
+    }();
+    if (!isLoaded) {
         report("cannot be loaded: " + m_library.errorString().toStdString());
         return false;
     }

@@ -90,6 +90,18 @@ private slots:
         QCOMPARE(errorsAbout(file).size(), 1);
     }
 
+    void aStaticObjectThatThrowsEndsTheProgramWithALine() {
+        placeStructureEditor();
+        const QString file = placeTestPlugin("ThrowsStatic", "Create/libRotamer.so");
+        Program program;
+        const Ended ended = program.run(arguments());
+        QVERIFY(!ended.normally);
+        const QStringList errors = ended.errors.filter(file);
+        QCOMPARE(errors.size(), 1);
+        QVERIFY2(errors.constFirst().endsWith("OwnError: no room here; the program cannot go on"),
+                 qPrintable(errors.constFirst()));
+    }
+
     void aStructureEditorThatThrowsIsOneLineAndStatus1() {
         const QString file = placeTestPlugin("ThrowsExecute0", "Edit/libVuxo.so.0");
         Program program;

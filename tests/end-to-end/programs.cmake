@@ -4,7 +4,7 @@ target_link_libraries(test-plugin-FaultyWindow PRIVATE plugin-frame)
 set_target_properties(test-plugin-FaultyWindow PROPERTIES
   OUTPUT_NAME FaultyWindow LIBRARY_OUTPUT_DIRECTORY ${TEST_PLUGINS})
 add_dependencies(test-end-to-end workbench Vuxo test-plugin-FaultyWindow
-  test-plugin-LacksIsDone test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
+  test-plugin-LacksIsDone test-plugin-ThrowsStatic test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
   test-plugin-ThrowsExecute0)
 foreach(library Core Gui Widgets)
   list(APPEND qt_includes $<TARGET_PROPERTY:Qt6::${library},INTERFACE_INCLUDE_DIRECTORIES>)

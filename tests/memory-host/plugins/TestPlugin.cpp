@@ -1,5 +1,6 @@
 // A plug-in for the plug-in manager's tests, built several times: THROWS_IN names an entry point
-// that throws, LACKS_ISDONE and LACKS_SYMBOL leave something out. What it sees it writes to the
+// that throws, THROWS_STATIC makes a static object throw, LACKS_ISDONE and LACKS_SYMBOL leave
+// something out. What it sees it writes to the
 // host's log.
 #include "HostExport.h"
 #include "Logger.h"
@@ -40,6 +41,12 @@ void throwIn(const std::string& entryPoint) {
     if (entryPoint == THROWS_IN)
         throw OwnError("no " + entryPoint + "\nhere");
 }
+
+#ifdef THROWS_STATIC
+const struct Static {
+    Static() { throw OwnError("no room\nhere"); }
+} throwing;
+#endif
 
 void record(const std::string& entryPoint, const std::string& value) {
     const PluginCall* const call = PluginManager::CurrentCall();
