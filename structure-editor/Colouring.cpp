@@ -1,7 +1,30 @@
 #include "Colouring.h"
 
-#include "Traversal.h"
+#include "ByClass.h"
+#include "Kinds.h"
+
+namespace {
+
+bool isAtom(const TAVIK::Compound* item) {
+    return dynamic_cast<const TAVIK::Atom*>(item) != nullptr;
+}
+
+// Nothing is gathered first: among many residues, one for which there is no memory would come when
+// others have their colour.
+void colorAtoms(TAVIK::Compound* item, const ColorAtm& color, TAVIK::ByClass<bool>& atoms) {
+    if (atoms.of(item, isAtom)) {
+        color(item);
+        return;
+    }
+    TAVIK::Compound** const end = item->ChildEnd();
+    for (TAVIK::Compound** it = item->ChildBegin(); it != end; ++it)
+        if (*it)
+            colorAtoms(*it, color, atoms);
+}
+
+} // namespace
 
 void ColorGrp2Atom(TAVIK::Compound* residue) {
-    TAVIK::ForAtoms(residue, true, ColorAtm(residue->GetColor()));
+    TAVIK::ByClass<bool> atoms;
+    colorAtoms(residue, ColorAtm(residue->GetColor()), atoms);
 }

@@ -53,8 +53,13 @@ void FullGroup(TAVIK::Compound* group) {
         group->SetSelected(true);
 }
 
-void SelectType::operator()(TAVIK::Compound* atom) const {
+void SelectType::operator()(TAVIK::Compound* atom) {
     if (atom->GetType() == m_type)
+        m_found.push_back(atom);
+}
+
+void SelectType::select() const {
+    for (TAVIK::Compound* atom : m_found)
         atom->SetSelected(true);
 }
 
@@ -75,6 +80,9 @@ void selectAround(TAVIK::Compound* root, double radius) {
     std::vector<TAVIK::Compound*> candidates;
     std::vector<Point> points;
     std::vector<std::uint8_t> near;
+    candidates.reserve(batch); // nothing is to fail between one batch and the next
+    points.reserve(batch);
+    near.reserve(batch);
     const auto selectNear = [&] {
         search.search(points, near);
         for (std::size_t i = 0; i != candidates.size(); ++i)

@@ -4,19 +4,23 @@
 #include "Compound.h"
 
 #include <string>
+#include <vector>
 
 /// Selects a group that is partly selected; leaves one without any selection alone.
 void FullGroup(TAVIK::Compound* group);
 
-/// Selects the atoms of one type.
+/// Selects the atoms of one type among those that it is called with: once all of them have been
+/// looked at, so that what fails on the way has changed nothing.
 class SelectType {
 public:
     /// `type` is compared byte by byte with what an atom's GetType() says.
     explicit SelectType(std::string type) : m_type(std::move(type)) {}
-    void operator()(TAVIK::Compound* atom) const;
+    void operator()(TAVIK::Compound* atom);
+    void select() const;
 
 private:
     std::string m_type;
+    std::vector<TAVIK::Compound*> m_found;
 };
 
 /// Selects the atoms below `root` that lie within `radius` (Å, inclusive) of one that was selected

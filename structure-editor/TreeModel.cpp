@@ -3,7 +3,6 @@
 #include "TreeView.h"
 
 #include <QColor>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -15,7 +14,10 @@ constexpr std::size_t fewRuns = 16;
 
 } // namespace
 
-TreeModel::TreeModel(TreeView* view) : QAbstractItemModel(view), m_view(view), m_root(*this) {}
+TreeModel::TreeModel(TreeView* view) : QAbstractItemModel(view), m_view(view), m_root(*this) {
+    m_trim.setSingleShot(true);
+    connect(&m_trim, &QTimer::timeout, this, &TreeRoot::trimMemory);
+}
 
 TreeModel::~TreeModel() = default;
 
@@ -96,9 +98,9 @@ void TreeModel::clear(bool keepAside) {
         m_root.setRowsAside();
     m_root.deleteRows();
     m_root.inStep = false;
-    QTimer::singleShot(0, this, &TreeRoot::trimMemory);
     m_leaving = false;
     endRemoveRows();
+    m_trim.start(0);
 }
 
 QModelIndex TreeModel::indexOf(const TreeItem* row, int column) const {

@@ -4,6 +4,7 @@
 #include "TreeItem.h"
 
 #include <QAbstractItemModel>
+#include <QTimer>
 
 /// The invisible row above the top level. It leads every row to its model.
 class TreeRoot : public TreeItem {
@@ -79,4 +80,5 @@ private:
     TreeView* m_view;
     TreeRoot m_root;
     bool m_leaving = false; ///< the rows are about to be deleted
+    QTimer m_trim;          ///< made ahead: clearing needs no memory
 };

@@ -1,13 +1,14 @@
 // What the structure tree looks like: branch marks, widths of columns, what is scrolled to.
 #include "TreeView.h"
 
-#include <QHash>
 #include <QHeaderView>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyleOption>
+
+#include <unordered_map>
 
 // Each step of the indentation is a cell of its own: the last one before the row holds its branch
 // mark, the others the lines that run down to later siblings of the rows above.
@@ -46,7 +47,9 @@ void TreeView::fitColumns() {
         return;
     const QScopedValueRollback fitting(m_fitting, true);
     std::array<int, TreeModel::Columns> wanted{};
-    QHash<QString, int> widths; // measuring takes long, and most cells say one of a few words
+    // Measuring takes long, and most cells say one of a few words. No QHash, which ends the program
+    // when there is no memory for it.
+    std::unordered_map<QString, int> widths;
     const TreeItem* row = itemAt({0, 0});
     const int height = row ? rectOf(row).height() : 0;
     for (int y = 0; row && height > 0 && y < viewport()->height() + height; y += height) {
@@ -54,11 +57,10 @@ void TreeView::fitColumns() {
             int& width = wanted[static_cast<std::size_t>(column)];
             const int before = column == TreeModel::Object ? indentation() * level(row) : 0;
             const QString text = row->text(column);
-            auto measured = widths.constFind(text);
-            if (measured == widths.constEnd())
-                measured =
-                    widths.insert(text, sizeHintForIndex(m_rows->indexOf(row, column)).width());
-            width = std::max(width, before + itemMargin() + *measured);
+            const auto [measured, isNew] = widths.try_emplace(text);
+            if (isNew)
+                measured->second = sizeHintForIndex(m_rows->indexOf(row, column)).width();
+            width = std::max(width, before + itemMargin() + measured->second);
         }
         row = row->itemBelow();
     }

@@ -13,18 +13,34 @@
 #include <QVBoxLayout>
 
 #include <exception>
+#include <utility>
 
 namespace {
 
-// What the exception in flight says of itself.
-std::string currentFailure() {
+std::string roomForLine() {
+    std::string line;
+    line.reserve(500);
+    return line;
+}
+
+// There may be no memory left when a line about that is written.
+std::string spareLine = roomForLine();
+
+// Writes a line about the exception in flight.
+void logFailure(const char* command, const char* what) {
+    std::string line = std::exchange(spareLine, {});
+    line = "Structure Editor: ";
+    line += command;
+    line += what;
     try {
         throw;
     } catch (const std::exception& failure) {
-        return failure.what();
+        line += failure.what();
     } catch (...) {
-        return "an unknown exception";
+        line += "an unknown exception";
     }
+    Logger::Write(line);
+    spareLine = std::move(line);
 }
 
 } // namespace
@@ -78,8 +94,7 @@ QString Vuxo::helpSetting() {
 }
 
 void Vuxo::commandFailed(Vuxo* window, const char* command) {
-    const std::string prefix = std::string("Structure Editor: ") + command + " failed: ";
-    Logger::Write(prefix + currentFailure());
+    logFailure(command, " failed: ");
     if (!window)
         return;
     try {
@@ -87,7 +102,10 @@ void Vuxo::commandFailed(Vuxo* window, const char* command) {
     } catch (...) {
         // Rows that are half made show what is not so; an empty tree can be filled again.
         window->m_Tree->clear();
-        Logger::Write(prefix + "the window could not be refreshed either: " + currentFailure());
+        window->m_Current = -1;
+        window->m_List->clearSelection();
+        window->m_isBehind = true;
+        logFailure(command, " failed: the window could not be refreshed either: ");
     }
 }
 

@@ -151,22 +151,25 @@ private:
     /// Asks whether the item of that name is to be destroyed. Anything can have happened meanwhile:
     /// the item may be gone, and when the answer is no, also the window.
     bool confirmDelete(const std::string& name);
-    void selectFullGroups(TAVIK::Compound* root);
-    void selectWithinRadius(TAVIK::Compound* root, const QString& label);
     // What several slots share takes the slot's name along, for the log.
+    void selectFullGroups(TAVIK::Compound* root, const char* command = __builtin_FUNCTION());
+    void selectWithinRadius(TAVIK::Compound* root, const QString& label,
+                            const char* command = __builtin_FUNCTION());
     void setSelectedVisible(bool on, const char* command = __builtin_FUNCTION());
     void hideUnselected(TAVIK::Compound* root, const char* command = __builtin_FUNCTION());
     template <class Change> void forSelectedRows(Change apply) const;
     void ForSelectedResidues(void (*function)(TAVIK::Compound*),
                              const char* command = __builtin_FUNCTION());
-    void makeSurface(const char* command, const char* argument);
-    void MakeContour(bool high);
-    void makeAtLevel(const QString& label, const char* command, const char* argument);
-    template <class Command>
-    void tellPlugin(Command command, const char* name = __builtin_FUNCTION());
-    template <class T> void killShown();
-    template <class T> friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag);
-    void applyPattern(SetOperation operation);
+    void makeSurface(const char* command, const char* argument,
+                     const char* name = __builtin_FUNCTION());
+    void MakeContour(bool high, const char* name = __builtin_FUNCTION());
+    void makeAtLevel(const QString& label, const char* command, const char* argument,
+                     const char* name = __builtin_FUNCTION());
+    template <class Command> void tellPlugin(Command command, const char* name);
+    template <class T> void killShown(const char* command = __builtin_FUNCTION());
+    template <class T>
+    friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* command);
+    void applyPattern(SetOperation operation, const char* command = __builtin_FUNCTION());
 
     /// A command that changes data: withGuard(), with exceptions ending here as attempt() says.
     template <template <class> class Guard, class Item, class Apply>
@@ -223,6 +226,7 @@ private:
     /// What the window's checks name as their source.
     static constexpr const char* source = "Vuxo";
 
+    bool m_isBehind = false;       ///< there was no memory to bring the list up to date
     bool m_selectionStays = false; ///< what is refreshed now changed the looks of items only
     TreeView* m_Tree;
     ListBox* m_List;

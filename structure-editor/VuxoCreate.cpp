@@ -51,9 +51,14 @@ void Vuxo::MakeCartesian() {
     change<DataAdder>(TAVIK::Space::instance(), [](TAVIK::Space* space) {
         TAVIK::Compound* frame = TAVIK::DataMaker::makeCore(space, "Cartesian", "Composite");
         const TAVIK::Vertex origin(0.0F, 0.0F, 0.0F, true);
-        for (const Axis& axis : axes)
-            TAVIK::DataMaker::makePolyLine(frame, axis.name, {origin, axis.end})
-                ->SetColor(Color(QColor(axis.color)));
+        try {
+            for (const Axis& axis : axes)
+                TAVIK::DataMaker::makePolyLine(frame, axis.name, {origin, axis.end})
+                    ->SetColor(Color(QColor(axis.color)));
+        } catch (...) {
+            TAVIK::DataMaker::Destroy(frame); // one or two axes are no frame
+            throw;
+        }
     });
 }
 
@@ -82,10 +87,13 @@ template <class Value> void send(const Order& order, Value& value) {
 // Other plug-ins do the work, and what comes of it arrives as a notification: all that is left to
 // do here is a repaint, whether or not a command was sent.
 template <class Command> void Vuxo::tellPlugin(Command command, const char* name) {
-    const QPointer<Vuxo> window(this);
-    attempt(command, name);
-    if (window)
-        m_Tree->triggerUpdate();
+    attempt(
+        [&, window = QPointer<Vuxo>(this)] {
+            command();
+            if (window)
+                m_Tree->triggerUpdate();
+        },
+        name);
 }
 
 void Vuxo::MakeSurface() {
@@ -108,11 +116,13 @@ void Vuxo::MakeSurfaceSolv() {
     makeSurface("AddSurfaceSolv", "SolventAccessible");
 }
 
-void Vuxo::makeSurface(const char* command, const char* argument) {
-    tellPlugin([=] {
-        bool flag = false;
-        send(solidVolume(command, argument), flag);
-    });
+void Vuxo::makeSurface(const char* command, const char* argument, const char* name) {
+    tellPlugin(
+        [=] {
+            bool flag = false;
+            send(solidVolume(command, argument), flag);
+        },
+        name);
 }
 
 void Vuxo::MakeSubSurface() {
@@ -128,25 +138,30 @@ void Vuxo::MakeContourLo() {
     MakeContour(false);
 }
 
-void Vuxo::MakeContour(bool high) {
+void Vuxo::MakeContour(bool high, const char* name) {
     // A high contour has a least value, a low one a greatest.
     if (high)
-        makeAtLevel(tr("Enter minimum contour value"), "AddContourHi", "ContourHigh");
+        makeAtLevel(tr("Enter minimum contour value"), "AddContourHi", "ContourHigh", name);
     else
-        makeAtLevel(tr("Enter maximum contour value"), "AddContourLo", "ContourLow");
+        makeAtLevel(tr("Enter maximum contour value"), "AddContourLo", "ContourLow", name);
 }
 
-void Vuxo::makeAtLevel(const QString& label, const char* command, const char* argument) {
-    tellPlugin([&, window = QPointer<Vuxo>(this)] {
-        std::optional<double> level = askLimit(label);
-        if (window && level)
-            send(solidVolume(command, argument), *level);
-    });
+void Vuxo::makeAtLevel(const QString& label, const char* command, const char* argument,
+                       const char* name) {
+    tellPlugin(
+        [&, window = QPointer<Vuxo>(this)] {
+            std::optional<double> level = askLimit(label);
+            if (window && level)
+                send(solidVolume(command, argument), *level);
+        },
+        name);
 }
 
 void Vuxo::MapGrid2Surf() {
-    tellPlugin([] {
-        const bool flag = false;
-        send({"Calculate", "Electrostatics", "MapGrid2Surf", "Map"}, flag);
-    });
+    tellPlugin(
+        [] {
+            const bool flag = false;
+            send({"Calculate", "Electrostatics", "MapGrid2Surf", "Map"}, flag);
+        },
+        __func__);
 }

@@ -127,7 +127,7 @@ template <class T> void leaveOutRepeated(std::vector<TAVIK::Compound*>& items) {
 
 // Destroys the selected items of kind `T` in the item of `row`, and makes the tree of it anew.
 // `typeTag` is not read: it selects `T`.
-template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag) {
+template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* command) {
     window->change<DataDelete>(
         row->compound(),
         [window, typeTag](TAVIK::Compound* item) {
@@ -151,12 +151,12 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag) {
             else // A bond goes with its atoms.
                 window->m_Tree->triggerUpdate();
         },
-        Refusal::Silent);
+        Refusal::Silent, command);
 }
 
-template <class T> void Vuxo::killShown() {
+template <class T> void Vuxo::killShown(const char* command) {
     if (TreeItem* top = m_Tree->firstChild())
-        KillItem<T>(this, top, nullptr);
+        KillItem<T>(this, top, nullptr, command);
 }
 
 void Vuxo::KillGroups() {

@@ -52,16 +52,17 @@ void Vuxo::applyDiff() {
     applyPattern(SetOperation::Difference);
 }
 
-void Vuxo::applyPattern(SetOperation operation) {
+void Vuxo::applyPattern(SetOperation operation, const char* command) {
     const QString pattern =
         namePattern(m_ChainEdit->text(), m_ResidueEdit->text(), m_AtomEdit->text());
     if (pattern.length() <= 4)
         return;
     TAVIK::Compound* root = m_CurrentOnly->isChecked() ? rootItem() : TAVIK::Space::instance();
-    change<DataPoint>(root, [&](TAVIK::Compound* item) {
+    const auto apply = [&](TAVIK::Compound* item) {
         const QString refusal = applySetOperation(item, operation, nameExpression(item, pattern));
         if (!refusal.isEmpty())
             Logger::Write(refusal.toLatin1().toStdString());
         return refusal.isEmpty();
-    });
+    };
+    change<DataPoint>(root, apply, Refusal::Report, command);
 }

@@ -32,8 +32,10 @@ void Vuxo::SelectGroupsG() {
     selectFullGroups(TAVIK::Space::instance());
 }
 
-void Vuxo::selectFullGroups(TAVIK::Compound* root) {
-    change<DataPoint>(root, [](TAVIK::Compound* item) { TAVIK::ForGroups(item, true, FullGroup); });
+void Vuxo::selectFullGroups(TAVIK::Compound* root, const char* command) {
+    change<DataPoint>(
+        root, [](TAVIK::Compound* item) { TAVIK::ForGroups(item, true, FullGroup); },
+        Refusal::Report, command);
 }
 
 void Vuxo::SelectRadius() {
@@ -44,9 +46,9 @@ void Vuxo::SelectRadiusG() {
     selectWithinRadius(TAVIK::Space::instance(), tr("Enter (global) selection radius"));
 }
 
-void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label) {
+void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label, const char* command) {
     // The question comes inside the guard here: a change that is refused asks nothing.
-    change<DataPoint>(root, [this, &label](TAVIK::Compound* item) {
+    const auto ask = [this, &label](TAVIK::Compound* item) {
         const QPointer<Vuxo> window(this);
         const ItemRef asked(item);
         const bool isLocal = item == rootItem();
@@ -58,7 +60,8 @@ void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label) {
             return Refresh::Nothing;
         selectAround(found, *radius);
         return Refresh::Everything;
-    });
+    };
+    change<DataPoint>(root, ask, Refusal::Report, command);
 }
 
 void Vuxo::SelectHydrogens() {
@@ -69,7 +72,7 @@ void Vuxo::SelectHydrogens() {
         if (!window || !type)
             return;
         withGuard<DataPoint>(TAVIK::Space::instance(), [&type](TAVIK::Compound* space) {
-            TAVIK::ForAtoms(space, true, SelectType(type->toLatin1().toStdString()));
+            TAVIK::ForAtoms(space, true, SelectType(type->toLatin1().toStdString())).select();
         });
     });
 }
@@ -82,6 +85,8 @@ void Vuxo::SelectGridBounds() {
 }
 
 void Vuxo::showQuery() {
-    m_SelectBox->show();
-    m_SelectBox->raise();
+    attempt([this] {
+        m_SelectBox->show();
+        m_SelectBox->raise();
+    });
 }

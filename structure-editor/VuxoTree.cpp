@@ -26,15 +26,20 @@ void Vuxo::Populate(int index) {
 }
 
 void Vuxo::showItem(TAVIK::Compound* item) {
-    TreeItem* row = m_Tree->showAgain(item);
-    const bool isNew = !row;
-    if (isNew)
-        row = new TreeItem(m_Tree, item);
-    m_Tree->setCurrentItem(row);
-    if (item->HasChildren()) {
-        row->setOpen(true);
+    try {
+        TreeItem* row = m_Tree->showAgain(item);
+        const bool isNew = !row;
         if (isNew)
-            row->commAdd();
+            row = new TreeItem(m_Tree, item);
+        m_Tree->setCurrentItem(row);
+        if (item->HasChildren()) {
+            row->setOpen(true);
+            if (isNew)
+                row->commAdd();
+        }
+    } catch (...) {
+        m_Tree->clear(); // some of the rows would look like all
+        throw;
     }
     m_Tree->triggerUpdate();
 }
@@ -50,7 +55,10 @@ void Vuxo::commUpdate() {
     if (!m_selectionStays || !m_Tree->isInStep())
         m_Tree->UpdateSelection();
     m_Tree->triggerUpdate();
+    if (m_isBehind)
+        MakeList();
     UpdateList();
+    m_isBehind = false;
 }
 
 void Vuxo::commAdd() {
