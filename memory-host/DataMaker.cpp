@@ -3,6 +3,7 @@
 
 #include "Items.h"
 
+#include <QString>
 #include <QtGlobal>
 
 #include <array>
@@ -17,16 +18,21 @@ constexpr std::array<const char*, 11> kindNames = {"Composite", "Space",    "Mol
                                                    "Group",     "Atom",     "Bond",     "Surface",
                                                    "Grid",      "PolyLine", "Set"};
 
+// A name, which is Latin-1, as the warnings take it.
+QByteArray utf8(const std::string& name) {
+    return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size())).toUtf8();
+}
+
 // What cannot be done is said once, here, and makes nothing.
 Holder* holderOf(Compound* parent, const char* what, const std::string& name) {
     if (!parent) {
-        qWarning("%s: no parent for \"%s\"", what, name.c_str());
+        qWarning("%s: no parent for \"%s\"", what, utf8(name).constData());
         return nullptr;
     }
     HostItem& record = HostItem::of(parent);
     if (!record.isHolder()) {
         qWarning("%s: \"%s\" holds no items, so that \"%s\" cannot be made in it", what,
-                 parent->GetName().c_str(), name.c_str());
+                 utf8(parent->GetName()).constData(), utf8(name).constData());
         return nullptr;
     }
     return &record.asHolder();

@@ -87,6 +87,13 @@ private slots:
                         {.action = Action::Idle},
                         {.action = Action::Answering, .edit = {EditKind::Kill, 0, 0}},
                         {.action = Action::Outside, .edit = {EditKind::Destroy, 0, 0}}}};
+        QTest::newRow("a refused set has a name beyond ASCII")
+            << Session{{Start::Generated, 2001952, false},
+                       {{.action = Action::Call, .a = 1},
+                        {.action = Action::Build},
+                        {.action = Action::Outside, .edit = {EditKind::AddSet, 267, 582}},
+                        {.action = Action::PressEntry, .target = 3},
+                        {.action = Action::Menu, .a = 766, .text = "\303\251"}}};
     }
     void sessionsThatFailedOnce() {
         QFETCH(Session, session);
