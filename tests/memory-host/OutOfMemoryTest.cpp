@@ -220,7 +220,8 @@ void OutOfMemoryTest::theLogNeedsNoMemory() {
     QVERIFY(log.open(QIODevice::ReadOnly));
     const QStringList lines = QString::fromUtf8(log.readAll()).split(u'\n');
     QCOMPARE(lines.size(), 3);
-    QVERIFY2(lines.at(1).endsWith(" a line that does not fit into a string: ?" "?!"),
+    QVERIFY2(lines.at(1).endsWith(" a line that does not fit into a string: ?"
+                                  "?!"),
              qPrintable(lines.at(1)));
 }
 
