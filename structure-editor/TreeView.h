@@ -6,9 +6,12 @@
 #include "TypeAhead.h"
 
 #include <QBasicTimer>
+#include <QFont>
+#include <QString>
 #include <QTreeView>
 
 #include <array>
+#include <unordered_map>
 
 /// A tree of TreeItem rows.
 ///
@@ -115,4 +118,7 @@ private:
     int m_sortColumn = TreeModel::Object;
     bool m_fitting = false;
     std::array<bool, TreeModel::Columns> m_fixedWidth{}; ///< the user has set it
+    std::unordered_map<QString, int> m_widths; ///< of texts, in the font and style that follow
+    QFont m_measuredFont;
+    const QStyle* m_measuredStyle = nullptr;
 };

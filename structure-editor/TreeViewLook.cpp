@@ -8,8 +8,6 @@
 #include <QStyle>
 #include <QStyleOption>
 
-#include <unordered_map>
-
 // Each step of the indentation is a cell of its own: the last one before the row holds its branch
 // mark, the others the lines that run down to later siblings of the rows above.
 void TreeView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
@@ -47,9 +45,13 @@ void TreeView::fitColumns() {
         return;
     const QScopedValueRollback fitting(m_fitting, true);
     std::array<int, TreeModel::Columns> wanted{};
-    // Measuring takes long, and most cells say one of a few words. No QHash, which ends the program
-    // when there is no memory for it.
-    std::unordered_map<QString, int> widths;
+    // Measuring takes long, and most cells say what they or others said before. No QHash, which
+    // ends the program when there is no memory for it.
+    constexpr std::size_t manyTexts = 10'000;
+    if (m_measuredFont != font() || m_measuredStyle != style() || m_widths.size() > manyTexts)
+        m_widths.clear();
+    m_measuredFont = font();
+    m_measuredStyle = style();
     const TreeItem* row = itemAt({0, 0});
     const int height = row ? rectOf(row).height() : 0;
     for (int y = 0; row && height > 0 && y < viewport()->height() + height; y += height) {
@@ -57,9 +59,11 @@ void TreeView::fitColumns() {
             int& width = wanted[static_cast<std::size_t>(column)];
             const int before = column == TreeModel::Object ? indentation() * level(row) : 0;
             const QString text = row->text(column);
-            const auto [measured, isNew] = widths.try_emplace(text);
-            if (isNew)
-                measured->second = sizeHintForIndex(m_rows->indexOf(row, column)).width();
+            auto measured = m_widths.find(text);
+            if (measured == m_widths.end()) {
+                const int measuredNow = sizeHintForIndex(m_rows->indexOf(row, column)).width();
+                measured = m_widths.emplace(text, measuredNow).first;
+            }
             width = std::max(width, before + itemMargin() + measured->second);
         }
         row = row->itemBelow();
