@@ -122,7 +122,7 @@ void benchmarkTree(const std::string& path, int turns) {
                     {}}},
         turns);
 
-    bool select = false;
+    // All rows change, and none of them can be passed over.
     run({.work = "commUpdate() after a selection",
          .size = atoms,
          .items = rows,
@@ -133,7 +133,9 @@ void benchmarkTree(const std::string& path, int turns) {
          .ours = {[&] {
                       if (!tree->firstChild())
                           window.Populate(0);
-                      item->SetSelected(select = !select);
+                      item->SetSelected(false);
+                      window.commUpdate();
+                      item->SetSelected(true);
                   },
                   [&] {
                       window.commUpdate();
@@ -143,7 +145,9 @@ void benchmarkTree(const std::string& path, int turns) {
          .theirs = {[&] {
                         if (!widget.topLevelItem(0))
                             widget.addTopLevelItem(widgetRow(item));
-                        item->SetSelected(select = !select);
+                        item->SetSelected(false);
+                        refresh(widget.topLevelItem(0), item);
+                        item->SetSelected(true);
                     },
                     [&] {
                         refresh(widget.topLevelItem(0), item);
