@@ -43,7 +43,7 @@ inline std::string_view trimmed(std::string_view text) {
 
 /// The number that a trimmed text is, all of it; none for other text and for what a float does not
 /// hold, infinity included.
-inline std::optional<float> parsedNumber(std::string_view text) {
+inline std::optional<float> finiteFloat(std::string_view text) {
     if (text.size() > 1 && text.front() == '+' && text[1] != '-')
         text.remove_prefix(1);
     double value = 0.0;

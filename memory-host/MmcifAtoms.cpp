@@ -24,7 +24,7 @@ std::optional<float> parsedValue(std::string_view value) {
             bracket != std::string_view::npos &&
             std::all_of(value.begin() + bracket + 1, value.end() - 1, isDigit))
             value = value.substr(0, bracket);
-    return parsedNumber(value);
+    return finiteFloat(value);
 }
 
 } // namespace

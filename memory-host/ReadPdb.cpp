@@ -163,7 +163,7 @@ void PdbReader::readAtom(std::string_view line) {
     row.segment = field(line, 73, 76);
     readPosition(line, row);
     const std::string_view temperature = field(line, 61, 66);
-    m_numbers.setTemperature(row, temperature, parsedNumber(temperature), m_line);
+    m_numbers.setTemperature(row, temperature, finiteFloat(temperature), m_line);
     row.element = elementOf(field(line, 77, 78));
     if (row.element == unknownElement && field(line, 77, 78) != "X")
         row.element =
@@ -176,7 +176,7 @@ void PdbReader::readPosition(std::string_view line, AtomRow& row) {
     bool isBlank = true;
     for (const std::size_t axis : {0, 1, 2}) {
         const std::string_view text = field(line, 31 + 8 * axis, 38 + 8 * axis);
-        values[axis] = parsedNumber(text);
+        values[axis] = finiteFloat(text);
         isBlank = isBlank && text.empty();
     }
     m_numbers.setPosition(row, values, isBlank, m_line,

@@ -68,7 +68,7 @@ TextFile readTextFile(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {{}, "it cannot be read: " + file.errorString().toStdString()};
-    TextFile result{file.read(largestTextFile + 1), {}};
+    TextFile result{file.readAll(), {}};
     if (file.error() != QFileDevice::NoError)
         return {{}, "it cannot be read: " + file.errorString().toStdString()};
     if (result.bytes.startsWith("\xef\xbb\xbf"))

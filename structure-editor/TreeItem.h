@@ -18,7 +18,7 @@ class TreeModel;
 class TreeRoot;
 class TreeView;
 
-/// A row. Rows belong to their view, which alone deletes them, all at once: TreeView::clear().
+/// A row. Rows belong to their view, which alone deletes them, once they are out of the tree.
 ///
 /// Siblings are kept by rising host id; they are *shown*, and met by firstChild(), nextSibling()
 /// and child(), in that order or in the reverse one, as the header says. The id is remembered, so

@@ -32,7 +32,7 @@ public:
 };
 
 /// Owns the rows. Rows come one at a time or with all that lies below them, and go only all at
-/// once. The model never is reset: what is open, current or selected stays so while rows come.
+/// once. What is open, current or selected stays so while rows come, unless memory runs out.
 class TreeModel : public QAbstractItemModel {
     Q_OBJECT
 public:

@@ -125,7 +125,7 @@ template <class T> void leaveOutRepeated(std::vector<TAVIK::Compound*>& items) {
 
 } // namespace
 
-// Destroys the selected items of kind `T` in the item of `row`, and makes the tree of it anew.
+// Destroys the selected items of kind `T` in the item of `row`, and shows what is left of it.
 // `typeTag` is not read: it selects `T`.
 template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* command) {
     window->change<DataDelete>(

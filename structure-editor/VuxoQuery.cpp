@@ -62,7 +62,6 @@ void Vuxo::applyPattern(SetOperation operation, const char* command) {
         const QString refusal = applySetOperation(item, operation, nameExpression(item, pattern));
         if (!refusal.isEmpty())
             Logger::Write(refusal.toLatin1().toStdString());
-        return refusal.isEmpty();
     };
     change<DataPoint>(root, apply, Refusal::Report, command);
 }

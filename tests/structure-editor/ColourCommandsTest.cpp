@@ -9,10 +9,9 @@
 #include "Kinds.h"
 #include "Services.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "Traversal.h"
 #include "TreeView.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QColorDialog>
 #include <QDir>
@@ -21,7 +20,6 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -107,17 +105,9 @@ private:
 
 } // namespace
 
-class ColourCommandsTest : public test_support::TestCase {
+class ColourCommandsTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow(int entry = 0) {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        if (entry >= 0)
-            clickEntry(*m_window, entry);
-    }
     // Runs a command; where it asks for a colour, it gets `answer`. Returns whether it asked.
     bool run(const Command& command, const std::function<void(QColorDialog&)>& answer) {
         return withDialog<QColorDialog>([&] { trigger(*m_window, command.menu, command.label); },
@@ -131,12 +121,6 @@ class ColourCommandsTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
-    }
-
     // -- "Set color"
 
     void theColourDialogStartsWithOpaqueWhiteEveryTime() {
@@ -243,7 +227,7 @@ private slots:
     void theDialogComesAlsoWithoutATree() {
         Compound* shown = addLine("1abc", {0});
         shown->SetSelected(true);
-        showWindow(-1);
+        openWindow();
         OtherPlugin other;
         QVERIFY(run(setColor));
         QCOMPARE(atomsOf(shown)[0]->GetColor(), carbon);
@@ -610,7 +594,10 @@ private slots:
         Compound* shown = addLine("1abc", {0, 1});
         addEmpty(std::string(20'000, 'x'));
         shown->SetSelected(how != "nothing selected");
-        showWindow(how == "without a tree" ? -1 : 0);
+        if (how == "without a tree")
+            openWindow();
+        else
+            showWindow();
         std::optional<memory_host::SpaceLock> lock;
         std::optional<FailingMemory> memory;
         OtherPlugin other;
@@ -662,7 +649,7 @@ private slots:
         shown->SetSelected(true);
         itemAt(shown, {"A", "Groups", "UNL 1"})->SetColor(red);
         paint(atomsOf(shown), teal);
-        showWindow(-1);
+        openWindow();
         OtherPlugin other;
         const memory_host::SpaceLock lock; // a guard would be refused, and that said
         run(commands[index]);

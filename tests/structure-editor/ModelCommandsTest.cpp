@@ -5,13 +5,11 @@
 #include "Files.h"
 #include "Kinds.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "Traversal.h"
 #include "TreeView.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <algorithm>
-#include <memory>
 #include <set>
 #include <stdexcept>
 
@@ -87,17 +85,9 @@ struct PlainResidue {
 
 } // namespace
 
-class ModelCommandsTest : public test_support::TestCase {
+class ModelCommandsTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow(int entry = 0) {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        if (entry >= 0)
-            clickEntry(*m_window, entry);
-    }
     void modify(const Command& command) {
         trigger(*m_window, QStringLiteral("Modify"), command.label);
     }
@@ -109,12 +99,6 @@ class ModelCommandsTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
-    }
-
     void everySelectedResidueIsSwitchedAndWrapsByItself() {
         Compound* shown = addChain("1abc", {withModels("R 1", "A", 2), withModels("R 2", "B", 3),
                                             withModels("R 3", "C", 0), withModels("R 4", "D", 1),
@@ -234,7 +218,7 @@ private slots:
         Compound* shown = addChain("1abc", {withModels("R 1", "A", 3)});
         residuesOf(shown)[0]->NextModel();
         shown->SetSelected(true);
-        showWindow(-1);
+        openWindow();
         OtherPlugin other;
         const memory_host::SpaceLock lock; // a guard would be refused, and that said
         modify(commands[index]);

@@ -9,16 +9,14 @@
 #include "ListBox.h"
 #include "Selecting.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "Traversal.h"
 #include "TreeView.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QFrame>
 #include <QInputDialog>
 
 #include <limits>
-#include <memory>
 #include <optional>
 
 using namespace command_tools;
@@ -69,17 +67,9 @@ std::vector<int> shownRange(const TAVIK::Grid* grid) {
 
 } // namespace
 
-class SelectionCommandsTest : public test_support::TestCase {
+class SelectionCommandsTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow(int entry = 0) {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        if (entry >= 0)
-            clickEntry(*m_window, entry);
-    }
     void select(const QString& label) { trigger(*m_window, QStringLiteral("Select"), label); }
     // Calls a command and types `text` into the dialog that it opens.
     bool selectWith(const QString& label, const QString& text) {
@@ -94,11 +84,6 @@ class SelectionCommandsTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        TestCase::cleanup();
-    }
-
     void clearUnselectsOnlyWhatIsBelowTheShownItem() {
         Compound* shown = addLine("1abc", {0, 1});
         Compound* other = addLine("2abc", {0, 1});
@@ -135,7 +120,7 @@ private slots:
     }
 
     void invertWritesItsLineEvenWithoutATree() {
-        showWindow(-1);
+        openWindow();
         select("Invert");
         QCOMPARE(takeMessages(), QStringList{"Vuxo::InvertSelection"});
     }
@@ -269,7 +254,7 @@ private slots:
     }
 
     void theTypeDialogAsksAsItShould() {
-        showWindow(-1);
+        openWindow();
         QVERIFY(withDialog<QInputDialog>([&] { select("Atoms by type"); },
                                          [&](QInputDialog& dialog) {
                                              QCOMPARE(dialog.windowTitle(), "Select atoms");
@@ -394,7 +379,7 @@ private slots:
             }
         } raised;
         addLine("1abc", {0});
-        showWindow(-1);
+        openWindow();
         OtherPlugin other;
         QFrame* panel = panelOf(*m_window);
         panel->installEventFilter(&raised);
@@ -457,7 +442,7 @@ private slots:
             return;
         Compound* shown = addLine("1abc", {0, 1});
         shown->SetSelected(true);
-        showWindow(-1);
+        openWindow();
         OtherPlugin other;
         QVERIFY(!selectWith(command.label, "C"));
         QCOMPARE(takeMessages(), command.line ? QStringList{command.line} : QStringList());

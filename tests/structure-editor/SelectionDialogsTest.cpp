@@ -7,16 +7,13 @@
 #include "HostUnderTest.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeView.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QCheckBox>
 #include <QFrame>
 #include <QInputDialog>
 #include <QPushButton>
-
-#include <memory>
 
 using namespace command_tools;
 using namespace window_tools;
@@ -41,16 +38,9 @@ QStringList childrenOf(Compound* item) {
 
 } // namespace
 
-class SelectionDialogsTest : public test_support::TestCase {
+class SelectionDialogsTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow() {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        clickEntry(*m_window, 0);
-    }
     void call(const QString& entry) {
         trigger(*m_window, entry.section(u'/', 0, 0), entry.section(u'/', 1));
     }
@@ -61,11 +51,6 @@ class SelectionDialogsTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        TestCase::cleanup();
-    }
-
     // Destroyed by one who does not care about guards: two of these dialogs stand inside of one.
     void whatVanishesWhileADialogIsOpenIsNoHarm_data() {
         QTest::addColumn<QString>("entry");

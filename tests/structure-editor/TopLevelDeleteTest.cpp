@@ -3,9 +3,7 @@
 #include "Building.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
-#include "Vuxo.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <memory>
 
@@ -13,26 +11,13 @@ using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
 
-class TopLevelDeleteTest : public test_support::TestCase {
+class TopLevelDeleteTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow() {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-    }
-
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
-    }
-
     void aMiddlePressAsksAndCancelDeletesNothing() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         OtherPlugin other;
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
@@ -53,7 +38,7 @@ private slots:
 
     void escapeIsCancelAndEnterIsOk() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         const auto answerWith = [this](Qt::Key key) {
             return withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
                                 [&](QMessageBox& question) { QTest::keyClick(&question, key); });
@@ -66,7 +51,7 @@ private slots:
 
     void closingTheQuestionIsCancel() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
                              [](QMessageBox& question) { question.close(); }));
         QCOMPARE(listOf(*m_window)->count(), 1);
@@ -74,7 +59,7 @@ private slots:
 
     void aNameIsAskedForAsItReads() {
         addEmpty("<b>%1 &x\xe9");
-        showWindow();
+        openWindow();
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
                              [](QMessageBox& question) {
                                  QCOMPARE(question.text(),
@@ -87,7 +72,7 @@ private slots:
     void deletingTheShownEntryEmptiesTheTreeAndLeavesNoHighlight() {
         addStructure("1abc");
         addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         OtherPlugin other;
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); }, pressOk));
@@ -103,7 +88,7 @@ private slots:
     void deletingAnotherEntryEmptiesTheTreeToo() {
         addStructure("1abc");
         addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 1, Qt::MiddleButton); }, pressOk));
         QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
@@ -113,7 +98,7 @@ private slots:
 
     void aRefusedDeletionIsSilent() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         OtherPlugin other;
         std::unique_ptr<memory_host::SpaceLock> lock;
@@ -134,7 +119,7 @@ private slots:
     void anItemThatIsDeletedDuringTheQuestionEndsItQuietly() {
         Compound* first = addStructure("1abc");
         addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 1);
         OtherPlugin other;
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
@@ -151,7 +136,7 @@ private slots:
     void anItemThatTookTheDeletedOnesPlaceIsLeftAlone() {
         // Many turns: an address is used again sooner or later.
         Compound* current = addStructure("1abc");
-        showWindow();
+        openWindow();
         for (int turn = 0; turn < 50; ++turn) {
             QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },
                                  [&](QMessageBox& question) {
@@ -168,7 +153,7 @@ private slots:
         Compound* first = addStructure("1abc");
         addStructure("2abc");
         addStructure("3abc");
-        showWindow();
+        openWindow();
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 1, Qt::MiddleButton); },
                              [&](QMessageBox& question) {
                                  QCOMPARE(question.text(), "Delete 2abc?");
@@ -182,7 +167,7 @@ private slots:
     void theSpaceEmptiedDuringTheQuestionEndsItQuietly() {
         addStructure("1abc");
         addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 1, Qt::MiddleButton); },
                              [](QMessageBox& question) {
@@ -198,7 +183,7 @@ private slots:
 
     void theWindowMayEndDuringTheQuestion() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         QPointer<QMessageBox> watched;
         QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); },

@@ -4,29 +4,18 @@
 #include "Files.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeView.h"
-#include "Vuxo.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QScrollBar>
 #include <QSignalSpy>
-
-#include <memory>
 
 using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
 
-class TopLevelListTest : public test_support::TestCase {
+class TopLevelListTest : public WindowTestCase {
     Q_OBJECT
-
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow() {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-    }
 
     void listEvent(Qt::MouseButton button, QListWidgetItem* item) {
         QVERIFY(QMetaObject::invokeMethod(m_window.get(), "ListEvent", Q_ARG(int, button),
@@ -35,12 +24,6 @@ class TopLevelListTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
-    }
-
     void anEntrySaysWhetherItsItemIsHiddenAndWhatIsSelected() {
         addStructure("plain");
         selectElsewhere(addStructure("whole"), true);
@@ -52,7 +35,7 @@ private slots:
         Compound* hiddenPart = addStructure("hidden part");
         selectElsewhere(itemAt(hiddenPart, {"A", "Groups", "HOH 2"}), true);
         showElsewhere(hiddenPart, false);
-        showWindow();
+        openWindow();
         QCOMPARE(entries(*m_window), QStringList({" _ plain", " X whole", " / part", "O_ hidden",
                                                   "OX both", "O/ hidden part"}));
     }
@@ -61,7 +44,7 @@ private slots:
         addEmpty("\xe9t\xe9 \xff");
         addEmpty("");
         addEmpty("  %1 &x <b>");
-        showWindow();
+        openWindow();
         QCOMPARE(entries(*m_window), QStringList({QString::fromUtf8(" _ \u00e9t\u00e9 \u00ff"),
                                                   " _ ", " _   %1 &x <b>"}));
         for (const int index : {0, 1, 2}) // the name that is read back equals the item's
@@ -73,7 +56,7 @@ private slots:
     void aLeftPressShowsTheItem() {
         addStructure("1abc");
         addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 1);
         QCOMPARE(rows(*m_window).front(), "2abc");
         QCOMPARE(highlighted(*m_window), 1);
@@ -84,7 +67,7 @@ private slots:
 
     void aLeftPressOnTheShownEntryDoesNotRebuildTheTree() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         treeOf(*m_window)->expand(rowAt(*m_window, {"1abc", "A"}));
         const QPersistentModelIndex row = rowAt(*m_window, {"1abc", "A", "Groups"});
@@ -96,7 +79,7 @@ private slots:
 
     void aPressBesideTheEntriesDoesNothing() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         const QStringList shown = rows(*m_window);
         for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton})
@@ -110,7 +93,7 @@ private slots:
     void aRightPressHidesAndUnselectsAndASecondShowsAgainUnselected() {
         Compound* entry = addStructure("1abc");
         selectElsewhere(entry, true);
-        showWindow();
+        openWindow();
         OtherPlugin other;
         clickEntry(*m_window, 0, Qt::RightButton);
         QCOMPARE(entries(*m_window), QStringList("O_ 1abc"));
@@ -128,7 +111,7 @@ private slots:
         Compound* entry = addStructure("1abc");
         showElsewhere(entry, false);
         selectElsewhere(entry, true);
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0, Qt::RightButton);
         QCOMPARE(entries(*m_window), QStringList(" X 1abc"));
     }
@@ -136,7 +119,7 @@ private slots:
     void aRightPressIsInListAndTreeBeforeTheOthersHearOfIt() {
         addStructure("1abc");
         OtherPlugin other;
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         QStringList seen;
         other.onUpdate = [&] { seen = entries(*m_window) + cells(*m_window, {"1abc", "A"}); };
@@ -147,7 +130,7 @@ private slots:
     void whateverIsPressedTheHighlightStaysOnTheShownEntry() {
         for (const char* name : {"one", "two", "three"})
             addStructure(name);
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 2, Qt::RightButton);
         QCOMPARE(highlighted(*m_window), -1);
         clickEntry(*m_window, 0);
@@ -167,7 +150,7 @@ private slots:
     void aRefusedRightPressChangesNothingAndSaysSoOnce() {
         Compound* entry = addStructure("1abc");
         selectElsewhere(entry, true);
-        showWindow();
+        openWindow();
         OtherPlugin other;
         {
             const memory_host::SpaceLock lock;
@@ -183,7 +166,7 @@ private slots:
 
     void theWindowMayEndWhileTheOthersHearOfItsChange() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         OtherPlugin other;
         other.onUpdate = [this] { m_window.reset(); };
         clickEntry(*m_window, 0, Qt::RightButton);
@@ -193,7 +176,7 @@ private slots:
     void anItemAddedElsewhereLeavesTheHighlightOnItsIndex() {
         addStructure("1abc");
         addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 1);
         addStructure("3abc");
         QCOMPARE(entries(*m_window), QStringList({" _ 1abc", " _ 2abc", " _ 3abc"}));
@@ -207,7 +190,7 @@ private slots:
     void anItemLostElsewhereLeavesNoHighlight() {
         addStructure("1abc");
         Compound* second = addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         destroyElsewhere(second);
         QCOMPARE(takeMessages(), QStringList("Vuxo::commDelete(): Did somebody killed my data?"));
@@ -219,7 +202,7 @@ private slots:
 
     void anUnchangedNumberOfItemsRebuildsNothing() {
         Compound* entry = addStructure("1abc");
-        showWindow();
+        openWindow();
         QSignalSpy resets(listOf(*m_window)->model(), &QAbstractItemModel::modelReset);
         entry->SetSelected(true); // under no guard: nobody is told
         QVERIFY(QMetaObject::invokeMethod(m_window.get(), "MakeList"));
@@ -233,7 +216,7 @@ private slots:
     void aListThatFallsBehindTheHostWarnsAndGoesOn() {
         Compound* first = addStructure("1abc");
         Compound* second = addStructure("2abc");
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         memory_host::attach(memory_host::makeDetached("3abc", "Composite"), Space::instance());
         selectElsewhere(first, true);
@@ -260,7 +243,7 @@ private slots:
 
     void anEntryWithAnotherNameThanItsItemWarnsAndGoesOn() {
         Compound* entry = addStructure("1abc");
-        showWindow();
+        openWindow();
         listOf(*m_window)->item(0)->setText(" _ other");
         clickEntry(*m_window, 0, Qt::RightButton);
         QCOMPARE(takeMessages(), QStringList("ASSERT: \"ch->GetName() == Name\" in Vuxo (456)"));
@@ -278,7 +261,7 @@ private slots:
 
     void anEntryOfNoListWarnsAndChangesNothing() {
         addStructure("1abc");
-        showWindow();
+        openWindow();
         QListWidgetItem stranger(" _ 1abc");
         listEvent(Qt::LeftButton, &stranger);
         QCOMPARE(takeMessages(), QStringList("ASSERT: \"-1 != index\" in Vuxo (436)"));
@@ -294,7 +277,7 @@ private slots:
     }
 
     void anEnsembleIsListedModelByModel() {
-        showWindow();
+        openWindow();
         memory_host::openFile(structure("1d3z.pdb").toStdString());
         QStringList models;
         for (int model = 1; model <= 10; ++model)
@@ -314,7 +297,7 @@ private slots:
             memory_host::attach(
                 memory_host::makeDetached("model." + std::to_string(i), "Composite"),
                 Space::instance());
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         listOf(*m_window)->scrollToItem(listOf(*m_window)->item(count / 2));
         const int position = listOf(*m_window)->verticalScrollBar()->value();

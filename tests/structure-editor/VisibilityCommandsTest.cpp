@@ -4,12 +4,10 @@
 #include "Files.h"
 #include "Kinds.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "Traversal.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <algorithm>
-#include <memory>
 #include <stdexcept>
 
 using namespace command_tools;
@@ -48,26 +46,12 @@ void selectAtoms(Compound* root, const std::vector<std::size_t>& places) {
 
 } // namespace
 
-class VisibilityCommandsTest : public test_support::TestCase {
+class VisibilityCommandsTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow(int entry = 0) {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        if (entry >= 0)
-            clickEntry(*m_window, entry);
-    }
     void display(const QString& label) { trigger(*m_window, QStringLiteral("Display"), label); }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
-    }
-
     void hideAndShowChangeTheSelectedAtomsOfTheShownItemOnly() {
         Compound* shown = addLine("1abc", {0, 1, 2, 3});
         Compound* other = addLine("2abc", {0, 1});
@@ -259,7 +243,7 @@ private slots:
         Compound* shown = addLine("1abc", {0, 1, 2});
         selectAtoms(shown, {0});
         hideAtoms(shown, {1});
-        showWindow(-1);
+        openWindow();
         OtherPlugin other;
         shown->SetVisible(true);
         hideAtoms(shown, {0, 1, 2});
@@ -274,7 +258,7 @@ private slots:
     void hidingAllUnselectedWorksWithoutATree() {
         Compound* shown = addLine("1abc", {0, 1});
         selectAtoms(shown, {0});
-        showWindow(-1);
+        openWindow();
         OtherPlugin other;
         display("Hide All unsels");
         QCOMPARE(visibleNames(shown), "C0");
@@ -284,7 +268,7 @@ private slots:
     void anEmptySpaceIsNoHarm_data() { addCommandRows(); }
     void anEmptySpaceIsNoHarm() {
         QFETCH(int, index);
-        showWindow(-1);
+        openWindow();
         display(commands[index].label);
         QCOMPARE(entries(*m_window), QStringList());
     }

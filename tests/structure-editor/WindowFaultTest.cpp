@@ -5,13 +5,10 @@
 #include "FailingMemory.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeView.h"
-#include "Vuxo.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <limits>
-#include <memory>
 
 using namespace window_tools;
 using TAVIK::Compound;
@@ -33,26 +30,14 @@ QString marks(const Vuxo& window, int index) {
 
 } // namespace
 
-class WindowFaultTest : public test_support::TestCase {
+class WindowFaultTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
-    void showWindow() {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-    }
-
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        TestCase::cleanup();
-    }
-
     void aRightPressThatFailsAnywhereLeavesWindowAndDataInStep() {
         Compound* entry = addStructure(longName);
         selectElsewhere(entry, true);
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         bool toldThoughItFailed = false;
         bool failed = true;
@@ -86,7 +71,7 @@ private slots:
     void aSelectionThatCannotBeShownIsShownOnceItCan() {
         Compound* entry = addStructure("1abc");
         addEmpty(longName);
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         OtherPlugin other;
         {
@@ -105,7 +90,7 @@ private slots:
     void aWindowThatCannotBeRefreshedEitherSaysSoAndGoesOn() {
         Compound* entry = addStructure("1abc");
         addEmpty(longName);
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         {
             const FailingMemory memory(0, std::numeric_limits<int>::max());
@@ -126,7 +111,7 @@ private slots:
 
     void aDeletionThatFailsBeforeItsQuestionDeletesNothing() {
         addStructure(longName);
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         int failures = 0;
         for (int granted = 0; granted < 3; ++granted) {
@@ -142,7 +127,7 @@ private slots:
 
     void aPlugInThatThrowsAtTheChangeDoesNotStopTheWindow() {
         Compound* entry = addStructure("1abc");
-        showWindow();
+        openWindow();
         OtherPlugin other;
         other.onUpdate = [] { throw std::runtime_error("cannot take this"); };
         clickEntry(*m_window, 0, Qt::RightButton);
@@ -156,7 +141,7 @@ private slots:
     void aNotificationThatFailsIsMadeGoodByTheNext() {
         Compound* entry = addStructure("1abc");
         Compound* large = addEmpty(longName);
-        showWindow();
+        openWindow();
         clickEntry(*m_window, 0);
         {
             const FailingMemory memory(0, 1);
