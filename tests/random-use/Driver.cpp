@@ -22,6 +22,8 @@
 #include <QMetaMethod>
 #include <QTemporaryDir>
 
+#include <cstdlib>
+
 extern "C" {
 void Command(const char* name, void* data, PluginResult* result);
 void CommandC(const char* name, const void* data, PluginResult* result);
@@ -223,6 +225,8 @@ void Driver::doAnywhere(const Step& step) {
             item->ToggleSelected();
         }
         return;
+    case Action::Crash:
+        std::abort();
     default:
         return;
     }

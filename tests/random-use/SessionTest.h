@@ -1,7 +1,7 @@
 // What the test classes of random sessions share.
 #pragma once
 
-#include "Sessions.h"
+#include "Apart.h"
 #include "TestSupport.h"
 
 #include <cstdio>
@@ -23,7 +23,7 @@ protected:
     }
     static void playOne(const Start& start, Theme theme, std::size_t steps) {
         Session session{start, {}};
-        const Outcome outcome = play(session, theme, start.seed, steps);
+        const Outcome outcome = playApart(session, theme, start.seed, steps);
         static std::size_t done = 0;
         constexpr std::size_t sign = 10'000;
         if ((done + outcome.steps) / sign != done / sign)

@@ -1,9 +1,9 @@
 #include "Sessions.h"
 
+#include "Apart.h"
 #include "Compare.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace random_use {
 
@@ -159,29 +159,28 @@ namespace {
 // Plays steps one by one until something differs.
 class Play {
 public:
-    explicit Play(const Start& start) : m_driver(start, m_model) {}
+    Play(const Start& start, const Begin& begin) : m_begin(begin), m_driver(start, m_model) {}
 
     plain::Model& model() { return m_model; }
 
     QStringList step(const Step& step) {
-        // What a crash leaves of a session.
-        static const bool traced = qEnvironmentVariableIsSet("RANDOM_USE_TRACE");
-        if (traced)
-            std::fprintf(stderr, "  %s,\n", qPrintable(text(step)));
+        if (m_begin)
+            m_begin(step);
         m_model.said = {};
         const plain::Said real = m_driver.act(step);
         return differences(m_model.said, real) + differences(m_model, m_driver);
     }
 
 private:
+    const Begin& m_begin;
     plain::Model m_model;
     Driver m_driver;
 };
 
 } // namespace
 
-Outcome play(const Session& session) {
-    Play played(session.start);
+Outcome play(const Session& session, const Begin& begin) {
+    Play played(session.start, begin);
     Outcome outcome;
     for (const Step& step : session.steps) {
         outcome.faults = played.step(step);
@@ -192,9 +191,10 @@ Outcome play(const Session& session) {
     return outcome;
 }
 
-Outcome play(Session& session, Theme theme, unsigned int seed, std::size_t count) {
+Outcome play(Session& session, Theme theme, unsigned int seed, std::size_t count,
+             const Begin& begin) {
     Generator generator(seed, theme, session.start);
-    Play played(session.start);
+    Play played(session.start, begin);
     Outcome outcome;
     while (outcome.steps != count && outcome.faults.isEmpty()) {
         session.steps.push_back(generator.next(played.model()));
@@ -212,6 +212,7 @@ public:
     explicit Shortening(Session session) : m_session(std::move(session)) {}
 
     Session run() {
+        m_crashes = playApart(m_session).crashed;
         if (!tryThis(m_session.steps))
             return m_session;
         for (std::size_t size = (steps().size() + 1) / 2; size > 1; size = (size + 1) / 2)
@@ -233,8 +234,8 @@ private:
 
     bool tryThis(std::vector<Step> fewer) {
         Session attempt{m_session.start, std::move(fewer)};
-        const Outcome outcome = play(attempt);
-        if (outcome.faults.isEmpty())
+        const Outcome outcome = playApart(attempt);
+        if (outcome.faults.isEmpty() || outcome.crashed != m_crashes)
             return false;
         attempt.steps.resize(outcome.steps);
         m_session = std::move(attempt);
@@ -283,6 +284,7 @@ private:
     }
 
     Session m_session;
+    bool m_crashes = false;
 };
 
 } // namespace
@@ -293,7 +295,7 @@ Session shortened(const Session& session) {
 
 QString report(const Session& session, const Outcome& outcome) {
     const Session shorter = shortened(session);
-    const Outcome again = play(shorter);
+    const Outcome again = playApart(shorter);
     return QStringLiteral("after %1 steps:\n%2\n\nshortened to %3 steps:\n%4\nwhere\n%5\n")
         .arg(outcome.steps)
         .arg(outcome.faults.join(u'\n'))

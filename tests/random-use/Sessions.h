@@ -3,6 +3,7 @@
 
 #include "Driver.h"
 
+#include <functional>
 #include <random>
 
 namespace random_use {
@@ -40,13 +41,18 @@ private:
 struct Outcome {
     std::size_t steps = 0; ///< done until it failed
     QStringList faults;    ///< what differed then; empty when all went as expected
+    bool crashed = false;  ///< the program ended or hung, which is the only fault then
 };
 
+/// What is called before each step.
+using Begin = std::function<void(const Step&)>;
+
 /// Plays a session from its start, in an empty data space, until something differs.
-Outcome play(const Session& session);
+Outcome play(const Session& session, const Begin& begin = {});
 /// Makes up `count` steps as they are played; `session` then holds them.
-Outcome play(Session& session, Theme theme, unsigned int seed, std::size_t count);
-/// Leaves out all steps without which the session fails, too.
+Outcome play(Session& session, Theme theme, unsigned int seed, std::size_t count,
+             const Begin& begin = {});
+/// Leaves out all steps without which the session fails, too; one that crashes then still crashes.
 Session shortened(const Session& session);
 /// What to say of a session that failed: its faults, and the shortened session as C++ writes it.
 QString report(const Session& session, const Outcome& outcome);

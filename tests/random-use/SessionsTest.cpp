@@ -38,6 +38,33 @@ private slots:
         QVERIFY(!play(shorter).faults.isEmpty());
     }
 
+    void aCrashIsFoundAndTheSessionMadeShort() {
+        Session session = madeUp(1, 80);
+        session.steps.insert(session.steps.begin() + 50, {.action = Action::Crash});
+        // Another fault behind it, or instead of it, is not what is looked for.
+        session.steps.push_back({.action = Action::Sabotage});
+        const Outcome outcome = playApart(session);
+        QVERIFY(outcome.crashed);
+        QCOMPARE(outcome.steps, std::size_t(51));
+        QVERIFY(outcome.faults.join(u'\n').startsWith("the program ended with signal 6"));
+        const Session shorter = shortened(session);
+        QCOMPARE(text(shorter), QStringLiteral("{{Start::Generated, 1, false},\n"
+                                               " {{.action = Action::Crash}}}"));
+        const QString said = report(session, outcome);
+        QVERIFY(said.contains("shortened to 1 steps") && said.contains("signal 6"));
+    }
+
+    void aSessionGoesTheSameWayInAProcessOfItsOwn() {
+        Session here{{Start::Generated, 11, true}, {}};
+        Session apart = here;
+        const Outcome outcome = play(here, Theme::Everything, 11, 40);
+        const Outcome outcomeApart = playApart(apart, Theme::Everything, 11, 40);
+        QCOMPARE(text(apart), text(here));
+        QCOMPARE(outcomeApart.steps, outcome.steps);
+        QVERIFY(!outcomeApart.crashed);
+        QCOMPARE(outcomeApart.faults, outcome.faults);
+    }
+
     void whatIsNeededTogetherStaysTogether() {
         // Without a window nobody reads the list, and the fault is in the data alone.
         const Session session{{Start::Generated, 3, false},

@@ -63,9 +63,10 @@ enum class Action {
     Answering,   ///< edit: done by another subscriber when it is told the next time
     Build,       ///< others add a structure; a: which
     Load,        ///< a: which file
-    Sabotage     ///< selects an item behind everyone's back: a comparison must notice
+    Sabotage,    ///< selects an item behind everyone's back: a comparison must notice
+    Crash        ///< ends the program, which must be noticed, too
 };
-constexpr int actionCount = static_cast<int>(Action::Sabotage) + 1;
+constexpr int actionCount = static_cast<int>(Action::Crash) + 1;
 
 enum class Answer { Accept, Cancel };
 
