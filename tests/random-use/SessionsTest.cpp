@@ -99,6 +99,11 @@ private slots:
                                             ".edit = {EditKind::SetAtom, 5, 6}}"));
     }
 
+    void aSessionWithoutStepsIsPrintedAsItIsWritten() {
+        QCOMPARE(text(Session{{Start::Sample, 4, true}, {}}),
+                 QStringLiteral("{{Start::Sample, 4, true},\n {}}"));
+    }
+
     void sessionsThatFailedOnce_data() {
         QTest::addColumn<Session>("session");
         QTest::newRow("a deletion is answered before the window has heard of it")

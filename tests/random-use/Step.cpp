@@ -65,6 +65,8 @@ QString text(const Session& session) {
                  .arg(QLatin1String(startNames[session.start.kind]))
                  .arg(session.start.seed)
                  .arg(session.start.plugins ? QLatin1String("true") : QLatin1String("false"));
+    if (session.steps.empty())
+        lines << QStringLiteral(" {}}");
     for (std::size_t i = 0; i != session.steps.size(); ++i)
         lines << (i == 0 ? QStringLiteral(" {") : QStringLiteral("  ")) + text(session.steps[i]) +
                      (i + 1 == session.steps.size() ? QStringLiteral("}}") : QStringLiteral(","));
