@@ -60,9 +60,22 @@ std::string FileReport::place(std::size_t line) const {
     return oneLine(m_path, 4096) + (line ? ':' + std::to_string(line) : std::string()) + ": ";
 }
 
+FileReport::FileReport(std::string path)
+    : m_path(std::move(path)),
+      m_noMemory(refusal(0, "there is not enough memory to open it", acceptedFiles())) {}
+
+FileError FileReport::refusal(std::size_t line, const std::string& what,
+                              const std::string& accepted) const {
+    return FileError(place(line) + oneLine(what) + "; " + oneLine(accepted));
+}
+
 void FileReport::refuse(std::size_t line, const std::string& what,
                         const std::string& accepted) const {
-    throw FileError(place(line) + oneLine(what) + "; " + oneLine(accepted));
+    throw refusal(line, what, accepted);
+}
+
+void FileReport::refuseForMemory() const {
+    throw m_noMemory; // NOLINT: a copy, which needs none
 }
 
 FileReport::Tally& FileReport::tallyOf(Kind kind) {

@@ -24,11 +24,13 @@ public:
     /// What a remark is about. Many of one kind become few lines and a number.
     enum class Kind { Coordinates, NoCoordinates, Temperature, Name, Residue, Bonds, Cut, Map };
 
-    explicit FileReport(std::string path) : m_path(std::move(path)) {}
+    explicit FileReport(std::string path);
 
     /// Throws FileError with one line: file, line, what is wrong, what is accepted.
     [[noreturn]] void refuse(std::size_t line, const std::string& what,
                              const std::string& accepted) const;
+    /// Refuses the file because memory has run out, with a line that was made before.
+    [[noreturn]] void refuseForMemory() const;
     void remark(Kind kind, std::size_t line, const std::string& what) {
         remark(kind, line, [&] { return what; });
     }
@@ -54,9 +56,11 @@ private:
     };
 
     std::string place(std::size_t line) const;
+    FileError refusal(std::size_t line, const std::string& what, const std::string& accepted) const;
     Tally& tallyOf(Kind kind);
 
     std::string m_path;
+    FileError m_noMemory;
     std::vector<Tally> m_tallies;
 };
 

@@ -114,7 +114,7 @@ template <class Work> auto guarded(const FileReport& report, Work work) {
     } catch (const FileError&) {
         throw;
     } catch (const std::bad_alloc&) {
-        report.refuse(0, "there is not enough memory to open it", acceptedFiles());
+        report.refuseForMemory();
     } catch (const std::exception& error) {
         report.refuse(0, std::string("cannot be opened: ") + error.what(), acceptedFiles());
     }
@@ -198,7 +198,9 @@ OpenedFile openParsed(ParsedFile& file, const Progress& progress) {
         if (file.structures.empty() && !file.grid)
             file.report.refuse(0, "was opened already", "accepted is parsing it once more");
         std::vector<DetachedItem> items = build(file, progress);
-        return OpenedFile{attachAll(items, file.report), file.report.remarks()};
+        OpenedFile opened{{}, file.report.remarks()};
+        opened.items = attachAll(items, file.report); // Last: nothing fails afterwards.
+        return opened;
     });
 }
 

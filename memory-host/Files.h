@@ -38,7 +38,7 @@ struct HOST_EXPORT ParsedFileDeleter {
 using ParsedFilePtr = std::unique_ptr<ParsedFile, ParsedFileDeleter>;
 
 /// Reads and checks a file. Touches nothing of the data space, so that it may run on any thread.
-/// Throws FileError.
+/// Throws FileError; std::bad_alloc if there is not even memory for its line.
 HOST_EXPORT ParsedFilePtr parseFile(const std::string& path);
 
 /// What opening a file brought.
