@@ -53,6 +53,12 @@ private:
     static QString inText(const QString& value) { return u'"' + value + u'"'; }
     static QString inText(const std::string& value) { return inText(QString::fromLatin1(value)); }
     static QString inText(const QStringList& value) { return inText(value.join(u'|')); }
+    static QString inText(const std::vector<std::array<float, 3>>& value) {
+        QStringList texts;
+        for (const auto& at : value)
+            texts << QStringLiteral("(%1, %2, %3)").arg(at[0]).arg(at[1]).arg(at[2]);
+        return u'[' + texts.join(u' ') + u']';
+    }
     static QString inText(const std::vector<unsigned int>& value) {
         QStringList texts;
         for (const unsigned int each : value)
@@ -78,10 +84,36 @@ std::vector<unsigned int> idsOf(Compound** begin, Compound** end) {
     return ids;
 }
 
+std::vector<std::array<float, 3>> cornersOf(Compound* item) {
+    std::vector<std::array<float, 3>> corners;
+    for (const TAVIK::Vertex& at : memory_host::polyLinePoints(item))
+        if (at.isValid())
+            corners.push_back({at[0], at[1], at[2]});
+    return corners;
+}
+
+// Whether the item is of the class that a plug-in tells its kind by.
+bool isOfItsClass(const plain::Item& item, Compound* real) {
+    using plain::Kind;
+    const auto is = [&](Kind kind, const auto* found) { return (item.kind == kind) == !!found; };
+    return is(Kind::Space, dynamic_cast<TAVIK::Space*>(real)) &&
+           is(Kind::Molecule, dynamic_cast<TAVIK::Molecule*>(real)) &&
+           is(Kind::Residue, dynamic_cast<TAVIK::Residue*>(real)) &&
+           is(Kind::Group, dynamic_cast<TAVIK::Group*>(real)) &&
+           is(Kind::Atom, dynamic_cast<TAVIK::Atom*>(real)) &&
+           is(Kind::Bond, dynamic_cast<TAVIK::Bond*>(real)) &&
+           is(Kind::Surface, dynamic_cast<TAVIK::Surface*>(real)) &&
+           is(Kind::Grid, dynamic_cast<TAVIK::Grid*>(real)) &&
+           item.isComposite() == (dynamic_cast<TAVIK::Composite*>(real) != nullptr);
+}
+
 void compareValues(Comparison& all, const plain::Item& item, Compound* real) {
+    all.same("type", item.kind == plain::Kind::Atom ? item.type : plain::kindName(item.kind),
+             real->GetType());
+    all.same("class", true, isOfItsClass(item, real));
+    all.same("corners", item.corners, cornersOf(real));
     if (const auto* const atom = dynamic_cast<TAVIK::Atom*>(real)) {
         const TAVIK::Vertex at = real->GetPosition();
-        all.same("type", item.type, real->GetType());
         all.same("model", std::to_string(item.model), atom->GetModelNumber());
         all.same("temperature", item.temperature, atom->GetTemperature());
         all.same("has a position", item.hasPosition, at.isValid());
@@ -195,8 +227,11 @@ QStringList differences(plain::Model& model, const Driver& driver) {
     const ListBox* const list = Driver::listOf(window);
     all.same("list", model.list, entriesOf(window));
     const QList<QListWidgetItem*> marked = list->selectedItems();
+    all.same("highlighted entries", model.highlighted < 0 ? 0 : 1, int(marked.size()));
     all.same("highlighted entry", model.highlighted,
              marked.isEmpty() ? -1 : list->row(marked.front()));
+    if (model.highlighted >= 0)
+        all.same("current entry", model.highlighted, list->currentRow());
     const QFrame* const panel = Driver::panelOf(window);
     all.same("panel visible", model.panelShown, panel->isVisible());
     const QList<QLineEdit*> fields = panel->findChildren<QLineEdit*>();

@@ -124,11 +124,17 @@ void Listener::hear(const QString& kind) {
     // The window shows its own changes before anyone hears of them, and no others.
     const Vuxo* const window = Driver::window();
     int rows = 0;
+    int selected = 0;
     if (window)
-        for (TreeItemIterator it(Driver::treeOf(window)); it.current(); ++it)
+        for (TreeItemIterator it(Driver::treeOf(window)); it.current(); ++it) {
             ++rows;
-    told << kind + ", " + QString::number(rows) + " rows, " +
-                (window ? entriesOf(window).join(u'|') : QString());
+            selected += it.current()->isSelected();
+        }
+    told << QStringLiteral("%1, %2 of %3 rows selected, %4")
+                .arg(kind)
+                .arg(selected)
+                .arg(rows)
+                .arg(window ? entriesOf(window).join(u'|') : QString());
     editData(this, std::exchange(answer, {}));
 }
 
@@ -219,6 +225,18 @@ void Driver::doAnywhere(const Step& step) {
     case Action::Build:
     case Action::Load:
         return openOrBuild(step);
+    case Action::Window:
+        if (!window())
+            return;
+        if (step.a % 4 == 0)
+            window()->hide();
+        else if (step.a % 4 == 1)
+            window()->showMinimized();
+        else if (step.a % 4 == 2)
+            window()->close();
+        else
+            panelOf(window())->close();
+        return;
     case Action::Sabotage:
         if (topLevelCount()) {
             Compound* item = Space::instance()->ChildBegin()[step.target % topLevelCount()];
@@ -238,7 +256,8 @@ void Driver::openOrBuild(const Step& step) {
     if (step.action == Action::Build) {
         buildStructure(step.a);
     } else {
-        static constexpr Start::Kind files[] = {Start::Ubiquitin, Start::Crambin, Start::Crabp};
+        static constexpr Start::Kind files[] = {Start::Ubiquitin, Start::Crambin, Start::Crabp,
+                                                Start::Empty};
         openStructure(choose(files, step.a));
     }
     m_listener.answer = waiting;
@@ -290,8 +309,8 @@ void Driver::invoke(const Step& step) {
         ListBox* list = listOf(target);
         const auto count = unsigned(list->count());
         QListWidgetItem* const item = count ? list->item(int(step.target % count)) : nullptr;
-        method.invoke(target, Q_ARG(int, choose(buttons, step.b)), Q_ARG(QListWidgetItem*, item),
-                      Q_ARG(QPoint, QPoint()));
+        method.invoke(target, Q_ARG(int, choose(listButtons, step.b)),
+                      Q_ARG(QListWidgetItem*, item), Q_ARG(QPoint, QPoint()));
     } else {
         method.invoke(target);
     }

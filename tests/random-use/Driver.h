@@ -93,6 +93,7 @@ private:
     void press(const Step& step);
     void doubleClick(const Step& step);
     void key(const Step& step);
+    void lookAtScreen();
     void listKey(const Step& step);
     void pressEntry(const Step& step);
     void clickHeader(const Step& step);

@@ -43,7 +43,12 @@ void Driver::answer(const Step& step) {
     const bool isNumber = input && input->inputMode() == QInputDialog::DoubleInput;
     if (input)
         m_said.asked << input->windowTitle() + ": " + input->labelText() + ": " +
-                            (isNumber ? QString::number(input->doubleValue()) : input->textValue());
+                            (isNumber ? QStringLiteral("%1 of %2 to %3 with %4 decimals")
+                                            .arg(input->doubleValue())
+                                            .arg(input->doubleMinimum())
+                                            .arg(input->doubleMaximum())
+                                            .arg(input->doubleDecimals())
+                                      : input->textValue());
     else if (color)
         m_said.asked << "Color: " + color->currentColor().name(QColor::HexArgb);
     else if (question)
@@ -135,16 +140,6 @@ void Driver::doInWindow(const Step& step) {
     case Action::TreeOnly:
     case Action::Button:
         return usePanel(step);
-    case Action::Window:
-        if (step.a % 4 == 0)
-            window()->hide();
-        else if (step.a % 4 == 1)
-            window()->showMinimized();
-        else if (step.a % 4 == 2)
-            window()->close();
-        else
-            panelOf(window())->close();
-        return;
     default:
         return;
     }
@@ -171,10 +166,16 @@ QPoint Driver::placeIn(const TreeItem* row, unsigned int place) const {
         tree->horizontalScrollBar()->setValue(0);
     }
     QPoint point = tree->visualRect(tree->rows()->indexOf(row)).center();
+    const int step = tree->indentation();
+    const int name = step * row->depth();
     if (place == RightOfAll)
         point.setX(header->length() + 8);
     else if (place == Indentation && row->depth() > 0)
-        point.setX(tree->indentation() * row->depth() - tree->indentation() / 2);
+        point.setX(name - step / 2);
+    else if (place == MarkBegin || place == MarkEnd)
+        point.setX(std::max(0, place == MarkBegin ? name - step : name - 1));
+    else if (place == NameMargin || place == NameBegin)
+        point.setX(place == NameMargin ? name + 1 : name + 2);
     else if (place != Indentation)
         point.setX(tree->visualRect(tree->rows()->indexOf(row, int(place))).center().x());
     return point;
@@ -205,7 +206,7 @@ void Driver::press(const Step& step) {
     const QPointer<QWidget> viewport = treeOf(window())->viewport();
     const Qt::MouseButton button = choose(buttons, step.a);
     const QPoint at =
-        step.action == Action::Press ? placeIn(row, step.b % PlaceCount) : belowRows();
+        step.action == Action::Press ? placeIn(row, choose(places, step.b)) : belowRows();
     QTest::mousePress(viewport, button, choose(modifiers, step.c), at);
     if (viewport && button != Qt::LeftButton)
         QTest::mouseRelease(viewport, button, {}, at);
@@ -229,20 +230,30 @@ void Driver::key(const Step& step) {
         return;
     }
     const Qt::Key key = choose(treeKeys, step.a);
-    // Where a page ends is seen afterwards: nobody may clear the tree before.
-    if ((key == Qt::Key_PageUp || key == Qt::Key_PageDown) &&
-        m_listener.answer.kind != EditKind::None)
-        return;
+    lookAtScreen();
     const bool moves = key >= Qt::Key_Home && key <= Qt::Key_PageDown;
     QTest::keyClick(tree, key,
                     key == Qt::Key_A ? Qt::ControlModifier
                     : moves          ? choose(modifiers, step.c)
                                      : Qt::NoModifier);
+}
+
+// Which rows of the tree are on the screen.
+void Driver::lookAtScreen() {
+    const TreeView* tree = treeOf(window());
+    if (!tree->firstChild())
+        return;
+    const int height = tree->viewport()->height();
+    const TreeItem* const first = tree->itemAt({0, 0});
+    const TreeItem* const last = tree->itemAt({0, height - 1});
     int number = 0;
-    for (const TreeItem* row = tree ? tree->firstChild() : nullptr; row;
-         row = row->itemBelow(), ++number)
-        if (row == tree->currentItem())
-            m_seen.pageRow = number;
+    for (const TreeItem* row = tree->firstChild(); row; row = row->itemBelow(), ++number) {
+        if (row == first)
+            m_seen.first = number;
+        if (row == last)
+            m_seen.last = number;
+    }
+    m_seen.atOnce = height / tree->visualRect(tree->rows()->indexOf(tree->firstChild())).height();
 }
 
 void Driver::listKey(const Step& step) {
@@ -261,7 +272,7 @@ void Driver::pressEntry(const Step& step) {
     const QPointer<QWidget> viewport = list->viewport();
     const QRect place = list->visualItemRect(entry);
     const QPoint at = below ? QPoint(place.center().x(), place.bottom() + 12) : place.center();
-    const Qt::MouseButton button = choose(buttons, step.a);
+    const Qt::MouseButton button = choose(listButtons, step.a);
     QTest::mousePress(viewport, button, {}, at);
     if (viewport)
         QTest::mouseRelease(viewport, button, {}, at);

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <stdexcept>
 
 extern "C" void CommandC(const char* name, const void* data, PluginResult* result);
 
@@ -132,6 +133,10 @@ void editData(Subscriber* who, const Edit& edit) {
         return;
     case EditKind::Highlight:
         return Space::SetShowSelection(!Space::GetShowSelection());
+    case EditKind::Throw:
+        if (who)
+            throw std::runtime_error(complaint);
+        return;
     case EditKind::Kill: {
         PluginResult result;
         return CommandC("Kill", nullptr, &result);
@@ -175,16 +180,16 @@ void editData(Subscriber* who, const Edit& edit) {
 void buildStructure(unsigned int seed) {
     std::mt19937 random(seed);
     const auto pick = [&random](unsigned int below) { return unsigned(random() % below); };
-    static constexpr const char* entryNames[] = {"1abc", "2.b", "3[c", "x y", "4+"};
+    static constexpr const char* entryNames[] = {"1abc", "2.b", "3[c", "x & y", "4+", "d\xE9j\xE0"};
     static constexpr const char* residueNames[] = {"MET 1", "ALA 2", "HOH 3", "A", "GLN 41A"};
-    Compound* entry = memory_host::makeDetached(choose(entryNames, pick(5)), "Composite");
+    Compound* entry = memory_host::makeDetached(choose(entryNames, pick(6)), "Composite");
     std::vector<Compound*> atoms;
     const auto addAtoms = [&](Compound* parent, unsigned int count) {
         for (unsigned int i = 0; i != count; ++i) {
             AtomValues values(pick(5000));
             values.model = pick(2) ? 1 + pick(3) : 0;
             atoms.push_back(
-                memory_host::addAtom(parent, recordOf(values, choose(madeNames, pick(6)))));
+                memory_host::addAtom(parent, recordOf(values, choose(madeNames, pick(7)))));
         }
     };
     for (unsigned int c = 0, chains = 1 + pick(2); c != chains; ++c) {
@@ -214,13 +219,14 @@ bool openStructure(Start::Kind which) {
                                                              {Start::Crambin, "1ejg.pdb"},
                                                              {Start::Crabp, "1cbs.cif.gz"}};
     const QString path =
-        which == Start::Sample
-            ? QStringLiteral(SOURCE_DIR "/data/sample.pdb")
+        which == Start::Sample ? QStringLiteral(SOURCE_DIR "/data/sample.pdb")
+        : which == Start::Empty
+            ? QStringLiteral("no such file.pdb")
             : test_support::TestCase::structure(QString::fromLatin1(files.at(which)));
     try {
         memory_host::openFile(path.toStdString());
     } catch (const memory_host::FileError&) {
-        return false; // the host refuses changes just now
+        return false; // the host refuses the file, or changes just now
     }
     return true;
 }

@@ -39,7 +39,7 @@ void selectRadius(Model& model, Item* root, const char* kind, const Step& step) 
     model.change(root, Change::Update, [&] {
         const QString label =
             QStringLiteral("Enter (%1) selection radius").arg(QLatin1String(kind));
-        if (!model.ask("Radius: " + label + ": 4", step))
+        if (!model.ask("Radius: " + label + ": 4 of 0 to 10000 with 3 decimals", step))
             return;
         const double radius = std::clamp(typedIn(step).toDouble(), 0.0, 10000.0);
         const double limit = radius * radius;
@@ -200,9 +200,14 @@ void makeAtLevel(Model& model, const char* label, const char* command, const cha
 void makeCartesian(Model& model) {
     model.change(model.host.space(), Change::Add, [&] {
         Item* frame = model.host.make(model.host.space(), Kind::Composite, "Cartesian");
-        model.host.make(frame, Kind::PolyLine, "X")->color = 0xffff0000U;
-        model.host.make(frame, Kind::PolyLine, "Y")->color = 0xff00ff00U;
-        model.host.make(frame, Kind::PolyLine, "Z")->color = 0xff0000ffU;
+        const auto addAxis = [&](const char* name, std::uint32_t color, std::array<float, 3> end) {
+            Item* axis = model.host.make(frame, Kind::PolyLine, name);
+            axis->color = color;
+            axis->corners = {{0, 0, 0}, end};
+        };
+        addAxis("X", 0xffff0000U, {20, 0, 0});
+        addAxis("Y", 0xff00ff00U, {0, 20, 0});
+        addAxis("Z", 0xff0000ffU, {0, 0, 20});
         model.commAdd();
     });
 }
@@ -244,7 +249,8 @@ const std::vector<Command>& commands() {
         {"ListEvent(int,QListWidgetItem*,QPoint)",
          [](Model& m, const Step& s) {
              const auto count = unsigned(m.list.size());
-             m.listEvent(choose(random_use::buttons, s.b), count ? int(s.target % count) : -1, s);
+             m.listEvent(choose(random_use::listButtons, s.b), count ? int(s.target % count) : -1,
+                         s);
          }},
         {"Populate(int)",
          [](Model& m, const Step& s) {

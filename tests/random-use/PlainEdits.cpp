@@ -35,6 +35,12 @@ void Model::edit(Who who, const Edit& edit) {
         showSelection = !showSelection;
         return;
     }
+    if (edit.kind == EditKind::Throw) {
+        if (who == Who::Other)
+            said.log << QLatin1String("a subscriber failed to take in a change: ") +
+                            QLatin1String(random_use::complaint);
+        return;
+    }
     if (edit.kind == EditKind::Kill)
         return call(QStringLiteral("CommandC"), QStringLiteral("Kill"));
     const Items all = host.all();

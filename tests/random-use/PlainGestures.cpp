@@ -40,6 +40,19 @@ void Model::act(const Step& step, const Seen& seen) {
             return call(QStringLiteral("CommandC"), QStringLiteral("Show"));
         return call(entryPoint, QString::fromLatin1(choose(pluginCommands, step.b)));
     }
+    case Action::Window:
+        if (!exists)
+            return;
+        if (step.a % 4 == 0) {
+            shown = false;
+        } else if (step.a % 4 == 1) {
+            shown = minimised = true;
+        } else if (step.a % 4 == 2) {
+            close();
+        } else {
+            panelShown = false;
+        }
+        return;
     default:
         break;
     }
@@ -75,19 +88,9 @@ void Model::act(const Step& step, const Seen& seen) {
             return;
         else
             highlighted = entry;
-        return listEvent(choose(buttons, step.a), highlighted, step);
+        return listEvent(choose(listButtons, step.a), highlighted, step);
     case Action::ListKey:
         return listKey(step, seen);
-    case Action::Window:
-        if (step.a % 4 == 0)
-            shown = false;
-        else if (step.a % 4 == 1)
-            minimised = true;
-        else if (step.a % 4 == 2)
-            close();
-        else
-            panelShown = false;
-        return;
     case Action::Field:
         if (panelShown)
             fields[step.a % 3] = QString::fromStdString(step.text);
@@ -119,8 +122,9 @@ void Model::press(const Step& step) {
     Row* const row = rows[step.target % rows.size()];
     const Qt::MouseButton button = choose(buttons, step.a);
     if (button == Qt::LeftButton) {
-        const bool onMark =
-            step.b % PlaceCount == Indentation && row->parent && !row->children.empty();
+        const Place place = choose(places, step.b);
+        const bool onMark = (place == Indentation || place == MarkBegin || place == MarkEnd) &&
+                            row->parent && !row->children.empty();
         if (!onMark)
             return tellIf(tree.press(row, choose(modifiers, step.c)));
         tree.pressOther();
@@ -138,11 +142,16 @@ void Model::rightPress(Row* row, const Step& step) {
     Item* const item = row->item;
     tree.current = row;
     std::function<void()> change;
-    switch (step.b % PlaceCount) {
+    switch (choose(places, step.b)) {
+    case MarkBegin:
+    case MarkEnd:
+    case NameMargin:
+        return;
     case Indentation:
         if (row->parent)
             return;
         [[fallthrough]];
+    case NameBegin:
     case Object:
         return itemMenu(item, step);
     case Show:
@@ -222,13 +231,20 @@ void Model::key(const Step& step, const Seen& seen) {
         return shortcut(key, step);
     if (key != Qt::Key_PageUp && key != Qt::Key_PageDown)
         return tellIf(tree.key(key, choose(modifiers, step.c)));
-    const Rows rows = tree.shown();
-    if (answering.kind != EditKind::None)
-        return;
     tree.key(key, {});
-    if (!tree.current || seen.pageRow < 0 || seen.pageRow >= int(rows.size()))
+    if (!tree.current)
         return;
-    tellIf(tree.moveTo(rows[std::size_t(seen.pageRow)], choose(modifiers, step.c)));
+    // To the edge of the screen; from there on by as many rows as it holds.
+    const Rows rows = tree.shown();
+    const int end = int(rows.size()) - 1;
+    const int here = int(std::find(rows.begin(), rows.end(), tree.current) - rows.begin());
+    const int page = std::max(1, seen.atOnce - 1);
+    int to = 0;
+    if (key == Qt::Key_PageUp)
+        to = here > seen.first ? seen.first : std::max(0, here - page);
+    else
+        to = seen.last < 0 ? end : here < seen.last ? seen.last : std::min(end, here + page);
+    tellIf(tree.moveTo(rows[std::size_t(to)], choose(modifiers, step.c)));
 }
 
 void Model::listKey(const Step& step, const Seen& seen) {

@@ -55,6 +55,9 @@ struct Item {
     std::array<double, 3> origin{};
     std::array<double, 3> step{1, 1, 1};
 
+    // Of a poly-line.
+    std::vector<std::array<float, 3>> corners;
+
     bool isComposite() const { return kind <= Kind::Group; }
     /// A set that has members stands for them, and counts nowhere.
     bool listsMembers() const { return kind == Kind::Set && !parts.empty(); }

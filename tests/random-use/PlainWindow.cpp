@@ -31,8 +31,14 @@ void Model::tell(Who who, Change kind) {
     // The other subscriber was there before the window.
     if (who != Who::Other) {
         static const char* const names[] = {"update", "add", "delete"};
-        said.told << QString::fromLatin1(names[int(kind)]) + ", " +
-                         QString::number(tree.all().size()) + " rows, " + list.join(u'|');
+        const Rows rows = tree.all();
+        const auto selected =
+            std::count_if(rows.begin(), rows.end(), [](const Row* row) { return row->selected; });
+        said.told << QStringLiteral("%1, %2 of %3 rows selected, %4")
+                         .arg(QLatin1String(names[int(kind)]))
+                         .arg(selected)
+                         .arg(rows.size())
+                         .arg(list.join(u'|'));
         edit(Who::Other, std::exchange(answering, {}));
     }
     if (toWindow && m_untold.size() == untold) {

@@ -25,10 +25,13 @@ struct Said {
     QStringList asked;    ///< the dialogs that opened, with their texts
 };
 
-/// What only the screen can tell: where the keys of lists and pages start from and lead to.
+/// What only the screen can tell before a step: where the keys of the list start from, and which
+/// rows of the tree are on it, counted as shown.
 struct Seen {
-    int listRow = -1; ///< the list's current row before the step
-    int pageRow = -1; ///< the row that a page key led to, counted as shown
+    int listRow = -1; ///< the list's current row
+    int first = -1;
+    int last = -1;  ///< -1: the rows end above the lower edge
+    int atOnce = 0; ///< how many rows the screen holds
 };
 
 enum class Change { Update, Add, Delete };

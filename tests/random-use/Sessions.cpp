@@ -67,7 +67,7 @@ Edit Generator::pickEdit(plain::Model& model) {
     if (isMuch(model) && pick(2) == 0)
         edit.kind = EditKind::Destroy;
     if (pick(40) == 0)
-        edit.kind = EditKind::Kill;
+        edit.kind = pick(2) ? EditKind::Kill : EditKind::Throw;
     return edit;
 }
 

@@ -15,7 +15,7 @@ static_assert(std::size(actionNames) == actionCount);
 
 const char* const editNames[] = {"None",    "Select", "Show",      "Paint",  "AddAtom", "AddBond",
                                  "AddLeaf", "AddBox", "AddSet",    "AddTop", "Destroy", "Swap",
-                                 "SetAtom", "Model",  "Highlight", "Kill"};
+                                 "SetAtom", "Model",  "Highlight", "Kill",   "Throw"};
 static_assert(std::size(editNames) == editCount);
 
 const char* const startNames[] = {"Generated", "Sample", "Ubiquitin", "Crambin", "Crabp", "Empty"};

@@ -29,9 +29,10 @@ enum class EditKind {
     SetAtom,   ///< value: its new type, place, model
     Model,     ///< value: first, previous, next
     Highlight, ///< switches the host's showing of the selection; needs no guard
-    Kill       ///< sends the plug-in "Kill"
+    Kill,      ///< sends the plug-in "Kill"
+    Throw      ///< answering: an exception leaves the handler
 };
-constexpr int editCount = static_cast<int>(EditKind::Kill) + 1;
+constexpr int editCount = static_cast<int>(EditKind::Throw) + 1;
 
 struct Edit {
     EditKind kind = EditKind::None;
@@ -57,12 +58,12 @@ enum class Action {
     TreeOnly,    ///< switches the panel's box
     Button,      ///< of the panel; a: which
     Call,        ///< a: entry point of the plug-in; b: which command
-    Window,      ///< a: hidden, minimised, closed, its panel closed
+    Window,      ///< a: hidden, minimised, closed, its panel closed; whether shown or not
     Lock,        ///< the host refuses changes from now on, or no longer
     Outside,     ///< edit: done by others now
     Answering,   ///< edit: done by another subscriber when it is told the next time
     Build,       ///< others add a structure; a: which
-    Load,        ///< a: which file
+    Load,        ///< a: which file; one of them is refused
     Sabotage,    ///< selects an item behind everyone's back: a comparison must notice
     Crash        ///< ends the program, which must be noticed, too
 };
@@ -111,6 +112,9 @@ const Choice& choose(const std::vector<Choice>& choices, unsigned int number) {
 }
 
 inline constexpr Qt::MouseButton buttons[] = {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton};
+inline constexpr Qt::MouseButton listButtons[] = {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton,
+                                                  Qt::LeftButton, Qt::RightButton, Qt::MiddleButton,
+                                                  Qt::BackButton};
 inline const Qt::KeyboardModifiers modifiers[] = {
     {}, {}, Qt::ShiftModifier, Qt::ControlModifier, Qt::ShiftModifier | Qt::ControlModifier};
 inline constexpr Qt::Key treeKeys[] = {
@@ -125,7 +129,7 @@ inline constexpr Qt::Key listKeys[] = {Qt::Key_Up,  Qt::Key_Down, Qt::Key_Home,
                                        Qt::Key_P,   Qt::Key_N,    Qt::Key_F1};
 inline constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Show"};
 inline constexpr const char* madeTypes[] = {"C", "N", "O", "H", "Cu", "X"};
-inline constexpr const char* madeNames[] = {"CA", "N", "O1", "H/1", "CU", "CB'"};
+inline constexpr const char* madeNames[] = {"CA", "N", "O1", "H/1", "CU", "CB'", "C\xE9"};
 
 /// What others give an atom that they make or change.
 struct AtomValues {
@@ -153,7 +157,24 @@ struct GridValues {
     std::array<double, 3> step{1.7321, 1.7321, 1.7321};
 };
 
-/// Where in a row the mouse is pressed: a column, right of all columns, or the indentation.
-enum Place { Object, Show, Select, Partial, RightOfAll, Indentation, PlaceCount };
+/// Where in a row the mouse is pressed: a column, right of all columns, the indentation, or where
+/// one ends and the next begins: the first and last point of the branch mark, and of the name.
+enum Place {
+    Object,
+    Show,
+    Select,
+    Partial,
+    RightOfAll,
+    Indentation,
+    MarkBegin,
+    MarkEnd,
+    NameMargin,
+    NameBegin
+};
+inline constexpr Place places[] = {Object,    Show,    Select,     Partial,  RightOfAll,
+                                   Object,    Show,    Select,     Partial,  Indentation,
+                                   MarkBegin, MarkEnd, NameMargin, NameBegin};
+/// What the messages of an exception out of a handler say.
+inline constexpr const char* complaint = "the other subscriber cannot take this";
 
 } // namespace random_use
