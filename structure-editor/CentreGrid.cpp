@@ -8,8 +8,9 @@
 
 namespace {
 
-// With these, a grid of real atoms has cells of about the radius, and little memory.
-constexpr std::size_t cellsPerCentre = 16;
+// With these, a grid of real atoms has cells of about the radius, also when only some of the atoms,
+// here and there, are centres. It takes 20 MB at most.
+constexpr std::size_t cellsPerCentre = 512;
 constexpr std::size_t fewCells = 4096;
 constexpr std::size_t mostCells = std::size_t{1} << 22;
 // More centres in one cell are for the tree.
@@ -104,26 +105,42 @@ void CentreGrid::markSurroundings() {
                 std::memset(&m_surrounded[static_cast<Cell>(cell) + row - 1], 1, 3);
 }
 
-bool CentreGrid::isNear(const Point& point) const {
+CentreGrid::Cell CentreGrid::cellAround(const Point& point) const {
     Cell cell = 0;
     for (const std::size_t axis : {0, 1, 2}) {
         const double place = (static_cast<double>(point[axis]) - m_low[axis]) * m_perLength;
-        if (!(place >= -1.0 && place < m_cells[axis] + 1.0)) // no number is not, either
-            return false;
-        cell += m_stride[axis] * static_cast<Cell>(place + border);
+        // What is no number is not inside, either.
+        const bool isInside = place >= -1.0 && place < m_cells[axis] + 1.0;
+        cell += m_stride[axis] * static_cast<Cell>(isInside ? place + border : 0.0);
     }
-    if (!m_surrounded[cell])
+    return cell;
+}
+
+bool CentreGrid::isNear(const Point& point, Cell cell) const {
+    const auto passes = [this, &point](std::uint32_t i) {
+        const Lanes dx = point[0] - lanesAt(&m_coordinates[0][i]);
+        const Lanes dy = point[1] - lanesAt(&m_coordinates[1][i]);
+        const Lanes dz = point[2] - lanesAt(&m_coordinates[2][i]);
+        return dx * dx + dy * dy + dz * dz <= m_squaredLimit;
+    };
+    // The first four of each row at once, without a question: most rows hold no more, and what
+    // stands behind a row are centres, too.
+    decltype(passes(0)) found{};
+    bool isAll = true;
+    for (const Cell row : m_rows) {
+        const std::uint32_t first = m_first[cell + row - 1];
+        found |= passes(first);
+        isAll &= m_first[cell + row + 2] - first <= laneCount;
+    }
+    if (found[0] | found[1] | found[2] | found[3])
+        return true;
+    if (isAll)
         return false;
     for (const Cell row : m_rows) {
-        const Cell middle = cell + row;
-        const std::uint32_t end = m_first[middle + 2];
-        // What the last four hold beyond the row are centres, too.
-        for (std::uint32_t i = m_first[middle - 1]; i < end; i += laneCount) {
-            const Lanes dx = point[0] - lanesAt(&m_coordinates[0][i]);
-            const Lanes dy = point[1] - lanesAt(&m_coordinates[1][i]);
-            const Lanes dz = point[2] - lanesAt(&m_coordinates[2][i]);
-            const auto passes = dx * dx + dy * dy + dz * dz <= m_squaredLimit;
-            if (passes[0] | passes[1] | passes[2] | passes[3])
+        const std::uint32_t end = m_first[cell + row + 2];
+        for (std::uint32_t i = m_first[cell + row - 1] + laneCount; i < end; i += laneCount) {
+            found = passes(i);
+            if (found[0] | found[1] | found[2] | found[3])
                 return true;
         }
     }
@@ -131,6 +148,21 @@ bool CentreGrid::isNear(const Point& point) const {
 }
 
 void CentreGrid::search(const std::vector<Point>& points, std::vector<std::uint8_t>& near) const {
-    for (std::size_t i = 0; i != points.size(); ++i)
-        near[i] = isNear(points[i]) ? 1 : 0;
+    // First those in cells that may have something near, found without a branch; a part of the
+    // points at a time, as there is to be no allocation.
+    constexpr std::size_t part = 256;
+    std::array<std::size_t, part> candidates{};
+    std::array<Cell, part> cells{};
+    for (std::size_t begin = 0; begin < points.size(); begin += part) {
+        std::size_t count = 0;
+        const std::size_t end = std::min(begin + part, points.size());
+        for (std::size_t i = begin; i != end; ++i) {
+            const Cell cell = cellAround(points[i]);
+            candidates[count] = i;
+            cells[count] = cell;
+            count += m_surrounded[cell];
+        }
+        for (std::size_t k = 0; k != count; ++k)
+            near[candidates[k]] = isNear(points[candidates[k]], cells[k]) ? 1 : 0;
+    }
 }

@@ -28,7 +28,10 @@ private:
 
     CentreGrid(const std::vector<Point>& centres, const Reach& reach);
     Cell cellOf(const Point& centre) const;
-    bool isNear(const Point& point) const;
+    /// The cell of any point; 0, which has nothing near, for one that is far from all centres.
+    Cell cellAround(const Point& point) const;
+    /// Whether a centre is near a point in that cell.
+    bool isNear(const Point& point, Cell cell) const;
     /// Sorts the centres by their cells; returns whether no cell holds too many.
     bool fill(const std::vector<Point>& centres);
     /// Marks the cells that have a centre in or around them.
