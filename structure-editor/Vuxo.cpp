@@ -115,4 +115,5 @@ void Vuxo::rebuild() {
     MakeList();
     UpdateList();
     Populate(m_Current);
+    m_isBehind = false;
 }

@@ -51,17 +51,23 @@ void Vuxo::SelectionChanged() {
                           [top](TAVIK::Space*) { top->CheckSelection(); });
 }
 
+// What memory did not suffice for is made good with the next notification, whatever it tells of.
+
 void Vuxo::commUpdate() {
+    if (m_isBehind)
+        rebuild();
+    m_isBehind = true;
     if (!m_selectionStays || !m_Tree->isInStep())
         m_Tree->UpdateSelection();
     m_Tree->triggerUpdate();
-    if (m_isBehind)
-        MakeList();
     UpdateList();
     m_isBehind = false;
 }
 
 void Vuxo::commAdd() {
+    if (m_isBehind)
+        rebuild();
+    m_isBehind = true;
     MakeList();
     if (TreeItem* top = m_Tree->firstChild()) {
         top->commAdd();
@@ -69,11 +75,16 @@ void Vuxo::commAdd() {
             top->setOpen(true);
     }
     m_Tree->triggerUpdate();
+    m_isBehind = false;
 }
 
 void Vuxo::commDelete() {
     qDebug("%s", "Vuxo::commDelete(): Did somebody killed my data?");
+    if (m_isBehind)
+        rebuild();
+    m_isBehind = true;
     m_Tree->clear();
     m_Tree->triggerUpdate();
     MakeList();
+    m_isBehind = false;
 }

@@ -118,33 +118,6 @@ Compound* fillSpace() {
     return entry;
 }
 
-void describe(Compound* item, QStringList& out) {
-    out << QStringLiteral("%1 %2%3 %4 %5")
-               .arg(QString::fromLatin1(item->GetName()))
-               .arg(item->IsSelected())
-               .arg(item->IsVisible())
-               .arg(item->GetColor().rgba())
-               .arg(memory_host::activeModel(item));
-    if (const auto* grid = dynamic_cast<const TAVIK::Grid*>(item))
-        for (const std::size_t axis : {0, 1, 2})
-            out.back() +=
-                QStringLiteral(" %1-%2").arg(grid->m_lower[axis]).arg(grid->m_upper[axis]);
-    for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
-        describe(*child, out);
-}
-
-// All that a command can change, without ids: a space that is filled anew reads the same.
-QStringList data() {
-    QStringList out;
-    describe(Space::instance(), out);
-    return out;
-}
-
-bool changesAreGranted() {
-    const DataPoint<Space> guard(nullptr, Space::instance());
-    return guard.m_good;
-}
-
 QString text(const QString& what, const QStringList& lines) {
     return what + QLatin1String(":\n  ") + lines.join(QLatin1String("\n  "));
 }
@@ -237,7 +210,7 @@ class AllocationFaultTest : public test_support::TestCase {
             return text("lines in the log", log);
         // What does without, as the log does, makes good what was refused.
         const bool madeGood =
-            told == 0 && thrown.isEmpty() && all == good.log && data() == good.data;
+            told == 0 && thrown.isEmpty() && all == good.log && dataLines() == good.data;
         if (madeGood)
             ++m_madeGood;
         else if (isStep(call) ? thrown != QLatin1String("std::bad_alloc") || told != 0
@@ -254,7 +227,7 @@ class AllocationFaultTest : public test_support::TestCase {
             return "a guard is still open";
         for (const std::string& fault : memory_host::checkInvariants())
             return QString::fromStdString(fault);
-        const QStringList now = data();
+        const QStringList now = dataLines();
         if (now != before && now != good.data)
             return text("half a change", now) + text("\nbefore", before);
         if (now != before && other.updates + other.adds + other.deletes == 0)
@@ -270,8 +243,8 @@ class AllocationFaultTest : public test_support::TestCase {
         takeMessages();
         if (const QString thrownNow = run(call); !thrownNow.isEmpty())
             return "thrown by the next: " + thrownNow;
-        if (now == before && data() != good.data)
-            return text("the next made something else", data()) + text("\ninstead of", good.data);
+        if (now == before && dataLines() != good.data)
+            return text("the next made something else", dataLines()) + text("\ninstead of", good.data);
         showAll(call);
         if (const QStringList faults = windowFaults(*m_window); !faults.isEmpty())
             return text("the window after the next", faults);
@@ -281,9 +254,9 @@ class AllocationFaultTest : public test_support::TestCase {
 
     void failAtEachAllocation(const Call& call, int refuse) {
         prepare(call);
-        const QStringList before = data();
+        const QStringList before = dataLines();
         QCOMPARE(run(call), QString());
-        const Outcome good{data(), takeHostLog(), takeMessages()};
+        const Outcome good{dataLines(), takeHostLog(), takeMessages()};
         QCOMPARE(good.data == before, changesNothing(call));
         showAll(call);
         QCOMPARE(windowFaults(*m_window), QStringList());
@@ -294,7 +267,7 @@ class AllocationFaultTest : public test_support::TestCase {
             const QString thrown = run(call, failure);
             if (failure.refused == 0) {
                 m_tried += granted;
-                QCOMPARE(data(), good.data);
+                QCOMPARE(dataLines(), good.data);
                 QCOMPARE(takeHostLog(), good.log);
                 takeMessages();
                 break;

@@ -1,5 +1,8 @@
 #include "SlotTools.h"
 
+#include "Building.h"
+#include "DataPoint.h"
+#include "Kinds.h"
 #include "ListBox.h"
 #include "Space.h"
 #include "TreeItem.h"
@@ -69,7 +72,33 @@ void compareRows(const TreeItem* row, QStringList& faults) {
         faults << name + ": a row too many";
 }
 
+void describe(Compound* item, QStringList& out) {
+    out << QStringLiteral("%1 %2%3 %4 %5")
+               .arg(QString::fromLatin1(item->GetName()))
+               .arg(item->IsSelected())
+               .arg(item->IsVisible())
+               .arg(item->GetColor().rgba())
+               .arg(memory_host::activeModel(item));
+    if (const auto* grid = dynamic_cast<const TAVIK::Grid*>(item))
+        for (const std::size_t axis : {0, 1, 2})
+            out.back() +=
+                QStringLiteral(" %1-%2").arg(grid->m_lower[axis]).arg(grid->m_upper[axis]);
+    for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
+        describe(*child, out);
+}
+
 } // namespace
+
+QStringList dataLines() {
+    QStringList out;
+    describe(Space::instance(), out);
+    return out;
+}
+
+bool changesAreGranted() {
+    const DataPoint<Space> guard(nullptr, Space::instance());
+    return guard.m_good;
+}
 
 QStringList windowFaults(const Vuxo& window) {
     QStringList faults;

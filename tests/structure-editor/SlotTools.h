@@ -1,5 +1,5 @@
-// For tests that call slots of the window by name, and look afterwards whether window and data are
-// in step.
+// For tests that call slots of the window by name, and look afterwards at the data and whether the
+// window is in step with them.
 #pragma once
 
 #include <QByteArray>
@@ -14,6 +14,11 @@ QStringList allSlots();
 /// Calls a slot by its signature, with arguments where it takes some; `button` is that of
 /// ListEvent, on the first entry. Returns whether there is such a slot.
 bool invoke(Vuxo& window, const QByteArray& signature, int button = 0);
+/// All that a command can change, a line an item, without ids: a space that is filled anew reads
+/// the same.
+QStringList dataLines();
+/// Whether the host grants a change now: none is open.
+bool changesAreGranted();
 /// Lines for what list and tree show other than the host holds.
 QStringList windowFaults(const Vuxo& window);
 

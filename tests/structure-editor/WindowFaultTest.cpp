@@ -4,12 +4,16 @@
 #include "DataPoint.h"
 #include "FailingMemory.h"
 #include "ListBox.h"
+#include "SlotTools.h"
 #include "Space.h"
 #include "TreeView.h"
 #include "WindowTestCase.h"
 
 #include <limits>
+#include <optional>
+#include <stdexcept>
 
+using namespace slot_tools;
 using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
@@ -18,11 +22,6 @@ namespace {
 
 // Whoever handles this name needs large blocks of memory.
 const std::string longName(20'000, 'x');
-
-bool changesAreGranted() {
-    const DataPoint<Space> guard(nullptr, Space::instance());
-    return guard.m_good;
-}
 
 QString marks(const Vuxo& window, int index) {
     return entries(window).at(index).left(3);
@@ -135,6 +134,59 @@ private slots:
         QVERIFY(!entry->IsVisible());
         QCOMPARE(marks(*m_window, 0), "O_ ");
         other.onUpdate = {};
+        QVERIFY(changesAreGranted());
+    }
+
+    void othersThatThrowKeepNothingFromTheWindow_data() {
+        QTest::addColumn<bool>("before");
+        QTest::newRow("told before the window") << true;
+        QTest::newRow("told after the window") << false;
+    }
+
+    void othersThatThrowKeepNothingFromTheWindow() {
+        QFETCH(bool, before);
+        Compound* entry = addStructure("1abc");
+        std::optional<OtherPlugin> other;
+        if (before)
+            other.emplace();
+        openWindow();
+        clickEntry(*m_window, 0);
+        if (!before)
+            other.emplace();
+        const auto fail = [] { throw std::runtime_error("cannot take this"); };
+        other->onUpdate = other->onAdd = other->onDelete = fail;
+        const QStringList complaint("a subscriber failed to take in a change: cannot take this");
+
+        // What third parties do.
+        selectElsewhere(entry, true);
+        QCOMPARE(takeHostLog(), complaint);
+        QVERIFY(isMarked(*m_window, {"1abc", "A", "Groups"}));
+        addAtomTo(itemAt(entry, {"A", "Groups", "HOH 2"}), "H1");
+        QCOMPARE(takeHostLog(), complaint);
+        QVERIFY(rows(*m_window).contains("    H1"));
+        Compound* second = addEmpty("second");
+        QCOMPARE(takeHostLog(), complaint);
+        QCOMPARE(listOf(*m_window)->count(), 2);
+        destroyElsewhere(second);
+        QCOMPARE(takeHostLog(), complaint);
+        QCOMPARE(takeMessages(), QStringList("Vuxo::commDelete(): Did somebody killed my data?"));
+        QVERIFY(rows(*m_window).isEmpty());
+        QCOMPARE(entries(*m_window), QStringList(" / 1abc"));
+
+        // What the window does itself: the others hear of it, and it shows it all the same.
+        clickEntry(*m_window, 0);
+        m_window->MakeCartesian();
+        QCOMPARE(takeHostLog(), complaint);
+        QCOMPARE(listOf(*m_window)->count(), 2);
+        m_window->SelectedClear();
+        QCOMPARE(takeHostLog(), complaint);
+        QCOMPARE(marks(*m_window, 0), " _ ");
+        m_window->KillAll();
+        QCOMPARE(takeHostLog(), complaint);
+        QCOMPARE(listOf(*m_window)->count(), 0);
+        QVERIFY(rows(*m_window).isEmpty());
+        QCOMPARE(other->updates + other->adds + other->deletes, 7);
+        other->onUpdate = {};
         QVERIFY(changesAreGranted());
     }
 
