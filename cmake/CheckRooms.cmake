@@ -28,3 +28,15 @@ check_room(structure-editor memory-host workbench)
 check_room(memory-host include structure-editor workbench)
 check_room(workbench include structure-editor)
 check_room(tests/host-contract structure-editor memory-host workbench)
+
+# The plain model of the random sessions knows nothing of what it is compared with.
+file(GLOB plain ${ROOT}/tests/random-use/Plain*.cpp ${ROOT}/tests/random-use/Plain*.h
+  ${ROOT}/tests/random-use/Step.cpp ${ROOT}/tests/random-use/Step.h)
+foreach(file ${plain})
+  file(STRINGS ${file} includes REGEX "^ *# *include *\"")
+  foreach(line ${includes})
+    if(NOT line MATCHES "\"(Plain[A-Za-z]*|Step)\\.h\"")
+      message(SEND_ERROR "${file}, ${line}: the plain model must not know what is not part of it")
+    endif()
+  endforeach()
+endforeach()

@@ -85,6 +85,12 @@ void Generator::goOn(Step& step) {
         step.action = pick(2) ? Action::Move : Action::Release;
     if (step.action == Action::Press && pick(2))
         step.a = 0; // the left button
+    if (step.action == Action::Press && pick(6) == 0) {
+        // Deep rows come on the screen, and go with a branch far above them.
+        step.a = 0;
+        step.b = unsigned(std::find(std::begin(places), std::end(places), Indentation) -
+                          std::begin(places));
+    }
     if ((step.action == Action::Press || step.action == Action::Key) && pick(2))
         step.c = m_last.c;
 }
