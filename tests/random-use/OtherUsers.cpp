@@ -99,7 +99,7 @@ void addItem(Compound* item, const std::vector<Compound*>& all, const Edit& edit
         const AtomValues values(value);
         memory_host::addAtom(boxOf(item), recordOf(values, choose(madeNames, value)));
     } else if (edit.kind == EditKind::AddBond) {
-        memory_host::addBond(boxAround(item), item, all[value % all.size()]);
+        memory_host::addBond(value % 4 ? boxAround(item) : space, item, all[value % all.size()]);
     } else if (edit.kind == EditKind::AddLeaf) {
         addLeaf(boxOf(item), value);
     } else if (edit.kind == EditKind::AddBox) {
@@ -109,9 +109,12 @@ void addItem(Compound* item, const std::vector<Compound*>& all, const Edit& edit
     } else if (edit.kind == EditKind::AddTop) {
         addLeaf(space, value / 2);
     } else {
+        std::vector<Compound*> from = all;
+        if (value % 6 == 0)
+            from.assign(space->ChildBegin(), space->ChildEnd());
         std::vector<Compound*> members;
-        for (unsigned int i = 0; i != value % 4 && !all.empty(); ++i)
-            members.push_back(all[(edit.target + i * value) % all.size()]);
+        for (unsigned int i = 0; i != value % 4 && !from.empty(); ++i)
+            members.push_back(from[(edit.target + i * value) % from.size()]);
         DataMaker::makeSet(value % 3 ? boxOf(item) : space, "set", members);
     }
 }

@@ -81,7 +81,8 @@ void Model::edit(Who who, const Edit& edit) {
         Item* other = all.empty() ? nullptr : all[value % all.size()];
         if (item && item != other && item->kind == Kind::Atom && other->kind == Kind::Atom)
             guarded(who, Change::Add, [&] {
-                Item* bond = host.make(Host::boxAround(item), Kind::Bond, {});
+                Item* bond =
+                    host.make(value % 4 ? Host::boxAround(item) : host.space(), Kind::Bond, {});
                 bond->name = Host::bondName(*item, *other);
                 bond->parts = {item, other};
             });
@@ -105,8 +106,9 @@ void Model::edit(Who who, const Edit& edit) {
     case EditKind::AddSet:
         guarded(who, Change::Add, [&] {
             Items members;
-            for (unsigned int i = 0; i != value % 4 && !all.empty(); ++i)
-                members.push_back(all[(edit.target + i * value) % all.size()]);
+            const Items& from = value % 6 ? all : topLevel();
+            for (unsigned int i = 0; i != value % 4 && !from.empty(); ++i)
+                members.push_back(from[(edit.target + i * value) % from.size()]);
             host.makeSet(value % 3 ? box() : host.space(), "set", members);
         });
         return;

@@ -19,10 +19,10 @@ enum class EditKind {
     Show,      ///< value: on or off
     Paint,     ///< value: the colour
     AddAtom,   ///< value: name, model and place
-    AddBond,   ///< value: the second atom
+    AddBond,   ///< value: the second atom, and whether it stands in the space itself
     AddLeaf,   ///< value: which kind
     AddBox,    ///< an empty composite; value: which kind
-    AddSet,    ///< value: how many members, and which
+    AddSet,    ///< value: how many members, and which; of top-level items only for some values
     AddTop,    ///< a top-level item; value: which kind
     Destroy,   ///< value: 0 to 3 a top-level item, else any
     Swap,      ///< one change destroys a top-level item and makes another
