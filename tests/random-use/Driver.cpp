@@ -75,7 +75,8 @@ unsigned int takeId() {
 } // namespace
 
 Driver::Driver(const Start& start, plain::Model& model)
-    : m_model(model), m_watched(start.kind == Start::Generated && start.seed % 4 == 0) {
+    : m_model(model), m_isLow(start.seed % 3 == 1),
+      m_watched(start.kind == Start::Generated && start.seed % 4 == 0) {
     useSmallHelp();
     model.plugins = start.plugins;
     if (start.plugins)
@@ -182,8 +183,8 @@ plain::Said Driver::act(const Step& step) {
         m_model.act(step, m_seen);
     }
     if (Vuxo* made = window(); made && m_rows != treeOf(made)->model()) {
-        // Wide enough for all columns of the tree.
-        made->resize(1000, 700);
+        // Wide enough for all columns of the tree; in a low one not all rows are on the screen.
+        made->resize(1000, m_isLow ? 260 : 700);
         m_rows = treeOf(made)->model();
         if (m_watched)
             m_tester = std::make_unique<QAbstractItemModelTester>(

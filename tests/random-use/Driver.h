@@ -11,6 +11,7 @@
 #include <QPointer>
 
 #include <memory>
+#include <optional>
 
 class ListBox;
 class QFrame;
@@ -88,8 +89,9 @@ private:
     TreeItem* shownRow(unsigned int number) const;
     QPoint placeIn(const TreeItem* row, unsigned int place) const;
     QPoint belowRows() const;
-    /// Where a drag goes to or ends.
-    QPoint dragPlace(const Step& step) const;
+    /// Where a drag goes to or ends; nowhere when that is below rows that fill the screen: what a
+    /// mouse that rests outside drags along depends on the time.
+    std::optional<QPoint> dragPlace(const Step& step);
     void press(const Step& step);
     void doubleClick(const Step& step);
     void key(const Step& step);
@@ -105,6 +107,7 @@ private:
     plain::Said m_said;
     Listener m_listener;
     std::unique_ptr<memory_host::SpaceLock> m_lock;
+    bool m_isLow;
     bool m_watched;
     QPointer<QAbstractItemModel> m_rows;
     std::unique_ptr<QAbstractItemModelTester> m_tester;

@@ -110,16 +110,16 @@ void Driver::doInWindow(const Step& step) {
     case Action::PressBelow:
         return answering(step, [&] { press(step); });
     case Action::Move:
-        if (shownRow(0)) {
-            const QPoint to = dragPlace(step);
+        if (const std::optional<QPoint> to = shownRow(0) ? dragPlace(step) : std::nullopt) {
             QWidget* viewport = treeOf(window())->viewport();
-            QMouseEvent move(QEvent::MouseMove, to, viewport->mapToGlobal(to), Qt::NoButton,
+            QMouseEvent move(QEvent::MouseMove, *to, viewport->mapToGlobal(*to), Qt::NoButton,
                              Qt::LeftButton, Qt::NoModifier);
             QApplication::sendEvent(viewport, &move);
         }
         return;
     case Action::Release:
-        QTest::mouseRelease(treeOf(window())->viewport(), Qt::LeftButton, {}, dragPlace(step));
+        if (const std::optional<QPoint> at = dragPlace(step))
+            QTest::mouseRelease(treeOf(window())->viewport(), Qt::LeftButton, {}, *at);
         return;
     case Action::DoubleClick:
         if (shownRow(0) && m_listener.answer.kind == EditKind::None)
@@ -191,12 +191,16 @@ QPoint Driver::belowRows() const {
     return {40, bottom + 12};
 }
 
-QPoint Driver::dragPlace(const Step& step) const {
+std::optional<QPoint> Driver::dragPlace(const Step& step) {
     unsigned int count = 0;
     for (const TreeItem* row = treeOf(window())->firstChild(); row; row = row->itemBelow())
         ++count;
     const unsigned int number = step.target % (count + 1);
-    return number == count ? belowRows() : placeIn(shownRow(number), Object);
+    if (number != count)
+        return placeIn(shownRow(number), Object);
+    const QPoint below = belowRows();
+    m_seen.hasRoomBelow = below.y() < treeOf(window())->viewport()->height();
+    return m_seen.hasRoomBelow ? std::optional(below) : std::nullopt;
 }
 
 void Driver::press(const Step& step) {

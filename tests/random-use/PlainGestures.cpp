@@ -66,11 +66,13 @@ void Model::act(const Step& step, const Seen& seen) {
     case Action::PressBelow:
         return tellIf(tree.pressBelow(choose(buttons, step.a), choose(modifiers, step.c)));
     case Action::Move:
-        if (row)
+        if (row && (rowOrBelow || seen.hasRoomBelow))
             tellIf(tree.dragTo(rowOrBelow));
         return;
     case Action::Release:
-        return tellIf(tree.release(rowOrBelow));
+        if (rowOrBelow || seen.hasRoomBelow)
+            tellIf(tree.release(rowOrBelow));
+        return;
     case Action::DoubleClick:
         if (row && answering.kind == EditKind::None)
             doubleClick(step);

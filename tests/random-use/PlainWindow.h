@@ -32,6 +32,7 @@ struct Seen {
     int first = -1;
     int last = -1;  ///< -1: the rows end above the lower edge
     int atOnce = 0; ///< how many rows the screen holds
+    bool hasRoomBelow = true;
 };
 
 enum class Change { Update, Add, Delete };
