@@ -184,7 +184,7 @@ plain::Said Driver::act(const Step& step) {
     }
     if (Vuxo* made = window(); made && m_rows != treeOf(made)->model()) {
         // Wide enough for all columns of the tree; in a low one not all rows are on the screen.
-        made->resize(1000, m_isLow ? 260 : 700);
+        made->resize(1000, m_isLow ? 140 : 700);
         m_rows = treeOf(made)->model();
         if (m_watched)
             m_tester = std::make_unique<QAbstractItemModelTester>(

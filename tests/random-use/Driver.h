@@ -94,6 +94,7 @@ private:
     std::optional<QPoint> dragPlace(const Step& step);
     void press(const Step& step);
     void doubleClick(const Step& step);
+    void openRows();
     void key(const Step& step);
     void lookAtScreen();
     void listKey(const Step& step);

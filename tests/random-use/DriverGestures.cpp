@@ -125,6 +125,8 @@ void Driver::doInWindow(const Step& step) {
         if (shownRow(0) && m_listener.answer.kind == EditKind::None)
             doubleClick(step);
         return;
+    case Action::Open:
+        return openRows();
     case Action::Key:
     case Action::Type:
         return key(step);
@@ -224,6 +226,18 @@ void Driver::doubleClick(const Step& step) {
                        Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(viewport, &second);
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, at);
+}
+
+void Driver::openRows() {
+    TreeView* tree = treeOf(window());
+    for (int i = 0; i != openedAtOnce; ++i) {
+        const TreeItem* row = tree->firstChild();
+        while (row && (row->depth() == 0 || row->isOpen() || row->childCount() == 0))
+            row = row->itemBelow();
+        if (!row)
+            return;
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, placeIn(row, Indentation));
+    }
 }
 
 void Driver::key(const Step& step) {

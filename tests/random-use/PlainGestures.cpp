@@ -77,6 +77,8 @@ void Model::act(const Step& step, const Seen& seen) {
         if (row && answering.kind == EditKind::None)
             doubleClick(step);
         return;
+    case Action::Open:
+        return openRows();
     case Action::Key:
         return key(step, seen);
     case Action::Type:
@@ -208,6 +210,19 @@ void Model::doubleClick(const Step& step) {
     tellIf(tree.release(row));
     if (row->open || !row->children.empty())
         tree.setOpen(row, !row->open);
+}
+
+void Model::openRows() {
+    for (int i = 0; i != openedAtOnce; ++i) {
+        const Rows rows = tree.shown();
+        const auto closed = std::find_if(rows.begin(), rows.end(), [](const Row* row) {
+            return row->parent && !row->open && !row->children.empty();
+        });
+        if (closed == rows.end())
+            return;
+        tree.pressOther();
+        tree.setOpen(*closed, true);
+    }
 }
 
 namespace {

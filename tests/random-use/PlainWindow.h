@@ -114,6 +114,7 @@ private:
     void rightPress(Row* row, const Step& step);
     void itemMenu(Item* item, const Step& step);
     void doubleClick(const Step& step);
+    void openRows();
     void key(const Step& step, const Seen& seen);
     void listKey(const Step& step, const Seen& seen);
     void tellIf(bool selectionChanges);

@@ -19,13 +19,14 @@ constexpr Weight weights[] = {
     {Action::Menu, {10, 20, 3, 6}},     {Action::Press, {14, 8, 24, 10}},
     {Action::PressBelow, {1, 1, 3, 1}}, {Action::Move, {3, 1, 10, 2}},
     {Action::Release, {4, 2, 10, 3}},   {Action::DoubleClick, {2, 1, 5, 1}},
-    {Action::Key, {8, 4, 20, 5}},       {Action::Type, {1, 1, 4, 1}},
-    {Action::Header, {1, 1, 2, 1}},     {Action::PressEntry, {8, 6, 8, 8}},
-    {Action::ListKey, {2, 1, 4, 1}},    {Action::Field, {2, 3, 0, 1}},
-    {Action::TreeOnly, {1, 1, 0, 1}},   {Action::Button, {3, 6, 1, 2}},
-    {Action::Call, {2, 1, 1, 4}},       {Action::Window, {1, 1, 1, 3}},
-    {Action::Lock, {1, 1, 1, 3}},       {Action::Outside, {8, 4, 4, 24}},
-    {Action::Answering, {3, 1, 1, 10}}, {Action::Build, {2, 2, 2, 3}},
+    {Action::Open, {2, 1, 4, 1}},       {Action::Key, {8, 4, 20, 5}},
+    {Action::Type, {1, 1, 4, 1}},       {Action::Header, {1, 1, 2, 1}},
+    {Action::PressEntry, {8, 6, 8, 8}}, {Action::ListKey, {2, 1, 4, 1}},
+    {Action::Field, {2, 3, 0, 1}},      {Action::TreeOnly, {1, 1, 0, 1}},
+    {Action::Button, {3, 6, 1, 2}},     {Action::Call, {2, 1, 1, 4}},
+    {Action::Window, {1, 1, 1, 3}},     {Action::Lock, {1, 1, 1, 3}},
+    {Action::Outside, {8, 4, 4, 24}},   {Action::Answering, {3, 1, 1, 10}},
+    {Action::Build, {2, 2, 2, 3}},
 };
 
 } // namespace
@@ -83,6 +84,11 @@ void Generator::goOn(Step& step) {
     const bool drags = m_last.action == Action::Press || m_last.action == Action::Move;
     if (drags && m_theme != Theme::Commands && pick(4) == 0)
         step.action = pick(2) ? Action::Move : Action::Release;
+    if (m_last.action == Action::Key && m_theme != Theme::Commands && pick(3) == 0) {
+        step.action = Action::Key;
+        step.a = m_last.a;
+        step.c = m_last.c;
+    }
     if (step.action == Action::Press && pick(2))
         step.a = 0; // the left button
     if (step.action == Action::Press && pick(6) == 0) {

@@ -7,10 +7,10 @@ namespace random_use {
 namespace {
 
 const char* const actionNames[] = {
-    "Idle",        "Slot",   "Menu",     "Press",  "PressBelow", "Move",    "Release",
-    "DoubleClick", "Key",    "Type",     "Header", "PressEntry", "ListKey", "Field",
-    "TreeOnly",    "Button", "Call",     "Window", "Lock",       "Outside", "Answering",
-    "Build",       "Load",   "Sabotage", "Crash"};
+    "Idle",        "Slot",     "Menu",   "Press",    "PressBelow", "Move",       "Release",
+    "DoubleClick", "Open",     "Key",    "Type",     "Header",     "PressEntry", "ListKey",
+    "Field",       "TreeOnly", "Button", "Call",     "Window",     "Lock",       "Outside",
+    "Answering",   "Build",    "Load",   "Sabotage", "Crash"};
 static_assert(std::size(actionNames) == actionCount);
 
 const char* const editNames[] = {"None",    "Select", "Show",      "Paint",  "AddAtom", "AddBond",

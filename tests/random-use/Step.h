@@ -49,6 +49,7 @@ enum class Action {
     Move,        ///< with the left button held; target: the row, or below the rows
     Release,     ///< target: as for Move
     DoubleClick, ///< target: the row
+    Open,        ///< presses the mark of one closed row after the other
     Key,         ///< a: which key of the tree; c: modifiers
     Type,        ///< in the tree; a: which letter
     Header,      ///< a: column
@@ -156,6 +157,9 @@ struct GridValues {
     std::array<double, 3> origin;
     std::array<double, 3> step{1.7321, 1.7321, 1.7321};
 };
+
+/// How many rows a step opens at most.
+constexpr int openedAtOnce = 40;
 
 /// Where in a row the mouse is pressed: a column, right of all columns, the indentation, or where
 /// one ends and the next begins: the first and last point of the branch mark, and of the name.
