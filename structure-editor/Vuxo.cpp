@@ -27,10 +27,10 @@ std::string roomForLine() {
 std::string spareLine = roomForLine();
 
 // Writes a line about the exception in flight.
-void logFailure(const char* command, const char* what) {
+void logFailure(const char* slot, const char* what) {
     std::string line = std::exchange(spareLine, {});
     line = "Structure Editor: ";
-    line += command;
+    line += slot;
     line += what;
     try {
         throw;
@@ -93,8 +93,8 @@ QString Vuxo::helpSetting() {
     return QString::fromLatin1(Config::GetSetting("Vuxo", "Help").ToString(nullptr));
 }
 
-void Vuxo::commandFailed(Vuxo* window, const char* command) {
-    logFailure(command, " failed: ");
+void Vuxo::commandFailed(Vuxo* window, const char* slot) {
+    logFailure(slot, " failed: ");
     if (!window)
         return;
     try {
@@ -105,7 +105,7 @@ void Vuxo::commandFailed(Vuxo* window, const char* command) {
         window->m_Current = -1;
         window->m_List->clearSelection();
         window->m_isBehind = true;
-        logFailure(command, " failed: the window could not be refreshed either: ");
+        logFailure(slot, " failed: the window could not be refreshed either: ");
     }
 }
 

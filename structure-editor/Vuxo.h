@@ -152,30 +152,30 @@ private:
     /// the item may be gone, and when the answer is no, also the window.
     bool confirmDelete(const std::string& name);
     // What several slots share takes the slot's name along, for the log.
-    void selectFullGroups(TAVIK::Compound* root, const char* command = __builtin_FUNCTION());
+    void selectFullGroups(TAVIK::Compound* root, const char* slot = __builtin_FUNCTION());
     void selectWithinRadius(TAVIK::Compound* root, const QString& label,
-                            const char* command = __builtin_FUNCTION());
-    void setSelectedVisible(bool on, const char* command = __builtin_FUNCTION());
-    void hideUnselected(TAVIK::Compound* root, const char* command = __builtin_FUNCTION());
+                            const char* slot = __builtin_FUNCTION());
+    void setSelectedVisible(bool on, const char* slot = __builtin_FUNCTION());
+    void hideUnselected(TAVIK::Compound* root, const char* slot = __builtin_FUNCTION());
     template <class Change> void forSelectedRows(Change apply) const;
     void ForSelectedResidues(void (*function)(TAVIK::Compound*),
-                             const char* command = __builtin_FUNCTION());
+                             const char* slot = __builtin_FUNCTION());
     void makeSurface(const char* command, const char* argument,
-                     const char* name = __builtin_FUNCTION());
-    void MakeContour(bool high, const char* name = __builtin_FUNCTION());
+                     const char* slot = __builtin_FUNCTION());
+    void MakeContour(bool high, const char* slot = __builtin_FUNCTION());
     void makeAtLevel(const QString& label, const char* command, const char* argument,
-                     const char* name = __builtin_FUNCTION());
-    template <class Command> void tellPlugin(Command command, const char* name);
-    template <class T> void killShown(const char* command = __builtin_FUNCTION());
+                     const char* slot = __builtin_FUNCTION());
+    template <class Tell> void tellPlugin(Tell tell, const char* slot);
+    template <class T> void killShown(const char* slot = __builtin_FUNCTION());
     template <class T>
-    friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* command);
-    void applyPattern(SetOperation operation, const char* command = __builtin_FUNCTION());
+    friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* slot);
+    void applyPattern(SetOperation operation, const char* slot = __builtin_FUNCTION());
 
     /// A command that changes data: withGuard(), with exceptions ending here as attempt() says.
     template <template <class> class Guard, class Item, class Apply>
     void change(Item* item, Apply apply, Refusal refusal = Refusal::Report,
-                const char* command = __builtin_FUNCTION()) {
-        attempt([&] { withGuard<Guard>(item, apply, refusal); }, command);
+                const char* slot = __builtin_FUNCTION()) {
+        attempt([&] { withGuard<Guard>(item, apply, refusal); }, slot);
     }
 
     /// The order of every change of data, in one place: finds nothing to do without an `item`;
@@ -208,18 +208,18 @@ private:
     template <class T> void showChange(const DataAdder<T>&) { commAdd(); }
     template <class T> void showChange(const DataDelete<T>&) {}
 
-    /// Runs a command, and is where an exception out of one ends: it is logged with the name of the
-    /// command, which is that of the calling function, and the window shows the data as they then
+    /// Runs a command, and is where an exception out of one ends: it is logged with the name of
+    /// the slot, which is that of the calling function, and the window shows the data as they then
     /// are. `f` may destroy the window.
-    template <class F> void attempt(F f, const char* command = __builtin_FUNCTION()) {
+    template <class F> void attempt(F f, const char* slot = __builtin_FUNCTION()) {
         const QPointer<Vuxo> window(this);
         try {
             f();
         } catch (...) {
-            commandFailed(window, command);
+            commandFailed(window, slot);
         }
     }
-    static void commandFailed(Vuxo* window, const char* command);
+    static void commandFailed(Vuxo* window, const char* slot);
     /// Builds list and tree anew from the data.
     void rebuild();
 

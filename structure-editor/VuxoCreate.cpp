@@ -86,14 +86,14 @@ template <class Value> void send(const Order& order, Value& value) {
 
 // Other plug-ins do the work, and what comes of it arrives as a notification: all that is left to
 // do here is a repaint, whether or not a command was sent.
-template <class Command> void Vuxo::tellPlugin(Command command, const char* name) {
+template <class Tell> void Vuxo::tellPlugin(Tell tell, const char* slot) {
     attempt(
         [&, window = QPointer<Vuxo>(this)] {
-            command();
+            tell();
             if (window)
                 m_Tree->triggerUpdate();
         },
-        name);
+        slot);
 }
 
 void Vuxo::MakeSurface() {
@@ -116,13 +116,13 @@ void Vuxo::MakeSurfaceSolv() {
     makeSurface("AddSurfaceSolv", "SolventAccessible");
 }
 
-void Vuxo::makeSurface(const char* command, const char* argument, const char* name) {
+void Vuxo::makeSurface(const char* command, const char* argument, const char* slot) {
     tellPlugin(
         [=] {
             bool flag = false;
             send(solidVolume(command, argument), flag);
         },
-        name);
+        slot);
 }
 
 void Vuxo::MakeSubSurface() {
@@ -138,23 +138,23 @@ void Vuxo::MakeContourLo() {
     MakeContour(false);
 }
 
-void Vuxo::MakeContour(bool high, const char* name) {
+void Vuxo::MakeContour(bool high, const char* slot) {
     // A high contour has a least value, a low one a greatest.
     if (high)
-        makeAtLevel(tr("Enter minimum contour value"), "AddContourHi", "ContourHigh", name);
+        makeAtLevel(tr("Enter minimum contour value"), "AddContourHi", "ContourHigh", slot);
     else
-        makeAtLevel(tr("Enter maximum contour value"), "AddContourLo", "ContourLow", name);
+        makeAtLevel(tr("Enter maximum contour value"), "AddContourLo", "ContourLow", slot);
 }
 
 void Vuxo::makeAtLevel(const QString& label, const char* command, const char* argument,
-                       const char* name) {
+                       const char* slot) {
     tellPlugin(
         [&, window = QPointer<Vuxo>(this)] {
             std::optional<double> level = askLimit(label);
             if (window && level)
                 send(solidVolume(command, argument), *level);
         },
-        name);
+        slot);
 }
 
 void Vuxo::MapGrid2Surf() {

@@ -127,7 +127,7 @@ template <class T> void leaveOutRepeated(std::vector<TAVIK::Compound*>& items) {
 
 // Destroys the selected items of kind `T` in the item of `row`, and shows what is left of it.
 // `typeTag` is not read: it selects `T`.
-template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* command) {
+template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* slot) {
     window->change<DataDelete>(
         row->compound(),
         [window, typeTag](TAVIK::Compound* item) {
@@ -151,12 +151,12 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const 
             else // A bond goes with its atoms.
                 window->m_Tree->triggerUpdate();
         },
-        Refusal::Silent, command);
+        Refusal::Silent, slot);
 }
 
-template <class T> void Vuxo::killShown(const char* command) {
+template <class T> void Vuxo::killShown(const char* slot) {
     if (TreeItem* top = m_Tree->firstChild())
-        KillItem<T>(this, top, nullptr, command);
+        KillItem<T>(this, top, nullptr, slot);
 }
 
 void Vuxo::KillGroups() {

@@ -25,14 +25,14 @@ void Vuxo::SelectedHide() {
     setSelectedVisible(false);
 }
 
-void Vuxo::setSelectedVisible(bool on, const char* command) {
+void Vuxo::setSelectedVisible(bool on, const char* slot) {
     change<DataPoint>(
         rootItem(),
         [on](TAVIK::Compound* root) {
             TAVIK::ForAtoms(root, false, [on](TAVIK::Compound* atom) { atom->SetVisible(on); });
             return Refresh::Looks;
         },
-        Refusal::Report, command);
+        Refusal::Report, slot);
 }
 
 void Vuxo::UnselectedHide() {
@@ -43,14 +43,14 @@ void Vuxo::UnselectedHideG() {
     hideUnselected(TAVIK::Space::instance());
 }
 
-void Vuxo::hideUnselected(TAVIK::Compound* root, const char* command) {
+void Vuxo::hideUnselected(TAVIK::Compound* root, const char* slot) {
     change<DataPoint>(
         root,
         [](TAVIK::Compound* item) {
             TAVIK::ForAtoms(item, true, HideIf);
             return Refresh::Nothing;
         },
-        Refusal::Report, command);
+        Refusal::Report, slot);
 }
 
 template <class Change> void Vuxo::forSelectedRows(Change apply) const {

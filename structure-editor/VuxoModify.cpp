@@ -22,11 +22,11 @@ void AddRotamers(TAVIK::Compound* residue) {
     PluginManager::Execute("Create", "Rotamer", "StructureEditor", "Rotamer", residue, &flag);
 }
 
-void Vuxo::ForSelectedResidues(void (*function)(TAVIK::Compound*), const char* command) {
+void Vuxo::ForSelectedResidues(void (*function)(TAVIK::Compound*), const char* slot) {
     change<DataPoint>(
         rootItem(),
         [function](TAVIK::Compound* root) { TAVIK::ForResidues(root, false, function); },
-        Refusal::Report, command);
+        Refusal::Report, slot);
 }
 
 void Vuxo::SelectedOrigModel() {

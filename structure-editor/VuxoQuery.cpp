@@ -52,7 +52,7 @@ void Vuxo::applyDiff() {
     applyPattern(SetOperation::Difference);
 }
 
-void Vuxo::applyPattern(SetOperation operation, const char* command) {
+void Vuxo::applyPattern(SetOperation operation, const char* slot) {
     const QString pattern =
         namePattern(m_ChainEdit->text(), m_ResidueEdit->text(), m_AtomEdit->text());
     if (pattern.length() <= 4)
@@ -63,5 +63,5 @@ void Vuxo::applyPattern(SetOperation operation, const char* command) {
         if (!refusal.isEmpty())
             Logger::Write(refusal.toLatin1().toStdString());
     };
-    change<DataPoint>(root, apply, Refusal::Report, command);
+    change<DataPoint>(root, apply, Refusal::Report, slot);
 }

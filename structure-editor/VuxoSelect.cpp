@@ -32,10 +32,10 @@ void Vuxo::SelectGroupsG() {
     selectFullGroups(TAVIK::Space::instance());
 }
 
-void Vuxo::selectFullGroups(TAVIK::Compound* root, const char* command) {
+void Vuxo::selectFullGroups(TAVIK::Compound* root, const char* slot) {
     change<DataPoint>(
         root, [](TAVIK::Compound* item) { TAVIK::ForGroups(item, true, FullGroup); },
-        Refusal::Report, command);
+        Refusal::Report, slot);
 }
 
 void Vuxo::SelectRadius() {
@@ -46,7 +46,7 @@ void Vuxo::SelectRadiusG() {
     selectWithinRadius(TAVIK::Space::instance(), tr("Enter (global) selection radius"));
 }
 
-void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label, const char* command) {
+void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label, const char* slot) {
     // The question comes inside the guard here: a change that is refused asks nothing.
     const auto ask = [this, &label](TAVIK::Compound* item) {
         const QPointer<Vuxo> window(this);
@@ -61,7 +61,7 @@ void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label, const
         selectAround(found, *radius);
         return Refresh::Everything;
     };
-    change<DataPoint>(root, ask, Refusal::Report, command);
+    change<DataPoint>(root, ask, Refusal::Report, slot);
 }
 
 void Vuxo::SelectHydrogens() {
