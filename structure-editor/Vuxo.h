@@ -93,7 +93,7 @@ public slots:
     void SelectedColorGrp2Atom();
     void UnselectedHide();
     void UnselectedHideG();
-    // Creating.
+    // Adding.
     void MakeContourHi();
     void MakeContourLo();
     void MakeSurface();

@@ -2,7 +2,6 @@
 #include "Vuxo.h"
 
 #include "Colormap.h"
-#include "Colouring.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
@@ -104,10 +103,4 @@ void Vuxo::SelectedColorTemp() {
             });
         return Refresh::Looks;
     });
-}
-
-void Vuxo::SelectedColorGrp2Atom() {
-    qDebug("%s", "Color atoms by residue color");
-    const ShowSelectionOff highlightsOff;
-    ForSelectedResidues(ColorGrp2Atom);
 }

@@ -1,8 +1,8 @@
-// The commands that change selected residues: their alternative models, and their rotamers.
+// The commands that change selected residues: their alternative models, and the colour of their
+// atoms.
 #include "Vuxo.h"
 
-#include "PluginManager.h"
-#include "SelectedResidues.h"
+#include "Colouring.h"
 #include "Traversal.h"
 
 void ChangeModelFirst(TAVIK::Compound* residue) {
@@ -15,11 +15,6 @@ void ChangeModelNext(TAVIK::Compound* residue) {
 
 void ChangeModelPrev(TAVIK::Compound* residue) {
     residue->PrevModel();
-}
-
-void AddRotamers(TAVIK::Compound* residue) {
-    bool flag = true;
-    PluginManager::Execute("Create", "Rotamer", "StructureEditor", "Rotamer", residue, &flag);
 }
 
 void Vuxo::ForSelectedResidues(void (*function)(TAVIK::Compound*), const char* slot) {
@@ -44,19 +39,8 @@ void Vuxo::SelectedPrevModel() {
     ForSelectedResidues(ChangeModelPrev);
 }
 
-void Vuxo::SelectedRotamers() {
-    // No guard: the other plug-in makes the additions, under guards of its own. It may also destroy
-    // what was collected here; then only what still is there is sent on.
-    attempt([this] {
-        TAVIK::Compound* root = rootItem();
-        if (!root)
-            return;
-        const QPointer<Vuxo> window(this);
-        SelectedResidues residues(root);
-        for (std::size_t i = 0; i != residues.size(); ++i)
-            if (TAVIK::Compound* residue = residues.find(i))
-                AddRotamers(residue);
-        if (window)
-            commUpdate();
-    });
+void Vuxo::SelectedColorGrp2Atom() {
+    qDebug("%s", "Color atoms by residue color");
+    const ShowSelectionOff highlightsOff;
+    ForSelectedResidues(ColorGrp2Atom);
 }

@@ -1,11 +1,12 @@
-// The commands that create items: named sets and the Cartesian frame by the window itself, surfaces
-// and contours by other plug-ins, which are only told to.
+// The commands that add items: named sets and the Cartesian frame are made by the window itself,
+// rotamers, surfaces and contours by other plug-ins, which are only told to.
 #include "Vuxo.h"
 
 #include "DataMaker.h"
 #include "ItemRef.h"
 #include "Logger.h"
 #include "PluginManager.h"
+#include "SelectedResidues.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "TreeView.h"
@@ -59,6 +60,28 @@ void Vuxo::MakeCartesian() {
             TAVIK::DataMaker::Destroy(frame); // one or two axes are no frame
             throw;
         }
+    });
+}
+
+void AddRotamers(TAVIK::Compound* residue) {
+    bool flag = true;
+    PluginManager::Execute("Create", "Rotamer", "StructureEditor", "Rotamer", residue, &flag);
+}
+
+void Vuxo::SelectedRotamers() {
+    // No guard: the other plug-in makes the additions, under guards of its own. It may also destroy
+    // what was collected here; then only what still is there is sent on.
+    attempt([this] {
+        TAVIK::Compound* root = rootItem();
+        if (!root)
+            return;
+        const QPointer<Vuxo> window(this);
+        SelectedResidues residues(root);
+        for (std::size_t i = 0; i != residues.size(); ++i)
+            if (TAVIK::Compound* residue = residues.find(i))
+                AddRotamers(residue);
+        if (window)
+            commUpdate();
     });
 }
 
