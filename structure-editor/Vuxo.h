@@ -148,9 +148,6 @@ private:
     void pick(int index);
     void toggleVisible(int index, const std::string& name);
     void killTopLevel(int index, const std::string& name);
-    /// Asks whether the item of that name is to be destroyed. Anything can have happened meanwhile:
-    /// the item may be gone, and when the answer is no, also the window.
-    bool confirmDelete(const std::string& name);
     // What several slots share takes the slot's name along, for the log.
     void selectFullGroups(TAVIK::Compound* root, const char* slot = __builtin_FUNCTION());
     void selectWithinRadius(TAVIK::Compound* root, const QString& label,

@@ -10,8 +10,7 @@
 #include "Traversal.h"
 #include "TreeItem.h"
 #include "TreeView.h"
-
-#include <QMessageBox>
+#include "VuxoDialogs.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -33,23 +32,6 @@ private:
 
 } // namespace
 
-bool Vuxo::confirmDelete(const std::string& name) {
-    // On the heap, and looked at through a pointer that knows: the host may end the window, and the
-    // question with it, while it is open.
-    const QPointer<QMessageBox> question =
-        new QMessageBox(QMessageBox::Warning, QStringLiteral("Warning"),
-                        QStringLiteral("Delete %1?").arg(QString::fromLatin1(name)),
-                        QMessageBox::Ok | QMessageBox::Cancel, this);
-    question->setTextFormat(Qt::PlainText);
-    question->setDefaultButton(QMessageBox::Ok);
-    question->setEscapeButton(QMessageBox::Cancel);
-    const int answer = question->exec();
-    if (!question)
-        return false;
-    delete question;
-    return answer == QMessageBox::Ok;
-}
-
 void Vuxo::KillBranch(TreeItem* Victim) {
     TAVIK::Compound* victim = Victim ? Victim->compound() : nullptr;
     TAVIK::Compound* shown = rootItem();
@@ -58,7 +40,7 @@ void Vuxo::KillBranch(TreeItem* Victim) {
     attempt([this, victim, shown] {
         const ItemRef root(shown);
         const ItemRef branch(victim);
-        if (!confirmDelete(victim->GetName()))
+        if (!confirmDelete(this, victim->GetName()))
             return;
         // Neither the row nor the items are known to exist any more.
         TAVIK::Compound* top = root.among(TAVIK::Space::instance());

@@ -2,6 +2,7 @@
 
 #include <QColorDialog>
 #include <QInputDialog>
+#include <QMessageBox>
 
 std::optional<double> askRadius(const QString& label) {
     auto* dialog = new QInputDialog;
@@ -40,4 +41,16 @@ std::optional<QColor> askColor(QWidget* parent) {
     auto* dialog = new QColorDialog(Qt::white, parent);
     dialog->setOption(QColorDialog::ShowAlphaChannel);
     return askWith(dialog, [](const QColorDialog& asked) { return asked.selectedColor(); });
+}
+
+bool confirmDelete(QWidget* window, const std::string& name) {
+    auto* question = new QMessageBox(QMessageBox::Warning, QStringLiteral("Warning"),
+                                     QStringLiteral("Delete %1?").arg(QString::fromLatin1(name)),
+                                     QMessageBox::Ok | QMessageBox::Cancel, window);
+    question->setTextFormat(Qt::PlainText);
+    question->setDefaultButton(QMessageBox::Ok);
+    question->setEscapeButton(QMessageBox::Cancel);
+    const std::optional<bool> isYes = askWith(
+        question, [](const QMessageBox& asked) { return asked.result() == QMessageBox::Ok; });
+    return isYes.value_or(false);
 }

@@ -8,23 +8,25 @@
 #include <QString>
 
 #include <optional>
+#include <string>
 #include <utility>
 
 class QWidget;
 
-/// Opens `dialog`, and gives what `answer(dialog)` makes of it when it was accepted. The dialog is
-/// deleted here, unless its parent went, and the dialog with it, while it was open.
+/// Opens `dialog`, and gives what `answer(dialog)` makes of it unless its result is 0, as that of a
+/// dialog that was cancelled. The dialog is deleted here, unless its parent went, and the dialog
+/// with it, while it was open.
 template <class Dialog, class Answer>
 auto askWith(Dialog* dialog, Answer answer) -> std::optional<decltype(answer(*dialog))> {
     const QPointer<Dialog> open(dialog);
-    const int accepted = dialog->exec();
+    const int result = dialog->exec();
     if (!open)
         return std::nullopt;
-    std::optional<decltype(answer(*dialog))> result;
-    if (accepted)
-        result = answer(*dialog);
+    std::optional<decltype(answer(*dialog))> given;
+    if (result)
+        given = answer(*dialog);
     delete dialog;
-    return result;
+    return given;
 }
 
 /// Asks for a length in Å, from 0 to 10000 with 3 decimals.
@@ -36,3 +38,6 @@ std::optional<QString> askText(const QString& caption, const QString& label,
 std::optional<double> askLimit(const QString& label);
 /// Asks for a colour with alpha, white at first.
 std::optional<QColor> askColor(QWidget* parent);
+/// Asks whether the item of that name is to be destroyed. Anything can have happened meanwhile: the
+/// item may be gone, and when the answer is no, also the window, which is the parent.
+bool confirmDelete(QWidget* window, const std::string& name);

@@ -7,6 +7,7 @@
 #include "ListBox.h"
 #include "Space.h"
 #include "TreeView.h"
+#include "VuxoDialogs.h"
 
 #include <QStringList>
 
@@ -117,7 +118,7 @@ void Vuxo::killTopLevel(int index, const std::string& name) {
         return;
     checkThat(name == clump->GetName(), "Name == clump->GetName()", source, 471);
     const ItemRef asked(clump);
-    if (!confirmDelete(clump->GetName()))
+    if (!confirmDelete(this, clump->GetName()))
         return;
     withGuard<DataDelete>(
         asked.among(TAVIK::Space::instance()),
