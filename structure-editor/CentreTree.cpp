@@ -26,13 +26,7 @@ CentreTree::CentreTree(std::vector<Point> centres, const Reach& reach) : m_reach
 }
 
 void CentreTree::build(Node node, Point* first, Point* last) {
-    Point low = *first;
-    Point high = *first;
-    for (const Point* centre = first + 1; centre < last; ++centre)
-        for (const std::size_t axis : {0, 1, 2}) {
-            low[axis] = std::min(low[axis], (*centre)[axis]);
-            high[axis] = std::max(high[axis], (*centre)[axis]);
-        }
+    const auto [low, high] = boundsOf({first, last});
     m_boxes[node] = Box{{low[0], low[1], low[2], 0.0F}, {high[0], high[1], high[2], 0.0F}};
     if (isLeaf(node)) {
         for (const std::size_t axis : {0, 1, 2})

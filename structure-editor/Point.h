@@ -2,8 +2,8 @@
 #pragma once
 
 #include <array>
+#include <span>
 #include <utility>
-#include <vector>
 
 /// Coordinates in Å, single precision.
 using Point = std::array<float, 3>;
@@ -29,7 +29,7 @@ inline bool isFinite(const Point& point) {
 }
 
 /// The lowest and the highest coordinates along each axis of finite points, at least one.
-std::pair<Point, Point> boundsOf(const std::vector<Point>& points);
+std::pair<Point, Point> boundsOf(std::span<const Point> points);
 
 /// A radius as the searches use it.
 struct Reach {
