@@ -20,7 +20,7 @@ constexpr std::array<const char*, 11> kindNames = {"Composite", "Space",    "Mol
 
 // A name, which is Latin-1, as the warnings take it.
 QByteArray utf8(const std::string& name) {
-    return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size())).toUtf8();
+    return QString::fromLatin1(name).toUtf8();
 }
 
 // What cannot be done is said once, here, and makes nothing.

@@ -68,10 +68,6 @@ template <class Call> std::string attempt(Call call) {
     }
 }
 
-QString toText(const std::string& name) {
-    return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
-}
-
 /// Says, while it lives, whose fault it is when the process ends: the system's loader lets no
 /// exception out of a library's static objects pass.
 class WhileLoading {
@@ -125,13 +121,13 @@ public:
     void unload();
 
     /// Logs one line about the plug-in.
-    void report(const std::string& text) const {
-        Logger::Write(m_label + " (" + file().toStdString() + ") " + text);
-    }
+    void report(const std::string& text) const { Logger::Write(nameInLog() + ' ' + text); }
 
 private:
     template <class Function>
     void resolve(Function& function, const char* symbol, std::string& missing);
+    /// Type, name and file.
+    std::string nameInLog() const { return m_label + " (" + file().toStdString() + ')'; }
 
     std::string m_label;
     QLibrary m_library;
@@ -153,9 +149,9 @@ bool Plugin::load() {
         report("cannot be loaded: " + problem);
         return false;
     }
-    const std::string label = m_label + " (" + file().toStdString() + ")";
-    const bool isLoaded = [&] {
-        const WhileLoading notice(label);
+    const bool isLoaded = [this] {
+        const std::string name = nameInLog();
+        const WhileLoading notice(name);
         return m_library.load();
     }();
     if (!isLoaded) {
@@ -285,7 +281,8 @@ Plugin* findOrReport(const QString& type, const QString& name, const std::string
 template <class Run> void send(const PluginCall& call, Run run) {
     const std::string what =
         call.command + (call.argument.empty() ? "" : " " + call.argument) + " from " + call.sender;
-    const Plugin* const plugin = findOrReport(toText(call.type), toText(call.name), what);
+    const Plugin* const plugin =
+        findOrReport(QString::fromLatin1(call.type), QString::fromLatin1(call.name), what);
     if (!plugin)
         return;
     const QScopedValueRollback current(plugins().call, &call);
@@ -325,7 +322,7 @@ void PluginManager::Execute(const std::string& type, const std::string& name,
 
 Plugin* PluginManager::FindPlugin(const std::string& type, const std::string& name) {
     const auto& loaded = plugins().loaded;
-    const auto found = loaded.find({toText(type), toText(name)});
+    const auto found = loaded.find({QString::fromLatin1(type), QString::fromLatin1(name)});
     return found == loaded.end() ? nullptr : found->second.get();
 }
 

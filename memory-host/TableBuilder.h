@@ -58,11 +58,9 @@ public:
     /// The following atoms belong to this model; it is a new one unless a model of this number
     /// exists and `reopen` is set.
     void startModel(std::string_view number, bool reopen);
-    /// Whether startModel() was called and some atom came since.
-    bool modelHasAtoms() const { return m_model && !m_model->table.atoms.empty(); }
     void add(const AtomRow& row);
     std::size_t atomCount() const { return m_atomCount; }
-    /// Sorts what came, and finds the bonds. Remarks name the entry as `name`.
+    /// Sorts what came, and finds the bonds; the entry is called `name`.
     StructureTable finish(std::string name);
 
 private:
@@ -80,6 +78,7 @@ private:
     };
 
     std::uint16_t alternativeNumber(std::string_view letter);
+    bool modelHasAtoms() const { return m_model && !m_model->table.atoms.empty(); }
     ResidueKey keyOf(const AtomRow& row);
     std::uint32_t residueOf(const AtomRow& row, std::uint32_t name, std::uint16_t alternative);
     std::uint32_t knownResidue(const ResidueKey& key, std::uint16_t alternative);

@@ -86,7 +86,7 @@ memory_host::OpenedFile opened(const std::string& path, const QStringList& remar
     }
     QStringList found;
     for (const std::string& remark : file.remarks)
-        found << QString::fromLatin1(remark.data(), static_cast<qsizetype>(remark.size()));
+        found << QString::fromLatin1(remark);
     if (found != remarks)
         QTest::qFail(("other remarks: " + found.join(u'\n').toStdString()).c_str(), __FILE__,
                      __LINE__);

@@ -59,9 +59,7 @@ QString TestCase::structure(const QString& name) {
 
 void TestCase::init() {
     qInstallMessageHandler(takeMessage);
-    host_under_test::hearLog([](const std::string& line) {
-        hostLog << QString::fromLatin1(line.data(), static_cast<qsizetype>(line.size()));
-    });
+    host_under_test::hearLog([](const std::string& line) { hostLog << QString::fromLatin1(line); });
     messages.clear();
     hostLog.clear();
     emptySpace();
