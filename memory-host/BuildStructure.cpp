@@ -40,9 +40,6 @@ private:
         addBond(&bonds, m_atoms[pair.first], m_atoms[pair.second]);
         m_progress.step();
     }
-    std::uint32_t chainOf(std::uint32_t atom) const {
-        return m_model.residues[m_model.atoms[atom].residue].chain;
-    }
 
     ModelTable m_model;
     const NamePool& m_names;
