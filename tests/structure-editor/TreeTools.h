@@ -100,6 +100,33 @@ private:
 using SpyHolder = Spy<TAVIK::Composite>;
 using SpyLeaf = Spy<Compound>;
 
+/// A molecule of spies: "M" holds "R1" to "R5", each of which holds "R1a" and "R1b" and so on.
+struct SpyMolecule {
+    SpyMolecule() {
+        for (int r = 0; r != 5; ++r) {
+            const std::string name = "R" + std::to_string(r + 1);
+            residues.push_back(std::make_unique<SpyHolder>(name));
+            molecule.hold(residues.back().get());
+            for (const char* suffix : {"a", "b"}) {
+                atoms.push_back(std::make_unique<SpyLeaf>(name + suffix));
+                residues.back()->hold(atoms.back().get());
+            }
+        }
+    }
+    SpyHolder molecule{"M"};
+    std::vector<std::unique_ptr<SpyHolder>> residues;
+    std::vector<std::unique_ptr<SpyLeaf>> atoms;
+};
+
+/// A test that fails when something was handed to spies and not taken.
+class SpyTestCase : public test_support::TestCase {
+protected:
+    void cleanup() override {
+        QCOMPARE(takeHandedOver(), QStringList());
+        TestCase::cleanup();
+    }
+};
+
 /// Counts what a model tells, while a model tester checks that it is true.
 class ModelWatch {
 public:
@@ -276,6 +303,28 @@ inline Compound* makeMolecule(int residues, int atoms) {
 
 inline Compound* childOf(Compound* composite, int index) {
     return composite->ChildBegin()[index];
+}
+
+inline Compound* space() {
+    return TAVIK::Space::instance();
+}
+
+/// The names of all rows, closed branches included, and of those on screen, top to bottom.
+inline QStringList allNames(const TreeView& tree) {
+    QStringList names;
+    for (TreeItemIterator it(&tree); it.current(); ++it)
+        names << it.current()->text(0);
+    return names;
+}
+inline QStringList shownNames(const TreeView& tree) {
+    QStringList names;
+    for (const TreeItem* row = tree.firstChild(); row; row = row->itemBelow())
+        names << row->text(0);
+    return names;
+}
+
+inline QRect cellRect(const TreeView& tree, const TreeItem* row, int column) {
+    return tree.visualRect(tree.rows()->indexOf(row, column));
 }
 
 } // namespace tree_tools
