@@ -7,10 +7,6 @@ const char16_t* const residues[] = {u"MET 1",  u"GLY 10", u"A",   u"ALA -3", u"G
                                     u"HOH 77", u"",       u"É 1", u"GLY 1"};
 const char16_t* const atoms[] = {u"CA", u"C", u"N", u"O5'", u"HB2", u"1HB", u"", u"ca", u"é", u"A"};
 
-QString latin1(const std::string& text) {
-    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
-}
-
 } // namespace
 
 QString PatternGenerator::literal() {
@@ -164,20 +160,20 @@ QString PatternGenerator::expressionFor(const std::string& rootName) {
         residue += QStringLiteral("/Groups/") + field();
         break;
     case 4: // an alternation that runs over the separators
-        (chance(50) ? chain : atom) += u'|' + latin1(rootName) + u'/' + sequence(1);
+        (chance(50) ? chain : atom) += u'|' + QString::fromLatin1(rootName) + u'/' + sequence(1);
         break;
     default:
         break;
     }
-    return latin1(rootName) + u'/' + chain + QStringLiteral("/Groups/") + residue + u'/' + atom +
-           u'$';
+    return QString::fromLatin1(rootName) + u'/' + chain + QStringLiteral("/Groups/") + residue +
+           u'/' + atom + u'$';
 }
 
 std::vector<std::string> PatternGenerator::namesBelow(const std::string& rootName, int count) {
     std::vector<std::string> names;
     for (int i = 0; i < count; ++i) {
-        QString name = latin1(rootName) + u'/' + pick(chains) + QStringLiteral("/Groups/") +
-                       pick(residues) + u'/' + pick(atoms);
+        QString name = QString::fromLatin1(rootName) + u'/' + pick(chains) +
+                       QStringLiteral("/Groups/") + pick(residues) + u'/' + pick(atoms);
         if (chance(20)) {
             const auto at = static_cast<qsizetype>(below(static_cast<unsigned>(name.size()) + 1));
             switch (below(5)) {
