@@ -85,8 +85,6 @@ const Typed texts[] = {
     {"\t7", "7"},
 };
 
-const QString commDelete = QStringLiteral("Vuxo::commDelete(): Did somebody killed my data?");
-
 } // namespace
 
 class ContourCommandsTest : public test_support::TestCase {
@@ -252,7 +250,7 @@ private slots:
             type("2")(dialog);
         }));
         QCOMPARE(takeHostLog(), sent(commands[index], "2"));
-        QCOMPARE(takeMessages(), QStringList(commDelete));
+        QCOMPARE(takeMessages(), QStringList(deleted));
         QVERIFY(rows(*m_window).isEmpty());
         QVERIFY(call(commands[index], type("3")));
         QCOMPARE(takeHostLog(), sent(commands[index], "3"));
@@ -282,7 +280,7 @@ private slots:
         QVERIFY(call(commands[index], type("1")));
         QVERIFY(rows(*m_window).isEmpty());
         QVERIFY(entries(*m_window).isEmpty());
-        QCOMPARE(takeMessages(), QStringList(commDelete));
+        QCOMPARE(takeMessages(), QStringList(deleted));
         m_plugins->during([this] { m_window.reset(); });
         QVERIFY(call(commands[index], type("1")));
         QVERIFY(!m_window);

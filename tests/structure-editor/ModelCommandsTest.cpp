@@ -20,8 +20,6 @@ using TAVIK::Space;
 
 namespace {
 
-const QString refused = QStringLiteral("Cannot update CDB!");
-
 struct Command {
     const char* label;
     Qt::Key key;

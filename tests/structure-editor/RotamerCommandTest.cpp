@@ -25,8 +25,6 @@ using TAVIK::Space;
 
 namespace {
 
-const QString deleted = QStringLiteral("Vuxo::commDelete(): Did somebody killed my data?");
-
 // What the plug-in writes when it gets the residue at `address` in the way it must.
 QString callFor(quintptr address) {
     const QString hex = QString::number(address, 16);

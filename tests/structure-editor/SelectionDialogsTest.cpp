@@ -22,8 +22,6 @@ using TAVIK::Space;
 
 namespace {
 
-const QString gone = QStringLiteral("Vuxo::commDelete(): Did somebody killed my data?");
-
 Compound* addTwoResidues(const std::string& name) {
     return addChain(name, {{"R 1", {{"H1", "H", {0, 0, 0, true}}, {"C1", "C", {1, 0, 0, true}}}},
                            {"R 2", {{"C2", "C", {2, 0, 0, true}}}}});
@@ -93,7 +91,7 @@ private slots:
                                              m_window->commDelete();
                                              pressEnter(dialog);
                                          }));
-        QCOMPARE(takeMessages(), QStringList{gone});
+        QCOMPARE(takeMessages(), QStringList{deleted});
         QVERIFY(rows(*m_window).isEmpty());
         QCOMPARE(entries(*m_window).size(),
                  Space::instance()->ChildEnd() - Space::instance()->ChildBegin());

@@ -21,9 +21,6 @@ using TAVIK::Space;
 
 namespace {
 
-const QString refused = QStringLiteral("Cannot update CDB!");
-const QString deleted = QStringLiteral("Vuxo::commDelete(): Did somebody killed my data?");
-
 constexpr const char* deeds[] = {"throws",
                                  "adds to the shown item and beside it",
                                  "destroys the shown item",

@@ -20,6 +20,10 @@ class Vuxo;
 
 namespace window_tools {
 
+/// What the window writes when the host refuses it a change, and when others have destroyed items.
+inline const QString refused = QStringLiteral("Cannot update CDB!");
+inline const QString deleted = QStringLiteral("Vuxo::commDelete(): Did somebody killed my data?");
+
 /// Adds a structure as a file reader would, and tells every subscriber: chain "A" with the residues
 /// "MET 1" (groups "Backbone" with N, CA, C and "Side chain" with CB, SD) and "HOH 2" (O), and a
 /// composite "Bonds" with the bond of CA and C.
