@@ -5,9 +5,8 @@
 #include "Kinds.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeView.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <memory>
 
@@ -40,10 +39,8 @@ QString pointsOf(Compound* line) {
 
 } // namespace
 
-class CartesianFrameTest : public test_support::TestCase {
+class CartesianFrameTest : public WindowTestCase {
     Q_OBJECT
-
-    std::unique_ptr<Vuxo> m_window;
 
     void showWindow() {
         m_window = std::make_unique<Vuxo>();
@@ -73,12 +70,6 @@ class CartesianFrameTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        m_window.reset();
-        TestCase::cleanup();
-    }
-
     void theFrameIsTheSameInAnEmptySpace() {
         showWindow();
         addFrame();

@@ -3,17 +3,14 @@
 #include "CommandTools.h"
 #include "DataPoint.h"
 #include "ListBox.h"
-#include "RecordingPlugins.h"
+#include "RecordingTestCase.h"
 #include "RepaintCount.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeView.h"
-#include "WindowTools.h"
 
 #include <QInputDialog>
 #include <QLocale>
 
-#include <memory>
 #include <stdexcept>
 
 using namespace command_tools;
@@ -87,20 +84,9 @@ const Typed texts[] = {
 
 } // namespace
 
-class ContourCommandsTest : public test_support::TestCase {
+class ContourCommandsTest : public RecordingTestCase {
     Q_OBJECT
 
-    std::unique_ptr<RecordingPlugins> m_plugins;
-    std::unique_ptr<Vuxo> m_window;
-    Compound* m_shown = nullptr;
-
-    void showWindow(bool withPlugins = true) {
-        if (withPlugins)
-            m_plugins = std::make_unique<RecordingPlugins>();
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        clickEntry(*m_window, 0);
-    }
     bool call(const LevelCommand& command, const std::function<void(QInputDialog&)>& answer) {
         return withDialog<QInputDialog>(
             [&] { QVERIFY(QMetaObject::invokeMethod(m_window.get(), command.slot)); }, answer);
@@ -122,17 +108,9 @@ class ContourCommandsTest : public test_support::TestCase {
     }
 
 private slots:
-    void init() override {
-        TestCase::init();
-        m_shown = addStructure("1abc");
-    }
-
     void cleanup() override {
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        m_window.reset();
-        m_plugins.reset();
         QLocale::setDefault(QLocale::c());
-        TestCase::cleanup();
+        RecordingTestCase::cleanup();
     }
 
     void theQuestionIsTheCommandsOwn_data() { addCommandRows(); }

@@ -8,14 +8,10 @@
 #include "Kinds.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeItem.h"
 #include "TreeView.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
-#include <QAbstractItemModelTester>
-
-#include <memory>
 #include <optional>
 #include <random>
 #include <stdexcept>
@@ -98,19 +94,15 @@ Compound* addTopLevelSet(const std::vector<Compound*>& members) {
 
 } // namespace
 
-class DeleteCommandsTest : public test_support::TestCase {
+class DeleteCommandsTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-    std::unique_ptr<QAbstractItemModelTester> m_tester;
     Compound* m_shown = nullptr;
     Compound* m_other = nullptr;
 
     void showWindow(int entry = 0) {
-        m_window = std::make_unique<Vuxo>();
-        m_tester = std::make_unique<QAbstractItemModelTester>(
-            treeOf(*m_window)->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-        m_window->show();
+        openWindow();
+        watchRows();
         if (entry >= 0)
             clickEntry(*m_window, entry);
     }
@@ -141,13 +133,6 @@ private slots:
             TAVIK::DataMaker::makeCore(m_shown, "surface", "Surface");
         }
         m_other = addStructure("2abc");
-    }
-
-    void cleanup() override {
-        m_tester.reset();
-        m_window.reset();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
     }
 
     void eachKindGoesAndNothingElse_data() { addKindRows(); }

@@ -4,13 +4,10 @@
 #include "DataMaker.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeItem.h"
 #include "TreeView.h"
 #include "Vuxo.h"
-#include "WindowTools.h"
-
-#include <QAbstractItemModelTester>
+#include "WindowTestCase.h"
 
 #include <memory>
 
@@ -18,11 +15,9 @@ using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
 
-class KillBranchTest : public test_support::TestCase {
+class KillBranchTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-    std::unique_ptr<QAbstractItemModelTester> m_tester;
     Compound* m_entry = nullptr;
     const QStringList m_residue = {"1abc", "A", "Groups", "MET 1"};
 
@@ -38,18 +33,9 @@ private slots:
         TestCase::init();
         m_entry = addStructure("1abc");
         addStructure("2abc");
-        m_window = std::make_unique<Vuxo>();
-        m_tester = std::make_unique<QAbstractItemModelTester>(
-            treeOf(*m_window)->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-        m_window->show();
+        openWindow();
+        watchRows();
         clickEntry(*m_window, 0);
-    }
-
-    void cleanup() override {
-        m_tester.reset();
-        m_window.reset();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
     }
 
     void cancelChangesNothing() {

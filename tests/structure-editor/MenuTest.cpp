@@ -4,10 +4,9 @@
 #include "ListBox.h"
 #include "PluginFolder.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeView.h"
 #include "Vuxo.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QAction>
 #include <QApplication>
@@ -18,8 +17,6 @@
 #include <QMenuBar>
 #include <QMetaMethod>
 #include <QTemporaryDir>
-
-#include <memory>
 
 using namespace window_tools;
 
@@ -187,23 +184,15 @@ private:
 
 } // namespace
 
-class MenuTest : public test_support::TestCase {
+class MenuTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-
     void showWindow() {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
+        openWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
     }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        TestCase::cleanup();
-    }
-
     void theSlotsStandInTheOrderOfTheTable() {
         const QMetaObject& meta = Vuxo::staticMetaObject;
         QCOMPARE(meta.className(), "Vuxo");

@@ -5,10 +5,9 @@
 #include "DataMaker.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeItem.h"
 #include "TreeView.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QInputDialog>
 
@@ -20,10 +19,8 @@ using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
 
-class NamedSetsTest : public test_support::TestCase {
+class NamedSetsTest : public WindowTestCase {
     Q_OBJECT
-
-    std::unique_ptr<Vuxo> m_window;
 
     void showWindow(int entry = 0) {
         m_window = std::make_unique<Vuxo>();
@@ -59,11 +56,6 @@ class NamedSetsTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        m_window.reset();
-        TestCase::cleanup();
-    }
-
     void theDialogAsksAsItShouldAndAcceptingItMakesASetNamedSet() {
         Compound* shown = addLine("1abc", {0, 1, 2, 3});
         for (const std::size_t i : {0, 1, 2})

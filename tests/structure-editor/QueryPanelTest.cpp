@@ -2,10 +2,9 @@
 #include "Building.h"
 #include "NamePredicates.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "Traversal.h"
 #include "Vuxo.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -16,15 +15,12 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include <memory>
-
 using namespace window_tools;
 using TAVIK::Compound;
 
-class QueryPanelTest : public test_support::TestCase {
+class QueryPanelTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
     Compound* m_first = nullptr;
     Compound* m_second = nullptr;
 
@@ -64,15 +60,9 @@ private slots:
         TestCase::init();
         m_first = addStructure("1abc");
         m_second = addStructure("2abc");
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
+        openWindow();
         panelOf(*m_window)->show();
         clickEntry(*m_window, 0);
-    }
-
-    void cleanup() override {
-        m_window.reset();
-        TestCase::cleanup();
     }
 
     void itsWidgetsStandInOrder() {

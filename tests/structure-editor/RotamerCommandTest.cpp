@@ -7,9 +7,8 @@
 #include "PluginFolder.h"
 #include "PluginManager.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "Traversal.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
 #include <QDir>
 #include <QFile>
@@ -37,11 +36,10 @@ quintptr addressOf(const Compound* item) {
 
 } // namespace
 
-class RotamerCommandTest : public test_support::TestCase {
+class RotamerCommandTest : public WindowTestCase {
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<Vuxo> m_window;
     Compound* m_shown = nullptr;
     QStringList m_calls; ///< what the plug-in is to see when all selected residues are sent
 
@@ -57,8 +55,7 @@ class RotamerCommandTest : public test_support::TestCase {
         PluginManager::Execute("Create", "Rotamer", "Test", "Plan", &deed, target);
     }
     void showWindow(int entry = 0) {
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
+        openWindow();
         if (entry >= 0)
             clickEntry(*m_window, entry);
     }
@@ -94,8 +91,7 @@ private slots:
     void cleanup() override {
         m_window.reset();
         memory_host::unloadPlugins();
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        TestCase::cleanup();
+        WindowTestCase::cleanup();
     }
 
     void thePluginGetsEverySelectedResidueOfTheShownItemInOrder() {

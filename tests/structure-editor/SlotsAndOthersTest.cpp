@@ -6,10 +6,8 @@
 #include "RecordingPlugins.h"
 #include "SlotTools.h"
 #include "Space.h"
-#include "TestSupport.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
-#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -48,10 +46,9 @@ bool isSilent(const QString& slotOrDeed) {
 
 } // namespace
 
-class SlotsAndOthersTest : public test_support::TestCase {
+class SlotsAndOthersTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
     Compound* m_shown = nullptr;
 
     void fillSpace() {
@@ -62,9 +59,7 @@ class SlotsAndOthersTest : public test_support::TestCase {
     }
     void showWindow() {
         fillSpace();
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        clickEntry(*m_window, 0);
+        WindowTestCase::showWindow();
     }
 
     // Calls a slot, and answers what it asks for as Enter does.
@@ -133,9 +128,8 @@ class SlotsAndOthersTest : public test_support::TestCase {
 
 private slots:
     void cleanup() override {
-        m_window.reset();
         m_shown = nullptr;
-        TestCase::cleanup();
+        WindowTestCase::cleanup();
     }
 
     void whatOthersDoWhenTheyAreToldIsNoHarm_data() {

@@ -4,16 +4,13 @@
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "ListBox.h"
-#include "RecordingPlugins.h"
+#include "RecordingTestCase.h"
 #include "RepaintCount.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeView.h"
-#include "WindowTools.h"
 
 #include <QInputDialog>
 
-#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -51,21 +48,9 @@ const Surface surfaces[] = {
 
 } // namespace
 
-class SurfaceCommandsTest : public test_support::TestCase {
+class SurfaceCommandsTest : public RecordingTestCase {
     Q_OBJECT
 
-    std::unique_ptr<RecordingPlugins> m_plugins;
-    std::unique_ptr<Vuxo> m_window;
-    Compound* m_shown = nullptr;
-
-    void showWindow(bool withPlugins = true) {
-        if (withPlugins)
-            m_plugins = std::make_unique<RecordingPlugins>();
-        m_window = std::make_unique<Vuxo>();
-        m_window->show();
-        if (m_shown)
-            clickEntry(*m_window, 0);
-    }
     void call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(m_window.get(), slot)); }
     static void addRows() {
         QTest::addColumn<int>("index");
@@ -77,18 +62,6 @@ class SurfaceCommandsTest : public test_support::TestCase {
     }
 
 private slots:
-    void init() override {
-        TestCase::init();
-        m_shown = addStructure("1abc");
-    }
-
-    void cleanup() override {
-        QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
-        m_window.reset();
-        m_plugins.reset();
-        TestCase::cleanup();
-    }
-
     void eachSlotSendsItsSixValues_data() { addRows(); }
     void eachSlotSendsItsSixValues() {
         QFETCH(int, index);

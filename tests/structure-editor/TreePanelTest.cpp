@@ -3,31 +3,22 @@
 #include "Building.h"
 #include "ListBox.h"
 #include "Space.h"
-#include "TestSupport.h"
 #include "TreeItem.h"
 #include "TreeView.h"
 #include "Vuxo.h"
-#include "WindowTools.h"
+#include "WindowTestCase.h"
 
-#include <QAbstractItemModelTester>
 #include <QSignalSpy>
-
-#include <memory>
 
 using namespace window_tools;
 using TAVIK::Compound;
 
-class TreePanelTest : public test_support::TestCase {
+class TreePanelTest : public WindowTestCase {
     Q_OBJECT
 
-    std::unique_ptr<Vuxo> m_window;
-    std::unique_ptr<QAbstractItemModelTester> m_tester;
-
     void showWindow() {
-        m_window = std::make_unique<Vuxo>();
-        m_tester = std::make_unique<QAbstractItemModelTester>(
-            treeOf(*m_window)->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-        m_window->show();
+        openWindow();
+        watchRows();
     }
 
     bool isOpen(const QStringList& path) const {
@@ -35,12 +26,6 @@ class TreePanelTest : public test_support::TestCase {
     }
 
 private slots:
-    void cleanup() override {
-        m_tester.reset();
-        m_window.reset();
-        TestCase::cleanup();
-    }
-
     void anIndexOutOfRangeLeavesTheTreeAsItWas() {
         addStructure("1abc");
         addStructure("2abc");

@@ -3,8 +3,11 @@
 
 #include "Building.h"
 #include "TestSupport.h"
+#include "TreeView.h"
 #include "Vuxo.h"
 #include "WindowTools.h"
+
+#include <QAbstractItemModelTester>
 
 #include <memory>
 
@@ -23,14 +26,21 @@ protected:
         openWindow();
         clickEntry(*m_window, entry);
     }
+    /// Has a model tester look at the tree's rows, until the window goes.
+    void watchRows() {
+        m_tester = std::make_unique<QAbstractItemModelTester>(
+            treeOf(*m_window)->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    }
 
     void cleanup() override {
+        m_tester.reset();
         m_window.reset();
         QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
         TestCase::cleanup();
     }
 
     std::unique_ptr<Vuxo> m_window;
+    std::unique_ptr<QAbstractItemModelTester> m_tester;
 };
 
 } // namespace window_tools
