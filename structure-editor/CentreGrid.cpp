@@ -118,31 +118,27 @@ CentreGrid::Cell CentreGrid::cellAround(const Point& point) const {
 
 bool CentreGrid::isNear(const Point& point, Cell cell) const {
     const auto passes = [this, &point](std::uint32_t i) {
-        const Lanes dx = point[0] - lanesAt(&m_coordinates[0][i]);
-        const Lanes dy = point[1] - lanesAt(&m_coordinates[1][i]);
-        const Lanes dz = point[2] - lanesAt(&m_coordinates[2][i]);
-        return dx * dx + dy * dy + dz * dz <= m_squaredLimit;
+        return areWithin(m_squaredLimit, point, lanesAt(&m_coordinates[0][i]),
+                         lanesAt(&m_coordinates[1][i]), lanesAt(&m_coordinates[2][i]));
     };
     // The first four of each row at once, without a question: most rows hold no more, and what
     // stands behind a row are centres, too.
-    decltype(passes(0)) found{};
+    LaneAnswers found{};
     bool isAll = true;
     for (const Cell row : m_rows) {
         const std::uint32_t first = m_first[cell + row - 1];
         found |= passes(first);
         isAll &= m_first[cell + row + 2] - first <= laneCount;
     }
-    if (found[0] | found[1] | found[2] | found[3])
+    if (anyOf(found))
         return true;
     if (isAll)
         return false;
     for (const Cell row : m_rows) {
         const std::uint32_t end = m_first[cell + row + 2];
-        for (std::uint32_t i = m_first[cell + row - 1] + laneCount; i < end; i += laneCount) {
-            found = passes(i);
-            if (found[0] | found[1] | found[2] | found[3])
+        for (std::uint32_t i = m_first[cell + row - 1] + laneCount; i < end; i += laneCount)
+            if (anyOf(passes(i)))
                 return true;
-        }
     }
     return false;
 }

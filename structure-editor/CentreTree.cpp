@@ -57,14 +57,10 @@ bool CentreTree::apart(const Box& a, const Box& b) const {
 }
 
 bool CentreTree::isNearLeaf(const Point& point, const Leaf& leaf) const {
-    for (std::size_t four = 0; four != leafSize / 4; ++four) {
-        const Lanes dx = point[0] - leaf.coordinates[0][four];
-        const Lanes dy = point[1] - leaf.coordinates[1][four];
-        const Lanes dz = point[2] - leaf.coordinates[2][four];
-        const auto passes = dx * dx + dy * dy + dz * dz <= m_reach.squaredLimit;
-        if (passes[0] | passes[1] | passes[2] | passes[3])
+    const auto& [x, y, z] = leaf.coordinates;
+    for (std::size_t four = 0; four != leafSize / 4; ++four)
+        if (anyOf(areWithin(m_reach.squaredLimit, point, x[four], y[four], z[four])))
             return true;
-    }
     return false;
 }
 

@@ -22,6 +22,21 @@ inline bool isWithin(double radiusSquared, const Point& point, const Point& cent
     return radiusSquared >= static_cast<double>(squared);
 }
 
+/// isWithin() of four centres at once, `x`, `y` and `z` being their coordinates, for a limit that
+/// is the largest single-precision square within the radius.
+inline auto areWithin(float squaredLimit, const Point& point, Lanes x, Lanes y, Lanes z) {
+    const Lanes dx = point[0] - x;
+    const Lanes dy = point[1] - y;
+    const Lanes dz = point[2] - z;
+    return dx * dx + dy * dy + dz * dz <= squaredLimit;
+}
+/// The answers of areWithin().
+using LaneAnswers = decltype(areWithin(0.0F, Point(), Lanes(), Lanes(), Lanes()));
+
+inline bool anyOf(LaneAnswers answers) {
+    return answers[0] | answers[1] | answers[2] | answers[3];
+}
+
 /// Whether all coordinates are numbers, and none infinite.
 inline bool isFinite(const Point& point) {
     // The sum of zeros is a number only if none of them came from infinity or no number.

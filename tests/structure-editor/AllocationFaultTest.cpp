@@ -244,7 +244,8 @@ class AllocationFaultTest : public test_support::TestCase {
         if (const QString thrownNow = run(call); !thrownNow.isEmpty())
             return "thrown by the next: " + thrownNow;
         if (now == before && dataLines() != good.data)
-            return text("the next made something else", dataLines()) + text("\ninstead of", good.data);
+            return text("the next made something else", dataLines()) +
+                   text("\ninstead of", good.data);
         showAll(call);
         if (const QStringList faults = windowFaults(*m_window); !faults.isEmpty())
             return text("the window after the next", faults);
