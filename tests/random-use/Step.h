@@ -148,10 +148,13 @@ struct AtomValues {
     unsigned int model;
 };
 
-/// A grid that others make. No coordinate with three decimals lies in the middle of two points.
+/// A grid that others make, for some values above all atoms. No coordinate with three decimals lies
+/// in the middle of two points.
 struct GridValues {
     explicit GridValues(unsigned int value)
-        : points{3 + static_cast<int>(value % 5), 4, 9}, origin{-3.0517, -3.0517, 0.9483} {}
+        : points{3 + static_cast<int>(value % 5), 4, 9}, origin{-3.0517, -3.0517,
+                                                                value % 3 == 0 ? 10.9483 : 0.9483} {
+    }
 
     std::array<int, 3> points;
     std::array<double, 3> origin;
