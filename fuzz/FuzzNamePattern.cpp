@@ -8,6 +8,8 @@
 #include "Space.h"
 #include "Traversal.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <limits>
 
@@ -57,11 +59,21 @@ NamePattern::Limits smallLimits() {
     return limits;
 }
 
+/// Whether all counts of an expression together make few copies of anything.
+bool repeatsLittle(const QString& expression) {
+    static const QRegularExpression count(QStringLiteral("[{,]([0-9]+)"));
+    double copies = 1;
+    for (auto found = count.globalMatch(expression); found.hasNext();)
+        copies *= std::max(1.0, found.next().captured(1).toDouble());
+    return copies <= 200;
+}
+
 /// QRegExp, where it can be asked about names of this input at little cost.
 std::optional<QRegExp> plainPattern(const QString& expression) {
     const name_pattern::Syntax syntax = name_pattern::parse(expression);
+    // It builds what stands in front of a mistake, which may be seconds and a gigabyte.
     if (!syntax.wellFormed)
-        return QRegExp(expression);
+        return repeatsLittle(expression) ? std::optional<QRegExp>(expression) : std::nullopt;
     const name_pattern::Cost cost = name_pattern::estimate(syntax);
     if (!cost.compilable || !(cost.matchSteps(longestName) <= 1e7))
         return std::nullopt;
