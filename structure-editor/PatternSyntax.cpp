@@ -1,5 +1,6 @@
 #include "PatternSyntax.h"
 
+#include <algorithm>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -36,6 +37,7 @@ struct Escape {
     char16_t character = 0;
     CharSet set;
     Condition condition = Condition::WordBoundary;
+    int group = 0; ///< that a reference names
 };
 
 class Parser {
@@ -225,6 +227,7 @@ private:
         case Escape::Reference:
             add(NodeKind::BackReference);
             m_result.hasBackReferences = true;
+            m_result.captures = std::max(m_result.captures, escape->group);
             break;
         }
         return true;
@@ -275,10 +278,19 @@ private:
         default:
             if (c < u'1' || c > u'9')
                 return single(c);
-            while (!atEnd() && here() >= u'0' && here() <= u'9')
-                ++m_at;
-            return Escape{Escape::Reference, 0, {}};
+            return reference(c - u'0');
         }
+    }
+
+    /// The rest of a reference whose first digit has been read.
+    Escape reference(int group) {
+        // As much as a larger one: nothing has so many groups.
+        constexpr int largest = 100'000'000;
+        for (; !atEnd() && here() >= u'0' && here() <= u'9'; ++m_at)
+            group = std::min(group * 10 + (here() - u'0'), largest);
+        Escape escape{Escape::Reference, 0, {}};
+        escape.group = group;
+        return escape;
     }
 
     static Escape single(char16_t c) { return {Escape::Single, c, {}}; }

@@ -45,7 +45,8 @@ struct Syntax {
     std::vector<CharSet> sets;
     /// Deepest nesting of brackets.
     int depth = 0;
-    /// Number of capturing groups.
+    /// Number of capturing groups, or the highest that a back-reference names, which QRegExp keeps
+    /// room for, too.
     int captures = 0;
     /// Number of Character nodes that QRegExp keeps as a class, not as a character.
     int classes = 0;

@@ -164,6 +164,27 @@ private slots:
         }
     }
 
+    // QRegExp keeps room for as many groups as a back-reference counts, in each state.
+    void aBackReferenceToAGroupFarAwayIsNotAsked_data() {
+        QTest::addColumn<QString>("expression");
+        QTest::addColumn<bool>("isCutOff");
+        QTest::newRow("near") << "(a)b{1000}\\1" << false;
+        QTest::newRow("to none") << "a\\99" << false;
+        QTest::newRow("far") << "ab{1000}\\60000" << true;
+        QTest::newRow("beyond all numbers") << "a\\" + repeated("7", 30) << true;
+    }
+    void aBackReferenceToAGroupFarAwayIsNotAsked() {
+        QFETCH(QString, expression);
+        QFETCH(bool, isCutOff);
+        NamePattern pattern(expression);
+        const std::string name = "a" + std::string(1000, 'b') + "a";
+        const bool answer = pattern.matches(name);
+        QCOMPARE(pattern.cutOff().endsWith("it is too large for look-aheads or back-references"),
+                 isCutOff);
+        if (!isCutOff)
+            QCOMPARE(answer, QRegExp(expression).indexIn(QString::fromStdString(name)) == 0);
+    }
+
     void timeInQRegExpIsBounded() {
         NamePattern::Limits limits;
         limits.seconds = 1e-3;
