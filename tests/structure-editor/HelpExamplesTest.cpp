@@ -1,5 +1,6 @@
 // The examples of the help page, done as the page says, on the structure that it speaks of.
 #include "CommandTools.h"
+#include "DataMaker.h"
 #include "Files.h"
 #include "Services.h"
 #include "Space.h"
@@ -8,6 +9,7 @@
 #include "WindowTools.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QFile>
 #include <QFrame>
 #include <QInputDialog>
@@ -86,6 +88,7 @@ class HelpExamplesTest : public test_support::TestCase {
             if (each->text().startsWith(button))
                 QTest::mouseClick(each, Qt::LeftButton);
     }
+    QCheckBox* currentOnly() const { return panelOf(*m_window)->findChild<QCheckBox*>(); }
     qsizetype selectedCount() const {
         std::vector<TAVIK::Compound*> atoms;
         TAVIK::GetAtoms(TAVIK::Space::instance(), atoms, false);
@@ -121,6 +124,46 @@ private slots:
             QVERIFY2(selectedCount() == row[4].toLongLong(),
                      qPrintable(row[3] + QStringLiteral(": %1").arg(selectedCount())));
         }
+    }
+
+    void withCurrentTreeOnlyOffTheChainFieldBeginsWithTheEntry() {
+        const QList<QStringList> rows = table({"Chain, any entry", "Residue", "Atom"});
+        QVERIFY(rows.size() >= 4);
+        currentOnly()->click();
+        QVERIFY(!currentOnly()->isChecked());
+        for (const QStringList& row : rows) {
+            TAVIK::Space::instance()->SetSelected(false);
+            press(QStringLiteral("Union"), row.mid(0, 3));
+            QVERIFY2(selectedCount() == row[4].toLongLong(),
+                     qPrintable(row[3] + QStringLiteral(": %1").arg(selectedCount())));
+        }
+    }
+
+    void aSecondRightClickShowsEverythingAgainAsThePageSays() {
+        const std::vector<TAVIK::Compound*> atoms = atomsOf(TAVIK::Space::instance());
+        const auto visible = [&atoms] {
+            return std::count_if(atoms.begin(), atoms.end(),
+                                 [](const TAVIK::Compound* atom) { return atom->IsVisible(); });
+        };
+        const auto all = visible();
+        for (std::size_t i = 0; i < atoms.size(); i += 2)
+            atoms[i]->SetVisible(false);
+        QVERIFY(visible() > 0 && visible() < all);
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(visible(), 0);
+        clickEntry(*m_window, 0, Qt::RightButton);
+        QCOMPARE(visible(), all);
+    }
+
+    void aMapThatIsAnEntryIsDeletedByTheMiddleClickAndNotByGrid() {
+        TAVIK::Compound* map = TAVIK::DataMaker::makeCore(TAVIK::Space::instance(), "map", "Grid");
+        m_window->commAdd();
+        clickEntry(*m_window, 1);
+        map->SetSelected(true);
+        trigger(*m_window, QStringLiteral("Delete"), QStringLiteral("Grid"));
+        QCOMPARE(entries(*m_window).size(), 2);
+        QVERIFY(withQuestion([this] { clickEntry(*m_window, 1, Qt::MiddleButton); }, pressOk));
+        QCOMPARE(entries(*m_window).size(), 1);
     }
 
     void theStepsFollowOneAnotherAsThePageSays() {
