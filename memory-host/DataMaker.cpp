@@ -2,6 +2,7 @@
 #include "DataMaker.h"
 
 #include "Items.h"
+#include "Origins.h"
 
 #include <QString>
 #include <QtGlobal>
@@ -284,6 +285,7 @@ void DataMaker::Destroy(Compound* item) {
         qWarning("Destroy: the data space itself stays");
         return;
     }
+    forgetOrigin(HostItem::of(item));
     detach(item);
     freeItem(item);
 }

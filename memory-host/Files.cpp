@@ -4,7 +4,9 @@
 #include "Building.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
+#include "EntryNames.h"
 #include "FieldText.h"
+#include "Origins.h"
 #include "Readers.h"
 #include "Space.h"
 
@@ -120,21 +122,21 @@ template <class Work> auto guarded(const FileReport& report, Work work) {
     }
 }
 
-// The names of an entry's models: with the numbers of the file, if each has one of its own.
-std::vector<std::string> modelNames(const StructureTable& structure) {
+// What the names of an entry's models end with: the numbers of the file, if each has one of its
+// own.
+std::vector<std::string> modelEndings(const StructureTable& structure) {
     if (structure.models.size() == 1)
-        return {structure.name};
+        return {std::string()};
     std::set<std::string_view> numbers;
     bool areNumbers = true;
     for (const ModelTable& model : structure.models)
         areNumbers = areNumbers && !model.number.empty() &&
                      std::ranges::all_of(model.number, isDigit) &&
                      numbers.insert(model.number).second;
-    std::vector<std::string> names;
+    std::vector<std::string> endings;
     for (const ModelTable& model : structure.models)
-        names.push_back(structure.name + '.' +
-                        (areNumbers ? model.number : std::to_string(names.size() + 1)));
-    return names;
+        endings.push_back('.' + (areNumbers ? model.number : std::to_string(endings.size() + 1)));
+    return endings;
 }
 
 std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
@@ -144,18 +146,23 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
         for (const ModelTable& model : structure.models)
             work += workOf(model);
     ProgressCounter counter(progress, "building the atoms", work);
+    EntryNames entryNames;
     for (StructureTable& structure : file.structures) {
-        const std::vector<std::string> names = modelNames(structure);
+        const std::vector<std::string> names =
+            entryNames.take(structure.name, modelEndings(structure));
         for (std::size_t i = 0; i != names.size(); ++i)
             items.push_back(
                 buildModel(std::move(structure.models[i]), structure, names[i], counter));
     }
     file.structures.clear();
     if (file.grid) {
-        items.emplace_back(makeDetached(file.gridName, "Grid"));
+        items.emplace_back(
+            makeDetached(entryNames.take(file.gridName, {std::string()}).front(), "Grid"));
         setGrid(items.back().get(), std::move(*file.grid));
         file.grid.reset();
     }
+    for (const DetachedItem& item : items)
+        setOrigin(item.get(), file.report.path());
     return items;
 }
 

@@ -2,7 +2,8 @@
 // decides which of them a file is; its ending only where the content does not tell.
 //
 // An entry is a composite with the lower-case identifier of the file, or else the file's name
-// without endings; several models are entries of their own, as "1d3z.1". Chains have the author's
+// without endings; several models are entries of their own, as "1d3z.1". If an item of that name is
+// there, the entry gets a number, as "1ubq-2" or "1d3z-2.1". Chains have the author's
 // names, and residues the author's numbers and insertion codes. What has no name is called "_".
 // Names are Latin-1: UTF-8 is decoded, and what does not fit becomes "_", with a remark.
 #pragma once

@@ -1,5 +1,7 @@
 // The data space counted again from its leaves: what must hold after every change.
+#include "ItemOrigin.h"
 #include "Items.h"
+#include "Origins.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -12,6 +14,7 @@ class Check {
 public:
     std::vector<std::string> run() {
         holder(HostItem::of(TAVIK::Space::instance()).asHolder(), nullptr);
+        origins(HostItem::of(TAVIK::Space::instance()).asHolder());
         return std::move(m_faults);
     }
 
@@ -122,6 +125,15 @@ private:
         expect(counted.selected == record.selected && counted.hasSelected == record.hasSelected &&
                    counted.visible == record.visible,
                record, "miscounts its members");
+    }
+
+    /// Files are kept of items at the top level, and of none that are gone.
+    void origins(const Holder& space) {
+        std::size_t found = 0;
+        for (std::uint32_t slot = space.begin; slot != space.end; ++slot)
+            if (const Compound* child = space.children[slot])
+                found += TAVIK::OriginOf(child).isEmpty() ? 0 : 1;
+        expect(found == originCount(), space, "does not hold all items that files are kept of");
     }
 
     void marks(const HostItem& item) {

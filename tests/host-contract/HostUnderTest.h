@@ -44,6 +44,9 @@ struct GridShape {
 };
 TAVIK::Grid* addGrid(TAVIK::Compound* parent, const std::string& name, const GridShape& shape);
 
+/// Opens a structure file in PDB format; the new top-level items.
+std::vector<TAVIK::Compound*> openFile(const std::string& path);
+
 /// While one lives, the host refuses every change.
 class LockedSpace {
 public:
