@@ -6,7 +6,9 @@
 #include <QApplication>
 #include <QRegularExpression>
 
+#include <functional>
 #include <stdexcept>
+#include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
@@ -43,6 +45,8 @@ public:
         ++made;
     }
     ~TestWindow() override {
+        if (ending)
+            ending();
         last = nullptr;
         ++destroyed;
     }
@@ -53,6 +57,7 @@ public:
     static inline int made = 0;
     static inline int destroyed = 0;
     static inline bool throwing = false;
+    static inline std::function<void()> ending; ///< what a window does as it goes
 
 protected:
     bool event(QEvent* event) override {
@@ -132,6 +137,7 @@ private slots:
     void init() override {
         TestCase::init();
         TestWindow::made = TestWindow::destroyed = 0;
+        TestWindow::ending = {};
         called = {};
     }
     void cleanup() override {
@@ -215,6 +221,31 @@ private slots:
         QVERIFY(::IsDone());
         compareMessages({"GUIPlugin: fKill", success("CommandC")});
         compareResult(0, "");
+    }
+
+    // A window that ends may still use what the frame holds for it.
+    void killDestroysTheWindowBeforeTheTables() {
+        ::Execute0(&m_result);
+        Frame::addAction("write", &action<1>);
+        Frame::addAction("read", &constAction<2>);
+        std::vector<int> seen;
+        bool wasDone = true;
+        TestWindow::ending = [&] {
+            for (const bool writes : {true, false}) {
+                if (writes)
+                    Frame::execAction("write", static_cast<void*>(&seen), nullptr);
+                else
+                    Frame::execAction("read", static_cast<const void*>(&seen), nullptr);
+                seen.push_back(called.data == &seen ? called.number : 0);
+            }
+            wasDone = ::IsDone();
+        };
+        commandC("Kill");
+        QCOMPARE(seen, (std::vector<int>{1, -2}));
+        QVERIFY(!wasDone); // it is still to be seen
+        QVERIFY(::IsDone());
+        compareMessages({success("CommandC"), "GUIPlugin: fKill", success("Command"),
+                         success("CommandC"), success("CommandC")});
     }
 
     void killWithoutAWindowMakesOneAndDestroysIt() {
