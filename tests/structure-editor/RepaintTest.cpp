@@ -1,0 +1,249 @@
+// That the tree is painted anew after each command, notification and gesture: rows ask the host for
+// what they say, so that a repaint is all that shows a change, and nothing else would miss it.
+#include "Building.h"
+#include "CommandTools.h"
+#include "ListBox.h"
+#include "RepaintCount.h"
+#include "SlotTools.h"
+#include "Space.h"
+#include "TreeView.h"
+#include "WindowTestCase.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QMap>
+#include <QTimer>
+
+#include <algorithm>
+
+using namespace command_tools;
+using namespace slot_tools;
+using namespace window_tools;
+using TAVIK::Compound;
+
+namespace {
+
+// How often each slot tells the tree to repaint, with an item shown that is wholly selected; of
+// dialogs that come, Enter is pressed.
+const QMap<QString, int>& repaintsOfSlots() {
+    static const QMap<QString, int> all = {
+        {"help()", 0},
+        {"MakeList()", 0},
+        {"UpdateList()", 0},
+        {"ListEvent(int,QListWidgetItem*,QPoint)", 0}, // the shown one, with no button
+        {"Populate(int)", 1},
+        {"showQuery()", 0},
+        {"SelectGroups()", 1},
+        {"SelectRadius()", 1},
+        {"SelectGroupsG()", 1},
+        {"SelectHydrogens()", 1},
+        {"SelectRadiusG()", 1},
+        {"SelectGridBounds()", 0}, // no row shows what it changes
+        {"SelectedHide()", 1},
+        {"SelectedShow()", 1},
+        {"SelectedClear()", 1},
+        {"SelectedToggle()", 1},
+        {"SelectedColor()", 1},
+        {"SelectedColorTemp()", 1},
+        {"SelectedUnColor()", 1},
+        {"SelectedRotamers()", 1},
+        {"SelectedPrevModel()", 1},
+        {"SelectedNextModel()", 1},
+        {"SelectedOrigModel()", 1},
+        {"SelectedColorGrp2Atom()", 1},
+        {"UnselectedHide()", 0}, // both leave it to what the host tells
+        {"UnselectedHideG()", 0},
+        {"MakeContourHi()", 1},
+        {"MakeContourLo()", 1},
+        {"MakeSurface()", 1},
+        {"MakeSurfaceED()", 1},
+        {"MakeSurfaceGauss()", 1},
+        {"MakeSurfaceVdW()", 1},
+        {"MakeSurfaceSolv()", 1},
+        {"MakeSubSurface()", 1},
+        {"MakeCartesian()", 1},
+        {"MakeSet()", 1},
+        {"MapGrid2Surf()", 1},
+        {"KillAll()", 1},
+        {"KillGroups()", 1},
+        {"KillResidues()", 1},
+        {"KillGrids()", 1},
+        {"KillSurfaces()", 1},
+        {"KillBonds()", 1},
+        {"KillAtoms()", 1},
+        {"KillMolecules()", 1},
+        {"KillClump()", 1},
+        {"KillItems()", 0},
+        {"applySelect()", 1},
+        {"applyMask()", 1},
+        {"applyDiff()", 1},
+        {"SelectionChanged()", 1},
+        {"KillBranch(TreeItem*)", 1}};
+    return all;
+}
+
+// Whether a slot repaints what it has changed itself: others only tell plug-ins what to do.
+bool needsGrant(const QString& slot) {
+    static const QStringList tells = {"MakeContour", "MakeSu", "MapGrid", "SelectedRot",
+                                      "Populate"};
+    return repaintsOfSlots().value(slot) > 0 &&
+           std::none_of(tells.begin(), tells.end(),
+                        [&](const QString& start) { return slot.startsWith(start); });
+}
+
+// Runs `act`, and presses Enter in each dialog that it opens.
+void withEnter(const std::function<void()>& act) {
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [] {
+        if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
+            pressEnter(*dialog);
+    });
+    timer.start(0);
+    act();
+}
+
+} // namespace
+
+class RepaintTest : public WindowTestCase {
+    Q_OBJECT
+
+    Compound* m_shown = nullptr;
+
+    QWidget* screen() const { return treeOf(*m_window)->viewport(); }
+    static void addRows(bool (*isMeant)(const QString&)) {
+        QTest::addColumn<QString>("slot");
+        for (const QString& slot : allSlots())
+            if (isMeant(slot))
+                QTest::newRow(qPrintable(slot)) << slot;
+    }
+    static void takeLines() {
+        takeMessages();
+        takeHostLog();
+    }
+
+private slots:
+    // The shown item, all of it selected, and one beside it.
+    void init() override {
+        TestCase::init();
+        m_shown = addStructure("1abc");
+        addStructure("2abc");
+        m_shown->SetSelected(true);
+        showWindow();
+    }
+
+    void everySlotRepaintsTheTreeAsOftenAsItShould_data() {
+        addRows([](const QString&) { return true; });
+    }
+    void everySlotRepaintsTheTreeAsOftenAsItShould() {
+        QFETCH(QString, slot);
+        const int expected = repaintsOfSlots().value(slot, -1);
+        QVERIFY2(expected >= 0, "is missing in the table");
+        PaintCount paints(screen());
+        const RepaintCount repaints;
+        withEnter([&] { QVERIFY(invoke(*m_window, slot.toLatin1())); });
+        QCOMPARE(repaints.calls(), expected);
+        QVERIFY(paints.events() >= expected);
+        takeLines();
+    }
+
+    void aRefusedSlotRepaintsNothing_data() { addRows(needsGrant); }
+    void aRefusedSlotRepaintsNothing() {
+        QFETCH(QString, slot);
+        const memory_host::SpaceLock lock;
+        const RepaintCount repaints;
+        withEnter([&] { QVERIFY(invoke(*m_window, slot.toLatin1())); });
+        QCOMPARE(repaints.calls(), 0);
+        takeLines();
+    }
+
+    void whatOthersDoRepaintsTheTreeOnce_data() {
+        QTest::addColumn<int>("deed");
+        for (const char* deed : {"update", "add", "delete"})
+            QTest::newRow(deed) << int(*deed);
+    }
+    void whatOthersDoRepaintsTheTreeOnce() {
+        QFETCH(int, deed);
+        Compound* other = itemAt(TAVIK::Space::instance(), {"2abc"});
+        PaintCount paints(screen());
+        const RepaintCount repaints;
+        if (deed == 'u')
+            selectElsewhere(other, true);
+        else if (deed == 'a')
+            addAtomTo(other, "CZ");
+        else
+            destroyElsewhere(other);
+        QCOMPARE(repaints.calls(), 1);
+        QVERIFY(paints.events() >= 1);
+        takeLines();
+    }
+
+    // Nothing but the repaint that is asked for brings the new state on screen.
+    void aChangeOfLooksIsPaintedOnce() {
+        PaintCount paints(screen());
+        QCOMPARE(paints.events(), 0);
+        showElsewhere(itemAt(m_shown, {"A"}), false);
+        QCOMPARE(paints.events(), 1);
+        selectElsewhere(m_shown, false);
+        QCOMPARE(paints.events(), 2);
+    }
+
+    void theListRepaintsTheTree_data() {
+        QTest::addColumn<int>("entry");
+        QTest::addColumn<int>("button");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("left on the shown one") << 0 << int(Qt::LeftButton) << 0;
+        QTest::newRow("left on another one") << 1 << int(Qt::LeftButton) << 1;
+        QTest::newRow("right on the shown one") << 0 << int(Qt::RightButton) << 1;
+        QTest::newRow("right on another one") << 1 << int(Qt::RightButton) << 1;
+        QTest::newRow("middle on the shown one") << 0 << int(Qt::MiddleButton) << 1;
+        QTest::newRow("middle on another one") << 1 << int(Qt::MiddleButton) << 1;
+    }
+    void theListRepaintsTheTree() {
+        QFETCH(int, entry);
+        QFETCH(int, button);
+        QFETCH(int, expected);
+        PaintCount paints(screen());
+        const RepaintCount repaints;
+        withEnter([&] { clickEntry(*m_window, entry, Qt::MouseButton(button)); });
+        QCOMPARE(repaints.calls(), expected);
+        QVERIFY(paints.events() >= expected);
+    }
+
+    void aDeletionThatIsCalledOffRepaintsNothing() {
+        const RepaintCount repaints;
+        QVERIFY(withQuestion([this] { clickEntry(*m_window, 0, Qt::MiddleButton); }, pressCancel));
+        QVERIFY(withQuestion(
+            [this] {
+                clickRow(*m_window, {"1abc", "A"}, Qt::MiddleButton);
+            },
+            pressCancel));
+        QCOMPARE(repaints.calls(), 0);
+    }
+
+    void aGestureRepaintsTheTreeOnce() {
+        const RepaintCount repaints;
+        clickRow(*m_window, {"1abc", "A"}, Qt::LeftButton, Qt::ControlModifier);
+        QCOMPARE(repaints.calls(), 1);
+        QTest::keyClick(treeOf(*m_window), Qt::Key_Up);
+        QCOMPARE(repaints.calls(), 2);
+    }
+
+    // The rows keep the user's marks, which must be seen; nobody tells the window of anything.
+    void aRefusedGestureIsPainted() {
+        selectElsewhere(m_shown, false);
+        const QPoint row = treeOf(*m_window)->visualRect(rowAt(*m_window, {"1abc"})).center();
+        QTest::keyClick(treeOf(*m_window), Qt::Key_Up); // nothing to do: the row is current
+        const memory_host::SpaceLock lock;
+        PaintCount paints(screen());
+        const RepaintCount repaints;
+        click(screen(), row, Qt::LeftButton);
+        QCOMPARE(paints.events(), 1);
+        QTest::keyClick(treeOf(*m_window), Qt::Key_Space);
+        QCOMPARE(paints.events(), 2);
+        QCOMPARE(repaints.calls(), 0);
+        QCOMPARE(takeMessages(), QStringList(2, refused));
+    }
+};
+
+REGISTER_TEST(RepaintTest)
+#include "RepaintTest.moc"
