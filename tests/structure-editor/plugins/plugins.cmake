@@ -17,5 +17,7 @@ add_editor_test_plugin(second-view View SecondView SecondView.cpp)
 
 target_compile_definitions(test-structure-editor PRIVATE
   EDITOR_TEST_PLUGINS="${EDITOR_TEST_PLUGINS}")
-# Every repaint that the window asks its tree for goes by RepaintCount.
-target_link_options(test-structure-editor PRIVATE -Wl,--wrap=_ZN8TreeView13triggerUpdateEv)
+# Every repaint that the window asks its tree for goes by RepaintCount, and what it has destroyed by
+# DestroyWatch.
+target_link_options(test-structure-editor PRIVATE -Wl,--wrap=_ZN8TreeView13triggerUpdateEv
+  -Wl,--wrap=_ZN5TAVIK9DataMaker7DestroyEPNS_8CompoundE)
