@@ -1,11 +1,20 @@
 #include "VuxoDialogs.h"
 
+#include "Checks.h"
+
 #include <QColorDialog>
 #include <QInputDialog>
 #include <QMessageBox>
 
+namespace {
+
+constexpr const char* source = "Vuxo"; // what the window's checks name
+
+} // namespace
+
 std::optional<double> askRadius(const QString& label) {
     auto* dialog = new QInputDialog;
+    checkPtr(dialog, source, __LINE__);
     dialog->setInputMode(QInputDialog::DoubleInput);
     dialog->setWindowTitle(QStringLiteral("Radius"));
     dialog->setLabelText(label);
@@ -18,6 +27,7 @@ std::optional<double> askRadius(const QString& label) {
 std::optional<QString> askText(const QString& caption, const QString& label,
                                const QString& initial) {
     auto* dialog = new QInputDialog;
+    checkPtr(dialog, source, __LINE__);
     dialog->setInputMode(QInputDialog::TextInput);
     dialog->setWindowTitle(caption);
     dialog->setLabelText(label);
@@ -39,6 +49,7 @@ std::optional<double> askLimit(const QString& label) {
 
 std::optional<QColor> askColor(QWidget* parent) {
     auto* dialog = new QColorDialog(Qt::white, parent);
+    checkPtr(dialog, source, __LINE__);
     dialog->setOption(QColorDialog::ShowAlphaChannel);
     return askWith(dialog, [](const QColorDialog& asked) { return asked.selectedColor(); });
 }
@@ -47,6 +58,7 @@ bool confirmDelete(QWidget* window, const std::string& name) {
     auto* question = new QMessageBox(QMessageBox::Warning, QStringLiteral("Warning"),
                                      QStringLiteral("Delete %1?").arg(QString::fromLatin1(name)),
                                      QMessageBox::Ok | QMessageBox::Cancel, window);
+    checkPtr(question, source, __LINE__);
     question->setTextFormat(Qt::PlainText);
     question->setDefaultButton(QMessageBox::Ok);
     question->setEscapeButton(QMessageBox::Cancel);
