@@ -26,26 +26,32 @@ private slots:
         QCOMPARE(other.updates, 1);
     }
 
-    void nearbyGridsLeavesWhatIsFarAway_data() {
+    void nearbyGridsStaysWithinTheGridAndLeavesWhatIsFarAway_data() {
+        using Range = std::vector<int>;
+        const Range whole{0, 0, 0, 10, 20, 30};
         QTest::addColumn<double>("x");
-        QTest::addColumn<bool>("changes");
-        QTest::newRow("just near enough below") << -3.0 << true;
-        QTest::newRow("too far below") << -4.0 << false;
-        QTest::newRow("far below") << -1000.0 << false;
-        QTest::newRow("just near enough above") << 11.0 << true;
-        QTest::newRow("too far above") << 12.0 << false;
-        QTest::newRow("out of all bounds") << 3e38 << false;
+        QTest::addColumn<Range>("expected");
+        QTest::newRow("just near enough below") << -3.0 << Range{0, 0, 0, 1, 4, 4};
+        QTest::newRow("too far below") << -4.0 << whole;
+        QTest::newRow("far below") << -1000.0 << whole;
+        QTest::newRow("at the lower end") << 0.0 << Range{0, 0, 0, 4, 4, 4};
+        QTest::newRow("where the lower margin just fits") << 2.0 << Range{0, 0, 0, 6, 4, 4};
+        QTest::newRow("where it leaves one point out") << 3.0 << Range{1, 0, 0, 7, 4, 4};
+        QTest::newRow("where the upper margin just fits") << 6.0 << Range{4, 0, 0, 10, 4, 4};
+        QTest::newRow("where it does not") << 7.0 << Range{5, 0, 0, 10, 4, 4};
+        QTest::newRow("just near enough above") << 11.0 << Range{9, 0, 0, 10, 4, 4};
+        QTest::newRow("too far above") << 12.0 << whole;
+        QTest::newRow("out of all bounds") << 3e38 << whole;
     }
-    void nearbyGridsLeavesWhatIsFarAway() {
+    void nearbyGridsStaysWithinTheGridAndLeavesWhatIsFarAway() {
         QFETCH(double, x);
-        QFETCH(bool, changes);
+        QFETCH(std::vector<int>, expected);
         TAVIK::Grid* grid = addGridItem("map");
-        const std::vector<int> before = shownRange(grid);
         Compound* shown = addLine("1abc", {float(x)});
         shown->SetSelected(true);
         showWindow(1);
         select("Nearby Grids");
-        QCOMPARE(shownRange(grid) != before, changes);
+        QCOMPARE(shownRange(grid), expected);
     }
 
     void nearbyGridsDoesNothingWithoutASelection() {

@@ -181,6 +181,16 @@ private slots:
         QCOMPARE(selectedIn(odd), "");
     }
 
+    // The fixed parts alone make a pattern, so that empty fields stop no press: nothing matches.
+    void intersectionWithThreeEmptyFieldsUnselectsEverythingShown() {
+        selectElsewhere(m_first, true);
+        selectElsewhere(m_second, true);
+        type("", "", "");
+        press("Intersection");
+        QCOMPARE(selected(), "");
+        QVERIFY(m_second->IsSelected());
+    }
+
     // The alternative "O$" is found in a name, but not from its first character on.
     void whatIsFoundOnlyLaterInANameIsNoMatch() {
         type(".*", ".*", "CA|O");

@@ -148,6 +148,36 @@ private slots:
         compare(itemAt(entry, {"A", "Bonds"}), ".*", random);
     }
 
+    // A group has a name of its own but gives none to what it holds: it says nothing of the names
+    // below it.
+    void atomsFurtherDownInAGroupAreFoundByTheirNames() {
+        std::mt19937 random(4);
+        Compound* entry = memory_host::makeDetached("1odd", "Composite");
+        Compound* residue =
+            make(make(make(entry, "A", "Molecule"), "Groups", "Composite"), "R 1", "Residue");
+        Compound* outer = make(residue, "Outer", "Group");
+        makeAtoms(make(outer, "Part", "Composite"), {"CA", "CB"});
+        makeAtoms(make(outer, "Rest", "Composite"), {"CA"});
+        {
+            const DataAdder<Space> guard(nullptr, Space::instance());
+            memory_host::attach(entry, Space::instance());
+        }
+        const std::vector<Compound*> atoms = atomsBelow(entry);
+        QCOMPARE(QString::fromLatin1(atoms[0]->GetFQName()), "/1odd/A/Groups/R 1/Part/CA");
+        for (const char* pattern :
+             {"/A/Groups/R 1/Part/.*$", "/A/Groups/R 1/Outer/.*$", "/A/Groups/R 1/Rest/CA$",
+              "/A/Groups/R 1/[^O].*$", "/A/Groups/R 1/.*$"})
+            for (Compound* root : {entry, residue, outer})
+                compare(root, QStringLiteral("/1odd") + QLatin1String(pattern), random);
+        const DataPoint<Compound> guard(nullptr, entry);
+        for (Compound* atom : atoms)
+            atom->SetSelected(false);
+        applySetOperation(entry, SetOperation::Union, "/1odd/A/Groups/R 1/Part/.*$");
+        QVERIFY(selection(atoms) == (std::vector<bool>{true, true, false}));
+        applySetOperation(entry, SetOperation::Difference, "/1odd/A/Groups/R 1/Outer/.*$");
+        QVERIFY(selection(atoms) == (std::vector<bool>{true, true, false}));
+    }
+
     void generatedPatternsDoTheSameBothWays() {
         PatternGenerator generator(5);
         std::mt19937 random(5);

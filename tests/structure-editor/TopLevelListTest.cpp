@@ -291,6 +291,31 @@ private slots:
         QCOMPARE(highlighted(*m_window), 4);
     }
 
+    // The keys lead the highlight away; what others change brings it back to the shown entry.
+    void aRefreshHighlightsTheShownEntryAgain() {
+        addStructure("1abc");
+        Compound* second = addStructure("2abc");
+        openWindow();
+        clickEntry(*m_window, 0);
+        QTest::keyClick(listOf(*m_window), Qt::Key_Down);
+        QCOMPARE(highlighted(*m_window), 1);
+        selectElsewhere(second, true);
+        QCOMPARE(highlighted(*m_window), 0);
+        QCOMPARE(listOf(*m_window)->currentRow(), 0);
+        QTest::keyClick(listOf(*m_window), Qt::Key_Down);
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "UpdateList"));
+        QCOMPARE(highlighted(*m_window), 0);
+    }
+
+    void aRefreshHighlightsNothingWhenNothingIsShown() {
+        addStructure("1abc");
+        openWindow();
+        QTest::keyClick(listOf(*m_window), Qt::Key_Down);
+        const int before = highlighted(*m_window);
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "UpdateList"));
+        QCOMPARE(highlighted(*m_window), before);
+    }
+
     void manyEntriesAreRefreshedInPlaceWithoutScrolling() {
         constexpr int count = 5000;
         for (int i = 0; i < count; ++i)

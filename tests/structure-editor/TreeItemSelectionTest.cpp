@@ -98,6 +98,30 @@ private slots:
         QCOMPARE(tree.selected(), QStringList());
         QCOMPARE(tree.dirty(), QStringList("R1"));
     }
+
+    // Marks that the host has refused go with the next update, and what is handed over afterwards
+    // is what the rows then say.
+    void aRowHandsItsOwnFlagOverAfterARefusedPressAnUpdateAndASecondPress() {
+        SpyMolecule spies;
+        ShownTree tree;
+        TreeItem* top = tree.populate(&spies.molecule);
+        tree.row("R1")->setOpen(true);
+        for (const char* refused : {"R1a", "R3"}) {
+            tree.handsOver = false;
+            tree.click(tree.row(refused));
+            top->UpdateSelection();
+            QCOMPARE(tree.selected(), QStringList());
+            tree.handsOver = true;
+            tree.click(tree.row("R2"));
+            QCOMPARE(takeHandedOver(), refused == QLatin1String("R1a")
+                                           ? (QStringList{"R1a off", "R2 on"})
+                                           : (QStringList{"R2 on", "R3 off"}));
+            QCOMPARE(tree.selected(), (QStringList{"R2", "R2a", "R2b"}));
+            QCOMPARE(tree.dirty(), QStringList());
+            spies.molecule.mark(false);
+            top->UpdateSelection();
+        }
+    }
 };
 
 REGISTER_TEST(TreeItemSelectionTest)

@@ -334,6 +334,42 @@ private slots:
         QApplication::setKeyboardInputInterval(interval);
     }
 
+    // What was typed before the pause and after it leads, as one text, to where one is.
+    void aLetterAfterAPauseIsNotTheNextOfTheOneBefore() {
+        Compound* molecule = DataMaker::makeCore(TAVIK::Space::instance(), "M", "Molecule");
+        for (const char* name : {"ASN 1", "SER 2", "ASP 3"})
+            DataMaker::makeCore(molecule, name, "Residue");
+        const int interval = QApplication::keyboardInputInterval();
+        QApplication::setKeyboardInputInterval(0);
+        ShownTree tree;
+        tree.populate(molecule);
+        QTest::keyClicks(&tree, QStringLiteral("a"));
+        QTest::qSleep(2);
+        QTest::keyClicks(&tree, QStringLiteral("s"));
+        const QString afterPause = tree.current();
+        QApplication::setKeyboardInputInterval(10'000);
+        tree.key(Qt::Key_Home);
+        QTest::keyClicks(&tree, QStringLiteral("as"));
+        QApplication::setKeyboardInputInterval(interval);
+        QCOMPARE(afterPause, "SER 2");
+        QCOMPARE(tree.current(), "ASN 1");
+    }
+
+    void spaceScrollsToItsRow() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(200, 1));
+        QApplication::processEvents();
+        for (const int index : {150, 0}) {
+            TreeItem* row = top->child(index);
+            tree.setCurrentItem(row);
+            QVERIFY(!tree.viewport()->rect().intersects(cellRect(tree, row, 0)));
+            tree.key(Qt::Key_Space);
+            QVERIFY(row->isSelected());
+            const QRect seen = cellRect(tree, row, 0);
+            QVERIFY(seen.top() >= 0 && seen.bottom() < tree.viewport()->height());
+        }
+    }
+
     void otherKeysAreLeftToTheWindow() {
         QWidget window;
         auto* const tree = new TreeView(&window);

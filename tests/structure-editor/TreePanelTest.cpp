@@ -105,6 +105,23 @@ private slots:
         QCOMPARE(memory_host::checkInvariants(), std::vector<std::string>());
     }
 
+    // What was refused is not made up for later: the update has taken its mark back.
+    void aRefusedSelectionIsNotHandedOverWithTheNextOneAfterAnUpdate() {
+        Compound* entry = addStructure("1abc");
+        showWindow();
+        clickEntry(*m_window, 0);
+        Compound* residue = itemAt(entry, {"A", "Groups", "MET 1"});
+        {
+            const memory_host::SpaceLock lock;
+            clickRow(*m_window, {"1abc", "A", "Groups", "MET 1", "Backbone", "CA"});
+        }
+        QCOMPARE(takeMessages(), QStringList("Cannot update CDB!"));
+        selectElsewhere(itemAt(entry, {"A", "Bonds"}), false);
+        clickRow(*m_window, {"1abc", "A", "Groups", "HOH 2"});
+        QVERIFY(!residue->HasSelected());
+        QVERIFY(itemAt(entry, {"A", "Groups", "HOH 2"})->IsSelected());
+    }
+
     void aRefusedSelectionKeepsTheMarksAndChangesNothing() {
         Compound* entry = addStructure("1abc");
         showWindow();
