@@ -158,6 +158,14 @@ void Bytes::removeFront(std::size_t count) {
     resize(m_size - count);
 }
 
+void Bytes::unifyLineEnds() {
+    char* const end = data() + m_size;
+    for (char* at = data();
+         (at = static_cast<char*>(std::memchr(at, '\r', static_cast<std::size_t>(end - at)))); ++at)
+        if (at + 1 == end || at[1] != '\n')
+            *at = '\n';
+}
+
 Bytes readFile(const FileReport& report) {
     Bytes stored = readStored(report);
     return isGzipped(stored.text()) ? unpack(stored, report) : std::move(stored);

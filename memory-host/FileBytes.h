@@ -18,6 +18,9 @@ public:
     /// Changes the size; new bytes have no value yet. Throws std::bad_alloc.
     void resize(std::size_t size);
     void removeFront(std::size_t count);
+    /// Makes a newline of each carriage return that stands alone, so that lines end with "\n" or
+    /// "\r\n", also where a file has line ends of several systems.
+    void unifyLineEnds();
 
 private:
     struct Free {

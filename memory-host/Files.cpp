@@ -97,6 +97,7 @@ void parseInto(ParsedFile& file) {
         file.grid = readMap(std::move(bytes), file.report);
         return;
     }
+    bytes.unifyLineEnds();
     checkText(bytes.text(), name, file.report);
     // Some editors put a mark for the encoding in front.
     if (bytes.text().starts_with("\xef\xbb\xbf"))

@@ -85,11 +85,9 @@ StructureTable PdbReader::read(const std::string& stem) {
 
 void PdbReader::readLines() {
     const std::string_view text = m_bytes.text();
-    // Line ends of old systems are carriage returns alone.
-    const char end = text.find('\n') == std::string_view::npos ? '\r' : '\n';
     for (std::size_t from = 0; from < text.size();) {
         ++m_line;
-        const std::size_t to = text.find(end, from);
+        const std::size_t to = text.find('\n', from);
         std::string_view line = text.substr(from, to - from);
         if (!line.empty() && line.back() == '\r')
             line.remove_suffix(1);

@@ -182,6 +182,36 @@ private slots:
         QCOMPARE(atoms(item("/y")).size(), 1U);
     }
 
+    void lineEndsOfAnySystemAreRead_data() {
+        QTest::addColumn<QByteArrayList>("ends");
+        QTest::newRow("LF") << QByteArrayList{"\n"};
+        QTest::newRow("CR LF") << QByteArrayList{"\r\n"};
+        QTest::newRow("CR") << QByteArrayList{"\r"};
+        QTest::newRow("of all systems") << QByteArrayList{"\r", "\n", "\r\n"};
+        QTest::newRow("CR after LF") << QByteArrayList{"\n", "\n", "\r"};
+    }
+    void lineEndsOfAnySystemAreRead() {
+        QFETCH(QByteArrayList, ends);
+        const QByteArrayList lines =
+            ("# a comment\n" + mmcif({"N N . ALA A 1 ? 1 2 3 1", "CA C . ALA A 1 ? nan 2 3 1"}) +
+             "# another\n_x.y\n;text\ntext\n;\n")
+                .split('\n');
+        QByteArray text;
+        for (qsizetype i = 0; i + 1 < lines.size(); ++i)
+            text += lines[i] + ends[i % ends.size()];
+        openText(text, {path() + ":17: the coordinates \"nan 2 3\" of the atom \"CA\" are no "
+                                 "numbers: it has no position; accepted are numbers as Cartn_x, "
+                                 "Cartn_y and Cartn_z"});
+        QCOMPARE(atoms(item("/test")).size(), 2U);
+    }
+
+    void eachBlockAndEachFrameHasTagsOfItsOwn() {
+        const QByteArray frame = "save_f\n_a.b 1\nsave_\n";
+        openText(mmcif({"N N . ALA A 1 ? 1 2 3 1"}, "one") + "_a.b 1\n" + frame + frame +
+                 mmcif({"N N . ALA A 1 ? 1 2 3 1"}, "two") + "_a.b 1\n");
+        QCOMPARE(childNames(TAVIK::Space::instance()), QStringList({"one", "two"}));
+    }
+
     void nullCoordinatesAreNoPosition() {
         openText(mmcif({"N N . ALA A 1 ? 1 2 3 1", "CA C . ALA A 1 ? ? ? ? 1",
                         "CB C . ALA A 1 ? . . . 1"}),

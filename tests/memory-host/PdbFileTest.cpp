@@ -248,6 +248,30 @@ private slots:
         QCOMPARE(atoms(item("/test")).size(), 2U);
     }
 
+    void lineEndsOfSeveralSystemsInOneFileLoseNoAtom_data() {
+        QTest::addColumn<QByteArrayList>("ends");
+        const QByteArrayList all = {"\n", "\r\n", "\r"};
+        for (const QByteArray& first : all)
+            for (const QByteArray& second : all)
+                for (const QByteArray& third : all)
+                    QTest::newRow((first + second + third).toHex().constData())
+                        << QByteArrayList{first, second, third};
+    }
+    void lineEndsOfSeveralSystemsInOneFileLoseNoAtom() {
+        QFETCH(QByteArrayList, ends);
+        PdbAtom bad;
+        bad.position = "   0.000     nan   0.000";
+        QByteArray text;
+        const QByteArrayList lines = {atomAt(" N  ", 1), "REMARK\n", atomAt(" CA ", 2),
+                                      atomAt(" C  ", 3), line(bad),  "END\n"};
+        for (qsizetype i = 0; i != lines.size(); ++i)
+            text += lines[i].chopped(1) + ends[i % ends.size()];
+        openText(text, {path() + ":5: the coordinates \"   0.000     nan   0.000\" of the atom "
+                                 "\"CA\" are no numbers: it has no position; accepted are numbers "
+                                 "in columns 31 to 54"});
+        QCOMPARE(atoms(item("/test")).size(), 4U);
+    }
+
     void aLastLineWithoutEndIsReadWhereItIsWhole_data() {
         QTest::addColumn<QByteArray>("last");
         QByteArray atom = atomAt(" CA ", 2);
