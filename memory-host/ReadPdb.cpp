@@ -132,6 +132,8 @@ void PdbReader::readLine(std::string_view line) {
     } else if (isRecord(line, "ENDMDL") || isRecord(line, "END")) {
         m_isInModel = false;
         m_modelLine = 0;
+    } else if (isRecord(line, "TER")) {
+        m_builder.endResidues();
     } else if (isRecord(line, "HEADER")) {
         const std::string_view identifier = field(line, 63, 66);
         const bool isIdentifier =

@@ -1,5 +1,7 @@
 #include "TableBuilder.h"
 
+#include "ResidueKinds.h"
+
 #include <algorithm>
 #include <limits>
 #include <numeric>
@@ -122,6 +124,7 @@ ResidueKey TableBuilder::keyOf(const AtomRow& row) {
                      : names.number(std::string(row.number).append(row.insertion));
     key.segment = names.number(row.segment);
     key.name = names.number(row.residue);
+    key.part = m_model->part;
     return key;
 }
 
@@ -134,7 +137,7 @@ std::uint32_t TableBuilder::newResidue(const ResidueKey& key) {
     entry.firstAtom = static_cast<std::uint32_t>(model.table.atoms.size());
     entry.name = entry.allNames = key.name;
     model.table.residues.push_back(entry);
-    model.isWatched.push_back(key.number == 0);
+    model.isWatched.push_back(key.number == 0 && isWater(m_structure.names->text(key.name)));
     model.hasAlternatives.push_back(false);
     model.residues[key] = residue;
     return residue;
@@ -173,11 +176,14 @@ void TableBuilder::watch(std::uint32_t residue) {
 std::uint32_t TableBuilder::residueOf(const AtomRow& row, std::uint32_t name,
                                       std::uint16_t alternative) {
     Model& model = *m_model;
-    const bool isFirst = model.table.atoms.empty();
-    if (!isFirst && isSameResidue(row, model.last) && !model.isWatched[model.current])
+    const bool goesOn = !model.hasEnded && isSameResidue(row, model.last);
+    if (goesOn && !model.isWatched[model.current])
         return model.current;
+    model.hasEnded = false;
     const ResidueKey key = keyOf(row);
-    std::uint32_t residue = knownResidue(key, alternative);
+    std::uint32_t residue = key.number != 0 ? knownResidue(key, alternative)
+                            : goesOn        ? model.current
+                                            : none;
     if (residue == none) {
         residue = newResidue(key);
     } else if (residue != model.current && !model.isWatched[residue]) {
@@ -191,6 +197,13 @@ std::uint32_t TableBuilder::residueOf(const AtomRow& row, std::uint32_t name,
             model.seenAtoms.insert({residue, name, alternative});
     }
     return residue;
+}
+
+void TableBuilder::endResidues() {
+    if (!m_model || m_model->hasEnded)
+        return;
+    m_model->hasEnded = true;
+    ++m_model->part;
 }
 
 void TableBuilder::add(const AtomRow& row) {

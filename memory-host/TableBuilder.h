@@ -16,8 +16,9 @@ struct ResidueKey {
     std::uint32_t number = 0;
     std::uint32_t segment = 0;
     std::uint32_t name = 0;
+    std::uint32_t part = 0; ///< counts the ends of molecules before it
 
-    ResidueKey position() const { return {chain, number, segment, 0}; }
+    ResidueKey position() const { return {chain, number, segment, 0, part}; }
     bool operator==(const ResidueKey&) const = default;
 };
 
@@ -32,7 +33,8 @@ struct AtomKey {
 
 struct KeyHash {
     std::size_t operator()(const ResidueKey& key) const {
-        return mix(mix(key.chain, key.number), mix(key.segment, key.name));
+        return mix(mix(key.chain, key.number),
+                   mix(std::uint64_t{key.part} << 32 | key.segment, key.name));
     }
     std::size_t operator()(const AtomKey& key) const {
         return mix(std::uint64_t{key.residue} << 16 | key.alternative, key.name);
@@ -50,7 +52,8 @@ private:
 /// Atoms of one residue need not stand together. A position with several residue names is one
 /// residue when the further names are in alternative locations, and several otherwise. When a
 /// residue comes again with an atom that it has already, a new residue of the same name starts:
-/// numbers begin again in files with more residues than numbers.
+/// numbers begin again in files with more residues than numbers. Where there are no numbers, a
+/// residue is what stands together under one name; waters are told apart by their atoms.
 class TableBuilder {
 public:
     explicit TableBuilder(FileReport& report) : m_report(report) {}
@@ -59,6 +62,8 @@ public:
     /// exists and `reopen` is set.
     void startModel(std::string_view number, bool reopen);
     void add(const AtomRow& row);
+    /// A molecule ends here: what follows belongs to other residues, whatever their numbers are.
+    void endResidues();
     std::size_t atomCount() const { return m_atomCount; }
     /// Sorts what came, and finds the bonds; the entry is called `name`.
     StructureTable finish(std::string name);
@@ -68,13 +73,15 @@ private:
         ModelTable table;
         std::unordered_map<std::uint32_t, std::uint32_t> chains;
         std::unordered_map<ResidueKey, std::uint32_t, KeyHash> residues;
-        /// Atoms of the residues that may come again: those that did, and those without a number.
+        /// Atoms of the residues that may come again: those that did, and waters without numbers.
         std::unordered_set<AtomKey, KeyHash> seenAtoms;
         std::vector<bool> isWatched;       ///< by residue: its atoms are among the seen ones
         std::vector<bool> hasAlternatives; ///< by residue
         AtomRow last;
         ResidueKey lastKey;        ///< of the last atom
         std::uint32_t current = 0; ///< residue of the last atom
+        std::uint32_t part = 0;    ///< see ResidueKey
+        bool hasEnded = true;      ///< the next atom begins a residue
     };
 
     std::uint16_t alternativeNumber(std::string_view letter);

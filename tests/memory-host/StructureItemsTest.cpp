@@ -158,6 +158,61 @@ private slots:
         QCOMPARE(childNames(item("/test/A/Groups")), QStringList({"ALA 1", "ALA 1"}));
     }
 
+    void theEndOfAMoleculeEndsItsResidue() {
+        PdbAtom water;
+        water.record = "HETATM";
+        water.residue = "HOH";
+        water.name = " O  ";
+        PdbAtom hydrogen = water;
+        hydrogen.name = " H1 ";
+        openText(line(water) + "TER\n" + line(water) + line(hydrogen) + "TER       3      HOH\n" +
+                 line(hydrogen));
+        QCOMPARE(childNames(item("/test/A/Groups")), QStringList({"HOH 1", "HOH 1", "HOH 1"}));
+        QCOMPARE(atomPaths(item("/test")),
+                 QStringList({"/test/A/Groups/HOH 1/O", "/test/A/Groups/HOH 1/O",
+                              "/test/A/Groups/HOH 1/H1", "/test/A/Groups/HOH 1/H1"}));
+        QCOMPARE(item("/test")->ChildEnd() - item("/test")->ChildBegin(), 1);
+    }
+
+    void manyEndsOfMoleculesTakeLinearTime() {
+        PdbAtom water;
+        water.residue = "HOH";
+        water.name = " O  ";
+        QByteArray text;
+        for (int i = 0; i < 100000; ++i) {
+            water.number = QByteArray::number(i % 10000);
+            water.x = 3.0F * static_cast<float>(i % 1000);
+            water.y = 3.0F * static_cast<float>(i / 1000);
+            text += line(water) + "TER\n";
+        }
+        openText(text);
+        TAVIK::Compound* const groups = item("/test/A/Groups");
+        QCOMPARE(groups->ChildEnd() - groups->ChildBegin(), 100000);
+    }
+
+    void atomsWithoutResidueNumbersAreAResidueForEachRunOfOneName() {
+        QByteArray text;
+        for (const auto& [residue, name] : {std::pair("LIG", " C  "),
+                                            {"LIG", " C  "},
+                                            {"LIG", " H  "},
+                                            {"LIG", " H  "},
+                                            {"SOL", " O  "},
+                                            {"LIG", " C  "},
+                                            {"LIG", " C  "}}) {
+            PdbAtom atom;
+            atom.number = "";
+            atom.residue = residue;
+            atom.name = name;
+            atom.x = static_cast<float>(text.size());
+            text += line(atom);
+        }
+        openText(text);
+        TAVIK::Compound* const groups = item("/test/A/Groups");
+        QCOMPARE(childNames(groups), QStringList({"LIG", "SOL", "LIG"}));
+        QCOMPARE(childNames(groups->ChildBegin()[0]), QStringList({"C", "C", "H", "H"}));
+        QCOMPARE(childNames(groups->ChildBegin()[2]), QStringList({"C", "C"}));
+    }
+
     void conformersCountFromOneInTheOrderOfTheFile() {
         QByteArray text;
         for (const auto& [name, alternative] :
