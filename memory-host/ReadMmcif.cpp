@@ -7,6 +7,7 @@
 #include <gemmi/cif.hpp>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace memory_host {
 
@@ -20,6 +21,22 @@ using mmcif::Column;
 using mmcif::contentOf;
 using mmcif::Row;
 
+// Tags as they stand in the file, which are the same in any case of their letters.
+struct TagHash {
+    std::size_t operator()(std::string_view tag) const {
+        std::uint64_t hash = 0xcbf29ce484222325U;
+        for (const char c : tag)
+            hash = (hash ^ static_cast<unsigned char>(lowerCase(c))) * 0x100000001b3U;
+        return hash ^ hash >> 29;
+    }
+};
+struct TagEqual {
+    bool operator()(std::string_view a, std::string_view b) const {
+        return a.size() == b.size() && startsWith(a, b);
+    }
+};
+using TagSet = std::unordered_set<std::string_view, TagHash, TagEqual>;
+
 // Takes tags and values in the order of the file, and picks the rows of atoms.
 class MmcifReader {
 public:
@@ -29,11 +46,14 @@ public:
     std::vector<StructureTable> read();
 
     void startBlock(std::string_view name);
-    void setInFrame(bool in) { m_isInFrame = in; }
-    void itemTag(std::string_view tag);
+    void setInFrame(bool in) {
+        m_isInFrame = in;
+        m_frameTags = TagSet();
+    }
+    void itemTag(std::string_view tag, std::size_t line);
     void itemValue(std::string_view value, std::size_t line);
     void startLoop();
-    void loopTag(std::string_view tag);
+    void loopTag(std::string_view tag, std::size_t line);
     void loopValue(std::string_view value, std::size_t line);
     void endLoop(const char* end);
     void missingValue(std::size_t line) const {
@@ -43,6 +63,7 @@ public:
 private:
     bool isAtomTag(std::string_view tag) const { return !m_isInFrame && mmcif::isAtomTag(tag); }
     void parse();
+    void checkRepetition(std::string_view tag, std::size_t line);
     [[noreturn]] void refuseWord(std::size_t at, std::size_t line, std::string_view message) const;
     void takePairs();
     void finishBlock();
@@ -55,6 +76,8 @@ private:
     std::string m_blockName;
     std::string m_entryName;
     bool m_isInFrame = false; ///< inside of a save frame, where definitions stand
+    TagSet m_tags;            ///< of the block
+    TagSet m_frameTags;       ///< of the save frame
 
     std::vector<Column> m_columns; ///< of the loop
     std::size_t m_column = 0;      ///< of the next value
@@ -97,7 +120,7 @@ template <> struct Pick<rules::endframe> {
 };
 template <> struct Pick<rules::item_tag> {
     template <class Input> static void apply(const Input& in, MmcifReader& reader) {
-        reader.itemTag(textOf(in));
+        reader.itemTag(textOf(in), in.iterator().line);
     }
 };
 template <> struct Pick<rules::item_value> {
@@ -115,7 +138,7 @@ template <> struct Pick<rules::str_loop> {
 };
 template <> struct Pick<rules::loop_tag> {
     template <class Input> static void apply(const Input& in, MmcifReader& reader) {
-        reader.loopTag(textOf(in));
+        reader.loopTag(textOf(in), in.iterator().line);
     }
 };
 template <> struct Pick<rules::loop_value> {
@@ -137,6 +160,8 @@ void MmcifReader::refuseWord(std::size_t at, std::size_t line, std::string_view 
     if (std::ranges::any_of(word, [](char c) { return static_cast<unsigned char>(c) >= 0x80; }))
         what =
             "the word " + inQuotes(word) + " has bytes outside of ASCII, and stands in no quotes";
+    else if (message.starts_with("expected block header"))
+        what = "expected a data block (data_NAME) before " + inQuotes(word);
     else if (message == "parse error" && !word.empty())
         what = inQuotes(word) + " cannot stand here";
     m_report.refuse(line, "is no valid mmCIF: " + what, acceptedSyntax);
@@ -172,6 +197,14 @@ void MmcifReader::startBlock(std::string_view name) {
     takePairs();
     finishBlock();
     m_blockName = name;
+    m_tags = TagSet(); // Not cleared, as that takes as long as it once had tags.
+}
+
+// Which of two values is meant nobody knows.
+void MmcifReader::checkRepetition(std::string_view tag, std::size_t line) {
+    if (!(m_isInFrame ? m_frameTags : m_tags).insert(tag).second)
+        m_report.refuse(line, "the tag " + inQuotes(tag) + " stands twice in one data block",
+                        acceptedSyntax);
 }
 
 void MmcifReader::finishBlock() {
@@ -193,7 +226,8 @@ void MmcifReader::takePairs() {
     m_pairRow = {};
 }
 
-void MmcifReader::itemTag(std::string_view tag) {
+void MmcifReader::itemTag(std::string_view tag, std::size_t line) {
+    checkRepetition(tag, line);
     m_pairColumn = isAtomTag(tag) ? mmcif::columnOf(tag) : Column::Ignored;
     m_hasPairs = m_hasPairs || isAtomTag(tag);
     m_isEntryTag = !m_isInFrame && startsWith(tag, "_entry.id") && tag.size() == 9;
@@ -216,7 +250,8 @@ void MmcifReader::startLoop() {
     m_row = {};
 }
 
-void MmcifReader::loopTag(std::string_view tag) {
+void MmcifReader::loopTag(std::string_view tag, std::size_t line) {
+    checkRepetition(tag, line);
     const bool ofAtoms = isAtomTag(tag);
     m_isAtomLoop = m_isAtomLoop || ofAtoms;
     m_columns.push_back(ofAtoms ? mmcif::columnOf(tag) : Column::Ignored);
@@ -264,7 +299,11 @@ bool looksLikeMmcif(std::string_view text) {
         else
             break;
     }
-    return startsWith(text.substr(at), "data_");
+    text.remove_prefix(at);
+    // A data block may be missing, and is then missed by the message.
+    const std::string_view word = text.substr(0, text.find_first_of(" \t\r\n"));
+    return startsWith(word, "data_") || startsWith(word, "loop_") ||
+           (startsWith(word, "_") && word.find('.') != std::string_view::npos);
 }
 
 std::vector<StructureTable> readMmcif(Bytes bytes, const std::string& stem, FileReport& report) {

@@ -10,7 +10,7 @@ namespace memory_host {
 
 /// Whether the bytes start as a CCP4/MRC map does.
 bool looksLikeMap(std::string_view bytes);
-/// Whether the text starts as a CIF does, with a data block.
+/// Whether the text starts as a CIF does: with a data block, a loop or a category's tag.
 bool looksLikeMmcif(std::string_view text);
 
 /// Reads the coordinates of a PDB file: one entry, called `stem` if it has no identifier. A model

@@ -230,7 +230,8 @@ private slots:
         QTest::addColumn<QString>("what");
         const QByteArray whole = mmcif({"N N . ALA A 1 ? 1 2 3 1", "CA C . ALA A 1 ? 2 2 3 1"});
         QTest::newRow("no block") << QByteArray("Some words\n")
-                                  << ":1: is no valid mmCIF: expected block header (data_)";
+                                  << ":1: is no valid mmCIF: expected a data block (data_NAME) "
+                                     "before \"Some\"";
         QTest::newRow("an open quote") << whole + "_x 'abc\n"
                                        << ":18: is no valid mmCIF: unterminated 'string'";
         QTest::newRow("an open text") << whole + "_x\n;abc\nabc\n"
@@ -249,6 +250,42 @@ private slots:
         QFETCH(QByteArray, text);
         QFETCH(QString, what);
         QCOMPARE(refused(text, "bad.cif"), what + atomSite);
+    }
+
+    void mmcifWithoutADataBlock() {
+        QByteArray text = mmcif({"N N . ALA A 1 ? 1 2 3 1"});
+        text = "# no block\n" + text.mid(text.indexOf("loop_"));
+        const QString what = ":2: is no valid mmCIF: expected a data block (data_NAME) before "
+                             "\"loop_\"";
+        QCOMPARE(refused(text, "bad.cif"), what + atomSite);
+        QCOMPARE(refused(text, "bad.txt"), what + atomSite);
+        QCOMPARE(refused("_atom_site.id 1\n"),
+                 ":1: is no valid mmCIF: expected a data block (data_NAME) before "
+                 "\"_atom_site.id\"" +
+                     atomSite);
+    }
+
+    void mmcifWithARepeatedTag_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("what");
+        const QByteArray whole = mmcif({"N N . ALA A 1 ? 1 2 3 1"});
+        QTest::newRow("of coordinates in one loop")
+            << QByteArray(whole).replace("_atom_site.Cartn_y", "_atom_site.Cartn_x")
+            << ":12: the tag \"_atom_site.Cartn_x\"";
+        QTest::newRow("in other letters")
+            << QByteArray(whole).replace("_atom_site.Cartn_y", "_ATOM_SITE.cartn_X")
+            << ":12: the tag \"_ATOM_SITE.cartn_X\"";
+        QTest::newRow("in a further loop") << whole + "loop_\n_atom_site.Cartn_x\n1\n"
+                                           << ":18: the tag \"_atom_site.Cartn_x\"";
+        QTest::newRow("outside of loops")
+            << "data_x\n_entry.id 1\n_entry.id 2\n" + whole << ":3: the tag \"_entry.id\"";
+        QTest::newRow("in a save frame")
+            << "data_x\nsave_f\n_a.b 1\n_a.b 2\nsave_\n" + whole << ":4: the tag \"_a.b\"";
+    }
+    void mmcifWithARepeatedTag() {
+        QFETCH(QByteArray, text);
+        QFETCH(QString, what);
+        QCOMPARE(refused(text, "bad.cif"), what + " stands twice in one data block" + atomSite);
     }
 
     void mmcifCutInTheMiddleOfARow() {
