@@ -15,6 +15,10 @@
 
 namespace memory_host {
 
+/// The serial number of an atom, as packedSerial() makes it.
+using Serial = std::uint32_t;
+constexpr Serial noSerial = 0;
+
 struct AtomEntry {
     std::array<float, 3> position{}; ///< Å
     float temperature = 0.0F;        ///< Å²
@@ -38,7 +42,9 @@ struct ModelTable {
     std::vector<std::uint32_t> chains;  ///< names, in the order of the file
     std::vector<ResidueEntry> residues; ///< by chain, then in the order of the file
     std::vector<AtomEntry> atoms;       ///< by residue, then in the order of the file
-    std::vector<BondPair> bonds;        ///< indices of atoms; see Bonds.h for the order
+    /// Indices of atoms: those that the file lists, then those by distance, each ascending.
+    std::vector<BondPair> bonds;
+    std::size_t listedBonds = 0; ///< how many of the bonds the file lists
 
     /// One past the last atom of a residue.
     std::uint32_t atomEnd(std::size_t residue) const {
@@ -73,6 +79,9 @@ struct AtomRow {
     bool hasPosition = false;
     std::array<float, 3> position{};
     float temperature = 0.0F;
+    Serial serial = noSerial;
+    std::string_view labelChain; ///< mmCIF's label ids of the residue, or empty
+    std::string_view labelNumber;
 };
 
 } // namespace memory_host

@@ -18,7 +18,8 @@ struct Point {
     float radius;
     std::uint32_t index; ///< among the atoms that were handed over
     std::uint16_t alternative;
-    bool isHydrogen;
+    BondKind kind;
+    bool isHeld;
     bool isLarge;
 };
 
@@ -47,13 +48,22 @@ bool meet(const Point& a, const Point& b) {
     return squaredDistance(a, b) <= longest * longest;
 }
 
+// Whether the two may be there at the same time.
+bool areTogether(const Point& a, const Point& b) {
+    return a.alternative == b.alternative || a.alternative == 0 || b.alternative == 0;
+}
+
+// Whether the rule on nearer atoms applies.
+bool areMetalAndFramework(const Point& a, const Point& b) {
+    return (a.kind == BondKind::Metal && b.kind == BondKind::Framework) ||
+           (a.kind == BondKind::Framework && b.kind == BondKind::Metal);
+}
+
 // Whether two atoms that meet are bonded.
 bool mayBond(const Point& a, const Point& b) {
-    if (a.isHydrogen && b.isHydrogen)
+    if (a.kind == BondKind::Hydrogen && b.kind == BondKind::Hydrogen)
         return false;
-    if (a.alternative != b.alternative && a.alternative != 0 && b.alternative != 0)
-        return false;
-    return squaredDistance(a, b) >= shortestBond * shortestBond;
+    return areTogether(a, b) && squaredDistance(a, b) >= shortestBond * shortestBond;
 }
 
 // Sorts by key, a few bits at a time, and keeps the order of equal ones.
@@ -78,7 +88,7 @@ void sortByKey(std::vector<std::pair<std::uint64_t, std::uint32_t>>& keys, int b
 class BondSearch {
 public:
     BondSearch(std::span<const BondAtom> atoms, std::uint32_t alternatives)
-        : m_atoms(atoms), m_places(1 + alternatives) {}
+        : m_atoms(atoms), m_alternatives(std::min(alternatives, mostAlternatives)) {}
 
     Bonds run() {
         choosePoints();
@@ -89,6 +99,7 @@ public:
             for (std::uint32_t i = 0; i != m_points.size(); ++i)
                 if (m_points[i].isLarge)
                     searchAroundLarge(i);
+            keepDoubtful();
         }
         return collect();
     }
@@ -102,7 +113,15 @@ private:
     void searchAroundLarge(std::uint32_t i);
     void searchRange(std::uint32_t i, std::uint32_t first, std::uint32_t last);
     void join(std::uint32_t i, std::uint32_t k);
+    void keep(std::uint32_t i, std::uint32_t k) {
+        m_pairs.push_back(std::minmax(m_points[i].index, m_points[k].index));
+    }
+    void keepDoubtful();
+    bool hasNearerLigand(const Point& metal, const Point& other) const;
+    template <class Visit> void visitAround(const Point& point, double reach, Visit visit) const;
     Bonds collect();
+
+    std::uint32_t mostNear() const { return mostNeighbours * (1 + m_alternatives); }
 
     CellIndex cellOf(const Point& point) const {
         return {cellAlong(point.x) - m_origin[0], cellAlong(point.y) - m_origin[1],
@@ -124,12 +143,13 @@ private:
     }
 
     std::span<const BondAtom> m_atoms;
-    std::uint32_t m_places;            ///< how many atoms may stand in one place
+    std::uint32_t m_alternatives;
     std::vector<Point> m_points;       ///< by cell
     std::vector<std::uint32_t> m_near; ///< by point: others within the distance of a bond
     std::vector<Cell> m_cells;         ///< those that hold something, by key
     std::vector<std::uint32_t> m_crowded;
     std::vector<BondPair> m_pairs;
+    std::vector<BondPair> m_doubtful; ///< points: a metal, and carbon or phosphorus
     float m_largestRadius = 0.0F;
     double m_perEdge = 1.0;     ///< cells an Å
     float m_farForSmall = 0.0F; ///< square of a distance that is no bond of two small atoms
@@ -149,7 +169,7 @@ void BondSearch::choosePoints() {
         if (!isUsable(atom))
             continue;
         m_points.push_back({atom.position[0], atom.position[1], atom.position[2], atom.radius,
-                            static_cast<std::uint32_t>(i), atom.alternative, atom.isHydrogen,
+                            static_cast<std::uint32_t>(i), atom.alternative, atom.kind, atom.isHeld,
                             false});
         radii.push_back(atom.radius);
     }
@@ -192,10 +212,12 @@ void BondSearch::sortIntoCells() {
     sortByKey(keys, bits);
     std::vector<Point> sorted;
     sorted.reserve(m_points.size());
+    const std::size_t mostHere =
+        mostInCell * (1 + std::min(m_alternatives, mostAlternativesInCell));
     for (std::size_t from = 0, to = 0; from != keys.size(); from = to) {
         while (to != keys.size() && keys[to].first == keys[from].first)
             ++to;
-        const bool isHeap = to - from > std::size_t{mostInCell} * m_places;
+        const bool isHeap = to - from > mostHere;
         if (!isHeap)
             m_cells.push_back({keys[from].first, static_cast<std::uint32_t>(sorted.size())});
         for (std::size_t i = from; i != to; ++i) {
@@ -211,10 +233,13 @@ void BondSearch::sortIntoCells() {
 
 // Takes in two points that meet. Those that are crowded already get no more pairs.
 void BondSearch::join(std::uint32_t i, std::uint32_t k) {
-    const std::uint32_t limit = mostNeighbours * m_places;
-    const bool isCrowded = std::max(++m_near[i], ++m_near[k]) > limit;
-    if (!isCrowded && mayBond(m_points[i], m_points[k]))
-        m_pairs.push_back(std::minmax(m_points[i].index, m_points[k].index));
+    const bool isCrowded = std::max(++m_near[i], ++m_near[k]) > mostNear();
+    if (isCrowded || !mayBond(m_points[i], m_points[k]))
+        return;
+    if (areMetalAndFramework(m_points[i], m_points[k]))
+        m_doubtful.push_back({i, k});
+    else
+        keep(i, k);
 }
 
 void BondSearch::searchRange(std::uint32_t i, std::uint32_t first, std::uint32_t last) {
@@ -266,10 +291,9 @@ void BondSearch::searchAroundSmall() {
     }
 }
 
-// Small atoms have not looked at large ones. Two large ones look at each other; the first counts.
-void BondSearch::searchAroundLarge(std::uint32_t i) {
-    const Point& point = m_points[i];
-    const double reach = static_cast<double>(point.radius) + m_largestRadius + bondTolerance;
+// Calls `visit` with each point in the cells that are within reach, as an index.
+template <class Visit>
+void BondSearch::visitAround(const Point& point, double reach, Visit visit) const {
     const auto layers = static_cast<std::int64_t>(std::ceil(reach * m_perEdge * (1.0 + 1.0e-5)));
     const CellIndex cell = cellOf(point);
     CellIndex from{};
@@ -286,15 +310,49 @@ void BondSearch::searchAroundLarge(std::uint32_t i) {
         for (std::int64_t y = from[1]; y <= to[1]; ++y) {
             const std::uint32_t last = pointsFrom(keyOf({x, y, to[2]}) + 1);
             for (std::uint32_t k = pointsFrom(keyOf({x, y, from[2]})); k != last; ++k)
-                if ((!m_points[k].isLarge || i < k) && meet(point, m_points[k]))
-                    join(i, k);
+                visit(k);
         }
+    }
+}
+
+// Small atoms have not looked at large ones. Two large ones look at each other; the first counts.
+void BondSearch::searchAroundLarge(std::uint32_t i) {
+    const Point& point = m_points[i];
+    const double reach = static_cast<double>(point.radius) + m_largestRadius + bondTolerance;
+    visitAround(point, reach, [&](std::uint32_t k) {
+        if ((!m_points[k].isLarge || i < k) && meet(point, m_points[k]))
+            join(i, k);
+    });
+}
+
+bool BondSearch::hasNearerLigand(const Point& metal, const Point& other) const {
+    if (metal.isHeld)
+        return true;
+    const double squared = squaredDistance(metal, other);
+    bool isNearer = false;
+    visitAround(metal, std::sqrt(squared), [&](std::uint32_t k) {
+        const Point& ligand = m_points[k];
+        isNearer = isNearer ||
+                   (ligand.kind == BondKind::Ligand && squaredDistance(metal, ligand) < squared &&
+                    areTogether(metal, ligand) && areTogether(other, ligand));
+    });
+    return isNearer;
+}
+
+void BondSearch::keepDoubtful() {
+    for (const auto& [i, k] : m_doubtful) {
+        // The bonds of crowded atoms go anyway.
+        if (std::max(m_near[i], m_near[k]) > mostNear())
+            continue;
+        const bool isFirst = m_points[i].kind == BondKind::Metal;
+        if (!hasNearerLigand(m_points[isFirst ? i : k], m_points[isFirst ? k : i]))
+            keep(i, k);
     }
 }
 
 Bonds BondSearch::collect() {
     for (std::size_t i = 0; i != m_near.size(); ++i)
-        if (m_near[i] > mostNeighbours * m_places)
+        if (m_near[i] > mostNear())
             m_crowded.push_back(m_points[i].index);
     Bonds bonds;
     bonds.crowded = m_crowded.size();

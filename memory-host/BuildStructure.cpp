@@ -2,7 +2,6 @@
 
 #include "Building.h"
 #include "DataMaker.h"
-#include "ResidueKinds.h"
 
 #include <algorithm>
 
@@ -15,10 +14,13 @@ using TAVIK::DataMaker;
 
 class ModelBuilder {
 public:
-    ModelBuilder(ModelTable&& model, const StructureTable& structure, ProgressCounter& progress)
+    ModelBuilder(ModelTable&& model, const StructureTable& structure, BuildScratch& scratch,
+                 ProgressCounter& progress)
         : m_model(std::move(model)), m_names(*structure.names), m_progress(progress),
-          m_groups(m_model, m_names), m_atoms(m_model.atoms.size()),
-          m_conformers(structure.alternatives + 1) {}
+          m_groups(m_model, m_names, scratch.facts), m_atoms(m_model.atoms.size()),
+          m_found(m_model.listedBonds), m_conformers(scratch.conformers) {
+        m_conformers.resize(structure.alternatives + 1);
+    }
 
     DetachedItem build(const std::string& name) {
         DetachedItem entry(makeDetached(name, "Composite"));
@@ -26,6 +28,7 @@ public:
         for (std::uint32_t chain = 0; chain != m_model.chains.size(); ++chain)
             residue = buildChain(*entry, chain, residue);
         buildBondsBetweenChains(*entry);
+        forgetConformers();
         return entry;
     }
 
@@ -33,8 +36,11 @@ private:
     std::size_t buildChain(Compound& entry, std::uint32_t chain, std::size_t residue);
     void buildResidue(Compound& groups, std::size_t residue);
     void buildAtom(Compound& parent, std::uint32_t atom);
+    void forgetConformers();
     void numberConformers(std::size_t residue);
     void buildBonds(Compound& bonds, std::uint32_t endAtom);
+    void buildBonds(Compound& bonds, std::uint32_t endAtom, std::size_t& next, std::size_t end,
+                    std::vector<BondPair>& betweenChains);
     void buildBondsBetweenChains(Compound& entry);
     void addBondOf(Compound& bonds, const BondPair& pair) {
         addBond(&bonds, m_atoms[pair.first], m_atoms[pair.second]);
@@ -46,11 +52,13 @@ private:
     ProgressCounter& m_progress;
     AtomGroups m_groups;
     std::vector<Compound*> m_atoms; ///< by atom
-    std::size_t m_bond = 0;         ///< the first one that no chain has had yet
-    std::vector<BondPair> m_bondsBetweenChains;
+    std::size_t m_listed = 0;       ///< the first listed bond that no chain has had yet
+    std::size_t m_found;            ///< likewise of those by distance
+    std::vector<BondPair> m_listedBetweenChains;
+    std::vector<BondPair> m_foundBetweenChains;
     /// The conformers of the current residue: their numbers by alternative location, and which of
     /// these are in use.
-    std::vector<unsigned int> m_conformers;
+    std::vector<unsigned int>& m_conformers;
     std::vector<std::uint16_t> m_used;
 };
 
@@ -67,11 +75,15 @@ std::size_t ModelBuilder::buildChain(Compound& entry, std::uint32_t chain, std::
     return residue;
 }
 
-// Conformers count from 1 in the order of the file, in each residue by itself.
-void ModelBuilder::numberConformers(std::size_t residue) {
+void ModelBuilder::forgetConformers() {
     for (const std::uint16_t alternative : m_used)
         m_conformers[alternative] = 0;
     m_used.clear();
+}
+
+// Conformers count from 1 in the order of the file, in each residue by itself.
+void ModelBuilder::numberConformers(std::size_t residue) {
+    forgetConformers();
     for (std::uint32_t i = m_model.residues[residue].firstAtom; i != m_model.atomEnd(residue);
          ++i) {
         const std::uint16_t alternative = m_model.atoms[i].alternative;
@@ -119,22 +131,30 @@ void ModelBuilder::buildResidue(Compound& groups, std::size_t residue) {
     }
 }
 
-// Bonds stand in the order of their first atoms, and so chain by chain.
+// Listed bonds and found ones stand in the order of their first atoms, and so chain by chain.
 void ModelBuilder::buildBonds(Compound& bonds, std::uint32_t endAtom) {
-    for (; m_bond != m_model.bonds.size() && m_model.bonds[m_bond].first < endAtom; ++m_bond) {
-        const BondPair& pair = m_model.bonds[m_bond];
+    buildBonds(bonds, endAtom, m_listed, m_model.listedBonds, m_listedBetweenChains);
+    buildBonds(bonds, endAtom, m_found, m_model.bonds.size(), m_foundBetweenChains);
+}
+
+void ModelBuilder::buildBonds(Compound& bonds, std::uint32_t endAtom, std::size_t& next,
+                              std::size_t end, std::vector<BondPair>& betweenChains) {
+    for (; next != end && m_model.bonds[next].first < endAtom; ++next) {
+        const BondPair& pair = m_model.bonds[next];
         if (pair.second < endAtom)
             addBondOf(bonds, pair);
         else
-            m_bondsBetweenChains.push_back(pair);
+            betweenChains.push_back(pair);
     }
 }
 
 void ModelBuilder::buildBondsBetweenChains(Compound& entry) {
-    if (m_bondsBetweenChains.empty())
+    if (m_listedBetweenChains.empty() && m_foundBetweenChains.empty())
         return;
     Compound* bonds = DataMaker::makeCore(&entry, "Bonds", "Composite");
-    for (const BondPair& pair : m_bondsBetweenChains)
+    for (const BondPair& pair : m_listedBetweenChains)
+        addBondOf(*bonds, pair);
+    for (const BondPair& pair : m_foundBetweenChains)
         addBondOf(*bonds, pair);
 }
 
@@ -159,8 +179,8 @@ std::size_t workOf(const ModelTable& model) {
 }
 
 DetachedItem buildModel(ModelTable model, const StructureTable& structure, const std::string& name,
-                        ProgressCounter& progress) {
-    return ModelBuilder(std::move(model), structure, progress).build(name);
+                        BuildScratch& scratch, ProgressCounter& progress) {
+    return ModelBuilder(std::move(model), structure, scratch, progress).build(name);
 }
 
 } // namespace memory_host

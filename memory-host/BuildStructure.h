@@ -3,6 +3,7 @@
 
 #include "AtomTable.h"
 #include "Files.h"
+#include "ResidueKinds.h"
 
 namespace memory_host {
 
@@ -35,8 +36,13 @@ private:
 
 /// What building a model counts as.
 std::size_t workOf(const ModelTable& model);
+/// What building the models of one entry needs, and each leaves ready for the next one.
+struct BuildScratch {
+    std::vector<NameFacts> facts;
+    std::vector<unsigned int> conformers; ///< numbers by alternative location
+};
 /// Builds the items of one model: an entry called `name` with its chains, their groups and bonds.
 DetachedItem buildModel(ModelTable model, const StructureTable& structure, const std::string& name,
-                        ProgressCounter& progress);
+                        BuildScratch& scratch, ProgressCounter& progress);
 
 } // namespace memory_host

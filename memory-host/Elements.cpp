@@ -10,6 +10,8 @@ namespace memory_host {
 
 namespace {
 
+static_assert(elementCount == static_cast<std::size_t>(gemmi::El::END));
+
 gemmi::El el(Element element) {
     return static_cast<gemmi::El>(element);
 }
@@ -71,6 +73,19 @@ float covalentRadius(Element element) {
 
 bool isHydrogen(Element element) {
     return gemmi::is_hydrogen(el(element));
+}
+
+bool isMetal(Element element) {
+    return gemmi::is_metal(el(element));
+}
+
+bool isMetalLigand(Element element) {
+    return el(element) == gemmi::El::N || el(element) == gemmi::El::O ||
+           el(element) == gemmi::El::S;
+}
+
+bool isCarbonOrPhosphorus(Element element) {
+    return el(element) == gemmi::El::C || el(element) == gemmi::El::P;
 }
 
 } // namespace memory_host

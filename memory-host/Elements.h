@@ -1,6 +1,7 @@
 // Chemical elements by number: symbols and covalent radii.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -9,6 +10,8 @@ namespace memory_host {
 /// An element by its place in the table; 0 is the unknown one.
 using Element = std::uint8_t;
 constexpr Element unknownElement = 0;
+/// Number of elements, the unknown one and deuterium included.
+constexpr std::size_t elementCount = 120;
 
 /// The element of a symbol in any case, as "CU", "c" or " C"; unknown for anything else.
 Element elementOf(std::string_view symbol);
@@ -24,5 +27,10 @@ const char* elementSymbol(Element element);
 float covalentRadius(Element element);
 /// Hydrogen or deuterium.
 bool isHydrogen(Element element);
+bool isMetal(Element element);
+/// Nitrogen, oxygen or sulfur, which hold metals.
+bool isMetalLigand(Element element);
+/// Carbon or phosphorus, which stand behind what holds a metal.
+bool isCarbonOrPhosphorus(Element element);
 
 } // namespace memory_host

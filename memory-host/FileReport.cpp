@@ -20,6 +20,8 @@ const char* pluralOf(FileReport::Kind kind) {
         return "residues with very many atoms";
     case FileReport::Kind::Bonds:
         return "models with atoms that are packed too closely for bonds";
+    case FileReport::Kind::ListedBonds:
+        return "entries that list bonds which were left out";
     case FileReport::Kind::Cut:
         return "signs that the file was cut";
     case FileReport::Kind::Map:

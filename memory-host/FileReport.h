@@ -22,7 +22,17 @@ std::string inQuotes(std::string_view text);
 class FileReport {
 public:
     /// What a remark is about. Many of one kind become few lines and a number.
-    enum class Kind { Coordinates, NoCoordinates, Temperature, Name, Residue, Bonds, Cut, Map };
+    enum class Kind {
+        Coordinates,
+        NoCoordinates,
+        Temperature,
+        Name,
+        Residue,
+        Bonds,
+        ListedBonds,
+        Cut,
+        Map
+    };
 
     explicit FileReport(std::string path);
 

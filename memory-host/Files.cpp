@@ -151,9 +151,10 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     for (StructureTable& structure : file.structures) {
         const std::vector<std::string> names =
             entryNames.take(structure.name, modelEndings(structure));
+        BuildScratch scratch;
         for (std::size_t i = 0; i != names.size(); ++i)
             items.push_back(
-                buildModel(std::move(structure.models[i]), structure, names[i], counter));
+                buildModel(std::move(structure.models[i]), structure, names[i], scratch, counter));
     }
     file.structures.clear();
     if (file.grid) {

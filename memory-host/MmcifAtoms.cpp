@@ -69,17 +69,19 @@ void Atoms::checkColumns(const Row& row, std::size_t line) const {
                             acceptedSyntax);
 }
 
+TableBuilder& Atoms::builder() {
+    if (!m_builder)
+        m_builder = std::make_unique<TableBuilder>(m_report);
+    return *m_builder;
+}
+
 void Atoms::add(const Row& values, std::size_t line) {
     const auto authorOrLabel = [&values](Column author, Column label) {
         return contentOf(isNull(values[author]) ? values[label] : values[author]);
     };
     const std::string_view model = contentOf(values[ModelNumber]);
-    if (!m_builder) {
-        m_builder = std::make_unique<TableBuilder>(m_report);
-        m_builder->startModel(model, true);
-    } else if (model != m_model) {
-        m_builder->startModel(model, true);
-    }
+    if (isEntryEmpty() || model != m_model)
+        builder().startModel(model, true);
     m_model = model;
 
     AtomRow row;
@@ -89,6 +91,8 @@ void Atoms::add(const Row& values, std::size_t line) {
     row.insertion = contentOf(values[Insertion]);
     row.name = authorOrLabel(AuthAtom, LabelAtom);
     row.alternative = contentOf(values[Alternative]);
+    row.labelChain = contentOf(values[LabelChain]);
+    row.labelNumber = contentOf(values[LabelNumber]);
     const std::string_view symbol = contentOf(values[Symbol]);
     row.element = symbol.empty()
                       ? elementOfName(row.name, residueKind(row.residue) != ResidueKind::Other)
@@ -105,7 +109,7 @@ void Atoms::add(const Row& values, std::size_t line) {
 }
 
 void Atoms::finishEntry(std::string name) {
-    if (m_builder)
+    if (!isEntryEmpty())
         m_structures.push_back(m_builder->finish(std::move(name)));
     m_builder.reset();
 }

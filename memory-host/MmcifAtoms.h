@@ -54,13 +54,17 @@ public:
     /// Refuses rows that lack what every atom needs.
     void checkColumns(const Row& row, std::size_t line) const;
     void add(const Row& values, std::size_t line);
-    bool isEntryEmpty() const { return !m_builder; }
-    /// Ends the entry that the last rows belong to.
+    /// The bonds that the entry lists, before or behind its atoms.
+    ListedBonds& listedBonds() { return builder().listedBonds(); }
+    bool isEntryEmpty() const { return !m_builder || m_builder->atomCount() == 0; }
+    /// Ends the entry that the last rows belong to; it is kept unless it is empty.
     void finishEntry(std::string name);
     /// The entries; refuses files whose atoms have no coordinates that are numbers.
     std::vector<StructureTable> take();
 
 private:
+    TableBuilder& builder();
+
     FileReport& m_report;
     AtomNumbers m_numbers;
     std::vector<StructureTable> m_structures;

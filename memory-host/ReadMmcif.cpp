@@ -2,6 +2,7 @@
 // The document is never held as a whole, and every value comes with its line.
 #include "FieldText.h"
 #include "MmcifAtoms.h"
+#include "MmcifBonds.h"
 #include "Readers.h"
 
 #include <gemmi/cif.hpp>
@@ -62,6 +63,7 @@ public:
 
 private:
     bool isAtomTag(std::string_view tag) const { return !m_isInFrame && mmcif::isAtomTag(tag); }
+    bool isBondTag(std::string_view tag) const { return !m_isInFrame && mmcif::isBondTag(tag); }
     void parse();
     void checkRepetition(std::string_view tag, std::size_t line);
     [[noreturn]] void refuseWord(std::size_t at, std::size_t line, std::string_view message) const;
@@ -83,6 +85,8 @@ private:
     std::size_t m_column = 0;      ///< of the next value
     bool m_isAtomLoop = false;
     Row m_row{};
+    std::vector<mmcif::BondColumn> m_bondColumns; ///< of a loop that lists bonds, else empty
+    mmcif::BondRow m_bondRow{};
     std::size_t m_rowLine = 0;
     std::size_t m_lastLine = 0;       ///< of a value in a loop
     const char* m_lastEnd = nullptr;  ///< of that value
@@ -93,6 +97,10 @@ private:
     bool m_hasPairs = false;               ///< the category comes without a loop: one row
     Row m_pairRow{};
     std::size_t m_pairLine = 0;
+    mmcif::BondColumn m_bondPairColumn = mmcif::NoBondColumn; ///< of the last tag outside of loops
+    bool m_hasBondPairs = false;
+    mmcif::BondRow m_bondPairRow{};
+    std::size_t m_bondPairLine = 0;
 
     bool m_hasFractions = false; ///< some category gives fractional coordinates
 };
@@ -208,11 +216,9 @@ void MmcifReader::checkRepetition(std::string_view tag, std::size_t line) {
 }
 
 void MmcifReader::finishBlock() {
-    if (!m_atoms.isEntryEmpty()) {
-        std::string name = asLatin1Component(m_entryName.empty() ? m_blockName : m_entryName);
-        std::ranges::transform(name, name.begin(), lowerCase);
-        m_atoms.finishEntry(name.empty() ? m_stem : name);
-    }
+    std::string name = asLatin1Component(m_entryName.empty() ? m_blockName : m_entryName);
+    std::ranges::transform(name, name.begin(), lowerCase);
+    m_atoms.finishEntry(name.empty() ? m_stem : name);
     m_entryName.clear();
     m_isInFrame = false;
 }
@@ -224,6 +230,10 @@ void MmcifReader::takePairs() {
     }
     m_hasPairs = false;
     m_pairRow = {};
+    if (m_hasBondPairs)
+        mmcif::addBond(m_bondPairRow, m_bondPairLine, m_atoms.listedBonds());
+    m_hasBondPairs = false;
+    m_bondPairRow = {};
 }
 
 void MmcifReader::itemTag(std::string_view tag, std::size_t line) {
@@ -231,11 +241,17 @@ void MmcifReader::itemTag(std::string_view tag, std::size_t line) {
     m_pairColumn = isAtomTag(tag) ? mmcif::columnOf(tag) : Column::Ignored;
     m_hasPairs = m_hasPairs || isAtomTag(tag);
     m_isEntryTag = !m_isInFrame && startsWith(tag, "_entry.id") && tag.size() == 9;
+    m_bondPairColumn = isBondTag(tag) ? mmcif::bondColumnOf(tag) : mmcif::NoBondColumn;
+    m_hasBondPairs = m_hasBondPairs || m_bondPairColumn != mmcif::NoBondColumn;
 }
 
 void MmcifReader::itemValue(std::string_view value, std::size_t line) {
     if (m_isEntryTag)
         m_entryName = contentOf(value);
+    if (m_bondPairColumn != mmcif::NoBondColumn) {
+        m_bondPairRow[m_bondPairColumn] = value;
+        m_bondPairLine = line;
+    }
     if (m_pairColumn == Column::Ignored)
         return;
     m_pairRow[m_pairColumn] = value;
@@ -248,6 +264,8 @@ void MmcifReader::startLoop() {
     m_isAtomLoop = false;
     m_areColumnsChecked = false;
     m_row = {};
+    m_bondColumns.clear();
+    m_bondRow = {};
 }
 
 void MmcifReader::loopTag(std::string_view tag, std::size_t line) {
@@ -255,6 +273,10 @@ void MmcifReader::loopTag(std::string_view tag, std::size_t line) {
     const bool ofAtoms = isAtomTag(tag);
     m_isAtomLoop = m_isAtomLoop || ofAtoms;
     m_columns.push_back(ofAtoms ? mmcif::columnOf(tag) : Column::Ignored);
+    if (isBondTag(tag)) {
+        m_bondColumns.resize(m_columns.size(), mmcif::NoBondColumn);
+        m_bondColumns.back() = mmcif::bondColumnOf(tag);
+    }
     m_hasFractions = m_hasFractions || startsWith(tag, "_atom_site_fract_x");
 }
 
@@ -264,9 +286,13 @@ void MmcifReader::loopValue(std::string_view value, std::size_t line) {
     if (m_column == 0)
         m_rowLine = line;
     m_row[m_columns[m_column]] = value;
+    if (m_column < m_bondColumns.size())
+        m_bondRow[m_bondColumns[m_column]] = value;
     if (++m_column != m_columns.size())
         return;
     m_column = 0;
+    if (!m_bondColumns.empty())
+        mmcif::addBond(m_bondRow, m_rowLine, m_atoms.listedBonds());
     if (!m_isAtomLoop)
         return;
     if (!m_areColumnsChecked)

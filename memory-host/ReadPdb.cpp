@@ -3,6 +3,8 @@
 // numbers of old files for charges that it refuses.
 #include "AtomNumbers.h"
 #include "FieldText.h"
+#include "PdbBonds.h"
+#include "PdbColumns.h"
 #include "Readers.h"
 #include "ResidueKinds.h"
 #include "TableBuilder.h"
@@ -20,15 +22,8 @@ constexpr std::size_t coordinateColumns = 54;
 const std::string acceptedRecords =
     "accepted are PDB files of whole ATOM and HETATM records, with coordinates in columns 31 to 54";
 
-// Columns of a line, counted from 1 and inclusive as in the format's description; fewer where the
-// line ends before.
-std::string_view columns(std::string_view line, std::size_t first, std::size_t last) {
-    return line.size() < first ? std::string_view() : line.substr(first - 1, last - first + 1);
-}
-
-std::string_view field(std::string_view line, std::size_t first, std::size_t last) {
-    return trimmed(columns(line, first, last));
-}
+using pdb::columns;
+using pdb::field;
 
 bool isRecord(std::string_view line, std::string_view record) {
     return startsWith(line, record) && (line.size() == record.size() || line[record.size()] == ' ');
@@ -141,6 +136,8 @@ void PdbReader::readLine(std::string_view line) {
             std::ranges::all_of(identifier, [](char c) { return isLetter(c) || isDigit(c); });
         if (isIdentifier && m_identifier.empty())
             std::ranges::transform(identifier, std::back_inserter(m_identifier), lowerCase);
+    } else {
+        pdb::readBonds(line, m_line, m_builder.listedBonds());
     }
 }
 
@@ -153,6 +150,7 @@ void PdbReader::readAtom(std::string_view line) {
     if (!m_isInModel)
         startModel({});
     AtomRow row;
+    row.serial = pdb::serialOf(line);
     row.name = field(line, 13, 16);
     row.alternative = field(line, 17, 17);
     row.residue = field(line, 18, 20);

@@ -87,8 +87,10 @@ std::span<const char* const> groupNames(ResidueKind kind) {
     return {};
 }
 
-AtomGroups::AtomGroups(const ModelTable& model, const NamePool& names)
-    : m_model(model), m_names(names), m_facts(names.size()) {
+AtomGroups::AtomGroups(const ModelTable& model, const NamePool& names,
+                       std::vector<NameFacts>& facts)
+    : m_model(model), m_names(names), m_facts(facts) {
+    m_facts.resize(names.size());
     const auto hydrogen = [&](std::uint32_t atom) { return isHydrogen(model.atoms[atom].element); };
     for (const auto& [first, second] : model.bonds) {
         if (hydrogen(first) == hydrogen(second) ||

@@ -16,10 +16,18 @@ bool isWater(std::string_view name);
 /// The names of a kind's groups, in their order; none for other residues.
 std::span<const char* const> groupNames(ResidueKind kind);
 
+/// What is known of a name, as of a residue or of an atom.
+struct NameFacts {
+    ResidueKind kind = ResidueKind::Other;
+    bool isKnownResidue = false;
+    bool isAsked = false;
+};
+
 /// Says of the atoms of one model which group they belong to.
 class AtomGroups {
 public:
-    AtomGroups(const ModelTable& model, const NamePool& names);
+    /// `facts` are by name; the models of an entry share them, in whatever order they come.
+    AtomGroups(const ModelTable& model, const NamePool& names, std::vector<NameFacts>& facts);
 
     /// The kind of a residue: by its name or, where nobody knows the name, by its atoms.
     ResidueKind kindOf(std::size_t residue);
@@ -28,16 +36,9 @@ public:
     std::size_t groupOf(std::uint32_t atom, ResidueKind kind) const;
 
 private:
-    /// What is known of a name, as of a residue or of an atom.
-    struct NameFacts {
-        ResidueKind kind = ResidueKind::Other;
-        bool isKnownResidue = false;
-        bool isAsked = false;
-    };
-
     const ModelTable& m_model;
     const NamePool& m_names;
-    std::vector<NameFacts> m_facts;      ///< by name
+    std::vector<NameFacts>& m_facts;
     std::vector<std::uint32_t> m_bearer; ///< by atom, for models with hydrogens: who bears it
 };
 

@@ -3,8 +3,8 @@
 #include "ResidueKinds.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
-#include <numeric>
 
 namespace memory_host {
 
@@ -13,61 +13,101 @@ namespace {
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 // No chemical residue comes near.
 constexpr std::uint32_t manyAtoms = 10000;
+// The residue of points that show where a membrane lies, and are no atoms.
+constexpr std::string_view membraneMarker = "DUM";
 
 bool isSameResidue(const AtomRow& a, const AtomRow& b) {
     return a.number == b.number && a.residue == b.residue && a.insertion == b.insertion &&
            a.chain == b.chain && a.segment == b.segment;
 }
 
-// Sorts `entries` by `keyOf`, whose values lie below `count`, and keeps the order of equal ones.
-template <class Entry, class KeyOf>
-void sortStable(std::vector<Entry>& entries, std::size_t count, KeyOf keyOf) {
-    if (std::ranges::is_sorted(entries, {}, keyOf))
-        return;
+// The places that `entries` get when they are sorted by `key`, whose values lie below `count`,
+// and equal ones keep their order; empty where they are sorted already.
+template <class Entry>
+std::vector<std::uint32_t> sortedPlaces(const std::vector<Entry>& entries, std::size_t count,
+                                        std::uint32_t Entry::*key) {
+    if (std::ranges::is_sorted(entries, {}, key))
+        return {};
     std::vector<std::uint32_t> starts(count + 1, 0);
     for (const Entry& entry : entries)
-        ++starts[keyOf(entry)];
+        ++starts[entry.*key];
     std::uint32_t sum = 0;
     for (std::uint32_t& start : starts)
         sum += std::exchange(start, sum);
+    std::vector<std::uint32_t> places(entries.size());
+    std::ranges::transform(entries, places.begin(),
+                           [&](const Entry& entry) { return starts[entry.*key]++; });
+    return places;
+}
+
+template <class Entry>
+void moveTo(const std::vector<std::uint32_t>& places, std::vector<Entry>& entries) {
     std::vector<Entry> sorted(entries.size());
-    for (const Entry& entry : entries)
-        sorted[starts[keyOf(entry)]++] = entry;
+    for (std::size_t i = 0; i != entries.size(); ++i)
+        sorted[places[i]] = entries[i];
     entries.swap(sorted);
 }
 
 // Brings residues together by chain, and atoms by residue.
 void sortTable(ModelTable& table) {
-    std::vector<std::uint32_t> order(table.residues.size());
-    std::iota(order.begin(), order.end(), 0U);
-    sortStable(order, table.chains.size(),
-               [&](std::uint32_t residue) { return table.residues[residue].chain; });
-    std::vector<ResidueEntry> residues;
-    std::vector<std::uint32_t> newPlaces(order.size());
-    residues.reserve(order.size());
-    for (const std::uint32_t old : order) {
-        newPlaces[old] = static_cast<std::uint32_t>(residues.size());
-        residues.push_back(table.residues[old]);
+    const auto residuePlaces =
+        sortedPlaces(table.residues, table.chains.size(), &ResidueEntry::chain);
+    if (!residuePlaces.empty()) {
+        moveTo(residuePlaces, table.residues);
+        for (AtomEntry& atom : table.atoms)
+            atom.residue = residuePlaces[atom.residue];
     }
-    table.residues.swap(residues);
-    for (AtomEntry& atom : table.atoms)
-        atom.residue = newPlaces[atom.residue];
-    sortStable(table.atoms, table.residues.size(),
-               [](const AtomEntry& atom) { return atom.residue; });
+    const auto atomPlaces = sortedPlaces(table.atoms, table.residues.size(), &AtomEntry::residue);
+    if (!atomPlaces.empty()) {
+        moveTo(atomPlaces, table.atoms);
+        for (BondPair& pair : table.bonds)
+            pair = std::minmax({atomPlaces[pair.first], atomPlaces[pair.second]});
+        std::ranges::sort(table.bonds);
+    }
     for (std::uint32_t i = static_cast<std::uint32_t>(table.atoms.size()); i-- != 0;)
         table.residues[table.atoms[i].residue].firstAtom = i;
 }
 
-std::size_t findBondsOf(ModelTable& table, std::uint32_t alternatives) {
+BondKind bondKindOf(Element element) {
+    return isHydrogen(element)             ? BondKind::Hydrogen
+           : isMetal(element)              ? BondKind::Metal
+           : isMetalLigand(element)        ? BondKind::Ligand
+           : isCarbonOrPhosphorus(element) ? BondKind::Framework
+                                           : BondKind::Other;
+}
+
+// Adds the bonds by distance to those that are listed.
+std::size_t findBondsOf(ModelTable& table, const NamePool& names, std::uint32_t alternatives) {
     std::vector<BondAtom> atoms(table.atoms.size());
+    std::array<BondKind, elementCount> kinds{};
+    std::array<float, elementCount> radii{};
+    for (std::size_t i = 0; i != elementCount; ++i) {
+        kinds[i] = bondKindOf(static_cast<Element>(i));
+        radii[i] = covalentRadius(static_cast<Element>(i));
+    }
     for (std::size_t i = 0; i != atoms.size(); ++i) {
         const AtomEntry& atom = table.atoms[i];
-        atoms[i] = {atom.position, covalentRadius(atom.element), atom.alternative,
-                    isHydrogen(atom.element), atom.hasPosition};
+        atoms[i] = {atom.position,       radii[atom.element], atom.alternative,
+                    kinds[atom.element], atom.hasPosition,    false};
     }
-    Bonds bonds = findBonds(atoms, alternatives);
-    table.bonds = std::move(bonds.pairs);
-    return bonds.crowded;
+    for (std::size_t i = 0; i != table.residues.size(); ++i)
+        if (names.text(table.residues[i].name) == membraneMarker)
+            for (std::uint32_t k = table.residues[i].firstAtom; k != table.atomEnd(i); ++k)
+                atoms[k].hasPosition = false;
+    for (const auto& [first, second] : table.bonds) {
+        atoms[first].isHeld = atoms[first].isHeld || atoms[second].kind == BondKind::Ligand;
+        atoms[second].isHeld = atoms[second].isHeld || atoms[first].kind == BondKind::Ligand;
+    }
+    const Bonds found = findBonds(atoms, alternatives);
+    table.listedBonds = table.bonds.size();
+    if (table.listedBonds == 0) {
+        table.bonds = std::move(found.pairs);
+    } else {
+        const std::vector<BondPair> listed = table.bonds;
+        table.bonds.reserve(listed.size() + found.pairs.size());
+        std::ranges::set_difference(found.pairs, listed, std::back_inserter(table.bonds));
+    }
+    return found.crowded;
 }
 
 } // namespace
@@ -206,6 +246,20 @@ void TableBuilder::endResidues() {
     ++m_model->part;
 }
 
+void TableBuilder::keepIds(const AtomRow& row) {
+    Model& model = *m_model;
+    if (row.serial != noSerial) {
+        model.serials.resize(model.table.atoms.size(), noSerial);
+        model.serials.push_back(row.serial);
+    }
+    // Only the first atom of a residue is looked at: they agree.
+    if (!row.labelChain.empty() && model.labels.size() != model.table.residues.size()) {
+        model.labels.resize(model.table.residues.size());
+        NamePool& names = *m_structure.names;
+        model.labels.back() = {names.number(row.labelChain), names.number(row.labelNumber)};
+    }
+}
+
 void TableBuilder::add(const AtomRow& row) {
     if (!m_model)
         startModel({}, false);
@@ -223,6 +277,7 @@ void TableBuilder::add(const AtomRow& row) {
     atom.temperature = row.temperature;
     atom.element = row.element;
     atom.hasPosition = row.hasPosition;
+    keepIds(row);
     m_model->table.atoms.push_back(atom);
     ++m_atomCount;
 }
@@ -266,17 +321,43 @@ void TableBuilder::remarkOnResidues(const ModelTable& table) {
     }
 }
 
+// The names of the alternative locations' letters.
+std::vector<std::uint32_t> TableBuilder::letters() {
+    std::vector<std::uint32_t> names(m_alternatives.size() + 1, 0);
+    for (const auto& [letter, number] : m_alternatives)
+        names[number] = m_structure.names->number(letter);
+    return names;
+}
+
+void TableBuilder::remarkOnListedBonds() {
+    const ListedBonds::LeftOut leftOut = m_listedBonds.leftOut();
+    if (leftOut.count != 0)
+        m_report.remark(FileReport::Kind::ListedBonds, leftOut.line, [&] {
+            const bool isOne = leftOut.count == 1;
+            return (isOne ? std::string("a bond that is listed here was")
+                          : std::to_string(leftOut.count) +
+                                " bonds that are listed from here on were") +
+                   " left out; accepted are bonds of two atoms of the file that can be told from "
+                   "others and are at most 6 Angstrom apart";
+        });
+}
+
 StructureTable TableBuilder::finish(std::string name) {
     m_structure.name = std::move(name);
     m_structure.alternatives = static_cast<std::uint32_t>(m_alternatives.size());
+    const std::vector<std::uint32_t> alternativeLetters = letters();
     for (std::unique_ptr<Model>& model : m_models) {
         ModelTable table = std::move(model->table);
+        if (!m_listedBonds.isEmpty())
+            table.bonds =
+                m_listedBonds.inModel({table, model->serials, model->labels, alternativeLetters});
         model.reset();
         if (table.atoms.empty())
             continue;
         sortTable(table);
         remarkOnResidues(table);
-        if (const std::size_t crowded = findBondsOf(table, m_structure.alternatives))
+        if (const std::size_t crowded =
+                findBondsOf(table, *m_structure.names, m_structure.alternatives))
             m_report.remark(FileReport::Kind::Bonds, 0, [&] {
                 return std::to_string(crowded) +
                        " atoms stand closer together than matter does, and have no bonds; accepted "
@@ -286,6 +367,7 @@ StructureTable TableBuilder::finish(std::string name) {
     }
     m_models.clear();
     m_model = nullptr;
+    remarkOnListedBonds();
     remarkOnNames();
     return std::move(m_structure);
 }

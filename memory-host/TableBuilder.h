@@ -3,6 +3,7 @@
 
 #include "AtomTable.h"
 #include "FileReport.h"
+#include "ListedBonds.h"
 
 #include <unordered_map>
 #include <unordered_set>
@@ -56,7 +57,8 @@ private:
 /// residue is what stands together under one name; waters are told apart by their atoms.
 class TableBuilder {
 public:
-    explicit TableBuilder(FileReport& report) : m_report(report) {}
+    explicit TableBuilder(FileReport& report)
+        : m_report(report), m_listedBonds(*m_structure.names) {}
 
     /// The following atoms belong to this model; it is a new one unless a model of this number
     /// exists and `reopen` is set.
@@ -65,6 +67,8 @@ public:
     /// A molecule ends here: what follows belongs to other residues, whatever their numbers are.
     void endResidues();
     std::size_t atomCount() const { return m_atomCount; }
+    /// The bonds that the file lists, in any order with its atoms.
+    ListedBonds& listedBonds() { return m_listedBonds; }
     /// Sorts what came, and finds the bonds; the entry is called `name`.
     StructureTable finish(std::string name);
 
@@ -77,6 +81,8 @@ private:
         std::unordered_set<AtomKey, KeyHash> seenAtoms;
         std::vector<bool> isWatched;       ///< by residue: its atoms are among the seen ones
         std::vector<bool> hasAlternatives; ///< by residue
+        std::vector<Serial> serials;       ///< by atom, up to the last one that has one
+        std::vector<LabelIds> labels;      ///< by residue; empty where the file has none
         AtomRow last;
         ResidueKey lastKey;        ///< of the last atom
         std::uint32_t current = 0; ///< residue of the last atom
@@ -91,11 +97,15 @@ private:
     std::uint32_t knownResidue(const ResidueKey& key, std::uint16_t alternative);
     std::uint32_t newResidue(const ResidueKey& key);
     void watch(std::uint32_t residue);
+    void keepIds(const AtomRow& row);
+    std::vector<std::uint32_t> letters();
+    void remarkOnListedBonds();
     void remarkOnNames();
     void remarkOnResidues(const ModelTable& table);
 
     FileReport& m_report;
     StructureTable m_structure;
+    ListedBonds m_listedBonds;
     std::vector<std::unique_ptr<Model>> m_models;
     std::unordered_map<std::string, std::size_t> m_byNumber;
     std::unordered_map<std::string, std::uint16_t> m_alternatives;

@@ -9,19 +9,45 @@
 #include <random>
 
 using memory_host::BondAtom;
+using memory_host::BondKind;
 using memory_host::BondPair;
 using memory_host::Bonds;
 using memory_host::findBonds;
 
 namespace {
 
+bool isUsable(const BondAtom& atom) {
+    return atom.hasPosition && std::all_of(atom.position.begin(), atom.position.end(), [](float x) {
+               return std::abs(x) <= memory_host::farthestBond;
+           });
+}
+
+double squaredDistance(const BondAtom& a, const BondAtom& b) {
+    double squared = 0.0;
+    for (int axis = 0; axis < 3; ++axis)
+        squared += std::pow(double(a.position[axis]) - double(b.position[axis]), 2);
+    return squared;
+}
+
+bool areApart(const BondAtom& a, const BondAtom& b) {
+    return a.alternative && b.alternative && a.alternative != b.alternative;
+}
+
+bool isMetalAndFramework(const BondAtom& a, const BondAtom& b) {
+    return a.kind == BondKind::Metal && b.kind == BondKind::Framework;
+}
+
+bool hasNearerLigand(const std::vector<BondAtom>& atoms, const BondAtom& metal,
+                     const BondAtom& other, double squared) {
+    return std::any_of(atoms.begin(), atoms.end(), [&](const BondAtom& ligand) {
+        return ligand.kind == BondKind::Ligand && isUsable(ligand) &&
+               squaredDistance(metal, ligand) < squared && !areApart(metal, ligand) &&
+               !areApart(other, ligand);
+    });
+}
+
 // The definition, as a double loop. Heaps are the search's own business, and not in here.
 Bonds bondsByDefinition(const std::vector<BondAtom>& atoms, std::uint32_t alternatives) {
-    const auto isUsable = [](const BondAtom& atom) {
-        return atom.hasPosition &&
-               std::all_of(atom.position.begin(), atom.position.end(),
-                           [](float x) { return std::abs(x) <= memory_host::farthestBond; });
-    };
     std::vector<std::uint32_t> near(atoms.size());
     std::vector<BondPair> pairs;
     for (std::uint32_t i = 0; i != atoms.size(); ++i) {
@@ -30,17 +56,19 @@ Bonds bondsByDefinition(const std::vector<BondAtom>& atoms, std::uint32_t altern
             const BondAtom& b = atoms[k];
             if (!isUsable(a) || !isUsable(b))
                 continue;
-            double squared = 0.0;
-            for (int axis = 0; axis < 3; ++axis)
-                squared += std::pow(double(a.position[axis]) - double(b.position[axis]), 2);
+            const double squared = squaredDistance(a, b);
             const double longest = double(a.radius) + double(b.radius) + memory_host::bondTolerance;
             if (squared > longest * longest)
                 continue;
             ++near[i];
             ++near[k];
-            const bool apart = a.alternative && b.alternative && a.alternative != b.alternative;
-            if (squared >= memory_host::shortestBond * memory_host::shortestBond && !apart &&
-                !(a.isHydrogen && b.isHydrogen))
+            const bool apart = areApart(a, b);
+            const bool isBehind = isMetalAndFramework(a, b) ? hasNearerLigand(atoms, a, b, squared)
+                                  : isMetalAndFramework(b, a)
+                                      ? hasNearerLigand(atoms, b, a, squared)
+                                      : false;
+            if (!isBehind && squared >= memory_host::shortestBond * memory_host::shortestBond &&
+                !apart && !(a.kind == BondKind::Hydrogen && b.kind == BondKind::Hydrogen))
                 pairs.emplace_back(i, k);
         }
     }
@@ -100,10 +128,10 @@ private slots:
 
     void hydrogensAreNotBondedToEachOther() {
         BondAtom hydrogen = carbon(0);
-        hydrogen.isHydrogen = true;
+        hydrogen.kind = BondKind::Hydrogen;
         BondAtom other = carbon(0.7F);
         QCOMPARE(bondsOf(hydrogen, other), 1U);
-        other.isHydrogen = true;
+        other.kind = BondKind::Hydrogen;
         QCOMPARE(bondsOf(hydrogen, other), 0U);
     }
 
@@ -116,6 +144,35 @@ private slots:
         QCOMPARE(bondsOf(a, b, 2), 1U);
         b.alternative = 2;
         QCOMPARE(bondsOf(a, b, 2), 0U);
+    }
+
+    void aMetalIsNotBondedToWhatStandsBehindItsLigands() {
+        BondAtom metal = carbon(0);
+        metal.radius = 1.41F;
+        metal.kind = BondKind::Metal;
+        BondAtom behind = carbon(2.5F);
+        behind.kind = BondKind::Framework;
+        const auto bonds = [&](float ligandAt, std::uint16_t alternative = 0) {
+            BondAtom ligand = carbon(0, ligandAt);
+            ligand.kind = BondKind::Ligand;
+            ligand.radius = 0.66F;
+            ligand.alternative = alternative;
+            return findBonds(std::vector<BondAtom>{metal, behind, ligand}, 2).pairs;
+        };
+        QCOMPARE(bonds(2.1F), std::vector<BondPair>({{0, 2}}));
+        // Nearer, but itself too far for a bond by distance.
+        QCOMPARE(bonds(2.49F), std::vector<BondPair>());
+        QCOMPARE(bonds(2.51F), std::vector<BondPair>({{0, 1}}));
+        behind.alternative = 1;
+        QCOMPARE(bonds(2.1F, 1), std::vector<BondPair>({{0, 2}}));
+        QCOMPARE(bonds(2.1F, 2), std::vector<BondPair>({{0, 1}, {0, 2}}));
+        behind.alternative = 0;
+        behind.kind = BondKind::Other;
+        QCOMPARE(bonds(2.1F), std::vector<BondPair>({{0, 1}, {0, 2}}));
+        // A file that tells the ligands tells all of them.
+        behind.kind = BondKind::Framework;
+        metal.isHeld = true;
+        QCOMPARE(bonds(4.0F), std::vector<BondPair>());
     }
 
     void atomsWithoutPositionHaveNoBonds() {
@@ -153,7 +210,13 @@ private slots:
             atom = carbon(static_cast<float>(place(random)), static_cast<float>(place(random)),
                           static_cast<float>(place(random)));
             atom.radius = radii[static_cast<std::size_t>(chosen)];
-            atom.isHydrogen = chosen == 0;
+            constexpr std::array<BondKind, 6> kinds = {BondKind::Hydrogen,  BondKind::Ligand,
+                                                       BondKind::Framework, BondKind::Framework,
+                                                       BondKind::Other,     BondKind::Metal};
+            atom.kind = kinds[static_cast<std::size_t>(chosen)];
+            // Metals that are no larger than others, too.
+            if (seed % 5 == 0 && chosen == 3)
+                atom.kind = BondKind::Metal;
             atom.alternative = static_cast<std::uint16_t>(random() % (alternatives + 1));
             atom.hasPosition = random() % 50 != 0;
             if (random() % 100 == 0)
@@ -191,8 +254,9 @@ private slots:
         for (const TAVIK::Atom* atom : file_testing::atoms(result.items.front())) {
             const TAVIK::Vertex position = atom->GetPosition();
             BondAtom& added = atoms.emplace_back(carbon(position[0], position[1], position[2]));
-            added.isHydrogen = atom->GetType() == "H";
-            added.radius = added.isHydrogen         ? 0.31F
+            if (atom->GetType() == "H")
+                added.kind = BondKind::Hydrogen;
+            added.radius = atom->GetType() == "H"   ? 0.31F
                            : atom->GetType() == "S" ? 1.05F
                            : atom->GetType() == "O" ? 0.66F
                            : atom->GetType() == "N" ? 0.71F

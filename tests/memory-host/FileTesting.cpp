@@ -182,22 +182,25 @@ std::string AtomText::text() const {
            '|' + std::to_string(y) + '|' + std::to_string(z) + '|' + std::to_string(temperature);
 }
 
+AtomText textOf(TAVIK::Atom& atom) {
+    Compound* residue = memory_host::parentOf(&atom);
+    while (!dynamic_cast<TAVIK::Residue*>(residue))
+        residue = memory_host::parentOf(residue);
+    const std::string label = residue->GetName();
+    const Compound* chain = memory_host::parentOf(memory_host::parentOf(residue));
+    const TAVIK::Vertex position = atom.GetPosition();
+    return {chain->GetName(), label.substr(label.find(' ') + 1),
+            atom.GetName(),   atom.GetType(),
+            position[0],      position[1],
+            position[2],      atom.GetTemperature()};
+}
+
 std::vector<std::vector<std::string>> sortedAtoms(const std::vector<Compound*>& items) {
     std::vector<std::vector<std::string>> models;
     for (Compound* entry : items) {
         std::vector<std::string>& texts = models.emplace_back();
-        for (TAVIK::Atom* atom : atoms(entry)) {
-            Compound* residue = memory_host::parentOf(atom);
-            while (!dynamic_cast<TAVIK::Residue*>(residue))
-                residue = memory_host::parentOf(residue);
-            const std::string label = residue->GetName();
-            const Compound* chain = memory_host::parentOf(memory_host::parentOf(residue));
-            const TAVIK::Vertex position = atom->GetPosition();
-            texts.push_back(AtomText{chain->GetName(), label.substr(label.find(' ') + 1),
-                                     atom->GetName(), atom->GetType(), position[0], position[1],
-                                     position[2], atom->GetTemperature()}
-                                .text());
-        }
+        for (TAVIK::Atom* atom : atoms(entry))
+            texts.push_back(textOf(*atom).text());
         std::sort(texts.begin(), texts.end());
     }
     return models;

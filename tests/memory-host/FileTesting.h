@@ -10,7 +10,9 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace file_testing {
@@ -82,9 +84,20 @@ struct AtomText {
 
     std::string text() const;
 };
+AtomText textOf(TAVIK::Atom& atom);
 /// The atoms of each opened item as sorted lines.
 std::vector<std::vector<std::string>> sortedAtoms(const std::vector<TAVIK::Compound*>& items);
 /// The atoms of each model as gemmi's own readers see them, as sorted lines.
 std::vector<std::vector<std::string>> gemmiAtoms(const std::string& path);
+
+/// Two bonded atoms, each as a line; the lower line first.
+using BondText = std::pair<std::string, std::string>;
+/// The bonds of the first model by gemmi's readers and neighbour search: those that the file lists,
+/// and those by their plain definition that it does not list.
+struct GemmiBonds {
+    std::set<BondText> listed;
+    std::set<BondText> found;
+};
+GemmiBonds gemmiBonds(const std::string& path);
 
 } // namespace file_testing

@@ -1,0 +1,42 @@
+// The rows of a _struct_conn category of mmCIF, and the bonds that they list.
+#pragma once
+
+#include "FieldText.h"
+#include "ListedBonds.h"
+
+#include <array>
+
+namespace memory_host::mmcif {
+
+/// What is taken of a row: its kind, and of each partner what stands here, one after the other.
+enum BondColumn : std::uint8_t {
+    PartnerAuthChain,
+    PartnerAuthNumber,
+    PartnerAuthResidue,
+    PartnerAuthAtom,
+    PartnerLabelChain,
+    PartnerLabelNumber,
+    PartnerLabelResidue,
+    PartnerLabelAtom,
+    PartnerAlternative,
+    PartnerInsertion,
+    PartnerSymmetry,
+    PartnerColumnCount,
+    BondType = 2 * PartnerColumnCount,
+    BondColumnCount,
+    NoBondColumn = BondColumnCount
+};
+
+/// The values of a row as they are written; empty where there is no such column.
+using BondRow = std::array<std::string_view, BondColumnCount + 1>;
+
+inline bool isBondTag(std::string_view tag) {
+    return startsWith(tag, "_struct_conn.");
+}
+/// The column of a tag for which isBondTag() holds.
+BondColumn bondColumnOf(std::string_view tag);
+/// Adds the bond of a row, if it is one: disulfide, covalent or of a metal, and not to a copy that
+/// symmetry makes.
+void addBond(const BondRow& row, std::size_t line, ListedBonds& bonds);
+
+} // namespace memory_host::mmcif
