@@ -285,6 +285,8 @@ void DataMaker::Destroy(Compound* item) {
         qWarning("Destroy: the data space itself stays");
         return;
     }
+    tellBeforeDestroying(item);
+    ++selectionChanges;
     forgetOrigin(HostItem::of(item));
     detach(item);
     freeItem(item);

@@ -185,6 +185,10 @@ void tellSets(const HostItem& item, ItemState before);
 /// The sets that list `item`.
 std::vector<SetRecord*> setsOf(const HostItem& item);
 
+/// Counts the changes after which some item may answer IsSelected() or HasSelected() other than
+/// before: an item's own mark, and items that come or go.
+inline std::uint64_t selectionChanges = 0;
+
 /// The state of any item, in constant time.
 ItemState stateOf(const HostItem& item);
 bool isSelected(const HostItem& item);
@@ -215,6 +219,8 @@ void setVisible(HostItem& item, Compound* self, bool on);
 void attachTo(Compound* child, Holder& parent);
 /// Takes an item out of its parent, counters included.
 void detach(Compound* child);
+/// Tells those who keep pointers to items that this one, if it is in the data space, goes.
+void tellBeforeDestroying(Compound* item);
 
 /// The residue around an item, or null.
 Holder* residueAround(const HostItem& item);

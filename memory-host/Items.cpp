@@ -224,6 +224,7 @@ void selectBelow(Holder& holder, bool on) {
     const std::int32_t wanted = on ? holder.sum.leaves : 0;
     if (holder.sum.selectedLeaves == wanted)
         return;
+    ++selectionChanges;
     Compound** const last = holder.childEnd();
     for (Compound** child = holder.childBegin(); child != last; ++child) {
         HostItem& record = HostItem::of(*child);
@@ -265,6 +266,7 @@ void setSelected(HostItem& item, bool on) {
     }
     if (item.has(HostItem::Selected) == on)
         return;
+    ++selectionChanges;
     changeState(item, [&] { item.set(HostItem::Selected, on); });
     const std::int32_t change = on ? 1 : -1;
     countSelected(item, change, item.kind == Kind::Atom ? change : 0);
@@ -308,6 +310,7 @@ void setVisible(HostItem& item, Compound* self, bool on) {
 
 void attachTo(Compound* child, Holder& parent) {
     HostItem& record = HostItem::of(child);
+    ++selectionChanges;
     parent.appendChild(child);
     record.parent = &parent;
     addContribution(&parent, contributionOf(record));

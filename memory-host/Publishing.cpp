@@ -59,7 +59,7 @@ void logFailure(const char* what) noexcept {
 }
 
 void tellOne(Subscriber& subscriber, Publisher::ActionType kind) noexcept {
-    try {
+    memory_host::callHandler([&subscriber, kind] {
         switch (kind) {
         case Publisher::Update:
             subscriber.commUpdate();
@@ -71,11 +71,7 @@ void tellOne(Subscriber& subscriber, Publisher::ActionType kind) noexcept {
             subscriber.commDelete();
             break;
         }
-    } catch (const std::exception& error) {
-        logFailure(error.what());
-    } catch (...) {
-        logFailure("unknown exception");
-    }
+    });
 }
 
 void tellRest(Round& round) noexcept {
@@ -143,7 +139,18 @@ namespace memory_host {
 
 std::size_t subscriberCount() {
     const std::vector<Subscriber*>& all = publishing().subscribers;
-    return all.size() - static_cast<std::size_t>(std::count(all.begin(), all.end(), nullptr));
+    return all.size() - static_cast<std::size_t>(std::count(all.begin(), all.end(), nullptr)) +
+           destroyObserverCount();
+}
+
+void logHandlerFailure() noexcept {
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        logFailure(error.what());
+    } catch (...) {
+        logFailure("unknown exception");
+    }
 }
 
 SpaceLock::SpaceLock() {

@@ -2,6 +2,7 @@
 #include "Space.h"
 
 #include "Items.h"
+#include "SelectionChanges.h"
 #include "Traversal.h"
 
 #include <algorithm>
@@ -98,6 +99,10 @@ bool Space::GetShowSelection() {
 
 void Space::SetShowSelection(bool on) {
     showSelection = on;
+}
+
+std::uint64_t SelectionChanges() {
+    return selectionChanges;
 }
 
 std::string Compound::GetFQName() const {

@@ -1,4 +1,4 @@
-// Who is listening to the data space: for tests that look for what is left behind.
+// Who is listening to the data space, and what becomes of an exception that one lets out.
 #pragma once
 
 #include "HostExport.h"
@@ -7,7 +7,20 @@
 
 namespace memory_host {
 
-/// How many subscribers there are now.
+/// How many subscribers there are now, and observers of destructions.
 HOST_EXPORT std::size_t subscriberCount();
+std::size_t destroyObserverCount();
+
+/// Logs the exception in flight, out of a handler.
+void logHandlerFailure() noexcept;
+
+/// Calls a handler of others: an exception out of it goes no further than to the log.
+template <class Handler> void callHandler(Handler handler) noexcept {
+    try {
+        handler();
+    } catch (...) {
+        logHandlerFailure();
+    }
+}
 
 } // namespace memory_host
