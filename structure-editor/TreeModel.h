@@ -29,6 +29,7 @@ public:
     bool descending = false; ///< shown by falling id
     bool inStep = false; ///< no row has come or was changed by the user since all took the host's
                          ///< selection over
+    std::uint64_t selectionTaken = 0; ///< SelectionChanges() when they did
 };
 
 /// Owns the rows. Rows come one at a time or with all that lies below them, and go only all at

@@ -1,6 +1,7 @@
 #include "TreeView.h"
 
 #include "DataPoint.h"
+#include "SelectionChanges.h"
 #include "Space.h"
 #include "TreeDelegate.h"
 
@@ -95,10 +96,12 @@ void TreeView::UpdateSelection() {
     for (int i = 0; i != root->childCount(); ++i)
         root->child(i)->UpdateSelection();
     root->inStep = true;
+    root->selectionTaken = TAVIK::SelectionChanges();
 }
 
 bool TreeView::isInStep() const {
-    return m_rows->root()->inStep;
+    const TreeRoot* const root = m_rows->root();
+    return root->inStep && root->selectionTaken == TAVIK::SelectionChanges();
 }
 
 void TreeView::triggerUpdate() {

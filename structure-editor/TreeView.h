@@ -48,8 +48,8 @@ public:
     void dropAside();
     /// All rows take the host's selection over.
     void UpdateSelection();
-    /// Whether the rows still are as UpdateSelection() left them: those that were there, as it
-    /// marked them.
+    /// Whether the rows are as UpdateSelection() left them, and the host's selection is what it was
+    /// then: what they are marked is what their items answer.
     bool isInStep() const;
     /// Width that a column keeps free left of its content, in pixels.
     int itemMargin() const { return 1; }

@@ -10,7 +10,6 @@
 #include "Subscriber.h"
 
 #include <QPointer>
-#include <QScopedValueRollback>
 #include <QtGlobal>
 
 #include <string>
@@ -32,8 +31,7 @@ enum class Refusal { Report, Silent };
 /// What a change of data asks of the window.
 enum class Refresh {
     Nothing,   ///< only the guard's end tells of the change
-    Looks,     ///< nothing was selected or unselected: the rows need not be asked one by one
-    Everything ///< all marks
+    Everything ///< all that the window shows
 };
 
 /// The Structure Editor's one window. It owns no data: it shows the host's, changes them inside
@@ -188,12 +186,9 @@ private:
             if (refusal == Refusal::Report)
                 qDebug("%s", "Cannot update CDB!");
         } else if constexpr (std::is_same_v<decltype(apply(item)), Refresh>) {
-            const Refresh refresh = apply(item);
             // There may be no window any more when there is nothing to refresh.
-            if (refresh == Refresh::Nothing)
-                return;
-            const QScopedValueRollback stays(m_selectionStays, refresh == Refresh::Looks);
-            showChange(guard);
+            if (apply(item) == Refresh::Everything)
+                showChange(guard);
         } else {
             apply(item);
             showChange(guard);
@@ -223,8 +218,7 @@ private:
     /// What the window's checks name as their source.
     static constexpr const char* source = "Vuxo";
 
-    bool m_isBehind = false;       ///< there was no memory to bring the list up to date
-    bool m_selectionStays = false; ///< what is refreshed now changed the looks of items only
+    bool m_isBehind = false; ///< there was no memory to bring the list up to date
     TreeView* m_Tree;
     ListBox* m_List;
     int m_Current; ///< index among the top-level items of the one in the tree; -1 for none

@@ -29,7 +29,6 @@ void Vuxo::setSelectedVisible(bool on, const char* slot) {
         rootItem(),
         [on](TAVIK::Compound* root) {
             TAVIK::ForAtoms(root, false, [on](TAVIK::Compound* atom) { atom->SetVisible(on); });
-            return Refresh::Looks;
         },
         Refusal::Report, slot);
 }
@@ -77,7 +76,6 @@ void Vuxo::SelectedColor() {
         const Color color(chosen->rgba());
         withGuard<DataPoint>(rootItem(), [this, &color](TAVIK::Compound*) {
             forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); });
-            return Refresh::Looks;
         });
     });
 }
@@ -101,6 +99,5 @@ void Vuxo::SelectedColorTemp() {
                 // Whatever ForAtoms() meets is an atom.
                 item->SetColor(map.lookupValue(static_cast<TAVIK::Atom*>(item)->GetTemperature()));
             });
-        return Refresh::Looks;
     });
 }

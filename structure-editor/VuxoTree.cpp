@@ -57,7 +57,7 @@ void Vuxo::commUpdate() {
     if (m_isBehind)
         rebuild();
     m_isBehind = true;
-    if (!m_selectionStays || !m_Tree->isInStep())
+    if (!m_Tree->isInStep())
         m_Tree->UpdateSelection();
     m_Tree->triggerUpdate();
     UpdateList();
