@@ -7,6 +7,7 @@
 #include "DataAdder.h"
 #include "DataDelete.h"
 #include "DataPoint.h"
+#include "DestroyObserver.h"
 #include "Subscriber.h"
 
 #include <QPointer>
@@ -37,9 +38,9 @@ enum class Refresh {
 /// The Structure Editor's one window. It owns no data: it shows the host's, changes them inside
 /// change guards only, and hears of every change that others make, also while it is hidden.
 ///
-/// Qt's parents own all widgets. The base `Subscriber` comes second, so that it ends before the
-/// widgets do: no notification meets a half destroyed window.
-class Vuxo : public BaseWindow, public Subscriber {
+/// Qt's parents own all widgets. What the host tells comes through the bases after the first, so
+/// that these end before the widgets do: no notification meets a half destroyed window.
+class Vuxo : public BaseWindow, public Subscriber, public TAVIK::DestroyObserver {
     Q_OBJECT
 public:
     /// Builds the window, hidden, with the list filled and the tree empty.
@@ -52,6 +53,10 @@ public:
     void commAdd() override;
     /// Data were destroyed: empties the tree, whose rows may stand for what is gone.
     void commDelete() override;
+    /// Data are about to be destroyed: empties the tree at once, because others may run an event
+    /// loop before the window hears of the deletion. What the window destroys itself finds it
+    /// empty.
+    void aboutToDestroy(TAVIK::Compound* item) override;
 
     // Each command of the menu bar is a slot. Local ones work on the item that the tree shows and
     // do nothing without one; global ones on the whole data space.
@@ -143,6 +148,9 @@ private:
     /// `shown` stays the current one, and is null when it is gone itself.
     void renewList(TAVIK::Compound* shown);
 
+    /// Brings the list up to date with a destruction that the window has not heard of yet. Returns
+    /// whether `entry` still stands for the same item; else it may be gone, too.
+    bool isUpToDate(const QListWidgetItem* entry);
     void pick(int index);
     void toggleVisible(int index, const std::string& name);
     void killTopLevel(int index, const std::string& name);
@@ -218,7 +226,8 @@ private:
     /// What the window's checks name as their source.
     static constexpr const char* source = "Vuxo";
 
-    bool m_isBehind = false; ///< there was no memory to bring the list up to date
+    bool m_isBehind = false;        ///< there was no memory to bring the list up to date
+    bool m_hasStaleEntries = false; ///< items were destroyed, and the list has not been looked at
     TreeView* m_Tree;
     ListBox* m_List;
     int m_Current; ///< index among the top-level items of the one in the tree; -1 for none

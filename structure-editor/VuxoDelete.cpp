@@ -55,9 +55,10 @@ void Vuxo::KillBranch(TreeItem* Victim) {
 }
 
 void Vuxo::renewList(TAVIK::Compound* shown) {
-    if (m_List->count() != topLevelCount()) {
+    const bool isTooLong = m_List->count() != topLevelCount();
+    MakeList();
+    if (isTooLong) {
         // A top-level bond went with an atom, or a member of a set that is a top-level item.
-        MakeList();
         TAVIK::Compound** const begin = TAVIK::Space::instance()->ChildBegin();
         TAVIK::Compound** const end = TAVIK::Space::instance()->ChildEnd();
         m_Current = shown ? static_cast<int>(std::find(begin, end, shown) - begin) : -1;

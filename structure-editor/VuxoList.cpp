@@ -41,6 +41,7 @@ TAVIK::Compound* Vuxo::topLevelItem(int index) {
 }
 
 void Vuxo::MakeList() {
+    m_hasStaleEntries = false;
     const int items = topLevelCount();
     if (m_List->count() == items)
         return;
@@ -70,6 +71,8 @@ void Vuxo::ListEvent(int button, QListWidgetItem* item, const QPoint&) {
         return;
     const QPointer<Vuxo> window(this);
     attempt([this, button, item] {
+        if (m_hasStaleEntries && !isUpToDate(item))
+            return;
         const int index = m_List->row(item);
         checkThat(-1 != index, "-1 != index", source, 436);
         const std::string name = entryName(item);
@@ -87,6 +90,15 @@ void Vuxo::ListEvent(int button, QListWidgetItem* item, const QPoint&) {
         m_List->clearSelection();
     else
         m_List->setSelected(m_Current, true);
+}
+
+bool Vuxo::isUpToDate(const QListWidgetItem* entry) {
+    const std::string name = entryName(entry);
+    const int count = m_List->count();
+    MakeList();
+    const bool isSame = m_List->count() == count;
+    UpdateList();
+    return isSame && entryName(entry) == name;
 }
 
 void Vuxo::pick(int index) {

@@ -57,6 +57,8 @@ void Vuxo::commUpdate() {
     if (m_isBehind)
         rebuild();
     m_isBehind = true;
+    if (m_hasStaleEntries)
+        MakeList();
     if (!m_Tree->isInStep())
         m_Tree->UpdateSelection();
     m_Tree->triggerUpdate();
@@ -68,7 +70,10 @@ void Vuxo::commAdd() {
     if (m_isBehind)
         rebuild();
     m_isBehind = true;
+    const bool hadStaleEntries = m_hasStaleEntries;
     MakeList();
+    if (hadStaleEntries) // as many as before, but others
+        UpdateList();
     if (TreeItem* top = m_Tree->firstChild()) {
         top->commAdd();
         if (top->childCount() > 0)
@@ -87,4 +92,10 @@ void Vuxo::commDelete() {
     m_Tree->triggerUpdate();
     MakeList();
     m_isBehind = false;
+}
+
+void Vuxo::aboutToDestroy(TAVIK::Compound*) {
+    m_hasStaleEntries = true;
+    if (m_Tree->firstChild())
+        m_Tree->clear();
 }

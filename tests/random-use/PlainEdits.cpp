@@ -27,6 +27,13 @@ void Model::addLeaf(Item* parent, unsigned int value) {
     leaf->step = values.step;
 }
 
+// The window empties its tree at once, whenever it hears of the deletion.
+void Model::destroyBeforeAll(Item* item) {
+    tree.clear();
+    stale = exists;
+    host.destroy(item);
+}
+
 void Model::edit(Who who, const Edit& edit) {
     using random_use::EditKind;
     if (edit.kind == EditKind::None)
@@ -43,6 +50,18 @@ void Model::edit(Who who, const Edit& edit) {
     }
     if (edit.kind == EditKind::Kill)
         return call(QStringLiteral("CommandC"), QStringLiteral("Kill"));
+    if (edit.kind == EditKind::Look)
+        return;
+    if (edit.kind == EditKind::Command) {
+        if (exists)
+            runCommand(*this, choose(random_use::calledSlots, edit.value), Step());
+        return;
+    }
+    if (edit.kind == EditKind::Entry) {
+        if (exists && !list.isEmpty())
+            listEvent(Qt::LeftButton, int(edit.value % unsigned(list.size())), Step());
+        return;
+    }
     const Items all = host.all();
     Item* item = all.empty() ? nullptr : all[edit.target % all.size()];
     const unsigned int value = edit.value;
@@ -75,6 +94,14 @@ void Model::edit(Who who, const Edit& edit) {
         guarded(who, Change::Add, [&] {
             Item* atom = host.make(box(), Kind::Atom, choose(random_use::madeNames, value));
             setAtom(*atom, value);
+        });
+        return;
+    case EditKind::AddAmong:
+        guarded(who, Change::Add, [&] {
+            Item* atom = host.make(box(), Kind::Atom, choose(random_use::madeNames, value));
+            setAtom(*atom, value);
+            if (item)
+                Host::setSelected(*item, value % 2);
         });
         return;
     case EditKind::AddBond: {
@@ -116,12 +143,12 @@ void Model::edit(Who who, const Edit& edit) {
         if (value < 4)
             item = topLevel().empty() ? nullptr : topLevel()[edit.target % topLevel().size()];
         if (item)
-            guarded(who, Change::Delete, [&] { host.destroy(item); });
+            guarded(who, Change::Delete, [&] { destroyBeforeAll(item); });
         return;
     case EditKind::Swap:
         if (!topLevel().empty())
             guarded(who, Change::Delete, [&] {
-                host.destroy(topLevel()[edit.target % topLevel().size()]);
+                destroyBeforeAll(topLevel()[edit.target % topLevel().size()]);
                 host.make(host.space(), Kind::Composite, "swapped");
             });
         return;

@@ -85,6 +85,7 @@ QString Model::entryText(const Item& item) const {
 }
 
 void Model::makeList() {
+    stale = false;
     const auto count = static_cast<qsizetype>(topLevel().size());
     if (list.size() == count)
         return;
@@ -106,12 +107,17 @@ void Model::updateList() {
 }
 
 void Model::commUpdate() {
+    if (stale)
+        makeList();
     tree.update();
     updateList();
 }
 
 void Model::commAdd() {
+    const bool wasStale = stale;
     makeList();
+    if (wasStale)
+        updateList();
     tree.addMissing();
 }
 
@@ -137,6 +143,16 @@ void Model::selectionChanged() {
 void Model::listEvent(Qt::MouseButton button, int index, const Step& step) {
     if (index < 0)
         return;
+    if (stale) {
+        // The entry must still stand for what it stood for.
+        const QStringList before = list;
+        makeList();
+        updateList();
+        if (list.size() != before.size() || list[index].mid(3) != before[index].mid(3)) {
+            highlighted = current;
+            return;
+        }
+    }
     Item* item = topLevel()[static_cast<std::size_t>(index)];
     const QString name = list[index].mid(3);
     const bool sameName = name == QString::fromLatin1(item->name);

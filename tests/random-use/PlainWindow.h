@@ -64,6 +64,7 @@ public:
     bool minimised = false;
     Tree tree;
     QStringList list;
+    bool stale = false;   ///< others have destroyed items, and the list was not made since
     int current = -1;     ///< index of the item in the tree, as a press on the list set it
     int highlighted = -1; ///< entry of the list
     bool panelShown = false;
@@ -104,6 +105,7 @@ private:
     void tell(Who who, Change kind);
     void tellWindow(Change kind);
     void edit(Who who, const Edit& edit);
+    void destroyBeforeAll(Item* item);
     void setAtom(Item& atom, unsigned int value);
     void addLeaf(Item* parent, unsigned int value);
     QString entryText(const Item& item) const;

@@ -59,11 +59,12 @@ Action Generator::pickAction(plain::Model& model) {
 
 Edit Generator::pickEdit(plain::Model& model) {
     static constexpr EditKind kinds[] = {
-        EditKind::Select,  EditKind::Select,  EditKind::Show,    EditKind::Show,
-        EditKind::Paint,   EditKind::AddAtom, EditKind::AddAtom, EditKind::AddBond,
-        EditKind::AddBond, EditKind::AddLeaf, EditKind::AddBox,  EditKind::AddSet,
-        EditKind::AddSet,  EditKind::AddTop,  EditKind::Destroy, EditKind::Destroy,
-        EditKind::Swap,    EditKind::SetAtom, EditKind::Model,   EditKind::Highlight};
+        EditKind::Select,   EditKind::Select,  EditKind::Show,    EditKind::Show,
+        EditKind::Paint,    EditKind::AddAtom, EditKind::AddAtom, EditKind::AddBond,
+        EditKind::AddBond,  EditKind::AddLeaf, EditKind::AddBox,  EditKind::AddSet,
+        EditKind::AddSet,   EditKind::AddTop,  EditKind::Destroy, EditKind::Destroy,
+        EditKind::Swap,     EditKind::SetAtom, EditKind::Model,   EditKind::Highlight,
+        EditKind::AddAmong, EditKind::AddAmong};
     Edit edit{kinds[pick(std::size(kinds))], pick(1000), pick(1000)};
     if (isMuch(model) && pick(2) == 0)
         edit.kind = EditKind::Destroy;
@@ -142,8 +143,16 @@ Step Generator::next(plain::Model& model) {
         step.text = pickText();
         break;
     case Action::Outside:
+        step.edit = pickEdit(model);
+        break;
     case Action::Answering:
         step.edit = pickEdit(model);
+        // The window hears of the change only afterwards.
+        if (pick(3) == 0) {
+            static constexpr EditKind inWindow[] = {EditKind::Look, EditKind::Command,
+                                                    EditKind::Command, EditKind::Entry};
+            step.edit.kind = choose(inWindow, pick(4));
+        }
         break;
     case Action::Call:
         if (!model.isUsable()) { // Show

@@ -13,9 +13,10 @@ const char* const actionNames[] = {
     "Answering",   "Build",    "Load",   "Sabotage", "Crash"};
 static_assert(std::size(actionNames) == actionCount);
 
-const char* const editNames[] = {"None",    "Select", "Show",      "Paint",  "AddAtom", "AddBond",
-                                 "AddLeaf", "AddBox", "AddSet",    "AddTop", "Destroy", "Swap",
-                                 "SetAtom", "Model",  "Highlight", "Kill",   "Throw"};
+const char* const editNames[] = {"None",     "Select",  "Show",   "Paint",     "AddAtom", "AddBond",
+                                 "AddLeaf",  "AddBox",  "AddSet", "AddTop",    "Destroy", "Swap",
+                                 "AddAmong", "SetAtom", "Model",  "Highlight", "Look",    "Command",
+                                 "Entry",    "Kill",    "Throw"};
 static_assert(std::size(editNames) == editCount);
 
 const char* const startNames[] = {"Generated", "Sample", "Ubiquitin", "Crambin", "Crabp", "Empty"};

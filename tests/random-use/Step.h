@@ -26,9 +26,13 @@ enum class EditKind {
     AddTop,    ///< a top-level item; value: which kind
     Destroy,   ///< value: 0 to 3 a top-level item, else any
     Swap,      ///< one change destroys a top-level item and makes another
+    AddAmong,  ///< one change adds an atom and selects or unselects the item; value: as AddAtom
     SetAtom,   ///< value: its new type, place, model
     Model,     ///< value: first, previous, next
     Highlight, ///< switches the host's showing of the selection; needs no guard
+    Look,      ///< has the window painted, and all events handled
+    Command,   ///< calls a slot of the window that asks nothing; value: which
+    Entry,     ///< presses an entry of the window's list with the left button; value: which
     Kill,      ///< sends the plug-in "Kill"
     Throw      ///< answering: an exception leaves the handler
 };
@@ -131,6 +135,14 @@ inline constexpr Qt::Key listKeys[] = {Qt::Key_Up,  Qt::Key_Down, Qt::Key_Home,
 inline constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Show"};
 inline constexpr const char* madeTypes[] = {"C", "N", "O", "H", "Cu", "X"};
 inline constexpr const char* madeNames[] = {"CA", "N", "O1", "H/1", "CU", "CB'", "C\xE9"};
+
+/// The slots of the window that others call when they are told of a change.
+inline constexpr const char* calledSlots[] = {
+    "SelectedUnColor()",   "SelectedColorTemp()", "SelectedShow()",   "SelectedHide()",
+    "SelectedClear()",     "SelectedToggle()",    "SelectGroups()",   "SelectGroupsG()",
+    "SelectedNextModel()", "SelectGridBounds()",  "UnselectedHide()", "KillAtoms()",
+    "KillResidues()",      "KillBonds()",         "KillClump()",      "KillAll()",
+    "MakeCartesian()",     "SelectionChanged()"};
 
 /// What others give an atom that they make or change.
 struct AtomValues {
