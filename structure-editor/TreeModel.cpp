@@ -14,10 +14,7 @@ constexpr std::size_t fewRuns = 16;
 
 } // namespace
 
-TreeModel::TreeModel(TreeView* view) : QAbstractItemModel(view), m_view(view), m_root(*this) {
-    m_trim.setSingleShot(true);
-    connect(&m_trim, &QTimer::timeout, this, &TreeRoot::trimMemory);
-}
+TreeModel::TreeModel(TreeView* view) : QAbstractItemModel(view), m_view(view), m_root(*this) {}
 
 TreeModel::~TreeModel() = default;
 
@@ -100,7 +97,6 @@ void TreeModel::clear(bool keepAside) {
     m_root.inStep = false;
     m_leaving = false;
     endRemoveRows();
-    m_trim.start(0);
 }
 
 QModelIndex TreeModel::indexOf(const TreeItem* row, int column) const {

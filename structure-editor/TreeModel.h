@@ -4,7 +4,6 @@
 #include "TreeItem.h"
 
 #include <QAbstractItemModel>
-#include <QTimer>
 
 /// The invisible row above the top level. It leads every row to its model.
 class TreeRoot : public TreeItem {
@@ -13,6 +12,7 @@ public:
     ~TreeRoot() = default;
     /// Deletes all rows. Their memory stays for rows that come next, until it is trimmed.
     void deleteRows();
+    /// Gives back memory that no row stands in.
     static void trimMemory();
     /// Takes the rows out, if they are those of one item, and keeps them for when that is shown
     /// again.
@@ -50,7 +50,7 @@ public:
     /// Neighbours come in one step. With what lies below them they are `count` rows. They belong to
     /// the tree afterwards; when this throws, those that have no parent do not.
     void insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_t count);
-    /// Deletes all rows, or sets them aside.
+    /// Deletes all rows, or sets them aside. Their memory is kept: see TreeRoot.
     void clear(bool keepAside = false);
 
     /// Invalid for null.
@@ -81,5 +81,4 @@ private:
     TreeView* m_view;
     TreeRoot m_root;
     bool m_leaving = false; ///< the rows are about to be deleted
-    QTimer m_trim;          ///< made ahead: clearing needs no memory
 };

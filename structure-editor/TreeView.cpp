@@ -68,6 +68,11 @@ void TreeView::setCurrentItem(TreeItem* row) {
 }
 
 void TreeView::clear() {
+    clearForOthers();
+    trimMemory();
+}
+
+void TreeView::clearForOthers() {
     forgetRows();
     m_rows->clear();
 }
@@ -83,6 +88,7 @@ TreeItem* TreeView::showAgain(TAVIK::Compound* c) {
 
 void TreeView::dropAside() {
     m_rows->root()->dropAside();
+    trimMemory();
 }
 
 void TreeView::forgetRows() {

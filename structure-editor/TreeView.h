@@ -37,14 +37,18 @@ public:
     /// Makes `row` current, and changes nothing else: neither the selection nor its anchor nor what
     /// is scrolled to. Null does nothing.
     void setCurrentItem(TreeItem* row);
-    /// Deletes all rows. Emits nothing.
+    /// Deletes all rows, and gives their memory back. Emits nothing.
     void clear();
+    /// clear(), for rows that come at once and stand in the same memory; trimMemory() gives back
+    /// what they leave of it.
+    void clearForOthers();
+    static void trimMemory() { TreeRoot::trimMemory(); }
     /// clear(), for showAgain() of the same item. While rows are aside, items are destroyed only.
     void setAside();
     /// Shows the row of `c`, and those below it, if they were set aside: as new ones, in much less
     /// time than it takes to make them. Else null.
     TreeItem* showAgain(TAVIK::Compound* c);
-    /// Deletes what was set aside.
+    /// Deletes what was set aside, and gives its memory back.
     void dropAside();
     /// All rows take the host's selection over.
     void UpdateSelection();

@@ -21,8 +21,9 @@ void Vuxo::Populate(int index) {
     TAVIK::Compound* item = topLevelItem(index);
     if (!item)
         return;
-    m_Tree->clear();
+    m_Tree->clearForOthers();
     showItem(item);
+    TreeView::trimMemory();
 }
 
 void Vuxo::showItem(TAVIK::Compound* item) {
