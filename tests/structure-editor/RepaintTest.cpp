@@ -2,6 +2,7 @@
 // what they say, so that a repaint is all that shows a change, and nothing else would miss it.
 #include "Building.h"
 #include "CommandTools.h"
+#include "DataAdder.h"
 #include "ListBox.h"
 #include "RepaintCount.h"
 #include "SlotTools.h"
@@ -20,6 +21,7 @@ using namespace command_tools;
 using namespace slot_tools;
 using namespace window_tools;
 using TAVIK::Compound;
+using TAVIK::Space;
 
 namespace {
 
@@ -163,7 +165,7 @@ private slots:
     }
     void whatOthersDoRepaintsTheTreeOnce() {
         QFETCH(int, deed);
-        Compound* other = itemAt(TAVIK::Space::instance(), {"2abc"});
+        Compound* other = itemAt(Space::instance(), {"2abc"});
         PaintCount paints(screen());
         const RepaintCount repaints;
         if (deed == 'u')
@@ -218,6 +220,23 @@ private slots:
             },
             pressCancel));
         QCOMPARE(repaints.calls(), 0);
+    }
+
+    // A bond goes with its atoms, so that nothing is left to be shown.
+    void aShownItemThatGoesWithWhatItListsIsPaintedAway() {
+        {
+            const DataAdder<Space> guard(nullptr, Space::instance());
+            const std::vector<Compound*> atoms = atomsOf(m_shown);
+            memory_host::addBond(Space::instance(), atoms[0], atoms[1]);
+        }
+        Space::instance()->SetSelected(true);
+        clickEntry(*m_window, 2);
+        QCOMPARE(rows(*m_window).size(), 1);
+        const RepaintCount repaints;
+        trigger(*m_window, QStringLiteral("Delete"), QStringLiteral("Atom"));
+        QCOMPARE(entries(*m_window).size(), 2);
+        QCOMPARE(rows(*m_window), QStringList());
+        QCOMPARE(repaints.calls(), 1);
     }
 
     void aGestureRepaintsTheTreeOnce() {
