@@ -160,7 +160,7 @@ private slots:
         QVERIFY(listOf(*m_window)->geometry().right() < treeOf(*m_window)->geometry().left());
     }
 
-    void theListNeverGetsNarrowerThan40() {
+    void theListNeverGetsNarrowerThan40AndNothingIsFoldedAway() {
         addStructure("1abc");
         build();
         m_window->show();
@@ -169,11 +169,15 @@ private slots:
         QCOMPARE(splitter->orientation(), Qt::Horizontal);
         QSplitterHandle* handle = splitter->handle(1);
         const QPoint grip = handle->rect().center();
-        QTest::mousePress(handle, Qt::LeftButton, {}, grip);
-        QTest::mouseMove(handle, grip - QPoint(300, 0));
-        QTest::mouseRelease(handle, Qt::LeftButton, {}, grip - QPoint(300, 0));
-        QCOMPARE(listOf(*m_window)->width(), 40);
-        QVERIFY(listOf(*m_window)->isVisible());
+        // What the splitter folds away it only moves out of the window.
+        for (const int distance : {-300, 600}) {
+            QTest::mousePress(handle, Qt::LeftButton, {}, grip);
+            QTest::mouseMove(handle, grip + QPoint(distance, 0));
+            QTest::mouseRelease(handle, Qt::LeftButton, {}, grip + QPoint(distance, 0));
+            QVERIFY(!listOf(*m_window)->visibleRegion().isEmpty());
+            QVERIFY(!treeOf(*m_window)->visibleRegion().isEmpty());
+            QVERIFY(distance > 0 || listOf(*m_window)->width() == 40);
+        }
         m_window->resize(m_window->minimumSizeHint());
         QVERIFY(listOf(*m_window)->width() >= 40);
     }
