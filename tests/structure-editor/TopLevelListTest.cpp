@@ -241,6 +241,19 @@ private slots:
         QCOMPARE(highlighted(*m_window), -1);
     }
 
+    // What came unannounced keeps the number of entries as it is.
+    void aDeletionLeavesNothingShownAlsoInAListThatFellBehind() {
+        addStructure("1abc");
+        openWindow();
+        clickEntry(*m_window, 0);
+        memory_host::attach(memory_host::makeDetached("2abc", "Composite"), Space::instance());
+        QVERIFY(withQuestion([&] { clickEntry(*m_window, 0, Qt::MiddleButton); }, pressOk));
+        QVERIFY(rows(*m_window).isEmpty());
+        QCOMPARE(highlighted(*m_window), -1);
+        clickEntry(*m_window, 0);
+        QCOMPARE(rows(*m_window), QStringList("2abc"));
+    }
+
     void anEntryWithAnotherNameThanItsItemWarnsAndGoesOn() {
         Compound* entry = addStructure("1abc");
         openWindow();

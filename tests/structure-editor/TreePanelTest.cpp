@@ -57,6 +57,8 @@ private slots:
             const QStringList name = {index ? "plain" : "empty"};
             QCOMPARE(rows(*m_window), name);
             QVERIFY(!isOpen(name));
+            QVERIFY(treeOf(*m_window)->currentItem());
+            QCOMPARE(treeOf(*m_window)->currentItem(), treeOf(*m_window)->firstChild());
         }
     }
 
@@ -223,6 +225,15 @@ private slots:
         addAtomTo(entry, "CA");
         QCOMPARE(rows(*m_window), QStringList({"empty", " CA"}));
         QVERIFY(isOpen({"empty"}));
+    }
+
+    void anAdditionElsewhereOpensNoTopRowWithoutChildren() {
+        addEmpty("empty");
+        showWindow();
+        clickEntry(*m_window, 0);
+        addStructure("1abc");
+        QVERIFY(!isOpen({"empty"}));
+        QVERIFY(!treeOf(*m_window)->firstChild()->isOpen());
     }
 
     void anAdditionElsewhereOpensATopRowThatTheUserClosed() {

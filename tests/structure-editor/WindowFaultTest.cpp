@@ -190,7 +190,15 @@ private slots:
         QVERIFY(changesAreGranted());
     }
 
+    void aNotificationThatFailsIsMadeGoodByTheNext_data() {
+        QTest::addColumn<char>("next");
+        for (const char* next : {"update", "addition", "deletion"})
+            QTest::newRow(next) << *next;
+    }
+
+    // Also by one that has little to do with it: what was added or destroyed stands elsewhere.
     void aNotificationThatFailsIsMadeGoodByTheNext() {
+        QFETCH(char, next);
         Compound* entry = addStructure("1abc");
         Compound* large = addEmpty(longName);
         openWindow();
@@ -200,10 +208,24 @@ private slots:
             selectElsewhere(entry, true);
         }
         QCOMPARE(takeHostLog().size(), 1);
-        showElsewhere(large, false);
-        QCOMPARE(marks(*m_window, 0), " X ");
-        QCOMPARE(marks(*m_window, 1), "O_ ");
-        QVERIFY(isMarked(*m_window, {"1abc"}));
+        if (next == 'u') {
+            showElsewhere(large, false);
+            QCOMPARE(marks(*m_window, 1), "O_ ");
+        } else {
+            Compound* atom = addAtomTo(large, "CA");
+            if (next == 'd') {
+                const FailingMemory memory(0, 1);
+                selectElsewhere(entry, false);
+            }
+            takeHostLog();
+            if (next == 'd')
+                destroyElsewhere(atom);
+        }
+        QCOMPARE(marks(*m_window, 0), next == 'd' ? " _ " : " X ");
+        if (next == 'd')
+            QCOMPARE(takeMessages(), QStringList(deleted));
+        else
+            QVERIFY(isMarked(*m_window, {"1abc"}));
     }
 };
 
