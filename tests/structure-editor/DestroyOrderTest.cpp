@@ -2,6 +2,7 @@
 #include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
+#include "DataMaker.h"
 #include "DestroyWatch.h"
 #include "Kinds.h"
 #include "Space.h"
@@ -78,6 +79,28 @@ private slots:
         QCOMPARE(expected.size(), label == "Atom" ? 6 : 3);
         QVERIFY(std::is_sorted(expected.begin(), expected.end()));
         QCOMPARE(goneIn([&] { trigger(*m_window, QStringLiteral("Delete"), label); }), expected);
+    }
+
+    // However deep in an item that goes another one lies which the set lists, too: it goes once.
+    void whatASetListsBesideItsHolderGoesWithIt() {
+        const auto make = [](Compound* parent, const char* name, const char* kind) {
+            return TAVIK::DataMaker::makeCore(parent, name, kind);
+        };
+        {
+            const DataAdder<Space> guard(nullptr, Space::instance());
+            Compound* outer = make(Space::instance(), "outer", "Molecule");
+            Compound* inner = make(make(outer, "middle", "Molecule"), "inner", "Molecule");
+            make(make(inner, "innermost", "Molecule"), "C", "Atom");
+            Compound* beside = make(Space::instance(), "beside", "Molecule");
+            TAVIK::DataMaker::makeSet(Space::instance(), "set",
+                                      {*inner->ChildBegin(), outer, inner, beside, outer});
+            Space::instance()->SetSelected(true);
+        }
+        clickEntry(*m_window, 3);
+        QCOMPARE(rows(*m_window).front(), "set");
+        QCOMPARE(goneIn([&] { trigger(*m_window, "Delete", "Chain"); }),
+                 (QStringList{"/outer", "/beside"}));
+        QCOMPARE(entries(*m_window).size(), 2);
     }
 
     void allEntriesGoFromTheFirstOn() {
