@@ -31,9 +31,13 @@ void AtomNumbers::setTemperature(AtomRow& row, std::string_view text, std::optio
 }
 
 void AtomNumbers::check(const std::string& accepted) const {
-    if (m_positions == 0 && m_firstBadLine != 0)
+    if (hasPositions())
+        return;
+    if (m_firstBadLine != 0)
         m_report.refuse(m_firstBadLine, "no atom of the file has coordinates that are numbers",
                         accepted);
+    if (m_firstBlankLine != 0)
+        m_report.refuse(m_firstBlankLine, "no atom of the file has a position", accepted);
 }
 
 } // namespace memory_host

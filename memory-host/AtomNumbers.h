@@ -34,6 +34,7 @@ public:
             row.position = {*values[0], *values[1], *values[2]};
             ++m_positions;
         } else if (isBlank) {
+            withoutPosition(line);
             remarkOnBlank(row, line);
         } else {
             remarkOnText(row, line, written());
@@ -42,7 +43,13 @@ public:
     /// Gives the atom a temperature factor unless its `text` is empty; 0 when it is no `value`.
     void setTemperature(AtomRow& row, std::string_view text, std::optional<float> value,
                         std::size_t line);
-    /// Refuses a file in which positions are written, but not one of them can be read.
+    /// Counts an atom that has no position for a reason that is told elsewhere.
+    void withoutPosition(std::size_t line) {
+        if (m_firstBlankLine == 0)
+            m_firstBlankLine = line;
+    }
+    bool hasPositions() const { return m_positions != 0; }
+    /// Refuses a file with atoms of which not one has a position.
     void check(const std::string& accepted) const;
 
 private:
@@ -52,6 +59,7 @@ private:
     FileReport& m_report;
     Accepted m_accepted;
     std::size_t m_firstBadLine = 0;
+    std::size_t m_firstBlankLine = 0;
     std::size_t m_positions = 0; ///< number of atoms that have one
 };
 

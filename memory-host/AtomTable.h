@@ -5,6 +5,7 @@
 #include "Bonds.h"
 #include "Elements.h"
 #include "NamePool.h"
+#include "PartialCharge.h"
 
 #include <array>
 #include <cstdint>
@@ -42,6 +43,8 @@ struct ModelTable {
     std::vector<std::uint32_t> chains;  ///< names, in the order of the file
     std::vector<ResidueEntry> residues; ///< by chain, then in the order of the file
     std::vector<AtomEntry> atoms;       ///< by residue, then in the order of the file
+    /// By atom; empty where the file gives none.
+    std::vector<TAVIK::PartialCharge> charges;
     /// Indices of atoms: those that the file lists, then those by distance, each ascending.
     std::vector<BondPair> bonds;
     std::size_t listedBonds = 0; ///< how many of the bonds the file lists
@@ -79,6 +82,7 @@ struct AtomRow {
     bool hasPosition = false;
     std::array<float, 3> position{};
     float temperature = 0.0F;
+    TAVIK::PartialCharge partial{};
     Serial serial = noSerial;
     std::string_view labelChain; ///< mmCIF's label ids of the residue, or empty
     std::string_view labelNumber;

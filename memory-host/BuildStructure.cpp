@@ -103,6 +103,8 @@ void ModelBuilder::buildAtom(Compound& parent, std::uint32_t atom) {
         TAVIK::Vertex(entry.position[0], entry.position[1], entry.position[2], entry.hasPosition);
     record.temperature = entry.temperature;
     record.model = m_conformers[entry.alternative];
+    if (!m_model.charges.empty())
+        record.partial = m_model.charges[atom];
     m_atoms[atom] = addAtom(&parent, record);
     m_progress.step();
 }

@@ -4,6 +4,7 @@
 
 #include "HostExport.h"
 #include "Kinds.h"
+#include "PartialCharge.h"
 
 #include <array>
 #include <string>
@@ -19,6 +20,7 @@ struct AtomRecord {
     TAVIK::Vertex position;   ///< Å
     float temperature = 0.0F; ///< Å²
     unsigned int model = 0;   ///< 0: shared by all alternative models; at most 65535
+    TAVIK::PartialCharge partial{};
 };
 
 /// The values of a grid and where they lie.
@@ -39,7 +41,8 @@ HOST_EXPORT void attach(TAVIK::Compound* detached, TAVIK::Compound* parent);
 
 /// Adds an atom as the last child of `parent`, which must be a composite.
 HOST_EXPORT TAVIK::Atom* addAtom(TAVIK::Compound* parent, const AtomRecord& record);
-/// Gives an atom that makeCore made its values; the name stays.
+/// Gives an atom that makeCore made its values; the name stays, and so does what was known of its
+/// partial charge when it was made.
 HOST_EXPORT void setAtom(TAVIK::Compound* atom, const AtomRecord& record);
 /// Adds a bond between two atoms as the last child of `parent`; null if either is no atom.
 HOST_EXPORT TAVIK::Bond* addBond(TAVIK::Compound* parent, TAVIK::Compound* a, TAVIK::Compound* b);

@@ -171,7 +171,11 @@ TAVIK::Atom* addAtom(Compound* parent, const AtomRecord& values) {
     Holder* holder = holderOf(parent, "addAtom", std::string(values.name));
     if (!holder)
         return nullptr;
-    auto atom = std::make_unique<AtomItem>(internComponent(values.name));
+    const std::uint32_t name = internComponent(values.name);
+    const TAVIK::PartialCharge& partial = values.partial;
+    std::unique_ptr<AtomItem> atom =
+        partial.isKnown ? std::make_unique<ChargedAtomItem>(name, partial.charge, partial.radius)
+                        : std::make_unique<AtomItem>(name);
     atom->setValues(values);
     return attachNew(std::move(atom), *holder);
 }
@@ -243,6 +247,11 @@ Compound* parentOf(Compound* item) {
 namespace TAVIK {
 
 using namespace memory_host;
+
+PartialCharge GetPartialCharge(const Atom* atom) {
+    const auto* const charged = dynamic_cast<const ChargedAtomItem*>(atom);
+    return charged ? PartialCharge{charged->m_charge, charged->m_radius, true} : PartialCharge{};
+}
 
 Compound* DataMaker::makeCore(Compound* parent, const std::string& name, const std::string& kind) {
     Holder* holder = holderOf(parent, "makeCore", name);

@@ -14,6 +14,10 @@ const char* pluralOf(FileReport::Kind kind) {
         return "atoms without coordinates";
     case FileReport::Kind::Temperature:
         return "temperature factors that are no numbers";
+    case FileReport::Kind::Charge:
+        return "partial charges and radii that are no numbers";
+    case FileReport::Kind::Row:
+        return "records of atoms in a wrong form";
     case FileReport::Kind::Name:
         return "names with characters that were replaced";
     case FileReport::Kind::Residue:
@@ -35,7 +39,8 @@ const char* pluralOf(FileReport::Kind kind) {
 FileError::~FileError() = default;
 
 std::string acceptedFiles() {
-    return "accepted are PDB (.pdb, .ent) and mmCIF files (.cif, .mmcif), also gzipped (.gz), and "
+    return "accepted are PDB (.pdb, .ent), PQR (.pqr) and mmCIF files (.cif, .mmcif), also gzipped "
+           "(.gz), and "
            "CCP4/MRC maps (.map, .mrc, .ccp4)";
 }
 

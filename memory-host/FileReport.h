@@ -26,6 +26,8 @@ public:
         Coordinates,
         NoCoordinates,
         Temperature,
+        Charge,
+        Row,
         Name,
         Residue,
         Bonds,

@@ -7,6 +7,7 @@
 #include "EntryNames.h"
 #include "FieldText.h"
 #include "Origins.h"
+#include "PqrRow.h"
 #include "Readers.h"
 #include "Space.h"
 
@@ -43,7 +44,7 @@ bool takeEnding(std::string_view& name, std::initializer_list<std::string_view> 
     return false;
 }
 
-enum class NamedKind { Other, Mmcif, Map };
+enum class NamedKind { Other, Pqr, Mmcif, Map };
 
 // What the path tells of a file: its name without endings, and the format that they stand for.
 struct FileName {
@@ -55,6 +56,8 @@ struct FileName {
             kind = NamedKind::Mmcif;
         else if (takeEnding(name, {".map", ".mrc", ".ccp4"}))
             kind = NamedKind::Map;
+        else if (takeEnding(name, {".pqr"}))
+            kind = NamedKind::Pqr;
         else
             takeEnding(name, {".pdb", ".ent"});
         stem = asLatin1Component(name);
@@ -106,6 +109,8 @@ void parseInto(ParsedFile& file) {
     if (looksLikeMmcif(bytes.text()) ||
         (name.kind == NamedKind::Mmcif && !hasAtomRecords(bytes.text())))
         file.structures = readMmcif(std::move(bytes), name.stem, file.report);
+    else if (pqr::isText(bytes.text(), name.kind == NamedKind::Pqr))
+        file.structures.push_back(readPqr(std::move(bytes), name.stem, file.report));
     else
         file.structures.push_back(readPdb(std::move(bytes), name.stem, file.report));
 }

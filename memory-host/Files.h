@@ -1,4 +1,4 @@
-// Opening structure and map files: PDB, mmCIF (each also gzipped) and CCP4/MRC maps. The content
+// Opening structure and map files: PDB, PQR, mmCIF (each also gzipped) and CCP4/MRC maps. The content
 // decides which of them a file is; its ending only where the content does not tell.
 //
 // An entry is a composite with the lower-case identifier of the file, or else the file's name

@@ -126,6 +126,16 @@ public:
     float m_temperature = 0.0F;
 };
 
+/// An atom with a partial charge and a radius, for which the others have no room.
+class ChargedAtomItem final : public AtomItem {
+public:
+    ChargedAtomItem(std::uint32_t name, float charge, float radius)
+        : AtomItem(name), m_charge(charge), m_radius(radius) {}
+
+    float m_charge; ///< elementary charges
+    float m_radius; ///< Å
+};
+
 class GridItem : public LeafItem<TAVIK::Grid, Kind::Grid> {
 public:
     using LeafItem::LeafItem;

@@ -1,22 +1,78 @@
-// The fields of a record of the PDB format, by their columns.
+// The columns of ATOM and HETATM records in PDB files, and the signs that a line does not keep to
+// them: such a line has no coordinates that can be trusted.
 #pragma once
 
+#include "AtomTable.h"
 #include "FieldText.h"
 
-#include <cstddef>
+#include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace memory_host::pdb {
+
+/// Up to here a record has its coordinates, three numbers of eight columns from column 31 on.
+constexpr std::size_t coordinateColumns = 54;
 
 /// Columns of a line, counted from 1 and inclusive as in the format's description; fewer where the
 /// line ends before.
 inline std::string_view columns(std::string_view line, std::size_t first, std::size_t last) {
     return line.size() < first ? std::string_view() : line.substr(first - 1, last - first + 1);
 }
-
 /// The same without the blanks around it.
 inline std::string_view field(std::string_view line, std::size_t first, std::size_t last) {
     return trimmed(columns(line, first, last));
 }
+
+/// Whether a line begins with the name of a record and a blank, or is that name.
+inline bool isRecord(std::string_view line, std::string_view record) {
+    return line.starts_with(record) && (line.size() == record.size() ||
+                                        line[record.size()] == ' ' || line[record.size()] == '\t');
+}
+/// Whether a line begins as a record of an atom. A serial number beyond five digits may stand right
+/// behind the record's name.
+inline bool isAtomRecord(std::string_view line) {
+    return line.starts_with("HETATM") ||
+           (line.starts_with("ATOM") &&
+            (line.size() == 4 || line[4] == ' ' || line[4] == '\t' || isDigit(line[4])));
+}
+/// The name of such a record in other than capital letters, with which it is none; else empty.
+std::string_view wronglyWrittenRecord(std::string_view line);
+
+enum class RowFault : std::uint8_t {
+    None,
+    Tab,     ///< a tabulator moves what follows
+    Serial,  ///< columns 5 or 7 to 12 hold more than a serial number
+    Number,  ///< columns 23 to 27 hold more than a residue number
+    Blanks,  ///< columns 28 to 30 are not blank
+    Short,   ///< the line ends before the coordinates
+    Cut,     ///< the line ends inside of the coordinates
+    Shifted, ///< numbers run from one coordinate's columns into those of the next
+};
+/// What an atom's record has against its columns up to the coordinates.
+RowFault faultOf(std::string_view line);
+/// That fault as the beginning of a message.
+std::string describe(RowFault fault, std::string_view line);
+
+/// Whether an atom's record is one of PDB in every number up to the temperature factor.
+bool fitsColumns(std::string_view line);
+
+/// The residue number in its columns; it may be longer than four digits where no insertion code is.
+std::string_view residueNumber(std::string_view line);
+std::string_view insertionCode(std::string_view line);
+
+/// Tells residue names of four letters from chains of two: both begin or end in column 21.
+class ResidueColumns {
+public:
+    /// Sets the residue's name and the chain of a row.
+    void read(std::string_view line, AtomRow& row);
+
+private:
+    bool isChainOfTwo(std::string_view residue, std::string_view chain);
+
+    std::unordered_set<std::string_view> m_chains; ///< those of two letters
+    std::string_view m_lastColumns;                ///< 18 to 22
+    bool m_wasChainOfTwo = false;
+};
 
 } // namespace memory_host::pdb

@@ -14,8 +14,11 @@ bool looksLikeMap(std::string_view bytes);
 bool looksLikeMmcif(std::string_view text);
 
 /// Reads the coordinates of a PDB file: one entry, called `stem` if it has no identifier. A model
-/// ends with ENDMDL or END, and what follows is another one.
+/// ends with ENDMDL or END, and what follows is another one. A few lines that have not the columns
+/// of the format are atoms without a position; more of them are refused.
 StructureTable readPdb(Bytes bytes, const std::string& stem, FileReport& report);
+/// The same for the rows of a PQR file; see PqrRow.h for which files are.
+StructureTable readPqr(Bytes bytes, const std::string& stem, FileReport& report);
 /// Reads the _atom_site categories of an mmCIF file: an entry for each data block that has one.
 std::vector<StructureTable> readMmcif(Bytes bytes, const std::string& stem, FileReport& report);
 /// Reads a CCP4/MRC map in the extent that the file stores, of any axis order, cell and byte order.

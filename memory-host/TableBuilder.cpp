@@ -60,6 +60,8 @@ void sortTable(ModelTable& table) {
     const auto atomPlaces = sortedPlaces(table.atoms, table.residues.size(), &AtomEntry::residue);
     if (!atomPlaces.empty()) {
         moveTo(atomPlaces, table.atoms);
+        if (!table.charges.empty())
+            moveTo(atomPlaces, table.charges);
         for (BondPair& pair : table.bonds)
             pair = std::minmax({atomPlaces[pair.first], atomPlaces[pair.second]});
         std::ranges::sort(table.bonds);
@@ -278,7 +280,12 @@ void TableBuilder::add(const AtomRow& row) {
     atom.element = row.element;
     atom.hasPosition = row.hasPosition;
     keepIds(row);
-    m_model->table.atoms.push_back(atom);
+    ModelTable& table = m_model->table;
+    if (row.partial.isKnown || !table.charges.empty()) {
+        table.charges.resize(table.atoms.size());
+        table.charges.push_back(row.partial);
+    }
+    table.atoms.push_back(atom);
     ++m_atomCount;
 }
 

@@ -44,7 +44,7 @@ std::string helpText() {
            "Opens molecular structures and density maps in the Structure Editor. Without a FILE\n"
            "it opens a sample.\n"
            "\n"
-           "FILE is a structure as PDB or mmCIF, each also gzipped, or a map as CCP4/MRC.\n"
+           "FILE is a structure as PDB, PQR or mmCIF, each also gzipped, or a map as CCP4/MRC.\n"
            "\n"
            "  --plugins DIR  load the plug-ins of this folder instead of the installed ones\n"
            "  --data DIR     take colour maps, help pages and the sample from this folder\n"

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Kinds.h"
+#include "PartialCharge.h"
 
 #include <QString>
 
@@ -31,6 +32,7 @@ struct AtomValues {
     TAVIK::Vertex position;       ///< Å
     float temperature = 0.0F;     ///< Å²
     unsigned int alternative = 0; ///< alternative model, from 1; 0 for what all of them share
+    TAVIK::PartialCharge partial{};
 };
 
 /// Add an item as the last child of a composite.

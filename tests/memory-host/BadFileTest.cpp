@@ -15,9 +15,9 @@ using namespace file_testing;
 
 namespace {
 
-const QString anyFile =
-    QStringLiteral("; accepted are PDB (.pdb, .ent) and mmCIF files (.cif, .mmcif), also gzipped "
-                   "(.gz), and CCP4/MRC maps (.map, .mrc, .ccp4)");
+const QString anyFile = QStringLiteral(
+    "; accepted are PDB (.pdb, .ent), PQR (.pqr) and mmCIF files (.cif, .mmcif), also gzipped "
+    "(.gz), and CCP4/MRC maps (.map, .mrc, .ccp4)");
 const QString wholeRecords =
     QStringLiteral("; accepted are PDB files of whole ATOM and HETATM records, with coordinates in "
                    "columns 31 to 54");
@@ -200,9 +200,45 @@ private slots:
         }
     }
 
+    void aPdbFileWithoutAnyCoordinates_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("what");
+        PdbAtom atom;
+        atom.position = "   0.000     nan   0.000";
+        QTest::newRow("no numbers") << "REMARK\n" + line(atom)
+                                    << ":2: no atom of the file has coordinates that are numbers";
+        atom.position = " ";
+        QTest::newRow("blanks") << "REMARK\n" + line(atom) + line(atom)
+                                << ":2: no atom of the file has a position";
+        QTest::newRow("the records' beginnings")
+            << line(atom).left(20) + "\n" + line(atom).left(27) + "\n"
+            << ":1: the record ends in column 20, before its coordinates, and no atom of the file "
+               "has a position";
+        QTest::newRow("words behind a record's name")
+            << QByteArray("REMARK\nATOM 1 CA ALA A 1 and some more words that are none\n")
+            << ":2: the columns up to 12 hold \"1 CA AL\", which is no serial number, and no atom "
+               "of the file has a position";
+        QTest::newRow("prose") << QByteArray("On atoms.\nATOM is the word for what cannot be cut, "
+                                             "as the philosophers of old say.\n")
+                               << ":2: the columns up to 12 hold \"is the\", which is no serial "
+                                  "number, and no atom of the file has a position";
+    }
     void aPdbFileWithoutAnyCoordinates() {
-        QCOMPARE(refused("REMARK\nATOM 1 CA ALA A 1 and some more words that are no coordinates\n"),
-                 ":2: no atom of the file has coordinates that are numbers" + wholeRecords);
+        QFETCH(QByteArray, text);
+        QFETCH(QString, what);
+        QCOMPARE(refused(text), what + wholeRecords);
+    }
+
+    void recordsInSmallLetters() {
+        const QByteArray small = "header\n" + atoms(3).toLower();
+        QCOMPARE(refused(small),
+                 ":2: is no structure: \"atom\" is no record, as their names are in "
+                 "capital letters" +
+                     anyFile);
+        QCOMPARE(refused(QByteArray(small).replace("atom  ", "Hetatm ")),
+                 ":2: is no structure: \"Hetatm\" is no record, as their names are in capital "
+                 "letters" +
+                     anyFile);
     }
 
     void aTruncatedGzippedFile() {
@@ -314,6 +350,8 @@ private slots:
     }
 
     void mmcifWithoutAnyCoordinates() {
+        QCOMPARE(refused(mmcif({"N N . ALA A 1 ? ? ? ? 1", "CA C . ALA A 1 ? . . . 1"}), "bad.cif"),
+                 ":15: no atom of the file has a position" + atomSite);
         QCOMPARE(refused(mmcif({"N N . ALA A 1 ? a b c 1"}), "bad.cif"),
                  ":15: no atom of the file has coordinates that are numbers" + atomSite);
     }

@@ -191,8 +191,9 @@ private slots:
             atomAt(" N  ", 1) + blank + cutOff,
             {path() + ":2: the atom \"CA\" has no coordinates; accepted are numbers in columns "
                       "31 to 54",
-             path() + ":3: the atom \"CA\" has no coordinates; accepted are numbers in columns "
-                      "31 to 54"});
+             path() + ":3: the record ends in column 26, before its coordinates: the atom \"CA\" "
+                      "has no position; accepted are whole records with coordinates in columns 31 "
+                      "to 54"});
         const std::vector<TAVIK::Atom*> all = atoms(item("/test"));
         QCOMPARE(all.size(), 3U);
         QVERIFY(all[0]->GetPosition().isValid());

@@ -31,7 +31,7 @@ void setOnlySetting(const std::string& section, const std::string& key, const st
 
 TAVIK::Compound* addAtom(TAVIK::Compound* parent, const AtomValues& values) {
     return memory_host::addAtom(parent, {values.name, values.type, values.position,
-                                         values.temperature, values.alternative});
+                                         values.temperature, values.alternative, values.partial});
 }
 
 TAVIK::Compound* addBond(TAVIK::Compound* parent, TAVIK::Compound* a, TAVIK::Compound* b) {
