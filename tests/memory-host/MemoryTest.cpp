@@ -20,6 +20,7 @@ class MemoryTest : public test_support::TestCase {
     Q_OBJECT
 private slots:
     void anAtomWithItsBondsNeedsNoMoreThan250Bytes();
+    void onlyAtomsWithAPartialChargePayForIt();
     void memoryComesBackWhateverTheOrder();
     void memoryIsUsedAgain();
 };
@@ -63,6 +64,27 @@ void MemoryTest::anAtomWithItsBondsNeedsNoMoreThan250Bytes() {
     buildEntry(residueCount);
     const std::size_t bytes = (heapInUse() - before) / (residueCount * 8);
     QVERIFY2(bytes <= 250, qPrintable(QString::number(bytes)));
+}
+
+void MemoryTest::onlyAtomsWithAPartialChargePayForIt() {
+    SKIP_WHEN_SANITIZED;
+    constexpr int count = 100'000;
+    const auto bytesOf = [](const PartialCharge& partial) {
+        const std::size_t before = heapInUse();
+        Compound* const entry = makeDetached("entry", "Composite");
+        for (int i = 0; i != count; ++i) {
+            AtomRecord record{"CA", "C", Vertex(0, 0, 0, true)};
+            record.partial = partial;
+            addAtom(entry, record);
+        }
+        attach(entry, space());
+        return (heapInUse() - before) / count;
+    };
+    const std::size_t plain = bytesOf({});
+    const std::size_t charged = bytesOf({0.5F, 1.5F, true});
+    // An atom's record of 64 bytes, and its place in the list of children.
+    QVERIFY2(plain <= 64 + sizeof(void*) + 1, qPrintable(QString::number(plain)));
+    QVERIFY2(charged <= plain + 2 * sizeof(float) + 1, qPrintable(QString::number(charged)));
 }
 
 void MemoryTest::memoryComesBackWhateverTheOrder() {

@@ -310,6 +310,12 @@ private slots:
         QCOMPARE(childNames(item("/test.3/_/Groups")), QStringList({"HOH 1", "HOH 1"}));
     }
 
+    void bondsAreListedBySerialNumbersAsInPdb() {
+        openText("ATOM 7 C1 LIG 1 0.0 0.0 0.0 0.5 1.5\nATOM 9 C2 LIG 1 4.0 0.0 0.0 -0.5 1.5\n"
+                 "CONECT    7    9\n");
+        QCOMPARE(bondNames(item("/test")), QStringList("LIG 1 C1-C2"));
+    }
+
     void aLastRowWithoutLineEndMayBeCut() {
         const QByteArray text = alanine().left(alanine().indexOf("TER"));
         openText(text.trimmed(), {path() + ":5: the last row has no line end: the file may have "
