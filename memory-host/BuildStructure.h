@@ -36,6 +36,8 @@ private:
 
 /// What building a model counts as.
 std::size_t workOf(const ModelTable& model);
+/// How much memory the items of a model take, in bytes: an estimate.
+std::size_t memoryOf(const ModelTable& model);
 /// What building the models of one entry needs, and each leaves ready for the next one.
 struct BuildScratch {
     std::vector<NameFacts> facts;

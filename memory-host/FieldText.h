@@ -2,10 +2,12 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace memory_host {
@@ -54,6 +56,13 @@ inline std::optional<float> finiteFloat(std::string_view text) {
         !(std::abs(value) <= static_cast<double>(std::numeric_limits<float>::max())))
         return std::nullopt;
     return static_cast<float>(value);
+}
+
+/// A number as text, with a point in every locale.
+inline std::string numberText(float value) {
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    return {text.data(), end};
 }
 
 } // namespace memory_host

@@ -1,68 +1,21 @@
 #include "FileBytes.h"
 
+#include "FileLimits.h"
+#include "FileSource.h"
+
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <new>
-#include <system_error>
+#include <optional>
+#include <utility>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
 namespace memory_host {
 
 namespace {
 
-const std::string acceptedSize = "accepted are files of up to 4 GiB, also when they are unpacked";
-
-struct Descriptor {
-    explicit Descriptor(int opened) : fd(opened) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (fd >= 0)
-            ::close(fd);
-    }
-    int fd;
-};
-
-std::string systemText(int error) {
-    return std::generic_category().message(error);
-}
-
-Bytes readStored(const FileReport& report) {
-    // Without O_NONBLOCK a pipe that nobody writes to would never open.
-    const Descriptor file(::open(report.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat state {};
-    if (file.fd < 0 || ::fstat(file.fd, &state) != 0)
-        report.refuse(0, "cannot be read: " + systemText(errno), acceptedFiles());
-    if (S_ISDIR(state.st_mode))
-        report.refuse(0, "is a folder", acceptedFiles());
-    if (!S_ISREG(state.st_mode))
-        report.refuse(0, "is no regular file", acceptedFiles());
-    if (state.st_size == 0)
-        report.refuse(0, "is empty", acceptedFiles());
-    const auto size = static_cast<std::size_t>(state.st_size);
-    if (size > largestFile)
-        report.refuse(0, "is too large: " + std::to_string(size) + " bytes", acceptedSize);
-
-    Bytes bytes;
-    bytes.resize(size);
-    std::size_t done = 0;
-    while (done < size) {
-        const ssize_t got = ::read(file.fd, bytes.data() + done, size - done);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            report.refuse(0, "cannot be read: " + systemText(errno), acceptedFiles());
-        if (got == 0)
-            report.refuse(0, "became shorter while it was read", acceptedFiles());
-        done += static_cast<std::size_t>(got);
-    }
-    return bytes;
-}
+constexpr std::size_t megabyte = std::size_t{1} << 20;
 
 bool isGzipped(std::string_view bytes) {
     return bytes.size() >= 2 && bytes[0] == '\x1f' && bytes[1] == '\x8b';
@@ -80,65 +33,125 @@ struct Inflater {
     z_stream stream{};
 };
 
-// The size that the end of a gzipped file states is a first guess: it is modulo 4 GiB, of the last
-// part alone, and nobody checked it.
-std::size_t guessUnpacked(std::string_view packed) {
-    constexpr std::size_t bestRatio = 1032;
-    std::uint32_t stated = 0;
-    for (std::size_t i = 4; i != 0; --i)
-        stated = stated << 8 | static_cast<unsigned char>(packed[packed.size() - 5 + i]);
-    return std::min({std::size_t{stated} + 64, packed.size() * bestRatio + 64, largestFile + 1});
+// Gives the bytes room, and no more than a file may have and one to see that it has more.
+void makeRoom(Bytes& bytes, std::size_t size, const FileReport& report) {
+    const std::size_t wanted = std::min(size, fileLimits().bytes + 1);
+    requireMemory(report, wanted - std::min(wanted, bytes.size()));
+    bytes.resize(wanted);
 }
 
-Bytes unpack(const Bytes& packed, const FileReport& report) {
-    const std::string accepted = "accepted are whole .gz files";
-    if (packed.size() < 18)
-        report.refuse(0, "the gzipped data end too early: the file is cut", accepted);
-    Inflater inflater;
-    z_stream& stream = inflater.stream;
-    Bytes bytes;
-    bytes.resize(guessUnpacked(packed.text()));
-    std::size_t taken = 0;
-    std::size_t made = 0;
-    constexpr std::size_t portion = std::size_t{1} << 30;
-    for (;;) {
-        if (made == bytes.size()) {
-            if (made > largestFile)
-                report.refuse(0, "is too large when it is unpacked", acceptedSize);
-            bytes.resize(std::min(2 * made, largestFile + 1));
-        }
-        // The library only reads what next_in points to.
-        stream.next_in =
-            reinterpret_cast<Bytef*>(const_cast<char*>(packed.data() + taken)); // NOLINT
-        stream.avail_in = static_cast<uInt>(std::min(packed.size() - taken, portion));
-        stream.next_out = reinterpret_cast<Bytef*>(bytes.data() + made);
-        stream.avail_out = static_cast<uInt>(std::min(bytes.size() - made, portion));
-        const uInt in = stream.avail_in;
-        const uInt out = stream.avail_out;
-        const int state = inflate(&stream, Z_NO_FLUSH);
-        taken += in - stream.avail_in;
-        made += out - stream.avail_out;
-        if (state == Z_STREAM_END) {
-            // A gzipped file may have several parts; what else follows the last is padding.
-            if (!isGzipped(packed.text().substr(taken)))
-                break;
-            inflateReset(&stream);
-        } else if (state == Z_MEM_ERROR) {
-            throw std::bad_alloc();
-        } else if (state != Z_OK && state != Z_BUF_ERROR) {
-            report.refuse(0,
-                          "the gzipped data are damaged: " +
-                              std::string(stream.msg ? stream.msg : "not a gzip stream"),
-                          accepted);
-        } else if (taken == packed.size() && stream.avail_out != 0) {
-            report.refuse(0, "the gzipped data end too early: the file is cut", accepted);
-        }
+Bytes readStored(FileSource& source, Bytes bytes, const FileReport& report,
+                 const LookAtBeginning& look) {
+    std::size_t done = bytes.size();
+    if (done == megabyte)
+        look(bytes.text());
+    else if (!source.size())
+        return bytes;
+    while (done == bytes.size() && done != source.size()) {
+        makeRoom(bytes, source.size().value_or(2 * done), report);
+        done += source.read(bytes.data() + done, bytes.size() - done);
+        if (done > fileLimits().bytes)
+            report.refuse(0, "is too large", acceptedSizes());
     }
-    if (made == 0)
-        report.refuse(0, "is empty when it is unpacked", acceptedFiles());
-    if (made > largestFile)
-        report.refuse(0, "is too large when it is unpacked", acceptedSize);
-    bytes.resize(made);
+    if (source.size() && done < *source.size())
+        report.refuse(0, "became shorter while it was read", acceptedFiles());
+    bytes.resize(done);
+    return bytes;
+}
+
+// Unpacks a file as it is read.
+class Unpacking {
+public:
+    Unpacking(FileSource& source, Bytes packed, const FileReport& report)
+        : m_source(source), m_packed(std::move(packed)), m_report(report) {}
+
+    Bytes run(const LookAtBeginning& look);
+
+private:
+    std::size_t guessSize() const;
+    bool refill(std::size_t wanted);
+    bool step(Bytes& bytes);
+
+    FileSource& m_source;
+    Bytes m_packed; ///< a part of the file
+    const FileReport& m_report;
+    Inflater m_inflater;
+    std::size_t m_taken = 0; ///< of the packed bytes
+    std::size_t m_made = 0;
+};
+
+// The size that the end of a gzipped file states is a first guess: it is modulo 4 GiB, of the last
+// part alone, and nobody checked it.
+std::size_t Unpacking::guessSize() const {
+    constexpr std::size_t bestRatio = 1032;
+    const std::optional<std::uint32_t> stated = m_source.lastWord();
+    return stated ? std::min(std::size_t{*stated}, *m_source.size() * bestRatio) + 64 : 0;
+}
+
+// Has so many bytes at hand, unless the file ends before.
+bool Unpacking::refill(std::size_t wanted) {
+    if (m_packed.size() - m_taken >= wanted)
+        return true;
+    m_packed.removeFront(std::exchange(m_taken, 0));
+    const std::size_t rest = m_packed.size();
+    m_packed.resize(megabyte);
+    m_packed.resize(rest + m_source.read(m_packed.data() + rest, megabyte - rest));
+    return m_packed.size() >= wanted;
+}
+
+// Unpacks what there is and fits; false at the end.
+bool Unpacking::step(Bytes& bytes) {
+    constexpr std::size_t portion = std::size_t{1} << 30;
+    const std::string accepted = "accepted are whole .gz files";
+    const bool isMore = refill(1);
+    z_stream& stream = m_inflater.stream;
+    stream.next_in = reinterpret_cast<Bytef*>(m_packed.data() + m_taken);
+    stream.avail_in = static_cast<uInt>(m_packed.size() - m_taken);
+    stream.next_out = reinterpret_cast<Bytef*>(bytes.data() + m_made);
+    stream.avail_out = static_cast<uInt>(std::min(bytes.size() - m_made, portion));
+    const uInt in = stream.avail_in;
+    const uInt out = stream.avail_out;
+    const int state = inflate(&stream, Z_NO_FLUSH);
+    m_taken += in - stream.avail_in;
+    m_made += out - stream.avail_out;
+    if (state == Z_STREAM_END) {
+        // A gzipped file may have several parts; what else follows the last is padding.
+        if (!refill(2) || !isGzipped(m_packed.text().substr(m_taken)))
+            return false;
+        inflateReset(&stream);
+    } else if (state == Z_MEM_ERROR) {
+        throw std::bad_alloc();
+    } else if (state != Z_OK && state != Z_BUF_ERROR) {
+        m_report.refuse(0,
+                        "the gzipped data are damaged: " +
+                            std::string(stream.msg ? stream.msg : "not a gzip stream"),
+                        accepted);
+    } else if (!isMore && stream.avail_out != 0) {
+        m_report.refuse(0, "the gzipped data end too early: the file is cut", accepted);
+    }
+    return true;
+}
+
+Bytes Unpacking::run(const LookAtBeginning& look) {
+    Bytes bytes;
+    bytes.resize(megabyte);
+    bool goesOn = true;
+    while (goesOn && m_made != bytes.size())
+        goesOn = step(bytes);
+    if (m_made == megabyte)
+        look(bytes.text());
+    while (goesOn) {
+        if (m_made == bytes.size()) {
+            const bool isFirst = m_made == megabyte;
+            makeRoom(bytes, std::max(2 * m_made, isFirst ? guessSize() : 0), m_report);
+        }
+        goesOn = step(bytes);
+        if (m_made > fileLimits().bytes)
+            m_report.refuse(0, "is too large when it is unpacked", acceptedSizes());
+    }
+    if (m_made == 0)
+        m_report.refuse(0, "is empty when it is unpacked", acceptedFiles());
+    bytes.resize(m_made);
     return bytes;
 }
 
@@ -166,9 +179,15 @@ void Bytes::unifyLineEnds() {
             *at = '\n';
 }
 
-Bytes readFile(const FileReport& report) {
-    Bytes stored = readStored(report);
-    return isGzipped(stored.text()) ? unpack(stored, report) : std::move(stored);
+Bytes readFile(const FileReport& report, const LookAtBeginning& look, std::stop_token stop) {
+    FileSource source(report, std::move(stop));
+    Bytes beginning;
+    beginning.resize(std::min(megabyte, source.size().value_or(megabyte)));
+    beginning.resize(source.read(beginning.data(), beginning.size()));
+    if (beginning.size() == 0)
+        report.refuse(0, "is empty", acceptedFiles());
+    return isGzipped(beginning.text()) ? Unpacking(source, std::move(beginning), report).run(look)
+                                       : readStored(source, std::move(beginning), report, look);
 }
 
 } // namespace memory_host

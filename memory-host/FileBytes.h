@@ -4,7 +4,9 @@
 #include "FileReport.h"
 
 #include <cstdlib>
+#include <functional>
 #include <memory>
+#include <stop_token>
 
 namespace memory_host {
 
@@ -30,11 +32,13 @@ private:
     std::size_t m_size = 0;
 };
 
-/// No file is read beyond this size, nor unpacked beyond it.
-constexpr std::size_t largestFile = std::size_t{4} << 30;
+/// Looks at the first megabyte of a longer file, unpacked, before the rest is read; it throws what
+/// refuses the file.
+using LookAtBeginning = std::function<void(std::string_view beginning)>;
 
-/// Reads a file. Refuses what is missing, no regular file, unreadable, empty or too large, and
-/// gzipped data that are damaged or end too early.
-Bytes readFile(const FileReport& report);
+/// Reads a file, or a pipe to its end. Refuses what is missing, neither of them, unreadable, empty,
+/// too large or larger than the memory that is free, and gzipped data that are damaged or end too
+/// early.
+Bytes readFile(const FileReport& report, const LookAtBeginning& look, std::stop_token stop);
 
 } // namespace memory_host

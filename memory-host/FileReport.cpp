@@ -21,7 +21,7 @@ const char* pluralOf(FileReport::Kind kind) {
     case FileReport::Kind::Name:
         return "names with characters that were replaced";
     case FileReport::Kind::Residue:
-        return "residues with very many atoms";
+        return "residues with very many atoms or names";
     case FileReport::Kind::Bonds:
         return "models with atoms that are packed too closely for bonds";
     case FileReport::Kind::ListedBonds:

@@ -6,6 +6,8 @@
 #include "DataPointBase.h"
 #include "EntryNames.h"
 #include "FieldText.h"
+#include "FileKind.h"
+#include "FileLimits.h"
 #include "Origins.h"
 #include "PqrRow.h"
 #include "Readers.h"
@@ -49,6 +51,10 @@ enum class NamedKind { Other, Pqr, Mmcif, Map };
 // What the path tells of a file: its name without endings, and the format that they stand for.
 struct FileName {
     explicit FileName(std::string_view path) {
+        // What comes through a descriptor has its number for a name.
+        for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"})
+            if (path.starts_with(folder))
+                path = path.substr(folder.size()) == "0" ? "stdin" : "pipe";
         const std::size_t slash = path.find_last_of('/');
         std::string_view name = path.substr(slash == std::string_view::npos ? 0 : slash + 1);
         takeEnding(name, {".gz"});
@@ -92,16 +98,38 @@ bool hasAtomRecords(std::string_view text) {
            text.find("\nHETATM") != std::string_view::npos;
 }
 
-void parseInto(ParsedFile& file) {
+// Refuses what the bytes show to be neither text nor a map.
+void checkKind(std::string_view bytes, const FileName& name, const FileReport& report) {
+    if (looksLikeMap(bytes))
+        return;
+    const ForeignKind foreign = foreignKind(bytes);
+    if (!foreign.what.empty())
+        report.refuse(0, foreign.what, foreign.accepted);
+    checkText(bytes, name, report);
+}
+
+// The same for the first megabyte of a longer file, and what begins like no structure.
+void checkBeginning(std::string_view bytes, const FileName& name, const FileReport& report) {
+    checkKind(bytes, name, report);
+    if (!looksLikeMap(bytes) && name.kind != NamedKind::Mmcif && !looksLikeMmcif(bytes) &&
+        !hasPdbRecord(bytes))
+        report.refuse(0, "is no structure: its first megabyte has no record of a PDB file",
+                      acceptedFiles());
+}
+
+void parseInto(ParsedFile& file, std::stop_token stop) {
     const FileName name(file.report.path());
-    Bytes bytes = readFile(file.report);
+    Bytes bytes = readFile(
+        file.report,
+        [&](std::string_view beginning) { checkBeginning(beginning, name, file.report); },
+        std::move(stop));
+    checkKind(bytes.text(), name, file.report);
     if (looksLikeMap(bytes.text())) {
         file.gridName = name.stem;
         file.grid = readMap(std::move(bytes), file.report);
         return;
     }
     bytes.unifyLineEnds();
-    checkText(bytes.text(), name, file.report);
     // Some editors put a mark for the encoding in front.
     if (bytes.text().starts_with("\xef\xbb\xbf"))
         bytes.removeFront(3);
@@ -148,9 +176,14 @@ std::vector<std::string> modelEndings(const StructureTable& structure) {
 std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     std::vector<DetachedItem> items;
     std::size_t work = 0;
-    for (const StructureTable& structure : file.structures)
-        for (const ModelTable& model : structure.models)
+    std::size_t bytes = 0;
+    for (const StructureTable& structure : file.structures) {
+        for (const ModelTable& model : structure.models) {
             work += workOf(model);
+            bytes += memoryOf(model);
+        }
+    }
+    requireMemory(file.report, bytes);
     ProgressCounter counter(progress, "building the atoms", work);
     EntryNames entryNames;
     for (StructureTable& structure : file.structures) {
@@ -198,11 +231,11 @@ std::vector<TAVIK::Compound*> attachAll(std::vector<DetachedItem>& items,
 
 } // namespace
 
-ParsedFilePtr parseFile(const std::string& path) {
+ParsedFilePtr parseFile(const std::string& path, std::stop_token stop) {
     const FileReport report(path);
     return guarded(report, [&] {
         ParsedFilePtr file(new ParsedFile(path));
-        parseInto(*file);
+        parseInto(*file, stop);
         return file;
     });
 }

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -39,8 +40,9 @@ struct HOST_EXPORT ParsedFileDeleter {
 using ParsedFilePtr = std::unique_ptr<ParsedFile, ParsedFileDeleter>;
 
 /// Reads and checks a file. Touches nothing of the data space, so that it may run on any thread.
+/// `stop` ends the reading of a long file, or of a pipe that brings nothing, with a FileError.
 /// Throws FileError; std::bad_alloc if there is not even memory for its line.
-HOST_EXPORT ParsedFilePtr parseFile(const std::string& path);
+HOST_EXPORT ParsedFilePtr parseFile(const std::string& path, std::stop_token stop = {});
 
 /// What opening a file brought.
 struct OpenedFile {

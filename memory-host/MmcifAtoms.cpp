@@ -71,7 +71,7 @@ void Atoms::checkColumns(const Row& row, std::size_t line) const {
 
 TableBuilder& Atoms::builder() {
     if (!m_builder)
-        m_builder = std::make_unique<TableBuilder>(m_report);
+        m_builder = std::make_unique<TableBuilder>(m_report, m_finishedAtoms);
     return *m_builder;
 }
 
@@ -109,8 +109,10 @@ void Atoms::add(const Row& values, std::size_t line) {
 }
 
 void Atoms::finishEntry(std::string name) {
-    if (!isEntryEmpty())
+    if (!isEntryEmpty()) {
+        m_finishedAtoms += m_builder->atomCount();
         m_structures.push_back(m_builder->finish(std::move(name)));
+    }
     m_builder.reset();
 }
 

@@ -69,6 +69,7 @@ private:
     AtomNumbers m_numbers;
     std::vector<StructureTable> m_structures;
     std::unique_ptr<TableBuilder> m_builder;
+    std::size_t m_finishedAtoms = 0;
     std::string_view m_model; ///< number of the model that the last atom belongs to
 };
 

@@ -27,6 +27,9 @@ std::size_t decodeUtf8(std::string_view text, std::size_t i, std::uint32_t& code
     return length;
 }
 
+// As many as fit into the processor's nearest cache.
+constexpr std::size_t mostRecent = 4096;
+
 } // namespace
 
 std::string asLatin1Component(std::string_view text) {
@@ -47,7 +50,7 @@ std::string asLatin1Component(std::string_view text) {
     return component;
 }
 
-NamePool::NamePool() {
+NamePool::NamePool() : m_recent(16) {
     number({});
 }
 
@@ -56,10 +59,15 @@ std::uint32_t NamePool::number(std::string_view text) {
     if (text.empty() || text.size() > sizeof key)
         return find(text);
     std::memcpy(&key, text.data(), text.size());
-    Recent& recent = m_recent[(key * 0x9e3779b97f4a7c15U) >> 52];
-    if (recent.key != key)
-        recent = {key, find(text)};
-    return recent.number;
+    const std::uint64_t place = (key * 0x9e3779b97f4a7c15U) >> 52;
+    Recent& recent = m_recent[place & (m_recent.size() - 1)];
+    if (recent.key == key)
+        return recent.number;
+    const std::uint32_t found = find(text);
+    recent = {key, found};
+    if (m_names.size() > m_recent.size() && m_recent.size() < mostRecent)
+        m_recent = std::vector<Recent>(4 * m_recent.size());
+    return found;
 }
 
 std::uint32_t NamePool::find(std::string_view text) {

@@ -1,12 +1,12 @@
 // The names in a file, each kept once: fit to be a component of a qualified name, and numbered.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace memory_host {
 
@@ -48,7 +48,8 @@ private:
     std::deque<Name> m_names;
     std::unordered_map<std::string_view, std::uint32_t> m_numbers;
     /// Short names by their bytes: a structure repeats a few hundred of them a million times.
-    std::array<Recent, 4096> m_recent{};
+    /// It grows with the names, as a file may have many small entries.
+    std::vector<Recent> m_recent;
     bool m_hasChanged = false;
 };
 

@@ -1,5 +1,7 @@
 // The CCP4/MRC format of maps. The header is checked here before gemmi believes it: it allocates
 // what the header promises, and takes data in the other byte order for numbers as they stand.
+#include "FieldText.h"
+#include "FileLimits.h"
 #include "Readers.h"
 
 #include <gemmi/ccp4.hpp>
@@ -182,10 +184,10 @@ void MapReader::checkCell() {
         if (angle == 0.0F)
             setWord(cellWord + 3 + axis, std::bit_cast<std::int32_t>(90.0F));
         else if (!(angle > 0.0F && angle < 180.0F) || isRoundedAway(angle))
-            m_report.refuse(0, "the map's cell has an angle of " + std::to_string(angle),
+            m_report.refuse(0, "the map's cell has an angle of " + numberText(angle),
                             "accepted are angles between 0 and 180 degrees");
         if (!(length >= 0.0F && length < 1.0e6F) || isRoundedAway(length))
-            m_report.refuse(0, "the map's cell has a length of " + std::to_string(length),
+            m_report.refuse(0, "the map's cell has a length of " + numberText(length),
                             "accepted are positive lengths in Angstrom");
     }
     for (int axis = 0; axis != 3; ++axis) {
@@ -246,6 +248,8 @@ GridRecord MapReader::read() {
     if (isTurned && valueBytes() > 1)
         turnBytes(static_cast<std::size_t>(dataOffset()), m_bytes.size(), valueBytes());
 
+    // The values are numbers of four bytes then, and there are two of each while they are turned.
+    requireMemory(m_report, 2 * sizeof(float) * (m_bytes.size() / valueBytes()));
     gemmi::Ccp4<float> map;
     map.read_ccp4_from_memory(m_bytes.data(), m_bytes.size(), m_report.path());
     m_bytes = {};

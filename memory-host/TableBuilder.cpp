@@ -1,5 +1,7 @@
 #include "TableBuilder.h"
 
+#include "FileLimits.h"
+
 #include "ResidueKinds.h"
 
 #include <algorithm>
@@ -13,6 +15,10 @@ namespace {
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 // No chemical residue comes near.
 constexpr std::uint32_t manyAtoms = 10000;
+// What the search for bonds takes for each atom meanwhile.
+constexpr std::size_t bytesOfABondSearch = 140;
+// More residue names at one position are not all shown.
+constexpr std::ptrdiff_t mostNames = 8;
 // The residue of points that show where a membrane lies, and are no atoms.
 constexpr std::string_view membraneMarker = "DUM";
 
@@ -199,11 +205,26 @@ std::uint32_t TableBuilder::knownResidue(const ResidueKey& key, std::uint16_t al
             return none;
         residue = found->second;
     }
-    NamePool& names = *m_structure.names;
-    ResidueEntry& entry = model.table.residues[residue];
-    entry.allNames = names.number(names.written(entry.allNames) + ',' + names.written(key.name));
+    addName(residue, key.name);
     model.residues.emplace(key, residue);
     return residue;
+}
+
+// A name more among those of a residue; of very many the first ones are shown.
+void TableBuilder::addName(std::uint32_t residue, std::uint32_t name) {
+    NamePool& names = *m_structure.names;
+    ResidueEntry& entry = m_model->table.residues[residue];
+    const std::string& before = names.written(entry.allNames);
+    const auto count = 1 + std::ranges::count(before, ',');
+    if (count > mostNames)
+        return;
+    entry.allNames = names.number(before + ',' + (count < mostNames ? names.written(name) : "..."));
+    if (count == mostNames)
+        m_report.remark(FileReport::Kind::Residue, 0, [&] {
+            return "residue " + residueLabel(entry, names) + " of chain " +
+                   shownName(m_model->table.chains[entry.chain], names) + " has more than " +
+                   std::to_string(mostNames) + " names";
+        });
 }
 
 void TableBuilder::watch(std::uint32_t residue) {
@@ -262,7 +283,21 @@ void TableBuilder::keepIds(const AtomRow& row) {
     }
 }
 
+// Looks now and then whether the table may grow to twice its size.
+void TableBuilder::checkRoom() {
+    constexpr std::size_t first = std::size_t{1} << 16;
+    constexpr std::size_t bytesOfAnAtom = 2 * (sizeof(AtomEntry) + sizeof(Serial));
+    const std::size_t most = fileLimits().atoms;
+    if (m_atomsBefore + m_atomCount >= most)
+        m_report.refuse(0, "has more than " + std::to_string(most) + " atoms",
+                        "accepted are files of up to as many");
+    requireMemory(m_report, m_atomCount * bytesOfAnAtom);
+    m_nextCheck = std::min(std::max(first, 2 * m_atomCount), most - m_atomsBefore);
+}
+
 void TableBuilder::add(const AtomRow& row) {
+    if (m_atomCount == m_nextCheck)
+        checkRoom();
     if (!m_model)
         startModel({}, false);
     AtomEntry atom;
@@ -361,6 +396,7 @@ StructureTable TableBuilder::finish(std::string name) {
         model.reset();
         if (table.atoms.empty())
             continue;
+        requireMemory(m_report, table.atoms.size() * bytesOfABondSearch);
         sortTable(table);
         remarkOnResidues(table);
         if (const std::size_t crowded =

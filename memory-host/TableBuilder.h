@@ -57,8 +57,9 @@ private:
 /// residue is what stands together under one name; waters are told apart by their atoms.
 class TableBuilder {
 public:
-    explicit TableBuilder(FileReport& report)
-        : m_report(report), m_listedBonds(*m_structure.names) {}
+    /// `atomsBefore` is the number of atoms in other entries of the file.
+    explicit TableBuilder(FileReport& report, std::size_t atomsBefore = 0)
+        : m_report(report), m_atomsBefore(atomsBefore), m_listedBonds(*m_structure.names) {}
 
     /// The following atoms belong to this model; it is a new one unless a model of this number
     /// exists and `reopen` is set.
@@ -103,7 +104,12 @@ private:
     void remarkOnNames();
     void remarkOnResidues(const ModelTable& table);
 
+    void checkRoom();
+    void addName(std::uint32_t residue, std::uint32_t name);
+
     FileReport& m_report;
+    std::size_t m_atomsBefore;
+    std::size_t m_nextCheck = 0; ///< of the room, at this number of atoms
     StructureTable m_structure;
     ListedBonds m_listedBonds;
     std::vector<std::unique_ptr<Model>> m_models;

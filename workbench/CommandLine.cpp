@@ -5,6 +5,8 @@ namespace workbench {
 std::string readCommandLine(const std::vector<std::string>& arguments, CommandLine& out) {
     bool options = true;
     for (auto it = arguments.begin(); it != arguments.end(); ++it) {
+        if (it->empty())
+            return "an argument is empty (--help lists what there is)";
         if (!options || it->size() < 2 || it->front() != '-') {
             out.files.push_back(*it);
             continue;
@@ -45,6 +47,7 @@ std::string helpText() {
            "it opens a sample.\n"
            "\n"
            "FILE is a structure as PDB, PQR or mmCIF, each also gzipped, or a map as CCP4/MRC.\n"
+           "It may come through a pipe, as /dev/stdin.\n"
            "\n"
            "  --plugins DIR  load the plug-ins of this folder instead of the installed ones\n"
            "  --data DIR     take colour maps, help pages and the sample from this folder\n"

@@ -70,7 +70,8 @@ memory_host::ParsedFilePtr Opening::parse(const std::string& file, ProgressWindo
     QEventLoop loop;
     // Looked at in this thread only; empty once nobody waits any more.
     const auto waiting = std::make_shared<QEventLoop*>(&loop);
-    auto parsing = std::async(std::launch::async, [file, waiting] {
+    std::stop_source stop;
+    auto parsing = std::async(std::launch::async, [file, waiting, token = stop.get_token()] {
         struct Done {
             std::shared_ptr<QEventLoop*> waiting;
             ~Done() {
@@ -81,12 +82,13 @@ memory_host::ParsedFilePtr Opening::parse(const std::string& file, ProgressWindo
                 QMetaObject::invokeMethod(qApp, end, Qt::QueuedConnection);
             }
         } const done{waiting};
-        return memory_host::parseFile(file);
+        return memory_host::parseFile(file, token);
     });
     QObject::connect(&progress, &QDialog::rejected, &loop, &QEventLoop::quit);
     loop.exec();
     *waiting = nullptr;
     if (progress.wasCancelled()) {
+        stop.request_stop();
         m_abandoned.push_back(std::move(parsing));
         throw Cancelled();
     }

@@ -31,7 +31,7 @@ private:
     memory_host::ParsedFilePtr parse(const std::string& file, ProgressWindow& progress);
 
     Report m_report;
-    /// Reading cannot be interrupted; what a cancel left running ends here.
+    /// Parsing cannot be interrupted, only reading; what a cancel left running ends here.
     std::vector<std::future<memory_host::ParsedFilePtr>> m_abandoned;
 };
 

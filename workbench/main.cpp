@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLoggingCategory>
 
 #include <cstdio>
@@ -30,12 +31,19 @@ QString folder(const std::optional<std::string>& asked, const QString& installed
     return asked ? QDir(QFile::decodeName(asked->c_str())).absolutePath() : installed;
 }
 
+/// Whether it is one; says so if not.
+bool isFolder(const std::string& kind, const QString& path) {
+    const QFileInfo place(path);
+    if (!place.isDir())
+        report("the " + kind + " folder " + path.toStdString() +
+               (place.exists() ? " is no folder" : " does not exist"));
+    return place.isDir();
+}
+
 /// Sends the Structure Editor its default action and runs until all plug-ins are done.
 int runPlugins(workbench::Application& application, const QString& plugins) {
-    if (!QDir(plugins).exists()) {
-        report("the plug-in folder " + plugins.toStdString() + " does not exist");
+    if (!isFolder("plug-in", plugins))
         return NothingToShow;
-    }
     const QString editor = QString::fromLatin1(structureEditor);
     if (!memory_host::loadPlugins(plugins).contains(editor)) {
         report(
@@ -56,6 +64,8 @@ int run(const workbench::CommandLine& line, char* program) {
     const auto application = workbench::Application::start(count, arguments);
 
     const QString data = folder(line.data, workbench::installedDataFolder());
+    if (line.data && !isFolder("data", data))
+        return NothingToShow;
     memory_host::setDataFolder(data);
     memory_host::setSettingsFile(workbench::settingsFile());
     memory_host::setDefaultSettingsFile(data + QStringLiteral("/settings.ini"));

@@ -68,6 +68,62 @@ private slots:
         }
     }
 
+    void anEmptyArgumentIsOneLineAndStatus2() {
+        Program program;
+        const Ended ended = program.run({structure("1ubq.pdb"), ""});
+        QCOMPARE(ended.status, 2);
+        QCOMPARE(ended.errors,
+                 QStringList("workbench: an argument is empty (--help lists what there is)"));
+    }
+
+    void aFileInPlaceOfAFolderIsOneLine() {
+        const QString file = structure("1ubq.pdb");
+        Program program;
+        Ended ended = program.run({"--plugins", file, file});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.errors,
+                 QStringList("workbench: the plug-in folder " + file + " is no folder"));
+        ended = program.run({"--data", file});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.errors, QStringList("workbench: the data folder " + file + " is no folder"));
+        ended = program.run({"--data=/nowhere"});
+        QCOMPARE(ended.errors, QStringList("workbench: the data folder /nowhere does not exist"));
+    }
+
+    void filesComeThroughStandardInputAndPipes_data() {
+        QTest::addColumn<QString>("command");
+        QTest::newRow("standard input, a pipe")
+            << "gzip -c '%2' | '%1' --plugins=/nowhere /dev/stdin";
+        QTest::newRow("standard input, a file") << "'%1' --plugins=/nowhere /dev/stdin < '%2'";
+        QTest::newRow("a process substitution") << "'%1' --plugins=/nowhere <(gzip -c '%2')";
+    }
+    void filesComeThroughStandardInputAndPipes() {
+        QFETCH(const QString, command);
+        Program shell("/bin/bash");
+        const Ended ended = shell.run({"-c", command.arg(WORKBENCH, structure("1ubq.pdb"))});
+        // Plug-ins are looked for when a file is open.
+        QCOMPARE(ended.errors,
+                 QStringList("workbench: the plug-in folder /nowhere does not exist"));
+    }
+
+    void aFileThatTheMemoryCannotHoldIsOneLineAndStatus1() {
+        const QTemporaryDir folder;
+        QFile large(folder.filePath("large.pdb"));
+        QVERIFY(large.open(QIODevice::WriteOnly));
+        large.write(QByteArray("REMARK\n").repeated(200'000));
+        QVERIFY(large.resize(qint64(3) << 30));
+        large.close();
+        Program shell("/bin/bash");
+        const Ended ended = shell.run(
+            {"-c", QString("ulimit -v 3000000; exec '%1' '%2'").arg(WORKBENCH, large.fileName())});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.errors.size(), 1);
+        QVERIFY2(
+            ended.errors.constFirst().contains("large.pdb: needs about 3220 MB of memory to go "
+                                               "on, and "),
+            qPrintable(ended.errors.constFirst()));
+    }
+
     void afterTwoDashesEverythingIsAFile() {
         Program program;
         const Ended ended = program.run({"--", "--help"});
