@@ -37,6 +37,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     memory_host::setDataFolder(QString::fromStdString(file.folder()));
     file.write(fuzzing::textOf(data, size));
     (void)fuzzing::takeLog();
+    const fuzzing::Budget budget(size, {.seconds = 5.0e-6, .memory = 200.0});
     std::array<std::pair<Color, Color>, 4> ends{};
     std::array<bool, 4> isValid{};
     for (std::size_t i = 0; const int entries : {2, 1, 7, 256}) {
@@ -57,5 +58,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
             lookUp(map, min, max);
         ++i;
     }
+    budget.check();
     return 0;
 }

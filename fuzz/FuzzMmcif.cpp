@@ -3,7 +3,6 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const fuzzing::InputFile file("input.cif");
-    file.write(fuzzing::textOf(data, size));
-    fuzzing::openAndDestroy(file);
+    fuzzing::openInput(file, fuzzing::textOf(data, size));
     return 0;
 }

@@ -58,6 +58,7 @@ void requireSetting(const std::string& section, const std::string& key, const st
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const fuzzing::InputFile file("input.ini");
     (void)fuzzing::takeLog();
+    const fuzzing::Budget budget(size, {.seconds = 20.0e-6, .memory = 500.0});
     const std::string input(fuzzing::textOf(data, size));
     file.write(input + "\n[Last]\nkey = the last line\n");
     memory_host::setSettingsFile(QString::fromStdString(file.path()));
@@ -76,5 +77,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const auto& [name, value] : plain.values)
         (void)Config::GetSetting(name.first, name.second);
     require(fuzzing::takeLog().empty(), "a wrong line is told once");
+    budget.check();
     return 0;
 }

@@ -3,20 +3,77 @@
 #include "HostExport.h"
 #include "Services.h"
 
+#ifdef __has_feature // clang
+#define FUZZING_SANITIZED __has_feature(address_sanitizer)
+#else
+#define FUZZING_SANITIZED 0
+#endif
+
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 #include <utility>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 // QRegExp loses what it has built of an expression that it then refuses.
 extern "C" HOST_EXPORT const char* __lsan_default_suppressions(); // NOLINT: the sanitizer's name
 extern "C" const char* __lsan_default_suppressions() {            // NOLINT
     return "leak:libQt6Core5Compat\n";
+}
+
+namespace {
+
+std::atomic<std::size_t> memoryInUse = 0;
+std::atomic<std::size_t> mostMemory = 0;
+
+void* allocate(std::size_t size) noexcept {
+    void* const block = std::malloc(size ? size : 1); // NOLINT: what operator new is made of
+    const std::size_t now = memoryInUse += malloc_usable_size(block);
+    std::size_t most = mostMemory;
+    while (now > most && !mostMemory.compare_exchange_weak(most, now)) {
+    }
+    return block;
+}
+
+void release(void* block) noexcept {
+    memoryInUse -= malloc_usable_size(block);
+    std::free(block); // NOLINT
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    if (void* const block = allocate(size))
+        return block;
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+void operator delete(void* block) noexcept {
+    release(block);
+}
+void operator delete[](void* block) noexcept {
+    release(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    release(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    release(block);
 }
 
 namespace fuzzing {
@@ -62,6 +119,27 @@ std::vector<std::string> takeLog() {
     static const memory_host::LogSink before =
         memory_host::setLogSink([](const std::string& line) { lines.push_back(line); });
     return std::exchange(lines, {});
+}
+
+Budget::Budget(std::size_t bytes, PerByte perByte)
+    : m_seconds(1.0 + perByte.seconds * static_cast<double>(bytes)),
+      m_memory(16.0e6 + perByte.memory * static_cast<double>(bytes)), m_startSeconds(secondsUsed()),
+      m_startMemory(static_cast<double>(memoryInUse)) {
+    mostMemory = memoryInUse.load();
+}
+
+void Budget::check() const {
+#if defined(__SANITIZE_ADDRESS__) || FUZZING_SANITIZED
+    constexpr double slowness = 10.0;
+#else
+    constexpr double slowness = 1.0;
+#endif
+    const double seconds = secondsUsed() - m_startSeconds;
+    const double memory = static_cast<double>(mostMemory) - m_startMemory;
+    require(seconds <= slowness * m_seconds, "an input takes the time that its bytes allow",
+            std::to_string(seconds) + " of " + std::to_string(slowness * m_seconds) + " s");
+    require(memory <= m_memory, "an input takes the memory that its bytes allow",
+            std::to_string(memory) + " of " + std::to_string(m_memory) + " bytes");
 }
 
 double secondsUsed() {

@@ -49,4 +49,24 @@ std::vector<std::string> takeLog();
 /// Processor time of this thread until now.
 double secondsUsed();
 
+/// What an input may take: so much, and so much more for each of its bytes. Sanitizers make all of
+/// it slower; memory is what the C++ allocator gave, Qt's own left out.
+class Budget {
+public:
+    struct PerByte {
+        double seconds;
+        double memory; ///< bytes
+    };
+    /// Begins here.
+    Budget(std::size_t bytes, PerByte perByte);
+    /// Requires that what was taken since is within the budget.
+    void check() const;
+
+private:
+    double m_seconds;
+    double m_memory;
+    double m_startSeconds;
+    double m_startMemory;
+};
+
 } // namespace fuzzing

@@ -5,7 +5,7 @@
 
 namespace fuzzing {
 
-/// Opens the file as a user does; stops the program where something does not hold.
-void openAndDestroy(const InputFile& file);
+/// Opens the content as a file, as a user does; stops the program where something does not hold.
+void openInput(const InputFile& file, std::string_view content);
 
 } // namespace fuzzing

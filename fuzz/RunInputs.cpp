@@ -1,4 +1,5 @@
-// Runs a target without libFuzzer: on each file that is named, and on those in each folder.
+// Runs a target without libFuzzer: on each file that is named, and on those in each folder. With
+// --large in front, each of them is repeated until it is as long as inputs get.
 #include "Fuzzing.h"
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 #include <iterator>
 
 namespace {
+
+constexpr std::size_t longestInput = 1'000'000;
 
 std::vector<std::filesystem::path> filesAt(const std::filesystem::path& path) {
     if (!std::filesystem::is_directory(path))
@@ -19,13 +22,16 @@ std::vector<std::filesystem::path> filesAt(const std::filesystem::path& path) {
     return files;
 }
 
-void run(const std::filesystem::path& path) {
+void run(const std::filesystem::path& path, bool isLarge) {
     // What stops the program is about the last input that is named.
     std::printf("%s\n", path.c_str());
     std::fflush(stdout);
     std::ifstream file(path, std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
     fuzzing::require(file.good() || file.eof(), "an input can be read", path.native());
+    for (const std::vector<char> once = bytes;
+         isLarge && !once.empty() && bytes.size() + once.size() <= longestInput;)
+        bytes.insert(bytes.end(), once.begin(), once.end());
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
 }
 
@@ -33,9 +39,10 @@ void run(const std::filesystem::path& path) {
 
 int main(int argc, char** argv) {
     std::size_t count = 0;
-    for (int i = 1; i < argc; ++i) {
+    const bool isLarge = argc > 1 && std::string_view(argv[1]) == "--large";
+    for (int i = isLarge ? 2 : 1; i < argc; ++i) {
         for (const std::filesystem::path& path : filesAt(argv[i])) {
-            run(path);
+            run(path, isLarge);
             ++count;
         }
     }
