@@ -77,6 +77,7 @@ unsigned int takeId() {
 Driver::Driver(const Start& start, plain::Model& model)
     : m_model(model), m_isLow(start.seed % 3 == 1),
       m_watched(start.kind == Start::Generated && start.seed % 4 == 0) {
+    m_listener.useWindow = [this](const Edit& edit) { useWindow(edit); };
     useSmallHelp();
     model.plugins = start.plugins;
     if (start.plugins)
@@ -136,7 +137,9 @@ void Listener::hear(const QString& kind) {
                 .arg(selected)
                 .arg(rows)
                 .arg(window ? entriesOf(window).join(u'|') : QString());
-    editData(this, std::exchange(answer, {}));
+    const Edit edit = std::exchange(answer, {});
+    useWindow(edit);
+    editData(this, edit);
 }
 
 TreeView* Driver::treeOf(const Vuxo* window) {
@@ -163,7 +166,25 @@ bool Driver::isUsable() const {
     return shown && shown->isVisible() && !shown->isMinimized();
 }
 
+void Driver::useWindow(const Edit& edit) {
+    Vuxo* const used = window();
+    if (!used)
+        return;
+    if (edit.kind == EditKind::Look) {
+        QApplication::processEvents();
+        used->grab();
+    } else if (edit.kind == EditKind::Command) {
+        const QMetaObject* const meta = used->metaObject();
+        const QMetaMethod slot = meta->method(meta->indexOfSlot(choose(calledSlots, edit.value)));
+        answering(m_step, [&] { slot.invoke(used); });
+    } else if (edit.kind == EditKind::Entry && listOf(used)->count() > 0) {
+        ListBox* const list = listOf(used);
+        used->ListEvent(Qt::LeftButton, list->item(int(edit.value % unsigned(list->count()))), {});
+    }
+}
+
 plain::Said Driver::act(const Step& step) {
+    m_step = step;
     m_seen = {};
     m_said = {};
     const unsigned int before = topLevelCount();

@@ -10,6 +10,7 @@
 #include <QAbstractItemModelTester>
 #include <QPointer>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -34,6 +35,8 @@ class Listener : public Subscriber {
 public:
     QStringList told;
     Edit answer;
+    /// Does what others may do to the window itself, which has not heard yet of what they have.
+    std::function<void(const Edit&)> useWindow;
 
 private:
     void commUpdate() override { hear(QStringLiteral("update")); }
@@ -80,6 +83,7 @@ private:
     void answerMenu(QMenu* menu, const Step& step);
     /// The steps that need no usable window, and those that do.
     void doAnywhere(const Step& step);
+    void useWindow(const Edit& edit);
     void doInWindow(const Step& step);
     void invoke(const Step& step);
     void trigger(const Step& step);
@@ -104,6 +108,7 @@ private:
     void activate() const;
 
     plain::Model& m_model;
+    Step m_step; ///< the one that is done
     plain::Seen m_seen;
     plain::Said m_said;
     Listener m_listener;

@@ -8,14 +8,9 @@
 #include "DataPoint.h"
 #include "Files.h"
 #include "Kinds.h"
-#include "ListBox.h"
 #include "PluginResult.h"
 #include "Space.h"
 #include "TestSupport.h"
-#include "Vuxo.h"
-
-#include <QApplication>
-#include <QMetaMethod>
 
 #include <algorithm>
 #include <map>
@@ -105,7 +100,8 @@ void addItem(Compound* item, const std::vector<Compound*>& all, const Edit& edit
         memory_host::addAtom(boxOf(item), recordOf(values, choose(madeNames, value)));
     } else if (edit.kind == EditKind::AddAmong) {
         const AtomValues values(value);
-        memory_host::addAtom(boxOf(item), recordOf(values, choose(madeNames, value)));
+        memory_host::addAtom(value % 4 ? space : boxOf(item),
+                             recordOf(values, choose(madeNames, value)));
         if (item)
             item->SetSelected(value % 2);
     } else if (edit.kind == EditKind::AddBond) {
@@ -135,20 +131,6 @@ void destroyItem(Compound* item, const Edit& edit) {
         DataMaker::makeCore(Space::instance(), "swapped", "Composite");
 }
 
-// What others do to the window itself, which may not have heard yet of what they have.
-void useWindow(Vuxo& window, const Edit& edit) {
-    ListBox* const list = Driver::listOf(&window);
-    if (edit.kind == EditKind::Look) {
-        QApplication::processEvents();
-        window.grab();
-    } else if (edit.kind == EditKind::Command) {
-        const QMetaObject* const meta = window.metaObject();
-        meta->method(meta->indexOfSlot(choose(calledSlots, edit.value))).invoke(&window);
-    } else if (const auto count = unsigned(list->count())) {
-        window.ListEvent(Qt::LeftButton, list->item(int(edit.value % count)), {});
-    }
-}
-
 } // namespace
 
 void editData(Subscriber* who, const Edit& edit) {
@@ -171,9 +153,7 @@ void editData(Subscriber* who, const Edit& edit) {
     case EditKind::Look:
     case EditKind::Command:
     case EditKind::Entry:
-        if (Vuxo* const window = Driver::window())
-            useWindow(*window, edit);
-        return;
+        return; // see Driver
     case EditKind::Select:
     case EditKind::Show:
     case EditKind::Paint:

@@ -54,12 +54,12 @@ void Model::edit(Who who, const Edit& edit) {
         return;
     if (edit.kind == EditKind::Command) {
         if (exists)
-            runCommand(*this, choose(random_use::calledSlots, edit.value), Step());
+            runCommand(*this, choose(random_use::calledSlots, edit.value), m_step);
         return;
     }
     if (edit.kind == EditKind::Entry) {
         if (exists && !list.isEmpty())
-            listEvent(Qt::LeftButton, int(edit.value % unsigned(list.size())), Step());
+            listEvent(Qt::LeftButton, int(edit.value % unsigned(list.size())), m_step);
         return;
     }
     const Items all = host.all();
@@ -98,7 +98,8 @@ void Model::edit(Who who, const Edit& edit) {
         return;
     case EditKind::AddAmong:
         guarded(who, Change::Add, [&] {
-            Item* atom = host.make(box(), Kind::Atom, choose(random_use::madeNames, value));
+            Item* atom = host.make(value % 4 ? host.space() : box(), Kind::Atom,
+                                   choose(random_use::madeNames, value));
             setAtom(*atom, value);
             if (item)
                 Host::setSelected(*item, value % 2);

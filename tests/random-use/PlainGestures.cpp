@@ -8,6 +8,7 @@ namespace plain {
 using namespace random_use;
 
 void Model::act(const Step& step, const Seen& seen) {
+    m_step = step;
     const Rows rows = tree.shown();
     Row* const row = rows.empty() ? nullptr : rows[step.target % rows.size()];
     Row* const rowOrBelow = step.target % (rows.size() + 1) == rows.size()

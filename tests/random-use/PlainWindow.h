@@ -99,6 +99,7 @@ public:
     void close();
 
 private:
+    Step m_step;                  ///< the one that is done
     std::vector<Change> m_untold; ///< what the window has not heard of yet, outermost first
 
     bool guarded(Who who, Change kind, const std::function<void()>& apply);

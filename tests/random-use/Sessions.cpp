@@ -90,6 +90,18 @@ void Generator::goOn(Step& step) {
         step.a = m_last.a;
         step.c = m_last.c;
     }
+    if (m_last.edit.kind == EditKind::AddAmong && pick(2)) {
+        // What goes by the selection comes before the rows take it over.
+        static constexpr const char* bySelection[] = {"SelectedColor()", "SelectedUnColor()",
+                                                      "SelectedHide()", "SelectedShow()"};
+        const char* const signature = choose(bySelection, pick(4));
+        step.action = Action::Slot;
+        step.a = unsigned(std::find_if(plain::commands().begin(), plain::commands().end(),
+                                       [signature](const plain::Command& command) {
+                                           return qstrcmp(command.signature, signature) == 0;
+                                       }) -
+                          plain::commands().begin());
+    }
     if (step.action == Action::Press && pick(2))
         step.a = 0; // the left button
     if (step.action == Action::Press && pick(6) == 0) {

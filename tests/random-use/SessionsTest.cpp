@@ -126,6 +126,13 @@ private slots:
                         {.action = Action::Outside, .edit = {EditKind::AddSet, 267, 582}},
                         {.action = Action::PressEntry, .target = 3},
                         {.action = Action::Menu, .a = 766, .text = "\303\251"}}};
+        QTest::newRow("a change of the selection comes with an addition elsewhere")
+            << Session{{Start::Generated, 40098, true},
+                       {{.action = Action::Call, .a = 1},
+                        {.action = Action::PressEntry},
+                        {.action = Action::Press},
+                        {.action = Action::Outside, .edit = {EditKind::AddAmong, 658, 62}},
+                        {.action = Action::Slot, .a = 16}}};
     }
     void sessionsThatFailedOnce() {
         QFETCH(Session, session);

@@ -15,23 +15,24 @@ namespace random_use {
 /// What others may do to the data, at once or in between.
 enum class EditKind {
     None,
-    Select,    ///< value: on or off
-    Show,      ///< value: on or off
-    Paint,     ///< value: the colour
-    AddAtom,   ///< value: name, model and place
-    AddBond,   ///< value: the second atom, and whether it stands in the space itself
-    AddLeaf,   ///< value: which kind
-    AddBox,    ///< an empty composite; value: which kind
-    AddSet,    ///< value: how many members, and which; of top-level items only for some values
-    AddTop,    ///< a top-level item; value: which kind
-    Destroy,   ///< value: 0 to 3 a top-level item, else any
-    Swap,      ///< one change destroys a top-level item and makes another
-    AddAmong,  ///< one change adds an atom and selects or unselects the item; value: as AddAtom
-    SetAtom,   ///< value: its new type, place, model
-    Model,     ///< value: first, previous, next
+    Select,   ///< value: on or off
+    Show,     ///< value: on or off
+    Paint,    ///< value: the colour
+    AddAtom,  ///< value: name, model and place
+    AddBond,  ///< value: the second atom, and whether it stands in the space itself
+    AddLeaf,  ///< value: which kind
+    AddBox,   ///< an empty composite; value: which kind
+    AddSet,   ///< value: how many members, and which; of top-level items only for some values
+    AddTop,   ///< a top-level item; value: which kind
+    Destroy,  ///< value: 0 to 3 a top-level item, else any
+    Swap,     ///< one change destroys a top-level item and makes another
+    AddAmong, ///< one change adds an atom and selects or unselects the item; value: as AddAtom, and
+              ///< whether the atom stands in the space itself
+    SetAtom,  ///< value: its new type, place, model
+    Model,    ///< value: first, previous, next
     Highlight, ///< switches the host's showing of the selection; needs no guard
     Look,      ///< has the window painted, and all events handled
-    Command,   ///< calls a slot of the window that asks nothing; value: which
+    Command,   ///< calls a slot of the window; value: which
     Entry,     ///< presses an entry of the window's list with the left button; value: which
     Kill,      ///< sends the plug-in "Kill"
     Throw      ///< answering: an exception leaves the handler
@@ -136,13 +137,14 @@ inline constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Sh
 inline constexpr const char* madeTypes[] = {"C", "N", "O", "H", "Cu", "X"};
 inline constexpr const char* madeNames[] = {"CA", "N", "O1", "H/1", "CU", "CB'", "C\xE9"};
 
-/// The slots of the window that others call when they are told of a change.
+/// The slots of the window that others call when they are told of a change; what one asks is
+/// answered as the step says.
 inline constexpr const char* calledSlots[] = {
-    "SelectedUnColor()",   "SelectedColorTemp()", "SelectedShow()",   "SelectedHide()",
-    "SelectedClear()",     "SelectedToggle()",    "SelectGroups()",   "SelectGroupsG()",
-    "SelectedNextModel()", "SelectGridBounds()",  "UnselectedHide()", "KillAtoms()",
-    "KillResidues()",      "KillBonds()",         "KillClump()",      "KillAll()",
-    "MakeCartesian()",     "SelectionChanged()"};
+    "SelectedColor()",  "SelectedColor()", "SelectedUnColor()",   "SelectedColorTemp()",
+    "SelectedShow()",   "SelectedHide()",  "SelectedClear()",     "SelectedToggle()",
+    "SelectGroups()",   "SelectGroupsG()", "SelectedNextModel()", "SelectGridBounds()",
+    "UnselectedHide()", "KillAtoms()",     "KillResidues()",      "KillBonds()",
+    "KillClump()",      "KillAll()",       "MakeCartesian()",     "SelectionChanged()"};
 
 /// What others give an atom that they make or change.
 struct AtomValues {
