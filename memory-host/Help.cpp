@@ -1,4 +1,5 @@
 #include "HelpViewer.h"
+#include "Legible.h"
 #include "Logger.h"
 #include "Services.h"
 #include "Text.h"
@@ -10,15 +11,21 @@
 #include <QFileInfo>
 #include <QMainWindow>
 #include <QPointer>
+#include <QScopedValueRollback>
+#include <QScreen>
 #include <QScrollBar>
+#include <QSignalBlocker>
+#include <QStyle>
 #include <QTextBlock>
 #include <QTextBrowser>
 #include <QTextCursor>
 #include <QToolBar>
 
+#include <algorithm>
 #include <cctype>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -78,6 +85,7 @@ public:
     explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) {
         setOpenExternalLinks(true);
         document()->setDocumentMargin(12);
+        makeLegible();
     }
 
     /// Shows `page`, read anew.
@@ -97,10 +105,19 @@ protected:
         QUrl page = source().resolved(url);
         page.setPath(pageFile(page.path()));
         QTextBrowser::doSetSource(page, QTextDocument::MarkdownResource);
-        if (std::exchange(m_isNew, false))
+        if (std::exchange(m_isNew, false)) {
             freeBars();
+            colourLinks();
+        }
         if (page.hasFragment())
             scrollToHeading(page.fragment(QUrl::FullyDecoded));
+    }
+
+    void changeEvent(QEvent* event) override {
+        QTextBrowser::changeEvent(event);
+        const QEvent::Type type = event->type();
+        if (type == QEvent::PaletteChange || type == QEvent::ApplicationPaletteChange)
+            makeLegible();
     }
 
     QVariant loadResource(int type, const QUrl& name) override {
@@ -122,6 +139,48 @@ protected:
     }
 
 private:
+    /// Text, links and what is marked in them can be read, whatever the palette.
+    void makeLegible() {
+        if (m_isAdapting)
+            return;
+        const QScopedValueRollback adapting(m_isAdapting, true);
+        const QPalette given = QApplication::palette(this);
+        QPalette own; // of these colours alone: the others follow the program's
+        const auto adapt = [&given, &own](QPalette::ColorGroup group, QPalette::ColorRole text,
+                                          QPalette::ColorRole behind) {
+            own.setColor(group, text,
+                         legible::text(given.color(group, text), given.color(group, behind)));
+        };
+        for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+            for (const auto role : {QPalette::Text, QPalette::Link, QPalette::LinkVisited})
+                adapt(group, role, QPalette::Base);
+            adapt(group, QPalette::HighlightedText, QPalette::Highlight);
+        }
+        setPalette(own);
+        colourLinks();
+    }
+
+    /// Markdown is given the link colour of the program's palette, and keeps it. Links are
+    /// underlined, too: not everybody sees their colour.
+    void colourLinks() {
+        // For the browser, a document that has changed is one to be loaded again.
+        const QSignalBlocker unchanged(document());
+        std::vector<std::pair<int, int>> links;
+        for (QTextBlock block = document()->begin(); block.isValid(); block = block.next())
+            for (auto part = block.begin(); !part.atEnd(); ++part)
+                if (const QTextFragment text = part.fragment(); text.charFormat().isAnchor())
+                    links.emplace_back(text.position(), text.position() + text.length());
+        QTextCharFormat colour;
+        colour.setForeground(palette().color(QPalette::Active, QPalette::Link));
+        colour.setFontUnderline(true);
+        QTextCursor cursor(document());
+        for (const auto& [begin, end] : links) {
+            cursor.setPosition(begin);
+            cursor.setPosition(end, QTextCursor::KeepAnchor);
+            cursor.mergeCharFormat(colour);
+        }
+    }
+
     /// A bar within a cell of a table has a backslash before it. Qt takes that away in text, but
     /// leaves it in code, where a reader would take it for a part of what to type.
     void freeBars() {
@@ -153,6 +212,7 @@ private:
     }
 
     bool m_isNew = false; ///< a page was read whose bars are not free yet
+    bool m_isAdapting = false;
 };
 
 class HelpWindow : public QMainWindow {
@@ -162,7 +222,6 @@ public:
         setCentralWidget(m_browser);
         // Help alone does not keep the program running.
         setAttribute(Qt::WA_QuitOnClose, false);
-        resize(720, 640);
 
         m_bar = addToolBar(QStringLiteral("Navigation"));
         m_bar->setMovable(false);
@@ -187,6 +246,7 @@ public:
     }
 
     void showPage(const QString& page) {
+        fitIntoScreen();
         // First the window, so that the page is laid out for its width when it scrolls to a place.
         show();
         if (isMinimized())
@@ -197,6 +257,23 @@ public:
     }
 
 private:
+    /// The screen may be small, or have become so.
+    void fitIntoScreen() {
+        const QRect room = screen()->availableGeometry();
+        const bool isPlaced = isVisible() && !isMinimized();
+        // What stands around a window is not known before it is shown.
+        const int border = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+        const int title = style()->pixelMetric(QStyle::PM_TitleBarHeight);
+        const QSize around =
+            isPlaced ? frameGeometry().size() - size() : QSize(2 * border, 2 * border + title);
+        resize((isPlaced ? size() : QSize(720, 640)).boundedTo(room.size() - around));
+        if (!isPlaced)
+            return;
+        const QRect frame = frameGeometry();
+        move(std::max(room.left(), std::min(frame.left(), room.right() + 1 - frame.width())),
+             std::max(room.top(), std::min(frame.top(), room.bottom() + 1 - frame.height())));
+    }
+
     QAction* addAction(const QString& text, QKeySequence::StandardKey keys) {
         QAction* const action = m_bar->addAction(text);
         action->setShortcuts(keys);

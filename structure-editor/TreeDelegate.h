@@ -4,11 +4,17 @@
 #include <QStyledItemDelegate>
 
 /// Highlights a selected row in its first column alone, so that the colour of the item stays seen
-/// behind the second.
+/// behind the second. All text can be read, whatever the palette and the item's colour. A text
+/// that is too long for its cell has a tool tip.
 class TreeDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override;
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;

@@ -1,4 +1,5 @@
 #include "HelpViewer.h"
+#include "Legible.h"
 #include "Services.h"
 #include "TestSupport.h"
 
@@ -6,6 +7,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QProcess>
+#include <QScreen>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTextBlock>
@@ -276,6 +279,106 @@ private slots:
         clickOn("leak");
         QVERIFY(shownText().contains("outside of the help folder"));
         QCOMPARE(takeHostLog().size(), 4);
+    }
+
+    // On a screen of any size; see below.
+    void theWindowFitsIntoTheScreen() {
+        writeLongPage("long.md");
+        for (int i = 0; i != 2; ++i) {
+            HelpViewer::Show("long");
+            QTest::qWait(20);
+            const QRect room = viewer()->screen()->availableGeometry();
+            const QRect frame = viewer()->frameGeometry();
+            QVERIFY2(room.contains(frame), qPrintable(QStringLiteral("%1 x %2 at %3, %4 on %5 x %6")
+                                                          .arg(frame.width())
+                                                          .arg(frame.height())
+                                                          .arg(frame.x())
+                                                          .arg(frame.y())
+                                                          .arg(room.width())
+                                                          .arg(room.height())));
+            QVERIFY(browser()->viewport()->width() > 100);
+            if (room.width() > 760 && room.height() > 720)
+                QCOMPARE(viewer()->size(), QSize(720, 640));
+            // Where a user, or a larger screen that is gone, has left it.
+            viewer()->move(room.bottomRight() - QPoint(50, 50));
+        }
+    }
+
+    void theWindowFitsIntoASmallScreen_data() {
+        QTest::addColumn<QString>("screen");
+        QTest::newRow("640 x 480") << R"("width": 640, "height": 480, "dpr": 1)";
+        QTest::newRow("320 x 240") << R"("width": 320, "height": 240, "dpr": 1)";
+        QTest::newRow("scaled") << R"("width": 640, "height": 400, "dpr": 2)";
+    }
+    void theWindowFitsIntoASmallScreen() {
+        QFETCH(QString, screen);
+        QFile file(m_folder->filePath("screen.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QString(R"({"screens": [{"name": "small", "x": 0, "y": 0, )"
+                           R"("logicalDpi": 96, "logicalBaseDpi": 96, %1}]})")
+                       .arg(screen)
+                       .toUtf8());
+        file.close();
+        QProcess self;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_QPA_PLATFORM", "offscreen:configfile=" + file.fileName());
+        self.setProcessEnvironment(environment);
+        self.setProcessChannelMode(QProcess::MergedChannels);
+        self.start(QCoreApplication::applicationFilePath(),
+                   {"HelpViewerTest", "theWindowFitsIntoTheScreen"});
+        QVERIFY(self.waitForFinished());
+        const QByteArray said = self.readAll();
+        QVERIFY2(self.exitStatus() == QProcess::NormalExit && self.exitCode() == 0, said);
+    }
+
+    void textAndLinksCanBeReadInEveryPalette() {
+        const QPalette before = QApplication::palette();
+        write("a.md", "# A\n\nSome text and [a link](b.md), [another](#a).\n");
+        HelpViewer::Show("a");
+        QVERIFY(QTest::qWaitForWindowActive(viewer()));
+        for (const QColor& base : {QColor(Qt::white), QColor(35, 35, 35), QColor(Qt::black),
+                                   QColor(128, 128, 128), QColor(0, 0, 120), QColor(Qt::white)}) {
+            QPalette palette(base);
+            palette.setColor(QPalette::Base, base);
+            palette.setColor(QPalette::Highlight, QColor(90, 90, 200));
+            QApplication::setPalette(palette); // at run time
+            QTRY_COMPARE(browser()->palette().color(QPalette::Base), base);
+            int links = 0;
+            for (const char* text : {"a link", "another", "Some"}) {
+                const QTextCursor found = browser()->document()->find(text);
+                const QTextCharFormat format = found.charFormat();
+                links += format.isAnchor() ? 1 : 0;
+                const QColor color = format.isAnchor() ? format.foreground().color()
+                                                       : browser()->palette().color(QPalette::Text);
+                QVERIFY2(legible::contrast(color, base) >= 4.5,
+                         qPrintable(text + QString(": ") + color.name() + " on " + base.name()));
+                QVERIFY(!format.isAnchor() || format.fontUnderline());
+            }
+            QCOMPARE(links, 2);
+            for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+                const QPalette shown = browser()->palette();
+                QVERIFY(legible::contrast(shown.color(group, QPalette::HighlightedText),
+                                          shown.color(group, QPalette::Highlight)) >= 4.5);
+                QVERIFY(legible::contrast(shown.color(group, QPalette::Text),
+                                          shown.color(group, QPalette::Base)) >= 4.5);
+            }
+            // The link's colour is on screen.
+            const QRgb link =
+                browser()->document()->find("a link").charFormat().foreground().color().rgb();
+            const QImage image =
+                browser()->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+            int pixels = 0;
+            for (int y = 0; y != image.height(); ++y)
+                for (int x = 0; x != image.width(); ++x)
+                    pixels += image.pixel(x, y) == link ? 1 : 0;
+            QVERIFY(pixels > 20);
+            // A page that is read now is as legible.
+            HelpViewer::Show("a");
+            QVERIFY(legible::contrast(
+                        browser()->document()->find("a link").charFormat().foreground().color(),
+                        base) >= 4.5);
+        }
+        QApplication::setPalette(before);
     }
 
     void escapeClosesTheViewer() {

@@ -1,4 +1,5 @@
 // How the tree looks: how wide its columns are, and what is painted.
+#include "Legible.h"
 #include "TreeTools.h"
 
 #include <QImage>
@@ -43,6 +44,7 @@ private slots:
         Compound* molecule = makeMolecule(300, 0);
         DataMaker::makeCore(molecule, "a residue with an uncommonly long name", "Residue");
         ShownTree tree;
+        tree.resize(700, 500);
         tree.populate(molecule);
         QVERIFY(!tree.grab().isNull());
         const int before = tree.columnWidth(0);
@@ -110,9 +112,11 @@ private slots:
         tree.setCurrentItem(row);
         const QImage image = picture(tree);
         const QColor normal = tree.palette().color(QPalette::Text);
-        for (const QColor& color :
+        const QColor base = tree.palette().color(QPalette::Base);
+        for (const QColor& stated :
              {QColor(Qt::darkMagenta), QColor(Qt::magenta), QColor(Qt::darkGreen),
               QColor(Qt::darkBlue), QColor(Qt::red), normal, normal}) {
+            const QColor color = legible::text(stated, base);
             QVERIFY2(countOf(image, cellRect(tree, row, 0), color) > 50,
                      qPrintable(color.name() + " at depth " + QString::number(row->depth())));
             QVERIFY(countOf(image, cellRect(tree, row, 2), normal) > 20);

@@ -1,0 +1,71 @@
+#include "CellText.h"
+
+#include "Legible.h"
+
+#include <QPainter>
+#include <QStyleOptionViewItem>
+#include <QTextDocument>
+
+namespace {
+
+QPalette::ColorGroup groupOf(const QStyleOptionViewItem& option) {
+    if (!option.state.testFlag(QStyle::State_Enabled))
+        return QPalette::Disabled;
+    return option.state.testFlag(QStyle::State_Active) ? QPalette::Active : QPalette::Inactive;
+}
+
+QPalette::ColorRole textRoleOf(const QStyleOptionViewItem& option) {
+    return option.state.testFlag(QStyle::State_Selected) ? QPalette::HighlightedText
+                                                         : QPalette::Text;
+}
+
+QColor behindText(const QStyleOptionViewItem& option) {
+    if (option.state.testFlag(QStyle::State_Selected))
+        return option.palette.color(groupOf(option), QPalette::Highlight);
+    const bool alternate = option.features.testFlag(QStyleOptionViewItem::Alternate);
+    return option.palette.color(groupOf(option),
+                                alternate ? QPalette::AlternateBase : QPalette::Base);
+}
+
+} // namespace
+
+void makeLegible(QStyleOptionViewItem& option) {
+    const QColor wanted = textColorOf(option);
+    QColor color;
+    if (option.state.testFlag(QStyle::State_Selected)) {
+        // A highlight is loud: so is the text on it.
+        const QColor highlight = behindText(option);
+        const bool isReadable = legible::contrast(wanted, highlight) >= legible::least;
+        color = isReadable ? wanted : legible::blackOrWhite(highlight);
+    } else if (option.backgroundBrush.style() != Qt::NoBrush) {
+        // A cell in a colour of its own goes with no palette.
+        color = legible::blackOrWhite(option.backgroundBrush.color());
+    } else {
+        color = legible::text(wanted, behindText(option));
+    }
+    option.palette.setColor(groupOf(option), textRoleOf(option), color);
+}
+
+QColor textColorOf(const QStyleOptionViewItem& option) {
+    return option.palette.color(groupOf(option), textRoleOf(option));
+}
+
+bool takeFocus(QStyleOptionViewItem& option) {
+    const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
+    option.state.setFlag(QStyle::State_HasFocus, false);
+    return hasFocus;
+}
+
+void drawFocus(QPainter* painter, const QStyleOptionViewItem& option) {
+    const QColor color = legible::text(option.palette.color(groupOf(option), QPalette::WindowText),
+                                       behindText(option));
+    painter->save();
+    painter->setBrush(Qt::NoBrush);
+    painter->setPen(QPen(color, 1, Qt::DotLine));
+    painter->drawRect(option.rect.adjusted(0, 0, -1, -1));
+    painter->restore();
+}
+
+QString plainToolTip(const QString& text) {
+    return Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
+}
