@@ -1,37 +1,71 @@
 #include "ListBox.h"
 
+#include "ListEntry.h"
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
 
 #include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace {
 
 constexpr int narrowest = 40;
 constexpr int widest = 200;
-// An empty list is as wide as an entry of this many characters: names that come later can be read.
+// An empty list is as wide as a name of this many characters: names that come later can be read.
 constexpr int usualLength = 12;
 // Entries that the size hint looks at: more of them would tell little, and take long.
 constexpr int sampled = 1000;
 
 } // namespace
 
-ListBox::ListBox(QWidget* parent) : QListWidget(parent) {
+ListBox::ListBox(QWidget* parent) : QListWidget(parent), m_delegate(new ListDelegate(this)) {
+    setItemDelegate(m_delegate);
+    // Names are elided rather than scrolled to.
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
     // The list must not jump back to the shown entry each time that another one is pressed.
     setAutoScroll(false);
 }
 
+int ListBox::widthAroundEntries() const {
+    return 2 * frameWidth() + verticalScrollBar()->sizeHint().width();
+}
+
+int ListBox::widthFor(int letters) const {
+    const QString marks(ListEntry::markers, u' ');
+    const int width = widthAroundEntries() + ListDelegate::widthOf(marks, fontMetrics(), this) +
+                      letters * fontMetrics().averageCharWidth();
+    return std::clamp(width, narrowest, widest);
+}
+
 QSize ListBox::sizeHint() const {
-    const int around = 2 * frameWidth() + verticalScrollBar()->sizeHint().width() +
-                       2 * style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 2;
-    int width = around + usualLength * fontMetrics().averageCharWidth();
+    const int around = widthAroundEntries();
+    int width = widthFor(usualLength);
     const int last = std::min(count(), sampled);
     for (int i = 0; i < last && width < widest; ++i)
-        width = std::max(width, around + fontMetrics().horizontalAdvance(item(i)->text()));
+        width =
+            std::max(width, around + ListDelegate::widthOf(item(i)->text(), fontMetrics(), this));
     return {std::clamp(width, narrowest, widest), QListWidget::sizeHint().height()};
+}
+
+void ListBox::setToolTips(ListDelegate::ToolTips toolTips) {
+    m_delegate->setToolTips(std::move(toolTips));
+}
+
+void ListBox::setEntries(const QStringList& texts) {
+    // All are made before the old ones go: memory may run out.
+    std::vector<std::unique_ptr<ListEntry>> entries;
+    entries.reserve(static_cast<std::size_t>(texts.size()));
+    for (const QString& text : texts)
+        entries.push_back(std::make_unique<ListEntry>(text));
+    clear();
+    for (std::unique_ptr<ListEntry>& entry : entries)
+        addItem(entry.release());
 }
 
 void ListBox::changeItem(const QString& text, int index) {

@@ -2,11 +2,13 @@
 // what the press means to whoever listens.
 #pragma once
 
+#include "ListDelegate.h"
+
 #include <QListWidget>
 
-/// A list of one-line entries, of which at most one is highlighted. A press of any button makes the
-/// entry current and highlighted, and is then reported; the rest of a mouse gesture is swallowed.
-/// The keys move the highlight as in any list, and report nothing.
+/// A list of one-line entries, as ListEntry describes them, of which at most one is highlighted. A
+/// press of any button makes the entry current and highlighted, and is then reported; the rest of a
+/// mouse gesture is swallowed. The keys move the highlight as in any list, and report nothing.
 class ListBox : public QListWidget {
     Q_OBJECT
 public:
@@ -14,6 +16,13 @@ public:
 
     /// Wide enough for the entries, between 40 and 200 pixels.
     QSize sizeHint() const override;
+    /// The width in pixels in which names of so many letters can be read; within the same bounds.
+    int widthFor(int letters) const;
+    /// Asked for the tool tip of an entry each time that one is to be seen.
+    void setToolTips(ListDelegate::ToolTips toolTips);
+
+    /// Replaces all entries; none is highlighted then.
+    void setEntries(const QStringList& texts);
 
     /// Gives entry `index` a new text; its highlight stays. Outside of the list nothing happens.
     void changeItem(const QString& text, int index);
@@ -32,4 +41,9 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    int widthAroundEntries() const;
+
+    ListDelegate* m_delegate;
 };

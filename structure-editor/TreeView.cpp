@@ -26,6 +26,7 @@ TreeView::TreeView(QWidget* parent, const char* name)
     setAutoScroll(false);
     setUniformRowHeights(true);
     setAnimated(false);
+    setTextElideMode(Qt::ElideMiddle);
     setRootIsDecorated(false);
     setIndentation(20);
     setVerticalScrollMode(ScrollPerPixel);

@@ -57,6 +57,9 @@ public:
     bool isInStep() const;
     /// Width that a column keeps free left of its content, in pixels.
     int itemMargin() const { return 1; }
+    /// The width in pixels in which all columns are in sight, and short names at the depth of an
+    /// atom.
+    int usualWidth() const;
 
     TreeModel* rows() const { return m_rows; }
 
@@ -111,6 +114,8 @@ private:
     QRect rectOf(const TreeItem* row) const { return visualRect(m_rows->indexOf(row)); }
     void scrollToRow(const TreeItem* row);
     void fitColumns();
+    int automaticWidth(int column) const;
+    int automaticWidthBesideNames() const;
 
     TreeModel* m_rows;
     TreeSelection m_selection;
@@ -122,6 +127,7 @@ private:
     int m_sortColumn = TreeModel::Object;
     bool m_fitting = false;
     std::array<bool, TreeModel::Columns> m_fixedWidth{}; ///< the user has set it
+    std::array<int, TreeModel::Columns> m_wantedWidth{}; ///< for all that came on screen
     std::unordered_map<QString, int> m_widths; ///< of texts, in the font and style that follow
     QFont m_measuredFont;
     const QStyle* m_measuredStyle = nullptr;

@@ -38,25 +38,47 @@ void TreeView::updateGeometries() {
     fitColumns();
 }
 
-// Columns grow with what comes on screen, and never shrink; a width that the user chose stays. What
-// is off screen is not looked at: there may be millions of rows.
+// What a column is wide unless the user decides. All but the names are short.
+int TreeView::automaticWidth(int column) const {
+    return std::max(header()->sectionSizeHint(column),
+                    m_wantedWidth[static_cast<std::size_t>(column)]);
+}
+
+int TreeView::automaticWidthBesideNames() const {
+    return automaticWidth(TreeModel::Show) + automaticWidth(TreeModel::Select) +
+           automaticWidth(TreeModel::Partial);
+}
+
+int TreeView::usualWidth() const {
+    // Below the entry: chain, groups, residue, group, atom.
+    constexpr int levels = 5;
+    const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
+    const int name = fontMetrics().horizontalAdvance(QStringLiteral("HD11")) + 2 * margin;
+    return 2 * frameWidth() + verticalScrollBar()->sizeHint().width() +
+           automaticWidthBesideNames() + itemMargin() + levels * indentation() + name;
+}
+
+// Columns grow with what comes on screen, and never shrink; but names get no more than the other
+// columns leave, as they are elided rather than push those out of sight. A width that the user
+// chose stays. What is off screen is not looked at: there may be millions of rows.
 void TreeView::fitColumns() {
     if (m_fitting)
         return;
     const QScopedValueRollback fitting(m_fitting, true);
-    std::array<int, TreeModel::Columns> wanted{};
     // Measuring takes long, and most cells say what they or others said before. No QHash, which
     // ends the program when there is no memory for it.
     constexpr std::size_t manyTexts = 10'000;
     if (m_measuredFont != font() || m_measuredStyle != style() || m_widths.size() > manyTexts)
         m_widths.clear();
+    if (m_measuredFont != font() || m_measuredStyle != style())
+        m_wantedWidth = {};
     m_measuredFont = font();
     m_measuredStyle = style();
     const TreeItem* row = itemAt({0, 0});
     const int height = row ? rectOf(row).height() : 0;
     for (int y = 0; row && height > 0 && y < viewport()->height() + height; y += height) {
         for (int column = 0; column != TreeModel::Columns; ++column) {
-            int& width = wanted[static_cast<std::size_t>(column)];
+            int& width = m_wantedWidth[static_cast<std::size_t>(column)];
             const int before = column == TreeModel::Object ? indentation() * level(row) : 0;
             const QString text = row->text(column);
             auto measured = m_widths.find(text);
@@ -68,10 +90,14 @@ void TreeView::fitColumns() {
         }
         row = row->itemBelow();
     }
-    for (int column = 0; column != TreeModel::Columns; ++column)
-        if (const int width = wanted[static_cast<std::size_t>(column)];
-            !m_fixedWidth[static_cast<std::size_t>(column)] && width > columnWidth(column))
+    const int room = viewport()->width() - automaticWidthBesideNames();
+    for (int column = 0; column != TreeModel::Columns; ++column) {
+        int width = automaticWidth(column);
+        if (column == TreeModel::Object)
+            width = std::min(width, std::max(room, header()->minimumSectionSize()));
+        if (!m_fixedWidth[static_cast<std::size_t>(column)] && width != columnWidth(column))
             setColumnWidth(column, width);
+    }
 }
 
 // Scrolls up or down, and no further than it takes to see all of `row`.

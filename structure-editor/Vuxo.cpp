@@ -6,9 +6,9 @@
 #include "Logger.h"
 #include "TreeItem.h"
 #include "TreeView.h"
+#include "WindowPanes.h"
 
 #include <QFrame>
-#include <QSplitter>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
@@ -49,19 +49,22 @@ Vuxo::Vuxo()
     : BaseWindow(tr("Structure Editor"), QSize(400, 600), helpSetting(), false, nullptr, nullptr),
       m_Tree(nullptr), m_List(nullptr), m_Current(-1), m_SelectBox(nullptr), m_ChainEdit(nullptr),
       m_ResidueEdit(nullptr), m_AtomEdit(nullptr), m_CurrentOnly(nullptr) {
-    auto* splitter = new QSplitter(this);
+    auto* splitter = new WindowPanes(this);
     checkPtr(splitter, source, __LINE__);
     setCentralWidget(splitter);
 
     m_List = new ListBox(splitter);
     checkPtr(m_List, source, __LINE__);
     m_List->setMinimumWidth(40);
+    m_List->setAccessibleName(tr("Entries"));
+    m_List->setToolTips(&Vuxo::entryToolTip);
     MakeList();
     connect(m_List, SIGNAL(mouseButtonPressed(int, QListWidgetItem*, const QPoint&)),
             SLOT(ListEvent(int, QListWidgetItem*, const QPoint&)));
 
     m_Tree = new TreeView(splitter);
     checkPtr(m_Tree, source, __LINE__);
+    m_Tree->setAccessibleName(tr("Structure tree"));
     connect(m_Tree, SIGNAL(selectionChanged()), SLOT(SelectionChanged()));
     connect(m_Tree, SIGNAL(killBranch(TreeItem*)), SLOT(KillBranch(TreeItem*)));
 
@@ -69,6 +72,9 @@ Vuxo::Vuxo()
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setChildrenCollapsible(false);
+    // As long as "1d3z-2.10".
+    constexpr int usualName = 9;
+    splitter->preferSecond(m_List->widthFor(usualName), m_Tree->usualWidth());
 
     CreateMenubar();
     statusBar();

@@ -142,6 +142,8 @@ private:
     /// Top-level item `index`; null when there is none.
     static TAVIK::Compound* topLevelItem(int index);
     static int topLevelCount();
+    /// What the tool tip of entry `index`, which says `text`, tells: name and file.
+    static QString entryToolTip(int index, const QString& text);
     /// Makes the rows of `item` in the empty tree.
     void showItem(TAVIK::Compound* item);
     /// Brings the list up to date after items were destroyed in `shown`, and others with them;

@@ -3,8 +3,10 @@
 
 #include "Checks.h"
 #include "DataMaker.h"
+#include "ItemOrigin.h"
 #include "ItemRef.h"
 #include "ListBox.h"
+#include "ListEntry.h"
 #include "Space.h"
 #include "TreeView.h"
 #include "VuxoDialogs.h"
@@ -13,19 +15,8 @@
 
 namespace {
 
-// Characters before the name in an entry: whether the item is hidden, and what of it is selected.
-constexpr qsizetype markers = 3;
-
-QString entryText(const TAVIK::Compound* item) {
-    if (!item)
-        return {};
-    const char* const shown = item->IsVisible() ? " " : "O";
-    const char* const selected = item->IsSelected() ? "X " : item->HasSelected() ? "/ " : "_ ";
-    return QLatin1String(shown) + QLatin1String(selected) + QString::fromLatin1(item->GetName());
-}
-
 std::string entryName(const QListWidgetItem* entry) {
-    return entry->text().mid(markers).toLatin1().toStdString();
+    return ListEntry::nameIn(entry->text()).toLatin1().toStdString();
 }
 
 } // namespace
@@ -40,6 +31,16 @@ TAVIK::Compound* Vuxo::topLevelItem(int index) {
                                                  : nullptr;
 }
 
+QString Vuxo::entryToolTip(int index, const QString& text) {
+    const QString name = ListEntry::nameIn(text);
+    const TAVIK::Compound* const item = topLevelItem(index);
+    // Before the window has heard of a change, the item there may be another one.
+    if (!item || QString::fromLatin1(item->GetName()) != name)
+        return name;
+    const QString file = TAVIK::OriginOf(item);
+    return file.isEmpty() ? name : name + u'\n' + file;
+}
+
 void Vuxo::MakeList() {
     m_hasStaleEntries = false;
     const int items = topLevelCount();
@@ -50,9 +51,8 @@ void Vuxo::MakeList() {
     QStringList texts;
     texts.reserve(items);
     for (int i = 0; i < items; ++i)
-        texts << entryText(topLevelItem(i));
-    m_List->clear();
-    m_List->addItems(texts);
+        texts << ListEntry::textOf(topLevelItem(i));
+    m_List->setEntries(texts);
     if (m_Current > -1)
         m_List->setSelected(m_Current, true);
 }
@@ -61,7 +61,7 @@ void Vuxo::UpdateList() {
     const int items = topLevelCount();
     checkThat(m_List->count() == items, "m_List->count() == items", source, 400);
     for (int i = 0; i < items; ++i)
-        m_List->changeItem(entryText(topLevelItem(i)), i);
+        m_List->changeItem(ListEntry::textOf(topLevelItem(i)), i);
     if (m_Current > -1)
         m_List->setSelected(m_Current, true);
 }

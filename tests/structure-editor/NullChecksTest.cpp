@@ -57,7 +57,7 @@ private slots:
                     (isChecked ? checked : unchecked) << name;
         }
         QCOMPARE(unchecked.join(u' '), QString());
-        for (const char* name : {"QSplitter", "ListBox", "TreeView", "QFrame", "QMenu",
+        for (const char* name : {"WindowPanes", "ListBox", "TreeView", "QFrame", "QMenu",
                                  "QInputDialog", "QColorDialog", "QMessageBox"})
             QVERIFY2(checked.contains(QLatin1String(name)), name);
     }
