@@ -65,6 +65,8 @@ public:
 
     /// What the cell says, read from the host at each call; empty for columns that are not there.
     QString text(int column) const;
+    /// The row in words, for who does not see it: "MET 1, shown, partly selected".
+    QString spoken() const;
     /// The colour of the text in a cell; invalid where it is the view's.
     QColor textColor(int column) const;
     /// The colour behind a cell, opaque; invalid where it is the view's.

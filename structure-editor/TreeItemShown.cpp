@@ -2,6 +2,7 @@
 #include "TreeItem.h"
 
 #include "Kinds.h"
+#include "ListEntry.h"
 #include "TreeModel.h"
 #include "TreeView.h"
 
@@ -32,6 +33,14 @@ QString TreeItem::text(int column) const {
     default:
         return {};
     }
+}
+
+QString TreeItem::spoken() const {
+    if (!m_Compound)
+        return {};
+    return text(TreeModel::Object) + QStringLiteral(", ") +
+           spokenState(m_Compound->IsVisible(), m_Compound->IsSelected(),
+                       m_Compound->HasSelected());
 }
 
 QColor TreeItem::textColor(int column) const {

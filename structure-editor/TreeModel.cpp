@@ -146,6 +146,8 @@ QVariant TreeModel::data(const QModelIndex& index, int role) const {
     switch (role) {
     case Qt::DisplayRole:
         return row->text(index.column());
+    case Qt::AccessibleTextRole:
+        return index.column() == Object ? QVariant(row->spoken()) : QVariant();
     case Qt::ForegroundRole:
         return colorOrNothing(row->textColor(index.column()));
     case Qt::BackgroundRole:

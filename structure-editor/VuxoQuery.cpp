@@ -18,8 +18,10 @@
 void Vuxo::populateBoxes(QWidget* panel) {
     QLayout* column = panel->layout();
     const auto addField = [&](const QString& label) {
-        column->addWidget(m_Factory->CreateQLabel(panel, label));
+        QLabel* name = m_Factory->CreateQLabel(panel, label);
+        column->addWidget(name);
         QLineEdit* field = m_Factory->CreateQLineEdit(panel);
+        name->setBuddy(field);
         // No pattern is shortened behind its user's back, as a long one would be that is pasted.
         field->setMaxLength(std::numeric_limits<int>::max());
         field->setText(QStringLiteral(".*"));
@@ -27,7 +29,10 @@ void Vuxo::populateBoxes(QWidget* panel) {
         return field;
     };
     const auto addButton = [&](const QString& label, const QObject* receiver, const char* slot) {
-        column->addWidget(m_Factory->CreateQPushButton(panel, label, receiver, slot));
+        QPushButton* button = m_Factory->CreateQPushButton(panel, label, receiver, slot);
+        // Read aloud without the blanks that align the brackets, and with the ampersand.
+        button->setAccessibleName(label.simplified());
+        column->addWidget(button);
     };
     m_ChainEdit = addField(tr("Chain"));
     m_ResidueEdit = addField(tr("Residue"));
