@@ -1,8 +1,9 @@
 #include "ProgressWindow.h"
 
+#include "ElidedLine.h"
+
 #include <QCoreApplication>
 #include <QDialogButtonBox>
-#include <QLabel>
 #include <QProgressBar>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -18,7 +19,7 @@ constexpr int barSteps = 1000;
 } // namespace
 
 ProgressWindow::ProgressWindow()
-    : m_title(new QLabel(this)), m_bar(new QProgressBar(this)), m_stage(new QLabel(this)) {
+    : m_title(new ElidedLine(this)), m_bar(new QProgressBar(this)), m_stage(new ElidedLine(this)) {
     setWindowTitle(tr("Opening files"));
     setModal(true);
     setMinimumWidth(360);
@@ -38,11 +39,11 @@ ProgressWindow::ProgressWindow()
 ProgressWindow::~ProgressWindow() = default;
 
 void ProgressWindow::setTitleLine(const QString& text) {
-    m_title->setText(text);
+    m_title->setLine(text);
 }
 
 void ProgressWindow::setStage(const QString& text, double fraction) {
-    m_stage->setText(text);
+    m_stage->setLine(text);
     m_bar->setRange(0, fraction < 0 ? 0 : barSteps);
     if (fraction >= 0)
         m_bar->setValue(static_cast<int>(std::min(fraction, 1.0) * barSteps));

@@ -4,10 +4,11 @@
 #include <QDialog>
 #include <QElapsedTimer>
 
-class QLabel;
 class QProgressBar;
 
 namespace workbench {
+
+class ElidedLine;
 
 class ProgressWindow : public QDialog {
     Q_OBJECT
@@ -15,7 +16,7 @@ public:
     ProgressWindow();
     ~ProgressWindow() override;
 
-    /// The line above the bar.
+    /// The line above the bar. Both lines are plain text, and never widen the window.
     void setTitleLine(const QString& text);
     /// The line below the bar, and how far the work is (0 to 1; negative: not known). Repaints and
     /// takes a press of "Cancel", though not more often than a user would see.
@@ -28,9 +29,9 @@ public slots:
     void reject() override;
 
 private:
-    QLabel* m_title;
+    ElidedLine* m_title;
     QProgressBar* m_bar;
-    QLabel* m_stage;
+    ElidedLine* m_stage;
     QElapsedTimer m_sinceRepaint;
     bool m_cancelled = false;
 };

@@ -1,0 +1,91 @@
+// The window that says which file is being opened: names are plain text, and fit into it.
+#include "ProgressWindow.h"
+#include "ElidedLine.h"
+#include "TestSupport.h"
+
+#include <QImage>
+#include <QTextDocument>
+
+using workbench::ElidedLine;
+using workbench::ProgressWindow;
+
+class ProgressWindowTest : public test_support::TestCase {
+    Q_OBJECT
+
+    static QList<ElidedLine*> linesOf(const ProgressWindow& window) {
+        return window.findChildren<ElidedLine*>();
+    }
+    static QString toolTipOf(const ElidedLine* line) {
+        QTextDocument shown;
+        shown.setHtml(line->toolTip());
+        return shown.toPlainText();
+    }
+
+private slots:
+    void aNameIsPlainText() {
+        ProgressWindow window;
+        window.show();
+        const QString name = "Opening <b>bold</b> &amp; <br> &x.pdb";
+        window.setTitleLine(name);
+        window.setStage("reading <i>it</i>", -1);
+        QCOMPARE(linesOf(window).at(0)->text(), name);
+        QCOMPARE(linesOf(window).at(1)->text(), "reading <i>it</i>");
+        for (const ElidedLine* line : linesOf(window))
+            QCOMPARE(line->textFormat(), Qt::PlainText);
+    }
+
+    void aLongNameLeavesTheWindowAsItIs() {
+        ProgressWindow window;
+        window.setTitleLine("Opening a.pdb");
+        window.setStage("reading the file", -1);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const QSize before = window.size();
+        const QSize least = window.minimumSizeHint();
+        for (const QString& name :
+             {QString(2000, u'm'), QString("two\nlines\r\nor more.pdb").repeated(50),
+              QString("a b ").repeated(400)}) {
+            window.setTitleLine("Opening " + name + " (1 of 2)");
+            window.setStage(name, 0.5);
+            QTest::qWait(50);
+            QCOMPARE(window.size(), before);
+            QCOMPARE(window.minimumSizeHint(), least);
+            for (const ElidedLine* line : linesOf(window)) {
+                QVERIFY(line->geometry().right() < window.width());
+                QVERIFY(line->fontMetrics().horizontalAdvance(line->text()) <= line->width());
+                QVERIFY(!line->text().contains(u'\n'));
+                QVERIFY(line->text().contains(u'\u2026'));
+            }
+            // Which file it is, and how many there are, stay.
+            QVERIFY(linesOf(window).at(0)->text().startsWith("Opening "));
+            QVERIFY(linesOf(window).at(0)->text().endsWith("(1 of 2)"));
+        }
+    }
+
+    void aWindowThatIsShownLateKeepsItsWidthAsWell() {
+        ProgressWindow brief;
+        brief.setTitleLine("Opening a.pdb");
+        brief.show();
+        ProgressWindow window;
+        window.setTitleLine("Opening " + QString(2000, u'm'));
+        window.show();
+        QCOMPARE(window.width(), brief.width());
+    }
+
+    void aWiderWindowShowsMore() {
+        ProgressWindow window;
+        window.show();
+        const QString name = "Opening " + QString(60, u'm') + ".pdb";
+        window.setTitleLine(name);
+        const ElidedLine* line = linesOf(window).at(0);
+        QVERIFY(line->text() != name);
+        QCOMPARE(toolTipOf(line), name);
+        window.resize(2000, window.height());
+        QTRY_COMPARE(line->text(), name);
+        QCOMPARE(line->toolTip(), QString());
+        QCOMPARE(line->accessibleName(), name);
+    }
+};
+
+REGISTER_TEST(ProgressWindowTest)
+#include "ProgressWindowTest.moc"

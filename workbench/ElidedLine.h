@@ -1,0 +1,29 @@
+// A line of plain text that takes the width it is given.
+#pragma once
+
+#include <QLabel>
+#include <QString>
+
+namespace workbench {
+
+/// Shows its text letter by letter in one line, elided in the middle where it is too long; its tool
+/// tip is the whole then. It never makes its window wider.
+class ElidedLine : public QLabel {
+    Q_OBJECT
+public:
+    explicit ElidedLine(QWidget* parent);
+
+    void setLine(const QString& line);
+    const QString& line() const { return m_line; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void elide();
+
+    QString m_line;
+};
+
+} // namespace workbench
