@@ -3,7 +3,6 @@
 #include "FieldText.h"
 #include "PdbColumns.h"
 #include "ResidueKinds.h"
-#include "Text.h"
 
 #include <algorithm>
 
@@ -136,9 +135,14 @@ bool isText(std::string_view text, bool isNamedSo) {
     std::size_t ofPqr = 0;
     std::size_t ofBoth = 0;
     std::size_t negative = 0;
-    forEachLine(text, [&](std::string_view line, int) {
+    for (std::size_t at = 0; at < text.size() && ofPdb + ofPqr + ofBoth < enoughRows;) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        std::string_view line = text.substr(at, end - at);
+        at = end + 1;
+        if (line.ends_with('\r'))
+            line.remove_suffix(1);
         if (!pdb::isAtomRecord(line))
-            return true;
+            continue;
         Row row;
         const bool fitsPdb = pdb::fitsColumns(line);
         const bool fitsPqr = split(line, row) && areNumbers(row);
@@ -146,8 +150,7 @@ bool isText(std::string_view text, bool isNamedSo) {
         ofPqr += fitsPqr && !fitsPdb;
         ofBoth += fitsPqr && fitsPdb;
         negative += fitsPqr && fitsPdb && row.charge.starts_with('-');
-        return ofPdb + ofPqr + ofBoth < enoughRows;
-    });
+    }
     const bool areBothPqr = isNamedSo && (ofPqr != 0 || negative != 0 || ofBoth < fewRows);
     return ofPqr + (areBothPqr ? ofBoth : 0) > ofPdb + (areBothPqr ? 0 : ofBoth);
 }
