@@ -19,8 +19,8 @@ struct Point {
     std::uint32_t index; ///< among the atoms that were handed over
     std::uint16_t alternative;
     BondKind kind;
-    bool isHeld;
-    bool isLarge;
+    bool isHeld : 1;
+    bool isLarge : 1;
 };
 
 struct Cell {

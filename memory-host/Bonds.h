@@ -25,8 +25,8 @@ struct BondAtom {
     float radius = 0.0F;             ///< covalent radius in Å
     std::uint16_t alternative = 0;   ///< 0: shared by all alternative locations
     BondKind kind = BondKind::Other;
-    bool hasPosition = false;
-    bool isHeld = false; ///< a metal that the file says is held by nitrogen, oxygen or sulfur
+    bool hasPosition : 1 = false;
+    bool isHeld : 1 = false; ///< a metal that the file says is held by nitrogen, oxygen or sulfur
 };
 
 /// Indices of two bonded atoms, the lower one first.
