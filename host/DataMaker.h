@@ -17,7 +17,8 @@ class HOST_EXPORT DataMaker {
 public:
     /// Makes an empty item of the class named by `kind` ("Composite", "Molecule", "Residue",
     /// "Group", "Atom", "Bond", "Surface", "Grid") as the last child of `parent`, and returns it.
-    /// A null parent, a parent that is no composite, or an unknown kind gives null and a warning.
+    /// A null parent, a parent that is no composite, or an unknown kind gives null and a warning;
+    /// so does a residue in a residue or a group in a group, at any depth.
     static Compound* makeCore(Compound* parent, const std::string& name, const std::string& kind);
     /// Makes a line through `points` (in Å) as the last child of `parent`; refuses as makeCore.
     static Compound* makePolyLine(Compound* parent, const std::string& name,

@@ -36,7 +36,8 @@ struct GridRecord {
 /// to it belong to the caller until attach() or DataMaker::Destroy(). No guard is needed meanwhile.
 HOST_EXPORT TAVIK::Compound* makeDetached(const std::string& name, const std::string& kind);
 /// Makes a detached item the last child of `parent`. The caller holds an add guard when `parent`
-/// is in the data space.
+/// is in the data space. What cannot stand there (see DataMaker::makeCore) is refused with a
+/// warning, and stays detached and the caller's.
 HOST_EXPORT void attach(TAVIK::Compound* detached, TAVIK::Compound* parent);
 
 /// Adds an atom as the last child of `parent`, which must be a composite.

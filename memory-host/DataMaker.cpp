@@ -7,6 +7,7 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <unordered_set>
@@ -37,6 +38,37 @@ Holder* holderOf(Compound* parent, const char* what, const std::string& name) {
         return nullptr;
     }
     return &record.asHolder();
+}
+
+bool findKind(const std::string& className, const std::string& name, Kind& kind) {
+    if (kindOfName(className, kind))
+        return true;
+    qWarning("makeCore: there is no kind \"%s\" for \"%s\"", className.c_str(), name.c_str());
+    return false;
+}
+
+// What holds residues or groups is searched down to the first ones only, and a residue's models are
+// those of all its atoms: neither stands in its own kind, at any depth.
+constexpr std::array<Kind, 2> singleKinds = {Kind::Residue, Kind::Group};
+
+void refuseNested(const char* what, Kind kind, const std::string& name, const Holder& parent) {
+    const char* const word = kind == Kind::Residue ? "residue" : "group";
+    qWarning("%s: \"%s\" cannot stand in \"%s\": no %s stands in a %s", what,
+             utf8(name).constData(), utf8(parent.self->GetName()).constData(), word, word);
+}
+
+// Whether an item is of that kind or holds one that is.
+bool isOrHolds(const HostItem& item, Kind kind) {
+    if (item.kind == kind)
+        return true;
+    if (!item.isHolder())
+        return false;
+    const auto& holder = static_cast<const Holder&>(item);
+    if (holder.directLeaves == holder.childCount())
+        return false;
+    return std::any_of(
+        holder.children + holder.begin, holder.children + holder.end,
+        [kind](const Compound* child) { return child && isOrHolds(HostItem::of(child), kind); });
 }
 
 // Owns an item until it is attached, also when something throws in between.
@@ -132,11 +164,7 @@ std::string kindName(Kind kind) {
 
 Compound* makeDetached(const std::string& name, const std::string& className) {
     Kind kind{};
-    if (!kindOfName(className, kind)) {
-        qWarning("makeCore: there is no kind \"%s\" for \"%s\"", className.c_str(), name.c_str());
-        return nullptr;
-    }
-    return newItem(kind, name);
+    return findKind(className, name, kind) ? newItem(kind, name) : nullptr;
 }
 
 void attach(Compound* detached, Compound* parent) {
@@ -151,6 +179,12 @@ void attach(Compound* detached, Compound* parent) {
         qWarning("attach: \"%s\" is not detached from \"%s\"", detached->GetName().c_str(),
                  parent->GetName().c_str());
         return;
+    }
+    for (const Kind kind : singleKinds) {
+        if (nearest(kind, holder) && isOrHolds(record, kind)) {
+            refuseNested("attach", kind, detached->GetName(), *holder);
+            return;
+        }
     }
     struct Shrink {
         static void all(Holder& of) {
@@ -255,10 +289,16 @@ PartialCharge GetPartialCharge(const Atom* atom) {
 
 Compound* DataMaker::makeCore(Compound* parent, const std::string& name, const std::string& kind) {
     Holder* holder = holderOf(parent, "makeCore", name);
-    if (!holder)
+    Kind wanted{};
+    if (!holder || !findKind(kind, name, wanted))
         return nullptr;
-    std::unique_ptr<Compound> item(makeDetached(name, kind));
-    return item ? attachNew(std::move(item), *holder) : nullptr;
+    for (const Kind single : singleKinds) {
+        if (wanted == single && nearest(single, holder)) {
+            refuseNested("makeCore", single, name, *holder);
+            return nullptr;
+        }
+    }
+    return attachNew(std::unique_ptr<Compound>(newItem(wanted, name)), *holder);
 }
 
 Compound* DataMaker::makePolyLine(Compound* parent, const std::string& name,

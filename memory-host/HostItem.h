@@ -223,6 +223,9 @@ void detach(Compound* child);
 void tellBeforeDestroying(Compound* item);
 
 /// The residue around an item, or null.
+/// The first composite of that kind among `holder`, which may be null, and those around it; or
+/// null.
+Holder* nearest(Kind kind, Holder* holder);
 Holder* residueAround(const HostItem& item);
 
 /// Which model of a residue is to be shown: the first one that it has, or the one after or before.

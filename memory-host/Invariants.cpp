@@ -27,6 +27,8 @@ private:
 
     void holder(Holder& record, const Holder* parent) {
         expect(record.parent == parent, record, "has another parent than the one that holds it");
+        if (record.kind == Kind::Residue || record.kind == Kind::Group)
+            expect(!nearest(record.kind, record.parent), record, "stands in one of its own kind");
         Contribution sum;
         std::uint32_t holes = 0;
         std::uint32_t directLeaves = 0;

@@ -5,11 +5,14 @@
 
 namespace memory_host {
 
-Holder* residueAround(const HostItem& item) {
-    Holder* holder = item.parent;
-    while (holder && holder->kind != Kind::Residue)
+Holder* nearest(Kind kind, Holder* holder) {
+    while (holder && holder->kind != kind)
         holder = holder->parent;
     return holder;
+}
+
+Holder* residueAround(const HostItem& item) {
+    return nearest(Kind::Residue, item.parent);
 }
 
 namespace {

@@ -8,8 +8,7 @@ namespace memory_host {
 
 namespace {
 
-// Runs `function` on the atoms of an item's own residue that belong to some model; a residue inside
-// the item has models of its own.
+// Runs `function` on the atoms at or in an item that belong to some model.
 template <class Function> void forModelAtoms(Compound& item, const Function& function) {
     HostItem& record = HostItem::of(&item);
     if (record.kind == Kind::Atom) {
@@ -22,15 +21,14 @@ template <class Function> void forModelAtoms(Compound& item, const Function& fun
     Holder& holder = record.asHolder();
     Compound** const last = holder.childEnd();
     for (Compound** child = holder.childBegin(); child != last; ++child)
-        if (HostItem::of(*child).kind != Kind::Residue)
-            forModelAtoms(**child, function);
+        forModelAtoms(**child, function);
 }
 
 // The residue whose models the atoms at or in an item count for; null when there are none.
 Holder* residueOfAtomsIn(const HostItem& item) {
-    const bool any = item.kind == Kind::Atom ? item.model != 0
-                                             : item.isHolder() && item.kind != Kind::Residue &&
-                                                   static_cast<const Holder&>(item).sum.atoms > 0;
+    const bool any = item.kind == Kind::Atom
+                         ? item.model != 0
+                         : item.isHolder() && static_cast<const Holder&>(item).sum.atoms > 0;
     return any ? residueAround(item) : nullptr;
 }
 

@@ -39,7 +39,7 @@ template <Kind kind> void collectHolders(Compound* root, std::vector<Compound*>&
         root,
         [all](const HostItem& item) { return item.kind == kind && (all || isSelected(item)); },
         [all](const Holder& holder) {
-            // Neither groups nor residues stand inside their own kind.
+            // Neither groups nor residues stand inside their own kind, at any depth.
             return holder.kind != kind && holder.directLeaves != holder.childCount() &&
                    (all || hasSelected(holder));
         },

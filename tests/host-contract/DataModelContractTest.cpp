@@ -1,6 +1,7 @@
 // What each item is: its kind, name, identity, place and values, and what the maker makes.
 #include "ContractTools.h"
 #include "TestSupport.h"
+#include "Traversal.h"
 
 #include <set>
 #include <type_traits>
@@ -20,6 +21,7 @@ private slots:
     void aMadeItemIsEmptyUnselectedAndVisible();
     void makingRefusesWhatCannotBe_data();
     void makingRefusesWhatCannotBe();
+    void noResidueAndNoGroupStandsInItsOwnKindAtAnyDepth();
     void childrenAreAContiguousRangeInOrder();
     void onlyWhatHoldsItemsHasChildren();
     void namesAreLatin1BytesAsGiven();
@@ -110,6 +112,8 @@ void DataModelContractTest::makingRefusesWhatCannotBe_data() {
     row("an item without a parent", [] { return make(nullptr, "Composite"); });
     row("an item in an atom", [] { return make(atom(space()), "Composite"); });
     row("an item in a bond", [] { return make(make(space(), "Bond"), "Composite"); });
+    row("a residue in a residue", [] { return make(make(space(), "Residue"), "Residue"); });
+    row("a group in a group", [] { return make(make(space(), "Group"), "Group"); });
     row("an unknown kind", [] { return make(space(), "Planet"); });
     row("a kind in lower case", [] { return make(space(), "composite"); });
     row("no kind", [] { return make(space(), ""); });
@@ -127,6 +131,36 @@ void DataModelContractTest::makingRefusesWhatCannotBe() {
     // At most the item that was to be the parent is there.
     for (Compound* item : childrenOf(space()))
         QVERIFY(!item->HasChildren());
+    QCOMPARE(faults(), QString());
+}
+
+void DataModelContractTest::noResidueAndNoGroupStandsInItsOwnKindAtAnyDepth() {
+    Compound* const residue = make(space(), "Residue", "MET 1");
+    Compound* const group = make(residue, "Group", "Backbone");
+    Compound* const box = make(group, "Composite", "box");
+    QVERIFY(make(box, "Residue", "inner") == nullptr);
+    QVERIFY(make(box, "Group", "inner") == nullptr);
+    QCOMPARE(takeMessages().size(), 2);
+    QVERIFY(!box->HasChildren());
+    // One of the other kind, or beside it, is no harm.
+    Compound* const outer = make(space(), "Group", "outer");
+    Compound* const within = make(outer, "Residue", "ALA 2");
+    QVERIFY(make(within, "Group", "inner") == nullptr);
+    QCOMPARE(takeMessages().size(), 1);
+    Compound* const second = make(residue, "Group", "Side chain");
+    Items groups;
+    GetGroups(space(), groups, true);
+    QCOMPARE(groups, (Items{group, second, outer}));
+    Items residues;
+    GetResidues(space(), residues, true);
+    QCOMPARE(residues, (Items{residue, within}));
+    // They are found without a look into what is not wholly selected.
+    groups.clear();
+    within->SetSelected(true);
+    atom(box)->SetSelected(false);
+    atom(second)->SetSelected(true);
+    GetGroups(space(), groups, false);
+    QCOMPARE(groups, (Items{second, outer}));
     QCOMPARE(faults(), QString());
 }
 

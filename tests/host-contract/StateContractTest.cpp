@@ -2,6 +2,7 @@
 #include "ContractTools.h"
 #include "DataPointBase.h"
 #include "TestSupport.h"
+#include "Traversal.h"
 
 #include <QApplication>
 #include <QPointer>
@@ -43,6 +44,8 @@ private slots:
     void aSetLeavesOutNullAndRepeatedMembers();
     void aSetMayHaveNoMembers();
     void aSetActsOnItsMembers();
+    void aSetAddsNothingToTheStateOfTheCompositeThatItStandsIn();
+    void whatIsDoneToACompositePassesTheMembersOfItsSetsBy();
     void aSetIsNotAmongItsMembersParents();
     void theMenuOfAnItemOpensAndCloses();
     void theMenuOutlivesItsItem();
@@ -362,6 +365,37 @@ void StateContractTest::aSetActsOnItsMembers() {
     chain.atoms[0]->SetSelected(false);
     QVERIFY(!set->IsSelected());
     QVERIFY(set->HasSelected());
+    QCOMPARE(faults(), QString());
+}
+
+void StateContractTest::aSetAddsNothingToTheStateOfTheCompositeThatItStandsIn() {
+    const Chain chain(1);
+    Compound* const box = make(space(), "Composite");
+    Compound* const own = atom(box);
+    DataMaker::makeSet(box, "set", {chain.atoms[0]});
+    chain.atoms[0]->SetSelected(true);
+    QVERIFY(!box->HasSelected());
+    chain.atoms[0]->SetSelected(false);
+    own->SetSelected(true);
+    QVERIFY(box->IsSelected());
+    own->SetVisible(false);
+    QVERIFY(!box->IsVisible());
+    chain.atoms[0]->SetSelected(true);
+    Items selected;
+    GetSelected(box, selected);
+    QCOMPARE(selected, (Items{own}));
+    QCOMPARE(faults(), QString());
+}
+
+void StateContractTest::whatIsDoneToACompositePassesTheMembersOfItsSetsBy() {
+    const Chain chain(1);
+    Compound* const box = make(space(), "Composite");
+    Compound* const own = atom(box);
+    DataMaker::makeSet(box, "set", {chain.atoms[0]});
+    box->SetSelected(true);
+    box->SetVisible(false);
+    QVERIFY(own->IsSelected() && !own->IsVisible());
+    QVERIFY(!chain.atoms[0]->IsSelected() && chain.atoms[0]->IsVisible());
     QCOMPARE(faults(), QString());
 }
 

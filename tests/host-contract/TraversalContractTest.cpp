@@ -159,9 +159,9 @@ void TraversalContractTest::theRootIsNeverCollected() {
     const Chain chain(1);
     QVERIFY(collect<Molecule>(chain.molecule, true).empty());
     QVERIFY(collect<Atom>(chain.atoms[0], true, true).empty());
-    Compound* const outer = make(space(), "Group");
-    Compound* const inner = make(outer, "Group");
-    QCOMPARE(collect<Group>(outer, true), (Items{inner}));
+    Compound* const outer = make(space(), "Molecule");
+    Compound* const inner = make(outer, "Molecule");
+    QCOMPARE(collect<Molecule>(outer, true), (Items{inner}));
 }
 
 void TraversalContractTest::theOrderIsDepthFirstByChildren() {

@@ -18,6 +18,7 @@ private slots:
     void attachingRefusesWhatIsNotDetached();
     void attachingRefusesARing();
     void attachingRefusesWhatHoldsNothing();
+    void attachingRefusesAResidueInAResidueAndAGroupInAGroup();
     void attachingNullDoesNothing();
     void anUnknownKindIsRefused();
     void atomsAreAddedToCompositesOnly();
@@ -102,6 +103,29 @@ void BuildingTest::attachingRefusesWhatHoldsNothing() {
                           "attach: no parent for \"branch\""}));
     QVERIFY(parentOf(branch) == nullptr);
     DataMaker::Destroy(branch);
+}
+
+void BuildingTest::attachingRefusesAResidueInAResidueAndAGroupInAGroup() {
+    Compound* const residue = make(space(), "Residue", "ALA 1");
+    Compound* const group = make(residue, "Group", "Backbone");
+    Compound* const box = makeDetached("box", "Composite");
+    Compound* const inner = make(make(box, "Molecule"), "Residue", "ALA 2");
+    attach(box, residue);
+    attach(box, group);
+    make(inner, "Group");
+    DataMaker::Destroy(inner);
+    make(box, "Group");
+    attach(box, group);
+    QCOMPARE(
+        takeMessages(),
+        (QStringList{"attach: \"box\" cannot stand in \"ALA 1\": no residue stands in a residue",
+                     "attach: \"box\" cannot stand in \"Backbone\": no residue stands in a residue",
+                     "attach: \"box\" cannot stand in \"Backbone\": no group stands in a group"}));
+    QVERIFY(parentOf(box) == nullptr);
+    QVERIFY(!group->HasChildren());
+    attach(box, residue);
+    QCOMPARE(childrenOf(residue), (Items{group, box}));
+    QCOMPARE(faults(), QString());
 }
 
 void BuildingTest::attachingNullDoesNothing() {

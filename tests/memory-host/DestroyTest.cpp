@@ -214,7 +214,7 @@ void DestroyTest::everyKindCanBeDestroyedInOneBranch() {
         Compound* const a = makeAtom(parent, 1);
         Compound* const b = makeAtom(parent, 2);
         addBond(branch, a, b);
-        for (const char* leaf : {"Atom", "Bond", "Surface", "Grid", "Group"})
+        for (const char* leaf : {"Atom", "Bond", "Surface", "Grid", "Molecule"})
             make(parent, leaf);
         addGrid(parent, "grid", {{2, 2, 2}, {}, {}, std::vector<float>(8)});
         DataMaker::makePolyLine(parent, "line", {Vertex(1, 2, 3, true)});

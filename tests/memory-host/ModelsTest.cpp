@@ -29,7 +29,6 @@ private slots:
     void whenAllModelsAreGoneTheNextToComeIsActive();
     void destroyingAGroupCountsItsModels();
     void hugeModelNumbersAreBounded();
-    void aResidueInAResidueHasModelsOfItsOwn();
 };
 
 void ModelsTest::cleanup() {
@@ -278,16 +277,6 @@ void ModelsTest::hugeModelNumbersAreBounded() {
     QVERIFY(models.visible() == (Visible{false, true}));
     models.residue->NextModel();
     QVERIFY(models.visible() == (Visible{true, false}));
-}
-
-void ModelsTest::aResidueInAResidueHasModelsOfItsOwn() {
-    const Alternatives outer({1, 2});
-    const Alternatives inner({1, 2}, make(outer.residue, "Residue"));
-    outer.residue->NextModel();
-    QVERIFY(outer.visible() == (Visible{false, true}));
-    QVERIFY(inner.visible() == (Visible{true, false}));
-    DataMaker::Destroy(inner.residue);
-    QCOMPARE(activeModel(outer.residue), 2U);
 }
 
 REGISTER_TEST(ModelsTest)

@@ -43,8 +43,8 @@ void NamesTest::everyLevelButTheGroupIsNamed() {
     QCOMPARE(sample.residues[1]->GetFQName(), std::string("/1abc/A/Groups/ALA 2"));
     QCOMPARE(sample.groups[1]->GetFQName(), std::string("/1abc/A/Groups/ALA 1/Side chain"));
     QCOMPARE(sample.bonds[0]->GetFQName(), std::string("/1abc/A/Bonds/ALA 1 N-CA"));
-    Compound* const inner = make(make(space(), "Group", "outer"), "Group", "inner");
-    QCOMPARE(makeAtom(inner)->GetFQName(), std::string("/CA"));
+    Compound* const inner = make(make(space(), "Group", "outer"), "Residue", "inner");
+    QCOMPARE(makeAtom(inner)->GetFQName(), std::string("/inner/CA"));
     QCOMPARE(inner->GetFQName(), std::string("/inner"));
 }
 

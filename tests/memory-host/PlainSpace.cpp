@@ -26,6 +26,13 @@ void Space::add(Compound* made, Item::Kind kind, Compound* parent,
         attach(made, parent);
 }
 
+bool Space::nests(Item::Kind kind, Compound* parent) const {
+    const Item* around = &of(parent);
+    while (around && around->kind != kind)
+        around = around->parent;
+    return around && (kind == Item::Residue || kind == Item::Group);
+}
+
 void Space::attach(Compound* detached, Compound* parent) {
     Item& item = entry(detached);
     item.parent = &entry(parent);

@@ -14,7 +14,7 @@ namespace plain {
 using TAVIK::Compound;
 
 struct Item {
-    enum Kind { Holder, Residue, Atom, Bond, Set, Other };
+    enum Kind { Holder, Residue, Group, Atom, Bond, Set, Other };
 
     Kind kind = Other;
     Item* parent = nullptr;
@@ -25,7 +25,7 @@ struct Item {
     unsigned int model = 0; ///< of an atom its own, of a residue the active one
     bool hadLeaves = false;
 
-    bool holds() const { return kind == Holder || kind == Residue; }
+    bool holds() const { return kind <= Group; }
     /// A set that has members stands for them, and counts nowhere.
     bool listsMembers() const { return kind == Set && !parts.empty(); }
 };
@@ -49,6 +49,10 @@ public:
     bool isSelected(Compound* item) const { return isSelected(of(item)); }
     bool hasSelected(Compound* item) const { return hasSelected(of(item)); }
     bool isVisible(Compound* item) const { return isVisible(of(item)); }
+
+    /// Whether an item of that kind under `parent` would stand in one of its own kind that allows
+    /// of none.
+    bool nests(Item::Kind kind, Compound* parent) const;
 
     const Item& of(Compound* item) const { return *m_items.at(item); }
     bool knows(Compound* item) const { return m_items.count(item) != 0; }

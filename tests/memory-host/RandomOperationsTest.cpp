@@ -25,6 +25,7 @@ public:
     std::vector<std::string> step() {
         const std::string done = perform();
         std::vector<std::string> faults = m_plain.differences();
+        faults.insert(faults.end(), m_faults.begin(), m_faults.end());
         for (const std::string& fault : checkInvariants())
             faults.push_back(fault);
         if (!faults.empty())
@@ -94,9 +95,20 @@ private:
                                                 "Group"};
         const std::string kind = kinds[number(0, 4)];
         Compound* const parent = pickHolder();
+        const bool nests = m_plain.nests(kindOf(kind), parent);
         Compound* const made = DataMaker::makeCore(parent, "holder", kind);
-        m_plain.add(made, kind == "Residue" ? Item::Residue : Item::Holder, parent, {}, 0);
+        if (made)
+            m_plain.add(made, kindOf(kind), parent, {}, 0);
+        const bool told = !test_support::TestCase::takeMessages().empty();
+        if (nests == (made != nullptr) || nests != told)
+            m_faults.push_back("a " + kind + " in its own kind");
         return "making a " + kind;
+    }
+
+    static Item::Kind kindOf(const std::string& className) {
+        return className == "Residue" ? Item::Residue
+               : className == "Group" ? Item::Group
+                                      : Item::Holder;
     }
 
     Compound* addAtomTo(Compound* parent) {
@@ -201,9 +213,10 @@ private:
         static constexpr const char* kinds[] = {"Composite", "Residue", "Group"};
         const std::string kind = kinds[number(0, 2)];
         Compound* const branch = makeDetached("branch", kind);
-        m_plain.add(branch, kind == "Residue" ? Item::Residue : Item::Holder, nullptr, {}, 0);
-        Compound* const inner = DataMaker::makeCore(branch, "inner", "Group");
-        m_plain.add(inner, Item::Holder, branch, {}, 0);
+        m_plain.add(branch, kindOf(kind), nullptr, {}, 0);
+        const std::string innerKind = kind == "Group" ? "Residue" : "Group";
+        Compound* const inner = DataMaker::makeCore(branch, "inner", innerKind);
+        m_plain.add(inner, kindOf(innerKind), branch, {}, 0);
         std::vector<Compound*> atoms;
         for (int i = number(0, 4); i > 0; --i)
             atoms.push_back(addAtomTo(coin() ? branch : inner));
@@ -216,8 +229,18 @@ private:
             inner->SetVisible(false);
         }
         Compound* const parent = pickHolder();
-        m_plain.attach(branch, parent);
+        const bool nests =
+            m_plain.nests(kindOf(kind), parent) || m_plain.nests(kindOf(innerKind), parent);
         attach(branch, parent);
+        const bool told = !test_support::TestCase::takeMessages().empty();
+        if (nests == (parentOf(branch) != nullptr) || nests != told)
+            m_faults.push_back("a branch with its own kind around it");
+        if (!nests) {
+            m_plain.attach(branch, parent);
+        } else {
+            m_plain.destroy(branch);
+            DataMaker::Destroy(branch);
+        }
         return "attaching a branch";
     }
 
@@ -233,6 +256,7 @@ private:
 
     std::mt19937 m_random;
     plain::Space m_plain;
+    std::vector<std::string> m_faults; ///< what was refused or made that should not have been
 };
 
 } // namespace

@@ -70,6 +70,15 @@ void addLeaf(Compound* parent, unsigned int value) {
     }
 }
 
+// Whether a residue, or a group, would stand in one.
+bool isIn(Compound* box, const std::string& kind) {
+    if (kind != "Residue" && kind != "Group")
+        return false;
+    while (box && box->GetType() != kind)
+        box = memory_host::parentOf(box);
+    return box;
+}
+
 constexpr const char* boxKinds[] = {"Composite", "Molecule", "Residue", "Group"};
 
 void changeItem(Compound* item, const Edit& edit) {
@@ -109,7 +118,10 @@ void addItem(Compound* item, const std::vector<Compound*>& all, const Edit& edit
     } else if (edit.kind == EditKind::AddLeaf) {
         addLeaf(boxOf(item), value);
     } else if (edit.kind == EditKind::AddBox) {
-        DataMaker::makeCore(boxOf(item), "box", choose(boxKinds, value));
+        // A kind that cannot stand here gives way to one that can stand anywhere.
+        Compound* const box = boxOf(item);
+        const std::string kind = choose(boxKinds, value);
+        DataMaker::makeCore(box, "box", isIn(box, kind) ? "Composite" : kind);
     } else if (edit.kind == EditKind::AddTop && value % 2) {
         DataMaker::makeCore(space, "top", choose(boxKinds, value / 2));
     } else if (edit.kind == EditKind::AddTop) {

@@ -120,8 +120,14 @@ void Model::edit(Who who, const Edit& edit) {
         guarded(who, Change::Add, [&] { addLeaf(box(), value); });
         return;
     case EditKind::AddBox:
-        guarded(who, Change::Add,
-                [&] { host.make(box(), static_cast<Kind>(1 + value % 4), "box"); });
+        guarded(who, Change::Add, [&] {
+            const auto kind = static_cast<Kind>(1 + value % 4);
+            const Item* around = box();
+            while (around && around->kind != kind)
+                around = around->parent;
+            const bool nests = around && (kind == Kind::Residue || kind == Kind::Group);
+            host.make(box(), nests ? Kind::Composite : kind, "box");
+        });
         return;
     case EditKind::AddTop:
         guarded(who, Change::Add, [&] {

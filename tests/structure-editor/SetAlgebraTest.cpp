@@ -83,7 +83,7 @@ class SetAlgebraTest : public test_support::TestCase {
         makeAtoms(residue, {"N"});
         Compound* backbone = make(residue, "Backbone", "Group");
         makeAtoms(backbone, {"CA", "C", "C"});
-        makeAtoms(make(backbone, "Inner", "Group"), {"O", "OXT"});
+        makeAtoms(make(backbone, "Inner", "Composite"), {"O", "OXT"});
         makeAtoms(residue, {"CB"});
         makeAtoms(make(residue, "Tail", "Composite"), {"SD", "CE"});
         makeAtoms(residue, {"HB1", "", "\xe9"});
