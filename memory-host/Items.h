@@ -4,6 +4,7 @@
 #include "Building.h"
 #include "HostItem.h"
 #include "Kinds.h"
+#include "Lattice.h"
 #include "Names.h"
 #include "Slabs.h"
 #include "Space.h"
@@ -145,13 +146,7 @@ public:
     GridRecord m_values;
 
 private:
-    /// The index triple of the grid point nearest to a place that is given in steps; `rounded` is
-    /// where the search begins.
-    std::array<double, 3> nearestAround(const std::array<double, 3>& fraction,
-                                        const std::array<double, 3>& rounded) const;
-
-    /// From Å to fractions of a step.
-    std::array<std::array<double, 3>, 3> m_inverse{};
+    Lattice m_lattice;
 };
 
 class PolyLineItem : public LeafItem<TAVIK::Compound, Kind::PolyLine> {

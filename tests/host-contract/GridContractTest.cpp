@@ -2,6 +2,9 @@
 #include "ContractTools.h"
 #include "TestSupport.h"
 
+#include <QElapsedTimer>
+
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -23,6 +26,9 @@ private slots:
     void everyVertexGivesATripleThatCanBeCalculatedWith();
     void theNearestPointOfASkewedGridIsTheNearest_data();
     void theNearestPointOfASkewedGridIsTheNearest();
+    void theNearestPointOfAnAllButFlatCellIsTheNearest_data();
+    void theNearestPointOfAnAllButFlatCellIsTheNearest();
+    void theNearestPointOfAFlatCellCostsWhatItDoesInAnyOther();
 };
 
 namespace {
@@ -178,6 +184,82 @@ void GridContractTest::theNearestPointOfASkewedGridIsTheNearest() {
                 for (int c = -8; c != 14; ++c)
                     least = std::min(least, squaredDistance({a, b, c}, point));
         QVERIFY(squaredDistance(nearest(*grid, point), point) <= least * (1 + 1e-9) + 1e-12);
+    }
+}
+
+void GridContractTest::theNearestPointOfAnAllButFlatCellIsTheNearest_data() {
+    QTest::addColumn<host_under_test::GridShape>("shape");
+    QTest::addColumn<std::array<float, 3>>("spacing");
+    const auto row = [](const char* name, std::array<std::array<float, 3>, 3> steps,
+                        std::array<float, 3> spacing) {
+        QTest::newRow(name) << host_under_test::GridShape{{6, 6, 6}, {1, -2, 3}, steps} << spacing;
+    };
+    const float thin = 1.0F / 1024; // so that sums are exact
+    row("two steps apart by a hair", {{{1, 0, 0}, {1, thin, 0}, {0, 0, 1}}}, {1, thin, 1});
+    row("far skewed", {{{1, 0, 0}, {1000, thin, 0}, {-700, 32 * thin, 1}}}, {1, thin, 1});
+    row("all three apart by a hair", {{{1, 0, 0}, {1, thin, 0}, {1, thin, thin}}}, {1, thin, thin});
+    row("two steps on one line", {{{2, 0, 0}, {3, 0, 0}, {0, 0, 1}}}, {1, 0, 1});
+    row("one step in the plane of the others", {{{1, 0, 0}, {0, 1, 0}, {5, 3, 0}}}, {1, 1, 0});
+    row("no third step", {{{0.5F, 0, 0}, {0, 0.25F, 0}, {0, 0, 0}}}, {0.5F, 0.25F, 0});
+}
+
+// Each of these cells makes a lattice with right angles, in which the nearest point is plain.
+void GridContractTest::theNearestPointOfAnAllButFlatCellIsTheNearest() {
+    using Spacing = std::array<float, 3>;
+    QFETCH(host_under_test::GridShape, shape);
+    QFETCH(Spacing, spacing);
+    const Grid* const grid = host_under_test::addGrid(space(), "flat", shape);
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> coordinate(-3.0F, 3.0F);
+    for (int i = 0; i != 300; ++i) {
+        Vertex point(0, 0, 0, true);
+        double least = 0.0;
+        for (const std::size_t k : {0, 1, 2}) {
+            const float away = coordinate(random);
+            point[k] = shape.origin[k] + away;
+            const double exactly = static_cast<double>(point[k]) - shape.origin[k];
+            const double distance =
+                spacing[k] > 0 ? std::remainder(exactly, static_cast<double>(spacing[k])) : exactly;
+            least += distance * distance;
+        }
+        const Triple ijk = nearest(*grid, point);
+        double found = 0.0;
+        for (const std::size_t k : {0, 1, 2}) {
+            double distance = static_cast<double>(point[k]) - shape.origin[k];
+            for (const std::size_t axis : {0, 1, 2})
+                distance -= static_cast<double>(ijk[axis]) * shape.steps[axis][k];
+            found += distance * distance;
+        }
+        QVERIFY2(found <= least * (1 + 1e-6) + 1e-9,
+                 qPrintable(QStringLiteral("%1 instead of %2").arg(found).arg(least)));
+    }
+}
+
+void GridContractTest::theNearestPointOfAFlatCellCostsWhatItDoesInAnyOther() {
+    const auto secondsFor = [](const Grid& grid) {
+        double least = std::numeric_limits<double>::max();
+        for (int round = 0; round != 7; ++round) {
+            std::mt19937 random(9);
+            std::uniform_real_distribution<float> coordinate(-2.0F, 2.0F);
+            QElapsedTimer timer;
+            timer.start();
+            for (int i = 0; i != 3000; ++i)
+                nearest(grid, at(coordinate(random), coordinate(random), coordinate(random)));
+            least = std::min(least, static_cast<double>(timer.nsecsElapsed()));
+        }
+        return least;
+    };
+    const auto made = [](std::array<std::array<float, 3>, 3> steps) {
+        return host_under_test::addGrid(space(), "grid", {{6, 6, 6}, {0, 0, 0}, steps});
+    };
+    const double usual =
+        secondsFor(*made({{{0.4F, 0, 0}, {0.15F, 0.5F, 0}, {-0.2F, 0.25F, 0.6F}}}));
+    for (const Grid* flat : {made({{{1, 0, 0}, {1, 1e-4F, 0}, {1, 0, 1e-4F}}}),
+                             made({{{1, 0, 0}, {0.7F, 0.001F, 0}, {0.3F, 0.0005F, 0.001F}}}),
+                             made({{{1, 0, 0}, {2.5F, 0, 0}, {0, 0, 0}}}),
+                             made({{{1, 0, 0}, {1.41421356F, 0, 0}, {0, 1e-5F, 1e-5F}}})}) {
+        const double flatTime = secondsFor(*flat);
+        QVERIFY2(flatTime < 8 * usual, qPrintable(QString::number(flatTime / usual)));
     }
 }
 
