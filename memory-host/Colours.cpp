@@ -1,10 +1,10 @@
 // The colours that items have from the start: atoms by their element, as molecular graphics has
 // used them since the plastic models of Corey, Pauling and Koltun.
 #include "HostItem.h"
-#include "Names.h"
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace memory_host {
@@ -33,18 +33,24 @@ constexpr std::uint32_t otherKind = 0xffffffff;
 Color defaultColor(const HostItem& item) {
     if (item.kind != Kind::Atom)
         return Color(otherKind);
-    // By the number of the symbol, all of which are numbered at once.
+    // By the number of the symbol. The symbols are kept, and so their numbers are.
+    struct ByType {
+        std::array<Name, elementColours.size()> symbols;
+        std::vector<std::uint32_t> colours;
+    };
     static const auto* const byType = [] {
-        auto* const colours = new std::vector<std::uint32_t>;
-        for (const auto& [symbol, rgba] : elementColours) {
-            const std::uint32_t type = internName(symbol);
-            if (type >= colours->size())
-                colours->resize(type + 1, otherElement);
-            (*colours)[type] = rgba;
+        auto made = std::make_unique<ByType>();
+        for (std::size_t i = 0; i != elementColours.size(); ++i) {
+            made->symbols[i] = Name(elementColours[i].symbol);
+            const std::uint32_t type = made->symbols[i].number();
+            if (type >= made->colours.size())
+                made->colours.resize(type + 1, otherElement);
+            made->colours[type] = elementColours[i].rgba;
         }
-        return colours;
+        return made.release();
     }();
-    return Color(item.type < byType->size() ? (*byType)[item.type] : otherElement);
+    const std::uint32_t type = item.type.number();
+    return Color(type < byType->colours.size() ? byType->colours[type] : otherElement);
 }
 
 } // namespace memory_host

@@ -116,31 +116,31 @@ void freeItem(Compound* item) {
 } // namespace
 
 Compound* newItem(Kind kind, std::string_view text) {
-    const std::uint32_t name = internComponent(text);
+    Name name = Name::component(text);
     switch (kind) {
     case Kind::Composite:
-        return new CompositeItem(name);
+        return new CompositeItem(std::move(name));
     case Kind::Molecule:
-        return new MoleculeItem(name);
+        return new MoleculeItem(std::move(name));
     case Kind::Residue:
-        return new ResidueItem(name);
+        return new ResidueItem(std::move(name));
     case Kind::Group:
-        return new GroupItem(name);
+        return new GroupItem(std::move(name));
     case Kind::Atom: {
-        auto atom = std::make_unique<AtomItem>(name);
+        auto atom = std::make_unique<AtomItem>(std::move(name));
         atom->setValues({{}, "X", {}, 0.0F, 0});
         return atom.release();
     }
     case Kind::Bond:
-        return new BondItem(name);
+        return new BondItem(std::move(name));
     case Kind::Surface:
-        return new SurfaceItem(name);
+        return new SurfaceItem(std::move(name));
     case Kind::Grid:
-        return new GridItem(name);
+        return new GridItem(std::move(name));
     case Kind::PolyLine:
-        return new PolyLineItem(name);
+        return new PolyLineItem(std::move(name));
     case Kind::Set:
-        return new SetItem(name);
+        return new SetItem(std::move(name));
     case Kind::Space:
         break;
     }
@@ -205,11 +205,12 @@ TAVIK::Atom* addAtom(Compound* parent, const AtomRecord& values) {
     Holder* holder = holderOf(parent, "addAtom", std::string(values.name));
     if (!holder)
         return nullptr;
-    const std::uint32_t name = internComponent(values.name);
+    Name name = Name::component(values.name);
     const TAVIK::PartialCharge& partial = values.partial;
     std::unique_ptr<AtomItem> atom =
-        partial.isKnown ? std::make_unique<ChargedAtomItem>(name, partial.charge, partial.radius)
-                        : std::make_unique<AtomItem>(name);
+        partial.isKnown
+            ? std::make_unique<ChargedAtomItem>(std::move(name), partial.charge, partial.radius)
+            : std::make_unique<AtomItem>(std::move(name));
     atom->setValues(values);
     return attachNew(std::move(atom), *holder);
 }
@@ -219,7 +220,7 @@ void setAtom(Compound* item, const AtomRecord& values) {
     if (!atom)
         return;
     // What can fail comes before the first change.
-    internName(values.type);
+    const Name type(values.type);
     Holder* const residue = leaveModels(*atom);
     atom->setValues(values);
     HostItem::of(atom).set(HostItem::OtherModel, false);
@@ -234,7 +235,7 @@ TAVIK::Bond* addBond(Compound* parent, Compound* a, Compound* b) {
     auto* const second = dynamic_cast<AtomItem*>(b);
     if (!holder || !first || !second || first == second)
         return nullptr;
-    auto bond = std::make_unique<BondItem>(0);
+    auto bond = std::make_unique<BondItem>(Name());
     BondItem* const made = bond.get();
     attachNew(std::move(bond), *holder);
     made->connect(first, second);
@@ -245,7 +246,7 @@ TAVIK::Grid* addGrid(Compound* parent, const std::string& name, GridRecord&& val
     Holder* holder = holderOf(parent, "addGrid", name);
     if (!holder)
         return nullptr;
-    auto grid = std::make_unique<GridItem>(internComponent(name));
+    auto grid = std::make_unique<GridItem>(Name::component(name));
     grid->setValues(std::move(values));
     return attachNew(std::move(grid), *holder);
 }
@@ -306,7 +307,7 @@ Compound* DataMaker::makePolyLine(Compound* parent, const std::string& name,
     Holder* holder = holderOf(parent, "makePolyLine", name);
     if (!holder)
         return nullptr;
-    auto line = std::make_unique<PolyLineItem>(internComponent(name));
+    auto line = std::make_unique<PolyLineItem>(Name::component(name));
     line->m_points = points;
     return attachNew(std::move(line), *holder);
 }
@@ -322,7 +323,7 @@ Compound* DataMaker::makeSet(Compound* parent, const std::string& name,
     for (Compound* member : members)
         if (member && seen.insert(member).second)
             listed.push_back(member);
-    auto set = std::make_unique<SetItem>(internComponent(name));
+    auto set = std::make_unique<SetItem>(Name::component(name));
     listMembers(static_cast<SetRecord&>(HostItem::of(set.get())), listed);
     return attachNew(std::move(set), *holder);
 }

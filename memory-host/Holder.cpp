@@ -10,8 +10,8 @@ namespace {
 std::uint32_t lastId = 0;
 }
 
-HostItem::HostItem(memory_host::Kind ofKind, std::uint32_t nameNumber)
-    : id(ofKind == memory_host::Kind::Space ? 0 : ++lastId), color(0), name(nameNumber),
+HostItem::HostItem(memory_host::Kind ofKind, memory_host::Name itsName)
+    : id(ofKind == memory_host::Kind::Space ? 0 : ++lastId), color(0), name(std::move(itsName)),
       kind(ofKind) {
     color = memory_host::defaultColor(*this).rgba();
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Compound.h"
+#include "Names.h"
 
 #include <cstdint>
 #include <utility>
@@ -74,7 +75,7 @@ struct HostItem {
         HasPosition = 32 ///< of an atom
     };
 
-    HostItem(memory_host::Kind ofKind, std::uint32_t nameNumber);
+    HostItem(memory_host::Kind ofKind, memory_host::Name itsName);
 
     /// The record of any item.
     static HostItem& of(const Compound* item) {
@@ -93,11 +94,11 @@ struct HostItem {
     std::uint32_t id;
     std::uint32_t color;        ///< packed as Color packs it
     std::uint32_t position = 0; ///< slot in the parent's vector
-    std::uint32_t name;         ///< see Names.h
+    memory_host::Name name;
     memory_host::Kind kind;
     std::uint8_t flags = Visible | Shown;
     std::uint16_t model = 0; ///< of an atom: its model; of a residue: the active one
-    std::uint32_t type = 0;  ///< of an atom: its symbol, see Names.h
+    memory_host::Name type;  ///< of an atom: its symbol
 };
 
 } // namespace TAVIK
@@ -110,8 +111,8 @@ using TAVIK::HostItem;
 /// The record of a composite. Destroyed children leave holes in the vector, which are closed the
 /// next time that the vector is read: destroying costs nothing by the number of siblings.
 struct Holder : HostItem {
-    Holder(Kind ofKind, std::uint32_t nameNumber, Compound* item)
-        : HostItem(ofKind, nameNumber), self(item) {}
+    Holder(Kind ofKind, Name itsName, Compound* item)
+        : HostItem(ofKind, std::move(itsName)), self(item) {}
     Holder(const Holder&) = delete;
     Holder& operator=(const Holder&) = delete;
     ~Holder();
@@ -222,10 +223,10 @@ void detach(Compound* child);
 /// Tells those who keep pointers to items that this one, if it is in the data space, goes.
 void tellBeforeDestroying(Compound* item);
 
-/// The residue around an item, or null.
 /// The first composite of that kind among `holder`, which may be null, and those around it; or
 /// null.
 Holder* nearest(Kind kind, Holder* holder);
+/// The residue around an item, or null.
 Holder* residueAround(const HostItem& item);
 
 /// Which model of a residue is to be shown: the first one that it has, or the one after or before.

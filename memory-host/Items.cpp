@@ -19,19 +19,19 @@ namespace {
 
 std::string residuePrefix(const HostItem& atom) {
     const Holder* residue = residueAround(atom);
-    return residue ? nameText(residue->name) + ' ' : std::string();
+    return residue ? residue->name.text() + ' ' : std::string();
 }
 
 } // namespace
 
 std::string BondItem::GetName() const {
-    if (m_record.name || !m_atoms[0])
-        return nameText(m_record.name);
+    if (!m_record.name.isEmpty() || !m_atoms[0])
+        return m_record.name.text();
     const HostItem& a = HostItem::of(m_atoms[0]);
     const HostItem& b = HostItem::of(m_atoms[1]);
     if (residueAround(a) == residueAround(b))
-        return residuePrefix(a) + nameText(a.name) + '-' + nameText(b.name);
-    return residuePrefix(a) + nameText(a.name) + " - " + residuePrefix(b) + nameText(b.name);
+        return residuePrefix(a) + a.name.text() + '-' + b.name.text();
+    return residuePrefix(a) + a.name.text() + " - " + residuePrefix(b) + b.name.text();
 }
 
 AtomItem* BondItem::atom(int end) const {
@@ -130,7 +130,7 @@ void AtomItem::updateShown() {
 
 void AtomItem::setValues(const AtomRecord& values) {
     // What can fail comes before the first change.
-    m_record.type = internName(values.type);
+    m_record.type = Name(values.type);
     for (const std::size_t axis : {0, 1, 2})
         m_position[axis] = values.position[axis];
     m_record.set(HostItem::HasPosition, values.position.isValid());

@@ -10,6 +10,7 @@
 #include "Space.h"
 
 #include <array>
+#include <utility>
 #include <vector>
 
 namespace memory_host {
@@ -20,7 +21,7 @@ public:
     static void* operator new(std::size_t size) { return takeBlock(size); }
     static void operator delete(void* item, std::size_t size) noexcept { giveBlock(item, size); }
 
-    std::string GetName() const override { return nameText(m_record.name); }
+    std::string GetName() const override { return m_record.name.text(); }
     std::string GetType() const override { return kindName(m_record.kind); }
     TAVIK::Vertex GetPosition() const override { return {}; }
     void SetSelected(bool on) override { setSelected(m_record, on); }
@@ -36,7 +37,8 @@ public:
     void NextModel() override {}
 
 protected:
-    template <class... Arguments> explicit Item(Arguments... arguments) : m_record(arguments...) {}
+    template <class... Arguments>
+    explicit Item(Arguments&&... arguments) : m_record(std::forward<Arguments>(arguments)...) {}
 
     Record m_record;
 
@@ -46,7 +48,7 @@ private:
 
 template <class Interface, Kind kind> class HolderItem : public Item<Interface, Holder> {
 public:
-    explicit HolderItem(std::uint32_t name) : Item<Interface, Holder>(kind, name, this) {}
+    explicit HolderItem(Name name) : Item<Interface, Holder>(kind, std::move(name), this) {}
     bool HasChildren() const override { return this->m_record.childCount() > 0; }
     Compound** ChildBegin() override { return this->m_record.childBegin(); }
     Compound** ChildEnd() override { return this->m_record.childEnd(); }
@@ -54,7 +56,7 @@ public:
 
 template <class Interface, Kind kind> class LeafItem : public Item<Interface, HostItem> {
 public:
-    explicit LeafItem(std::uint32_t name) : Item<Interface, HostItem>(kind, name) {}
+    explicit LeafItem(Name name) : Item<Interface, HostItem>(kind, std::move(name)) {}
     bool IsSelected() const override { return this->m_record.has(HostItem::Selected); }
     bool HasSelected() const override { return this->m_record.has(HostItem::Selected); }
     bool IsVisible() const override { return this->m_record.has(HostItem::Shown); }
@@ -108,7 +110,7 @@ public:
 class AtomItem : public LeafItem<TAVIK::Atom, Kind::Atom> {
 public:
     using LeafItem::LeafItem;
-    std::string GetType() const override { return nameText(m_record.type); }
+    std::string GetType() const override { return m_record.type.text(); }
     TAVIK::Vertex GetPosition() const override {
         return {m_position[0], m_position[1], m_position[2], m_record.has(HostItem::HasPosition)};
     }
@@ -130,8 +132,8 @@ public:
 /// An atom with a partial charge and a radius, for which the others have no room.
 class ChargedAtomItem final : public AtomItem {
 public:
-    ChargedAtomItem(std::uint32_t name, float charge, float radius)
-        : AtomItem(name), m_charge(charge), m_radius(radius) {}
+    ChargedAtomItem(Name name, float charge, float radius)
+        : AtomItem(std::move(name)), m_charge(charge), m_radius(radius) {}
 
     float m_charge; ///< elementary charges
     float m_radius; ///< Å
@@ -157,7 +159,7 @@ public:
 
 class SetItem : public Item<TAVIK::Compound, SetRecord> {
 public:
-    explicit SetItem(std::uint32_t name) : Item(Kind::Set, name) {}
+    explicit SetItem(Name name) : Item(Kind::Set, std::move(name)) {}
 };
 
 /// A new, detached item; null for an unknown kind. The name is taken as it stands.

@@ -1,19 +1,48 @@
 // Names of items, kept once each: a structure repeats a few thousand names a million times.
 #pragma once
 
+#include "HostExport.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace memory_host {
 
-/// The number of a name; equal names have equal numbers. 0 is the empty name.
-std::uint32_t internName(std::string_view name);
-/// The number of the name as a component of a qualified name.
-std::uint32_t internComponent(std::string_view name);
-/// The name of a number that internName() gave.
-const std::string& nameText(std::uint32_t number);
-/// The name as a component of a qualified name: "/" and control characters are replaced by "_".
-std::string asComponent(std::string_view name);
+/// A name that some item has. All that are equal share one text, which goes with the last of them.
+/// For the GUI thread only.
+class Name {
+public:
+    /// The empty name.
+    Name() = default;
+    /// Throws std::bad_alloc.
+    explicit Name(std::string_view text);
+    /// The text as a component of a qualified name: "/" and control characters become "_".
+    static Name component(std::string_view text);
+    Name(Name&& other) noexcept : m_number(std::exchange(other.m_number, 0)) {}
+    Name& operator=(Name&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    ~Name() {
+        if (m_number)
+            giveBack(m_number);
+    }
+
+    const std::string& text() const;
+    bool isEmpty() const { return m_number == 0; }
+    /// Equal names have equal numbers, which are small; the empty one has 0.
+    std::uint32_t number() const { return m_number; }
+
+private:
+    static void giveBack(std::uint32_t number) noexcept;
+
+    std::uint32_t m_number = 0;
+};
+
+/// How many names are kept, the empty one among them.
+HOST_EXPORT std::size_t nameCount();
 
 } // namespace memory_host

@@ -89,7 +89,7 @@ Grid::~Grid() = default;
 
 Space* Space::instance() {
     // Never destroyed: plug-ins and static objects may look at it until the process ends.
-    static auto* const space = new SpaceItem(0);
+    static auto* const space = new SpaceItem(Name());
     return space;
 }
 
@@ -118,7 +118,7 @@ std::string Compound::GetFQName() const {
     prepend(GetName());
     for (const Holder* holder = record.parent; holder; holder = holder->parent)
         if (holder->kind != Kind::Group && holder->kind != Kind::Space)
-            prepend(nameText(holder->name));
+            prepend(holder->name.text());
     std::reverse(reversed.begin(), reversed.end());
     return reversed;
 }

@@ -1,6 +1,10 @@
 // Names, qualified names, types and identifiers, as this host chooses them.
+#include "Names.h"
 #include "Sample.h"
 #include "TestSupport.h"
+
+#include <random>
+#include <set>
 
 using namespace memory_host;
 using namespace TAVIK;
@@ -22,6 +26,10 @@ private slots:
     void anAtomTakesItsTypeFromItsValues();
     void identifiersRiseInOrderOfCreationAlsoWhenDetached();
     void oddNamesAreMadeComponents();
+    void namesOfItemsThatAreGoneAreGivenBack();
+    void aNameStaysWithTheLastItemThatHasIt();
+    void aTypeIsGivenBackWithTheLastAtomThatHasIt();
+    void namesStayRightWhileOthersComeAndGo();
 };
 
 void NamesTest::theSpaceHasNoName() {
@@ -119,6 +127,83 @@ void NamesTest::oddNamesAreMadeComponents() {
     QCOMPARE(makeAtom(space(), 0, "O/1\n")->GetName(), std::string("O_1_"));
     QCOMPARE(makeAtom(space(), 0, "O5'\xb5")->GetName(), std::string("O5'\xb5"));
     QCOMPARE(addGrid(space(), "a/b", {})->GetName(), std::string("a_b"));
+}
+
+void NamesTest::namesOfItemsThatAreGoneAreGivenBack() {
+    const std::size_t before = nameCount();
+    Compound* const box = make(space(), "Composite", "box");
+    for (int i = 0; i != 5000; ++i)
+        make(box, i % 2 ? "Composite" : "Surface", "name " + std::to_string(i));
+    DataMaker::makeSet(box, "set", {box});
+    DataMaker::makePolyLine(box, "line", {});
+    addGrid(box, "grid", {});
+    QCOMPARE(nameCount(), before + 5004);
+    DataMaker::Destroy(box);
+    QCOMPARE(nameCount(), before);
+    // What is refused leaves no name behind, either.
+    make(space(), "Planet", "refused");
+    make(make(space(), "Group", "outer"), "Group", "refused");
+    takeMessages();
+    QCOMPARE(nameCount(), before + 1);
+}
+
+void NamesTest::aNameStaysWithTheLastItemThatHasIt() {
+    const std::size_t before = nameCount();
+    Compound* const first = make(space(), "Composite", "shared");
+    Compound* const second = make(space(), "Surface", "shared");
+    QCOMPARE(nameCount(), before + 1);
+    DataMaker::Destroy(first);
+    QCOMPARE(nameCount(), before + 1);
+    QCOMPARE(second->GetName(), std::string("shared"));
+    DataMaker::Destroy(second);
+    QCOMPARE(nameCount(), before);
+    QCOMPARE(make(space(), "Composite", "shared")->GetName(), std::string("shared"));
+}
+
+void NamesTest::aTypeIsGivenBackWithTheLastAtomThatHasIt() {
+    Compound* const atom = make(space(), "Atom", "Q");
+    const std::size_t before = nameCount();
+    for (int i = 0; i != 100; ++i) {
+        const std::string type = "T" + std::to_string(i);
+        setAtom(atom, {"", type, {}, 0.0F, 0});
+        QCOMPARE(atom->GetType(), type);
+        QVERIFY(nameCount() <= before + 1);
+    }
+    DataMaker::Destroy(atom);
+    Compound* const iron = make(space(), "Atom", "Q");
+    setAtom(iron, {"", "Fe", {}, 0.0F, 0});
+    // The colours of elements do not depend on what came before.
+    QCOMPARE(iron->GetColor().rgba(), 0xffffa500U);
+    QVERIFY(nameCount() <= before);
+}
+
+void NamesTest::namesStayRightWhileOthersComeAndGo() {
+    std::mt19937 random(3);
+    const std::size_t before = nameCount();
+    std::vector<std::pair<Compound*, std::string>> items;
+    for (int step = 0; step != 40'000; ++step) {
+        // Long stretches of growth and of shrinking, past the sizes at which memory is given back.
+        const bool grows = step / 10'000 % 2 == 0;
+        if (items.empty() || random() % 4 < (grows ? 3U : 1U)) {
+            const std::string name(1 + random() % 40, static_cast<char>('a' + random() % 26));
+            const std::string full = name + std::to_string(random() % 3000);
+            items.emplace_back(make(space(), "Surface", full), full);
+        } else {
+            std::swap(items[random() % items.size()], items.back());
+            QCOMPARE(items.back().first->GetName(), items.back().second);
+            DataMaker::Destroy(items.back().first);
+            items.pop_back();
+        }
+    }
+    std::set<std::string> names;
+    for (const auto& [item, name] : items) {
+        QCOMPARE(item->GetName(), name);
+        names.insert(name);
+    }
+    QCOMPARE(nameCount(), before + names.size());
+    for (const auto& [item, name] : items)
+        DataMaker::Destroy(item);
+    QCOMPARE(nameCount(), before);
 }
 
 REGISTER_TEST(NamesTest)
