@@ -7,6 +7,11 @@ set(INSTALL_DATA ${CMAKE_INSTALL_DATADIR}/structure-editor)
 set(INSTALL_INCLUDE ${CMAKE_INSTALL_INCLUDEDIR}/structure-editor)
 set(INSTALL_DOC ${CMAKE_INSTALL_DOCDIR})
 
+# Where a program looks for libraries is told from its own place. Staged targets are linked with the
+# run path that is installed: to change one afterwards, room is kept with empty entries, and each of
+# those means the working directory.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
 set(STAGE ${CMAKE_BINARY_DIR}/stage)
 set(STAGE_PLUGINS ${STAGE}/${INSTALL_PLUGINS})
 

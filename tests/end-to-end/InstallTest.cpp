@@ -1,4 +1,5 @@
 #include "Program.h"
+#include "RunPaths.h"
 #include "TestSupport.h"
 
 #include <QDir>
@@ -52,6 +53,13 @@ private slots:
         QVERIFY(mapped.contains(m_tree + "/" INSTALL_LIB "/libMemoryHost.so"));
         QVERIFY(mapped.contains(m_tree + "/" INSTALL_LIB "/plugins/Edit/libVuxo.so.0"));
         QVERIFY(!mapped.contains(BUILD_DIR));
+    }
+
+    void itsRunPathsBeginAtItsOwnPlaces() {
+        const QStringList binaries = binariesBelow(m_tree);
+        QCOMPARE(binaries.size(), 3);
+        const QStringList wrong = wrongRunPaths(binaries);
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
     }
 
     void aPluginIsWrittenAgainstTheInstalledHeaders() {
