@@ -2,17 +2,19 @@
 #include "Services.h"
 #include "Text.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <fcntl.h>
+#include <filesystem>
 #include <mutex>
 #include <new>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace memory_host {
@@ -24,6 +26,7 @@ struct Log {
     std::FILE* file = nullptr;
     QString fileName;
     LogSink sink;
+    bool isErrorLost = false; ///< a line could not be written to standard error
 };
 
 Log& theLog() {
@@ -86,9 +89,38 @@ void closeFile(Log& log) {
     log.file = nullptr;
 }
 
-std::string cannotWrite(const QString& fileName, int error) {
-    return "Log file " + fileName.toStdString() +
-           ": it cannot be written: " + std::strerror(error) + "; the log goes on without it";
+std::string cannotWrite(const QString& fileName, const std::string& reason) {
+    return "Log file " + fileName.toStdString() + ": it cannot be written: " + reason +
+           "; the log goes on without it";
+}
+
+/// Opens a file at its end, and makes its folder; null and a reason when that cannot be.
+std::FILE* openAtEnd(const QString& fileName, std::string& reason) {
+    const std::filesystem::path path(QFile::encodeName(fileName).toStdString());
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::absolute(path).parent_path(), error);
+    if (error) {
+        reason = error.message();
+        return nullptr;
+    }
+    // Without waiting: a pipe that nobody reads would hold the program up for ever.
+    const int descriptor =
+        open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666);
+    reason = std::strerror(errno);
+    const bool isUnread = descriptor < 0 && errno == ENXIO;
+    struct stat found {};
+    const bool isLasting = descriptor >= 0 && fstat(descriptor, &found) == 0 &&
+                           (S_ISREG(found.st_mode) || S_ISCHR(found.st_mode));
+    std::FILE* const file = isLasting ? fdopen(descriptor, "a") : nullptr;
+    if (file) {
+        fcntl(descriptor, F_SETFL, O_APPEND);
+        return file;
+    }
+    if (isUnread || (descriptor >= 0 && !isLasting))
+        reason = "it is no regular file";
+    if (descriptor >= 0)
+        close(descriptor);
+    return nullptr;
 }
 
 } // namespace
@@ -101,10 +133,10 @@ void setLogFile(const QString& file) {
         closeFile(log);
         log.fileName = file;
         if (!file.isEmpty()) {
-            QDir().mkpath(QFileInfo(file).absolutePath());
-            log.file = std::fopen(QFile::encodeName(file).constData(), "ae");
+            std::string reason;
+            log.file = openAtEnd(file, reason);
             if (!log.file)
-                problem = cannotWrite(file, errno);
+                problem = cannotWrite(file, reason);
         }
     }
     if (!problem.empty())
@@ -124,6 +156,7 @@ void Logger::Write(const std::string& line) {
     Log& log = theLog();
     LogSink sink;
     std::string problem;
+    std::string errorProblem;
     std::string oneLine;
     const std::string* text = &oneLine;
     try {
@@ -135,16 +168,18 @@ void Logger::Write(const std::string& line) {
         const std::lock_guard lock(log.mutex);
         if (log.file &&
             (std::fprintf(log.file, "%s ", timeNow().data()) < 0 || !put(log.file, *text))) {
-            problem = cannotWrite(log.fileName, errno);
+            problem = cannotWrite(log.fileName, std::strerror(errno));
             closeFile(log);
         }
         sink = log.sink;
-        if (!sink)
-            put(stderr, *text);
+        // Who would read it there does not; in the file it is told once.
+        if (!sink && !put(stderr, *text) && !std::exchange(log.isErrorLost, true))
+            errorProblem = std::string("Standard error cannot be written: ") + std::strerror(errno);
     }
     // Outside of the lock: a sink may write lines of its own.
     if (sink)
         sink(*text);
-    if (!problem.empty())
-        Write(problem);
+    for (const std::string& later : {problem, errorProblem})
+        if (!later.empty())
+            Write(later);
 }

@@ -43,10 +43,8 @@ QString logFile() {
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
     if (!QDir::isAbsolutePath(state))
         state = QDir::homePath() + QStringLiteral("/.local/state");
-    const QDir folder(state + u'/' + QCoreApplication::applicationName());
-    if (!folder.mkpath(QStringLiteral(".")))
-        return {};
-    const QString file = folder.filePath(QStringLiteral("workbench.log"));
+    const QString file =
+        state + u'/' + QCoreApplication::applicationName() + QStringLiteral("/workbench.log");
     if (QFile(file).size() > largestLog) {
         QFile::remove(file + QStringLiteral(".old"));
         QFile::rename(file, file + QStringLiteral(".old"));

@@ -15,7 +15,7 @@ QStringList samples(const QString& dataFolder);
 
 /// The user's settings, which need not exist.
 QString settingsFile();
-/// The user's log, in a folder that exists; empty when there can be none.
+/// The user's log, which need not exist; one that has grown large is put aside first.
 QString logFile();
 
 } // namespace workbench

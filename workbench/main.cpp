@@ -6,6 +6,7 @@
 #include "Places.h"
 #include "PluginFolder.h"
 #include "Services.h"
+#include "StandardStreams.h"
 #include "StopSignals.h"
 
 #include <QDir>
@@ -20,7 +21,7 @@ namespace {
 
 constexpr const char* structureEditor = "Edit/Vuxo";
 
-enum ExitStatus { Done = 0, NothingToShow = 1, WrongUsage = 2 };
+enum ExitStatus { Done = 0, NothingToShow = 1, NotWritten = 1, WrongUsage = 2 };
 
 /// A line about the program itself rather than a file or a plug-in.
 void report(const std::string& line) {
@@ -93,6 +94,7 @@ int run(const workbench::CommandLine& line, char* program) {
 } // namespace
 
 int main(int argc, char** argv) {
+    workbench::secureStandardStreams();
     workbench::CommandLine line;
     const std::string wrong =
         workbench::readCommandLine(std::vector<std::string>(argv + 1, argv + argc), line);
@@ -102,11 +104,10 @@ int main(int argc, char** argv) {
     }
     switch (line.task) {
     case workbench::CommandLine::Task::Help:
-        std::fputs(workbench::helpText().c_str(), stdout);
-        return Done;
+        return workbench::writeToStandardOutput(workbench::helpText()) ? Done : NotWritten;
     case workbench::CommandLine::Task::Version:
-        std::puts("workbench " WORKBENCH_VERSION);
-        return Done;
+        return workbench::writeToStandardOutput("workbench " WORKBENCH_VERSION "\n") ? Done
+                                                                                     : NotWritten;
     case workbench::CommandLine::Task::Run:
         break;
     }

@@ -7,8 +7,11 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace memory_host;
@@ -206,6 +209,54 @@ private slots:
                               "Log file " + m_folder->path() +
                                   ": it cannot be written: Is a directory; the log goes on "
                                   "without it"}));
+    }
+
+    void aFolderThatCannotBeMadeIsOneLine() {
+        setLogFile("/proc/nowhere/log.txt");
+        const QStringList log = takeHostLog();
+        QCOMPARE(log.size(), 1);
+        QVERIFY2(log.constFirst().startsWith("Log file /proc/nowhere/log.txt: it cannot be "
+                                             "written: No such file or directory;"),
+                 qPrintable(log.constFirst()));
+    }
+
+    void aPipeIsNoPlaceForTheLog() {
+        const QString pipe = m_folder->filePath("pipe");
+        const QByteArray name = QFile::encodeName(pipe);
+        QCOMPARE(mkfifo(name.constData(), 0600), 0);
+        const QString line = "Log file " + pipe +
+                             ": it cannot be written: it is no regular file; the log goes on "
+                             "without it";
+        // Nobody reads: that must not hold the program up.
+        setLogFile(pipe);
+        QCOMPARE(takeHostLog(), QStringList(line));
+        const int reader = open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        QVERIFY(reader >= 0);
+        setLogFile(pipe);
+        QCOMPARE(takeHostLog(), QStringList(line));
+        close(reader);
+    }
+
+    void standardErrorThatNobodyReadsIsToldOnceInTheFile() {
+        const auto before = std::signal(SIGPIPE, SIG_IGN);
+        LogSink tests = setLogSink({});
+        setLogFile(m_folder->filePath("log.txt"));
+        {
+            StandardError standardError;
+            int ends[2];
+            QCOMPARE(pipe(ends), 0);
+            dup2(ends[1], STDERR_FILENO);
+            close(ends[1]);
+            Logger::Write("read");
+            close(ends[0]);
+            Logger::Write("one");
+            Logger::Write("two");
+        }
+        setLogSink(tests);
+        (void)std::signal(SIGPIPE, before);
+        QCOMPARE(logFileLines(),
+                 QList<QByteArray>(
+                     {"read", "one", "Standard error cannot be written: Broken pipe", "two", ""}));
     }
 
     void aFullDiskIsToldOnce() {
