@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -9,12 +10,15 @@ namespace workbench {
 
 namespace {
 
-// A handler may do next to nothing: it writes a byte that the event loop reads.
+// A handler may do next to nothing: it writes a byte that the event loop reads. What it interrupts
+// may be about to look at errno.
 int ends[2] = {-1, -1};
 
 void wake(int) {
+    const int before = errno;
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = write(ends[1], &byte, 1);
+    errno = before;
 }
 
 } // namespace

@@ -6,6 +6,9 @@ set_target_properties(test-plugin-FaultyWindow PROPERTIES
 add_dependencies(test-end-to-end workbench Vuxo test-plugin-FaultyWindow
   test-plugin-LacksIsDone test-plugin-ThrowsStatic test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
   test-plugin-ThrowsExecute0)
+# The one part of the program that no run of it shows.
+target_sources(test-end-to-end PRIVATE ${CMAKE_SOURCE_DIR}/workbench/StopSignals.cpp)
+target_include_directories(test-end-to-end PRIVATE ${CMAKE_SOURCE_DIR}/workbench)
 foreach(library Core Gui Widgets)
   list(APPEND qt_includes $<TARGET_PROPERTY:Qt6::${library},INTERFACE_INCLUDE_DIRECTORIES>)
 endforeach()
