@@ -42,9 +42,10 @@ void tellBeforeDestroying(Compound* item) {
         std::erase(state.all, nullptr);
 }
 
-std::size_t destroyObserverCount() {
-    const auto& all = observers().all;
-    return all.size() - static_cast<std::size_t>(std::count(all.begin(), all.end(), nullptr));
+void addDestroyObservers(std::vector<const void*>& listeners) {
+    for (const TAVIK::DestroyObserver* observer : observers().all)
+        if (observer)
+            listeners.push_back(observer);
 }
 
 } // namespace memory_host

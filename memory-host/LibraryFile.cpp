@@ -1,5 +1,7 @@
 #include "LibraryFile.h"
 
+#include "Subscribers.h"
+
 #include <QApplication>
 #include <QFile>
 
@@ -16,6 +18,12 @@ namespace {
 const void* libraryOf(const void* address) {
     Dl_info info{};
     return dladdr(address, &info) ? info.dli_fbase : nullptr;
+}
+
+/// Where the library begins that holds the code of an object's class: there stands the table of its
+/// virtual functions.
+const void* libraryOfClass(const void* object) {
+    return libraryOf(*static_cast<const void* const*>(object));
 }
 
 } // namespace
@@ -56,12 +64,19 @@ QList<QPointer<QWidget>> widgetsOfLibrary(const void* address) {
         return found;
     const void* const library = libraryOf(address);
     for (QWidget* widget : QApplication::allWidgets()) {
-        // The table of virtual functions stands with the code of the widget's class.
-        const void* const table = *reinterpret_cast<const void* const*>(widget);
-        if (libraryOf(table) == library || libraryOf(widget->metaObject()) == library)
+        if (libraryOfClass(widget) == library || libraryOf(widget->metaObject()) == library)
             found << widget;
     }
     return found;
+}
+
+std::size_t subscribersOfLibrary(const void* address) {
+    const void* const library = libraryOf(address);
+    std::size_t count = 0;
+    for (const void* subscriber : listeners())
+        if (libraryOfClass(subscriber) == library && libraryOf(subscriber) != library)
+            ++count;
+    return count;
 }
 
 } // namespace memory_host

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QWidget>
 
+#include <cstddef>
 #include <string>
 
 namespace memory_host {
@@ -16,5 +17,8 @@ std::string libraryProblem(const QString& path);
 
 /// The windows and other widgets whose class stands in the library that holds `address`.
 QList<QPointer<QWidget>> widgetsOfLibrary(const void* address);
+/// How many subscribers and observers there are whose class stands in the library that holds
+/// `address`, beside those among its static objects, which go with it.
+std::size_t subscribersOfLibrary(const void* address);
 
 } // namespace memory_host

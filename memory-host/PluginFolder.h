@@ -20,8 +20,8 @@ HOST_EXPORT bool startPlugin(const QString& typeAndName);
 /// Whether every loaded plug-in reports that it is done; one that cannot say counts as done.
 HOST_EXPORT bool allPluginsDone();
 /// Tells every plug-in to clean up, and unloads them; meanwhile none can be called. One that leaves
-/// a widget behind or throws is forgotten, but its code stays in memory. While an entry point of
-/// any plug-in is running, this only writes a line to the log.
+/// a widget or a subscriber behind or throws is forgotten, but its code stays in memory. While an
+/// entry point of any plug-in is running, this only writes a line to the log.
 HOST_EXPORT void unloadPlugins();
 
 } // namespace memory_host

@@ -115,9 +115,10 @@ public:
 
     bool isDone();
 
-    /// Calls Cleanup. A plug-in that throws there or leaves a widget behind stays in memory: its
-    /// code is still needed.
+    /// Calls Cleanup.
     void cleanUp();
+    /// A plug-in that threw in Cleanup or left a widget or a subscriber behind stays in memory: its
+    /// code is still needed.
     void unload();
 
     /// Logs one line about the plug-in.
@@ -126,6 +127,10 @@ public:
 private:
     template <class Function>
     void resolve(Function& function, const char* symbol, std::string& missing);
+    /// A place in the library; null when it has no entry point at all.
+    const void* code() const;
+    /// What of the library is still in use, in words; empty when nothing is.
+    std::string leftBehind() const;
     /// Type, name and file.
     std::string nameInLog() const { return m_label + " (" + file().toStdString() + ')'; }
 
@@ -201,19 +206,44 @@ void Plugin::cleanUp() {
     const std::string failure = attempt([&] { m_entryPoints.cleanup(); });
     if (!failure.empty())
         report(failure + " (Cleanup)");
-    const void* const code = reinterpret_cast<const void*>(m_entryPoints.cleanup);
-    for (const QPointer<QWidget>& widget : memory_host::widgetsOfLibrary(code)) {
+    for (const QPointer<QWidget>& widget : memory_host::widgetsOfLibrary(code())) {
         // deleteLater() is as good as delete, but later is too late.
         if (widget)
             QCoreApplication::sendPostedEvents(widget, QEvent::DeferredDelete);
     }
-    const auto left = memory_host::widgetsOfLibrary(code).size();
-    if (left > 0)
-        report("stays in memory: after Cleanup " + std::to_string(left) + " of its widgets exist");
-    m_needed = left > 0 || !failure.empty();
+    m_needed = !failure.empty();
+}
+
+const void* Plugin::code() const {
+    const EntryPoints& all = m_entryPoints;
+    for (const auto entry :
+         {reinterpret_cast<const void*>(all.cleanup), reinterpret_cast<const void*>(all.command),
+          reinterpret_cast<const void*>(all.commandC), reinterpret_cast<const void*>(all.execute0),
+          reinterpret_cast<const void*>(all.isDone)})
+        if (entry)
+            return entry;
+    return nullptr;
+}
+
+std::string Plugin::leftBehind() const {
+    // One that lacks an entry point was never used, but its static objects may have been busy.
+    if (!code())
+        return {};
+    const auto widgets = memory_host::widgetsOfLibrary(code()).size();
+    const auto subscribers = memory_host::subscribersOfLibrary(code());
+    std::string left;
+    if (widgets > 0)
+        left = std::to_string(widgets) + " of its widgets";
+    if (subscribers > 0)
+        left += (left.empty() ? "" : " and ") + std::to_string(subscribers) + " of its subscribers";
+    return left;
 }
 
 void Plugin::unload() {
+    if (const std::string left = leftBehind(); !left.empty()) {
+        report("stays in memory: after Cleanup " + left + " exist");
+        m_needed = true;
+    }
     if (!m_needed && !m_library.unload())
         report("cannot be unloaded: " + m_library.errorString().toStdString());
 }

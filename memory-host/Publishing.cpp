@@ -137,10 +137,17 @@ DataPointBase::~DataPointBase() {
 
 namespace memory_host {
 
+std::vector<const void*> listeners() {
+    std::vector<const void*> all;
+    for (const Subscriber* subscriber : publishing().subscribers)
+        if (subscriber)
+            all.push_back(subscriber);
+    addDestroyObservers(all);
+    return all;
+}
+
 std::size_t subscriberCount() {
-    const std::vector<Subscriber*>& all = publishing().subscribers;
-    return all.size() - static_cast<std::size_t>(std::count(all.begin(), all.end(), nullptr)) +
-           destroyObserverCount();
+    return listeners().size();
 }
 
 void logHandlerFailure() noexcept {

@@ -4,12 +4,17 @@
 #include "HostExport.h"
 
 #include <cstddef>
+#include <vector>
 
 namespace memory_host {
 
 /// How many subscribers there are now, and observers of destructions.
 HOST_EXPORT std::size_t subscriberCount();
-std::size_t destroyObserverCount();
+/// Each of them, by the address of its interface: there the table of its virtual functions is
+/// found.
+std::vector<const void*> listeners();
+/// Appends the observers of destructions to them.
+void addDestroyObservers(std::vector<const void*>& listeners);
 
 /// Logs the exception in flight, out of a handler.
 void logHandlerFailure() noexcept;

@@ -1,5 +1,7 @@
 // When plug-ins are done, and how they are unloaded: windows, code in memory, and calls meanwhile.
+#include "DataPointBase.h"
 #include "PluginTestCase.h"
+#include "Subscribers.h"
 
 #include <QPointer>
 
@@ -114,6 +116,36 @@ private slots:
         window->repaint();
         QVERIFY(window->close());
         delete window;
+    }
+
+    void aSubscriberThatIsLeftBehindKeepsItsCodeInMemory() {
+        const std::size_t before = subscriberCount();
+        const QString file = loadOne("Subscribing");
+        QVERIFY(startPlugin("Create/Subscribing"));
+        QCOMPARE(subscriberCount(), before + 1);
+        unloadPlugins();
+        QCOMPARE(takeHostLog(),
+                 QStringList("Plug-in Create/Subscribing (" + file +
+                             ") stays in memory: after Cleanup 1 of its subscribers exist"));
+        QVERIFY(!PluginManager::FindPlugin("Create", "Subscribing"));
+        QVERIFY(isInMemory(file));
+        { const DataPointBase change(nullptr, Publisher::Update); }
+        QCOMPARE(takeHostLog(), QStringList("the subscriber that was left behind hears"));
+        void* const library = dlopen(QFile::encodeName(file).constData(), RTLD_LAZY | RTLD_NOLOAD);
+        QVERIFY(library);
+        reinterpret_cast<void (*)()>(dlsym(library, "DestroySubscriber"))();
+        dlclose(library);
+        QCOMPARE(subscriberCount(), before);
+    }
+
+    void aSubscriberThatIsAStaticObjectGoesWithItsPlugin() {
+        const std::size_t before = subscriberCount();
+        const QString file = loadOne("SubscribingStatic");
+        QCOMPARE(subscriberCount(), before + 1);
+        unloadPlugins();
+        QVERIFY(!isInMemory(file));
+        QCOMPARE(subscriberCount(), before);
+        { const DataPointBase change(nullptr, Publisher::Update); }
     }
 
     void commandsWhilePluginsUnloadFindNobody() {

@@ -24,5 +24,7 @@ add_test_plugin(Rotamer RotamerPlugin.cpp)
 add_test_plugin(Window WindowPlugin.cpp)
 add_test_plugin(Leaving LeavingPlugin.cpp)
 add_test_plugin(LeavingLater LeavingPlugin.cpp DELETES_LATER)
+add_test_plugin(Subscribing SubscribingPlugin.cpp)
+add_test_plugin(SubscribingStatic SubscribingPlugin.cpp IS_STATIC)
 
 target_compile_definitions(test-memory-host PRIVATE TEST_PLUGINS="${TEST_PLUGINS}")
