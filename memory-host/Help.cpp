@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QImage>
 #include <QMainWindow>
 #include <QPointer>
 #include <QScopedValueRollback>
@@ -33,6 +34,24 @@ using namespace memory_host;
 
 QDir helpFolder() {
     return QDir(QDir::cleanPath(QDir(dataFolder()).absoluteFilePath(QStringLiteral("help"))));
+}
+
+/// Reads a page or an image. The help folder is all that the viewer shows: neither a path nor a
+/// link in the file system leads out of it.
+TextFile readHelpFile(const QString& path) {
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    const QString folder = QFileInfo(helpFolder().path()).canonicalFilePath();
+    const bool isWithin = path.startsWith(helpFolder().path() + u'/') &&
+                          (canonical.isEmpty() || canonical.startsWith(folder + u'/'));
+    return isWithin ? readTextFile(path) : TextFile{{}, "it is outside of the help folder"};
+}
+
+/// Stands for an image that cannot be shown. It is never null: what has no image is looked for once
+/// more by the text document itself, as a file.
+QImage missingImage() {
+    QImage image(16, 16, QImage::Format_RGB32);
+    image.fill(Qt::lightGray);
+    return image;
 }
 
 /// The file of a page that is named with or without its ending.
@@ -79,11 +98,10 @@ QString missingPage(const QString& name, const std::string& problem) {
 }
 
 /// A page of the help folder. Links may name another page, a heading ("#mouse"), or both; what
-/// stands outside of the folder is not shown.
+/// stands outside of the folder is not shown, be it a page or an image.
 class HelpBrowser : public QTextBrowser {
 public:
     explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) {
-        setOpenExternalLinks(true);
         document()->setDocumentMargin(12);
         makeLegible();
     }
@@ -103,6 +121,11 @@ public:
 protected:
     void doSetSource(const QUrl& url, QTextDocument::ResourceType) override {
         QUrl page = source().resolved(url);
+        if (!page.isLocalFile()) {
+            Logger::Write("Help link " + page.toString().toStdString() +
+                          " is not opened: it leads out of the help folder");
+            return;
+        }
         page.setPath(pageFile(page.path()));
         QTextBrowser::doSetSource(page, QTextDocument::MarkdownResource);
         if (std::exchange(m_isNew, false)) {
@@ -121,15 +144,14 @@ protected:
     }
 
     QVariant loadResource(int type, const QUrl& name) override {
+        if (type == QTextDocument::ImageResource)
+            return loadImage(source().resolved(name));
+        // What is null would be looked for once more, as a file.
         if (type != QTextDocument::MarkdownResource)
-            return QTextBrowser::loadResource(type, name);
+            return QByteArray("");
         m_isNew = true;
         const QString path = QDir::cleanPath(name.toLocalFile());
-        TextFile file;
-        if (path.startsWith(helpFolder().path() + u'/'))
-            file = readTextFile(path);
-        else
-            file.problem = "it is outside of the help folder";
+        TextFile file = readHelpFile(path);
         if (file.problem.empty() && file.bytes.trimmed().isEmpty())
             file.problem = "it is empty";
         if (file.problem.empty())
@@ -179,6 +201,19 @@ private:
             cursor.setPosition(end, QTextCursor::KeepAnchor);
             cursor.mergeCharFormat(colour);
         }
+    }
+
+    static QImage loadImage(const QUrl& url) {
+        const QString path = QDir::cleanPath(url.toLocalFile());
+        TextFile file = readHelpFile(path);
+        const QImage image = QImage::fromData(file.bytes);
+        if (file.problem.empty() && image.isNull())
+            file.problem = "it is no image";
+        if (file.problem.empty())
+            return image;
+        Logger::Write("Help image " + (path.isEmpty() ? url.toString() : path).toStdString() +
+                      " cannot be shown: " + file.problem);
+        return missingImage();
     }
 
     /// A bar within a cell of a table has a backslash before it. Qt takes that away in text, but

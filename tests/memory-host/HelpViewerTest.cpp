@@ -5,6 +5,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QBuffer>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -17,6 +19,7 @@
 #include <QToolButton>
 
 #include <memory>
+#include <sys/stat.h>
 
 using namespace memory_host;
 
@@ -92,9 +95,40 @@ class HelpViewerTest : public test_support::TestCase {
         write(page, text);
     }
 
+    /// Writes a file by its path from above the help folder.
+    void writeSecret(const QString& file, const QByteArray& bytes) {
+        QFile secret(m_folder->filePath(file));
+        QVERIFY(secret.open(QIODevice::WriteOnly));
+        QCOMPARE(secret.write(bytes), bytes.size());
+    }
+    /// A PNG file in one colour.
+    static QByteArray picture(Qt::GlobalColor color) {
+        QImage image(40, 40, QImage::Format_RGB32);
+        image.fill(color);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG") ? bytes
+                                                                               : QByteArray();
+    }
+    /// Whether a pixel of the page has that colour.
+    static bool shows(Qt::GlobalColor color) {
+        const QImage page = browser()->viewport()->grab().toImage();
+        for (int y = 0; y != page.height(); ++y)
+            for (int x = 0; x != page.width(); ++x)
+                if (page.pixelColor(x, y) == QColor(color))
+                    return true;
+        return false;
+    }
+
+    QList<QUrl> m_opened; ///< by the desktop
+
+public slots:
+    void openUrl(const QUrl& url) { m_opened << url; }
+
 private slots:
     void init() override {
         TestCase::init();
+        m_opened.clear();
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid() && QDir(m_folder->path()).mkdir("help"));
         m_dataFolder = dataFolder();
@@ -379,6 +413,98 @@ private slots:
                         base) >= 4.5);
         }
         QApplication::setPalette(before);
+    }
+
+    void aLinkInTheFileSystemDoesNotLeadOutOfTheFolder() {
+        writeSecret("secret.md", "secret text");
+        QVERIFY(QFile::link(m_folder->filePath("secret.md"), path("link.md")));
+        QVERIFY(QFile::link(m_folder->path(), path("folder")));
+        for (const QString page : {"link", "folder/secret"}) {
+            HelpViewer::Show(page);
+            QVERIFY(!shownText().contains("secret text"));
+            QVERIFY2(shownText().contains("outside of the help folder"), qPrintable(shownText()));
+        }
+        QCOMPARE(takeHostLog().size(), 2);
+        // Within the folder one may lead to another page, and to the folder itself.
+        write("page.md", "the page\n");
+        QVERIFY(QFile::link(path("page.md"), path("alias.md")));
+        HelpViewer::Show("alias");
+        QCOMPARE(shownText(), "the page");
+        const QString data = m_folder->filePath("data");
+        QVERIFY(QDir().mkdir(data) && QFile::link(path(""), data + "/help"));
+        setDataFolder(data);
+        HelpViewer::Show("page");
+        QCOMPARE(shownText(), "the page");
+    }
+
+    void anImageOfTheFolderIsShown() {
+        writeSecret("help/red.png", picture(Qt::red));
+        write("page.md", "![an image](red.png)\n");
+        HelpViewer::Show("page");
+        QVERIFY(shows(Qt::red));
+    }
+
+    void noImageFromOutsideOfTheFolderIsShown() {
+        const QString outside = m_folder->filePath("outside");
+        QVERIFY(QDir().mkdir(outside));
+        writeSecret("outside/blue.png", picture(Qt::blue));
+        QVERIFY(QFile::link(outside + "/blue.png", path("link.png")));
+        // What has no image in the folder may have one of that name in the working directory.
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(outside));
+        const QStringList images{"../outside/blue.png",
+                                 "link.png",
+                                 "blue.png",
+                                 outside + "/blue.png",
+                                 QUrl::fromLocalFile(outside + "/blue.png").toString(),
+                                 "http://localhost/blue.png",
+                                 "data:image/png;base64," + picture(Qt::blue).toBase64()};
+        for (const QString& image : images) {
+            write("page.md", "![an image](" + image.toUtf8() + ")\n");
+            HelpViewer::Show("page");
+            QVERIFY2(!shows(Qt::blue), qPrintable(image));
+            const QStringList log = takeHostLog();
+            QCOMPARE(log.size(), 1);
+            QVERIFY2(log.constFirst().startsWith("Help image "), qPrintable(log.constFirst()));
+        }
+        QVERIFY(QDir::setCurrent(before));
+    }
+
+    void whatIsNoImageOrTooLargeIsSaid() {
+        write("text.png", "no image");
+        write("large.png", picture(Qt::red) + QByteArray(1 << 20, 'x'));
+        QCOMPARE(mkfifo(QFile::encodeName(path("pipe.png")).constData(), 0600), 0);
+        QStringList log;
+        for (const auto& [image, problem] : {std::pair("text.png", "it is no image"),
+                                             std::pair("large.png", "it is larger than 1 MB"),
+                                             std::pair("pipe.png", "it is not a file")}) {
+            write("page.md", QByteArray("![an image](") + image + ")\n");
+            HelpViewer::Show("page");
+            QVERIFY(!shows(Qt::red));
+            log << "Help image " + path(image) + " cannot be shown: " + problem;
+        }
+        QCOMPARE(takeHostLog(), log);
+    }
+
+    void aLinkOfAnotherSchemeOpensNothing() {
+        write("page.md", "# The page\n\n[away](http://localhost/x) [mail](mailto:a@b) "
+                         "[code](qrc:/x.md)\n");
+        HelpViewer::Show("page");
+        for (const QString scheme : {"http", "mailto", "qrc"})
+            QDesktopServices::setUrlHandler(scheme, this, "openUrl");
+        for (const QString text : {"away", "mail", "code"}) {
+            clickOn(text);
+            QVERIFY(shownText().startsWith("The page\n"));
+        }
+        for (const QString scheme : {"http", "mailto", "qrc"})
+            QDesktopServices::unsetUrlHandler(scheme);
+        QCOMPARE(m_opened, QList<QUrl>());
+        QCOMPARE(
+            takeHostLog(),
+            QStringList({"Help link http://localhost/x is not opened: it leads out of the help "
+                         "folder",
+                         "Help link mailto:a@b is not opened: it leads out of the help folder",
+                         "Help link qrc:/x.md is not opened: it leads out of the help folder"}));
     }
 
     void escapeClosesTheViewer() {
