@@ -20,6 +20,9 @@ namespace memory_host {
 
 namespace {
 
+/// A file that is no settings file at all is not told line by line.
+constexpr int mostReports = 10;
+
 class SettingsFile {
 public:
     /// Takes another file, which is read when a setting is asked for.
@@ -48,12 +51,16 @@ private:
         if (!m_problem.empty())
             report(": " + m_problem);
         std::string section;
+        int wrong = 0;
         forEachLine(file.text(), [&](std::string_view line, int number) {
             const std::string problem = readLine(trimmed(line), section);
-            if (!problem.empty())
+            if (!problem.empty() && ++wrong <= mostReports)
                 report(", line " + std::to_string(number) + ": " + problem);
             return true;
         });
+        if (const int more = wrong - mostReports; more > 0)
+            report(": " + std::to_string(more) +
+                   (more == 1 ? " more line is wrong" : " more lines are wrong"));
     }
 
     void report(const std::string& problem) const {

@@ -128,6 +128,25 @@ private slots:
         QCOMPARE(takeHostLog(), QStringList(file + ", line 2: 'wrong line'" + is));
     }
 
+    void tenThousandWrongLinesAreTenMessagesAndACount() {
+        QByteArray lines;
+        for (int i = 0; i != 10'000; ++i)
+            lines += "wrong line\n";
+        write("[A]\n" + lines + "k=1\n");
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(get("A", "k"), "1");
+        QStringList log = takeHostLog();
+        QCOMPARE(log.size(), 11);
+        QVERIFY2(log.at(9).startsWith("Settings file " + path() + ", line 11: 'wrong line'"),
+                 qPrintable(log.at(9)));
+        QCOMPARE(log.at(10), "Settings file " + path() + ": 9990 more lines are wrong");
+        write("[A]\nk=2\n" + lines.left(11 * 11));
+        QCOMPARE(get("A", "k"), "2");
+        log = takeHostLog();
+        QCOMPARE(log.size(), 11);
+        QCOMPARE(log.at(10), "Settings file " + path() + ": 1 more line is wrong");
+    }
+
     void aValueThatTheHostsTextCannotHoldIsNamed() {
         write("[A]\nk=\xe2\x82\xac 5\n");
         QCOMPARE(get("A", "k"), "? 5");
