@@ -103,8 +103,16 @@ public:
     bool hasSelected() const { return m_marked; }
     /// Whether selecting the row can select others, which lie below it or, with a set, elsewhere.
     bool selectsOthers() const;
+    /// False only if neither this row nor one below it stands for items elsewhere, as a set does.
+    bool holdsSets() const { return m_elsewhere; }
     /// Whether the user changed the row's selection since it was last handed over.
     bool isDirty() const { return m_Dirty; }
+    /// Ends that the row counts as changed by the user, unless it is selected: what it holds is
+    /// then handed over row by row.
+    void forgetUnselecting() {
+        if (m_Dirty && !isSelected())
+            m_Dirty = false;
+    }
     /// Forgets that the user changed this row and those below.
     void SetClean();
     /// Hands the user's changes, in this row and below, to the host. What lies below a changed row

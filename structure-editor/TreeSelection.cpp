@@ -1,33 +1,31 @@
 #include "TreeSelection.h"
 
+#include "SharedRows.h"
 #include "TreeView.h"
 
+#include <new>
 #include <utility>
 
 namespace {
 
-// Whether `a` comes before `b` in the order shown; a row comes before what lies below it.
-bool isBefore(const TreeItem* a, const TreeItem* b) {
-    const int depthA = a->depth();
-    const int depthB = b->depth();
-    const TreeItem* aboveA = a;
-    const TreeItem* aboveB = b;
-    for (int depth = depthA; depth > depthB; --depth)
-        aboveA = aboveA->parent();
-    for (int depth = depthB; depth > depthA; --depth)
-        aboveB = aboveB->parent();
-    if (aboveA == aboveB)
-        return depthA < depthB;
-    while (aboveA->parent() != aboveB->parent()) {
-        aboveA = aboveA->parent();
-        aboveB = aboveB->parent();
-    }
-    return aboveA->position() < aboveB->position();
-}
-
 void set(TreeItem* row, bool selected) {
     if (row->isSelected() != selected)
         row->setSelected(selected);
+}
+
+bool isBelow(const TreeItem* row, const TreeItem* above) {
+    while (row && row != above)
+        row = row->parent();
+    return row;
+}
+
+// Unselects what `above` holds behind `row` and all that lies below that one.
+void clearAfter(TreeItem* row, TreeItem* above) {
+    TreeItemIterator end(above);
+    end.skipBelow();
+    TreeItemIterator it(row);
+    for (it.skipBelow(); it.current() != end.current(); ++it)
+        set(it.current(), false);
 }
 
 // Whether `row` is cleared like all others although it stays selected: see the class.
@@ -42,15 +40,9 @@ void TreeSelection::forget() {
     m_pressed = nullptr;
 }
 
-TreeItem* TreeSelection::anchor() const {
-    return m_anchor ? m_anchor : m_view.firstChild();
-}
-
 bool TreeSelection::press(TreeItem* row, TreeItem* current, Qt::KeyboardModifiers modifiers) {
-    if (modifiers & Qt::ShiftModifier) {
-        extendTo(row, current ? current : anchor());
-        return true;
-    }
+    if (modifiers & Qt::ShiftModifier)
+        return extendTo(row, current ? current : m_anchor);
     m_anchor = row;
     if (modifiers & Qt::ControlModifier) {
         toggle(row);
@@ -68,6 +60,11 @@ bool TreeSelection::pressNothing(Qt::KeyboardModifiers modifiers) {
     return !(modifiers & Qt::ControlModifier) && setAll(false);
 }
 
+void TreeSelection::pressMark(TreeItem* row, Qt::KeyboardModifiers modifiers) {
+    if (!(modifiers & Qt::ShiftModifier))
+        m_anchor = row;
+}
+
 bool TreeSelection::release(TreeItem* row) {
     const TreeItem* pressed = std::exchange(m_pressed, nullptr);
     if (!row || row != pressed)
@@ -76,14 +73,29 @@ bool TreeSelection::release(TreeItem* row) {
     return true;
 }
 
-void TreeSelection::extendTo(TreeItem* row, TreeItem* current) {
-    TreeItem* first = anchor();
+bool TreeSelection::extendTo(TreeItem* row, TreeItem* current) {
+    if (!m_anchor)
+        return false;
+    TreeItem* first = m_anchor;
     TreeItem* last = row;
     if (isBefore(last, first))
         std::swap(first, last);
     if (isBefore(current, first)) {
+        // A row that held the range goes with all that it holds, also behind the range.
+        TreeItem* outermost = nullptr;
+        for (TreeItem* above = first->parent(); above && !isBefore(above, current);
+             above = above->parent())
+            if (above->isSelected())
+                outermost = above;
         for (TreeItemIterator it(current); it.current() != first; ++it)
             set(it.current(), false);
+        // Of its rows, the last one that the range holds; what lies below that goes with it.
+        TreeItem* end = last;
+        for (TreeItem* above = last->parent(); above && above != outermost; above = above->parent())
+            if (!isBefore(above, first))
+                end = above;
+        if (outermost && isBelow(last, outermost))
+            clearAfter(end, outermost);
     } else if (isBefore(last, current)) {
         for (TreeItemIterator it(last); it.current() != current;) {
             ++it;
@@ -97,19 +109,23 @@ void TreeSelection::extendTo(TreeItem* row, TreeItem* current) {
         if (it.current() == last)
             break;
     }
+    leaveShared({first, last, false});
+    return true;
 }
 
 bool TreeSelection::moveTo(TreeItem* row, Qt::KeyboardModifiers modifiers) {
     const bool control = modifiers & Qt::ControlModifier;
-    if (modifiers & Qt::ShiftModifier) {
-        TreeItem* first = anchor()->shownRow();
+    const bool shift = modifiers & Qt::ShiftModifier;
+    if (!shift || !m_anchor)
+        m_anchor = row;
+    if (shift) {
+        TreeItem* first = m_anchor->shownRow();
         TreeItem* last = row;
         if (isBefore(last, first))
             std::swap(first, last);
         selectShown(first, last, !control);
         return true;
     }
-    m_anchor = row;
     if (!control)
         selectOnly(row);
     return !control;
@@ -153,5 +169,18 @@ void TreeSelection::selectShown(TreeItem* first, TreeItem* last, bool only) {
         set(row, true);
         if (row == last)
             break;
+    }
+    leaveShared({first, last, true});
+}
+
+void TreeSelection::leaveShared(const RowRange& wanted) {
+    for (TreeItem* above = wanted.first->parent(); above; above = above->parent())
+        above->forgetUnselecting();
+    if (!m_view.rows()->root()->holdsSets())
+        return;
+    try {
+        leaveSharedRows(m_view, wanted);
+    } catch (const std::bad_alloc&) {
+        // Then sets are handed over like all other rows, and may unselect what they share.
     }
 }

@@ -7,6 +7,7 @@
 
 #include <QHeaderView>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QScrollBar>
 
 namespace {
@@ -167,6 +168,7 @@ void TreeView::pressBelowRows(QMouseEvent* event) {
 void TreeView::leftPress(TreeItem* row, const QPoint& pos, Qt::KeyboardModifiers modifiers) {
     if (isOnMark(row, pos)) {
         m_ignoreDoubleClick = true;
+        m_selection.pressMark(row, modifiers);
         row->setOpen(!row->isOpen());
         return;
     }
@@ -255,10 +257,33 @@ void TreeView::dragTo(const QPoint& pos) {
         row = lastShown();
     if (!row || row == current)
         return;
-    m_selection.extendTo(row, current);
-    setCurrentItem(row);
-    scrollToRow(row);
-    tellSelection();
+    // Each row is told of before the next one is reached. Whoever listens may do anything; rows go
+    // only together with the drag.
+    const QPointer<TreeView> view(this);
+    for (TreeItem* each : crossed(current, row)) {
+        const bool selects = m_selection.extendTo(each, currentItem());
+        setCurrentItem(each);
+        scrollToRow(each);
+        if (selects)
+            tellSelection();
+        if (!view || m_drag == Drag::None)
+            return;
+    }
+}
+
+// The rows that the mouse meets on its way, `to` included and `from` not. Where a drag starts off
+// screen nothing was crossed on the way to it.
+std::vector<TreeItem*> TreeView::crossed(TreeItem* from, TreeItem* to) const {
+    const QRect rect = rectOf(from);
+    if (!rect.isValid() || rect.bottom() < 0 || rect.top() >= viewport()->height())
+        return {to};
+    std::vector<TreeItem*> rows;
+    const bool down = isBefore(from, to);
+    while (from != to) {
+        from = down ? from->itemBelow() : from->itemAbove();
+        rows.push_back(from);
+    }
+    return rows;
 }
 
 void TreeView::endDrag() {

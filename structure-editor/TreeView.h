@@ -12,6 +12,7 @@
 
 #include <array>
 #include <unordered_map>
+#include <vector>
 
 /// A tree of TreeItem rows.
 ///
@@ -19,9 +20,9 @@
 /// current row alone. Marks that the user sets are announced with selectionChanged(), once a
 /// gesture, and handed to the host by whoever listens.
 ///
-/// The right button changes what the cell under it shows, or opens the host's menu; the middle one
-/// asks for the deletion of a row. Both are the host's changes: the view learns of them, as of all
-/// others, when it is told to update.
+/// The right button changes what the cell under it shows, or opens the host's menu, as a key does
+/// for the current row; the middle one asks for the deletion of a row. All are are the host's
+/// changes: the view learns of them, as of all others, when it is told to update.
 class TreeView : public QTreeView {
     Q_OBJECT
 public:
@@ -77,6 +78,7 @@ signals:
 protected:
     using QTreeView::selectionChanged;
 
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -97,6 +99,7 @@ private:
     template <class Change> void changeData(Change change);
     void pressBelowRows(QMouseEvent* event);
     void dragTo(const QPoint& pos);
+    std::vector<TreeItem*> crossed(TreeItem* from, TreeItem* to) const;
     void endDrag();
     void forgetRows();
     bool isOnMark(const TreeItem* row, const QPoint& pos) const;
@@ -104,6 +107,8 @@ private:
     void rowClosed(const QModelIndex& index);
     void sortByClick(int column);
 
+    bool goOnTyping(TreeItem* row, const QKeyEvent& event);
+    void showMenuByKey(TreeItem* row);
     bool openByKey(TreeItem* row, int key);
     TreeItem* rowByKey(TreeItem* row, int key) const;
     TreeItem* lastShown() const;

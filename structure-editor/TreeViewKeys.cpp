@@ -5,10 +5,42 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <optional>
+#include <string>
+
+namespace {
+
+// The rows of the open branches, as the search by typing goes through them.
+struct ShownRows {
+    const TreeView& view;
+
+    TreeItem* below(TreeItem* row) const {
+        TreeItem* const next = row->itemBelow();
+        return next ? next : view.firstChild();
+    }
+    static bool startsWith(const TreeItem* row, const QString& prefix) {
+        if (!row->compound())
+            return false;
+        const std::string name = row->compound()->GetName();
+        return QLatin1String(name.data(), static_cast<qsizetype>(name.size()))
+            .startsWith(prefix, Qt::CaseInsensitive);
+    }
+};
+
+} // namespace
+
+// A search that runs has its keys before the window's shortcuts.
+bool TreeView::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride &&
+        m_typeAhead.takes(*static_cast<QKeyEvent*>(event))) {
+        event->accept();
+        return true;
+    }
+    return QTreeView::event(event);
+}
 
 void TreeView::keyPressEvent(QKeyEvent* event) {
     endDrag();
-    const Qt::KeyboardModifiers modifiers = event->modifiers();
     TreeItem* const current = currentItem();
     if (!current) {
         setCurrentItem(firstChild());
@@ -16,9 +48,7 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
         return;
     }
     TreeItem* const row = current->shownRow();
-    const QString text = event->text();
-    const bool types = !text.isEmpty() && text.at(0).isPrint() &&
-                       !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+    Qt::KeyboardModifiers modifiers = event->modifiers();
 
     switch (event->key()) {
     case Qt::Key_A:
@@ -28,7 +58,17 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
         if (m_selection.selectAll())
             tellSelection();
         return;
+    case Qt::Key_F10:
+        if (modifiers != Qt::ShiftModifier)
+            break;
+        showMenuByKey(row);
+        return;
+    case Qt::Key_Menu:
+        showMenuByKey(row);
+        return;
     case Qt::Key_Space:
+        if (goOnTyping(row, *event))
+            return;
         m_typeAhead.forget();
         m_selection.toggle(row);
         scrollToRow(row);
@@ -36,11 +76,15 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
         return;
     case Qt::Key_Plus:
     case Qt::Key_Minus:
+        if (goOnTyping(row, *event))
+            return;
+        // Many keyboards have these characters only with Shift.
+        modifiers.setFlag(Qt::ShiftModifier, false);
+        [[fallthrough]];
     case Qt::Key_Left:
     case Qt::Key_Right:
         m_typeAhead.forget();
-        if (!openByKey(row, event->key()))
-            moveTo(rowByKey(row, event->key()), modifiers);
+        moveTo(openByKey(row, event->key()) ? row : rowByKey(row, event->key()), modifiers);
         return;
     case Qt::Key_Up:
     case Qt::Key_Down:
@@ -54,10 +98,30 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
     default:
         break;
     }
-    if (types)
-        moveTo(m_typeAhead.find(*this, row, text), Qt::NoModifier);
+    if (TypeAhead::isTyped(*event))
+        moveTo(m_typeAhead.find(ShownRows{*this}, row, event->text()).value_or(nullptr),
+               Qt::NoModifier);
     else
         event->ignore();
+}
+
+// Whether the key was the next character of a name that is being typed.
+bool TreeView::goOnTyping(TreeItem* row, const QKeyEvent& event) {
+    if (!TypeAhead::isTyped(event))
+        return false;
+    const std::optional<TreeItem*> found = m_typeAhead.goOn(ShownRows{*this}, row, event.text());
+    if (found)
+        moveTo(*found, Qt::NoModifier);
+    return found.has_value();
+}
+
+void TreeView::showMenuByKey(TreeItem* row) {
+    m_typeAhead.forget();
+    setCurrentItem(row);
+    scrollToRow(row);
+    triggerUpdate();
+    if (TAVIK::Compound* const item = row->compound())
+        item->ShowMenu(); // Row and item, and the view itself, may be gone now.
 }
 
 // Opens or closes `row` if the key says so and it can be done.
@@ -66,7 +130,6 @@ bool TreeView::openByKey(TreeItem* row, int key) {
     if (row->isOpen() == open || (open && row->childCount() == 0))
         return false;
     row->setOpen(open);
-    scrollToRow(row);
     return true;
 }
 

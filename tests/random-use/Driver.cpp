@@ -79,6 +79,8 @@ Driver::Driver(const Start& start, plain::Model& model)
       m_watched(start.kind == Start::Generated && start.seed % 4 == 0) {
     m_listener.useWindow = [this](const Edit& edit) { useWindow(edit); };
     useSmallHelp();
+    // What is typed belongs together however long a step takes.
+    QApplication::setKeyboardInputInterval(3'600'000);
     model.plugins = start.plugins;
     if (start.plugins)
         memory_host::loadPlugins(QStringLiteral(RECORDING_PLUGINS));

@@ -112,6 +112,9 @@ void Driver::doInWindow(const Step& step) {
     case Action::Move:
         if (const std::optional<QPoint> to = shownRow(0) ? dragPlace(step) : std::nullopt) {
             QWidget* viewport = treeOf(window())->viewport();
+            const QRect current = treeOf(window())->visualRect(treeOf(window())->currentIndex());
+            m_seen.currentIsOnScreen =
+                current.isValid() && current.bottom() >= 0 && current.top() < viewport->height();
             QMouseEvent move(QEvent::MouseMove, *to, viewport->mapToGlobal(*to), Qt::NoButton,
                              Qt::LeftButton, Qt::NoModifier);
             QApplication::sendEvent(viewport, &move);
@@ -247,13 +250,15 @@ void Driver::key(const Step& step) {
         QTest::keyClick(tree, choose(letterKeys, step.a));
         return;
     }
-    const Qt::Key key = choose(treeKeys, step.a);
+    const Qt::Key key = treeKey(step);
     lookAtScreen();
     const bool moves = key >= Qt::Key_Home && key <= Qt::Key_PageDown;
-    QTest::keyClick(tree, key,
-                    key == Qt::Key_A ? Qt::ControlModifier
-                    : moves          ? choose(modifiers, step.c)
-                                     : Qt::NoModifier);
+    answering(step, [&] {
+        QTest::keyClick(tree, key,
+                        key == Qt::Key_A ? Qt::ControlModifier
+                        : moves          ? choose(modifiers, step.c)
+                                         : Qt::NoModifier);
+    });
 }
 
 // Which rows of the tree are on the screen.
@@ -278,7 +283,7 @@ void Driver::listKey(const Step& step) {
     activate();
     ListBox* list = listOf(window());
     m_seen.listRow = list->currentRow();
-    QTest::keyClick(list, choose(listKeys, step.a));
+    answering(step, [&] { QTest::keyClick(list, random_use::listKey(step)); });
 }
 
 void Driver::pressEntry(const Step& step) {

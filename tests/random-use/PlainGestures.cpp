@@ -68,7 +68,7 @@ void Model::act(const Step& step, const Seen& seen) {
         return tellIf(tree.pressBelow(choose(buttons, step.a), choose(modifiers, step.c)));
     case Action::Move:
         if (row && (rowOrBelow || seen.hasRoomBelow))
-            tellIf(tree.dragTo(rowOrBelow));
+            drag(rowOrBelow, seen);
         return;
     case Action::Release:
         if (rowOrBelow || seen.hasRoomBelow)
@@ -132,15 +132,22 @@ void Model::press(const Step& step) {
                             row->parent && !row->children.empty();
         if (!onMark)
             return tellIf(tree.press(row, choose(modifiers, step.c)));
-        tree.pressOther();
-        tree.setOpen(row, !row->open);
-        return;
+        return tree.pressMark(row, choose(modifiers, step.c));
     }
     tree.pressOther();
     if (button == Qt::RightButton)
         rightPress(row, step);
     else if (row != tree.top())
         killBranch(row->item, step);
+}
+
+// Of each row crossed is told before the next one; others may have emptied the tree by then.
+void Model::drag(Row* to, const Seen& seen) {
+    for (Row* row : tree.crossed(to, seen.currentIsOnScreen)) {
+        if (tree.drag == Tree::Drag::None)
+            return;
+        tellIf(tree.dragOver(row));
+    }
 }
 
 void Model::rightPress(Row* row, const Step& step) {
@@ -221,8 +228,7 @@ void Model::openRows() {
         });
         if (closed == rows.end())
             return;
-        tree.pressOther();
-        tree.setOpen(*closed, true);
+        tree.pressMark(*closed, {});
     }
 }
 
@@ -244,11 +250,18 @@ void Model::shortcut(Qt::Key key, const Step& step) {
 }
 
 void Model::key(const Step& step, const Seen& seen) {
-    const Qt::Key key = choose(treeKeys, step.a);
+    const Qt::Key key = treeKey(step);
+    if (key != Qt::Key_F1 && isShortcut(key) && !tree.typed.isEmpty())
+        return tellIf(tree.type(QChar(ushort(key)).toLower()));
     if (isShortcut(key))
         return shortcut(key, step);
+    if (key == Qt::Key_Menu) {
+        tree.key(key, {});
+        return tree.current ? itemMenu(tree.current->item, step) : void();
+    }
+    const bool moves = key >= Qt::Key_Home && key <= Qt::Key_PageDown;
     if (key != Qt::Key_PageUp && key != Qt::Key_PageDown)
-        return tellIf(tree.key(key, choose(modifiers, step.c)));
+        return tellIf(tree.key(key, moves ? choose(modifiers, step.c) : Qt::NoModifier));
     tree.key(key, {});
     if (!tree.current)
         return;
@@ -266,12 +279,20 @@ void Model::key(const Step& step, const Seen& seen) {
 }
 
 void Model::listKey(const Step& step, const Seen& seen) {
-    const Qt::Key key = choose(listKeys, step.a);
+    const Qt::Key key = random_use::listKey(step);
     if (isShortcut(key))
         return shortcut(key, step);
     const int last = int(list.size()) - 1;
     if (last < 0)
         return;
+    if (key == Qt::Key_Menu || key == Qt::Key_Return || key == Qt::Key_Enter) {
+        if (seen.listRow < 0)
+            return;
+        if (key == Qt::Key_Menu)
+            return itemMenu(topLevel()[std::size_t(seen.listRow)], step);
+        highlighted = seen.listRow;
+        return listEvent(Qt::LeftButton, seen.listRow, step);
+    }
     int row = 0;
     if (seen.listRow >= 0)
         row = key == Qt::Key_Up     ? std::max(0, seen.listRow - 1)

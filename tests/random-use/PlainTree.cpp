@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
 #include <utility>
 
 namespace plain {
@@ -13,6 +14,36 @@ std::pair<std::size_t, std::size_t> between(const Rows& rows, const Row* a, cons
         return static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin());
     };
     return std::minmax(place(a), place(b));
+}
+
+bool isAbove(const Row* above, const Row* row) {
+    for (row = row->parent; row && row != above;)
+        row = row->parent;
+    return row;
+}
+
+using Extent = std::set<const Item*>;
+
+void collectBelow(const Item* item, Extent& into) {
+    into.insert(item);
+    for (const Item* child : item->children)
+        collectBelow(child, into);
+}
+
+// Each of the items, with all that it holds; of a set also what its members are, and so on.
+Extent extentOf(const Items& items) {
+    Extent all;
+    Extent done;
+    const std::function<void(const Item*)> collect = [&](const Item* item) {
+        if (!done.insert(item).second)
+            return;
+        collectBelow(item, all);
+        for (const Item* member : item->listsMembers() ? item->parts : Items())
+            collect(member);
+    };
+    for (const Item* item : items)
+        collect(item);
+    return all;
 }
 
 void clean(Row& row) {
@@ -133,16 +164,33 @@ void Tree::selectRows(const Rows& rows, bool only) {
             select(row, false);
     for (Row* row : rows)
         select(row, true);
+    leaveShared(rows);
+}
+
+void Tree::leaveShared(const Rows& wanted) {
+    Items items;
+    for (const Row* row : wanted)
+        items.push_back(row->item);
+    const Extent kept = extentOf(items);
+    for (Row* row : all()) {
+        if (row->selected || !row->dirty)
+            continue;
+        const auto holds = [row](const Row* each) { return isAbove(row, each); };
+        const auto isHeld = [row](const Row* each) { return row == each || isAbove(each, row); };
+        if (std::any_of(wanted.begin(), wanted.end(), isHeld))
+            continue;
+        const Extent own = extentOf({row->item});
+        if (std::any_of(wanted.begin(), wanted.end(), holds) ||
+            std::any_of(own.begin(), own.end(), [&](const Item* i) { return kept.count(i) > 0; }))
+            row->dirty = false;
+    }
 }
 
 bool Tree::press(Row* row, Qt::KeyboardModifiers modifiers) {
     pressOther();
     drag = Drag::FromRow;
-    if (modifiers & Qt::ShiftModifier) {
-        extend(row);
-        current = row;
-        return true;
-    }
+    if (modifiers & Qt::ShiftModifier)
+        return dragOver(row);
     current = anchor = row;
     if (modifiers & Qt::ControlModifier)
         select(row, !row->selected);
@@ -165,16 +213,36 @@ void Tree::pressOther() {
     pressed = nullptr;
 }
 
-bool Tree::dragTo(Row* row) {
+void Tree::pressMark(Row* row, Qt::KeyboardModifiers modifiers) {
+    pressOther();
+    if (!(modifiers & Qt::ShiftModifier))
+        anchor = row;
+    setOpen(row, !row->open);
+}
+
+Rows Tree::crossed(Row* row, bool currentIsOnScreen) const {
+    const Rows rows = shown();
     if (drag == Drag::None || !current)
-        return false;
+        return {};
     if (!row && drag == Drag::FromRow)
-        row = shown().back();
+        row = rows.back();
     if (!row || row == current)
-        return false;
-    extend(row);
+        return {};
+    if (!currentIsOnScreen)
+        return {row};
+    const auto [first, last] = between(rows, current, row);
+    Rows way(rows.begin() + std::ptrdiff_t(first), rows.begin() + std::ptrdiff_t(last + 1));
+    if (way.back() != row)
+        std::reverse(way.begin(), way.end());
+    way.erase(way.begin());
+    return way;
+}
+
+bool Tree::dragOver(Row* row) {
+    if (anchor)
+        extend(row);
     current = row;
-    return true;
+    return anchor;
 }
 
 bool Tree::release(Row* row) {
@@ -190,8 +258,16 @@ bool Tree::release(Row* row) {
 // selected, closed branches included.
 void Tree::extend(Row* to) {
     const Rows rows = all();
-    const auto [top, bottom] = between(rows, from(), to);
+    const auto [top, bottom] = between(rows, anchor, to);
     const auto [old, same] = between(rows, current, current);
+    // What held the range goes with all that it holds, also behind the range.
+    for (std::size_t i = old; i < top; ++i)
+        for (std::size_t k = bottom + 1; k < rows.size(); ++k)
+            if (rows[i]->selected && isAbove(rows[i], rows[top]) && isAbove(rows[i], rows[k]) &&
+                std::none_of(rows.begin() + std::ptrdiff_t(top),
+                             rows.begin() + std::ptrdiff_t(bottom + 1),
+                             [&](const Row* each) { return isAbove(each, rows[k]); }))
+                select(rows[k], false);
     if (old < top)
         for (std::size_t i = old; i < top; ++i)
             select(rows[i], false);
@@ -201,6 +277,7 @@ void Tree::extend(Row* to) {
         select(rows[bottom], false);
     for (std::size_t i = top; i <= bottom; ++i)
         select(rows[i], true);
+    leaveShared({rows.begin() + std::ptrdiff_t(top), rows.begin() + std::ptrdiff_t(bottom + 1)});
 }
 
 void Tree::setOpen(Row* row, bool open) {
@@ -220,6 +297,13 @@ bool Tree::key(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     drag = Drag::None;
     if (!current || key == Qt::Key_Delete || key == Qt::Key_Return)
         return false;
+    // What is typed may be the next character of a name.
+    const QString text = key == Qt::Key_Space   ? QStringLiteral(" ")
+                         : key == Qt::Key_Plus  ? QStringLiteral("+")
+                         : key == Qt::Key_Minus ? QStringLiteral("-")
+                                                : QString();
+    if (Row* const row = text.isEmpty() ? nullptr : goOn(text))
+        return moveTo(row, {});
     typed.clear();
     const Rows rows = shown();
     const auto at = std::find(rows.begin(), rows.end(), current);
@@ -233,18 +317,18 @@ bool Tree::key(Qt::Key key, Qt::KeyboardModifiers modifiers) {
         return selectAll(true);
     case Qt::Key_Plus:
     case Qt::Key_Right:
-        if (!current->open && hasChildren)
+        if (!current->open && hasChildren) {
             setOpen(current, true);
-        else if (key == Qt::Key_Right && hasChildren)
-            return moveTo(*std::next(at), modifiers);
-        return false;
+            return moveTo(current, modifiers);
+        }
+        return key == Qt::Key_Right && hasChildren && moveTo(*std::next(at), modifiers);
     case Qt::Key_Minus:
     case Qt::Key_Left:
-        if (current->open)
+        if (current->open) {
             setOpen(current, false);
-        else if (key == Qt::Key_Left)
-            return moveTo(current->parent, modifiers);
-        return false;
+            return moveTo(current, modifiers);
+        }
+        return key == Qt::Key_Left && moveTo(current->parent, modifiers);
     case Qt::Key_Up:
         return moveTo(at == rows.begin() ? nullptr : *std::prev(at), modifiers);
     case Qt::Key_Down:
@@ -263,14 +347,16 @@ bool Tree::moveTo(Row* row, Qt::KeyboardModifiers modifiers) {
         return false;
     current = row;
     const bool control = modifiers & Qt::ControlModifier;
-    if (!(modifiers & Qt::ShiftModifier)) {
+    const bool shift = modifiers & Qt::ShiftModifier;
+    if (!shift || !anchor)
         anchor = row;
+    if (!shift) {
         if (!control)
             selectRows({row}, true);
         return !control;
     }
     // An anchor in a closed branch stands for the row that hides it.
-    const Row* start = from();
+    const Row* start = anchor;
     for (const Row* above = start->parent; above; above = above->parent)
         if (!above->open)
             start = above;
@@ -281,26 +367,32 @@ bool Tree::moveTo(Row* row, Qt::KeyboardModifiers modifiers) {
     return true;
 }
 
+Row* Tree::find(const Row* from, std::size_t further, const QString& prefix) const {
+    const Rows rows = shown();
+    const auto start =
+        static_cast<std::size_t>(std::find(rows.begin(), rows.end(), from) - rows.begin());
+    for (std::size_t i = 0; i != rows.size(); ++i) {
+        Row* row = rows[(start + further + i) % rows.size()];
+        if (QString::fromLatin1(row->item->name).startsWith(prefix, Qt::CaseInsensitive))
+            return row;
+    }
+    return nullptr;
+}
+
+Row* Tree::goOn(const QString& text) {
+    Row* const row = typed.isEmpty() ? nullptr : find(current, 0, typed + text);
+    if (row)
+        typed += text;
+    return row;
+}
+
 bool Tree::type(const QString& text) {
     drag = Drag::None;
     if (!current)
         return false;
-    const Rows rows = shown();
-    const auto here =
-        static_cast<std::size_t>(std::find(rows.begin(), rows.end(), current) - rows.begin());
-    const auto find = [&](std::size_t start, const QString& prefix) -> Row* {
-        for (std::size_t i = 0; i != rows.size(); ++i) {
-            Row* row = rows[(start + i) % rows.size()];
-            if (QString::fromLatin1(row->item->name).startsWith(prefix, Qt::CaseInsensitive))
-                return row;
-        }
-        return nullptr;
-    };
     // First all that was typed lately, from the current row on; else the last text, below it.
-    Row* row = typed.isEmpty() ? nullptr : find(here, typed + text);
-    if (row)
-        typed += text;
-    else if ((row = find(here + 1, text)))
+    Row* row = goOn(text);
+    if (!row && (row = find(current, 1, text)))
         typed = text;
     return moveTo(row, Qt::NoModifier);
 }

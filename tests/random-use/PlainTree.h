@@ -48,11 +48,14 @@ public:
 
     // The gestures. Those that return something say whether the selection is to be told of.
     bool press(Row* row, Qt::KeyboardModifiers modifiers);
+    void pressMark(Row* row, Qt::KeyboardModifiers modifiers);
     bool pressBelow(Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
     /// A press that does no more than end what went on.
     void pressOther();
-    /// To a row, or below all rows when null.
-    bool dragTo(Row* row);
+    /// The rows that a drag to `row` meets, one after the other; null is below all rows. A mouse
+    /// that starts off screen meets none on the way.
+    Rows crossed(Row* row, bool currentIsOnScreen) const;
+    bool dragOver(Row* row);
     bool release(Row* row);
     void setOpen(Row* row, bool open);
     bool key(Qt::Key key, Qt::KeyboardModifiers modifiers);
@@ -62,7 +65,7 @@ public:
     void clickHeader(int column);
 
     Row* current = nullptr;
-    Row* anchor = nullptr; ///< null: the top row
+    Row* anchor = nullptr; ///< null: nothing was pressed yet
     Row* pressed = nullptr;
     Drag drag = Drag::None;
     bool descending = false;
@@ -77,7 +80,11 @@ private:
     /// Selects these rows; `only`: and unselects all others.
     void selectRows(const Rows& rows, bool only);
     void extend(Row* to);
-    Row* from() const { return anchor ? anchor : top(); }
+    /// What shares items with `wanted`, above them or through sets, does not count as unselected.
+    void leaveShared(const Rows& wanted);
+    /// The row that all that was typed lately leads to with `text`; null when there is none.
+    Row* goOn(const QString& text);
+    Row* find(const Row* from, std::size_t further, const QString& prefix) const;
 
     std::unique_ptr<Row> m_top;
 };

@@ -157,7 +157,7 @@ void Model::listEvent(Qt::MouseButton button, int index, const Step& step) {
     const QString name = list[index].mid(3);
     const bool sameName = name == QString::fromLatin1(item->name);
     const unsigned int id = item->id;
-    if (button == Qt::LeftButton && current != index) {
+    if (button == Qt::LeftButton && (current != index || root() != item)) {
         current = index;
         populate(index);
     } else if (button == Qt::RightButton) {

@@ -33,6 +33,7 @@ struct Seen {
     int last = -1;  ///< -1: the rows end above the lower edge
     int atOnce = 0; ///< how many rows the screen holds
     bool hasRoomBelow = true;
+    bool currentIsOnScreen = true; ///< the tree's current row, when a drag moves
 };
 
 enum class Change { Update, Add, Delete };
@@ -119,6 +120,7 @@ private:
     void doubleClick(const Step& step);
     void openRows();
     void key(const Step& step, const Seen& seen);
+    void drag(Row* to, const Seen& seen);
     void listKey(const Step& step, const Seen& seen);
     void tellIf(bool selectionChanges);
     void shortcut(Qt::Key key, const Step& step);

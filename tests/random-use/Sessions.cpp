@@ -88,6 +88,7 @@ void Generator::goOn(Step& step) {
     if (m_last.action == Action::Key && m_theme != Theme::Commands && pick(3) == 0) {
         step.action = Action::Key;
         step.a = m_last.a;
+        step.b = m_last.b;
         step.c = m_last.c;
     }
     if (m_last.edit.kind == EditKind::AddAmong && pick(2)) {
@@ -150,6 +151,13 @@ Step Generator::next(plain::Model& model) {
         // What leaves nothing behind is not done every other moment.
         if (isLast(step) && pick(4))
             step.action = Action::Idle;
+        break;
+    case Action::Key:
+    case Action::ListKey:
+        if (pick(4) == 0)
+            step.answer = Answer::Cancel;
+        if (pick(12) == 0 && (treeKey(step) == Qt::Key_Menu || listKey(step) == Qt::Key_Menu))
+            step.edit = pickEdit(model);
         break;
     case Action::Field:
         step.text = pickText();

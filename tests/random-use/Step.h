@@ -55,11 +55,11 @@ enum class Action {
     Release,     ///< target: as for Move
     DoubleClick, ///< target: the row
     Open,        ///< presses the mark of one closed row after the other
-    Key,         ///< a: which key of the tree; c: modifiers
+    Key,         ///< a, b: which key of the tree; c: modifiers
     Type,        ///< in the tree; a: which letter
     Header,      ///< a: column
     PressEntry,  ///< in the list; target: the entry, or below all; a: button
-    ListKey,     ///< a: which key
+    ListKey,     ///< a, b: which key
     Field,       ///< a: which field of the panel; text: what is typed into it
     TreeOnly,    ///< switches the panel's box
     Button,      ///< of the panel; a: which
@@ -133,6 +133,15 @@ inline constexpr Qt::Key letterKeys[] = {Qt::Key_A, Qt::Key_C, Qt::Key_M,       
 inline constexpr Qt::Key listKeys[] = {Qt::Key_Up,  Qt::Key_Down, Qt::Key_Home,
                                        Qt::Key_End, Qt::Key_Down, Qt::Key_F,
                                        Qt::Key_P,   Qt::Key_N,    Qt::Key_F1};
+// Those that came later do not change what older sessions mean.
+inline constexpr Qt::Key moreTreeKeys[] = {Qt::Key_Menu, Qt::Key_Space};
+inline constexpr Qt::Key moreListKeys[] = {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Menu};
+inline Qt::Key treeKey(const Step& step) {
+    return step.b % 8 == 7 ? choose(moreTreeKeys, step.a) : choose(treeKeys, step.a);
+}
+inline Qt::Key listKey(const Step& step) {
+    return step.b % 4 == 3 ? choose(moreListKeys, step.a) : choose(listKeys, step.a);
+}
 inline constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Show"};
 inline constexpr const char* madeTypes[] = {"C", "N", "O", "H", "Cu", "X"};
 inline constexpr const char* madeNames[] = {"CA", "N", "O1", "H/1", "CU", "CB'", "C\xE9"};

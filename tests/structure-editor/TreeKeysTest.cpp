@@ -61,7 +61,24 @@ private slots:
         tree.key(Qt::Key_End, Qt::ShiftModifier);
         QCOMPARE(tree.selected(), (QStringList{"R2", "R3", "R4", "R5"}));
         top->CheckSelection();
-        QCOMPARE(takeHandedOver(), QStringList("M off"));
+        QCOMPARE(takeHandedOver(), (QStringList{"R1 off", "R2 on", "R3 on", "R4 on", "R5 on"}));
+    }
+
+    void shiftWithoutAnAnchorSelectsTheNewRowAlone() {
+        for (const bool adds : {false, true}) {
+            Compound* molecule = makeMolecule(3, 0);
+            ShownTree tree;
+            TreeItem* top = tree.populate(molecule);
+            childOf(molecule, 2)->SetSelected(true);
+            top->UpdateSelection();
+            tree.key(Qt::Key_Down, adds ? Qt::ShiftModifier | Qt::ControlModifier
+                                        : Qt::KeyboardModifiers(Qt::ShiftModifier));
+            QCOMPARE(tree.selected(), adds ? QStringList({"R1", "R3"}) : QStringList("R1"));
+            QCOMPARE(tree.takeSelections(), 1);
+            // From there on ranges have an anchor.
+            tree.key(Qt::Key_Down, Qt::ShiftModifier);
+            QCOMPARE(tree.selected(), (QStringList{"R1", "R2"}));
+        }
     }
 
     void shiftMovesKeepBranchesWhole() {
@@ -155,7 +172,8 @@ private slots:
         tree.key(Qt::Key_Right);
         QVERIFY(top->child(0)->isOpen());
         QCOMPARE(tree.current(), "R1");
-        QCOMPARE(tree.takeSelections(), 0);
+        QCOMPARE(tree.selected(), (QStringList{"R1", "R1a", "R1b"}));
+        QCOMPARE(tree.takeSelections(), 1);
         tree.key(Qt::Key_Right);
         QCOMPARE(tree.current(), "R1a");
         QCOMPARE(tree.selected(), QStringList("R1a"));
@@ -190,7 +208,40 @@ private slots:
         QVERIFY(!top->child(1)->isOpen());
         tree.key(Qt::Key_Minus);
         QCOMPARE(tree.current(), "R2");
+        QCOMPARE(tree.takeSelections(), 2);
+    }
+
+    void aKeyThatOpensOrClosesSelectsTheRowAsAPlainMove_data() {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::newRow("+") << Qt::Key_Plus;
+        QTest::newRow("-") << Qt::Key_Minus;
+        QTest::newRow("Left") << Qt::Key_Left;
+        QTest::newRow("Right") << Qt::Key_Right;
+    }
+    void aKeyThatOpensOrClosesSelectsTheRowAsAPlainMove() {
+        QFETCH(Qt::Key, key);
+        const bool opens = key == Qt::Key_Plus || key == Qt::Key_Right;
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(4, 1));
+        tree.click(top->child(0));
+        tree.key(Qt::Key_Down, Qt::ControlModifier);
+        top->child(1)->setOpen(!opens);
+        tree.takeSelections();
+        tree.key(key);
+        QCOMPARE(top->child(1)->isOpen(), opens);
+        QCOMPARE(tree.current(), "R2");
+        QCOMPARE(tree.selected(), (QStringList{"R2", "R2a"}));
+        QCOMPARE(tree.takeSelections(), 1);
+        tree.click(top->child(2), Qt::ShiftModifier); // it set the anchor, too
+        QCOMPARE(tree.selected(), (QStringList{"R2", "R2a", "R3", "R3a"}));
+        // Ctrl moves only.
+        tree.key(Qt::Key_Down, Qt::ControlModifier);
+        top->child(3)->setOpen(!opens);
+        tree.takeSelections();
+        tree.key(key, Qt::ControlModifier);
+        QCOMPARE(top->child(3)->isOpen(), opens);
         QCOMPARE(tree.takeSelections(), 0);
+        QVERIFY(!tree.row("R4")->isSelected());
     }
 
     void theAsteriskOpensNothing() {

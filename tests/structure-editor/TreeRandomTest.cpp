@@ -29,7 +29,6 @@ public:
         m_top.open = true;
         addMissing(m_top);
         current = &m_top;
-        anchor = &m_top;
     }
 
     Node* top() { return &m_top; }
@@ -67,6 +66,8 @@ public:
         current = node;
         pressed = nullptr;
         if (modifiers & Qt::ShiftModifier) {
+            if (!anchor)
+                return;
             range(node, old);
         } else {
             anchor = node;
@@ -86,12 +87,18 @@ public:
         if (!(modifiers & Qt::ControlModifier) && setAll(false))
             tell();
     }
+    // Over each row on the way.
     void drag(Node* node) {
-        if (node == current)
-            return;
-        range(node, current);
-        current = node;
-        tell();
+        const Nodes rows = shown();
+        while (node != current) {
+            auto at = std::find(rows.begin(), rows.end(), current);
+            Node* const next = at < std::find(rows.begin(), rows.end(), node) ? *++at : *--at;
+            if (anchor)
+                range(next, current);
+            current = next;
+            if (anchor)
+                tell();
+        }
     }
     void release(Node* node) {
         if (node && node == std::exchange(pressed, nullptr)) {
@@ -130,13 +137,15 @@ public:
             break;
         case Qt::Key_Left:
             if (current->open)
-                return open(current, false);
-            to = current->parent;
+                open(to = current, false);
+            else
+                to = current->parent;
             break;
         case Qt::Key_Right:
             if (!current->open && !current->children.empty())
-                return open(current, true);
-            to = current->children.empty() ? nullptr : *std::next(at);
+                open(to = current, true);
+            else
+                to = current->children.empty() ? nullptr : *std::next(at);
             break;
         case Qt::Key_Space:
             set(current, !current->selected);
@@ -152,6 +161,8 @@ public:
         if (!to)
             return;
         current = to;
+        if (!anchor)
+            anchor = to;
         if (modifiers & Qt::ShiftModifier) {
             if (!(modifiers & Qt::ControlModifier))
                 setAll(false);
@@ -159,9 +170,11 @@ public:
             for (Node* above = anchor->parent; above; above = above->parent)
                 if (!above->open)
                     from = above;
-            const auto [first, last] = between(rows, from, to);
+            const Nodes now = shown();
+            const auto [first, last] = between(now, from, to);
             for (std::size_t i = first; i <= last; ++i)
-                set(rows[i], true);
+                set(now[i], true);
+            leaveAbove(now[first]);
         } else {
             anchor = to;
             if (modifiers & Qt::ControlModifier)
@@ -243,12 +256,26 @@ private:
     void only(Node* node) {
         setAll(false);
         set(node, true);
+        leaveAbove(node);
+    }
+    // What holds a row that stays selected does not go to the host as a whole.
+    static void leaveAbove(const Node* node) {
+        for (Node* above = node->parent; above; above = above->parent)
+            above->dirty = above->dirty && above->selected;
     }
     // The old range goes, its last row too; then the new one is selected.
     void range(Node* to, Node* old) {
         const Nodes rows = all();
         const auto [top, bottom] = between(rows, anchor, to);
         const auto [first, last] = between(rows, old, old);
+        // What held the range goes with all that it holds, also behind the range.
+        for (std::size_t i = first; i < top; ++i)
+            for (std::size_t k = bottom + 1; k < rows.size(); ++k)
+                if (rows[i]->selected && isAbove(rows[i], rows[top]) && isAbove(rows[i], rows[k]) &&
+                    std::none_of(rows.begin() + std::ptrdiff_t(top),
+                                 rows.begin() + std::ptrdiff_t(bottom + 1),
+                                 [&](const Node* each) { return isAbove(each, rows[k]); }))
+                    set(rows[k], false);
         if (first < top)
             for (std::size_t i = first; i <= top; ++i)
                 set(rows[i], false);
@@ -259,6 +286,12 @@ private:
         set(rows[bottom], false);
         for (std::size_t i = top; i <= bottom; ++i)
             set(rows[i], true);
+        leaveAbove(rows[top]);
+    }
+    static bool isAbove(const Node* above, const Node* node) {
+        while (node && node != above)
+            node = node->parent;
+        return node;
     }
     void tell() {
         ++told;
@@ -445,6 +478,7 @@ private:
             return;
         QTest::mouseClick(m_tree.viewport(), Qt::LeftButton, {}, m_tree.mark(rowOf(node)));
         m_plain.pressed = nullptr;
+        m_plain.anchor = node;
         m_plain.open(node, !node->open);
     }
     void pressBelow() {

@@ -113,12 +113,46 @@ private slots:
         QCOMPARE(tree.selected(), (QStringList{"R1", "R2", "R3"}));
     }
 
-    void withoutAnAnchorARangeStartsAtTheTop() {
+    void aShiftPressBeforeAnyAnchorSelectsNothing() {
         ShownTree tree;
         TreeItem* top = tree.populate(makeMolecule(4, 0));
-        tree.handsOver = false;
+        for (const Qt::KeyboardModifiers held :
+             {Qt::KeyboardModifiers(Qt::ShiftModifier), Qt::ShiftModifier | Qt::ControlModifier}) {
+            tree.click(top->child(1), held);
+            QCOMPARE(tree.selected(), QStringList());
+            QCOMPARE(tree.takeSelections(), 0);
+            QCOMPARE(tree.current(), "R2");
+        }
+        // Nor does it set one, and nor does a drag that goes on from there.
+        tree.press(tree.cell(top->child(1), 0), Qt::ShiftModifier);
+        tree.drag(tree.cell(top->child(2), 0));
+        tree.release(tree.cell(top->child(2), 0));
+        QCOMPARE(tree.selected(), QStringList());
+        QCOMPARE(tree.takeSelections(), 0);
+        QCOMPARE(tree.current(), "R3");
+        // Rows that come anew have none again.
+        tree.click(top->child(0));
+        top = tree.populate(makeMolecule(4, 0));
         tree.click(top->child(1), Qt::ShiftModifier);
-        QCOMPARE(tree.selected(), (QStringList{"M", "R1", "R2"}));
+        QCOMPARE(tree.selected(), QStringList());
+    }
+
+    void aPressOnABranchMarkWithoutShiftSetsTheAnchor() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(5, 1));
+        tree.click(top->child(0));
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, tree.mark(top->child(2)));
+        tree.click(top->child(3), Qt::ShiftModifier);
+        QCOMPARE(tree.selected(), (QStringList{"R1", "R1a", "R3", "R3a", "R4", "R4a"}));
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton, Qt::ShiftModifier,
+                          tree.mark(top->child(4)));
+        tree.click(top->child(2), Qt::ControlModifier);
+        tree.click(top->child(2), Qt::ControlModifier);
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton, Qt::ShiftModifier,
+                          tree.mark(top->child(0)));
+        tree.click(top->child(3), Qt::ShiftModifier);
+        QVERIFY(!tree.row("R2")->isSelected());
+        QVERIFY(tree.row("R3")->isSelected());
     }
 
     void theAnchorIsSetByPressesWithoutShiftAlone() {
@@ -188,6 +222,36 @@ private slots:
         tree.drag(tree.cell(top->child(4), 0));
         QCOMPARE(tree.takeSelections(), 0);
         QCOMPARE(tree.current(), "R1");
+    }
+
+    void aMoveOverSeveralRowsTellsEachOfThem() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(6, 0));
+        QStringList reached;
+        connect(&tree, qOverload<>(&TreeView::selectionChanged), this,
+                [&] { reached << tree.current() + u':' + tree.selected().join(u' '); });
+        tree.press(tree.cell(top->child(1), 0));
+        reached.clear();
+        tree.drag(tree.cell(top->child(4), 0));
+        QCOMPARE(reached, (QStringList{"R3:R2 R3", "R4:R2 R3 R4", "R5:R2 R3 R4 R5"}));
+        reached.clear();
+        tree.drag(tree.cell(top->child(0), 0));
+        QCOMPARE(reached, (QStringList{"R4:R2 R3 R4", "R3:R2 R3", "R2:R2", "R1:R1 R2"}));
+        tree.release(tree.cell(top->child(0), 0));
+    }
+
+    void whoHearsOfARowCrossedMayEmptyTheTree() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(6, 0));
+        tree.press(tree.cell(top->child(0), 0));
+        int told = 0;
+        connect(&tree, qOverload<>(&TreeView::selectionChanged), this, [&] {
+            if (++told == 2)
+                tree.clear();
+        });
+        tree.drag(tree.cell(top->child(5), 0));
+        QCOMPARE(told, 2);
+        QVERIFY(!tree.firstChild());
     }
 
     void draggingFromASelectedRowKeepsTheOthers() {
