@@ -3,7 +3,9 @@
 #include "HostItem.h"
 #include "Subscriber.h"
 
+#include <QAbstractItemView>
 #include <QAction>
+#include <QApplication>
 #include <QCursor>
 #include <QMenu>
 
@@ -33,6 +35,20 @@ QString menuTitle(const TAVIK::Compound& item) {
     return title.replace(u'&', QStringLiteral("&&"));
 }
 
+// At the mouse while a button is down; else a key opened the menu, and it belongs to what has the
+// focus: with a tree, its current row.
+QPoint menuPlace() {
+    const QWidget* focused = QApplication::focusWidget();
+    if (!focused || QGuiApplication::mouseButtons() != Qt::NoButton)
+        return QCursor::pos();
+    QRect place = focused->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+    if (const auto* view = qobject_cast<const QAbstractItemView*>(focused)) {
+        focused = view->viewport();
+        place = view->visualRect(view->currentIndex());
+    }
+    return focused->mapToGlobal(place.bottomLeft() + QPoint(0, 1));
+}
+
 } // namespace
 
 void TAVIK::Compound::ShowMenu() {
@@ -47,7 +63,7 @@ void TAVIK::Compound::ShowMenu() {
     const QAction* select =
         menu.addAction(selected ? QStringLiteral("Unselect") : QStringLiteral("Select"));
     const QAction* color = menu.addAction(QStringLiteral("Default color"));
-    const QAction* chosen = menu.exec(QCursor::pos());
+    const QAction* chosen = menu.exec(menuPlace());
     if (!chosen || !menu.m_itemIsSafe)
         return;
     const DataPointBase guard(nullptr, Publisher::Update);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -30,6 +31,8 @@ ListBox::ListBox(QWidget* parent) : QListWidget(parent), m_delegate(new ListDele
     setEditTriggers(NoEditTriggers);
     // The list must not jump back to the shown entry each time that another one is pressed.
     setAutoScroll(false);
+    // Keys ask for a menu, and the right button does something else.
+    setContextMenuPolicy(Qt::PreventContextMenu);
 }
 
 int ListBox::widthAroundEntries() const {
@@ -104,9 +107,66 @@ void ListBox::mouseDoubleClickEvent(QMouseEvent* event) {
     event->accept();
 }
 
+// A search that runs has its keys before the window's shortcuts.
+bool ListBox::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride &&
+        m_typeAhead.takes(*static_cast<QKeyEvent*>(event))) {
+        event->accept();
+        return true;
+    }
+    return QListWidget::event(event);
+}
+
 void ListBox::keyPressEvent(QKeyEvent* event) {
-    const int before = currentRow();
-    QListWidget::keyPressEvent(event);
-    if (currentRow() != before)
-        scrollToItem(currentItem());
+    if (TypeAhead::isTyped(*event)) {
+        type(event->text());
+        return;
+    }
+    m_typeAhead.forget();
+    QListWidgetItem* const entry = currentItem();
+    const int key = event->key();
+    const bool opensMenu =
+        key == Qt::Key_Menu || (key == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier);
+    if (entry && opensMenu) {
+        scrollToItem(entry);
+        emit menuRequested(entry);
+    } else if (entry && (key == Qt::Key_Return || key == Qt::Key_Enter)) {
+        pressByKey(entry);
+    } else {
+        const int before = currentRow();
+        QListWidget::keyPressEvent(event);
+        if (currentRow() != before)
+            scrollToItem(currentItem());
+    }
+}
+
+void ListBox::pressByKey(QListWidgetItem* entry) {
+    scrollToItem(entry);
+    setCurrentItem(entry, QItemSelectionModel::ClearAndSelect);
+    emit mouseButtonPressed(Qt::LeftButton, entry,
+                            viewport()->mapToGlobal(visualItemRect(entry).center()));
+}
+
+// A blank means nothing of its own here, and starts no name.
+void ListBox::type(const QString& text) {
+    struct Entries {
+        const ListBox& list;
+
+        int below(int row) const { return row + 1 < list.count() ? row + 1 : 0; }
+        bool startsWith(int row, const QString& prefix) const {
+            return QStringView(list.item(row)->text())
+                .mid(ListEntry::markers)
+                .startsWith(prefix, Qt::CaseInsensitive);
+        }
+    };
+    if (count() == 0)
+        return;
+    const Entries entries{*this};
+    const int from = std::max(0, currentRow());
+    const std::optional<int> found = text == u" " ? m_typeAhead.goOn(entries, from, text)
+                                                  : m_typeAhead.find(entries, from, text);
+    if (!found)
+        return;
+    setCurrentRow(*found, QItemSelectionModel::ClearAndSelect);
+    scrollToItem(item(*found));
 }

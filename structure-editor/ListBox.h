@@ -3,12 +3,15 @@
 #pragma once
 
 #include "ListDelegate.h"
+#include "ListEntry.h"
+#include "TypeAhead.h"
 
 #include <QListWidget>
 
 /// A list of one-line entries, as ListEntry describes them, of which at most one is highlighted. A
 /// press of any button makes the entry current and highlighted, and is then reported; the rest of a
-/// mouse gesture is swallowed. The keys move the highlight as in any list, and report nothing.
+/// mouse gesture is swallowed. The keys move the highlight, as does typing the start of a name, and
+/// report nothing; only Enter and Return do what a press of the left button does.
 class ListBox : public QListWidget {
     Q_OBJECT
 public:
@@ -23,7 +26,6 @@ public:
 
     /// Replaces all entries; none is highlighted then.
     void setEntries(const QStringList& texts);
-
     /// Gives entry `index` a new text; its highlight stays. Outside of the list nothing happens.
     void changeItem(const QString& text, int index);
     /// Highlights entry `index`, and no other, or takes its highlight away. Highlighting makes it
@@ -34,8 +36,11 @@ signals:
     /// A mouse button went down on `item`, or on no entry when null; `pos` is on the screen. The
     /// receiver may destroy the entries, and the list.
     void mouseButtonPressed(int button, QListWidgetItem* item, const QPoint& pos);
+    /// A key asks for the menu of `item`. The receiver may destroy the entries, and the list.
+    void menuRequested(QListWidgetItem* item);
 
 protected:
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -43,7 +48,10 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void pressByKey(QListWidgetItem* entry);
+    void type(const QString& text);
     int widthAroundEntries() const;
 
     ListDelegate* m_delegate;
+    TypeAhead m_typeAhead;
 };

@@ -61,6 +61,7 @@ Vuxo::Vuxo()
     MakeList();
     connect(m_List, SIGNAL(mouseButtonPressed(int, QListWidgetItem*, const QPoint&)),
             SLOT(ListEvent(int, QListWidgetItem*, const QPoint&)));
+    connect(m_List, &ListBox::menuRequested, this, &Vuxo::showEntryMenu);
 
     m_Tree = new TreeView(splitter);
     checkPtr(m_Tree, source, __LINE__);

@@ -153,6 +153,7 @@ private:
     /// Brings the list up to date with a destruction that the window has not heard of yet. Returns
     /// whether `entry` still stands for the same item; else it may be gone, too.
     bool isUpToDate(const QListWidgetItem* entry);
+    void showEntryMenu(QListWidgetItem* entry);
     void pick(int index);
     void toggleVisible(int index, const std::string& name);
     void killTopLevel(int index, const std::string& name);

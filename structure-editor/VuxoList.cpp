@@ -101,8 +101,18 @@ bool Vuxo::isUpToDate(const QListWidgetItem* entry) {
     return isSame && entryName(entry) == name;
 }
 
+void Vuxo::showEntryMenu(QListWidgetItem* entry) {
+    attempt([this, entry] {
+        if (m_hasStaleEntries && !isUpToDate(entry))
+            return;
+        if (TAVIK::Compound* const item = topLevelItem(m_List->row(entry)))
+            item->ShowMenu(); // The item, and the window itself, may be gone now.
+    });
+}
+
+// The tree is empty when others have destroyed something in the item that it showed.
 void Vuxo::pick(int index) {
-    if (m_Current == index)
+    if (m_Current == index && rootItem() && rootItem() == topLevelItem(index))
         return;
     m_Current = index;
     Populate(index);

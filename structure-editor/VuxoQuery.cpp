@@ -12,6 +12,7 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShortcut>
 
 #include <limits>
 
@@ -33,16 +34,20 @@ void Vuxo::populateBoxes(QWidget* panel) {
         // Read aloud without the blanks that align the brackets, and with the ampersand.
         button->setAccessibleName(label.simplified());
         column->addWidget(button);
+        return button;
     };
     m_ChainEdit = addField(tr("Chain"));
     m_ResidueEdit = addField(tr("Residue"));
     m_AtomEdit = addField(tr("Atom"));
     m_CurrentOnly = m_Factory->CreateCheckBox(panel, tr("Current tree only"), true);
     column->addWidget(m_CurrentOnly);
-    addButton(tr("Union        ( A | B )"), this, SLOT(applySelect()));
+    const QPushButton* unite = addButton(tr("Union        ( A | B )"), this, SLOT(applySelect()));
+    for (const QLineEdit* field : {m_ChainEdit, m_ResidueEdit, m_AtomEdit})
+        connect(field, SIGNAL(returnPressed()), unite, SLOT(click()));
     addButton(tr("Intersection ( A & B )"), this, SLOT(applyMask()));
     addButton(tr("Difference   ( A - B )"), this, SLOT(applyDiff()));
     addButton(tr("Close"), panel, SLOT(hide()));
+    new QShortcut(Qt::Key_Escape, panel, SLOT(hide()));
 }
 
 void Vuxo::applySelect() {

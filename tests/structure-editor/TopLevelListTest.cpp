@@ -77,6 +77,26 @@ private slots:
         QCOMPARE(highlighted(*m_window), 0);
     }
 
+    void aLeftPressOnTheSameEntryFillsATreeThatOthersEmptied() {
+        for (const int entries : {1, 2}) {
+            Compound* item = addStructure("1abc");
+            if (entries == 2)
+                addStructure("2abc");
+            showWindow();
+            destroyElsewhere(itemAt(item, {"A", "Groups", "HOH 2"}));
+            QCOMPARE(takeMessages(), QStringList(deleted));
+            QVERIFY(rows(*m_window).isEmpty());
+            QCOMPARE(highlighted(*m_window), 0);
+            clickEntry(*m_window, 0);
+            QCOMPARE(rows(*m_window).constFirst(), "1abc");
+            QVERIFY(rows(*m_window).filter("HOH 2").isEmpty());
+            QCOMPARE(highlighted(*m_window), 0);
+            m_window.reset();
+            while (Space::instance()->HasChildren())
+                TAVIK::DataMaker::Destroy(*Space::instance()->ChildBegin());
+        }
+    }
+
     void aPressBesideTheEntriesDoesNothing() {
         addStructure("1abc");
         openWindow();
