@@ -2,6 +2,7 @@
 
 #include <QDataStream>
 #include <QFile>
+#include <QThreadPool>
 
 #include <array>
 #include <csignal>
@@ -86,6 +87,8 @@ Outcome apart(bool quiet, std::vector<Step>& steps, const Playing& playing) {
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         throw std::runtime_error("no pipe to the process of a session");
     std::fflush(nullptr);
+    // Threads that have painted do not come along, and whoever waits for one waits for ever.
+    QThreadPool::globalInstance()->waitForDone();
     const pid_t player = fork();
     if (player < 0)
         throw std::runtime_error("no process for a session");
