@@ -518,9 +518,9 @@ private:
             const DataAdder<Compound> guard(nullptr, node->item);
             if (!guard.m_good)
                 return;
-            Compound* residue = DataMaker::makeCore(node->item, "N", "Residue");
+            Compound* composite = DataMaker::makeCore(node->item, "N", "Composite");
             for (int i = 0; i != 3; ++i)
-                DataMaker::makeCore(residue, "n", "Atom");
+                DataMaker::makeCore(composite, "n", "Atom");
         }
         QCOMPARE(m_plain.addMissing(*node), 4);
         QCOMPARE(m_tree.watch.inserted.count(), 1);
