@@ -10,20 +10,31 @@ EntryNames::EntryNames() {
     TAVIK::Space* const space = TAVIK::Space::instance();
     for (TAVIK::Compound** item = space->ChildBegin(); item != space->ChildEnd(); ++item)
         if (*item)
-            m_taken.insert((*item)->GetName());
+            setTaken((*item)->GetName());
+}
+
+void EntryNames::setTaken(const std::string& name) {
+    m_taken.insert(name);
+    if (const std::size_t point = name.rfind('.'); point != std::string::npos)
+        m_takenStems.insert(name.substr(0, point));
 }
 
 std::vector<std::string> EntryNames::take(const std::string& name,
                                           const std::vector<std::string>& endings) {
-    const auto isTaken = [this](const std::string& item) { return m_taken.contains(item); };
-    std::vector<std::string> names;
-    for (std::size_t number = 1; names.empty() || std::ranges::any_of(names, isTaken); ++number) {
-        const std::string stem = number == 1 ? name : name + '-' + std::to_string(number);
-        names.clear();
-        for (const std::string& ending : endings)
-            names.push_back(stem + ending);
+    std::string stem = name;
+    if (std::ranges::any_of(
+            endings, [&](const std::string& ending) { return isTaken(m_taken, name + ending); })) {
+        // A look at each ending for each number would take as long as both multiplied.
+        const bool hasPoints = !endings.front().empty();
+        std::size_t& next = m_next.try_emplace(name, 2).first->second;
+        do
+            stem = name + '-' + std::to_string(next++);
+        while (isTaken(hasPoints ? m_takenStems : m_taken, stem));
     }
-    m_taken.insert(names.begin(), names.end());
+    std::vector<std::string> names;
+    names.reserve(endings.size());
+    for (const std::string& ending : endings)
+        setTaken(names.emplace_back(stem + ending));
     return names;
 }
 

@@ -1,25 +1,43 @@
 // Names of new entries: no two top-level items that are read from files are called the same.
 #pragma once
 
+#include "HostExport.h"
+
+#include <cstddef>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 namespace memory_host {
 
 /// The names that are taken: those of the top-level items, and those that it has given.
-class EntryNames {
+class HOST_EXPORT EntryNames {
 public:
     EntryNames();
 
     /// The names of an entry, of which each model is a top-level item: `name` with each of
-    /// `endings`. If one of these is taken, all of them get the first number from 2 on with which
-    /// none is: "1ubq-2", or "1d3z-2.1" and "1d3z-2.2". A number after a hyphen means itself in a
-    /// name pattern, as a bracket would not.
+    /// `endings`, which are empty, or a point and what has none. If one of these is taken, all of
+    /// them get the first number from 2 on with which none is, and that comes after those that this
+    /// object has given to the name: "1ubq-2", or "1d3z-2.1" and "1d3z-2.2". A number after a
+    /// hyphen means itself in a name pattern, as a bracket would not.
     std::vector<std::string> take(const std::string& name, const std::vector<std::string>& endings);
+    /// How often a name has been looked up: what all of them cost.
+    std::size_t lookUps() const { return m_lookUps; }
 
 private:
+    void setTaken(const std::string& name);
+    bool isTaken(const std::unordered_set<std::string>& names, const std::string& name) {
+        ++m_lookUps;
+        return names.contains(name);
+    }
+
     std::unordered_set<std::string> m_taken;
+    std::unordered_set<std::string> m_takenStems; ///< of those with a point: what is before it
+    /// By name: the number to go on with. Each number is tried once, however many entries there
+    /// are of the name.
+    std::unordered_map<std::string, std::size_t> m_next;
+    std::size_t m_lookUps = 0;
 };
 
 } // namespace memory_host

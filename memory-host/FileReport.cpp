@@ -19,7 +19,7 @@ const char* pluralOf(FileReport::Kind kind) {
     case FileReport::Kind::Row:
         return "records of atoms in a wrong form";
     case FileReport::Kind::Name:
-        return "names with characters that were replaced";
+        return "names that were changed";
     case FileReport::Kind::Residue:
         return "residues with very many atoms or names";
     case FileReport::Kind::Bonds:

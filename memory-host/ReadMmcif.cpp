@@ -22,6 +22,10 @@ using mmcif::Column;
 using mmcif::contentOf;
 using mmcif::Row;
 
+// The name of an entry stands in the names of all its models and atoms, and the file says it once.
+// As long as the name of a file may be.
+constexpr std::size_t longestName = 255;
+
 // Tags as they stand in the file, which are the same in any case of their letters.
 struct TagHash {
     std::size_t operator()(std::string_view tag) const {
@@ -217,6 +221,13 @@ void MmcifReader::checkRepetition(std::string_view tag, std::size_t line) {
 
 void MmcifReader::finishBlock() {
     std::string name = asLatin1Component(m_entryName.empty() ? m_blockName : m_entryName);
+    if (name.size() > longestName && !m_atoms.isEntryEmpty())
+        m_report.remark(FileReport::Kind::Name, 0, [&] {
+            return "the name " + inQuotes(name) + " of an entry has " +
+                   std::to_string(name.size()) + " characters, and was cut after " +
+                   std::to_string(longestName) + "; accepted are names of up to as many";
+        });
+    name.resize(std::min(name.size(), longestName));
     std::ranges::transform(name, name.begin(), lowerCase);
     m_atoms.finishEntry(name.empty() ? m_stem : name);
     m_entryName.clear();

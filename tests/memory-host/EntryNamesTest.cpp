@@ -1,4 +1,5 @@
 // Names of entries: two that are open at the same time can be told apart.
+#include "EntryNames.h"
 #include "Building.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
@@ -86,6 +87,49 @@ private slots:
         const QByteArray block = mmcif({"CA C . ALA A 1 ? 1 2 3 1"}, "twin");
         openText(block + block, {}, "twins.cif");
         QCOMPARE(entries(), QStringList({"twin", "twin-2"}));
+    }
+
+    void manyBlocksOfOneNameAreNumberedWithoutStartingAgain() {
+        memory_host::EntryNames names;
+        constexpr std::size_t count = 1000;
+        const std::vector<std::string> single = {""};
+        const std::vector<std::string> pair = {".1", ".2"};
+        for (std::size_t i = 0; i != count; ++i) {
+            names.take("twin", single);
+            names.take("twin-2", single);
+            names.take("twin", pair);
+        }
+        // Each asks for its plain name, and then goes on where the last one stopped.
+        QVERIFY2(names.lookUps() <= 10 * count, std::to_string(names.lookUps()).c_str());
+    }
+
+    void manyModelsAreNotLookedUpAgainForEachNumber() {
+        memory_host::EntryNames names;
+        constexpr std::size_t count = 1000;
+        std::vector<std::string> models;
+        for (std::size_t i = 1; i <= count; ++i) {
+            models.push_back('.' + std::to_string(i));
+            names.take("a-" + std::to_string(i + 1) + '.' + std::to_string(count), {""});
+        }
+        names.take("a", models);
+        QCOMPARE(names.take("a", models).back(),
+                 "a-" + std::to_string(count + 2) + '.' + std::to_string(count));
+        QVERIFY2(names.lookUps() <= 10 * count, std::to_string(names.lookUps()).c_str());
+    }
+
+    // A long name, said once, is the name of each model.
+    void aLongNameOfABlockIsCut() {
+        const QByteArray name(5000, 'n');
+        QStringList rows;
+        for (int model = 1; model <= 3; ++model)
+            rows << QString("CA C . ALA A 1 ? 1 2 3 %1").arg(model);
+        const QString cut(255, 'n');
+        openText(mmcif(rows, name),
+                 {path("long.cif") + ": the name \"" + cut.left(40) +
+                  " ...\" of an entry has 5000 characters, and was cut after 255; accepted are "
+                  "names of up to as many"},
+                 "long.cif");
+        QCOMPARE(entries(), QStringList({cut + ".1", cut + ".2", cut + ".3"}));
     }
 
     void anEntryAndAMapOfOneNameAreToldApart() {
