@@ -1,7 +1,5 @@
 #include "PdbBonds.h"
 
-#include "PdbColumns.h"
-
 #include <algorithm>
 
 namespace memory_host::pdb {
@@ -63,33 +61,38 @@ bool areInOneCopy(std::string_view line) {
     return first.empty() || second.empty() || first == second;
 }
 
-void readDisulfide(std::string_view line, std::size_t number, ListedBonds& bonds) {
-    const auto atom = [line](std::size_t residue, std::size_t chain) {
-        ListedAtom sulfur;
-        sulfur.residue = field(line, residue, residue + 2);
-        sulfur.chain = field(line, chain, chain + 1);
-        sulfur.number = field(line, chain + 3, chain + 6);
-        sulfur.insertion = field(line, chain + 7, chain + 7);
+// The name and the chain of a residue, from this column of a record on.
+ListedAtom residueAt(std::string_view line, std::size_t first, ResidueColumns& residues) {
+    const ResidueColumns::Fields fields = residues.read(columns(line, first, first + 4));
+    ListedAtom atom;
+    atom.residue = fields.residue;
+    atom.chain = fields.chain;
+    return atom;
+}
+
+void readDisulfide(std::string_view line, std::size_t number, ResidueColumns& residues,
+                   ListedBonds& bonds) {
+    const auto atom = [&](std::size_t first) {
+        ListedAtom sulfur = residueAt(line, first, residues);
+        sulfur.number = field(line, first + 6, first + 9);
+        sulfur.insertion = field(line, first + 10, first + 10);
         sulfur.name = "SG";
         return sulfur;
     };
-    if (areInOneCopy(line))
-        bonds.add(atom(12, 15), atom(26, 29), number);
+    bonds.add(atom(12), atom(26), number);
 }
 
-void readLink(std::string_view line, std::size_t number, ListedBonds& bonds) {
-    const auto atom = [line](std::size_t name) {
-        ListedAtom linked;
-        linked.name = field(line, name, name + 3);
-        linked.alternative = field(line, name + 4, name + 4);
-        linked.residue = field(line, name + 5, name + 7);
-        linked.chain = field(line, name + 8, name + 9);
-        linked.number = field(line, name + 10, name + 13);
-        linked.insertion = field(line, name + 14, name + 14);
+void readLinked(std::string_view line, std::size_t number, ResidueColumns& residues,
+                ListedBonds& bonds) {
+    const auto atom = [&](std::size_t first) {
+        ListedAtom linked = residueAt(line, first + 5, residues);
+        linked.name = field(line, first, first + 3);
+        linked.alternative = field(line, first + 4, first + 4);
+        linked.number = field(line, first + 10, first + 13);
+        linked.insertion = field(line, first + 14, first + 14);
         return linked;
     };
-    if (areInOneCopy(line))
-        bonds.add(atom(13), atom(43), number);
+    bonds.add(atom(13), atom(43), number);
 }
 
 } // namespace
@@ -115,13 +118,23 @@ Serial serialOf(std::string_view line) {
     return isLonger ? noSerial : packedSerial(field(line, 7, 11));
 }
 
-void readBonds(std::string_view line, std::size_t number, ListedBonds& bonds) {
+void readConnections(std::string_view line, std::size_t number, ListedBonds& bonds) {
     if (startsWith(line, "CONECT"))
         readConect(line, number, bonds);
-    else if (startsWith(line, "SSBOND"))
-        readDisulfide(line, number, bonds);
-    else if (startsWith(line, "LINK  "))
-        readLink(line, number, bonds);
+}
+
+bool isLink(std::string_view line) {
+    return startsWith(line, "SSBOND") || startsWith(line, "LINK  ");
+}
+
+void readLink(std::string_view line, std::size_t number, ResidueColumns& columns,
+              ListedBonds& bonds) {
+    if (!areInOneCopy(line))
+        return;
+    if (startsWith(line, "SSBOND"))
+        readDisulfide(line, number, columns, bonds);
+    else
+        readLinked(line, number, columns, bonds);
 }
 
 } // namespace memory_host::pdb

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ListedBonds.h"
+#include "PdbColumns.h"
 
 namespace memory_host::pdb {
 
@@ -12,8 +13,14 @@ Serial packedSerial(std::string_view text);
 /// The serial number of an ATOM or HETATM record.
 Serial serialOf(std::string_view line);
 
-/// Adds the bonds that a record lists, if it is one that lists bonds. Those to copies that symmetry
-/// makes are not bonds of this structure, and passed by.
-void readBonds(std::string_view line, std::size_t number, ListedBonds& bonds);
+/// Adds the bonds of a CONECT record; passes by any other.
+void readConnections(std::string_view line, std::size_t number, ListedBonds& bonds);
+
+/// Whether a line is an SSBOND or LINK record, in which atoms are called by their names.
+bool isLink(std::string_view line);
+/// Adds the bond of such a record. `columns` have seen the atoms. A bond to a copy that symmetry
+/// makes is none of this structure, and passed by.
+void readLink(std::string_view line, std::size_t number, ResidueColumns& columns,
+              ListedBonds& bonds);
 
 } // namespace memory_host::pdb

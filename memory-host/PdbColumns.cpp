@@ -65,6 +65,29 @@ bool isLongNumber(std::string_view line) {
            (isDigit(column(line, 29)) || isBlank(column(line, 29))) && isBlank(column(line, 30));
 }
 
+// A number and coordinates that all end one column before their last are those of a line that
+// misses one. Numbers on the left of their columns end in other ones. Where residue and chain
+// still stand in theirs, nothing is read wrongly.
+bool missesColumn(std::string_view line) {
+    const bool hasCutResidue = !isBlank(column(line, 17)) && isBlank(column(line, 20));
+    const bool hasCutNumber = !isBlank(column(line, 21)) && isDigit(column(line, 22));
+    if (!(hasCutResidue || hasCutNumber) || !isBlank(column(line, 26)) ||
+        !isDigit(column(line, 25)) || !isBlank(column(line, 31)) || !haveDecimals(line, 3))
+        return false;
+    for (const std::size_t axis : {0, 1, 2})
+        if (!isBlank(column(line, 38 + 8 * axis)) || !isDigit(column(line, 37 + 8 * axis)))
+            return false;
+    return true;
+}
+
+// Whether a lost line end has put the record of the next atom behind this one.
+bool hasAnother(std::string_view line) {
+    constexpr std::size_t mostColumns = 80;
+    return line.size() > mostColumns &&
+           (line.find("ATOM  ", coordinateColumns) != std::string_view::npos ||
+            line.find("HETATM", coordinateColumns) != std::string_view::npos);
+}
+
 bool isNumberOrBlank(std::string_view text) {
     return text.empty() || finiteFloat(text).has_value();
 }
@@ -104,7 +127,9 @@ RowFault faultOf(std::string_view line) {
     if ((runsOn(line, 38) || runsOn(line, 46) || runsOn(line, coordinateColumns)) &&
         !haveDecimals(line, 3))
         return RowFault::Shifted;
-    return RowFault::None;
+    if (missesColumn(line))
+        return RowFault::Left;
+    return hasAnother(line) ? RowFault::Joined : RowFault::None;
 }
 
 std::string describe(RowFault fault, std::string_view line) {
@@ -131,6 +156,10 @@ std::string describe(RowFault fault, std::string_view line) {
     case RowFault::Shifted:
         return "the coordinates " + inQuotes(columns(line, 31, 60)) +
                " run from one number's columns into the next one's";
+    case RowFault::Left:
+        return "the residue number and the coordinates stand one column to the left of theirs";
+    case RowFault::Joined:
+        return "another record follows in the same line";
     }
     return {};
 }
@@ -164,17 +193,15 @@ bool ResidueColumns::isChainOfTwo(std::string_view residue, std::string_view cha
     return true;
 }
 
-void ResidueColumns::read(std::string_view line, AtomRow& row) {
-    const std::string_view all = columns(line, 18, 22);
-    const bool isJoined = !isBlank(column(line, 20)) && !isBlank(column(line, 21));
-    if (isJoined && all != m_lastColumns) {
-        m_lastColumns = all;
+ResidueColumns::Fields ResidueColumns::read(std::string_view five) {
+    const bool isJoined = !isBlank(column(five, 3)) && !isBlank(column(five, 4));
+    if (isJoined && five != m_lastColumns) {
+        m_lastColumns = five;
         m_wasChainOfTwo =
-            !isBlank(column(line, 22)) && isChainOfTwo(field(line, 18, 20), all.substr(3));
+            !isBlank(column(five, 5)) && isChainOfTwo(field(five, 1, 3), five.substr(3));
     }
-    const bool isLongName = isJoined && !m_wasChainOfTwo;
-    row.residue = field(line, 18, isLongName ? 21 : 20);
-    row.chain = field(line, isLongName ? 22 : 21, 22);
+    const std::size_t nameEnd = isJoined && !m_wasChainOfTwo ? 4 : 3;
+    return {field(five, 1, nameEnd), field(five, nameEnd + 1, 5)};
 }
 
 } // namespace memory_host::pdb

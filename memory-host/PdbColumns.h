@@ -48,6 +48,8 @@ enum class RowFault : std::uint8_t {
     Short,   ///< the line ends before the coordinates
     Cut,     ///< the line ends inside of the coordinates
     Shifted, ///< numbers run from one coordinate's columns into those of the next
+    Left,    ///< the line misses a column before the residue number
+    Joined,  ///< another record follows in the same line
 };
 /// What an atom's record has against its columns up to the coordinates.
 RowFault faultOf(std::string_view line);
@@ -64,14 +66,18 @@ std::string_view insertionCode(std::string_view line);
 /// Tells residue names of four letters from chains of two: both begin or end in column 21.
 class ResidueColumns {
 public:
-    /// Sets the residue's name and the chain of a row.
-    void read(std::string_view line, AtomRow& row);
+    struct Fields {
+        std::string_view residue;
+        std::string_view chain;
+    };
+    /// Takes apart five columns, as 18 to 22 of an atom's record.
+    Fields read(std::string_view five);
 
 private:
     bool isChainOfTwo(std::string_view residue, std::string_view chain);
 
     std::unordered_set<std::string_view> m_chains; ///< those of two letters
-    std::string_view m_lastColumns;                ///< 18 to 22
+    std::string_view m_lastColumns;
     bool m_wasChainOfTwo = false;
 };
 

@@ -71,6 +71,8 @@ private:
     TableBuilder m_builder;
     AtomNumbers m_numbers;
     pdb::ResidueColumns m_residueColumns;
+    /// With their lines' numbers; the atoms tell which chains there are.
+    std::vector<std::pair<std::string_view, std::size_t>> m_links;
     std::size_t m_line = 0;
     std::size_t m_faultyRows = 0;
     std::size_t m_faultyLine = 0; ///< the first one
@@ -88,6 +90,9 @@ private:
 
 StructureTable PdbReader::read(const std::string& stem) {
     readLines();
+    for (const auto& [line, number] : m_links)
+        pdb::readLink(line, number, m_residueColumns, m_builder.listedBonds());
+    m_links = {};
     m_bytes = {};
     if (m_builder.atomCount() == 0)
         refuseEmpty();
@@ -190,7 +195,10 @@ void PdbReader::readOtherRecord(std::string_view line) {
         if (isIdentifier && m_identifier.empty())
             std::ranges::transform(identifier, std::back_inserter(m_identifier), lowerCase);
     } else if (const std::string_view name = pdb::wronglyWrittenRecord(line); name.empty()) {
-        pdb::readBonds(line, m_line, m_builder.listedBonds());
+        if (pdb::isLink(line))
+            m_links.emplace_back(line, m_line);
+        else
+            pdb::readConnections(line, m_line, m_builder.listedBonds());
     } else {
         if (m_wronglyWrittenLine == 0) {
             m_wronglyWrittenLine = m_line;
@@ -239,7 +247,9 @@ void PdbReader::readPdbAtom(std::string_view line) {
     row.serial = pdb::serialOf(line);
     row.name = field(line, 13, 16);
     row.alternative = field(line, 17, 17);
-    m_residueColumns.read(line, row);
+    const pdb::ResidueColumns::Fields residue = m_residueColumns.read(columns(line, 18, 22));
+    row.residue = residue.residue;
+    row.chain = residue.chain;
     row.number = residueNumber(pdb::residueNumber(line));
     row.insertion = pdb::insertionCode(line);
     row.segment = field(line, 73, 76);

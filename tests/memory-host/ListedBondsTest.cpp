@@ -251,6 +251,43 @@ private slots:
         QCOMPARE(childNames(item("/test/Bonds")), QStringList("ALA 1 X1 - ALA 7C X1"));
     }
 
+    void linkedResiduesHaveNamesOfFourLettersAndChainsOfTwo_data() {
+        QTest::addColumn<QByteArray>("columns"); ///< of name and chain
+        QTest::newRow("four letters") << QByteArray("TIP3B");
+        QTest::newRow("four letters without a chain") << QByteArray("TIP3 ");
+        QTest::newRow("three letters and a chain of two") << QByteArray("LIGAB");
+        QTest::newRow("two letters and a chain of two") << QByteArray(" DAAB");
+    }
+    void linkedResiduesHaveNamesOfFourLettersAndChainsOfTwo() {
+        QFETCH(QByteArray, columns);
+        PdbAtom a;
+        a.name = " X1 ";
+        a.element = "C";
+        a.chain = columns.endsWith("AB") ? "AB" : "A";
+        PdbAtom b = a;
+        b.number = "7";
+        b.x = 3.0F;
+        // The residue's columns are the same in both records.
+        QByteArray records = link(b, a) + link(a, b) + line(a) + line(b).replace(17, 5, columns);
+        records.replace(17, 5, columns);
+        records.replace(records.indexOf('\n') + 1 + 47, 5, columns);
+        openText(records);
+        QCOMPARE(bondNames(item("/test")).size(), 1);
+    }
+
+    void aDisulfideOfResiduesWithNamesOfFourLetters() {
+        PdbAtom a;
+        a.name = " SG ";
+        a.element = "S";
+        PdbAtom b = a;
+        b.number = "7";
+        b.x = 3.0F;
+        QByteArray text = "SSBOND   1 XCYSA    1    XCYSA    7";
+        openText(text.leftJustified(59) + "  1555   1555  2.03\n" +
+                 line(a).replace(17, 5, "XCYSA") + line(b).replace(17, 5, "XCYSA"));
+        QCOMPARE(bondNames(item("/test")).size(), 1);
+    }
+
     void aLinkToACopyBySymmetryIsNoBond() {
         PdbAtom a;
         PdbAtom b = a;

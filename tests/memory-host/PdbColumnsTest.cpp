@@ -69,6 +69,15 @@ private slots:
             "the record has a tabulator in its columns");
         row("nothing behind the residue", lineWith(28, "\n").left(28),
             "the record ends in column 26, before its coordinates");
+        row("no column 21 and a wide number",
+            lineWith(23, "1234").replace(30, 8, "  12.345").remove(20, 1),
+            "the residue number and the coordinates stand one column to the left of theirs");
+        for (const int missing : {7, 12, 17})
+            row(("no column " + std::to_string(missing)).c_str(),
+                lineWith(7, " 1000").replace(30, 8, "  12.345").remove(missing - 1, 1),
+                "the residue number and the coordinates stand one column to the left of theirs");
+        row("no line end", lineWith(1, "ATOM").trimmed() + lineWith(1, "HETATM"),
+            "another record follows in the same line");
     }
     void aLineThatIsNotWhatItSeemsIsRemarkedAndHasNoPosition() {
         QFETCH(QByteArray, bad);
@@ -157,6 +166,13 @@ private slots:
             QCOMPARE(atom->GetPosition()[0], -12.345F);
             QCOMPARE(atom->GetPosition()[2], 123.456F);
         }
+    }
+
+    // Others leave three columns for the residue number.
+    void aLineThatMissesAColumnBehindTheChainIsRead() {
+        openText(lineWith(23, "  52").replace(30, 8, "  12.345").remove(22, 1));
+        QCOMPARE(childNames(item("/test/A/Groups")), QStringList("ALA 52"));
+        QCOMPARE(atoms(item("/test")).front()->GetPosition()[0], 12.345F);
     }
 
     void numbersThatFillTheirColumnsAreRead_data() {
