@@ -135,6 +135,7 @@ bool isText(std::string_view text, bool isNamedSo) {
     std::size_t ofPqr = 0;
     std::size_t ofBoth = 0;
     std::size_t negative = 0;
+    std::size_t full = 0;
     for (std::size_t at = 0; at < text.size() && ofPdb + ofPqr + ofBoth < enoughRows;) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         std::string_view line = text.substr(at, end - at);
@@ -149,8 +150,12 @@ bool isText(std::string_view text, bool isNamedSo) {
         ofPdb += fitsPdb && !fitsPqr;
         ofPqr += fitsPqr && !fitsPdb;
         ofBoth += fitsPqr && fitsPdb;
+        full += fitsPqr && !fitsPdb && finiteFloat(row.charge) == 1.0F;
         negative += fitsPqr && fitsPdb && row.charge.starts_with('-');
     }
+    // Occupancies and temperature factors behind coordinates that keep to no columns.
+    if (!isNamedSo && ofPqr >= fewRows && full > ofPqr / 2)
+        return false;
     const bool areBothPqr = isNamedSo && (ofPqr != 0 || negative != 0 || ofBoth < fewRows);
     return ofPqr + (areBothPqr ? ofBoth : 0) > ofPdb + (areBothPqr ? 0 : ofBoth);
 }

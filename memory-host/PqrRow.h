@@ -31,8 +31,9 @@ bool areNumbers(const Row& row);
 Element elementOf(const Row& row, std::string_view line);
 
 /// Whether a text has more rows of PQR than records of PDB. Rows that could be both are PQR by the
-/// file's ending (`isNamedSo`), unless no charge in a larger molecule is negative, as no occupancies
-/// are.
+/// file's ending (`isNamedSo`), unless no charge in a larger molecule is negative, as no
+/// occupancies are. By another ending, rows whose charges mostly are 1 are PDB's, with
+/// occupancies.
 bool isText(std::string_view text, bool isNamedSo);
 
 } // namespace memory_host::pqr

@@ -194,6 +194,25 @@ private slots:
         }
     }
 
+    // In a PDB file that keeps to no columns, too.
+    void occupanciesAreNoCharges() {
+        const auto rows = [](const QByteArray& charge) {
+            QByteArray text;
+            for (int i = 0; i < 20; ++i)
+                text += "ATOM  1  CA  ALA A 1   " + QByteArray::number(3 * i + 0.5) +
+                        " 1.2345 2.3456 " + charge + " 2.00\n";
+            return text;
+        };
+        const QString refused = refusal(m_folder.write("test.pdb", rows("1.00")));
+        QVERIFY2(refused.contains("accepted are PDB files"), qPrintable(refused));
+        for (const QString& name : {QString("test.pqr"), QString("ions.pdb")})
+            QVERIFY(TAVIK::GetPartialCharge(
+                        atoms(openText(rows(name == "test.pqr" ? "1.00" : "0.51"), {}, name)
+                                  .items.front())
+                            .front())
+                        .isKnown);
+    }
+
     void rowsThatCouldBeBothGoByTheEnding() {
         const auto rows = [](int count, const QByteArray& first) {
             QByteArray text = columns(" CA ", 0, 2, 3, first + "  2.00", "ALA", "A", "0");
