@@ -48,7 +48,8 @@ void logFailure(const char* slot, const char* what) {
 Vuxo::Vuxo()
     : BaseWindow(tr("Structure Editor"), QSize(400, 600), helpSetting(), false, nullptr, nullptr),
       m_Tree(nullptr), m_List(nullptr), m_Current(-1), m_SelectBox(nullptr), m_ChainEdit(nullptr),
-      m_ResidueEdit(nullptr), m_AtomEdit(nullptr), m_CurrentOnly(nullptr) {
+      m_ResidueEdit(nullptr), m_AtomEdit(nullptr), m_CurrentOnly(nullptr),
+      m_destructions([this] { emptyForDestruction(); }) {
     auto* splitter = new WindowPanes(this);
     checkPtr(splitter, source, __LINE__);
     setCentralWidget(splitter);

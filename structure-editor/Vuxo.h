@@ -7,7 +7,7 @@
 #include "DataAdder.h"
 #include "DataDelete.h"
 #include "DataPoint.h"
-#include "DestroyObserver.h"
+#include "DestructionWatch.h"
 #include "Subscriber.h"
 
 #include <QPointer>
@@ -38,9 +38,9 @@ enum class Refresh {
 /// The Structure Editor's one window. It owns no data: it shows the host's, changes them inside
 /// change guards only, and hears of every change that others make, also while it is hidden.
 ///
-/// Qt's parents own all widgets. What the host tells comes through the bases after the first, so
-/// that these end before the widgets do: no notification meets a half destroyed window.
-class Vuxo : public BaseWindow, public Subscriber, public TAVIK::DestroyObserver {
+/// Qt's parents own all widgets. What the host tells comes through a member and the second base, so
+/// that both end before the widgets do: no notification meets a half destroyed window.
+class Vuxo : public BaseWindow, public Subscriber {
     Q_OBJECT
 public:
     /// Builds the window, hidden, with the list filled and the tree empty.
@@ -53,10 +53,6 @@ public:
     void commAdd() override;
     /// Data were destroyed: empties the tree, whose rows may stand for what is gone.
     void commDelete() override;
-    /// Data are about to be destroyed: empties the tree at once, because others may run an event
-    /// loop before the window hears of the deletion. What the window destroys itself finds it
-    /// empty.
-    void aboutToDestroy(TAVIK::Compound* item) override;
 
     // Each command of the menu bar is a slot. Local ones work on the item that the tree shows and
     // do nothing without one; global ones on the whole data space.
@@ -225,6 +221,10 @@ private:
     static void commandFailed(Vuxo* window, const char* slot);
     /// Builds list and tree anew from the data.
     void rebuild();
+    /// Data are about to be destroyed: empties the tree at once, because others may run an event
+    /// loop before the window hears of the deletion. What the window destroys itself finds it
+    /// empty.
+    void emptyForDestruction();
 
     /// What the window's checks name as their source.
     static constexpr const char* source = "Vuxo";
@@ -239,4 +239,5 @@ private:
     QLineEdit* m_ResidueEdit;
     QLineEdit* m_AtomEdit;
     QCheckBox* m_CurrentOnly;
+    DestructionWatch m_destructions; ///< last, and so the first to end
 };

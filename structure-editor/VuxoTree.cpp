@@ -95,7 +95,7 @@ void Vuxo::commDelete() {
     m_isBehind = false;
 }
 
-void Vuxo::aboutToDestroy(TAVIK::Compound*) {
+void Vuxo::emptyForDestruction() {
     m_hasStaleEntries = true;
     if (m_Tree->firstChild())
         m_Tree->clear();

@@ -1,6 +1,7 @@
 // The main window as a whole: how it is built, what it listens to, and how it ends.
 #include "Building.h"
 #include "DataPoint.h"
+#include "DestroyObserver.h"
 #include "ListBox.h"
 #include "Services.h"
 #include "Space.h"
@@ -21,6 +22,7 @@
 #include <QTranslator>
 
 #include <memory>
+#include <type_traits>
 
 using namespace window_tools;
 using TAVIK::Compound;
@@ -90,6 +92,9 @@ private slots:
         QCOMPARE(m_window->qt_metacast("Subscriber"), static_cast<Subscriber*>(m_window.get()));
         QCOMPARE(m_window->qt_metacast("BaseWindow"), static_cast<BaseWindow*>(m_window.get()));
         QCOMPARE(m_window->qt_metacast("QListWidget"), nullptr);
+        // What else it hears of comes through its members.
+        QVERIFY((!std::is_base_of_v<TAVIK::DestroyObserver, Vuxo>));
+        QCOMPARE(m_window->qt_metacast("TAVIK::DestroyObserver"), nullptr);
         const QMetaObject& meta = Vuxo::staticMetaObject;
         QCOMPARE(meta.propertyCount(), meta.propertyOffset());
         const int event = meta.indexOfSlot("ListEvent(int,QListWidgetItem*,QPoint)");

@@ -1,0 +1,18 @@
+// Hearing of destructions without being an observer oneself.
+#pragma once
+
+#include "DestroyObserver.h"
+
+#include <functional>
+#include <utility>
+
+/// Calls `handler` each time that an item is about to be destroyed, as TAVIK::DestroyObserver says.
+class DestructionWatch : public TAVIK::DestroyObserver {
+public:
+    explicit DestructionWatch(std::function<void()> handler) : m_handler(std::move(handler)) {}
+
+    void aboutToDestroy(TAVIK::Compound*) override { m_handler(); }
+
+private:
+    std::function<void()> m_handler;
+};
