@@ -154,6 +154,19 @@ private slots:
         takeMessages();
     }
 
+    // The entry itself holds no selection then: a set adds nothing to where it stands.
+    void aSetIsMarkedWithItsMemberElsewhereWhereNothingElseIsSelected() {
+        selectElsewhere(m_first, false);
+        QVERIFY(!m_shown->HasSelected());
+        for (const bool on : {true, false}) {
+            selectElsewhere(m_elsewhere, on);
+            QVERIFY(!m_shown->HasSelected());
+            QCOMPARE(m_set->IsSelected(), on);
+            QCOMPARE(isMarked(*m_window, {"1abc", "set"}), on);
+            QCOMPARE(slot_tools::windowFaults(*m_window).join(u'\n'), QString());
+        }
+    }
+
     // A subscriber that answers the change before the window has heard of it.
     void anAnswerToTheChangeIsSeenToo() {
         m_older->onUpdate = [this] {
