@@ -62,7 +62,10 @@ void drawFocus(QPainter* painter, const QStyleOptionViewItem& option) {
     painter->save();
     painter->setBrush(Qt::NoBrush);
     painter->setPen(QPen(color, 1, Qt::DotLine));
-    painter->drawRect(option.rect.adjusted(0, 0, -1, -1));
+    // What stands out of the cell, by half of the pen on a screen of many pixels, is not painted
+    // over when the focus goes.
+    painter->setClipRect(option.rect, Qt::IntersectClip);
+    painter->drawRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5));
     painter->restore();
 }
 
