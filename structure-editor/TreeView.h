@@ -121,6 +121,7 @@ private:
     void fitColumns();
     int automaticWidth(int column) const;
     int automaticWidthBesideNames() const;
+    int widthOfNames(const QString& name) const;
 
     TreeModel* m_rows;
     TreeSelection m_selection;

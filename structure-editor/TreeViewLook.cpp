@@ -49,18 +49,24 @@ int TreeView::automaticWidthBesideNames() const {
            automaticWidth(TreeModel::Partial);
 }
 
-int TreeView::usualWidth() const {
+// What the names need where an atom is called `name`.
+int TreeView::widthOfNames(const QString& name) const {
     // Below the entry: chain, groups, residue, group, atom.
     constexpr int levels = 5;
     const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
-    const int name = fontMetrics().horizontalAdvance(QStringLiteral("HD11")) + 2 * margin;
+    return itemMargin() + levels * indentation() + fontMetrics().horizontalAdvance(name) +
+           2 * margin;
+}
+
+int TreeView::usualWidth() const {
     return 2 * frameWidth() + verticalScrollBar()->sizeHint().width() +
-           automaticWidthBesideNames() + itemMargin() + levels * indentation() + name;
+           automaticWidthBesideNames() + widthOfNames(QStringLiteral("HD11"));
 }
 
 // Columns grow with what comes on screen, and never shrink; but names get no more than the other
-// columns leave, as they are elided rather than push those out of sight. A width that the user
-// chose stays. What is off screen is not looked at: there may be millions of rows.
+// columns leave, as they are elided rather than push those out of sight, unless a row would be left
+// without a name: then the other columns can be scrolled to. A width that the user chose stays.
+// What is off screen is not looked at: there may be millions of rows.
 void TreeView::fitColumns() {
     if (m_fitting)
         return;
@@ -94,7 +100,7 @@ void TreeView::fitColumns() {
     for (int column = 0; column != TreeModel::Columns; ++column) {
         int width = automaticWidth(column);
         if (column == TreeModel::Object)
-            width = std::min(width, std::max(room, header()->minimumSectionSize()));
+            width = std::min(width, std::max(room, widthOfNames(QStringLiteral("CA"))));
         if (!m_fixedWidth[static_cast<std::size_t>(column)] && width != columnWidth(column))
             setColumnWidth(column, width);
     }

@@ -58,6 +58,14 @@ class LongNamesTest : public WindowTestCase {
         return tree()->horizontalScrollBar()->maximum() == 0 ? QString() : "it can be scrolled";
     }
 
+    /// The room of an atom's name, in pixels.
+    int widthOfDeepName() const {
+        return tree()
+            ->visualRect(rowAt(*m_window, {QString::fromStdString(longName), "A", "Groups", "MET 1",
+                                           "Side chain", "CB"}))
+            .width();
+    }
+
     /// The window as it first comes, showing a structure of long names, all of it opened.
     void showLongNames() {
         QVERIFY(longName.size() == 60);
@@ -85,19 +93,26 @@ private slots:
         QCOMPARE(m_window->width(), 400);
         QCOMPARE(outOfSight(), QString());
         // There is room for the names of atoms, and for short names in the list.
-        const QRect name =
-            tree()->visualRect(rowAt(*m_window, {QString::fromStdString(longName), "A", "Groups",
-                                                 "MET 1", "Side chain", "CB"}));
-        QVERIFY2(name.width() >= tree()->fontMetrics().horizontalAdvance("HD11"),
-                 qPrintable(QString::number(name.width())));
+        QVERIFY(widthOfDeepName() >= tree()->fontMetrics().horizontalAdvance("HD11"));
         QVERIFY(listOf(*m_window)->width() >= listOf(*m_window)->widthFor(9));
     }
 
-    void theyStayWhenTheListIsAsWideAsItGets() {
+    void whereTheUserLeavesNoRoomNamesKeepTheirsAndTheColumnsCanBeScrolledTo() {
         showLongNames();
         auto* panes = qobject_cast<QSplitter*>(m_window->centralWidget());
-        panes->setSizes({200, panes->width() - 200 - panes->handleWidth()});
-        QCOMPARE(listOf(*m_window)->width(), 200);
+        const QList<int> before = panes->sizes();
+        for (const int list : {200, 300}) {
+            panes->setSizes({list, panes->width() - list - panes->handleWidth()});
+            QCOMPARE(listOf(*m_window)->width(), list);
+            QVERIFY(!m_window->grab().isNull());
+            QVERIFY(widthOfDeepName() >= tree()->fontMetrics().horizontalAdvance("CA"));
+            QScrollBar* const bar = tree()->horizontalScrollBar();
+            QVERIFY(bar->maximum() > 0);
+            bar->setValue(bar->maximum());
+            QCOMPARE(header()->sectionViewportPosition(3) + header()->sectionSize(3),
+                     tree()->viewport()->width());
+        }
+        panes->setSizes(before);
         QVERIFY(!m_window->grab().isNull());
         QCOMPARE(outOfSight(), QString());
     }
