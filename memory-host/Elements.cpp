@@ -4,6 +4,7 @@
 
 #include <gemmi/elem.hpp>
 
+#include <algorithm>
 #include <array>
 
 namespace memory_host {
@@ -27,6 +28,30 @@ Element ofLetters(std::string_view letters, bool inPolymer) {
         return element;
     return elementOf(letters.substr(letters.front() == ' ' ? 1 : 0, 1));
 }
+
+// In names as "CD" and "HE1" the second letter is a place in the molecule. No element whose symbol
+// begins with H is likely in one.
+bool hasPlace(std::string_view name) {
+    constexpr std::string_view organic = "CNOPS";
+    constexpr std::string_view places = "ABGDEZH";
+    return name.size() > 1 && (name[0] == 'H' || (organic.find(name[0]) != std::string_view::npos &&
+                                                  places.find(name[1]) != std::string_view::npos));
+}
+
+struct Ion {
+    std::string_view name;
+    std::string_view symbol;
+};
+// Ions of force fields that are not called by their symbols.
+constexpr std::array<Ion, 9> namedIons = {{{"SOD", "Na"},
+                                           {"CLA", "Cl"},
+                                           {"POT", "K"},
+                                           {"CAL", "Ca"},
+                                           {"CES", "Cs"},
+                                           {"LIT", "Li"},
+                                           {"RUB", "Rb"},
+                                           {"BAR", "Ba"},
+                                           {"CAD", "Cd"}}};
 
 } // namespace
 
@@ -52,7 +77,7 @@ Element elementOfPdbName(std::string_view columns, bool inPolymer) {
         return elementOf(columns.substr(1, 1));
     if (isDigit(columns[1]))
         return elementOf(columns.substr(0, 1));
-    return ofLetters(columns.substr(0, 2), inPolymer);
+    return ofLetters(columns.substr(0, 2), inPolymer || (isFull && hasPlace(columns)));
 }
 
 Element elementOfName(std::string_view name, bool inPolymer) {
@@ -61,6 +86,26 @@ Element elementOfName(std::string_view name, bool inPolymer) {
     if (name.size() > 1 && !isLetter(name[1]))
         name = name.substr(0, 1);
     return ofLetters(name.substr(0, 2), inPolymer);
+}
+
+Element elementOfLeftName(std::string_view name, bool inPolymer) {
+    return elementOfName(name, inPolymer || hasPlace(name));
+}
+
+bool isLeftName(std::string_view columns) {
+    return columns.size() == 4 && isLetter(columns[0]) && !isLetter(columns[1]) &&
+           columns[3] == ' ' && elementOf(columns.substr(0, 1)) != unknownElement;
+}
+
+Element elementOfIon(std::string_view name, std::string_view residue) {
+    if (name != residue)
+        return unknownElement;
+    const auto letters =
+        static_cast<std::size_t>(std::ranges::find_if_not(name, isLetter) - name.begin());
+    if (letters <= 2)
+        return elementOf(name);
+    const auto ion = std::ranges::find(namedIons, name, &Ion::name);
+    return ion == namedIons.end() ? unknownElement : elementOf(ion->symbol);
 }
 
 const char* elementSymbol(Element element) {

@@ -20,6 +20,15 @@ Element elementOf(std::string_view symbol);
 Element elementOfPdbName(std::string_view columns, bool inPolymer);
 /// The element of an atom by its name alone, as "CA" or "1HB", where nothing else tells it.
 Element elementOfName(std::string_view name, bool inPolymer);
+/// The same where all names begin in one column: also in residues that nobody knows "CA" and "HE1"
+/// are a carbon and a hydrogen.
+Element elementOfLeftName(std::string_view name, bool inPolymer);
+/// Whether the columns of a name begin with the symbol of one letter, which ends in the second
+/// column elsewhere: then all names of the file may begin in the first.
+bool isLeftName(std::string_view columns);
+/// The element of an ion, which is called as its residue and stands in any column; unknown for
+/// other atoms.
+Element elementOfIon(std::string_view name, std::string_view residue);
 /// The symbol, as "Cu"; "X" for the unknown element.
 const char* elementSymbol(Element element);
 /// Covalent radius in Å, after B. Cordero et al., "Covalent radii revisited", Dalton Trans. 2008,

@@ -95,15 +95,6 @@ bool splitColumns(std::string_view line, Row& row) {
     return areNumbers(row);
 }
 
-// In names as "CD" and "HE1" the second letter is a place in the molecule, also in residues that
-// nobody knows.
-bool hasPlace(std::string_view name) {
-    constexpr std::string_view organic = "CHNOPS";
-    constexpr std::string_view places = "ABGDEZH";
-    return name.size() > 1 && organic.find(name[0]) != std::string_view::npos &&
-           places.find(name[1]) != std::string_view::npos;
-}
-
 } // namespace
 
 bool split(std::string_view line, Row& row) {
@@ -117,15 +108,13 @@ bool areNumbers(const Row& row) {
 }
 
 Element elementOf(const Row& row, std::string_view line) {
-    // Ions, which are put into any column.
-    if (row.name == row.residue && row.name.size() <= 2)
-        if (const Element ion = memory_host::elementOf(row.name); ion != unknownElement)
-            return ion;
+    if (const Element ion = elementOfIon(row.name, row.residue); ion != unknownElement)
+        return ion;
     const bool inPolymer = residueKind(row.residue) != ResidueKind::Other;
     const std::string_view columns = pdb::columns(line, 13, 16);
     if (trimmed(columns) == row.name && (columns.front() == ' ' || row.name.size() == 4))
         return elementOfPdbName(columns, inPolymer);
-    return elementOfName(row.name, inPolymer || hasPlace(row.name));
+    return elementOfLeftName(row.name, inPolymer);
 }
 
 bool isText(std::string_view text, bool isNamedSo) {
@@ -154,7 +143,7 @@ bool isText(std::string_view text, bool isNamedSo) {
         negative += fitsPqr && fitsPdb && row.charge.starts_with('-');
     }
     // Occupancies and temperature factors behind coordinates that keep to no columns.
-    if (!isNamedSo && ofPqr >= fewRows && full > ofPqr / 2)
+    if (!isNamedSo && full > ofPqr / 2)
         return false;
     const bool areBothPqr = isNamedSo && (ofPqr != 0 || negative != 0 || ofBoth < fewRows);
     return ofPqr + (areBothPqr ? ofBoth : 0) > ofPdb + (areBothPqr ? 0 : ofBoth);

@@ -56,6 +56,7 @@ private:
     void readOtherRecord(std::string_view line);
     void readPdbAtom(std::string_view line);
     void readPqrAtom(std::string_view line);
+    Element elementByName(const AtomRow& row, std::string_view columns);
     void readPosition(std::string_view line, AtomRow& row);
     void addFaulty(const AtomRow& row, const std::string& fault);
     void startModel(std::string_view number);
@@ -83,6 +84,7 @@ private:
     std::size_t m_shortestAtom = std::string_view::npos;
     std::size_t m_shortestOther = std::string_view::npos; ///< of ANISOU and its like
     bool m_isInModel = false;
+    bool m_areNamesLeft = false; ///< names of atoms begin in the first of their columns
     std::string m_identifier;
     std::deque<std::string> m_decoded; ///< residue numbers; texts of the table point here
     std::string_view m_lastEncoded;
@@ -255,8 +257,7 @@ void PdbReader::readPdbAtom(std::string_view line) {
     row.segment = field(line, 73, 76);
     row.element = elementOf(field(line, 77, 78));
     if (row.element == unknownElement && field(line, 77, 78) != "X")
-        row.element =
-            elementOfPdbName(columns(line, 13, 16), residueKind(row.residue) != ResidueKind::Other);
+        row.element = elementByName(row, columns(line, 13, 16));
     if (const pdb::RowFault fault = pdb::faultOf(line); fault != pdb::RowFault::None) {
         addFaulty(row, describe(fault, line));
         return;
@@ -265,6 +266,16 @@ void PdbReader::readPdbAtom(std::string_view line) {
     const std::string_view temperature = field(line, 61, 66);
     m_numbers.setTemperature(row, temperature, finiteFloat(temperature), m_line);
     m_builder.add(row);
+}
+
+// Where the file has no elements. Some files begin all names in their first column.
+Element PdbReader::elementByName(const AtomRow& row, std::string_view columns) {
+    if (const Element ion = elementOfIon(row.name, row.residue); ion != unknownElement)
+        return ion;
+    m_areNamesLeft = m_areNamesLeft || isLeftName(columns);
+    const bool inPolymer = residueKind(row.residue) != ResidueKind::Other;
+    return m_areNamesLeft && !columns.starts_with(' ') ? elementOfLeftName(row.name, inPolymer)
+                                                       : elementOfPdbName(columns, inPolymer);
 }
 
 void PdbReader::readPosition(std::string_view line, AtomRow& row) {

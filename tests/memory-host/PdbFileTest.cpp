@@ -146,6 +146,36 @@ private slots:
         QCOMPARE(atoms(item("/test/A")).size(), 2U);
     }
 
+    void elementsWhereAllNamesBeginInOneColumn() {
+        const QList<std::pair<QByteArray, QByteArray>> expected = {
+            {"N", "N"},   {"CA", "C"},  {"HA", "H"},   {"CE1", "C"}, {"HE1", "H"}, {"HG2", "H"},
+            {"HO", "H"},  {"NE2", "N"}, {"CD", "C"},   {"OH", "O"},  {"SE", "Se"}, {"CL1", "Cl"},
+            {"BR", "Br"}, {"FE", "Fe"}, {"HE21", "H"}, {"ZN", "Zn"}};
+        QByteArray text;
+        for (const auto& [name, element] : expected) {
+            PdbAtom atom;
+            atom.name = name.leftJustified(4);
+            atom.residue = "HIE";
+            atom.x = static_cast<float>(4 * text.size());
+            text += line(atom);
+        }
+        PdbAtom ion;
+        ion.name = "CA  ";
+        ion.residue = "CA";
+        ion.number = "2";
+        ion.x = -10.0F;
+        openText(text + line(ion));
+        QStringList found;
+        for (const TAVIK::Atom* atom : atoms(item("/test")))
+            found << QString::fromStdString(atom->GetName() + ' ' + atom->GetType());
+        found.sort();
+        QStringList wanted{"CA Ca"};
+        for (const auto& [name, element] : expected)
+            wanted << name + ' ' + element;
+        wanted.sort();
+        QCOMPARE(found, wanted);
+    }
+
     void elementsComeFromTheirColumnsOrFromTheName() {
         const auto elementOf = [this](const QByteArray& name, const QByteArray& residue,
                                       const QByteArray& element = {}) {
@@ -167,6 +197,13 @@ private slots:
         QCOMPARE(elementOf("HG21", "VAL"), "H");
         QCOMPARE(elementOf("1HB ", "ALA"), "H");
         QCOMPARE(elementOf("C210", "LIG"), "C");
+        QCOMPARE(elementOf("CAAB", "LIG"), "C");
+        QCOMPARE(elementOf("CLAB", "LIG"), "Cl");
+        for (const char* name : {" SOD", "SOD "})
+            QCOMPARE(elementOf(name, "SOD"), "Na");
+        QCOMPARE(elementOf(" CLA", "CLA"), "Cl");
+        QCOMPARE(elementOf("Na+ ", "Na+"), "Na");
+        QCOMPARE(elementOf(" CL ", "CL"), "Cl");
         QCOMPARE(elementOf("SE  ", "MSE"), "Se");
         QCOMPARE(elementOf(" D1 ", "ALA"), "D");
         QCOMPARE(elementOf(" ?? ", "LIG"), "X");

@@ -198,7 +198,7 @@ private slots:
     void occupanciesAreNoCharges() {
         const auto rows = [](const QByteArray& charge) {
             QByteArray text;
-            for (int i = 0; i < 20; ++i)
+            for (int i = 0; i < 5; ++i)
                 text += "ATOM  1  CA  ALA A 1   " + QByteArray::number(3 * i + 0.5) +
                         " 1.2345 2.3456 " + charge + " 2.00\n";
             return text;
@@ -269,6 +269,9 @@ private slots:
         words("HE1 NTE", "H");
         words("NE HSX", "N");
         words("FE HEX", "Fe");
+        words("HO LIG", "H");
+        words("SOD SOD", "Na");
+        words("CL- CL-", "Cl");
         words("CL1 LIG", "Cl");
         words("1HB ALA", "H");
         words("HD21 ASN", "H");
