@@ -68,7 +68,9 @@ void ListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
 }
 
 QSize ListDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    const int height = QStyledItemDelegate::sizeHint(option, index).height();
+    // The focus frame has a line above and below, and one that keeps it apart from the text: "_"
+    // stands at the very bottom.
+    const int height = QStyledItemDelegate::sizeHint(option, index).height() + 4;
     return {2 * marginOf(option.widget) + marksWidth(option.fontMetrics), height};
 }
 

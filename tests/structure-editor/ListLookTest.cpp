@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QHelpEvent>
 #include <QImage>
+#include <QPainter>
 #include <QScrollBar>
 #include <QTextDocument>
 #include <QToolTip>
@@ -118,6 +119,39 @@ private slots:
                 ++run;
             }
         }
+    }
+
+    // The entry that is shown is the one whose marks matter most.
+    void everyMarkIsSeenApartFromTheFocusFrame_data() {
+        QTest::addColumn<int>("pixels");
+        for (const int pixels : {9, 11, 12, 13, 15, 18, 24})
+            QTest::addRow("%d pixels", pixels) << pixels;
+    }
+    void everyMarkIsSeenApartFromTheFocusFrame() {
+        QFETCH(int, pixels);
+        QFont font;
+        font.setPixelSize(pixels);
+        const auto list = makeList({"   H", " _ H", " X H", " / H", "O  H"});
+        list->setFont(font);
+        const auto insideFrame = [&](int index) {
+            const QModelIndex entry = list->model()->index(index, 0);
+            QStyleOptionViewItem option;
+            option.widget = list.get();
+            option.font = font;
+            option.fontMetrics = QFontMetrics(font);
+            option.palette = list->palette();
+            option.state = QStyle::State_Enabled | QStyle::State_Active | QStyle::State_Selected |
+                           QStyle::State_HasFocus;
+            option.rect = {0, 0, 100, list->itemDelegate()->sizeHint(option, entry).height()};
+            QImage image(option.rect.size(), QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            list->itemDelegate()->paint(&painter, option, entry);
+            painter.end();
+            return image.copy(option.rect.adjusted(2, 2, -2, -2));
+        };
+        for (int index = 1; index != list->count(); ++index)
+            QVERIFY2(insideFrame(index) != insideFrame(0), qPrintable(list->item(index)->text()));
     }
 
     void aLongNameIsElidedInTheMiddle() {
