@@ -65,19 +65,18 @@ bool isLongNumber(std::string_view line) {
            (isDigit(column(line, 29)) || isBlank(column(line, 29))) && isBlank(column(line, 30));
 }
 
-// A number and coordinates that all end one column before their last are those of a line that
-// misses one. Numbers on the left of their columns end in other ones. Where residue and chain
-// still stand in theirs, nothing is read wrongly.
-bool missesColumn(std::string_view line) {
-    const bool hasCutResidue = !isBlank(column(line, 17)) && isBlank(column(line, 20));
-    const bool hasCutNumber = !isBlank(column(line, 21)) && isDigit(column(line, 22));
-    if (!(hasCutResidue || hasCutNumber) || !isBlank(column(line, 26)) ||
-        !isDigit(column(line, 25)) || !isBlank(column(line, 31)) || !haveDecimals(line, 3))
-        return false;
-    for (const std::size_t axis : {0, 1, 2})
-        if (!isBlank(column(line, 38 + 8 * axis)) || !isDigit(column(line, 37 + 8 * axis)))
-            return false;
-    return true;
+// Whether everything from a residue's name of three letters on, or from a number on that reaches
+// into the chain's column, stands so many columns to the left of its own. Where residue, chain and
+// number are read rightly, nothing matters.
+bool missesColumns(std::string_view line, std::size_t count) {
+    const auto moved = [&](std::size_t number) { return column(line, number - count); };
+    const auto endsBefore = [&](std::size_t last) {
+        return isDigit(moved(last)) && trimmed(columns(line, last - count + 1, last)).empty();
+    };
+    const bool hasCutResidue = !isBlank(moved(18)) && !isBlank(moved(20)) && isBlank(moved(21));
+    const bool hasCutNumber = isDigit(column(line, 22)) && isDigit(column(line, 23));
+    return (hasCutResidue || hasCutNumber) && endsBefore(26) && endsBefore(38) && endsBefore(46) &&
+           endsBefore(54) && haveDecimals(line, 3);
 }
 
 // Whether a lost line end has put the record of the next atom behind this one.
@@ -127,7 +126,7 @@ RowFault faultOf(std::string_view line) {
     if ((runsOn(line, 38) || runsOn(line, 46) || runsOn(line, coordinateColumns)) &&
         !haveDecimals(line, 3))
         return RowFault::Shifted;
-    if (missesColumn(line))
+    if (missesColumns(line, 1) || missesColumns(line, 2))
         return RowFault::Left;
     return hasAnother(line) ? RowFault::Joined : RowFault::None;
 }
@@ -157,7 +156,7 @@ std::string describe(RowFault fault, std::string_view line) {
         return "the coordinates " + inQuotes(columns(line, 31, 60)) +
                " run from one number's columns into the next one's";
     case RowFault::Left:
-        return "the residue number and the coordinates stand one column to the left of theirs";
+        return "the residue number and the coordinates stand to the left of their columns";
     case RowFault::Joined:
         return "another record follows in the same line";
     }

@@ -48,7 +48,7 @@ enum class RowFault : std::uint8_t {
     Short,   ///< the line ends before the coordinates
     Cut,     ///< the line ends inside of the coordinates
     Shifted, ///< numbers run from one coordinate's columns into those of the next
-    Left,    ///< the line misses a column before the residue number
+    Left,    ///< the line misses columns before the residue number
     Joined,  ///< another record follows in the same line
 };
 /// What an atom's record has against its columns up to the coordinates.

@@ -71,11 +71,16 @@ private slots:
             "the record ends in column 26, before its coordinates");
         row("no column 21 and a wide number",
             lineWith(23, "1234").replace(30, 8, "  12.345").remove(20, 1),
-            "the residue number and the coordinates stand one column to the left of theirs");
+            "the residue number and the coordinates stand to the left of their columns");
         for (const int missing : {7, 12, 17})
             row(("no column " + std::to_string(missing)).c_str(),
                 lineWith(7, " 1000").replace(30, 8, "  12.345").remove(missing - 1, 1),
-                "the residue number and the coordinates stand one column to the left of theirs");
+                "the residue number and the coordinates stand to the left of their columns");
+        row("two columns fewer", lineWith(31, "  12.345   6.789  23.456").remove(15, 2),
+            "the residue number and the coordinates stand to the left of their columns");
+        row("no chain, two columns fewer and a number of three digits",
+            lineWith(31, "  12.345   6.789  23.456").replace(21, 5, "  123").remove(20, 2),
+            "the residue number and the coordinates stand to the left of their columns");
         row("no line end", lineWith(1, "ATOM").trimmed() + lineWith(1, "HETATM"),
             "another record follows in the same line");
     }
