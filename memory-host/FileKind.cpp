@@ -17,8 +17,9 @@ struct Mark {
     const char* what;
 };
 
-constexpr std::array<Mark, 7> packers = {
-    {{"\x1f\x9d"sv, "is compressed with compress (.Z)"},
+constexpr std::array<Mark, 8> packers = {
+    {{"\x1f\x8b"sv, "is compressed with gzip twice"},
+     {"\x1f\x9d"sv, "is compressed with compress (.Z)"},
      {"\x1f\xa0"sv, "is compressed with compress (.Z)"},
      {"BZh"sv, "is compressed with bzip2 (.bz2)"},
      {"\xfd"
@@ -27,6 +28,9 @@ constexpr std::array<Mark, 7> packers = {
      {"PK\x03\x04"sv, "is a ZIP archive (.zip)"},
      {"7z\xbc\xaf\x27\x1c"sv, "is a 7-Zip archive (.7z)"},
      {"\x28\xb5\x2f\xfd"sv, "is compressed with zstd (.zst)"}}};
+
+// Behind the name of the first file and what else is known of it.
+constexpr std::size_t tarMarkAt = 257;
 
 // UTF-32 before UTF-16, whose mark its own begins with.
 constexpr std::array<Mark, 4> encodings = {{{"\xff\xfe\0\0"sv, "is text in UTF-32"},
@@ -57,6 +61,8 @@ ForeignKind foreignKind(std::string_view bytes) {
     for (const Mark& mark : packers)
         if (bytes.starts_with(mark.bytes))
             return {std::string(mark.what) + ": unpack it first", acceptedFiles()};
+    if (bytes.size() > tarMarkAt && bytes.substr(tarMarkAt).starts_with("ustar"))
+        return {"is a tar archive: unpack it first", acceptedFiles()};
     const char* encoding = isUnmarkedUtf16(bytes) ? "is text in UTF-16" : nullptr;
     for (const Mark& mark : encodings)
         if (!encoding && bytes.starts_with(mark.bytes))

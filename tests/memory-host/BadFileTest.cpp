@@ -121,6 +121,8 @@ private slots:
         row("bz2", "BZh91AY&SY", ": is compressed with bzip2 (.bz2)");
         row("xz", QByteArray("\xfd\x37zXZ\0\0\4", 8), ": is compressed with xz (.xz)");
         row("zip", QByteArray("PK\3\4\n\0\0", 7), ": is a ZIP archive (.zip)");
+        row("tar", "1ubq.pdb" + QByteArray(249, '\0') + "ustar" + QByteArray(300, '\0'),
+            ": is a tar archive");
         const QString text = QStringLiteral("; accepted is text in ASCII, Latin-1 or UTF-8");
         QTest::newRow("UTF-16, little end first") << QByteArray("\xff\xfe"
                                                                 "A\0T\0O\0M\0 \0",
@@ -137,6 +139,11 @@ private slots:
         QCOMPARE(refused(bytes), what);
         QCOMPARE(refused(bytes + QByteArray(2'000'000, '\1'), "large.cif"), what);
         QCOMPARE(refused(gzipped(bytes), "twice.gz"), what);
+    }
+
+    void aFileThatIsGzippedTwiceIsNamed() {
+        QCOMPARE(refused(gzipped(gzipped(atomAt(" CA ", 0))), "twice.gz"),
+                 ": is compressed with gzip twice: unpack it first" + anyFile);
     }
 
     void aSocketIsNoFile() {
