@@ -125,6 +125,11 @@ public:
             {{"union", "applySelect"}, {"intersection", "applyMask"}, {"difference", "applyDiff"}}};
         for (const auto& [name, slot] : operations) {
             const bool all = QLatin1String(slot) != QLatin1String("applyMask");
+            // A union that selects nothing new would leave the window nothing to do.
+            const auto prepare = [&, before = QLatin1String(slot) != QLatin1String("applySelect")] {
+                m_item->SetSelected(before);
+                m_window.commUpdate();
+            };
             run({.work = std::string(name) + " by (" + chain.toStdString() + ", " +
                          residue.toStdString() + ", " + atom.toStdString() + ")",
                  .size = m_atoms.size(),
@@ -132,13 +137,13 @@ public:
                  .itemName = "atom",
                  .peer = "one QRegExp match an atom",
                  .target = "ratio at least 5",
-                 .ours = {[&] { m_item->SetSelected(true); },
+                 .ours = {prepare,
                           [&, called = slot] {
                               QMetaObject::invokeMethod(&m_window, called);
                               QApplication::processEvents();
                           },
                           {}},
-                 .theirs = {[&] { m_item->SetSelected(true); },
+                 .theirs = {prepare,
                             [&, called = slot] {
                                 const QRegExp re(
                                     nameExpression(m_item, namePattern(chain, residue, atom)));
