@@ -47,7 +47,7 @@ NamePattern::NamePattern(const QString& expression, const Limits& limits)
             return;
         }
     }
-    const bool isKnown = !syntax.hasBackReferences && (!syntax.hasLookAheads || m_cost.compilable);
+    const bool isKnown = !syntax.hasBackReferences && !syntax.hasLookAheads;
     if (isKnown && m_cost.instructions <= m_limits.instructions) {
         m_automaton.emplace(translate(syntax), std::make_shared<Alphabet>(syntax),
                             m_limits.automaton);

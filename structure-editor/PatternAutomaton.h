@@ -5,9 +5,7 @@
 
 #include "PatternAlphabet.h"
 #include "PatternProgram.h"
-#include "PatternThreads.h"
 
-#include <array>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -22,8 +20,7 @@ class Automaton {
 public:
     /// Bounds that tests make small to reach them.
     struct Bounds {
-        /// States are forgotten, and made anew, when they take more than that many bytes; those of
-        /// a pattern with look-aheads exceed the bounds then.
+        /// States are forgotten, and made anew, when they take more than that many bytes.
         std::size_t memory = std::size_t(48) << 20;
         /// Steps that may be spent on making states, for all names together: a start, and what
         /// every character adds. The time for many names is thus linear in their length.
@@ -49,7 +46,7 @@ public:
     unsigned timesForgotten() const { return m_timesForgotten; }
 
 private:
-    using Index = Threads::Index;
+    using Index = std::int32_t;
 
     /// What can stand where a state is expected: that it is not known yet, or that the rest of the
     /// name makes no difference. A state is the start of its row in the table.
@@ -58,14 +55,14 @@ private:
     /// What is known of the characters before a place, as far as conditions ask for it.
     enum Before : std::uint8_t { Anything, NoCharacter, Word };
 
-    /// The threads that a state stands at, as a range of m_members.
+    /// The places in the program that a state stands at, as a range of m_members.
     struct State {
         std::size_t begin;
         std::size_t end;
         Before before;
     };
 
-    /// Threads in the order in which they were reached, each once.
+    /// Places in the order in which they were reached, each once.
     class Gathering {
     public:
         explicit Gathering(std::size_t size) : m_stamps(size) {}
@@ -73,14 +70,11 @@ private:
             m_members.clear();
             ++m_stamp;
         }
-        /// Whether the thread is reached for the first time.
-        bool visit(Index thread) {
-            const auto at = static_cast<std::size_t>(thread);
-            if (at >= m_stamps.size())
-                m_stamps.resize(2 * at);
-            return std::exchange(m_stamps[at], m_stamp) != m_stamp;
+        /// Whether the place is reached for the first time.
+        bool visit(Index place) {
+            return std::exchange(m_stamps[static_cast<std::size_t>(place)], m_stamp) != m_stamp;
         }
-        void keep(Index thread) { m_members.push_back(thread); }
+        void keep(Index place) { m_members.push_back(place); }
         std::vector<Index>& members() { return m_members; }
 
     private:
@@ -91,17 +85,14 @@ private:
 
     Index read(Index state, std::string_view text);
     bool endsWell(Index state);
-    Index start(Before before);
+    Index start();
     Index step(Index state, Index column) {
         const Index next = m_table[static_cast<std::size_t>(state + column)];
         return next == Unknown ? follow(state, column) : next;
     }
     Index follow(Index state, Index column);
-    bool gather(Gathering& into, Index from, Before before);
+    bool gather(Gathering& into, Index from);
     bool holds(Condition condition, Before before, Index column) const;
-    std::optional<Index> withLookAhead(Index open, Index lookAhead, Before before);
-    std::optional<Index> advanced(Index open, Index column);
-    std::optional<Index> settled(Index open, std::vector<Threads::Open> added);
     Index stateOf(std::vector<Index>& members, Before before);
     std::size_t memory() const;
     void forget();
@@ -110,22 +101,18 @@ private:
     std::shared_ptr<const Alphabet> m_alphabet;
     Bounds m_bounds;
     double m_work;
-    /// Whether states can be forgotten: not where threads name states of look-aheads.
-    bool m_mayForget;
-    std::vector<Automaton> m_lookAheads; ///< for those of the program
 
     /// A row for each state, a column for each of the alphabet.
     std::vector<Index> m_table;
     std::vector<State> m_states;
     std::vector<Index> m_members;
     std::unordered_multimap<std::size_t, Index> m_stateByHash;
-    std::array<Index, 3> m_start{}; ///< by what is before
+    Index m_start = Unknown;
     unsigned m_timesForgotten = 0;
 
     std::string m_beginning;
     Index m_behindBeginning = Unknown; ///< a state that was not forgotten, or what stands for one
 
-    Threads m_threads;
     Gathering m_now;
     Gathering m_then;
     std::vector<Index> m_todo;

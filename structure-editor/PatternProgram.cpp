@@ -1,7 +1,6 @@
 #include "PatternProgram.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace name_pattern {
@@ -15,7 +14,7 @@ public:
             add(node);
     }
 
-    Program result() { return cutOut(m_pieces.back()); }
+    Program result();
 
 private:
     /// The code of one operand, from `begin` to where the next operand's begins. It is entered at
@@ -24,7 +23,6 @@ private:
         std::int32_t begin;
         std::int32_t entry;
         std::int32_t exit;
-        std::int32_t lookAheads; ///< how many stand before it
     };
 
     std::int32_t size() const { return static_cast<std::int32_t>(m_code.size()); }
@@ -42,7 +40,7 @@ private:
 
     void addLeaf(Instruction::Kind kind, std::int32_t other = -1) {
         const std::int32_t at = append(kind, -1, other);
-        m_pieces.push_back({at, at, at, static_cast<std::int32_t>(m_lookAheads.size())});
+        m_pieces.push_back({at, at, at});
     }
 
     void add(const Node& node) {
@@ -73,13 +71,6 @@ private:
         case NodeKind::Repetition:
             repeat(m_pieces.back(), node.first, node.last);
             break;
-        case NodeKind::LookAhead: {
-            const Piece body = take();
-            LookAhead ahead{node.first != 0, cutOut(body)};
-            addLeaf(Instruction::Look, static_cast<std::int32_t>(m_lookAheads.size()));
-            m_lookAheads.push_back(std::move(ahead));
-            break;
-        }
         default:
             addLeaf(Instruction::Pass);
             break;
@@ -89,7 +80,6 @@ private:
     void repeat(Piece& piece, int least, int most) {
         if (most == 0) {
             m_code.resize(piece.begin);
-            m_lookAheads.erase(m_lookAheads.begin() + piece.lookAheads, m_lookAheads.end());
             piece.entry = piece.exit = append(Instruction::Pass);
             return;
         }
@@ -100,7 +90,7 @@ private:
             copy(piece.begin, length);
         const auto nth = [&](int i) {
             const std::int32_t shift = i * length;
-            return Piece{piece.begin + shift, piece.entry + shift, piece.exit + shift, 0};
+            return Piece{piece.begin + shift, piece.entry + shift, piece.exit + shift};
         };
         if (endless) {
             for (int i = 1; i < count; ++i)
@@ -142,34 +132,6 @@ private:
         }
     }
 
-    /// Takes the last piece out of the code, as a program of its own.
-    Program cutOut(const Piece& piece) {
-        const std::int32_t accept = append(Instruction::Accept);
-        m_code[piece.exit].next = accept;
-        Program program;
-        program.code.assign(m_code.begin() + piece.begin, m_code.end());
-        m_code.resize(piece.begin);
-        const auto firstAhead = m_lookAheads.begin() + piece.lookAheads;
-        program.lookAheads.assign(std::make_move_iterator(firstAhead),
-                                  std::make_move_iterator(m_lookAheads.end()));
-        m_lookAheads.erase(firstAhead, m_lookAheads.end());
-        for (Instruction& instruction : program.code) {
-            if (instruction.next >= 0)
-                instruction.next -= piece.begin;
-            if (instruction.kind == Instruction::Split)
-                instruction.other -= piece.begin;
-            else if (instruction.kind == Instruction::Look)
-                instruction.other -= piece.lookAheads;
-        }
-        for (Instruction& instruction : program.code) {
-            instruction.next = skipPasses(program.code, instruction.next);
-            if (instruction.kind == Instruction::Split)
-                instruction.other = skipPasses(program.code, instruction.other);
-        }
-        program.start = skipPasses(program.code, piece.entry - piece.begin);
-        return program;
-    }
-
     /// The first instruction from `at` on that does something; the Passes on the way are shortened,
     /// so that long chains cost their length once.
     static std::int32_t skipPasses(std::vector<Instruction>& code, std::int32_t at) {
@@ -186,8 +148,19 @@ private:
 
     std::vector<Instruction> m_code;
     std::vector<Piece> m_pieces;
-    std::vector<LookAhead> m_lookAheads;
 };
+
+Program Translator::result() {
+    const Piece whole = take();
+    m_code[whole.exit].next = append(Instruction::Accept);
+    for (Instruction& instruction : m_code) {
+        instruction.next = skipPasses(m_code, instruction.next);
+        if (instruction.kind == Instruction::Split)
+            instruction.other = skipPasses(m_code, instruction.other);
+    }
+    const std::int32_t start = skipPasses(m_code, whole.entry);
+    return {std::move(m_code), start};
+}
 
 } // namespace
 

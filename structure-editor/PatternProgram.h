@@ -15,7 +15,6 @@ struct Instruction {
         Split,  ///< go on with both `next` and `other`
         Take,   ///< take a character of the set `other`, then go on with `next`
         Assert, ///< go on with `next` where the Condition `other` holds
-        Look,   ///< go on with `next` where the look-ahead `other` is content
         Accept
     };
     Kind kind;
@@ -23,21 +22,13 @@ struct Instruction {
     std::int32_t other = -1;
 };
 
-struct LookAhead;
-
 struct Program {
     std::vector<Instruction> code; ///< without reachable Pass instructions
-    std::vector<LookAhead> lookAheads;
     std::int32_t start = 0;
 };
 
-struct LookAhead {
-    bool negative; ///< content where the body does not match
-    Program body;
-};
-
-/// Translates a well-formed pattern without back-references. The caller has made sure that the cost
-/// of it is in bounds.
+/// Translates a well-formed pattern without look-aheads and back-references. The caller has made
+/// sure that the cost of it is in bounds.
 Program translate(const Syntax& syntax);
 
 } // namespace name_pattern

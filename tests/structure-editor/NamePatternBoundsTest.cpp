@@ -79,14 +79,14 @@ private slots:
         row("counted dots", "/6zu5/.{0,1000}.{0,1000}.{0,1000}$", false);
         row("long gap", ".*[0-9].{1000}", false);
         row("many states", "/6zu5/(.*[0-9A-G]){12}.{8}$", false);
-        row("look-aheads in one another", repeated("(?=.*", 12) + "x" + repeated(")", 12), false);
+        row("look-aheads in one another", repeated("(?=.*", 12) + "x" + repeated(")", 12), true);
         row("look-aheads in a row", repeated("(?=.*[0-9].*/)", 13), false);
         row("too many look-aheads", repeated("(?=.*[0-9].*/)", 14), false);
         row("repeated look-aheads", repeated("((?=.*)){0,848}|", 600), false);
         row("repeated look-aheads in another",
             "(?!((?=[02468]?)(?:C{13,})?){415})|((.*\\d){43,}){840}", false);
         row("costly look-aheads", repeated("(?=(C{51,}){4,200}){2}", 6), true);
-        row("ways with look-aheads", "(" + repeated("(?=.*[0-9].*[A-Z].*x)|", 13) + ".)*$", true);
+        row("ways with look-aheads", "(" + repeated("(?=.*[0-9].*[A-Z].*x)|", 13) + ".)*$", false);
         row("counted and counted", "/6zu5/(.{0,700}){0,700}$", true);
         row("counts of nothing", "(((((){1000}){1000}){1000}){1000}){1000}", true);
         row("deep look-aheads", repeated("(?=", 25000) + repeated(")", 25000), true);
@@ -121,25 +121,6 @@ private slots:
         for (const std::string& name : namesOfTwoCharacters(3000))
             QCOMPARE(pattern.matches(name), matchesPlainly(plain, name));
         QCOMPARE(pattern.cutOff(), QString());
-    }
-
-    void manyStatesWithLookAheadsAreCutOffForWantOfMemory() {
-        NamePattern::Limits limits;
-        limits.automaton.memory = 20000;
-        NamePattern pattern("(?!.*b$).*a.{12}$", limits);
-        for (const std::string& name : namesOfTwoCharacters(3000))
-            pattern.matches(name);
-        QVERIFY(pattern.cutOff().contains("too many possibilities"));
-    }
-
-    // One character alone can lead to more ways than there is memory for.
-    void manyWaysBehindOneCharacterAreCutOffForWantOfMemory() {
-        NamePattern::Limits limits;
-        limits.automaton.memory = 1000000;
-        limits.automaton.work = 1e15;
-        NamePattern pattern("(" + repeated("(?=.*[0-9].*[A-Z].*x)|", 13) + ".)*$", limits);
-        pattern.matches(std::string(40, 'a'));
-        QVERIFY(pattern.cutOff().contains("too many possibilities"));
     }
 
     void workWithoutEndIsCutOff() {

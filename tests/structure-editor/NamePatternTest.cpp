@@ -19,6 +19,7 @@ struct Tally {
     int fast = 0;
     int slow = 0;
     int invalid = 0;
+    int cutOff = 0;  ///< slow ones, which QRegExp would take too long for
     int telling = 0; ///< fast ones that match some of the names, but not all
 };
 
@@ -51,12 +52,15 @@ QString difference(const QString& expression, const std::vector<std::string>& na
     int found = 0;
     for (std::size_t i = 0; i < names.size(); ++i) {
         const bool expected = matchesPlainly(plain, names[i]);
-        if (!agree(pattern, names[i], i % (names[i].size() + 1), expected))
+        const bool agrees = agree(pattern, names[i], i % (names[i].size() + 1), expected);
+        if (!pattern.cutOff().isEmpty()) {
+            ++tally.cutOff;
+            return pattern.isFast() ? pattern.cutOff() : QString();
+        }
+        if (!agrees)
             return show(expression, names[i]);
         found += expected;
     }
-    if (!pattern.cutOff().isEmpty())
-        return pattern.cutOff();
     tally.telling += pattern.isFast() && found > 0 && found < static_cast<int>(names.size());
     return {};
 }
@@ -75,8 +79,12 @@ unsigned seed(unsigned usual) {
 void report(const Tally& tally) {
     if (qEnvironmentVariableIsSet("PATTERNS"))
         std::fprintf(stderr,
-                     "%d patterns: %d fast, %d slow, %d invalid; %d fast ones tell names apart\n",
-                     tally.patterns, tally.fast, tally.slow, tally.invalid, tally.telling);
+                     "%d patterns: %d fast, %d slow, %d of them cut off, %d invalid; %d fast ones "
+                     "tell names apart\n",
+                     tally.patterns, tally.fast, tally.slow, tally.cutOff, tally.invalid,
+                     tally.telling);
+    // What is cut off is compared with nothing.
+    QVERIFY(tally.cutOff <= tally.patterns / 1000);
 }
 
 /// The Latin-1 characters that an expression matches by themselves.
@@ -270,7 +278,7 @@ private slots:
         }
         report(tally);
         // The comparison would mean little if most were QRegExp's own answers, or alike for all.
-        QVERIFY(tally.fast > tally.patterns * 3 / 4);
+        QVERIFY(tally.fast > tally.patterns / 2);
         QVERIFY(tally.telling > tally.patterns / 4);
         QVERIFY(tally.invalid > tally.patterns / 20);
         QVERIFY(tally.slow > 0);
