@@ -106,21 +106,24 @@ std::uint64_t SelectionChanges() {
 }
 
 std::string Compound::GetFQName() const {
-    // Component by component from the item up, then turned around.
-    std::string reversed;
-    const auto prepend = [&reversed](std::string component) {
-        reversed.append(component.rbegin(), component.rend());
-        reversed += '/';
-    };
     const HostItem& record = HostItem::of(this);
     if (record.kind == Kind::Space)
         return {};
-    prepend(GetName());
-    for (const Holder* holder = record.parent; holder; holder = holder->parent)
-        if (holder->kind != Kind::Group && holder->kind != Kind::Space)
-            prepend(holder->name.text());
-    std::reverse(reversed.begin(), reversed.end());
-    return reversed;
+    const auto forEachHolder = [&record](auto use) {
+        for (const Holder* holder = record.parent; holder; holder = holder->parent)
+            if (holder->kind != Kind::Group && holder->kind != Kind::Space)
+                use(holder->name.text());
+    };
+    // Written once, from its end: name patterns ask for a name for each group of atoms.
+    const std::string own = GetName();
+    std::size_t size = 1 + own.size();
+    forEachHolder([&size](const std::string& component) { size += 1 + component.size(); });
+    std::string name(size, '/');
+    auto end = std::copy_backward(own.begin(), own.end(), name.end()) - 1;
+    forEachHolder([&end](const std::string& component) {
+        end = std::copy_backward(component.begin(), component.end(), end) - 1;
+    });
+    return name;
 }
 
 unsigned int Compound::GetId() const {

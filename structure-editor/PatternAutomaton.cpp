@@ -4,16 +4,23 @@
 
 namespace name_pattern {
 
+namespace {
+constexpr int decisionBits = 12;
+}
+
 Automaton::Automaton(Program program, std::shared_ptr<const Alphabet> alphabet,
                      const Bounds& bounds)
     : m_program(std::move(program)), m_alphabet(std::move(alphabet)), m_bounds(bounds),
-      m_work(bounds.work), m_now(m_program.code.size()), m_then(m_program.code.size()) {}
+      m_work(bounds.work), m_decisions(std::size_t(1) << decisionBits),
+      m_now(m_program.code.size()), m_then(m_program.code.size()) {}
 
 bool Automaton::matches(std::string_view name) {
     return endsWell(read(start(), name));
 }
 
 void Automaton::setBeginning(std::string_view beginning) {
+    if (m_behindBeginning != Unknown && beginning == m_beginning)
+        return;
     m_beginning = beginning;
     m_behindBeginning = read(start(), beginning);
 }
@@ -27,7 +34,23 @@ std::optional<bool> Automaton::answerForAll() const {
 bool Automaton::matchesRest(std::string_view rest) {
     if (m_behindBeginning == Unknown)
         m_behindBeginning = read(start(), m_beginning);
-    return endsWell(read(m_behindBeginning, rest));
+    const Index state = m_behindBeginning;
+    if (state < 0 || rest.size() >= sizeof(std::uint64_t))
+        return endsWell(read(state, rest));
+    std::uint64_t text = rest.size() << 56;
+    for (std::size_t i = 0; i < rest.size(); ++i)
+        text |= std::uint64_t(static_cast<unsigned char>(rest[i])) << 8 * i;
+    const std::uint64_t mixed =
+        (text ^ static_cast<std::uint64_t>(state) << 32) * 0x9E3779B97F4A7C15u;
+    Decision& decision = m_decisions[mixed >> (64 - decisionBits)];
+    if (decision.state != state || decision.text != text) {
+        const bool answer = endsWell(read(state, rest));
+        // The state's number means another one after the states were forgotten.
+        if (m_behindBeginning != state || isExhausted())
+            return answer;
+        decision = {text, state, answer};
+    }
+    return decision.answer;
 }
 
 /// The state behind a text, or what stands for one: this loop is what matching costs.
@@ -181,6 +204,7 @@ void Automaton::forget() {
     m_stateByHash.clear();
     m_start = Unknown;
     m_behindBeginning = Unknown;
+    std::fill(m_decisions.begin(), m_decisions.end(), Decision());
     ++m_timesForgotten;
 }
 

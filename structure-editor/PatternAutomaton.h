@@ -113,6 +113,15 @@ private:
     std::string m_beginning;
     Index m_behindBeginning = Unknown; ///< a state that was not forgotten, or what stands for one
 
+    /// What was decided for a state and a short text behind it. Structures have few hundred names
+    /// of atoms, so that hardly two of them ever want one place.
+    struct Decision {
+        std::uint64_t text = 0; ///< the length in the highest byte
+        Index state = Unknown;
+        bool answer = false;
+    };
+    std::vector<Decision> m_decisions;
+
     Gathering m_now;
     Gathering m_then;
     std::vector<Index> m_todo;
