@@ -20,7 +20,8 @@ class NullChecksTest : public test_support::TestCase {
     }
     /// What is made with "new" in `text`: classes, and whether the next statement checks it.
     static QList<std::pair<QString, bool>> madeIn(const QString& text) {
-        static const QRegularExpression made(QStringLiteral("(?:(\\w+)\\s*=\\s*)?\\bnew ([A-Z]\\w+)"));
+        static const QRegularExpression made(
+            QStringLiteral("(?:(\\w+)\\s*=\\s*)?\\bnew ([A-Z]\\w+)"));
         QList<std::pair<QString, bool>> all;
         for (auto it = made.globalMatch(text); it.hasNext();) {
             const QRegularExpressionMatch match = it.next();
