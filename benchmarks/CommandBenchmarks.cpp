@@ -1,11 +1,11 @@
 #include "Contest.h"
 #include "Files.h"
-#include "NamePredicates.h"
 #include "RealStructures.h"
 #include "Space.h"
 #include "Traversal.h"
-#include "Vuxo.h"
 #include "Works.h"
+#include "data/NamePredicates.h"
+#include "window/Vuxo.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -4,10 +4,10 @@
 #include "Kinds.h"
 #include "RealStructures.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
 #include "Works.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/Vuxo.h"
 
 #include <QApplication>
 #include <QListWidget>

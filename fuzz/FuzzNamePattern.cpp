@@ -3,10 +3,10 @@
 #include "Building.h"
 #include "DataMaker.h"
 #include "Fuzzing.h"
-#include "NamePattern.h"
-#include "NamePredicates.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "data/NamePredicates.h"
+#include "names/NamePattern.h"
 
 #include <QRegularExpression>
 

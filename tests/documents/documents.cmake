@@ -1,8 +1,10 @@
 # The window with the command that docs/architecture.md adds to it as an example: copies of its files
 # with the document's pieces in them, and the other objects of the plug-in as they are.
 file(GLOB window_files RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
-  ${CMAKE_SOURCE_DIR}/structure-editor/Vuxo*.cpp ${CMAKE_SOURCE_DIR}/structure-editor/Vuxo.h)
-set(example_folder ${CMAKE_CURRENT_BINARY_DIR}/example)
+  ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo*.cpp
+  ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo.h)
+set(example_root ${CMAKE_CURRENT_BINARY_DIR}/example)
+set(example_folder ${example_root}/window)
 set(example_files)
 set(window_paths)
 foreach(path ${window_files})
@@ -19,15 +21,16 @@ add_custom_command(OUTPUT ${example_files}
   DEPENDS ${document} ${script} ${window_paths}
   COMMENT "Adding the example command of docs/architecture.md" VERBATIM)
 
-file(GLOB other_headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/structure-editor/*.h)
-list(REMOVE_ITEM other_headers ${CMAKE_SOURCE_DIR}/structure-editor/Vuxo.h)
+file(GLOB_RECURSE other_headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/structure-editor/*.h)
+list(REMOVE_ITEM other_headers ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo.h)
 target_sources(test-documents PRIVATE
   ${example_files} ${other_headers}
   $<FILTER:$<TARGET_OBJECTS:structure-editor>,EXCLUDE,/Vuxo[A-Za-z]*\\.cpp|/mocs_compilation>
   structure-editor/WindowTools.cpp structure-editor/CommandTools.cpp)
-target_include_directories(test-documents BEFORE PRIVATE ${example_folder})
+target_include_directories(test-documents BEFORE PRIVATE ${example_root})
 target_include_directories(test-documents PRIVATE
-  ${CMAKE_CURRENT_SOURCE_DIR}/structure-editor ${CMAKE_SOURCE_DIR}/structure-editor)
+  ${CMAKE_CURRENT_SOURCE_DIR}/structure-editor ${CMAKE_SOURCE_DIR}/structure-editor
+  ${CMAKE_SOURCE_DIR}/structure-editor/window)
 target_link_libraries(test-documents PRIVATE Qt6::Core5Compat)
 # Compiled for one test: what that takes matters more than how fast it runs.
 target_compile_options(test-documents PRIVATE -O0)

@@ -2,11 +2,11 @@
 
 #include "Building.h"
 #include "Kinds.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QCheckBox>
 #include <QColor>

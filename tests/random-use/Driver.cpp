@@ -3,15 +3,15 @@
 #include "Building.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
-#include "ListBox.h"
 #include "PluginFolder.h"
 #include "PluginResult.h"
 #include "Services.h"
 #include "Space.h"
 #include "TestSupport.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,10 +1,10 @@
 // Mouse and keys on the window, and the answers to its dialogs.
 #include "Driver.h"
 
-#include "ListBox.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QApplication>
 #include <QCheckBox>

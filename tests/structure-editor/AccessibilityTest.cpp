@@ -1,8 +1,8 @@
 // What assistive programs are told of the window.
-#include "ListBox.h"
-#include "TreeItem.h"
-#include "Vuxo.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QAccessible>
 #include <QCheckBox>

@@ -13,9 +13,9 @@
 #include "SlotTools.h"
 #include "Space.h"
 #include "TestSupport.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "WindowTools.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
 
 #include <QFrame>
 #include <QLineEdit>

@@ -3,10 +3,10 @@
 #include "CommandTools.h"
 #include "DataPoint.h"
 #include "Kinds.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <memory>
 

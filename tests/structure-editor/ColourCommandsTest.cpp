@@ -2,9 +2,9 @@
 // Atoms by Residue".
 #include "Building.h"
 #include "ColourTestCase.h"
-#include "Colouring.h"
 #include "FailingMemory.h"
 #include "Space.h"
+#include "data/Colouring.h"
 
 #include <optional>
 #include <stdexcept>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Compound.h"
-#include "Vuxo.h"
+#include "window/Vuxo.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -2,11 +2,11 @@
 #include "Building.h"
 #include "CommandTools.h"
 #include "DataPoint.h"
-#include "ListBox.h"
 #include "RecordingTestCase.h"
 #include "RepaintCount.h"
 #include "Space.h"
-#include "TreeView.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QInputDialog>
 #include <QLocale>

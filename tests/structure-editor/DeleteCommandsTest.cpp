@@ -6,11 +6,11 @@
 #include "DataPoint.h"
 #include "Files.h"
 #include "Kinds.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <optional>
 #include <random>

@@ -7,8 +7,8 @@
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
 
 using namespace command_tools;
 using namespace window_tools;

@@ -6,13 +6,13 @@
 #include "DataPointBase.h"
 #include "FailingMemory.h"
 #include "GUIPlugin.h"
-#include "ListBox.h"
 #include "SlotTools.h"
 #include "Space.h"
 #include "Subscribers.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QApplication>
 #include <QHeaderView>

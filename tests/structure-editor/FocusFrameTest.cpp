@@ -1,7 +1,7 @@
 // The frame around the current row: inside of its cell on every screen, so that it goes with the
 // cell's next painting.
-#include "CellText.h"
 #include "TestSupport.h"
+#include "tree/CellText.h"
 
 #include <QImage>
 #include <QPainter>

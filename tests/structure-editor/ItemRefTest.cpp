@@ -1,5 +1,5 @@
 // Finding an item again when the host may have destroyed it.
-#include "ItemRef.h"
+#include "data/ItemRef.h"
 
 #include "DataMaker.h"
 #include "Space.h"

@@ -2,12 +2,12 @@
 #include "Building.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <memory>
 

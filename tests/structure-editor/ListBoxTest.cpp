@@ -1,5 +1,5 @@
 // The list widget: what a press does to the highlight, and what it reports.
-#include "ListBox.h"
+#include "window/ListBox.h"
 #include "TestSupport.h"
 
 #include <QPointer>

@@ -1,11 +1,11 @@
 // How the list looks: marks in columns, long names, colours, tool tips.
 #include "Files.h"
 #include "ItemOrigin.h"
-#include "ListBox.h"
-#include "ListEntry.h"
 #include "Palettes.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "window/ListBox.h"
+#include "window/ListEntry.h"
 
 #include <QApplication>
 #include <QHelpEvent>

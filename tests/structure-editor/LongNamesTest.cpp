@@ -1,9 +1,9 @@
 // Long names in the window: the tree's other columns stay in sight, and the whole name can be seen.
 #include "DataMaker.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "window/ListBox.h"
 
 #include <QApplication>
 #include <QHeaderView>

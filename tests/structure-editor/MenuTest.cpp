@@ -1,12 +1,12 @@
 // The menu bar and the slots of the window, row by row.
 #include "Building.h"
 #include "HelpViewer.h"
-#include "ListBox.h"
 #include "PluginFolder.h"
 #include "Space.h"
-#include "TreeView.h"
-#include "Vuxo.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QAction>
 #include <QApplication>

@@ -6,8 +6,8 @@
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
 
 #include <algorithm>
 #include <set>

@@ -1,7 +1,7 @@
 // Name patterns that must not get out of bounds in time, in memory, or in the work that they make.
-#include "NamePattern.h"
 #include "PlainPattern.h"
 #include "TestSupport.h"
+#include "names/NamePattern.h"
 
 #include <QElapsedTimer>
 

@@ -1,6 +1,6 @@
 // Name patterns against their plain definition, one QRegExp match a name: the dialect case by case,
 // and generated patterns and names.
-#include "NamePattern.h"
+#include "names/NamePattern.h"
 #include "PatternGenerator.h"
 #include "PlainPattern.h"
 #include "TestSupport.h"

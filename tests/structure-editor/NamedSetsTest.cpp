@@ -3,11 +3,11 @@
 #include "CommandTools.h"
 #include "DataDelete.h"
 #include "DataMaker.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QInputDialog>
 

@@ -6,10 +6,10 @@
 #include "DataMaker.h"
 #include "DataPoint.h"
 #include "DestroyObserver.h"
-#include "ListBox.h"
 #include "SlotTools.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "window/ListBox.h"
 
 #include <QAccessible>
 #include <QHelpEvent>

@@ -1,10 +1,10 @@
 // The panel of the set algebra: its widgets, and what its three operations select.
 #include "Building.h"
-#include "NamePredicates.h"
 #include "Space.h"
 #include "Traversal.h"
-#include "Vuxo.h"
 #include "WindowTestCase.h"
+#include "data/NamePredicates.h"
+#include "window/Vuxo.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,4 +1,4 @@
-#include "RadiusSearch.h"
+#include "radius/RadiusSearch.h"
 #include "TestSupport.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "RepaintCount.h"
 
-#include "TreeView.h"
+#include "tree/TreeView.h"
 
 #include <QCoreApplication>
 

@@ -3,12 +3,12 @@
 #include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
-#include "ListBox.h"
 #include "RepaintCount.h"
 #include "SlotTools.h"
 #include "Space.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QApplication>
 #include <QDialog>

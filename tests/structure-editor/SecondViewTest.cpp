@@ -1,12 +1,12 @@
 // Another plug-in's window beside the Structure Editor: each shows at once what the other changes.
 #include "Building.h"
 #include "CommandTools.h"
-#include "ListBox.h"
 #include "PluginFolder.h"
 #include "Space.h"
 #include "TestSupport.h"
-#include "TreeView.h"
 #include "WindowTools.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,5 +1,5 @@
 // Selected residues are found again wherever they stand by now, and only those.
-#include "SelectedResidues.h"
+#include "data/SelectedResidues.h"
 
 #include "Building.h"
 #include "CommandTools.h"

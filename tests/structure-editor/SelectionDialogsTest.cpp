@@ -5,10 +5,10 @@
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "HostUnderTest.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QCheckBox>
 #include <QFrame>

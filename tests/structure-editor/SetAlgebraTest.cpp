@@ -5,12 +5,12 @@
 #include "DataMaker.h"
 #include "DataPoint.h"
 #include "Files.h"
-#include "NamePredicates.h"
 #include "PatternGenerator.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "Traversal.h"
 #include "WindowTools.h"
+#include "data/NamePredicates.h"
 
 #include <random>
 

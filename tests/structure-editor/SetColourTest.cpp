@@ -2,7 +2,7 @@
 #include "Building.h"
 #include "ColourTestCase.h"
 #include "Space.h"
-#include "TreeView.h"
+#include "tree/TreeView.h"
 
 #include <optional>
 

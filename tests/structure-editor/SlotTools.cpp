@@ -3,12 +3,12 @@
 #include "Building.h"
 #include "DataPoint.h"
 #include "Kinds.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
 #include "WindowTools.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QMetaMethod>
 

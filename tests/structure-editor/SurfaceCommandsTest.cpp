@@ -3,11 +3,11 @@
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
-#include "ListBox.h"
 #include "RecordingTestCase.h"
 #include "RepaintCount.h"
 #include "Space.h"
-#include "TreeView.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QInputDialog>
 

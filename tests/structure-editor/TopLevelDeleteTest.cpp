@@ -1,9 +1,9 @@
 // Deleting a top-level item by a middle press on its entry: the question, and what may happen while
 // it is open.
 #include "Building.h"
-#include "ListBox.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "window/ListBox.h"
 
 #include <memory>
 

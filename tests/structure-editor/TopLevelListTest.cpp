@@ -2,10 +2,10 @@
 #include "Building.h"
 #include "DataMaker.h"
 #include "Files.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <QScrollBar>
 #include <QSignalSpy>

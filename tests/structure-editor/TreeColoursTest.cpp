@@ -1,7 +1,7 @@
 // The colours in the tree: whatever the palette and the colours of items, its text can be read.
 #include "Palettes.h"
-#include "TreeDelegate.h"
 #include "TreeTools.h"
+#include "tree/TreeDelegate.h"
 
 #include <QImage>
 #include <QStyleFactory>

@@ -1,12 +1,12 @@
 // The tree's side of the window: showing an item, the user's selection on its way to the host, and
 // what the host tells.
 #include "Building.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QSignalSpy>
 

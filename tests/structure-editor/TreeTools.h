@@ -10,7 +10,7 @@
 #include "Space.h"
 #include "Subscriber.h"
 #include "TestSupport.h"
-#include "TreeView.h"
+#include "tree/TreeView.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>

@@ -3,11 +3,11 @@
 #include "Building.h"
 #include "DataPoint.h"
 #include "FailingMemory.h"
-#include "ListBox.h"
 #include "SlotTools.h"
 #include "Space.h"
-#include "TreeView.h"
 #include "WindowTestCase.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
 
 #include <limits>
 #include <optional>

@@ -1,10 +1,10 @@
 // What the keys do in the window as a whole: shortcuts and what is typed, entries, menus, the
 // panel.
 #include "DataMaker.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
 #include "WindowTestCase.h"
+#include "tree/TreeItem.h"
+#include "window/ListBox.h"
 
 #include <QApplication>
 #include <QCheckBox>

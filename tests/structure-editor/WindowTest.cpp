@@ -2,13 +2,13 @@
 #include "Building.h"
 #include "DataPoint.h"
 #include "DestroyObserver.h"
-#include "ListBox.h"
 #include "Services.h"
 #include "Space.h"
 #include "TestSupport.h"
-#include "TreeView.h"
-#include "Vuxo.h"
 #include "WindowTools.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QApplication>
 #include <QFile>

@@ -3,9 +3,9 @@
 
 #include "Building.h"
 #include "TestSupport.h"
-#include "TreeView.h"
-#include "Vuxo.h"
 #include "WindowTools.h"
+#include "tree/TreeView.h"
+#include "window/Vuxo.h"
 
 #include <QAbstractItemModelTester>
 

@@ -5,11 +5,11 @@
 #include "DataDelete.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
-#include "ListBox.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
-#include "Vuxo.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
+#include "window/ListBox.h"
+#include "window/Vuxo.h"
 
 #include <QAbstractButton>
 #include <QApplication>

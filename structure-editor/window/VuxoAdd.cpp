@@ -3,14 +3,14 @@
 #include "Vuxo.h"
 
 #include "DataMaker.h"
-#include "ItemRef.h"
 #include "Logger.h"
 #include "PluginManager.h"
-#include "SelectedResidues.h"
 #include "Space.h"
 #include "Traversal.h"
-#include "TreeView.h"
 #include "VuxoDialogs.h"
+#include "data/ItemRef.h"
+#include "data/SelectedResidues.h"
+#include "tree/TreeView.h"
 
 #include <array>
 #include <optional>

@@ -2,7 +2,7 @@
 // name: names that begin alike are read together.
 #pragma once
 
-#include "NamePattern.h"
+#include "names/NamePattern.h"
 
 #include "Compound.h"
 

@@ -1,8 +1,8 @@
 #include "Selecting.h"
 
 #include "Kinds.h"
-#include "RadiusSearch.h"
 #include "Traversal.h"
+#include "radius/RadiusSearch.h"
 
 #include <algorithm>
 #include <array>

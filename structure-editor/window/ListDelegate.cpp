@@ -1,7 +1,7 @@
 #include "ListDelegate.h"
 
-#include "CellText.h"
 #include "ListEntry.h"
+#include "tree/CellText.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

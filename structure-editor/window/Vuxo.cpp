@@ -4,9 +4,9 @@
 #include "Config.h"
 #include "ListBox.h"
 #include "Logger.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "WindowPanes.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
 
 #include <QFrame>
 #include <QStatusBar>

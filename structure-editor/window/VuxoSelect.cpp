@@ -1,13 +1,13 @@
 // The commands that change what is selected.
 #include "Vuxo.h"
 
-#include "ItemRef.h"
 #include "Kinds.h"
-#include "RadiusSearch.h"
-#include "Selecting.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "VuxoDialogs.h"
+#include "data/ItemRef.h"
+#include "data/Selecting.h"
+#include "radius/RadiusSearch.h"
 
 #include <QFrame>
 

@@ -3,14 +3,14 @@
 #include "Vuxo.h"
 
 #include "DataMaker.h"
-#include "ItemRef.h"
 #include "Kinds.h"
 #include "ListBox.h"
 #include "Space.h"
 #include "Traversal.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "VuxoDialogs.h"
+#include "data/ItemRef.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
 
 #include <algorithm>
 #include <unordered_set>

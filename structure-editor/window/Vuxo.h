@@ -7,8 +7,8 @@
 #include "DataAdder.h"
 #include "DataDelete.h"
 #include "DataPoint.h"
-#include "DestructionWatch.h"
 #include "Subscriber.h"
+#include "data/DestructionWatch.h"
 
 #include <QPointer>
 #include <QtGlobal>

@@ -4,12 +4,12 @@
 #include "Checks.h"
 #include "DataMaker.h"
 #include "ItemOrigin.h"
-#include "ItemRef.h"
 #include "ListBox.h"
 #include "ListEntry.h"
 #include "Space.h"
-#include "TreeView.h"
 #include "VuxoDialogs.h"
+#include "data/ItemRef.h"
+#include "tree/TreeView.h"
 
 #include <QStringList>
 

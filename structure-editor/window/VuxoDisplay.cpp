@@ -5,9 +5,9 @@
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
-#include "TreeItem.h"
-#include "TreeView.h"
 #include "VuxoDialogs.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
 
 #include <optional>
 

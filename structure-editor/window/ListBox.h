@@ -4,7 +4,7 @@
 
 #include "ListDelegate.h"
 #include "ListEntry.h"
-#include "TypeAhead.h"
+#include "tree/TypeAhead.h"
 
 #include <QListWidget>
 

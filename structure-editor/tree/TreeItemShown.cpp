@@ -2,9 +2,9 @@
 #include "TreeItem.h"
 
 #include "Kinds.h"
-#include "ListEntry.h"
 #include "TreeModel.h"
 #include "TreeView.h"
+#include "window/ListEntry.h"
 
 #include <array>
 

@@ -2,8 +2,8 @@
 // atoms.
 #include "Vuxo.h"
 
-#include "Colouring.h"
 #include "Traversal.h"
+#include "data/Colouring.h"
 
 void ChangeModelFirst(TAVIK::Compound* residue) {
     residue->FirstModel();

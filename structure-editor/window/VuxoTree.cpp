@@ -2,10 +2,10 @@
 // what the host tells.
 #include "Vuxo.h"
 
-#include "ItemRef.h"
 #include "Space.h"
-#include "TreeItem.h"
-#include "TreeView.h"
+#include "data/ItemRef.h"
+#include "tree/TreeItem.h"
+#include "tree/TreeView.h"
 
 TAVIK::Compound* Vuxo::rootItem() const {
     const TreeItem* top = m_Tree->firstChild();

@@ -3,9 +3,9 @@
 #include "Vuxo.h"
 
 #include "Logger.h"
-#include "NamePredicates.h"
 #include "Space.h"
 #include "WidgetFactory.h"
+#include "data/NamePredicates.h"
 
 #include <QCheckBox>
 #include <QLabel>
