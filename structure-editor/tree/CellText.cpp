@@ -72,3 +72,10 @@ void drawFocus(QPainter* painter, const QStyleOptionViewItem& option) {
 QString plainToolTip(const QString& text) {
     return Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
 }
+
+QString spokenState(bool isShown, bool isSelected, bool hasSelected) {
+    return QLatin1String(isShown ? "shown, " : "hidden, ") +
+           QLatin1String(isSelected    ? "wholly selected"
+                         : hasSelected ? "partly selected"
+                                       : "not selected");
+}

@@ -1,5 +1,5 @@
-// What list and tree share in painting text: colours that can be read, and tool tips that show it
-// letter by letter.
+// What list and tree share in the text of their cells: colours that can be read, tool tips that show
+// it letter by letter, and the words for the state of an item.
 #pragma once
 
 #include <QColor>
@@ -22,3 +22,6 @@ void drawFocus(QPainter* painter, const QStyleOptionViewItem& option);
 
 /// The text as a tool tip that takes nothing in it for markup; its lines stay lines.
 QString plainToolTip(const QString& text);
+
+/// The state of an item in words: "shown, partly selected".
+QString spokenState(bool isShown, bool isSelected, bool hasSelected);

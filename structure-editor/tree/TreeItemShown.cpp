@@ -1,10 +1,10 @@
 // What the cells of a row say and look like, and the rows around it in the order shown.
 #include "TreeItem.h"
 
+#include "CellText.h"
 #include "Kinds.h"
 #include "TreeModel.h"
 #include "TreeView.h"
-#include "window/ListEntry.h"
 
 #include <array>
 

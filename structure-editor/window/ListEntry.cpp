@@ -1,6 +1,7 @@
 #include "ListEntry.h"
 
 #include "Compound.h"
+#include "tree/CellText.h"
 
 QString ListEntry::textOf(const TAVIK::Compound* item) {
     if (!item)
@@ -20,11 +21,4 @@ QVariant ListEntry::data(int role) const {
     return QVariant(
         nameIn(whole) + QStringLiteral(", ") +
         spokenState(whole.at(0) != u'O', isSelected, isSelected || whole.at(1) == u'/'));
-}
-
-QString spokenState(bool isShown, bool isSelected, bool hasSelected) {
-    return QLatin1String(isShown ? "shown, " : "hidden, ") +
-           QLatin1String(isSelected    ? "wholly selected"
-                         : hasSelected ? "partly selected"
-                                       : "not selected");
 }

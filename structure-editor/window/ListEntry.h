@@ -23,6 +23,3 @@ public:
 
     QVariant data(int role) const override;
 };
-
-/// The state of an item in words: "shown, partly selected".
-QString spokenState(bool isShown, bool isSelected, bool hasSelected);
