@@ -1,10 +1,10 @@
 #include "Contest.h"
-#include "Files.h"
 #include "RealStructures.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "Works.h"
 #include "data/NamePredicates.h"
+#include "files/Files.h"
 #include "window/Vuxo.h"
 
 #include <QApplication>

@@ -1,8 +1,8 @@
 #include "Contest.h"
-#include "Files.h"
 #include "RealStructures.h"
 #include "Space.h"
 #include "Works.h"
+#include "files/Files.h"
 
 #include <gemmi/cif.hpp>
 #include <gemmi/mmcif.hpp>

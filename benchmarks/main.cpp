@@ -4,8 +4,8 @@
 // are the ribosome's first atoms: a quick check that all works can be done.
 #include "Contest.h"
 #include "RealStructures.h"
-#include "Services.h"
 #include "Works.h"
+#include "services/Services.h"
 
 #include <QApplication>
 

@@ -2,7 +2,7 @@
 // gives a colour for every value.
 #include "Colormap.h"
 #include "Fuzzing.h"
-#include "Services.h"
+#include "services/Services.h"
 
 #include <array>
 #include <cmath>

@@ -1,11 +1,11 @@
 // Name patterns: the first line of an input is an expression (UTF-8), each further one a name. The
 // answers are compared with QRegExp's where that one can be asked; the time is bounded always.
-#include "Building.h"
 #include "DataMaker.h"
 #include "Fuzzing.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "data/NamePredicates.h"
+#include "items/Building.h"
 #include "names/NamePattern.h"
 
 #include <QRegularExpression>

@@ -1,7 +1,7 @@
 #include "Fuzzing.h"
 
 #include "HostExport.h"
-#include "Services.h"
+#include "services/Services.h"
 
 #ifdef __has_feature // clang
 #define FUZZING_SANITIZED __has_feature(address_sanitizer)

@@ -1,12 +1,12 @@
 #include "Opening.h"
 
-#include "Building.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
-#include "FileLimits.h"
-#include "Files.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "files/FileLimits.h"
+#include "files/Files.h"
+#include "items/Building.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "Application.h"
 
 #include "Logger.h"
-#include "PluginFolder.h"
 #include "StartMessages.h"
+#include "services/PluginFolder.h"
 
 #include <QEvent>
 #include <QWidget>

@@ -1,8 +1,8 @@
 // Opens the files of the command line, one after another, without freezing the screen.
 #pragma once
 
-#include "Files.h"
 #include "ProgressWindow.h"
+#include "files/Files.h"
 
 #include <functional>
 #include <future>

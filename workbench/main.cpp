@@ -4,10 +4,10 @@
 #include "Logger.h"
 #include "Opening.h"
 #include "Places.h"
-#include "PluginFolder.h"
-#include "Services.h"
 #include "StandardStreams.h"
 #include "StopSignals.h"
+#include "services/PluginFolder.h"
+#include "services/Services.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,8 +1,8 @@
 // The command that docs/architecture.md adds to the window as an example. It is compiled from the
 // document; here it is used through its menu entry.
-#include "Building.h"
 #include "CommandTools.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 
 #include <QMenu>
 #include <QMenuBar>

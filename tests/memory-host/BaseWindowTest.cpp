@@ -1,7 +1,7 @@
 #include "BaseWindow.h"
-#include "Services.h"
 #include "TestSupport.h"
 #include "WidgetFactory.h"
+#include "services/Services.h"
 
 #include <QApplication>
 #include <QLineEdit>

@@ -1,7 +1,7 @@
 // The search for bonds against its definition.
-#include "Bonds.h"
 #include "FileTesting.h"
 #include "TestSupport.h"
+#include "files/Bonds.h"
 
 #include <algorithm>
 #include <cmath>

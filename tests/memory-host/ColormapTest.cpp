@@ -1,6 +1,6 @@
 #include "Colormap.h"
-#include "Services.h"
 #include "TestSupport.h"
+#include "services/Services.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 // What destroying costs and leaves: no work by the number of siblings, no holes that anybody sees.
-#include "HostItem.h"
 #include "Sample.h"
 #include "TestSupport.h"
+#include "items/HostItem.h"
 
 using namespace memory_host;
 using namespace TAVIK;

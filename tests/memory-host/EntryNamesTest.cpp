@@ -1,12 +1,12 @@
 // Names of entries: two that are open at the same time can be told apart.
-#include "EntryNames.h"
-#include "Building.h"
+#include "files/EntryNames.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "FileTestCase.h"
 #include "ItemOrigin.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "items/Building.h"
 
 #include <QRegularExpression>
 

@@ -1,5 +1,5 @@
 // Files that are too large for what is free, and files that look small and are not.
-#include "FileLimits.h"
+#include "files/FileLimits.h"
 #include "FileTestCase.h"
 #include "Space.h"
 

@@ -1,8 +1,8 @@
 #include "FileTesting.h"
 
-#include "Building.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "items/Building.h"
 
 #include <QFile>
 #include <QTest>

@@ -2,8 +2,8 @@
 // and a second opinion on real files.
 #pragma once
 
-#include "Files.h"
 #include "Kinds.h"
+#include "files/Files.h"
 
 #include <QByteArray>
 #include <QString>

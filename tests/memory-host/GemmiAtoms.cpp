@@ -1,7 +1,7 @@
 // A second opinion on real files: gemmi's own readers.
 #include "FileTesting.h"
 
-#include "Bonds.h"
+#include "files/Bonds.h"
 
 #include <gemmi/cif.hpp>
 #include <gemmi/gz.hpp>

@@ -1,7 +1,7 @@
 #include "HelpViewer.h"
 #include "Legible.h"
-#include "Services.h"
 #include "TestSupport.h"
+#include "services/Services.h"
 
 #include <QAction>
 #include <QApplication>

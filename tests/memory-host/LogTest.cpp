@@ -1,6 +1,6 @@
 #include "Logger.h"
-#include "Services.h"
 #include "TestSupport.h"
+#include "services/Services.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,8 +1,8 @@
 // CCP4/MRC maps: every mode, byte order, axis order and cell.
-#include "Building.h"
 #include "FileTesting.h"
 #include "Space.h"
 #include "TestSupport.h"
+#include "items/Building.h"
 
 #include <QFile>
 #include <QtEndian>

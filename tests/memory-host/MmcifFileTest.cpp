@@ -1,7 +1,7 @@
 // mmCIF files: their tags, values and blocks, and real ones atom by atom.
-#include "Building.h"
 #include "FileTestCase.h"
 #include "Space.h"
+#include "items/Building.h"
 
 #include <QFile>
 #include <QProcess>

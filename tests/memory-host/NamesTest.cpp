@@ -1,5 +1,5 @@
 // Names, qualified names, types and identifiers, as this host chooses them.
-#include "Names.h"
+#include "items/Names.h"
 #include "Sample.h"
 #include "TestSupport.h"
 

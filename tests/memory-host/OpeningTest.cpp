@@ -1,9 +1,9 @@
 // Opening a file of any kind: names, threads, guards and progress.
-#include "Building.h"
 #include "DataPointBase.h"
 #include "FileTestCase.h"
 #include "Space.h"
 #include "Subscriber.h"
+#include "items/Building.h"
 
 #include <algorithm>
 #include <thread>

@@ -4,9 +4,9 @@
 #include "FailingMemory.h"
 #include "Logger.h"
 #include "Sample.h"
-#include "Services.h"
 #include "Subscriber.h"
 #include "TestSupport.h"
+#include "services/Services.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 // Structures that come through a pipe, as from /dev/stdin or a process substitution.
-#include "FileLimits.h"
 #include "FileTestCase.h"
 #include "Space.h"
+#include "files/FileLimits.h"
 
 #include <QFile>
 

@@ -1,8 +1,8 @@
 #include "PlainSpace.h"
 
-#include "Building.h"
 #include "Kinds.h"
 #include "Traversal.h"
+#include "items/Building.h"
 
 #include <algorithm>
 #include <set>

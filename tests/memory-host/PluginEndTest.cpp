@@ -1,7 +1,7 @@
 // When plug-ins are done, and how they are unloaded: windows, code in memory, and calls meanwhile.
 #include "DataPointBase.h"
 #include "PluginTestCase.h"
-#include "Subscribers.h"
+#include "items/Subscribers.h"
 
 #include <QPointer>
 

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "BaseWindow.h"
-#include "PluginFolder.h"
 #include "PluginManager.h"
 #include "TestSupport.h"
+#include "services/PluginFolder.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,11 +1,11 @@
 // Thousands of operations of every kind in a random order, each done in the host and in a plain
 // model that counts everything anew; after each, both must say the same.
-#include "Building.h"
 #include "DataMaker.h"
 #include "Kinds.h"
 #include "PlainSpace.h"
 #include "Space.h"
 #include "TestSupport.h"
+#include "items/Building.h"
 
 #include <algorithm>
 #include <random>

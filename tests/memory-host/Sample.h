@@ -1,11 +1,11 @@
 // A small structure as a file reader builds it, for tests that need one.
 #pragma once
 
-#include "Building.h"
 #include "DataMaker.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "items/Building.h"
 
 #include <QString>
 

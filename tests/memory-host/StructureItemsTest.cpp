@@ -1,7 +1,7 @@
 // What items a structure file becomes.
-#include "Building.h"
 #include "FileTestCase.h"
 #include "Space.h"
+#include "items/Building.h"
 
 #include <algorithm>
 

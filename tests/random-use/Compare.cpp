@@ -1,8 +1,8 @@
 #include "Compare.h"
 
-#include "Building.h"
 #include "Kinds.h"
 #include "Space.h"
+#include "items/Building.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

@@ -1,16 +1,16 @@
 // What others do to the data of the host for real; see also PlainEdits.cpp.
 #include "Driver.h"
 
-#include "Building.h"
 #include "DataAdder.h"
 #include "DataDelete.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
-#include "Files.h"
 #include "Kinds.h"
 #include "PluginResult.h"
 #include "Space.h"
 #include "TestSupport.h"
+#include "files/Files.h"
+#include "items/Building.h"
 
 #include <algorithm>
 #include <map>

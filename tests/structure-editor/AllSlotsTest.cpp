@@ -1,7 +1,6 @@
 // Every slot of the window under every condition: with an empty tree, nothing or everything
 // selected, changes refused, and the shown item destroyed while a question is open. After each,
 // list and tree show the data as they are, and the data can be changed.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataDelete.h"
 #include "DataMaker.h"
@@ -11,6 +10,7 @@
 #include "TestSupport.h"
 #include "Traversal.h"
 #include "WindowTools.h"
+#include "items/Building.h"
 
 #include <QColorDialog>
 #include <QInputDialog>

@@ -3,7 +3,6 @@
 // made as a whole or not at all, nothing is left open, window and data agree, the log names the
 // command, and the same command works. (FailingMemory::Of::OwnCode says why the toolkit's own
 // allocations are left alone.)
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
@@ -14,6 +13,7 @@
 #include "Space.h"
 #include "TestSupport.h"
 #include "WindowTools.h"
+#include "items/Building.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 

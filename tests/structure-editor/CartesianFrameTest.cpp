@@ -1,10 +1,10 @@
 // "Cartesian": a frame of three axes, whatever else there is.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataPoint.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

@@ -1,11 +1,11 @@
 // "Color by Temp": the colours of temperature factors, and colour maps that cannot be read.
-#include "Building.h"
 #include "Colormap.h"
 #include "ColourTestCase.h"
-#include "Files.h"
 #include "Kinds.h"
-#include "Services.h"
 #include "Space.h"
+#include "files/Files.h"
+#include "items/Building.h"
+#include "services/Services.h"
 
 #include <QDir>
 #include <QFile>

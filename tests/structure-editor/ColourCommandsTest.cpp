@@ -1,10 +1,10 @@
 // The commands that colour items: what all of them have in common, "Default color" and "Colour
 // Atoms by Residue".
-#include "Building.h"
 #include "ColourTestCase.h"
 #include "FailingMemory.h"
 #include "Space.h"
 #include "data/Colouring.h"
+#include "items/Building.h"
 
 #include <optional>
 #include <stdexcept>

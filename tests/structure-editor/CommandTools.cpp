@@ -1,10 +1,10 @@
 #include "CommandTools.h"
 
-#include "Building.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "items/Building.h"
 
 #include <QMenu>
 #include <QMenuBar>

@@ -1,10 +1,10 @@
 // Contours, and every command that asks for a level: what is typed, and what is sent of it.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataPoint.h"
 #include "RecordingTestCase.h"
 #include "RepaintCount.h"
 #include "Space.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

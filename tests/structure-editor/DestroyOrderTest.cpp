@@ -1,5 +1,4 @@
 // In what order items are destroyed, and that no row stands for any of them by then.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
@@ -8,6 +7,7 @@
 #include "Space.h"
 #include "Traversal.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 
 using namespace command_tools;

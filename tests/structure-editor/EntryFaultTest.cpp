@@ -1,15 +1,15 @@
 // What is not a slot while memory runs out: the frame's commands, what the host tells, mouse and
 // keys. As in AllocationFaultTest each allocation of the project's own code is refused once, alone
 // and together with all that follow.
-#include "Building.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "FailingMemory.h"
 #include "GUIPlugin.h"
 #include "SlotTools.h"
 #include "Space.h"
-#include "Subscribers.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
+#include "items/Subscribers.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

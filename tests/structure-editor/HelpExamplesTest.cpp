@@ -1,12 +1,12 @@
 // The examples of the help page, done as the page says, on the structure that it speaks of.
 #include "CommandTools.h"
 #include "DataMaker.h"
-#include "Files.h"
-#include "Services.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "Traversal.h"
 #include "WindowTools.h"
+#include "files/Files.h"
+#include "services/Services.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,9 +1,9 @@
 // Deleting a branch by a middle click on its row.
-#include "Building.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

@@ -1,9 +1,9 @@
 // How the list looks: marks in columns, long names, colours, tool tips.
-#include "Files.h"
 #include "ItemOrigin.h"
 #include "Palettes.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "files/Files.h"
 #include "window/ListBox.h"
 #include "window/ListEntry.h"
 

@@ -1,9 +1,9 @@
 // The menu bar and the slots of the window, row by row.
-#include "Building.h"
 #include "HelpViewer.h"
-#include "PluginFolder.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
+#include "services/PluginFolder.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 #include "window/Vuxo.h"

@@ -1,12 +1,12 @@
 // The commands that switch residues among their alternative models, through their menu entries and
 // keys.
-#include "Building.h"
 #include "CommandTools.h"
-#include "Files.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "WindowTestCase.h"
+#include "files/Files.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 // "Define set": what is selected is kept under a name, as an item and a row of its own.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataDelete.h"
 #include "DataMaker.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

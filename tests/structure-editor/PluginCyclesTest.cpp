@@ -1,10 +1,10 @@
 // The built plug-in, loaded, shown, used, killed, cleaned up and unloaded again and again: nothing
 // may be left behind that grows. PLUGIN_CYCLES in the environment is how often.
-#include "PluginFolder.h"
 #include "PluginManager.h"
-#include "Subscribers.h"
 #include "TestSupport.h"
 #include "WindowTools.h"
+#include "items/Subscribers.h"
+#include "services/PluginFolder.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,9 +1,9 @@
 // The panel of the set algebra: its widgets, and what its three operations select.
-#include "Building.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "WindowTestCase.h"
 #include "data/NamePredicates.h"
+#include "items/Building.h"
 #include "window/Vuxo.h"
 
 #include <QApplication>

@@ -1,8 +1,8 @@
 // "Within rad." and "Any w/ rad.": the question about the radius, and what is selected.
 #include "DataDelete.h"
 #include "DataMaker.h"
-#include "Files.h"
 #include "SelectionTestCase.h"
+#include "files/Files.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "RecordingPlugins.h"
 
-#include "PluginFolder.h"
 #include "PluginManager.h"
+#include "services/PluginFolder.h"
 
 #include <QtGlobal>
 

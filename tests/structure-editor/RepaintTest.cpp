@@ -1,12 +1,12 @@
 // That the tree is painted anew after each command, notification and gesture: rows ask the host for
 // what they say, so that a repaint is all that shows a change, and nothing else would miss it.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "RepaintCount.h"
 #include "SlotTools.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

@@ -1,14 +1,14 @@
 // "Rotamers": one command to the rotamer plug-in for each selected residue, seen from a plug-in
 // library that the host has loaded, and what that library may do to the data meanwhile.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
-#include "PluginFolder.h"
 #include "PluginManager.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
+#include "services/PluginFolder.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,11 +1,11 @@
 // The memory that rows stand in: given back with the command that freed it, without waiting for the
 // event loop.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 
 #include <malloc.h>
 

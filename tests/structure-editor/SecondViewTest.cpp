@@ -1,10 +1,10 @@
 // Another plug-in's window beside the Structure Editor: each shows at once what the other changes.
-#include "Building.h"
 #include "CommandTools.h"
-#include "PluginFolder.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "WindowTools.h"
+#include "items/Building.h"
+#include "services/PluginFolder.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

@@ -1,12 +1,12 @@
 // Selected residues are found again wherever they stand by now, and only those.
 #include "data/SelectedResidues.h"
 
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataMaker.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "WindowTools.h"
+#include "items/Building.h"
 
 using namespace command_tools;
 using namespace window_tools;

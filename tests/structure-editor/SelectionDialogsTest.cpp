@@ -1,12 +1,12 @@
 // What may happen around the commands that select: while their dialogs are open, when one is
 // cancelled, and in which order the window and the others learn of a change.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "HostUnderTest.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

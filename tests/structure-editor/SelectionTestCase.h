@@ -1,12 +1,12 @@
 // What the tests of the menu "Select" share: its commands, answers to their dialogs, and a grid.
 #pragma once
 
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 
 #include <QInputDialog>
 

@@ -1,16 +1,16 @@
 // Union, intersection and difference of the selection with named atoms, all at once, against the
 // predicates applied to one atom after the other.
-#include "Building.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
-#include "Files.h"
 #include "PatternGenerator.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "Traversal.h"
 #include "WindowTools.h"
 #include "data/NamePredicates.h"
+#include "files/Files.h"
+#include "items/Building.h"
 
 #include <random>
 

@@ -1,7 +1,7 @@
 // "Set color": the colour dialog, what gets the chosen colour, and what happens meanwhile.
-#include "Building.h"
 #include "ColourTestCase.h"
 #include "Space.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 
 #include <optional>

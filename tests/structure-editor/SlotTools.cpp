@@ -1,10 +1,10 @@
 #include "SlotTools.h"
 
-#include "Building.h"
 #include "DataPoint.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "WindowTools.h"
+#include "items/Building.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

@@ -1,12 +1,12 @@
 // Every slot of the window while others make it hard: what another plug-in does when it is told of
 // the change, or inside of a command that it is sent, and that everything is destroyed.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataPoint.h"
 #include "RecordingPlugins.h"
 #include "SlotTools.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 
 #include <stdexcept>
 #include <utility>

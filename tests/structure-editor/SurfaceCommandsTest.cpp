@@ -1,11 +1,11 @@
 // Surfaces and the mapping of a grid: what other plug-ins are sent, and what they may do meanwhile.
-#include "Building.h"
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
 #include "RecordingTestCase.h"
 #include "RepaintCount.h"
 #include "Space.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

@@ -1,8 +1,8 @@
 // Deleting a top-level item by a middle press on its entry: the question, and what may happen while
 // it is open.
-#include "Building.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "window/ListBox.h"
 
 #include <memory>

@@ -1,9 +1,9 @@
 // The list of top-level items: what its entries say, and what a mouse press on one does.
-#include "Building.h"
 #include "DataMaker.h"
-#include "Files.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "files/Files.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

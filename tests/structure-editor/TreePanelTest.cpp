@@ -1,8 +1,8 @@
 // The tree's side of the window: showing an item, the user's selection on its way to the host, and
 // what the host tells.
-#include "Building.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

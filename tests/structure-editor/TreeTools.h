@@ -2,14 +2,14 @@
 // that plays the window's part, and gestures sent as real events.
 #pragma once
 
-#include "Building.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
-#include "HostItem.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "Subscriber.h"
 #include "TestSupport.h"
+#include "items/Building.h"
+#include "items/HostItem.h"
 #include "tree/TreeView.h"
 
 #include <QAbstractItemModelTester>

@@ -1,11 +1,11 @@
 // The commands that hide and show atoms, through their menu entries.
-#include "Building.h"
 #include "CommandTools.h"
-#include "Files.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "WindowTestCase.h"
+#include "files/Files.h"
+#include "items/Building.h"
 
 #include <algorithm>
 #include <stdexcept>

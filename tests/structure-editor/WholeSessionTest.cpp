@@ -1,12 +1,12 @@
 // One session from the first file to the last window, with the built plug-in: files opened, items
 // shown, selected, hidden and coloured, models changed, sets made, everything deleted, the window
 // closed and the plug-in unloaded. scripts/valgrind-session runs it under valgrind.
-#include "Files.h"
-#include "PluginFolder.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "Traversal.h"
 #include "WindowTools.h"
+#include "files/Files.h"
+#include "services/PluginFolder.h"
 
 #include <QApplication>
 #include <QDialog>

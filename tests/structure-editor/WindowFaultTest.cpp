@@ -1,11 +1,11 @@
 // Exceptions out of commands: the guard ends, the log says it, the window shows the data as they
 // are, and the program goes on.
-#include "Building.h"
 #include "DataPoint.h"
 #include "FailingMemory.h"
 #include "SlotTools.h"
 #include "Space.h"
 #include "WindowTestCase.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

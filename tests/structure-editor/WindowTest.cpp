@@ -1,11 +1,11 @@
 // The main window as a whole: how it is built, what it listens to, and how it ends.
-#include "Building.h"
 #include "DataPoint.h"
 #include "DestroyObserver.h"
-#include "Services.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "WindowTools.h"
+#include "items/Building.h"
+#include "services/Services.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 #include "window/Vuxo.h"

@@ -1,9 +1,9 @@
 // What the tests of the window start from: a window for each test function.
 #pragma once
 
-#include "Building.h"
 #include "TestSupport.h"
 #include "WindowTools.h"
+#include "items/Building.h"
 #include "tree/TreeView.h"
 #include "window/Vuxo.h"
 

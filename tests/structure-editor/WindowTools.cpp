@@ -1,11 +1,11 @@
 #include "WindowTools.h"
 
-#include "Building.h"
 #include "DataAdder.h"
 #include "DataDelete.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
 #include "Space.h"
+#include "items/Building.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

@@ -1,8 +1,8 @@
 // The in-memory host, made fit for the contract's tests.
-#include "Building.h"
-#include "Files.h"
 #include "HostUnderTest.h"
-#include "Services.h"
+#include "files/Files.h"
+#include "items/Building.h"
+#include "services/Services.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,17 +1,17 @@
 #include "Files.h"
 
 #include "BuildStructure.h"
-#include "Building.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "EntryNames.h"
 #include "FieldText.h"
 #include "FileKind.h"
 #include "FileLimits.h"
-#include "Origins.h"
 #include "PqrRow.h"
 #include "Readers.h"
 #include "Space.h"
+#include "items/Building.h"
+#include "items/Origins.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "BuildStructure.h"
 
-#include "Building.h"
 #include "DataMaker.h"
+#include "items/Building.h"
 
 #include <algorithm>
 

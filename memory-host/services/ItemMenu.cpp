@@ -1,7 +1,7 @@
 // The host's own context menu for an item.
 #include "DataPointBase.h"
-#include "HostItem.h"
 #include "Subscriber.h"
+#include "items/HostItem.h"
 
 #include <QAbstractItemView>
 #include <QAction>

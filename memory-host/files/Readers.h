@@ -3,8 +3,8 @@
 #pragma once
 
 #include "AtomTable.h"
-#include "Building.h"
 #include "FileBytes.h"
+#include "items/Building.h"
 
 namespace memory_host {
 

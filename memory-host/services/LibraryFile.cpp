@@ -1,6 +1,6 @@
 #include "LibraryFile.h"
 
-#include "Subscribers.h"
+#include "items/Subscribers.h"
 
 #include <QApplication>
 #include <QFile>
