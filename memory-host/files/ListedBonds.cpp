@@ -94,9 +94,10 @@ void ListedBonds::prepare() {
     m_isPrepared = true;
     std::ranges::stable_sort(m_bonds, {},
                              [](const Bond& bond) { return std::pair(bond.a, bond.b); });
-    const auto again = std::ranges::unique(
-        m_bonds, [](const Bond& x, const Bond& y) { return x.a == y.a && x.b == y.b; });
-    m_bonds.erase(again.begin(), again.end());
+    m_bonds.erase(
+        std::unique(m_bonds.begin(), m_bonds.end(),
+                    [](const Bond& x, const Bond& y) { return x.a == y.a && x.b == y.b; }),
+        m_bonds.end());
     std::vector<std::uint32_t> counts(m_partners.size(), 0);
     std::erase_if(m_bonds, [&](const Bond& bond) {
         const bool isTooMany = std::max(++counts[bond.a], ++counts[bond.b]) > mostListedBonds;
@@ -217,8 +218,7 @@ std::vector<BondPair> ListedBonds::inModel(const ListedBondsModel& model) {
             if (join(model.table, m_bonds[i], pairs))
                 m_bonds[i].isUsed = true;
     std::ranges::sort(pairs);
-    const auto again = std::ranges::unique(pairs);
-    pairs.erase(again.begin(), again.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
     return pairs;
 }
 

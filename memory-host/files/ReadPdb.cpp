@@ -306,10 +306,10 @@ void PdbReader::readPqrAtom(std::string_view line) {
     row.number = words.number;
     row.insertion = words.insertion;
     row.element = pqr::elementOf(words, line);
-    const auto& [x, y, z] = words.position;
+    const auto& xyz = words.position;
     m_numbers.setPosition(
-        row, {finiteFloat(x), finiteFloat(y), finiteFloat(z)}, false, m_line,
-        [&] { return std::string(x).append(" ").append(y).append(" ").append(z); });
+        row, {finiteFloat(xyz[0]), finiteFloat(xyz[1]), finiteFloat(xyz[2])}, false, m_line,
+        [&] { return std::string(xyz[0]).append(" ").append(xyz[1]).append(" ").append(xyz[2]); });
     const std::optional<float> charge = finiteFloat(words.charge);
     const std::optional<float> radius = finiteFloat(words.radius);
     row.partial = {charge.value_or(0.0F), radius.value_or(0.0F), charge && radius};
