@@ -1,39 +1,83 @@
-# Fails when a room includes a header of a room that it must not know: cmake -DROOT=... -P this file.
+# Fails when a folder includes a header of a folder that it must not know, and when a folder with
+# sources is not in the plan: cmake -DROOT=... -P this file.
 cmake_minimum_required(VERSION 3.25)
-function(check_room room)
-  file(GLOB files ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h)
-  set(foreign)
-  foreach(other ${ARGN})
-    file(GLOB headers RELATIVE ${ROOT}/${other} ${ROOT}/${other}/*.h)
-    list(APPEND foreign ${headers})
-  endforeach()
-  foreach(file ${files})
-    file(STRINGS ${file} includes REGEX "^ *# *include *[\"<]")
-    foreach(line ${includes})
-      string(REGEX REPLACE "^ *# *include *[\"<]([^\">]*)[\">].*" "\\1" path "${line}")
-      get_filename_component(name "${path}" NAME)
-      if(EXISTS ${ROOT}/${room}/${name})
-        continue()
-      endif()
-      if(name IN_LIST foreign)
-        message(SEND_ERROR "${file} includes ${path}: ${room}/ must not know that room")
-      endif()
-    endforeach()
+
+# folder(F [G...]): sources in F may include headers of F itself and of the folders G; what is in none
+# of the plan's folders (the toolkit, libraries) is not looked at.
+set(folders)
+macro(folder name)
+  list(APPEND folders ${name})
+  set(known_${name} ${name} ${ARGN})
+endmacro()
+
+# What a host promises, and what plug-ins share.
+folder(host)
+folder(include host)
+
+set(contract host include)
+folder(structure-editor/names)
+folder(structure-editor/radius)
+folder(structure-editor/data ${contract} structure-editor/names structure-editor/radius)
+folder(structure-editor/tree ${contract} structure-editor/data)
+folder(structure-editor/window ${contract} structure-editor/names structure-editor/radius
+  structure-editor/data structure-editor/tree)
+
+folder(memory-host/items host)
+folder(memory-host/files host memory-host/items)
+folder(memory-host/services host memory-host/items memory-host/files)
+folder(workbench host memory-host/items memory-host/files memory-host/services)
+
+# The contract's tests run against any host: only tests/support/MemoryHostUnderTest.cpp knows which.
+folder(tests/host-contract ${contract} tests/support)
+
+# Where an include that is not beside the file that has it may be found, as compilers are told.
+set(roots host include structure-editor memory-host workbench tests/support tests/host-contract)
+
+# The path below ROOT of the header that `file` includes as `path`; empty when it is none of ours.
+function(find_header file path into)
+  get_filename_component(here ${file} DIRECTORY)
+  set(${into} "" PARENT_SCOPE)
+  foreach(place ${here} ${roots})
+    if(EXISTS ${ROOT}/${place}/${path})
+      file(REAL_PATH ${ROOT}/${place}/${path} found)
+      file(RELATIVE_PATH found ${real_root} ${found})
+      set(${into} ${found} PARENT_SCOPE)
+      return()
+    endif()
   endforeach()
 endfunction()
 
-check_room(host include structure-editor memory-host workbench)
-check_room(include structure-editor memory-host workbench)
-check_room(structure-editor memory-host workbench)
-check_room(memory-host include structure-editor workbench)
-check_room(workbench include structure-editor)
-check_room(tests/host-contract structure-editor memory-host workbench)
+file(REAL_PATH ${ROOT} real_root)
+foreach(folder ${folders})
+  file(GLOB files RELATIVE ${ROOT} ${ROOT}/${folder}/*.cpp ${ROOT}/${folder}/*.h)
+  foreach(file ${files})
+    file(STRINGS ${ROOT}/${file} lines REGEX "^[ \t]*#[ \t]*include[ \t]*[\"<]")
+    foreach(line ${lines})
+      string(REGEX REPLACE "^[ \t]*#[ \t]*include[ \t]*[\"<]([^\">]*)[\">].*" "\\1" path "${line}")
+      find_header(${file} "${path}" header)
+      get_filename_component(other "${header}" DIRECTORY)
+      if(header AND NOT other IN_LIST known_${folder})
+        message(SEND_ERROR "${file} includes ${header}: ${folder}/ must not know ${other}/")
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+
+foreach(room host include structure-editor memory-host workbench tests/host-contract)
+  file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h)
+  foreach(file ${files})
+    get_filename_component(folder ${file} DIRECTORY)
+    if(NOT folder IN_LIST folders)
+      message(SEND_ERROR "${file}: the plan in CheckRooms.cmake does not know ${folder}/")
+    endif()
+  endforeach()
+endforeach()
 
 # The plain model of the random sessions knows nothing of what it is compared with.
-file(GLOB plain ${ROOT}/tests/random-use/Plain*.cpp ${ROOT}/tests/random-use/Plain*.h
-  ${ROOT}/tests/random-use/Step.cpp ${ROOT}/tests/random-use/Step.h)
+file(GLOB plain RELATIVE ${ROOT} ${ROOT}/tests/random-use/Plain*.cpp
+  ${ROOT}/tests/random-use/Plain*.h ${ROOT}/tests/random-use/Step.cpp ${ROOT}/tests/random-use/Step.h)
 foreach(file ${plain})
-  file(STRINGS ${file} includes REGEX "^ *# *include *\"")
+  file(STRINGS ${ROOT}/${file} includes REGEX "^[ \t]*#[ \t]*include[ \t]*\"")
   foreach(line ${includes})
     if(NOT line MATCHES "\"(Plain[A-Za-z]*|Step)\\.h\"")
       message(SEND_ERROR "${file}, ${line}: the plain model must not know what is not part of it")

@@ -35,6 +35,8 @@ target_link_libraries(test-documents PRIVATE Qt6::Core5Compat)
 # Compiled for one test: what that takes matters more than how fast it runs.
 target_compile_options(test-documents PRIVATE -O0)
 
+target_compile_definitions(test-documents PRIVATE CMAKE="${CMAKE_COMMAND}")
+
 add_custom_target(check-documents ALL
   COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} -DROOT=${CMAKE_SOURCE_DIR}
     -P ${CMAKE_CURRENT_SOURCE_DIR}/documents/CheckNames.cmake
