@@ -118,6 +118,9 @@ private slots:
                                 << QString::fromLatin1(what) + ": unpack it first" + anyFile;
         };
         row("Z", "\x1f\x9d\x90 and more", ": is compressed with compress (.Z)");
+        row("Z, the older way", "\x1f\xa0 and more", ": is compressed with compress (.Z)");
+        row("7z", "7z\xbc\xaf\x27\x1c and more", ": is a 7-Zip archive (.7z)");
+        row("zst", "\x28\xb5\x2f\xfd and more", ": is compressed with zstd (.zst)");
         row("bz2", "BZh91AY&SY", ": is compressed with bzip2 (.bz2)");
         row("xz", QByteArray("\xfd\x37zXZ\0\0\4", 8), ": is compressed with xz (.xz)");
         row("zip", QByteArray("PK\3\4\n\0\0", 7), ": is a ZIP archive (.zip)");
@@ -130,6 +133,10 @@ private slots:
                                                   << ": is text in UTF-16" + text;
         QTest::newRow("UTF-16, big end first")
             << QByteArray("\xfe\xff\0A\0T\0O\0M", 10) << ": is text in UTF-16" + text;
+        QTest::newRow("UTF-32, little end first")
+            << QByteArray("\xff\xfe\0\0A\0\0\0T\0\0\0", 12) << ": is text in UTF-32" + text;
+        QTest::newRow("UTF-32, big end first")
+            << QByteArray("\0\0\xfe\xff\0\0\0A\0\0\0T", 12) << ": is text in UTF-32" + text;
         QTest::newRow("UTF-16 without a mark")
             << QByteArray("A\0T\0O\0M\0 \0", 10) << ": is text in UTF-16" + text;
     }
