@@ -470,6 +470,20 @@ private slots:
         QVERIFY(QDir::setCurrent(before));
     }
 
+    void aStyleSheetIsNotRead() {
+        const QString outside = m_folder->filePath("outside");
+        QVERIFY(QDir().mkdir(outside));
+        writeSecret("outside/blue.css", "p { background-color: #0000ff; }");
+        for (const QString& sheet : {QStringLiteral("../outside/blue.css"), outside + "/blue.css",
+                                     QUrl::fromLocalFile(outside + "/blue.css").toString()}) {
+            write("page.md", "<div><link rel=\"stylesheet\" type=\"text/css\" href=\"" +
+                                 sheet.toUtf8() + "\" /><p>the text</p></div>\n");
+            HelpViewer::Show("page");
+            QCOMPARE(shownText(), "the text");
+            QVERIFY2(!shows(Qt::blue), qPrintable(sheet));
+        }
+    }
+
     void whatIsNoImageOrTooLargeIsSaid() {
         write("text.png", "no image");
         write("large.png", picture(Qt::red) + QByteArray(1 << 20, 'x'));
