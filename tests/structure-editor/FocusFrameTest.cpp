@@ -1,5 +1,6 @@
 // The frame around the current row: inside of its cell on every screen, so that it goes with the
-// cell's next painting.
+// cell's next painting, and in a colour that is seen.
+#include "Legible.h"
 #include "TestSupport.h"
 #include "tree/CellText.h"
 
@@ -8,20 +9,24 @@
 #include <QStyleOptionViewItem>
 #include <QtMath>
 
+#include <algorithm>
+
 namespace {
 
 const QRect cell(5, 7, 40, 14);
 
-QImage framed(qreal scale) {
+QImage framed(qreal scale, const QColor& text = Qt::black, const QColor& base = Qt::white,
+              QStyle::State state = {}) {
     QImage image(QSize(60, 30) * scale, QImage::Format_RGB32);
     image.setDevicePixelRatio(scale);
-    image.fill(Qt::white);
+    image.fill(base);
     QPainter painter(&image);
     QStyleOptionViewItem option;
     option.rect = cell;
-    option.state = QStyle::State_Enabled | QStyle::State_Active;
-    option.palette = QPalette(Qt::black, Qt::white, Qt::lightGray, Qt::darkGray, Qt::gray,
-                              Qt::black, Qt::white, Qt::white, Qt::white);
+    option.state = QStyle::State_Enabled | QStyle::State_Active | state;
+    option.palette = QPalette(text, Qt::white, Qt::lightGray, Qt::darkGray, Qt::gray, Qt::black,
+                              Qt::white, base, Qt::white);
+    option.palette.setColor(QPalette::Highlight, base);
     drawFocus(&painter, option);
     return image;
 }
@@ -65,6 +70,19 @@ private slots:
         QVERIFY(hasInk(image, {across.left(), inside.bottom() + 1 - pen, across.width(), pen}));
         QVERIFY(hasInk(image, {inside.left(), down.top(), pen, down.height()}));
         QVERIFY(hasInk(image, {inside.right() + 1 - pen, down.top(), pen, down.height()}));
+    }
+
+    void itIsSeenOnWhateverIsBehindIt() {
+        for (const QColor& base : {QColor(Qt::white), QColor(Qt::black), QColor(0x80, 0x80, 0x80)})
+            for (const QColor& text : {base, base.lighter(120), base.darker(120)})
+                for (const QStyle::State state : {QStyle::State_None, QStyle::State_Selected}) {
+                    const QImage image = framed(1.0, text, base, state);
+                    double most = 1.0;
+                    for (int x = cell.left(); x <= cell.right(); ++x)
+                        most = std::max(most,
+                                        legible::contrast(image.pixelColor(x, cell.top()), base));
+                    QVERIFY2(most >= legible::least, qPrintable(base.name() + ' ' + text.name()));
+                }
     }
 };
 
