@@ -244,6 +244,25 @@ private slots:
         QVERIFY(!tree.row("R4")->isSelected());
     }
 
+    // Many keyboards have these characters only with Shift: a range it does not select.
+    void shiftWithPlusOrMinusSelectsTheRowAlone() {
+        for (const Qt::Key key : {Qt::Key_Plus, Qt::Key_Minus}) {
+            ShownTree tree;
+            Compound* molecule = makeMolecule(4, 1);
+            TreeItem* top = tree.populate(molecule);
+            tree.click(top->child(0));
+            top->child(2)->setOpen(key == Qt::Key_Minus);
+            tree.setCurrentItem(top->child(2));
+            tree.takeSelections();
+            tree.key(key, Qt::ShiftModifier);
+            QCOMPARE(top->child(2)->isOpen(), key == Qt::Key_Plus);
+            QCOMPARE(tree.selected(), (QStringList{"R3", "R3a"}));
+            QCOMPARE(tree.takeSelections(), 1);
+            tree.clear();
+            DataMaker::Destroy(molecule);
+        }
+    }
+
     void theAsteriskOpensNothing() {
         ShownTree tree;
         TreeItem* top = tree.populate(makeMolecule(3, 1));
