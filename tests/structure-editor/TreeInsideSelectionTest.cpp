@@ -97,6 +97,19 @@ private slots:
         QCOMPARE(tree.takeSelections(), 1);
     }
 
+    // On a screen of four rows, a page up leads to one inside of what is selected.
+    void aPageUpInsideASelectedRowSelectsWhereItLeads() {
+        SelectedTree tree;
+        const int rows = 4 * tree.visualRect(tree.currentIndex()).height();
+        tree.resize(tree.width(), tree.height() - tree.viewport()->height() + rows);
+        tree.verticalScrollBar()->setValue(tree.verticalScrollBar()->maximum());
+        tree.setCurrentItem(tree.row("R3b"));
+        tree.key(Qt::Key_PageUp);
+        QCOMPARE(tree.current(), "R2b");
+        QCOMPARE(selectedAtoms(tree.molecule), QStringList("R2b"));
+        QCOMPARE(tree.takeSelections(), 1);
+    }
+
     void aRangeInsideASelectedRowIsAllThatStays() {
         SelectedTree tree;
         tree.click(tree.row("R2b"), Qt::ControlModifier); // sets the anchor
