@@ -38,6 +38,17 @@ QTextBrowser* browser() {
     return nullptr;
 }
 
+/// What the page that is shown says, without its line ends.
+QString page() {
+    return browser()->toPlainText().simplified();
+}
+
+QString readme() {
+    QFile file(SOURCE_DIR "/README.md");
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).simplified()
+                                          : QString();
+}
+
 /// The tables of the page that is shown: rows of cells, as a reader sees them.
 QList<QList<QStringList>> tables() {
     QList<QList<QStringList>> all;
@@ -139,7 +150,19 @@ private slots:
         }
     }
 
+    void asManyCharactersStandBeforeANameAsPageAndReadmeSay() {
+        const QStringList numbers = {"no", "one", "two", "three", "four"};
+        const auto before = entries(*m_window).front().indexOf("sample");
+        const QString number = numbers.value(before);
+        QVERIFY2(
+            page().contains(number + " characters stand before each name", Qt::CaseInsensitive),
+            qPrintable(number));
+        QVERIFY2(readme().contains("begins with " + number + " characters"), qPrintable(number));
+    }
+
     void aSecondRightClickShowsEverythingAgainAsThePageSays() {
+        QVERIFY(page().contains("the second one shows everything in it again"));
+        QVERIFY(readme().contains("the next one shows everything in it again"));
         const std::vector<TAVIK::Compound*> atoms = atomsOf(TAVIK::Space::instance());
         const auto visible = [&atoms] {
             return std::count_if(atoms.begin(), atoms.end(),
@@ -156,6 +179,9 @@ private slots:
     }
 
     void aMapThatIsAnEntryIsDeletedByTheMiddleClickAndNotByGrid() {
+        QVERIFY(
+            page().contains("Grid deletes maps that stand inside the item in the tree. A map that "
+                            "is an entry of the list goes with a middle click on its entry"));
         TAVIK::Compound* map = TAVIK::DataMaker::makeCore(TAVIK::Space::instance(), "map", "Grid");
         m_window->commAdd();
         clickEntry(*m_window, 1);
