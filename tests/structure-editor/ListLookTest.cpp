@@ -160,6 +160,7 @@ private slots:
         QCOMPARE(list->horizontalScrollBar()->maximum(), 0);
         QVERIFY(!list->horizontalScrollBar()->isVisible());
         QVERIFY(list->visualItemRect(list->item(0)).right() < list->viewport()->width());
+        QVERIFY(!makeList({" _ " + name}, 40)->horizontalScrollBar()->isVisible());
         QCOMPARE(list->item(0)->text(), " _ " + name);
         // It begins and ends as the name does.
         const QImage elided = picture(*list, 0);
