@@ -88,7 +88,7 @@ private slots:
             QVERIFY(rows(*m_window).isEmpty());
             QCOMPARE(highlighted(*m_window), 0);
             clickEntry(*m_window, 0);
-            QCOMPARE(rows(*m_window).constFirst(), "1abc");
+            QCOMPARE(rows(*m_window).value(0), "1abc");
             QVERIFY(rows(*m_window).filter("HOH 2").isEmpty());
             QCOMPARE(highlighted(*m_window), 0);
             m_window.reset();

@@ -174,6 +174,7 @@ private slots:
                 menu->close();
             });
             QTest::keyClick(view, Qt::Key_Menu);
+            QApplication::processEvents();
             QCOMPARE(at, place.bottomLeft() + QPoint(0, 1));
         }
     }
@@ -211,6 +212,7 @@ private slots:
                 menu->close();
             });
             QTest::keyClick(widget, Qt::Key_Menu);
+            QApplication::processEvents();
             QVERIFY(!m_window);
         }
     }
