@@ -136,6 +136,28 @@ private slots:
         QCOMPARE(result.faults.size(), 1);
     }
 
+    void thePlainModelKnowsOnlyItself() {
+        add("tests/support/plain/Step.h", "#pragma once\n#include <vector>\n");
+        add("tests/support/plain/Rows.cpp", "#include \"Step.h\"\n#include <QString>\n");
+        QVERIFY(check().passes);
+        const QStringList others = {"host", "structure-editor/tree", "memory-host/items",
+                                    "tests/support", "tests/structure-editor"};
+        QStringList expected;
+        for (const QString& other : others) {
+            add(other + '/' + headerIn(other), "#pragma once\n");
+            const QString path = other.startsWith("tests/") ? headerIn(other) : includeOf(other);
+            add("tests/support/plain/to_" + headerIn(other) + ".cpp",
+                "#include \"" + path + "\"\n");
+            expected << QStringLiteral("tests/support/plain/to_%1.cpp includes %2/%1: "
+                                       "tests/support/plain/ must not know %2/")
+                            .arg(headerIn(other), other);
+        }
+        QStringList faults = check().faults;
+        faults.sort();
+        expected.sort();
+        QCOMPARE(faults, expected);
+    }
+
     void aFolderThatThePlanDoesNotKnowFails() {
         add("structure-editor/corner/Some.cpp", "int some;\n");
         const Result result = check();

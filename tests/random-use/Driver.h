@@ -2,8 +2,8 @@
 // entry points, and as others do who work on the same data.
 #pragma once
 
-#include "PlainWindow.h"
-#include "Step.h"
+#include "plain/PlainWindow.h"
+#include "plain/Step.h"
 
 #include "Subscriber.h"
 
