@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 
 #include <fcntl.h>
@@ -97,6 +98,37 @@ private slots:
         opened("/dev/fd/" + std::to_string(ends[0]));
         ::close(ends[0]);
         QCOMPARE(childNames(TAVIK::Space::instance()), QStringList("pipe"));
+    }
+
+    void standardInputIsCalledSo() {
+        const int before = ::dup(STDIN_FILENO);
+        for (const char* name : {"/dev/stdin", "/dev/fd/0", "/proc/self/fd/0"}) {
+            int ends[2] = {};
+            QCOMPARE(::pipe(ends), 0);
+            const QByteArray text = atomAt(" CA ", 0);
+            writeAll(ends[1], text, text.size());
+            ::close(ends[1]);
+            ::dup2(ends[0], STDIN_FILENO);
+            ::close(ends[0]);
+            opened(name);
+        }
+        ::dup2(before, STDIN_FILENO);
+        ::close(before);
+        QCOMPARE(childNames(TAVIK::Space::instance()),
+                 QStringList({"stdin", "stdin-2", "stdin-3"}));
+    }
+
+    // Whoever sits there would have to type the file.
+    void aTerminalIsRefused() {
+        const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+        QVERIFY(terminal >= 0);
+        QVERIFY(::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+        const std::string name = ::ptsname(terminal);
+        const int other = ::open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        writeAll(terminal, QByteArray(1, '\4'), 1); // the end, for one that reads
+        QVERIFY(refusal(name).endsWith(": is a terminal; accepted are files and pipes"));
+        ::close(other);
+        ::close(terminal);
     }
 
     void aPipeThatNobodyWritesToIsRefusedInTime() {
