@@ -1,6 +1,8 @@
 // When plug-ins are done, and how they are unloaded: windows, code in memory, and calls meanwhile.
+#include "DataMaker.h"
 #include "DataPointBase.h"
 #include "PluginTestCase.h"
+#include "Space.h"
 #include "items/Subscribers.h"
 
 #include <QPointer>
@@ -10,6 +12,19 @@ using namespace plugin_tools;
 
 class PluginEndTest : public PluginTestCase {
     Q_OBJECT
+
+    /// What a library left behind still hears of changes, and is destroyed.
+    static void destroyHearing(const QString& file) {
+        QVERIFY(isInMemory(file));
+        { const DataPointBase change(nullptr, Publisher::Update); }
+        TAVIK::DataMaker::Destroy(
+            TAVIK::DataMaker::makeCore(TAVIK::Space::instance(), "surface", "Surface"));
+        QCOMPARE(takeHostLog(), QStringList("the subscriber that was left behind hears"));
+        void* const library = dlopen(QFile::encodeName(file).constData(), RTLD_LAZY | RTLD_NOLOAD);
+        QVERIFY(library);
+        reinterpret_cast<void (*)()>(dlsym(library, "DestroySubscriber"))();
+        dlclose(library);
+    }
 
 private slots:
     void aPluginThatCannotSayWhetherItIsDoneIsToldOnce() {
@@ -118,23 +133,37 @@ private slots:
         delete window;
     }
 
+    void aSubscriberThatIsLeftBehindKeepsItsCodeInMemory_data() {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("of changes") << "Subscribing";
+        QTest::newRow("of destructions") << "Observing";
+    }
     void aSubscriberThatIsLeftBehindKeepsItsCodeInMemory() {
+        QFETCH(const QString, name);
         const std::size_t before = subscriberCount();
-        const QString file = loadOne("Subscribing");
-        QVERIFY(startPlugin("Create/Subscribing"));
+        const QString file = loadOne(name);
+        QVERIFY(startPlugin("Create/" + name));
         QCOMPARE(subscriberCount(), before + 1);
         unloadPlugins();
         QCOMPARE(takeHostLog(),
-                 QStringList("Plug-in Create/Subscribing (" + file +
+                 QStringList("Plug-in Create/" + name + " (" + file +
                              ") stays in memory: after Cleanup 1 of its subscribers exist"));
-        QVERIFY(!PluginManager::FindPlugin("Create", "Subscribing"));
-        QVERIFY(isInMemory(file));
-        { const DataPointBase change(nullptr, Publisher::Update); }
-        QCOMPARE(takeHostLog(), QStringList("the subscriber that was left behind hears"));
-        void* const library = dlopen(QFile::encodeName(file).constData(), RTLD_LAZY | RTLD_NOLOAD);
-        QVERIFY(library);
-        reinterpret_cast<void (*)()>(dlsym(library, "DestroySubscriber"))();
-        dlclose(library);
+        QVERIFY(!PluginManager::FindPlugin("Create", name.toStdString()));
+        destroyHearing(file);
+        QCOMPARE(subscriberCount(), before);
+    }
+
+    // It was never used, but its static objects have been busy.
+    void aSubscriberOfAPluginThatCannotBeUsedKeepsItsCodeInMemory() {
+        const std::size_t before = subscriberCount();
+        const QString file = place("SubscribingUnusable");
+        QCOMPARE(load(), QStringList());
+        const QString about = "Plug-in Create/SubscribingUnusable (" + file + ") ";
+        QCOMPARE(
+            takeHostLog(),
+            QStringList({about + "cannot be used: it lacks the entry point Cleanup",
+                         about + "stays in memory: after Cleanup 1 of its subscribers exist"}));
+        destroyHearing(file);
         QCOMPARE(subscriberCount(), before);
     }
 

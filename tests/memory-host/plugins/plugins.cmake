@@ -26,5 +26,7 @@ add_test_plugin(Leaving LeavingPlugin.cpp)
 add_test_plugin(LeavingLater LeavingPlugin.cpp DELETES_LATER)
 add_test_plugin(Subscribing SubscribingPlugin.cpp)
 add_test_plugin(SubscribingStatic SubscribingPlugin.cpp IS_STATIC)
+add_test_plugin(SubscribingUnusable SubscribingPlugin.cpp LACKS_CLEANUP)
+add_test_plugin(Observing SubscribingPlugin.cpp IS_OBSERVER)
 
 target_compile_definitions(test-memory-host PRIVATE TEST_PLUGINS="${TEST_PLUGINS}")
