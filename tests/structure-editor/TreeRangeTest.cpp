@@ -254,6 +254,34 @@ private slots:
         QVERIFY(!tree.firstChild());
     }
 
+    void whoHearsOfARowCrossedMayEndTheDrag() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(6, 0));
+        tree.press(tree.cell(top->child(0), 0));
+        int told = 0;
+        connect(&tree, qOverload<>(&TreeView::selectionChanged), this, [&] {
+            if (++told == 2)
+                tree.key(Qt::Key_Up);
+        });
+        tree.drag(tree.cell(top->child(5), 0));
+        QCOMPARE(told, 3); // the last time by the key
+        QCOMPARE(tree.current(), "R2");
+        QCOMPARE(tree.selected(), QStringList("R2"));
+    }
+
+    // The wheel scrolls during a drag, too.
+    void aMoveFromARowThatIsOffScreenTellsOfTheRowReachedAlone() {
+        ShownTree tree;
+        TreeItem* top = tree.populate(makeMolecule(200, 0));
+        tree.press(tree.cell(top->child(0), 0));
+        tree.verticalScrollBar()->setValue(tree.verticalScrollBar()->maximum());
+        tree.takeSelections();
+        tree.drag(tree.cell(top->child(198), 0));
+        QCOMPARE(tree.takeSelections(), 1);
+        QCOMPARE(tree.selected().size(), 199);
+        tree.release(tree.cell(top->child(198), 0));
+    }
+
     void draggingFromASelectedRowKeepsTheOthers() {
         ShownTree tree;
         TreeItem* top = tree.populate(makeMolecule(5, 0));
