@@ -379,6 +379,9 @@ private slots:
         QTest::newRow("of coordinates in one loop")
             << QByteArray(whole).replace("_atom_site.Cartn_y", "_atom_site.Cartn_x")
             << ":12: the tag \"_atom_site.Cartn_x\"";
+        QTest::newRow("of coordinates that are all there")
+            << QByteArray(whole).replace("pdbx_PDB_ins_code", "Cartn_z").replace("? 1", "9 1")
+            << ":13: the tag \"_atom_site.Cartn_z\"";
         QTest::newRow("in other letters")
             << QByteArray(whole).replace("_atom_site.Cartn_y", "_ATOM_SITE.cartn_X")
             << ":12: the tag \"_ATOM_SITE.cartn_X\"";

@@ -141,6 +141,8 @@ Compound* item(const QString& qualifiedName) {
 
 QStringList childNames(Compound* parent) {
     QStringList names;
+    if (!parent)
+        return names;
     for (Compound** child = parent->ChildBegin(); child != parent->ChildEnd(); ++child)
         names << QString::fromLatin1((*child)->GetName().c_str());
     return names;

@@ -62,7 +62,7 @@ QString refusal(const std::string& path);
 
 /// The item of a qualified name, the first one if there are several; null when there is none.
 TAVIK::Compound* item(const QString& qualifiedName);
-/// Names of the children, in order.
+/// Names of the children, in order; none of null, so that a test says what is not there.
 QStringList childNames(TAVIK::Compound* parent);
 std::vector<TAVIK::Atom*> atoms(TAVIK::Compound* root);
 /// The names of the bonds below an item, sorted.

@@ -1,4 +1,5 @@
 // The bonds that files list: they come first, and those by distance follow.
+#include "files/ListedBonds.h"
 #include "FileTestCase.h"
 #include "Space.h"
 
@@ -157,6 +158,37 @@ private slots:
         QVERIFY2(metals >= 261, qPrintable(QString::number(metals)));
     }
 
+    void aNearerLigandKeepsOthersFromTheMetal_data() {
+        QTest::addColumn<QByteArray>("near");
+        QTest::addColumn<QByteArray>("far");
+        QTest::addColumn<bool>("isBonded"); ///< the one that is further away
+        for (const char* far : {"C", "P"}) {
+            for (const char* near : {"N", "O", "S"})
+                QTest::addRow("%s behind %s", far, near)
+                    << QByteArray(near) << QByteArray(far) << false;
+            QTest::addRow("%s behind another metal", far)
+                << QByteArray("ZN") << QByteArray(far) << true;
+        }
+        QTest::newRow("N behind O") << QByteArray("O") << QByteArray("N") << true;
+    }
+    void aNearerLigandKeepsOthersFromTheMetal() {
+        QFETCH(QByteArray, near);
+        QFETCH(QByteArray, far);
+        QFETCH(bool, isBonded);
+        const auto atom = [](const char* name, const QByteArray& element, float x) {
+            PdbAtom added;
+            added.name = name;
+            added.element = element;
+            added.x = x;
+            return line(added);
+        };
+        openText(atom(" X1 ", "MG", 0) + atom(" X2 ", near, -2) + atom(" X3 ", far, 2.3F));
+        QStringList expected{"ALA 1 X1-X2"};
+        if (isBonded)
+            expected << "ALA 1 X1-X3";
+        QCOMPARE(bondNames(item("/test")), expected);
+    }
+
     void membraneMarkersHaveNoBonds() {
         PdbAtom marker;
         marker.record = "HETATM";
@@ -177,6 +209,14 @@ private slots:
                  conect({"4", "5", "3"}) + conect({"3", "4", "4"}));
         QCOMPARE(bondsInOrder(item("/test/A/Bonds")),
                  QStringList({"C3-C4", "C4-C5", "C1-C2", "C2-C3"}));
+    }
+
+    void listedBondsBetweenChainsComeFirst() {
+        const auto inB = [](QByteArray text) { return text.replace(21, 1, "B"); };
+        openText(carbonAt("1", 0) + carbonAt("2", 5) + inB(carbonAt("3", 1.5F)) +
+                 inB(carbonAt("4", 8)) + conect({"2", "4"}));
+        QCOMPARE(childNames(item("/test/Bonds")),
+                 QStringList({"ALA 1 C2 - ALA 1 C4", "ALA 1 C1 - ALA 1 C3"}));
     }
 
     void serialNumbersAreComparedAsTheyAreWritten_data() {
@@ -383,6 +423,28 @@ private slots:
         openText(text + conect({"3", "1"}));
         QCOMPARE(bondNames(item("/test")), QStringList("ALA 1 C1-C2"));
         QVERIFY(item("/test/A/Bonds")->HasChildren());
+    }
+
+    void anAtomHasNoMoreListedBondsThanTheLimit() {
+        QByteArray atoms = carbonAt("1", 0);
+        QByteArray records;
+        const int most = static_cast<int>(memory_host::mostListedBonds);
+        // On a lattice, on which no two are bonded by distance.
+        for (int i = 1, serial = 2; serial != most + 3; ++i) {
+            PdbAtom atom;
+            atom.name = " C" + QByteArray::number(serial).leftJustified(2);
+            atom.x = static_cast<float>(i % 5 * 2 - 4);
+            atom.y = static_cast<float>(i / 5 % 5 * 2 - 4);
+            atom.z = static_cast<float>(i / 25 * 2 - 4);
+            const float squared = atom.x * atom.x + atom.y * atom.y + atom.z * atom.z;
+            if (squared > 36.0F || squared == 0.0F)
+                continue;
+            const QByteArray number = QByteArray::number(serial++);
+            atoms += line(atom).replace(6, 5, number.rightJustified(5));
+            records += conect({"1", number});
+        }
+        openText(atoms + records, {leftOut(2 * most + 3, 1)});
+        QCOMPARE(bondNames(item("/test")).size(), most);
     }
 
     void anAtomWithThousandsOfListedBondsTakesLinearTime() {
