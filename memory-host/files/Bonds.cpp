@@ -117,8 +117,8 @@ private:
         m_pairs.push_back(std::minmax(m_points[i].index, m_points[k].index));
     }
     void keepDoubtful();
-    bool hasNearerLigand(const Point& metal, const Point& other) const;
-    template <class Visit> void visitAround(const Point& point, double reach, Visit visit) const;
+    bool hasNearerLigand(const Point& metal, const Point& other);
+    template <class Visit> void visitAround(const Point& point, double reach, Visit visit);
     Bonds collect();
 
     std::uint32_t mostNear() const { return mostNeighbours * (1 + m_alternatives); }
@@ -156,6 +156,7 @@ private:
     CellIndex m_origin{};
     CellIndex m_count{};                  ///< cells along an axis, with an empty margin
     std::array<int, axisCount> m_shift{}; ///< of an axis within a key
+    std::size_t m_compared = 0;           ///< see Bonds
 };
 
 // A few large atoms, as metals in a protein are, do not set the size of the cells: they look
@@ -244,6 +245,7 @@ void BondSearch::join(std::uint32_t i, std::uint32_t k) {
 
 void BondSearch::searchRange(std::uint32_t i, std::uint32_t first, std::uint32_t last) {
     const Point& point = m_points[i];
+    m_compared += last - first;
     for (std::uint32_t k = first; k != last; ++k) {
         const Point& other = m_points[k];
         const float x = point.x - other.x;
@@ -292,8 +294,7 @@ void BondSearch::searchAroundSmall() {
 }
 
 // Calls `visit` with each point in the cells that are within reach, as an index.
-template <class Visit>
-void BondSearch::visitAround(const Point& point, double reach, Visit visit) const {
+template <class Visit> void BondSearch::visitAround(const Point& point, double reach, Visit visit) {
     const auto layers = static_cast<std::int64_t>(std::ceil(reach * m_perEdge * (1.0 + 1.0e-5)));
     const CellIndex cell = cellOf(point);
     CellIndex from{};
@@ -309,7 +310,9 @@ void BondSearch::visitAround(const Point& point, double reach, Visit visit) cons
     for (std::int64_t x = from[0]; x <= to[0]; ++x) {
         for (std::int64_t y = from[1]; y <= to[1]; ++y) {
             const std::uint32_t last = pointsFrom(keyOf({x, y, to[2]}) + 1);
-            for (std::uint32_t k = pointsFrom(keyOf({x, y, from[2]})); k != last; ++k)
+            const std::uint32_t first = pointsFrom(keyOf({x, y, from[2]}));
+            m_compared += last - first;
+            for (std::uint32_t k = first; k != last; ++k)
                 visit(k);
         }
     }
@@ -325,7 +328,7 @@ void BondSearch::searchAroundLarge(std::uint32_t i) {
     });
 }
 
-bool BondSearch::hasNearerLigand(const Point& metal, const Point& other) const {
+bool BondSearch::hasNearerLigand(const Point& metal, const Point& other) {
     if (metal.isHeld)
         return true;
     const double squared = squaredDistance(metal, other);
@@ -356,6 +359,7 @@ Bonds BondSearch::collect() {
             m_crowded.push_back(m_points[i].index);
     Bonds bonds;
     bonds.crowded = m_crowded.size();
+    bonds.compared = m_compared;
     if (bonds.crowded != 0) {
         std::vector<bool> isCrowded(m_atoms.size());
         for (const std::uint32_t atom : m_crowded)

@@ -299,6 +299,30 @@ private slots:
         const Bonds bonds = findBonds(atoms, 0);
         QVERIFY(bonds.crowded > 990000);
         QVERIFY(bonds.pairs.size() < 10000);
+        // With the atoms of the own cell and of half of those around it.
+        QVERIFY2(bonds.compared <= 14 * memory_host::mostInCell * atoms.size(),
+                 std::to_string(bonds.compared).c_str());
+    }
+
+    void alternativesDoNotLiftTheLimitsOfHeaps() {
+        constexpr std::uint32_t alternatives = 30000;
+        std::vector<BondAtom> atoms;
+        for (int i = 0; i < 60000; ++i) {
+            atoms.push_back(carbon(static_cast<float>(i % 20 * 5)));
+            atoms.back().alternative = static_cast<std::uint16_t>(i % alternatives + 1);
+        }
+        const Bonds heaps = findBonds(atoms, alternatives);
+        QCOMPARE(heaps.crowded, atoms.size());
+        QCOMPARE(heaps.compared, 0U);
+
+        // Less than a heap in each cell, and still more than have bonds.
+        std::mt19937 random(4);
+        std::uniform_real_distribution<float> place(0.0F, 3.7F);
+        atoms.clear();
+        for (int i = 0; i < 8000; ++i)
+            atoms.push_back(carbon(place(random), place(random), place(random)));
+        const Bonds crowd = findBonds(atoms, alternatives);
+        QVERIFY2(crowd.crowded > 4000, std::to_string(crowd.crowded).c_str());
     }
 
     void absurdCoordinatesTakeNoMemory() {
