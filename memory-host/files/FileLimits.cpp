@@ -51,9 +51,9 @@ std::size_t leftInGroup(const std::string& folder, const char* limitName, const 
 }
 
 // Each group limits those below it. Within a container the paths may be those of the outside.
-std::size_t leftInGroups() {
+std::size_t leftInGroups(const std::string& root) {
     std::size_t left = unlimited;
-    std::ifstream file("/proc/self/cgroup");
+    std::ifstream file(root + "/proc/self/cgroup");
     for (std::string line; std::getline(file, line);) {
         const std::size_t first = line.find(':');
         const std::size_t second = line.find(':', first + 1);
@@ -62,12 +62,12 @@ std::size_t leftInGroups() {
         const std::string controllers = line.substr(first + 1, second - first - 1);
         for (std::string path = line.substr(second + 1);;) {
             if (controllers.empty())
-                left = std::min(left, leftInGroup("/sys/fs/cgroup" + path, "memory.max",
+                left = std::min(left, leftInGroup(root + "/sys/fs/cgroup" + path, "memory.max",
                                                   "memory.current", "inactive_file"));
             else if (controllers.find("memory") != std::string::npos)
-                left = std::min(left,
-                                leftInGroup("/sys/fs/cgroup/memory" + path, "memory.limit_in_bytes",
-                                            "memory.usage_in_bytes", "total_inactive_file"));
+                left = std::min(left, leftInGroup(root + "/sys/fs/cgroup/memory" + path,
+                                                  "memory.limit_in_bytes", "memory.usage_in_bytes",
+                                                  "total_inactive_file"));
             if (path.size() <= 1)
                 break;
             path.resize(std::max<std::size_t>(path.rfind('/'), 1));
@@ -91,9 +91,9 @@ std::string megabytes(std::size_t bytes) {
 
 } // namespace
 
-std::size_t freeMemory() {
-    std::size_t left = std::min(leftInGroups(), leftInAddressSpace());
-    if (const auto available = numberBehind("/proc/meminfo", "MemAvailable:"))
+std::size_t freeMemory(const std::string& root) {
+    std::size_t left = std::min(leftInGroups(root), leftInAddressSpace());
+    if (const auto available = numberBehind(root + "/proc/meminfo", "MemAvailable:"))
         left = std::min(left, *available * 1024);
     return left;
 }

@@ -4,6 +4,8 @@
 #include "FileTestCase.h"
 #include "Space.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <malloc.h>
@@ -82,6 +84,55 @@ private slots:
         const std::size_t free = memory_host::freeMemory();
         QVERIFY(free > 1'000'000);
         QVERIFY(free <= pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)));
+    }
+
+    void whatIsFreeIsTheLeastThatSystemAndControlGroupsLeave_data() {
+        QTest::addColumn<QStringList>("files"); ///< paths and contents below a folder
+        QTest::addColumn<qulonglong>("free");
+        const QStringList system{"proc/meminfo", "MemTotal: 9000 kB\nMemAvailable: 5000 kB\n"};
+        QTest::newRow("the system") << system << 5'120'000ULL;
+        const QStringList group = system + QStringList{"proc/self/cgroup",
+                                                       "0::/outer/inner\n",
+                                                       "sys/fs/cgroup/outer/memory.max",
+                                                       "3000000\n",
+                                                       "sys/fs/cgroup/outer/memory.current",
+                                                       "1000000\n"};
+        QTest::newRow("a group around") << group << 2'000'000ULL;
+        QTest::newRow("a group without a limit")
+            << group + QStringList{"sys/fs/cgroup/outer/inner/memory.max", "max\n",
+                                   "sys/fs/cgroup/outer/inner/memory.current", "1000\n"}
+            << 2'000'000ULL;
+        QTest::newRow("the group itself")
+            << group + QStringList{"sys/fs/cgroup/outer/inner/memory.max", "1000000\n",
+                                   "sys/fs/cgroup/outer/inner/memory.current", "400000\n"}
+            << 600'000ULL;
+        QTest::newRow("files that nobody uses are no memory that is taken")
+            << group + QStringList{"sys/fs/cgroup/outer/memory.stat",
+                                   "file 900000\ninactive_file 300000\n"}
+            << 2'300'000ULL;
+        QTest::newRow("a full group")
+            << group.mid(0, 6) + QStringList{"sys/fs/cgroup/outer/memory.current", "4000000\n"}
+            << 0ULL;
+        QTest::newRow("a group of the first version")
+            << system + QStringList{"proc/self/cgroup",
+                                    "7:cpu:/\n5:blkio,memory:/box\n",
+                                    "sys/fs/cgroup/memory/box/memory.limit_in_bytes",
+                                    "900000\n",
+                                    "sys/fs/cgroup/memory/box/memory.usage_in_bytes",
+                                    "500000\n",
+                                    "sys/fs/cgroup/memory/box/memory.stat",
+                                    "total_inactive_file 100000\n"}
+            << 500'000ULL;
+    }
+    void whatIsFreeIsTheLeastThatSystemAndControlGroupsLeave() {
+        QFETCH(QStringList, files);
+        QFETCH(qulonglong, free);
+        const Folder root;
+        for (qsizetype i = 0; i != files.size(); i += 2) {
+            QVERIFY(QDir(root.path()).mkpath(QFileInfo(files[i]).path()));
+            root.write(files[i], files[i + 1].toLatin1());
+        }
+        QCOMPARE(memory_host::freeMemory(root.path().toStdString()), free);
     }
 
     void aFileOfTooManyAtomsIsRefused() {
