@@ -142,6 +142,12 @@ private slots:
              columns(" N  ", -100, -200, -300, " -0.1592 1.8240", "ALA", "A", "1000") +
                  columns(" C  ", -100, -200, -300, "  0.1592 1.8240", "ALA", "A", "1000"),
              "/test/A/Groups/ALA 1000", {"N -0.1592 1.824", "C 0.1592 1.824"});
+        form("a name of four letters in PDB's columns",
+             columns(" O  ", -100, -200, -300, " -0.8340 1.7680", "TIP", "3W", "1000"),
+             "/test/W/Groups/TIP3 1000", {"O -0.834 1.768"});
+        form("a number of six digits in PDB's columns",
+             columns(" O  ", -100, -200, -300, " -0.8340 1.7680").replace(22, 6, "123456"),
+             "/test/_/Groups/ALA 123456", {"O -0.834 1.768"});
     }
     void rowsOfEveryUsualFormAreRead() {
         QFETCH(QByteArray, text);
