@@ -1,17 +1,21 @@
-// Thousands of operations of every kind in a random order, each done in the host and in a plain
-// model that counts everything anew; after each, both must say the same.
+// Thousands of operations of every kind in a random order, each done in the host and in the plain
+// model, which counts everything anew; after each, both must say the same.
 #include "DataMaker.h"
+#include "HostTwin.h"
 #include "Kinds.h"
-#include "PlainSpace.h"
 #include "Space.h"
 #include "TestSupport.h"
 #include "items/Building.h"
 
 #include <algorithm>
+#include <map>
 #include <random>
 
 using namespace memory_host;
+using plain::Host;
 using plain::Item;
+using plain::Items;
+using plain::Kind;
 using TAVIK::Compound;
 using TAVIK::DataMaker;
 
@@ -19,43 +23,67 @@ namespace {
 
 class Run {
 public:
-    explicit Run(unsigned int seed) : m_random(seed), m_plain(TAVIK::Space::instance()) {}
+    explicit Run(unsigned int seed) : m_random(seed) {}
 
     /// Does one operation; returns its name and what differs after it.
-    std::vector<std::string> step() {
-        const std::string done = perform();
-        std::vector<std::string> faults = m_plain.differences();
-        faults.insert(faults.end(), m_faults.begin(), m_faults.end());
+    QStringList step() {
+        const QString done = perform();
+        plain::Comparison all;
+        all.lines = m_faults;
+        plain::compareItem(all, *m_plain.space(), TAVIK::Space::instance());
+        plain::compareWalks(all, m_plain);
         for (const std::string& fault : checkInvariants())
-            faults.push_back(fault);
-        if (!faults.empty())
-            faults.insert(faults.begin(), "after " + done);
-        return faults;
+            all.lines << QString::fromStdString(fault);
+        if (!all.lines.isEmpty())
+            all.lines.prepend("after " + done);
+        return all.lines;
     }
 
 private:
     int number(int from, int to) { return std::uniform_int_distribution(from, to)(m_random); }
     bool coin() { return number(0, 1) == 1; }
 
-    template <class Wanted> Compound* pick(const Wanted& wanted) {
-        std::vector<Compound*> items = m_plain.inOrder();
-        std::erase_if(items, [&](Compound* item) { return !wanted(m_plain.of(item)); });
+    // One of those that are wanted, the space among them; null when there is none.
+    template <class Wanted> Item* pick(const Wanted& wanted) {
+        Items items = m_plain.all();
+        items.insert(items.begin(), m_plain.space());
+        std::erase_if(items, [&](const Item* item) { return !wanted(*item); });
         return items.empty()
                    ? nullptr
                    : items[static_cast<std::size_t>(number(0, static_cast<int>(items.size()) - 1))];
     }
-    Compound* pickHolder() {
-        return pick([](const Item& item) { return item.holds(); });
+    Item* pickHolder() {
+        return pick([](const Item& item) { return item.isComposite(); });
     }
-    Compound* pickAny() {
+    Item* pickAny() {
         return pick([](const Item&) { return true; });
     }
-    Compound* pickKind(Item::Kind kind) {
+    Item* pickKind(Kind kind) {
         return pick([kind](const Item& item) { return item.kind == kind; });
     }
 
-    std::string perform() {
-        const std::size_t count = m_plain.inOrder().size();
+    // The host's item.
+    Compound* real(const Item* item) const {
+        return !item                       ? nullptr
+               : item->kind == Kind::Space ? TAVIK::Space::instance()
+                                           : m_real.at(item->id);
+    }
+    // Enters an item that the host has made, without a parent where `parent` is null.
+    Item* entered(Compound* made, Kind kind, Item* parent, const Items& parts = {}) {
+        m_real[made->GetId()] = made;
+        Item* const item = m_plain.enter(kind, made->GetName(), made->GetId());
+        item->parts = parts;
+        if (parent)
+            m_plain.attach(item, parent);
+        m_plain.settle();
+        return item;
+    }
+    static QString nameOf(const Item& item) {
+        return QString::fromStdString(plain::kindName(item.kind) + ' ' + Host::qualifiedName(item));
+    }
+
+    QString perform() {
+        const std::size_t count = m_plain.all().size() + 1;
         // Around a hundred items: enough for every constellation, few enough to recount each step.
         if (count > 120 || (count > 60 && number(0, 5) == 0))
             return destroy();
@@ -90,173 +118,177 @@ private:
         }
     }
 
-    std::string makeHolder() {
-        static constexpr const char* kinds[] = {"Composite", "Molecule", "Residue", "Residue",
-                                                "Group"};
-        const std::string kind = kinds[number(0, 4)];
-        Compound* const parent = pickHolder();
-        const bool nests = m_plain.nests(kindOf(kind), parent);
-        Compound* const made = DataMaker::makeCore(parent, "holder", kind);
+    QString makeHolder() {
+        static constexpr Kind kinds[] = {Kind::Composite, Kind::Molecule, Kind::Residue,
+                                         Kind::Residue, Kind::Group};
+        const Kind kind = kinds[number(0, 4)];
+        Item* const parent = pickHolder();
+        const bool nests = Host::nests(kind, parent);
+        Compound* const made = DataMaker::makeCore(real(parent), "holder", plain::kindName(kind));
         if (made)
-            m_plain.add(made, kindOf(kind), parent, {}, 0);
+            entered(made, kind, parent);
         const bool told = !test_support::TestCase::takeMessages().empty();
         if (nests == (made != nullptr) || nests != told)
-            m_faults.push_back("a " + kind + " in its own kind");
-        return "making a " + kind;
+            m_faults << QStringLiteral("a holder in its own kind");
+        return "making a " + QString::fromStdString(plain::kindName(kind));
     }
 
-    static Item::Kind kindOf(const std::string& className) {
-        return className == "Residue" ? Item::Residue
-               : className == "Group" ? Item::Group
-                                      : Item::Holder;
-    }
-
-    Compound* addAtomTo(Compound* parent) {
+    Item* addAtomTo(Item* parent) {
         const auto model = static_cast<unsigned int>(std::max(0, number(-2, 3)));
         Compound* const made =
-            addAtom(parent, {"CA", "C", TAVIK::Vertex(1, 2, 3, true), 10.0F, model});
-        m_plain.add(made, Item::Atom, parent, {}, model);
-        return made;
+            addAtom(real(parent), {"CA", "C", TAVIK::Vertex(1, 2, 3, true), 10.0F, model});
+        Item* const atom = entered(made, Kind::Atom, parent);
+        m_plain.setAtom(*atom, {"C", {1, 2, 3}, true, 10.0F, model});
+        return atom;
     }
 
-    std::string makeAtom(Compound* parent) {
+    QString makeAtom(Item* parent) {
         addAtomTo(parent);
-        return "making an atom";
+        return QStringLiteral("making an atom");
     }
 
-    std::string makeBond() {
-        Compound* const parent = pickHolder();
-        Compound* const a = pickKind(Item::Atom);
-        Compound* const b = pickKind(Item::Atom);
-        Compound* const made = addBond(parent, a, b);
-        if (made)
-            m_plain.add(made, Item::Bond, parent, {a, b}, 0);
-        return made ? "making a bond" : "making no bond";
+    QString makeBond() {
+        Item* const parent = pickHolder();
+        Item* const a = pickKind(Kind::Atom);
+        Item* const b = pickKind(Kind::Atom);
+        Compound* const made = addBond(real(parent), real(a), real(b));
+        if ((made != nullptr) != (a != b))
+            m_faults << QStringLiteral("a bond of an atom with itself, or none of two");
+        if (!made)
+            return QStringLiteral("making no bond");
+        entered(made, Kind::Bond, parent, {a, b});
+        return QStringLiteral("making a bond");
     }
 
-    std::string makeSet() {
-        Compound* const parent = pickHolder();
-        std::vector<Compound*> members;
-        for (int i = number(0, 6); i > 0; --i)
-            members.push_back(pickAny());
-        std::vector<Compound*> once;
-        for (Compound* member : members)
-            if (std::find(once.begin(), once.end(), member) == once.end())
-                once.push_back(member);
-        members.push_back(nullptr);
-        Compound* const made = DataMaker::makeSet(parent, "set", members);
-        m_plain.add(made, Item::Set, parent, once, 0);
-        return "making a set";
+    QString makeSet() {
+        Item* const parent = pickHolder();
+        Items members;
+        std::vector<Compound*> realMembers;
+        for (int i = number(0, 6); i > 0; --i) {
+            Item* const member = pickAny();
+            realMembers.push_back(real(member));
+            if (std::find(members.begin(), members.end(), member) == members.end())
+                members.push_back(member);
+        }
+        realMembers.push_back(nullptr);
+        entered(DataMaker::makeSet(real(parent), "set", realMembers), Kind::Set, parent, members);
+        return QStringLiteral("making a set");
     }
 
-    std::string makeOther() {
-        Compound* const parent = pickHolder();
-        Compound* const made = coin() ? DataMaker::makeCore(parent, "surface", "Surface")
-                                      : DataMaker::makePolyLine(parent, "line", {});
-        m_plain.add(made, Item::Other, parent, {}, 0);
-        return "making a leaf";
+    QString makeOther() {
+        Item* const parent = pickHolder();
+        if (coin())
+            entered(DataMaker::makeCore(real(parent), "surface", "Surface"), Kind::Surface, parent);
+        else
+            entered(DataMaker::makePolyLine(real(parent), "line", {}), Kind::PolyLine, parent);
+        return QStringLiteral("making a leaf");
     }
 
-    std::string destroy() {
-        Compound* const item = pick([](const Item& candidate) { return candidate.parent; });
-        const std::string what = "destroying " + item->GetType() + " " + item->GetFQName();
+    QString destroy() {
+        Item* const item = pick([](const Item& candidate) { return candidate.parent; });
+        const QString what = "destroying " + nameOf(*item);
+        Compound* const gone = real(item);
         m_plain.destroy(item);
-        DataMaker::Destroy(item);
+        DataMaker::Destroy(gone);
         return what;
     }
 
-    std::string select() {
-        Compound* const item = pickAny();
+    QString select() {
+        Item* const item = pickAny();
         const bool on = coin();
-        m_plain.setSelected(item, on);
-        item->SetSelected(on);
-        return (on ? "selecting " : "unselecting ") + item->GetType() + " " + item->GetFQName();
+        Host::setSelected(*item, on);
+        real(item)->SetSelected(on);
+        return (on ? "selecting " : "unselecting ") + nameOf(*item);
     }
 
-    std::string show() {
-        Compound* const item = pickAny();
+    QString show() {
+        Item* const item = pickAny();
         const bool on = coin();
-        m_plain.setVisible(item, on);
-        item->SetVisible(on);
-        return (on ? "showing " : "hiding ") + item->GetType() + " " + item->GetFQName();
+        Host::setVisible(*item, on);
+        real(item)->SetVisible(on);
+        return (on ? "showing " : "hiding ") + nameOf(*item);
     }
 
-    std::string toggle() {
-        Compound* const item = pickAny();
+    QString toggle() {
+        Item* const item = pickAny();
         if (coin()) {
-            m_plain.setSelected(item, !m_plain.isSelected(item));
-            item->ToggleSelected();
-            return "toggling the selection";
+            Host::setSelected(*item, !Host::isSelected(*item));
+            real(item)->ToggleSelected();
+            return "toggling the selection of " + nameOf(*item);
         }
-        m_plain.setVisible(item, !m_plain.isVisible(item));
-        item->ToggleVisible();
-        return "toggling the visibility";
+        Host::setVisible(*item, !Host::isVisible(*item));
+        real(item)->ToggleVisible();
+        return "toggling the visibility of " + nameOf(*item);
     }
 
-    std::string switchModel() {
-        Compound* const residue = pickKind(Item::Residue);
+    QString switchModel() {
+        Item* const residue = pickKind(Kind::Residue);
         if (!residue)
-            return "nothing";
-        const int step = number(-1, 1);
-        m_plain.switchModel(residue, step);
-        if (step < 0)
-            residue->PrevModel();
-        else if (step == 0)
-            residue->FirstModel();
+            return QStringLiteral("nothing");
+        const auto way = static_cast<Host::Switch>(number(0, 2));
+        Host::switchModel(*residue, way);
+        if (way == Host::Switch::First)
+            real(residue)->FirstModel();
+        else if (way == Host::Switch::Previous)
+            real(residue)->PrevModel();
         else
-            residue->NextModel();
-        return "switching a model";
+            real(residue)->NextModel();
+        return "switching the model of " + nameOf(*residue);
     }
 
     // A branch that is built aside and then attached, as a file reader does.
-    std::string attachBranch() {
-        static constexpr const char* kinds[] = {"Composite", "Residue", "Group"};
-        const std::string kind = kinds[number(0, 2)];
-        Compound* const branch = makeDetached("branch", kind);
-        m_plain.add(branch, kindOf(kind), nullptr, {}, 0);
-        const std::string innerKind = kind == "Group" ? "Residue" : "Group";
-        Compound* const inner = DataMaker::makeCore(branch, "inner", innerKind);
-        m_plain.add(inner, kindOf(innerKind), branch, {}, 0);
-        std::vector<Compound*> atoms;
+    QString attachBranch() {
+        static constexpr Kind kinds[] = {Kind::Composite, Kind::Residue, Kind::Group};
+        const Kind kind = kinds[number(0, 2)];
+        const Kind innerKind = kind == Kind::Group ? Kind::Residue : Kind::Group;
+        Item* const branch = entered(makeDetached("branch", plain::kindName(kind)), kind, nullptr);
+        Item* const inner =
+            entered(DataMaker::makeCore(real(branch), "inner", plain::kindName(innerKind)),
+                    innerKind, branch);
+        Items atoms;
         for (int i = number(0, 4); i > 0; --i)
             atoms.push_back(addAtomTo(coin() ? branch : inner));
         if (atoms.size() > 1) {
-            Compound* const bond = addBond(branch, atoms.front(), atoms.back());
-            m_plain.add(bond, Item::Bond, branch, {atoms.front(), atoms.back()}, 0);
+            Item* const a = atoms.front();
+            Item* const b = atoms.back();
+            Compound* const bond = addBond(real(branch), real(a), real(b));
+            entered(bond, Kind::Bond, branch, {a, b});
         }
         if (coin()) {
-            m_plain.setVisible(inner, false);
-            inner->SetVisible(false);
+            Host::setVisible(*inner, false);
+            real(inner)->SetVisible(false);
         }
-        Compound* const parent = pickHolder();
-        const bool nests =
-            m_plain.nests(kindOf(kind), parent) || m_plain.nests(kindOf(innerKind), parent);
-        attach(branch, parent);
+        Item* const parent = pickHolder();
+        const bool nests = Host::nests(kind, parent) || Host::nests(innerKind, parent);
+        Compound* const attached = real(branch);
+        attach(attached, real(parent));
         const bool told = !test_support::TestCase::takeMessages().empty();
-        if (nests == (parentOf(branch) != nullptr) || nests != told)
-            m_faults.push_back("a branch with its own kind around it");
+        if (nests == (parentOf(attached) != nullptr) || nests != told)
+            m_faults << QStringLiteral("a branch with its own kind around it");
         if (!nests) {
             m_plain.attach(branch, parent);
+            m_plain.settle();
         } else {
             m_plain.destroy(branch);
-            DataMaker::Destroy(branch);
+            DataMaker::Destroy(attached);
         }
-        return "attaching a branch";
+        return QStringLiteral("attaching a branch");
     }
 
-    std::string changeAtom() {
-        Compound* const atom = pickKind(Item::Atom);
+    QString changeAtom() {
+        Item* const atom = pickKind(Kind::Atom);
         if (!atom)
-            return "nothing";
+            return QStringLiteral("nothing");
         const auto model = static_cast<unsigned int>(number(0, 3));
-        m_plain.setModel(atom, model);
-        setAtom(atom, {"", "N", {}, 0.0F, model});
-        return "changing an atom";
+        m_plain.setAtom(*atom, {"N", {}, false, 0.0F, model});
+        setAtom(real(atom), {"", "N", {}, 0.0F, model});
+        return "changing " + nameOf(*atom);
     }
 
     std::mt19937 m_random;
-    plain::Space m_plain;
-    std::vector<std::string> m_faults; ///< what was refused or made that should not have been
+    Host m_plain;
+    std::map<unsigned int, Compound*> m_real; ///< by id, those that are gone too
+    QStringList m_faults; ///< what was refused or made that should not have been
 };
 
 } // namespace
@@ -278,12 +310,9 @@ void RandomOperationsTest::everyStepLeavesWhatAPlainModelExpects() {
     QFETCH(unsigned int, seed);
     Run run(seed);
     for (int step = 0; step != 1500; ++step) {
-        const std::vector<std::string> faults = run.step();
-        if (faults.empty())
-            continue;
-        for (const std::string& fault : faults)
-            std::fprintf(stderr, "%s\n", fault.c_str());
-        QFAIL(qPrintable(QStringLiteral("step %1").arg(step)));
+        const QStringList faults = run.step();
+        QVERIFY2(faults.isEmpty(),
+                 qPrintable(QStringLiteral("step %1: %2").arg(step).arg(faults.join(u'\n'))));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "DataMaker.h"
 #include "DataPoint.h"
+#include "HostTwin.h"
 #include "PluginResult.h"
 #include "Space.h"
 #include "TestSupport.h"
@@ -91,7 +92,7 @@ Driver::Driver(const Start& start, plain::Model& model)
     else if (start.kind != Start::Empty)
         openStructure(start.kind);
     for (unsigned int i = 0; i != topLevelCount(); ++i)
-        enterItem(Space::instance()->ChildBegin()[i], model);
+        enterItem(Space::instance()->ChildBegin()[i], model.host, model.host.space());
     model.host.nextId = takeId();
     TestCase::takeMessages();
     TestCase::takeHostLog();
@@ -195,7 +196,7 @@ plain::Said Driver::act(const Step& step) {
         doInWindow(step);
     if (step.action == Action::Build || step.action == Action::Load) {
         for (unsigned int i = before; i < topLevelCount(); ++i)
-            enterItem(Space::instance()->ChildBegin()[i], m_model);
+            enterItem(Space::instance()->ChildBegin()[i], m_model.host, m_model.host.space());
         m_model.host.nextId = takeId();
         if (topLevelCount() > before) {
             const Edit waiting = std::exchange(m_model.answering, {});
@@ -293,7 +294,7 @@ void Driver::call(const Step& step) {
     QString expected;
     switch (step.a % 5) {
     case 0:
-        Command(name, nullptr, &result);
+        ::Command(name, nullptr, &result);
         break;
     case 2:
         Execute0(&result);

@@ -20,14 +20,13 @@ class QMenu;
 class TreeItem;
 class TreeView;
 class Vuxo;
-namespace TAVIK {
-class Compound;
-}
 namespace memory_host {
 class SpaceLock;
 }
 
 namespace random_use {
+
+using namespace plain;
 
 /// Another subscriber, who was there before the window: it writes down what it hears and what the
 /// window then shows, and may answer with a change of its own.
@@ -55,8 +54,6 @@ void editData(Subscriber* who, const Edit& edit);
 void buildStructure(unsigned int seed);
 /// Opens a real structure file. Returns whether the host let it in.
 bool openStructure(Start::Kind which);
-/// Enters an item of the host, and what it holds, in the plain model.
-void enterItem(TAVIK::Compound* item, plain::Model& model);
 
 class Driver {
 public:

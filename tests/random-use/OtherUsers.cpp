@@ -47,7 +47,7 @@ Compound* boxAround(Compound* item) {
     return boxOf(item);
 }
 
-memory_host::AtomRecord recordOf(const AtomValues& values, const char* name) {
+memory_host::AtomRecord recordOf(const plain::AtomValues& values, const char* name) {
     const auto& at = values.position;
     return {name, values.type, TAVIK::Vertex(at[0], at[1], at[2], values.hasPosition),
             values.temperature, values.model};
@@ -90,7 +90,7 @@ void changeItem(Compound* item, const Edit& edit) {
     } else if (edit.kind == EditKind::Paint) {
         item->SetColor(Color(0xff000000U | value));
     } else if (edit.kind == EditKind::SetAtom) {
-        const AtomValues values(value);
+        const plain::AtomValues values = madeAtom(value);
         memory_host::setAtom(item, recordOf(values, ""));
     } else if (value % 3 == 0) {
         item->FirstModel();
@@ -105,10 +105,10 @@ void addItem(Compound* item, const std::vector<Compound*>& all, const Edit& edit
     const unsigned int value = edit.value;
     Compound* const space = Space::instance();
     if (edit.kind == EditKind::AddAtom) {
-        const AtomValues values(value);
+        const plain::AtomValues values = madeAtom(value);
         memory_host::addAtom(boxOf(item), recordOf(values, choose(madeNames, value)));
     } else if (edit.kind == EditKind::AddAmong) {
-        const AtomValues values(value);
+        const plain::AtomValues values = madeAtom(value);
         memory_host::addAtom(value % 4 ? space : boxOf(item),
                              recordOf(values, choose(madeNames, value)));
         if (item)
@@ -211,7 +211,7 @@ void buildStructure(unsigned int seed) {
     std::vector<Compound*> atoms;
     const auto addAtoms = [&](Compound* parent, unsigned int count) {
         for (unsigned int i = 0; i != count; ++i) {
-            AtomValues values(pick(5000));
+            plain::AtomValues values = madeAtom(pick(5000));
             values.model = pick(2) ? 1 + pick(3) : 0;
             atoms.push_back(
                 memory_host::addAtom(parent, recordOf(values, choose(madeNames, pick(7)))));
@@ -254,38 +254,6 @@ bool openStructure(Start::Kind which) {
         return false; // the host refuses the file, or changes just now
     }
     return true;
-}
-
-void enterItem(Compound* top, plain::Model& model) {
-    std::map<Compound*, plain::Item*> entered;
-    const std::function<void(Compound*, plain::Item*)> enter = [&](Compound* item,
-                                                                   plain::Item* parent) {
-        int kind = 0;
-        const auto* const atom = dynamic_cast<TAVIK::Atom*>(item);
-        if (atom)
-            kind = int(plain::Kind::Atom);
-        else
-            while (plain::kindName(plain::Kind(kind)) != item->GetType())
-                ++kind;
-        plain::Item* made = model.host.enter(plain::Kind(kind), item->GetName(), item->GetId());
-        entered[item] = made;
-        if (atom) {
-            const TAVIK::Vertex at = item->GetPosition();
-            made->type = item->GetType();
-            made->position = {at[0], at[1], at[2]};
-            made->hasPosition = at.isValid();
-            made->temperature = atom->GetTemperature();
-            made->model = unsigned(std::stoi(atom->GetModelNumber()));
-        }
-        made->color = plain::Host::defaultColor(*made);
-        for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
-            enter(*child, made);
-        for (Compound** part = item->PartBegin(); part != item->PartEnd(); ++part)
-            made->parts.push_back(entered.at(*part));
-        model.host.attach(made, parent);
-    };
-    enter(top, model.host.space());
-    model.host.settle();
 }
 
 } // namespace random_use

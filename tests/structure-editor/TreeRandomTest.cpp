@@ -1,5 +1,7 @@
 // Random gestures on a random tree, with changes from outside and refused guards in between,
-// against a plain model that goes through lists of all rows at every step.
+// against the plain model, which goes through lists of all rows at every step.
+#include "CompareRows.h"
+#include "HostTwin.h"
 #include "TreeTools.h"
 
 #include "DataAdder.h"
@@ -10,320 +12,13 @@ using namespace tree_tools;
 
 namespace {
 
-// The tree as a list of lists, with the rules written down in the simplest way.
-class Plain {
-public:
-    struct Node {
-        Compound* item = nullptr;
-        Node* parent = nullptr;
-        std::vector<std::unique_ptr<Node>> children;
-        bool selected = false; // the row's mark
-        bool dirty = false;
-        bool open = false;
-        bool host = false; // the host's mark of a leaf
-    };
-    using Nodes = std::vector<Node*>;
-
-    explicit Plain(Compound* top) {
-        m_top.item = top;
-        m_top.open = true;
-        addMissing(m_top);
-        current = &m_top;
-    }
-
-    Node* top() { return &m_top; }
-
-    // All rows, or those on screen, in the order shown.
-    Nodes all() { return list(true); }
-    Nodes shown() { return list(false); }
-
-    bool hostSelected(const Node& node) const {
-        Nodes leaves, atoms;
-        collect(const_cast<Node&>(node), leaves, atoms);
-        const Nodes& counted = atoms.empty() ? leaves : atoms;
-        return std::all_of(counted.begin(), counted.end(),
-                           [](const Node* leaf) { return leaf->host; });
-    }
-    bool hostHasSelected(Node& node) const {
-        Nodes leaves, atoms;
-        collect(node, leaves, atoms);
-        return std::any_of(leaves.begin(), leaves.end(),
-                           [](const Node* leaf) { return leaf->host; });
-    }
-    void hostSelect(Node& node, bool on) {
-        Nodes leaves, atoms;
-        collect(node, leaves, atoms);
-        for (Node* leaf : leaves)
-            leaf->host = on;
-    }
-    void update() {
-        for (Node* node : all())
-            node->selected = hostSelected(*node);
-    }
-
-    void press(Node* node, Qt::KeyboardModifiers modifiers) {
-        Node* const old = current;
-        current = node;
-        pressed = nullptr;
-        if (modifiers & Qt::ShiftModifier) {
-            if (!anchor)
-                return;
-            range(node, old);
-        } else {
-            anchor = node;
-            if (modifiers & Qt::ControlModifier) {
-                set(node, !node->selected);
-            } else if (node->selected) {
-                pressed = node;
-                return;
-            } else {
-                only(node);
-            }
-        }
-        tell();
-    }
-    void pressNothing(Qt::KeyboardModifiers modifiers) {
-        pressed = nullptr;
-        if (!(modifiers & Qt::ControlModifier) && setAll(false))
-            tell();
-    }
-    // Over each row on the way.
-    void drag(Node* node) {
-        const Nodes rows = shown();
-        while (node != current) {
-            auto at = std::find(rows.begin(), rows.end(), current);
-            Node* const next = at < std::find(rows.begin(), rows.end(), node) ? *++at : *--at;
-            if (anchor)
-                range(next, current);
-            current = next;
-            if (anchor)
-                tell();
-        }
-    }
-    void release(Node* node) {
-        if (node && node == std::exchange(pressed, nullptr)) {
-            only(node);
-            tell();
-        }
-    }
-    void open(Node* node, bool on) {
-        if (node->open == on)
-            return;
-        node->open = on;
-        if (on) {
-            current = node;
-            return;
-        }
-        for (const Node* above = current->parent; above; above = above->parent)
-            if (above == node)
-                current = node;
-    }
-    void key(Qt::Key key, Qt::KeyboardModifiers modifiers) {
-        const Nodes rows = shown();
-        const auto at = std::find(rows.begin(), rows.end(), current);
-        Node* to = nullptr;
-        switch (key) {
-        case Qt::Key_Up:
-            to = at == rows.begin() ? nullptr : *std::prev(at);
-            break;
-        case Qt::Key_Down:
-            to = std::next(at) == rows.end() ? nullptr : *std::next(at);
-            break;
-        case Qt::Key_Home:
-            to = rows.front();
-            break;
-        case Qt::Key_End:
-            to = rows.back();
-            break;
-        case Qt::Key_Left:
-            if (current->open)
-                open(to = current, false);
-            else
-                to = current->parent;
-            break;
-        case Qt::Key_Right:
-            if (!current->open && !current->children.empty())
-                open(to = current, true);
-            else
-                to = current->children.empty() ? nullptr : *std::next(at);
-            break;
-        case Qt::Key_Space:
-            set(current, !current->selected);
-            anchor = current;
-            return tell();
-        case Qt::Key_A:
-            if (setAll(true))
-                tell();
-            return;
-        default:
-            break;
-        }
-        if (!to)
-            return;
-        current = to;
-        if (!anchor)
-            anchor = to;
-        if (modifiers & Qt::ShiftModifier) {
-            if (!(modifiers & Qt::ControlModifier))
-                setAll(false);
-            Node* from = anchor;
-            for (Node* above = anchor->parent; above; above = above->parent)
-                if (!above->open)
-                    from = above;
-            const Nodes now = shown();
-            const auto [first, last] = between(now, from, to);
-            for (std::size_t i = first; i <= last; ++i)
-                set(now[i], true);
-            leaveAbove(now[first]);
-        } else {
-            anchor = to;
-            if (modifiers & Qt::ControlModifier)
-                return;
-            only(to);
-        }
-        tell();
-    }
-
-    // Adds nodes for new items; returns how many.
-    int addMissing(Node& node) {
-        int added = 0;
-        for (auto** it = node.item->ChildBegin(); it != node.item->ChildEnd(); ++it) {
-            const auto found = std::find_if(node.children.begin(), node.children.end(),
-                                            [&](const auto& child) { return child->item == *it; });
-            if (found != node.children.end()) {
-                added += addMissing(**found);
-                continue;
-            }
-            auto child = std::make_unique<Node>();
-            child->item = *it;
-            child->parent = &node;
-            added += 1 + addMissing(*child);
-            node.children.push_back(std::move(child));
-        }
-        return added;
-    }
-
-    Node* current = nullptr;
-    Node* anchor = nullptr;
-    Node* pressed = nullptr;
-    bool descending = false;
-    bool refused = false;
-    int told = 0;
-
-private:
-    Nodes list(bool closedToo) {
-        Nodes rows;
-        const std::function<void(Node&)> visit = [&](Node& node) {
-            rows.push_back(&node);
-            if (!closedToo && !node.open)
-                return;
-            for (std::size_t i = 0; i != node.children.size(); ++i)
-                visit(*node.children[descending ? node.children.size() - 1 - i : i]);
-        };
-        visit(m_top);
-        return rows;
-    }
-    static void collect(Node& node, Nodes& leaves, Nodes& atoms) {
-        if (node.children.empty()) {
-            leaves.push_back(&node);
-            if (dynamic_cast<TAVIK::Atom*>(node.item))
-                atoms.push_back(&node);
-        }
-        for (const auto& child : node.children)
-            collect(*child, leaves, atoms);
-    }
-    static std::pair<std::size_t, std::size_t> between(const Nodes& rows, Node* a, Node* b) {
-        const auto place = [&](Node* node) {
-            return static_cast<std::size_t>(std::find(rows.begin(), rows.end(), node) -
-                                            rows.begin());
-        };
-        return std::minmax(place(a), place(b));
-    }
-    void set(Node* node, bool on) {
-        if (node->selected == on)
-            return;
-        node->selected = on;
-        node->dirty = true;
-    }
-    bool setAll(bool on) {
-        bool changed = false;
-        for (Node* node : all()) {
-            changed = changed || node->selected != on;
-            set(node, on);
-        }
-        return changed;
-    }
-    void only(Node* node) {
-        setAll(false);
-        set(node, true);
-        leaveAbove(node);
-    }
-    // What holds a row that stays selected does not go to the host as a whole.
-    static void leaveAbove(const Node* node) {
-        for (Node* above = node->parent; above; above = above->parent)
-            above->dirty = above->dirty && above->selected;
-    }
-    // The old range goes, its last row too; then the new one is selected.
-    void range(Node* to, Node* old) {
-        const Nodes rows = all();
-        const auto [top, bottom] = between(rows, anchor, to);
-        const auto [first, last] = between(rows, old, old);
-        // What held the range goes with all that it holds, also behind the range.
-        for (std::size_t i = first; i < top; ++i)
-            for (std::size_t k = bottom + 1; k < rows.size(); ++k)
-                if (rows[i]->selected && isAbove(rows[i], rows[top]) && isAbove(rows[i], rows[k]) &&
-                    std::none_of(rows.begin() + std::ptrdiff_t(top),
-                                 rows.begin() + std::ptrdiff_t(bottom + 1),
-                                 [&](const Node* each) { return isAbove(each, rows[k]); }))
-                    set(rows[k], false);
-        if (first < top)
-            for (std::size_t i = first; i <= top; ++i)
-                set(rows[i], false);
-        if (last > bottom)
-            for (std::size_t i = bottom; i <= last; ++i)
-                set(rows[i], false);
-        // A press on the end of a range means the whole of that row.
-        set(rows[bottom], false);
-        for (std::size_t i = top; i <= bottom; ++i)
-            set(rows[i], true);
-        leaveAbove(rows[top]);
-    }
-    static bool isAbove(const Node* above, const Node* node) {
-        while (node && node != above)
-            node = node->parent;
-        return node;
-    }
-    void tell() {
-        ++told;
-        if (refused)
-            return;
-        handOver(m_top);
-        update();
-    }
-    void handOver(Node& node) {
-        if (node.dirty) {
-            hostSelect(node, node.selected);
-            clean(node);
-            return;
-        }
-        for (const auto& child : node.children)
-            handOver(*child);
-    }
-    static void clean(Node& node) {
-        node.dirty = false;
-        for (const auto& child : node.children)
-            clean(*child);
-    }
-
-    Node m_top;
-};
-
 class Run {
 public:
-    explicit Run(unsigned int seed)
-        : m_random(seed), m_molecule(makeRandom()), m_plain(m_molecule) {
+    explicit Run(unsigned int seed) : m_random(seed) {
+        Compound* const molecule = makeRandom();
+        m_rows.populate(plain::enterItem(molecule, m_host, m_host.space()));
         m_tree.resize(420, 3000);
-        m_tree.populate(m_molecule);
+        m_tree.populate(molecule);
         QApplication::processEvents();
     }
 
@@ -349,17 +44,17 @@ public:
         case 13:
             return rightClick();
         case 14:
-            m_plain.descending = !m_plain.descending;
-            m_tree.rows()->sort(0, m_plain.descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+            m_rows.descending = !m_rows.descending;
+            m_tree.rows()->sort(0, m_rows.descending ? Qt::DescendingOrder : Qt::AscendingOrder);
             return;
         case 15:
             return add();
         case 16:
             return changeOutside();
         case 17:
-            m_plain.refused = !m_plain.refused;
-            m_lock.reset();
-            if (m_plain.refused)
+            if (m_lock)
+                m_lock.reset();
+            else
                 m_lock = std::make_unique<memory_host::SpaceLock>();
             return;
         default:
@@ -368,25 +63,16 @@ public:
     }
 
     void check() {
-        std::vector<Plain::Node*> expected = m_plain.all();
-        std::size_t i = 0;
-        for (TreeItemIterator it(&m_tree); it.current(); ++it, ++i) {
-            QVERIFY(i < expected.size());
-            const TreeItem* row = it.current();
-            QCOMPARE(row->compound(), expected[i]->item);
-            QCOMPARE(row->isSelected(), expected[i]->selected);
-            QCOMPARE(row->isOpen(), expected[i]->open);
-            QCOMPARE(m_tree.isExpanded(m_tree.rows()->indexOf(row)), expected[i]->open);
-            QCOMPARE(row->compound()->IsSelected(), m_plain.hostSelected(*expected[i]));
-        }
-        QCOMPARE(i, expected.size());
-        QCOMPARE(m_tree.currentItem()->compound(), m_plain.current->item);
-        QCOMPARE(m_tree.takeSelections(), std::exchange(m_plain.told, 0));
+        plain::Comparison all;
+        plain::compareItem(all, *m_host.space(), TAVIK::Space::instance());
+        plain::compareTree(all, m_rows, m_tree);
+        QCOMPARE(all.lines.join(u'\n'), QString());
+        QCOMPARE(m_tree.takeSelections(), std::exchange(m_told, 0));
         QCOMPARE(m_tree.watch.resets.count(), 0);
         // What the screen shows is what the rows say.
         int y = -1;
-        for (const Plain::Node* node : m_plain.shown()) {
-            const QRect rect = m_tree.visualRect(m_tree.rows()->indexOf(rowOf(node)));
+        for (const plain::Row* row : m_rows.shown()) {
+            const QRect rect = m_tree.visualRect(m_tree.rows()->indexOf(real(row)));
             QVERIFY(rect.isValid() && rect.top() > y);
             y = rect.top();
         }
@@ -416,19 +102,26 @@ private:
         return molecule;
     }
 
-    TreeItem* rowOf(const Plain::Node* node) const {
+    TreeItem* real(const plain::Row* row) const {
         for (TreeItemIterator it(&m_tree); it.current(); ++it)
-            if (it.current()->compound() == node->item)
+            if (it.current()->compound()->GetId() == row->item->id)
                 return it.current();
         return nullptr;
     }
-    Plain::Node* shownNode() {
-        const auto rows = m_plain.shown();
+    plain::Row* pickFrom(const plain::Rows& rows) {
         return rows[static_cast<std::size_t>(pick(static_cast<int>(rows.size())))];
     }
-    Plain::Node* anyNode() {
-        const auto rows = m_plain.all();
-        return rows[static_cast<std::size_t>(pick(static_cast<int>(rows.size())))];
+    plain::Row* shownRow() { return pickFrom(m_rows.shown()); }
+    plain::Row* anyRow() { return pickFrom(m_rows.all()); }
+    // What the user has selected goes to the host, unless that refuses it.
+    void tellIf(bool selectionChanges) {
+        if (!selectionChanges)
+            return;
+        ++m_told;
+        if (m_lock)
+            return;
+        m_rows.handOver();
+        m_rows.update();
     }
     Qt::KeyboardModifiers modifiers() {
         static const Qt::KeyboardModifiers some[] = {{},
@@ -438,28 +131,29 @@ private:
                                                      Qt::ShiftModifier | Qt::ControlModifier};
         return some[pick(5)];
     }
-    QPoint place(const Plain::Node* node) { return m_tree.cell(rowOf(node), pick(4)); }
+    QPoint place(const plain::Row* row) { return m_tree.cell(real(row), pick(4)); }
 
     void clickOrDrag() {
         const Qt::KeyboardModifiers held = modifiers();
-        Plain::Node* node = shownNode();
-        m_tree.press(place(node), held);
-        m_plain.press(node, held);
+        plain::Row* row = shownRow();
+        m_tree.press(place(row), held);
+        tellIf(m_rows.press(row, held));
         for (int moves = pick(2) ? pick(6) : 0; moves > 0; --moves) {
-            node = shownNode();
-            m_tree.drag(place(node));
-            m_plain.drag(node);
+            row = shownRow();
+            m_tree.drag(place(row));
+            for (plain::Row* crossed : m_rows.crossed(row, true))
+                tellIf(m_rows.dragOver(crossed));
         }
-        m_tree.release(place(node), held);
-        m_plain.release(node);
+        m_tree.release(place(row), held);
+        tellIf(m_rows.release(row));
     }
     void doubleClick() {
-        Plain::Node* node = shownNode();
-        m_tree.doubleClick(place(node));
-        m_plain.press(node, {});
-        m_plain.release(node);
-        if (node->open || !node->children.empty())
-            m_plain.open(node, !node->open);
+        plain::Row* row = shownRow();
+        m_tree.doubleClick(place(row));
+        tellIf(m_rows.press(row, {}));
+        tellIf(m_rows.release(row));
+        if (row->open || !row->children.empty())
+            m_rows.setOpen(row, !row->open);
     }
     void pressKey() {
         static const Qt::Key keys[] = {Qt::Key_Up,   Qt::Key_Down, Qt::Key_Home,
@@ -470,65 +164,72 @@ private:
             key == Qt::Key_A ? Qt::ControlModifier
                              : (key == Qt::Key_Space ? Qt::NoModifier : modifiers());
         m_tree.key(key, held);
-        m_plain.key(key, held);
+        tellIf(m_rows.key(key, held));
     }
     void clickMark() {
-        Plain::Node* node = shownNode();
-        if (!node->parent || node->children.empty())
+        plain::Row* row = shownRow();
+        if (!row->parent || row->children.empty())
             return;
-        QTest::mouseClick(m_tree.viewport(), Qt::LeftButton, {}, m_tree.mark(rowOf(node)));
-        m_plain.pressed = nullptr;
-        m_plain.anchor = node;
-        m_plain.open(node, !node->open);
+        QTest::mouseClick(m_tree.viewport(), Qt::LeftButton, {}, m_tree.mark(real(row)));
+        m_rows.pressMark(row, {});
     }
     void pressBelow() {
         const Qt::KeyboardModifiers held = modifiers();
         QTest::mouseClick(m_tree.viewport(), Qt::LeftButton, held, m_tree.below());
-        m_plain.pressNothing(held);
+        tellIf(m_rows.pressBelow(Qt::LeftButton, held));
+        tellIf(m_rows.release(nullptr));
     }
     void rightClick() {
-        Plain::Node* node = shownNode();
+        plain::Row* row = shownRow();
         const int column = 2 + pick(2);
-        m_tree.clickCell(rowOf(node), column, Qt::RightButton);
-        m_plain.current = node;
-        if (m_plain.refused) {
+        m_tree.clickCell(real(row), column, Qt::RightButton);
+        m_rows.pressOther();
+        m_rows.current = row;
+        if (m_lock) {
             QCOMPARE(test_support::TestCase::takeMessages(), QStringList("Cannot update CDB!"));
             return;
         }
-        m_plain.hostSelect(*node, column == 2 ? !m_plain.hostSelected(*node)
-                                              : !m_plain.hostHasSelected(*node));
-        m_plain.update();
+        const plain::Item& item = *row->item;
+        selectInHost(row, column == 2 ? !plain::Host::isSelected(item)
+                                      : !plain::Host::hasSelected(item));
+    }
+    void selectInHost(const plain::Row* row, bool on) {
+        plain::Host::setSelected(*row->item, on);
+        m_rows.update();
     }
     void changeOutside() {
-        Plain::Node* node = anyNode();
+        const plain::Row* row = anyRow();
         const bool on = pick(2) != 0;
-        const DataPoint<Compound> guard(nullptr, node->item);
+        Compound* const item = real(row)->compound();
+        const DataPoint<Compound> guard(nullptr, item);
         if (!guard.m_good)
             return;
-        node->item->SetSelected(on);
-        m_plain.hostSelect(*node, on);
-        m_plain.update();
+        item->SetSelected(on);
+        selectInHost(row, on);
     }
     void add() {
-        Plain::Node* node = anyNode();
-        if (!dynamic_cast<TAVIK::Composite*>(node->item))
+        const plain::Row* row = anyRow();
+        if (!row->item->isComposite())
             return;
         m_tree.watch.inserted.clear();
+        Compound* const holder = real(row)->compound();
         {
-            const DataAdder<Compound> guard(nullptr, node->item);
+            const DataAdder<Compound> guard(nullptr, holder);
             if (!guard.m_good)
                 return;
-            Compound* composite = DataMaker::makeCore(node->item, "N", "Composite");
+            Compound* composite = DataMaker::makeCore(holder, "N", "Composite");
             for (int i = 0; i != 3; ++i)
                 DataMaker::makeCore(composite, "n", "Atom");
+            plain::enterItem(composite, m_host, row->item);
         }
-        QCOMPARE(m_plain.addMissing(*node), 4);
+        QCOMPARE(m_rows.addMissing(), 4);
         QCOMPARE(m_tree.watch.inserted.count(), 1);
     }
 
     std::mt19937 m_random;
-    Compound* m_molecule;
-    Plain m_plain;
+    plain::Host m_host;
+    plain::Tree m_rows;
+    int m_told = 0; ///< how often the selection was handed over or refused
     ShownTree m_tree;
     std::unique_ptr<memory_host::SpaceLock> m_lock;
 };

@@ -9,8 +9,6 @@
 
 namespace plain {
 
-using random_use::choose;
-
 namespace {
 
 using Indices = std::array<long long, 3>;
@@ -249,8 +247,7 @@ const std::vector<Command>& commands() {
         {"ListEvent(int,QListWidgetItem*,QPoint)",
          [](Model& m, const Step& s) {
              const auto count = unsigned(m.list.size());
-             m.listEvent(choose(random_use::listButtons, s.b), count ? int(s.target % count) : -1,
-                         s);
+             m.listEvent(choose(listButtons, s.b), count ? int(s.target % count) : -1, s);
          }},
         {"Populate(int)",
          [](Model& m, const Step& s) {

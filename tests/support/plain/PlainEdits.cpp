@@ -3,25 +3,12 @@
 
 namespace plain {
 
-using random_use::choose;
-
-void Model::setAtom(Item& atom, unsigned int value) {
-    const random_use::AtomValues values(value);
-    atom.type = values.type;
-    atom.position = values.position;
-    atom.hasPosition = values.hasPosition;
-    atom.temperature = values.temperature;
-    atom.model = values.model;
-    atom.color = Host::defaultColor(atom);
-    host.settle();
-}
-
 void Model::addLeaf(Item* parent, unsigned int value) {
     static const Kind kinds[] = {Kind::Surface, Kind::Grid, Kind::PolyLine, Kind::Grid};
     Item* leaf = host.make(parent, choose(kinds, value), "leaf");
     if (leaf->kind != Kind::Grid)
         return;
-    const random_use::GridValues values(value);
+    const GridValues values(value);
     leaf->points = leaf->upper = values.points;
     leaf->origin = values.origin;
     leaf->step = values.step;
@@ -35,7 +22,6 @@ void Model::destroyBeforeAll(Item* item) {
 }
 
 void Model::edit(Who who, const Edit& edit) {
-    using random_use::EditKind;
     if (edit.kind == EditKind::None)
         return;
     if (edit.kind == EditKind::Highlight) {
@@ -45,7 +31,7 @@ void Model::edit(Who who, const Edit& edit) {
     if (edit.kind == EditKind::Throw) {
         if (who == Who::Other)
             said.log << QLatin1String("a subscriber failed to take in a change: ") +
-                            QLatin1String(random_use::complaint);
+                            QLatin1String(complaint);
         return;
     }
     if (edit.kind == EditKind::Kill)
@@ -54,7 +40,7 @@ void Model::edit(Who who, const Edit& edit) {
         return;
     if (edit.kind == EditKind::Command) {
         if (exists)
-            runCommand(*this, choose(random_use::calledSlots, edit.value), m_step);
+            runCommand(*this, choose(calledSlots, edit.value), m_step);
         return;
     }
     if (edit.kind == EditKind::Entry) {
@@ -87,20 +73,20 @@ void Model::edit(Who who, const Edit& edit) {
             else if (edit.kind == EditKind::Model && item->kind == Kind::Residue)
                 Host::switchModel(*item, static_cast<Host::Switch>(value % 3));
             else if (edit.kind == EditKind::SetAtom && item->kind == Kind::Atom)
-                setAtom(*item, value);
+                host.setAtom(*item, madeAtom(value));
         });
         return;
     case EditKind::AddAtom:
         guarded(who, Change::Add, [&] {
-            Item* atom = host.make(box(), Kind::Atom, choose(random_use::madeNames, value));
-            setAtom(*atom, value);
+            Item* atom = host.make(box(), Kind::Atom, choose(madeNames, value));
+            host.setAtom(*atom, madeAtom(value));
         });
         return;
     case EditKind::AddAmong:
         guarded(who, Change::Add, [&] {
-            Item* atom = host.make(value % 4 ? host.space() : box(), Kind::Atom,
-                                   choose(random_use::madeNames, value));
-            setAtom(*atom, value);
+            Item* atom =
+                host.make(value % 4 ? host.space() : box(), Kind::Atom, choose(madeNames, value));
+            host.setAtom(*atom, madeAtom(value));
             if (item)
                 Host::setSelected(*item, value % 2);
         });
@@ -109,10 +95,7 @@ void Model::edit(Who who, const Edit& edit) {
         Item* other = all.empty() ? nullptr : all[value % all.size()];
         if (item && item != other && item->kind == Kind::Atom && other->kind == Kind::Atom)
             guarded(who, Change::Add, [&] {
-                Item* bond =
-                    host.make(value % 4 ? Host::boxAround(item) : host.space(), Kind::Bond, {});
-                bond->name = Host::bondName(*item, *other);
-                bond->parts = {item, other};
+                host.makeBond(value % 4 ? Host::boxAround(item) : host.space(), item, other);
             });
         return;
     }
@@ -122,11 +105,7 @@ void Model::edit(Who who, const Edit& edit) {
     case EditKind::AddBox:
         guarded(who, Change::Add, [&] {
             const auto kind = static_cast<Kind>(1 + value % 4);
-            const Item* around = box();
-            while (around && around->kind != kind)
-                around = around->parent;
-            const bool nests = around && (kind == Kind::Residue || kind == Kind::Group);
-            host.make(box(), nests ? Kind::Composite : kind, "box");
+            host.make(box(), Host::nests(kind, box()) ? Kind::Composite : kind, "box");
         });
         return;
     case EditKind::AddTop:

@@ -5,8 +5,6 @@
 
 namespace plain {
 
-using namespace random_use;
-
 void Model::act(const Step& step, const Seen& seen) {
     m_step = step;
     const Rows rows = tree.shown();
@@ -279,7 +277,7 @@ void Model::key(const Step& step, const Seen& seen) {
 }
 
 void Model::listKey(const Step& step, const Seen& seen) {
-    const Qt::Key key = random_use::listKey(step);
+    const Qt::Key key = plain::listKey(step);
     if (isShortcut(key))
         return shortcut(key, step);
     const int last = int(list.size()) - 1;

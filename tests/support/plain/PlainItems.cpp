@@ -142,6 +142,32 @@ Item* Host::make(Item* parent, Kind kind, const std::string& name) {
     return item;
 }
 
+bool Host::nests(Kind kind, const Item* parent) {
+    if (kind != Kind::Residue && kind != Kind::Group)
+        return false;
+    while (parent && parent->kind != kind)
+        parent = parent->parent;
+    return parent;
+}
+
+void Host::setAtom(Item& atom, const AtomValues& values) {
+    atom.type = values.type;
+    atom.position = values.position;
+    atom.hasPosition = values.hasPosition;
+    atom.temperature = values.temperature;
+    atom.model = values.model;
+    atom.color = defaultColor(atom);
+    settle();
+}
+
+Item* Host::makeBond(Item* parent, Item* a, Item* b) {
+    Item* bond = enter(Kind::Bond, {}, nextId++);
+    bond->parts = {a, b};
+    attach(bond, parent);
+    settle();
+    return bond;
+}
+
 Item* Host::makeSet(Item* parent, const std::string& name, const Items& members) {
     Item* set = enter(Kind::Set, asComponent(name), nextId++);
     // The members first: what the set counts for follows from them.
@@ -197,6 +223,8 @@ void Host::destroy(Item* item) {
 
 void Host::settle() {
     for (const auto& item : m_items) {
+        if (item->kind == Kind::Bond)
+            item->name = bondName(*item->parts[0], *item->parts[1]);
         if (!item->isComposite())
             continue;
         const bool holds = holdsLeaves(*item);

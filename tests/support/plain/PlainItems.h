@@ -65,6 +65,15 @@ struct Item {
 
 using Items = std::vector<Item*>;
 
+/// What can be set of an atom but its name.
+struct AtomValues {
+    std::string type;
+    std::array<float, 3> position{};
+    bool hasPosition = false;
+    float temperature = 0.0F;
+    unsigned int model = 0;
+};
+
 class Host {
 public:
     Host();
@@ -81,6 +90,11 @@ public:
     /// Enters an item of that id without a parent: see attach().
     Item* enter(Kind kind, const std::string& name, unsigned int id);
     void attach(Item* item, Item* parent);
+    /// Whether an item of that kind in `parent` would stand in one of its own kind that allows of
+    /// none.
+    static bool nests(Kind kind, const Item* parent);
+    void setAtom(Item& atom, const AtomValues& values);
+    Item* makeBond(Item* parent, Item* a, Item* b);
     /// Makes a set of those members, each once.
     Item* makeSet(Item* parent, const std::string& name, const Items& members);
     /// The top-level composite around `item`, or else the space.
@@ -100,7 +114,8 @@ public:
 
     enum class Switch { First, Previous, Next };
     static void switchModel(Item& residue, Switch way);
-    /// Brings own marks and active models in line after items came, went or changed their model.
+    /// Brings own marks, active models and names of bonds in line after items came, went or changed
+    /// their model.
     void settle();
 
     // The walks over the data. `all` false: selected ones only.

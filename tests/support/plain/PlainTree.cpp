@@ -71,7 +71,8 @@ void Tree::populate(Item* item) {
     addBelow(*m_top);
 }
 
-void Tree::addBelow(Row& row) {
+int Tree::addBelow(Row& row) {
+    int added = 0;
     for (Item* item : row.item->children) {
         auto found = std::find_if(row.children.begin(), row.children.end(),
                                   [&](const auto& child) { return child->item == item; });
@@ -84,17 +85,15 @@ void Tree::addBelow(Row& row) {
                 std::find_if(row.children.begin(), row.children.end(),
                              [&](const auto& other) { return other->item->id > item->id; }),
                 std::move(child));
+            ++added;
         }
-        addBelow(**found);
+        added += addBelow(**found);
     }
+    return added;
 }
 
-void Tree::addMissing() {
-    if (!m_top)
-        return;
-    addBelow(*m_top);
-    if (!m_top->children.empty())
-        setOpen(top(), true);
+int Tree::addMissing() {
+    return m_top ? addBelow(*m_top) : 0;
 }
 
 void Tree::update() {

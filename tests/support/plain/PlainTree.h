@@ -33,8 +33,8 @@ public:
     void clear();
     /// Shows `item`, opened.
     void populate(Item* item);
-    /// Adds the rows that are missing, and opens the top row if it has any.
-    void addMissing();
+    /// Adds the rows that are missing. Returns how many.
+    int addMissing();
     /// Takes the host's selection over.
     void update();
     /// Hands what the user changed to the host.
@@ -74,7 +74,7 @@ public:
 
 private:
     Rows list(bool closedToo) const;
-    void addBelow(Row& row);
+    static int addBelow(Row& row);
     void select(Row* row, bool on);
     bool selectAll(bool on);
     /// Selects these rows; `only`: and unselects all others.

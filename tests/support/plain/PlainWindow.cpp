@@ -4,8 +4,6 @@
 
 namespace plain {
 
-using random_use::choose;
-
 bool Model::guarded(Who who, Change kind, const std::function<void()>& apply) {
     if (changing || locked)
         return false;
@@ -71,7 +69,7 @@ void Model::change(Item* item, Change kind, const std::function<void()>& apply, 
 bool Model::ask(const QString& dialog, const Step& step) {
     said.asked << dialog;
     edit(Who::Nobody, step.edit);
-    return exists && step.answer == random_use::Answer::Accept;
+    return exists && step.answer == Answer::Accept;
 }
 
 // What the window shows of the data.
@@ -119,6 +117,8 @@ void Model::commAdd() {
     if (wasStale)
         updateList();
     tree.addMissing();
+    if (tree.top() && !tree.top()->children.empty())
+        tree.setOpen(tree.top(), true);
 }
 
 void Model::commDelete() {

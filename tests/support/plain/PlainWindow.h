@@ -14,9 +14,6 @@
 
 namespace plain {
 
-using random_use::Edit;
-using random_use::Step;
-
 /// What is written, told and asked while a step is done.
 struct Said {
     QStringList messages; ///< debug and warning lines
@@ -108,7 +105,6 @@ private:
     void tellWindow(Change kind);
     void edit(Who who, const Edit& edit);
     void destroyBeforeAll(Item* item);
-    void setAtom(Item& atom, unsigned int value);
     void addLeaf(Item* parent, unsigned int value);
     QString entryText(const Item& item) const;
     void create();

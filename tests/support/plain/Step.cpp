@@ -2,7 +2,7 @@
 
 #include <QStringList>
 
-namespace random_use {
+namespace plain {
 
 namespace {
 
@@ -36,6 +36,15 @@ QString quoted(const std::string& text) {
 }
 
 } // namespace
+
+AtomValues madeAtom(unsigned int value) {
+    return {choose(madeTypes, value),
+            {static_cast<float>(value % 13) * 1.5F, static_cast<float>(value % 7),
+             static_cast<float>(value % 5)},
+            value % 11 != 0,
+            static_cast<float>(value % 90) - 5.0F,
+            value % 5 == 0 ? 1 + value % 3 : 0};
+}
 
 QString text(const Step& step) {
     QString fields =
@@ -74,4 +83,4 @@ QString text(const Session& session) {
     return lines.join(u'\n');
 }
 
-} // namespace random_use
+} // namespace plain

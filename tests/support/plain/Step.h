@@ -2,6 +2,8 @@
 // works on is a number modulo how many there are: a step stays meaningful when others are left out.
 #pragma once
 
+#include "PlainItems.h"
+
 #include <QString>
 #include <Qt>
 
@@ -10,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace random_use {
+namespace plain {
 
 /// What others may do to the data, at once or in between.
 enum class EditKind {
@@ -156,20 +158,7 @@ inline constexpr const char* calledSlots[] = {
     "KillClump()",      "KillAll()",       "MakeCartesian()",     "SelectionChanged()"};
 
 /// What others give an atom that they make or change.
-struct AtomValues {
-    explicit AtomValues(unsigned int value)
-        : type(choose(madeTypes, value)), position{static_cast<float>(value % 13) * 1.5F,
-                                                   static_cast<float>(value % 7),
-                                                   static_cast<float>(value % 5)},
-          hasPosition(value % 11 != 0), temperature(static_cast<float>(value % 90) - 5.0F),
-          model(value % 5 == 0 ? 1 + value % 3 : 0) {}
-
-    std::string type;
-    std::array<float, 3> position;
-    bool hasPosition;
-    float temperature;
-    unsigned int model;
-};
+AtomValues madeAtom(unsigned int value);
 
 /// A grid that others make, for some values above all atoms. No coordinate with three decimals lies
 /// in the middle of two points.
@@ -207,4 +196,4 @@ inline constexpr Place places[] = {Object,    Show,    Select,     Partial,  Rig
 /// What the messages of an exception out of a handler say.
 inline constexpr const char* complaint = "the other subscriber cannot take this";
 
-} // namespace random_use
+} // namespace plain
