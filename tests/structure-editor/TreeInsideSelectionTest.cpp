@@ -2,6 +2,8 @@
 // and in the host, at once. So it does where sets select the same items a second time.
 #include "TreeTools.h"
 
+#include <set>
+
 using namespace tree_tools;
 
 namespace {
@@ -14,6 +16,20 @@ QStringList selectedAtoms(Compound* item) {
     for (Compound** it = item->ChildBegin(); it != item->ChildEnd(); ++it)
         names << selectedAtoms(*it);
     return names;
+}
+
+using Items = std::set<const Compound*>;
+
+// The atoms that `item` stands for: with a set those of its members, else those that it holds. A
+// set adds nothing to what it stands in.
+void addAtoms(Compound* item, Items& atoms) {
+    if (dynamic_cast<TAVIK::Atom*>(item))
+        atoms.insert(item);
+    for (Compound** it = item->PartBegin(); it != item->PartEnd(); ++it)
+        addAtoms(*it, atoms);
+    for (Compound** it = item->ChildBegin(); it != item->ChildEnd(); ++it)
+        if ((*it)->PartBegin() == (*it)->PartEnd())
+            addAtoms(*it, atoms);
 }
 
 // A shown molecule of three residues with two atoms each, all open and all selected.
@@ -214,6 +230,55 @@ private slots:
         QCOMPARE(selectedAtoms(molecule), (QStringList{"R1b", "R2a", "R2b"}));
         tree.click(tree.row("R3"));
         QCOMPARE(selectedAtoms(molecule), (QStringList{"R3a", "R3b"}));
+    }
+
+    // Whatever was selected before, with sets that share items in every way.
+    void aClickLeavesExactlyWhatItsRowStandsFor() {
+        for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+            SelectedTree tree;
+            Compound* const molecule = tree.molecule;
+            Compound* const other = makeMolecule(2, 1);
+            Compound* const second = childOf(molecule, 1);
+            Compound* const third = childOf(molecule, 2);
+            Items others;
+            addAtoms(other, others);
+            Items atoms = others;
+            addAtoms(molecule, atoms);
+            DataMaker::makeSet(molecule, "S", {childOf(childOf(molecule, 0), 1), second});
+            Compound* const inner = DataMaker::makeSet(molecule, "T", {second});
+            DataMaker::makeSet(molecule, "U", {inner, third});
+            DataMaker::makeSet(molecule, "V", {childOf(second, 0)});
+            DataMaker::makeSet(molecule, "W", {childOf(other, 0)});
+            DataMaker::makeSet(molecule, "X", {other});
+            static_cast<Subscriber&>(tree).commAdd();
+            tree.rows()->sort(0, order);
+            std::vector<TreeItem*> rows;
+            for (TreeItemIterator it(&tree); it.current(); ++it)
+                rows.push_back(it.current());
+            QCOMPARE(rows.size(), 16U);
+            const auto leavesIt = [&](const TreeItem* row) {
+                tree.click(row);
+                Items expected;
+                addAtoms(row->compound(), expected);
+                // What is in no row can only be unselected with a whole set, as long as nothing of
+                // that is wanted.
+                const bool othersMayStay = row->compound() == molecule || row->text(0) == "W";
+                return std::all_of(atoms.begin(), atoms.end(), [&](const Compound* atom) {
+                    return atom->IsSelected() == (expected.count(atom) > 0) ||
+                           (othersMayStay && others.count(atom) > 0);
+                });
+            };
+            QString before;
+            for (const TreeItem* from : rows)
+                for (const TreeItem* to : rows) {
+                    QVERIFY2(leavesIt(from), qPrintable(before + " and " + from->text(0)));
+                    QVERIFY2(leavesIt(to), qPrintable(from->text(0) + " and " + to->text(0)));
+                    before = to->text(0);
+                }
+            tree.clear();
+            DataMaker::Destroy(molecule);
+            DataMaker::Destroy(other);
+        }
     }
 
     void aSetOfOtherEntriesIsUnselectedAsAWhole() {
