@@ -1,6 +1,29 @@
 #include "CommandLine.h"
+#include "files/Formats.h"
+
+#include <sstream>
 
 namespace workbench {
+
+namespace {
+
+// The words in lines of the help's width.
+std::string inLines(const std::string& words) {
+    constexpr std::size_t width = 84;
+    std::string text;
+    std::string line;
+    std::istringstream stream(words);
+    for (std::string word; stream >> word;) {
+        if (!line.empty() && line.size() + 1 + word.size() > width) {
+            text += line + '\n';
+            line.clear();
+        }
+        line += line.empty() ? word : ' ' + word;
+    }
+    return text + line + '\n';
+}
+
+} // namespace
 
 std::string readCommandLine(const std::vector<std::string>& arguments, CommandLine& out) {
     bool options = true;
@@ -41,12 +64,16 @@ std::string readCommandLine(const std::vector<std::string>& arguments, CommandLi
 }
 
 std::string helpText() {
+    using memory_host::FileFormat;
+    using memory_host::formatNames;
     return "Usage: workbench [OPTION...] [FILE...]\n"
            "\n"
            "Opens molecular structures and density maps in the Structure Editor. Without a FILE\n"
            "it opens a sample.\n"
-           "\n"
-           "FILE is a structure as PDB, PQR or mmCIF, each also gzipped, or a map as CCP4/MRC.\n"
+           "\n" +
+           inLines("FILE is a structure as " + formatNames(FileFormat::Holds::Structure) +
+                   ", each also gzipped, or a map as " + formatNames(FileFormat::Holds::Map) +
+                   '.') +
            "It may come through a pipe, as /dev/stdin.\n"
            "\n"
            "  --plugins DIR  load the plug-ins of this folder instead of the installed ones\n"

@@ -43,6 +43,24 @@ inline std::string_view trimmed(std::string_view text) {
     return text;
 }
 
+/// Takes the first line off a text, and returns it without its end.
+inline std::string_view takeLine(std::string_view& text) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (line.ends_with('\r'))
+        line.remove_suffix(1);
+    return line;
+}
+/// Takes the first word off a line, with the blanks and tabs before it; empty where there is none.
+inline std::string_view takeWord(std::string_view& line) {
+    constexpr std::string_view blanks = " \t";
+    line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
+    const std::string_view word = line.substr(0, line.find_first_of(blanks));
+    line.remove_prefix(word.size());
+    return word;
+}
+
 /// The number that a trimmed text is, all of it; none for other text and for what a float does not
 /// hold, infinity included.
 inline std::optional<float> finiteFloat(std::string_view text) {

@@ -1,10 +1,10 @@
 #include "FileKind.h"
 
 #include "FieldText.h"
-#include "FileReport.h"
+#include "Readers.h"
 
-#include <algorithm>
 #include <array>
+#include <ranges>
 
 namespace memory_host {
 
@@ -55,6 +55,15 @@ bool isUnmarkedUtf16(std::string_view bytes) {
     return isText(0) || isText(1);
 }
 
+const FileFormat* recognisedAs(FileFormat::Form form, FileSample sample, const FileFormat* named) {
+    for (const FileFormat* format : std::views::reverse(fileFormats())) {
+        sample.isNamedSo = format == named;
+        if (format->form == form && format->recognises(sample))
+            return format;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 ForeignKind foreignKind(std::string_view bytes) {
@@ -71,21 +80,29 @@ ForeignKind foreignKind(std::string_view bytes) {
                     : ForeignKind{};
 }
 
-bool hasPdbRecord(std::string_view text) {
-    constexpr auto records = std::to_array<std::string_view>(
-        {"ATOM ",  "HETATM", "HEADER", "OBSLTE", "TITLE ", "SPLIT ", "CAVEAT", "COMPND", "SOURCE",
-         "KEYWDS", "EXPDTA", "NUMMDL", "MDLTYP", "AUTHOR", "REVDAT", "SPRSDE", "JRNL  ", "REMARK",
-         "DBREF",  "SEQADV", "SEQRES", "MODRES", "HET   ", "HETNAM", "HETSYN", "FORMUL", "HELIX ",
-         "SHEET ", "TURN  ", "SSBOND", "LINK  ", "LINKR ", "CISPEP", "SITE  ", "CRYST1", "ORIGX",
-         "SCALE",  "MTRIX",  "MODEL ", "TER",    "ENDMDL", "CONECT", "USER",   "FTNOTE"});
-    while (!text.empty()) {
-        const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
-        if (std::ranges::any_of(
-                records, [line](std::string_view record) { return startsWith(line, record); }))
-            return true;
-        text.remove_prefix(std::min(line.size() + 1, text.size()));
+const FileFormat* takeEnding(std::string_view& name) {
+    for (const FileFormat* format : fileFormats()) {
+        for (const std::string_view ending : format->endings) {
+            if (name.size() > ending.size() && endsWith(name, ending)) {
+                name.remove_suffix(ending.size());
+                return format;
+            }
+        }
     }
-    return false;
+    return nullptr;
+}
+
+const FileFormat* binaryFormatOf(std::string_view bytes) {
+    return recognisedAs(FileFormat::Form::Binary, {bytes, true, false}, nullptr);
+}
+
+const FileFormat& textFormatOf(std::string_view text, const FileFormat* named) {
+    const FileFormat* format = recognisedAs(FileFormat::Form::Text, {text, true, false}, named);
+    return format ? *format : *fileFormats().front();
+}
+
+bool beginsLikeText(std::string_view beginning, const FileFormat* named) {
+    return recognisedAs(FileFormat::Form::Text, {beginning, false, false}, named) != nullptr;
 }
 
 } // namespace memory_host

@@ -1,5 +1,7 @@
-// What a file is by its first bytes, where those tell.
+// What a file is by its content and its name: one of the formats, or something else that is known.
 #pragma once
+
+#include "Formats.h"
 
 #include <string>
 #include <string_view>
@@ -14,7 +16,15 @@ struct ForeignKind {
 };
 ForeignKind foreignKind(std::string_view bytes);
 
-/// Whether a record of the PDB format begins one of the lines.
-bool hasPdbRecord(std::string_view text);
+/// Takes the ending of a format off a file's name, and says which format it was; else null.
+const FileFormat* takeEnding(std::string_view& name);
+
+/// The binary format that the first bytes of a file are of, or null.
+const FileFormat* binaryFormatOf(std::string_view bytes);
+
+/// The format of a text; `named` is the one of the file's ending, or null.
+const FileFormat& textFormatOf(std::string_view text, const FileFormat* named);
+/// Whether the first megabyte of a longer text begins like a file of some format.
+bool beginsLikeText(std::string_view beginning, const FileFormat* named);
 
 } // namespace memory_host

@@ -38,12 +38,6 @@ const char* pluralOf(FileReport::Kind kind) {
 
 FileError::~FileError() = default;
 
-std::string acceptedFiles() {
-    return "accepted are PDB (.pdb, .ent), PQR (.pqr) and mmCIF files (.cif, .mmcif), also gzipped "
-           "(.gz), and "
-           "CCP4/MRC maps (.map, .mrc, .ccp4)";
-}
-
 std::string oneLine(std::string_view text, std::size_t longest) {
     std::string line(text.substr(0, longest));
     if (line.size() < text.size())

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Files.h"
+#include "Formats.h"
 
 #include <cstddef>
 #include <string>
@@ -11,8 +12,6 @@
 
 namespace memory_host {
 
-/// Which files can be opened, as the end of a sentence.
-std::string acceptedFiles();
 /// The text as part of one line: control characters become spaces, and a long text is cut.
 std::string oneLine(std::string_view text, std::size_t longest = 200);
 /// The text of a field as it is quoted in a message.

@@ -7,7 +7,6 @@
 #include "FieldText.h"
 #include "FileKind.h"
 #include "FileLimits.h"
-#include "PqrRow.h"
 #include "Readers.h"
 #include "Space.h"
 #include "items/Building.h"
@@ -24,9 +23,8 @@ public:
     explicit ParsedFile(const std::string& path) : report(path) {}
 
     FileReport report;
-    std::vector<StructureTable> structures;
-    std::string gridName;
-    std::optional<GridRecord> grid;
+    std::string stem; ///< the file's name without its endings
+    FileContent content;
 };
 
 void ParsedFileDeleter::operator()(ParsedFile* file) const {
@@ -34,19 +32,6 @@ void ParsedFileDeleter::operator()(ParsedFile* file) const {
 }
 
 namespace {
-
-// Takes an ending off a file's name, and says whether it was there.
-bool takeEnding(std::string_view& name, std::initializer_list<std::string_view> endings) {
-    for (const std::string_view ending : endings) {
-        if (name.size() > ending.size() && endsWith(name, ending)) {
-            name.remove_suffix(ending.size());
-            return true;
-        }
-    }
-    return false;
-}
-
-enum class NamedKind { Other, Pqr, Mmcif, Map };
 
 // What the path tells of a file: its name without endings, and the format that they stand for.
 struct FileName {
@@ -57,19 +42,14 @@ struct FileName {
                 path = path.substr(folder.size()) == "0" ? "stdin" : "pipe";
         const std::size_t slash = path.find_last_of('/');
         std::string_view name = path.substr(slash == std::string_view::npos ? 0 : slash + 1);
-        takeEnding(name, {".gz"});
-        if (takeEnding(name, {".cif", ".mmcif"}))
-            kind = NamedKind::Mmcif;
-        else if (takeEnding(name, {".map", ".mrc", ".ccp4"}))
-            kind = NamedKind::Map;
-        else if (takeEnding(name, {".pqr"}))
-            kind = NamedKind::Pqr;
-        else
-            takeEnding(name, {".pdb", ".ent"});
+        if (constexpr std::string_view packed = ".gz";
+            name.size() > packed.size() && endsWith(name, packed))
+            name.remove_suffix(packed.size());
+        format = takeEnding(name);
         stem = asLatin1Component(name);
     }
+    const FileFormat* format = nullptr;
     std::string stem;
-    NamedKind kind = NamedKind::Other;
 };
 
 std::size_t lineOf(std::string_view text, std::size_t at) {
@@ -77,14 +57,19 @@ std::size_t lineOf(std::string_view text, std::size_t at) {
                    std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
 }
 
+std::string describeMissingMark(const FileFormat& format) {
+    return "is no " + std::string(format.name) +
+           (format.holds == FileFormat::Holds::Map ? " map" : " file") + ": it has no " +
+           std::string(format.mark);
+}
+
 // Refuses what no text format is made of.
 void checkText(std::string_view text, const FileName& name, const FileReport& report) {
     const std::size_t null = text.find('\0');
     if (null == std::string_view::npos)
         return;
-    if (name.kind == NamedKind::Map)
-        report.refuse(0, "is no CCP4/MRC map: it has no \"MAP \" from byte 209 on",
-                      acceptedFiles());
+    if (name.format && name.format->form == FileFormat::Form::Binary)
+        report.refuse(0, describeMissingMark(*name.format), acceptedFiles());
     const bool isText = null >= 4096;
     report.refuse(isText ? lineOf(text, null) : 0,
                   isText ? "has a byte 0 in its text: it is damaged"
@@ -92,15 +77,9 @@ void checkText(std::string_view text, const FileName& name, const FileReport& re
                   acceptedFiles());
 }
 
-bool hasAtomRecords(std::string_view text) {
-    return text.starts_with("ATOM  ") || text.starts_with("HETATM") ||
-           text.find("\nATOM  ") != std::string_view::npos ||
-           text.find("\nHETATM") != std::string_view::npos;
-}
-
-// Refuses what the bytes show to be neither text nor a map.
+// Refuses what the bytes show to be neither text nor of a binary format.
 void checkKind(std::string_view bytes, const FileName& name, const FileReport& report) {
-    if (looksLikeMap(bytes))
+    if (binaryFormatOf(bytes))
         return;
     const ForeignKind foreign = foreignKind(bytes);
     if (!foreign.what.empty())
@@ -111,8 +90,7 @@ void checkKind(std::string_view bytes, const FileName& name, const FileReport& r
 // The same for the first megabyte of a longer file, and what begins like no structure.
 void checkBeginning(std::string_view bytes, const FileName& name, const FileReport& report) {
     checkKind(bytes, name, report);
-    if (!looksLikeMap(bytes) && name.kind != NamedKind::Mmcif && !looksLikeMmcif(bytes) &&
-        !hasPdbRecord(bytes))
+    if (!binaryFormatOf(bytes) && !beginsLikeText(bytes, name.format))
         report.refuse(0, "is no structure: its first megabyte has no record of a PDB file",
                       acceptedFiles());
 }
@@ -124,23 +102,16 @@ void parseInto(ParsedFile& file, std::stop_token stop) {
         [&](std::string_view beginning) { checkBeginning(beginning, name, file.report); },
         std::move(stop));
     checkKind(bytes.text(), name, file.report);
-    if (looksLikeMap(bytes.text())) {
-        file.gridName = name.stem;
-        file.grid = readMap(std::move(bytes), file.report);
-        return;
+    const FileFormat* format = binaryFormatOf(bytes.text());
+    if (!format) {
+        bytes.unifyLineEnds();
+        // Some editors put a mark for the encoding in front.
+        if (bytes.text().starts_with("\xef\xbb\xbf"))
+            bytes.removeFront(3);
+        format = &textFormatOf(bytes.text(), name.format);
     }
-    bytes.unifyLineEnds();
-    // Some editors put a mark for the encoding in front.
-    if (bytes.text().starts_with("\xef\xbb\xbf"))
-        bytes.removeFront(3);
-    // The text tells its format; its name only where the text does not, so that the message fits.
-    if (looksLikeMmcif(bytes.text()) ||
-        (name.kind == NamedKind::Mmcif && !hasAtomRecords(bytes.text())))
-        file.structures = readMmcif(std::move(bytes), name.stem, file.report);
-    else if (pqr::isText(bytes.text(), name.kind == NamedKind::Pqr))
-        file.structures.push_back(readPqr(std::move(bytes), name.stem, file.report));
-    else
-        file.structures.push_back(readPdb(std::move(bytes), name.stem, file.report));
+    file.stem = name.stem;
+    file.content = format->read(std::move(bytes), name.stem, file.report);
 }
 
 // Runs what reads or builds; whatever goes wrong is one line about the file.
@@ -177,7 +148,7 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     std::vector<DetachedItem> items;
     std::size_t work = 0;
     std::size_t bytes = 0;
-    for (const StructureTable& structure : file.structures) {
+    for (const StructureTable& structure : file.content.structures) {
         for (const ModelTable& model : structure.models) {
             work += workOf(model);
             bytes += memoryOf(model);
@@ -186,7 +157,7 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     requireMemory(file.report, bytes);
     ProgressCounter counter(progress, "building the atoms", work);
     EntryNames entryNames;
-    for (StructureTable& structure : file.structures) {
+    for (StructureTable& structure : file.content.structures) {
         const std::vector<std::string> names =
             entryNames.take(structure.name, modelEndings(structure));
         BuildScratch scratch;
@@ -194,12 +165,12 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
             items.push_back(
                 buildModel(std::move(structure.models[i]), structure, names[i], scratch, counter));
     }
-    file.structures.clear();
-    if (file.grid) {
+    file.content.structures.clear();
+    if (file.content.grid) {
         items.emplace_back(
-            makeDetached(entryNames.take(file.gridName, {std::string()}).front(), "Grid"));
-        setGrid(items.back().get(), std::move(*file.grid));
-        file.grid.reset();
+            makeDetached(entryNames.take(file.stem, {std::string()}).front(), "Grid"));
+        setGrid(items.back().get(), std::move(*file.content.grid));
+        file.content.grid.reset();
     }
     for (const DetachedItem& item : items)
         setOrigin(item.get(), file.report.path());
@@ -242,7 +213,7 @@ ParsedFilePtr parseFile(const std::string& path, std::stop_token stop) {
 
 OpenedFile openParsed(ParsedFile& file, const Progress& progress) {
     return guarded(file.report, [&] {
-        if (file.structures.empty() && !file.grid)
+        if (file.content.structures.empty() && !file.content.grid)
             file.report.refuse(0, "was opened already", "accepted is parsing it once more");
         std::vector<DetachedItem> items = build(file, progress);
         OpenedFile opened{{}, file.report.remarks()};

@@ -1,5 +1,5 @@
-// Opening structure and map files: PDB, PQR, mmCIF (each also gzipped) and CCP4/MRC maps. The
-// content decides which of them a file is; its ending only where the content does not tell.
+// Opening files of structures and maps, in the formats of Formats.h, also gzipped. The content
+// decides which of them a file is; its ending only where the content does not tell.
 //
 // An entry is a composite with the lower-case identifier of the file, or else the file's name
 // without endings; several models are entries of their own, as "1d3z.1". If an item of that name is

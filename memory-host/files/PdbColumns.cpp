@@ -93,6 +93,12 @@ bool isNumberOrBlank(std::string_view text) {
 
 } // namespace
 
+bool hasAtoms(std::string_view text) {
+    return text.starts_with("ATOM  ") || text.starts_with("HETATM") ||
+           text.find("\nATOM  ") != std::string_view::npos ||
+           text.find("\nHETATM") != std::string_view::npos;
+}
+
 std::string_view wronglyWrittenRecord(std::string_view line) {
     for (const std::string_view record : {"ATOM", "HETATM"})
         if (startsWith(line, record) && line.size() > record.size() && line[record.size()] == ' ' &&

@@ -36,6 +36,8 @@ inline bool isAtomRecord(std::string_view line) {
            (line.starts_with("ATOM") &&
             (line.size() == 4 || line[4] == ' ' || line[4] == '\t' || isDigit(line[4])));
 }
+/// Whether a text has records of atoms in their columns.
+bool hasAtoms(std::string_view text);
 /// The name of such a record in other than capital letters, with which it is none; else empty.
 std::string_view wronglyWrittenRecord(std::string_view line);
 

@@ -1,4 +1,5 @@
-// The CCP4/MRC format of maps. The header is checked here before gemmi believes it: it allocates
+// The CCP4/MRC format of maps, in the extent that the file stores, of any axis order, cell and byte
+// order. The header is checked here before gemmi believes it: it allocates
 // what the header promises, and takes data in the other byte order for numbers as they stand.
 #include "FieldText.h"
 #include "FileLimits.h"
@@ -263,15 +264,25 @@ GridRecord MapReader::read() {
     return grid;
 }
 
+bool hasMark(const FileSample& sample) {
+    constexpr std::size_t mark = std::size_t{4} * (markWord - 1);
+    return sample.bytes.size() >= mark + 4 && sample.bytes.substr(mark, 4) == "MAP ";
+}
+
+FileContent readMap(Bytes bytes, const std::string& /*stem*/, FileReport& report) {
+    return {{}, MapReader(std::move(bytes), report).read()};
+}
+
+constexpr auto endings = std::to_array<std::string_view>({".map", ".mrc", ".ccp4"});
+
 } // namespace
 
-bool looksLikeMap(std::string_view bytes) {
-    constexpr std::size_t mark = std::size_t{4} * (markWord - 1);
-    return bytes.size() >= mark + 4 && bytes.substr(mark, 4) == "MAP ";
-}
-
-GridRecord readMap(Bytes bytes, FileReport& report) {
-    return MapReader(std::move(bytes), report).read();
-}
+extern const FileFormat ccp4Format = {.name = "CCP4/MRC",
+                                      .holds = FileFormat::Holds::Map,
+                                      .form = FileFormat::Form::Binary,
+                                      .endings = endings,
+                                      .mark = "\"MAP \" from byte 209 on",
+                                      .recognises = hasMark,
+                                      .read = readMap};
 
 } // namespace memory_host

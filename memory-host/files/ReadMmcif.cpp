@@ -1,8 +1,10 @@
-// The mmCIF format: gemmi's CIF grammar, with actions that pick the atoms out while it is parsed.
-// The document is never held as a whole, and every value comes with its line.
+// The mmCIF format, an entry for each data block with an _atom_site category: gemmi's CIF grammar,
+// with actions that pick the atoms out while it is parsed. The document is never held as a whole,
+// and every value comes with its line.
 #include "FieldText.h"
 #include "MmcifAtoms.h"
 #include "MmcifBonds.h"
+#include "PdbColumns.h"
 #include "Readers.h"
 
 #include <gemmi/cif.hpp>
@@ -323,9 +325,8 @@ void MmcifReader::endLoop(const char* end) {
                         "the last row of the atoms has no line end: the file may have been cut");
 }
 
-} // namespace
-
-bool looksLikeMmcif(std::string_view text) {
+// Whether the text starts as a CIF does: with a data block, a loop or a category's tag.
+bool startsAsCif(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size()) {
         const char c = text[at];
@@ -343,8 +344,24 @@ bool looksLikeMmcif(std::string_view text) {
            (startsWith(word, "_") && word.find('.') != std::string_view::npos);
 }
 
-std::vector<StructureTable> readMmcif(Bytes bytes, const std::string& stem, FileReport& report) {
-    return MmcifReader(std::move(bytes), stem, report).read();
+// By its name where the text does not tell, so that the message fits.
+bool isMmcif(const FileSample& sample) {
+    return startsAsCif(sample.bytes) || (sample.isNamedSo && !pdb::hasAtoms(sample.bytes));
 }
+
+FileContent readMmcif(Bytes bytes, const std::string& stem, FileReport& report) {
+    return {MmcifReader(std::move(bytes), stem, report).read(), {}};
+}
+
+constexpr auto endings = std::to_array<std::string_view>({".cif", ".mmcif"});
+
+} // namespace
+
+extern const FileFormat mmcifFormat = {.name = "mmCIF",
+                                       .holds = FileFormat::Holds::Structure,
+                                       .form = FileFormat::Form::Text,
+                                       .endings = endings,
+                                       .recognises = isMmcif,
+                                       .read = readMmcif};
 
 } // namespace memory_host

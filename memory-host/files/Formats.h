@@ -1,0 +1,43 @@
+// The table of file formats. What can be opened, what is said of it in messages and in the help,
+// and which reader a file gets: all of it comes from here.
+#pragma once
+
+#include "HostExport.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace memory_host {
+
+class Bytes;
+class FileReport;
+struct FileContent;
+struct FileSample;
+
+/// A file format: a row of the table. It is defined in the source file of its reader.
+struct FileFormat {
+    enum class Holds { Structure, Map };
+    enum class Form { Text, Binary };
+
+    std::string_view name; ///< as messages say it: "PDB"
+    Holds holds;
+    Form form;
+    std::span<const std::string_view> endings; ///< of file names, in lower case: ".pdb"
+    /// What files of a binary format are told by, as a message names it; else empty.
+    std::string_view mark = {};
+
+    /// Whether a file's content is of this format. See Readers.h for both.
+    bool (*recognises)(const FileSample& sample);
+    FileContent (*read)(Bytes bytes, const std::string& stem, FileReport& report);
+};
+
+/// All formats, in the order in which they are listed.
+HOST_EXPORT std::span<const FileFormat* const> fileFormats();
+/// The names of those that hold one or the other, as "PDB, PQR or mmCIF".
+HOST_EXPORT std::string formatNames(FileFormat::Holds holds);
+
+/// Which files can be opened, as the end of a sentence.
+std::string acceptedFiles();
+
+} // namespace memory_host

@@ -1,0 +1,81 @@
+// The records that PDB and PQR files share: models, ends of molecules, the identifier, listed
+// bonds. The two differ in the rows of atoms, which are for the reader of each.
+//
+// They are taken apart here and not by gemmi's reader, because that one reads blank coordinates as
+// 0, ends at the first END, and takes line numbers of old files for charges that it refuses.
+#pragma once
+
+#include "AtomNumbers.h"
+#include "PdbColumns.h"
+#include "Readers.h"
+#include "TableBuilder.h"
+
+namespace memory_host::pdb {
+
+/// Reads one entry, called as the file if it has no identifier. A model ends with ENDMDL or END,
+/// and what follows is another one. A few rows in a wrong form are atoms without a position; more
+/// of them are refused.
+class RecordReader {
+public:
+    /// What a format's messages say that it accepts.
+    struct Accepted {
+        std::string file; ///< as the end of a message
+        std::string rows; ///< behind "accepted are", as what follows
+        AtomNumbers::Accepted numbers;
+    };
+
+    RecordReader(Bytes bytes, const Accepted& accepted, FileReport& report)
+        : m_report(report), m_builder(report), m_numbers(report, accepted.numbers),
+          m_bytes(std::move(bytes)), m_acceptedFile(accepted.file), m_acceptedRows(accepted.rows) {}
+    virtual ~RecordReader() = default;
+    RecordReader(const RecordReader&) = delete;
+    RecordReader& operator=(const RecordReader&) = delete;
+
+    StructureTable read(const std::string& stem);
+
+protected:
+    /// Adds the atom of an ATOM or HETATM record.
+    virtual void readAtom(std::string_view line) = 0;
+    /// Looks at such a record that has no line end, as the last of a file that may have been cut.
+    virtual void checkLastAtom(std::string_view line) = 0;
+
+    [[noreturn]] void refuseCut(std::string_view line) const;
+    /// Adds the atom of a row in a wrong form: it stays, and has no position, as nothing tells what
+    /// its numbers are.
+    void addFaulty(const AtomRow& row, const std::string& fault);
+    std::size_t line() const { return m_line; } ///< the number of this one
+
+    FileReport& m_report;
+    TableBuilder m_builder;
+    AtomNumbers m_numbers;
+    ResidueColumns m_residueColumns; ///< of what the rows of atoms say; the bonds ask for it
+
+private:
+    void readLines();
+    void readLine(std::string_view line);
+    void readOtherRecord(std::string_view line);
+    void readIdentifier(std::string_view line);
+    void readWronglyWritten(std::string_view name, std::string_view line);
+    void startModel(std::string_view number);
+    void checkEnd(std::string_view line);
+    bool isCutRecord(std::string_view line) const;
+    [[noreturn]] void refuseEmpty() const;
+
+    Bytes m_bytes;
+    std::string m_acceptedFile;
+    std::string m_acceptedRows;
+    /// With their lines' numbers; the atoms tell which chains there are.
+    std::vector<std::pair<std::string_view, std::size_t>> m_links;
+    std::size_t m_line = 0;
+    std::size_t m_faultyRows = 0;
+    std::size_t m_faultyLine = 0; ///< the first one
+    std::string m_fault;          ///< of the first one
+    std::size_t m_wronglyWrittenLine = 0;
+    std::string m_wronglyWritten; ///< the name of a record there
+    std::size_t m_modelLine = 0;  ///< of the MODEL record that no ENDMDL has followed yet
+    std::size_t m_shortestOther = std::string_view::npos; ///< of ANISOU and its like
+    bool m_isInModel = false;
+    std::string m_identifier;
+};
+
+} // namespace memory_host::pdb
