@@ -17,6 +17,7 @@ endforeach()
 
 file(READ ${DOCUMENT} text)
 string(REGEX REPLACE "```[^`]*```" "" text "${text}")
+string(REGEX REPLACE "A new file,[ \n]`[^`]*`" "" text "${text}")
 set(missing)
 while(text MATCHES "`([^`]+)`(.*)$")
   set(named "${CMAKE_MATCH_1}")

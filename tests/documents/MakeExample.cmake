@@ -1,14 +1,26 @@
-# Does what a document says in copies of source files: each piece of code stands below words that say
-# where it goes, "In `FILE`, below `LINE`:" or "At the end of `FILE`:".
-#   cmake -DDOCUMENT=... -DROOT=... -DFILES=PATH,PATH... -DINTO=... -P this file
-# copies the FILES of the folder ROOT into the folder INTO. The document can name these only, and a
-# line of theirs must be there once.
+# Does what a section of a document says in copies of source files: each piece of code stands below
+# words that say where it goes, "In `FILE`, below `LINE`:", "At the end of `FILE`:" or "A new file,
+# `FILE`:".
+#   cmake -DDOCUMENT=... -DSECTION=TITLE -DROOT=... -DFILES=PATH,PATH... -DNEW=PATH,PATH... -DINTO=...
+#     -P this file
+# copies the FILES of the folder ROOT into the folder INTO, and writes the NEW ones beside them. The
+# section can name these only, and a line of theirs must be there once.
 cmake_minimum_required(VERSION 3.25)
 file(READ ${DOCUMENT} text)
+string(FIND "${text}" "\n## ${SECTION}\n" begin)
+if(begin EQUAL -1)
+  message(FATAL_ERROR "${DOCUMENT} has no section \"${SECTION}\"")
+endif()
+string(SUBSTRING "${text}" ${begin} -1 text)
+string(SUBSTRING "${text}" 1 -1 rest)
+string(FIND "${rest}" "\n## " end)
+string(SUBSTRING "${rest}" 0 ${end} text)
+
 string(REPLACE "," ";" names "${FILES}")
 foreach(path ${names})
   file(READ ${ROOT}/${path} content_${path})
 endforeach()
+string(REPLACE "," ";" new "${NEW}")
 
 set(fence "```cpp\n")
 set(pieces 0)
@@ -32,6 +44,14 @@ while(TRUE)
   elseif(before MATCHES "At the end of `([^`]+)`:\n\n$")
     set(path "${CMAKE_MATCH_1}")
     set(line)
+  elseif(before MATCHES "A new file,[ \n]`([^`]+)`:\n\n$")
+    set(path "${CMAKE_MATCH_1}")
+    if(NOT path IN_LIST new OR DEFINED content_${path} OR EXISTS ${ROOT}/${path})
+      message(FATAL_ERROR "${DOCUMENT} adds ${path}, which is there, or none of ${NEW}")
+    endif()
+    set(content_${path} "${piece}")
+    math(EXPR pieces "${pieces} + 1")
+    continue()
   else()
     message(FATAL_ERROR "${DOCUMENT} does not say where this goes:\n${piece}")
   endif()
@@ -58,7 +78,10 @@ if(pieces EQUAL 0)
   message(FATAL_ERROR "${DOCUMENT} has no piece of code")
 endif()
 
-foreach(path ${names})
+foreach(path ${names} ${new})
+  if(NOT DEFINED content_${path})
+    message(FATAL_ERROR "${DOCUMENT} does not add ${path}")
+  endif()
   get_filename_component(name ${path} NAME)
   set(written)
   if(EXISTS ${INTO}/${name})

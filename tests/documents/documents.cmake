@@ -16,8 +16,8 @@ list(JOIN window_files "," window_files)
 set(document ${CMAKE_SOURCE_DIR}/docs/architecture.md)
 set(script ${CMAKE_CURRENT_SOURCE_DIR}/documents/MakeExample.cmake)
 add_custom_command(OUTPUT ${example_files}
-  COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} -DROOT=${CMAKE_SOURCE_DIR}
-    -DFILES=${window_files} -DINTO=${example_folder} -P ${script}
+  COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} "-DSECTION=Adding a command"
+    -DROOT=${CMAKE_SOURCE_DIR} -DFILES=${window_files} -DNEW= -DINTO=${example_folder} -P ${script}
   DEPENDS ${document} ${script} ${window_paths}
   COMMENT "Adding the example command of docs/architecture.md" VERBATIM)
 
@@ -34,6 +34,32 @@ target_include_directories(test-documents PRIVATE
 target_link_libraries(test-documents PRIVATE Qt6::Core5Compat)
 # Compiled for one test: what that takes matters more than how fast it runs.
 target_compile_options(test-documents PRIVATE -O0)
+
+# The host with the format that the document adds to it as an example, under the name of the usual one:
+# ExampleFormatTest runs with it in its place.
+set(format_root ${CMAKE_CURRENT_BINARY_DIR}/example/memory-host)
+set(format_table memory-host/files/Formats.cpp)
+set(format_reader memory-host/files/ReadXyz.cpp)
+add_custom_command(OUTPUT ${format_root}/Formats.cpp ${format_root}/ReadXyz.cpp
+  COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} "-DSECTION=Adding a format"
+    -DROOT=${CMAKE_SOURCE_DIR} -DFILES=${format_table} -DNEW=${format_reader}
+    -DINTO=${format_root} -P ${script}
+  DEPENDS ${document} ${script} ${CMAKE_SOURCE_DIR}/${format_table}
+  COMMENT "Adding the example format of docs/architecture.md" VERBATIM)
+add_library(ExampleHost SHARED
+  ${format_root}/Formats.cpp ${format_root}/ReadXyz.cpp
+  $<FILTER:$<TARGET_OBJECTS:MemoryHost>,EXCLUDE,/Formats\\.cpp>)
+set_target_properties(ExampleHost PROPERTIES
+  OUTPUT_NAME MemoryHost
+  LIBRARY_OUTPUT_DIRECTORY ${format_root}
+  AUTOMOC OFF)
+target_include_directories(ExampleHost PRIVATE
+  ${CMAKE_SOURCE_DIR}/memory-host/files ${CMAKE_SOURCE_DIR}/memory-host)
+target_link_libraries(ExampleHost PRIVATE host ZLIB::ZLIB Threads::Threads)
+target_compile_options(ExampleHost PRIVATE -O0)
+add_dependencies(test-documents ExampleHost)
+set_property(TEST documents.ExampleFormatTest
+  APPEND PROPERTY ENVIRONMENT LD_LIBRARY_PATH=${format_root})
 
 target_compile_definitions(test-documents PRIVATE CMAKE="${CMAKE_COMMAND}")
 

@@ -9,7 +9,8 @@ class RunPathTest : public test_support::TestCase {
 private slots:
     void everyBuiltProgramAndLibraryLooksForOthersFromItsOwnPlaceOnly() {
         const QStringList binaries = binariesBelow(BUILD_DIR);
-        for (const QString name : {"/bin/workbench", "/libMemoryHost.so", "/test-end-to-end"})
+        for (const QString name :
+             {"/bin/workbench", "/structure-editor/libMemoryHost.so", "/test-end-to-end"})
             QCOMPARE(binaries.filter(name).size(), 1);
         QVERIFY(!binaries.filter("/libVuxo.so").isEmpty());
         const QStringList wrong = wrongRunPaths(binaries);
