@@ -7,6 +7,7 @@
 #include "files/FileLimits.h"
 #include "files/Files.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 
 #include <algorithm>
 
@@ -57,10 +58,13 @@ void requireRefusal(const memory_host::FileError& error, const InputFile& file) 
             line);
     require(std::ranges::none_of(line, [](unsigned char c) { return c < 0x20 || c == 0x7f; }),
             "a refusal has no control characters", line);
-    // What ends so was not foreseen; and no input is large.
-    require(line.find(": cannot be opened: ") == std::string_view::npos &&
-                line.find("not enough memory") == std::string_view::npos &&
-                line.find(" MB are free; ") == std::string_view::npos,
+    // What ends so was not foreseen; and no input is large. The input may say the same, in quotes.
+    std::string own(line);
+    if (const std::size_t quote = own.find('"'); quote != std::string::npos)
+        own.erase(quote, own.rfind('"') - quote);
+    require(own.find(": cannot be opened: ") == std::string::npos &&
+                own.find("not enough memory") == std::string::npos &&
+                own.find(" MB are free; ") == std::string::npos,
             "a refusal says what is wrong with the file", line);
     requireAsBefore();
 }
