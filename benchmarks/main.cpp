@@ -5,7 +5,8 @@
 #include "Contest.h"
 #include "RealStructures.h"
 #include "Works.h"
-#include "services/Services.h"
+#include "services/DataFolder.h"
+#include "services/Log.h"
 
 #include <QApplication>
 

@@ -2,7 +2,7 @@
 // gives a colour for every value.
 #include "Colormap.h"
 #include "Fuzzing.h"
-#include "services/Services.h"
+#include "services/DataFolder.h"
 
 #include <array>
 #include <cmath>

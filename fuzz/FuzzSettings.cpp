@@ -2,7 +2,7 @@
 // is ASCII the values are compared with a plain reading.
 #include "Config.h"
 #include "Fuzzing.h"
-#include "services/Services.h"
+#include "services/Settings.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
 #include "Fuzzing.h"
 
 #include "HostExport.h"
-#include "services/Services.h"
+#include "services/Log.h"
 
 #ifdef __has_feature // clang
 #define FUZZING_SANITIZED __has_feature(address_sanitizer)

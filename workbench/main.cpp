@@ -6,8 +6,10 @@
 #include "Places.h"
 #include "StandardStreams.h"
 #include "StopSignals.h"
+#include "services/DataFolder.h"
+#include "services/Log.h"
 #include "services/PluginFolder.h"
-#include "services/Services.h"
+#include "services/Settings.h"
 
 #include <QDir>
 #include <QFile>

@@ -4,33 +4,12 @@
 
 #include "HostExport.h"
 #include "Kinds.h"
-#include "PartialCharge.h"
+#include "Records.h"
 
-#include <array>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace memory_host {
-
-/// What an atom is made of.
-struct AtomRecord {
-    std::string_view name;    ///< as "CA"
-    std::string_view type;    ///< element symbol as "C" or "Cu"; "X" where it is unknown
-    TAVIK::Vertex position;   ///< Å
-    float temperature = 0.0F; ///< Å²
-    unsigned int model = 0;   ///< 0: shared by all alternative models; at most 65535
-    TAVIK::PartialCharge partial{};
-};
-
-/// The values of a grid and where they lie.
-struct GridRecord {
-    std::array<int, 3> points{};    ///< number of points along x, y, z; each at least 1
-    std::array<double, 3> origin{}; ///< position of point (0, 0, 0) in Å
-    /// Å from a point to its neighbour along each of the three axes: steps[axis] is a vector.
-    std::array<std::array<double, 3>, 3> steps{};
-    std::vector<float> values; ///< x fastest; points[0] * points[1] * points[2] of them
-};
 
 /// Makes an item as DataMaker::makeCore does, but outside of the data space; it and what is added
 /// to it belong to the caller until attach() or DataMaker::Destroy(). No guard is needed meanwhile.
@@ -61,18 +40,5 @@ HOST_EXPORT std::vector<TAVIK::Vertex> polyLinePoints(TAVIK::Compound* item);
 HOST_EXPORT const std::vector<float>& gridValues(TAVIK::Compound* item);
 /// The composite that holds `item`; null for the space and for a detached root.
 HOST_EXPORT TAVIK::Compound* parentOf(TAVIK::Compound* item);
-
-/// While one lives, the space is locked: every change guard is refused.
-class HOST_EXPORT SpaceLock {
-public:
-    SpaceLock();
-    ~SpaceLock();
-    SpaceLock(const SpaceLock&) = delete;
-    SpaceLock& operator=(const SpaceLock&) = delete;
-};
-
-/// Recounts everything below the space (counters, positions among siblings, parents, members,
-/// bonds) and returns a line for each thing that does not hold; empty when all is well.
-HOST_EXPORT std::vector<std::string> checkInvariants();
 
 } // namespace memory_host

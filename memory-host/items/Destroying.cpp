@@ -1,6 +1,10 @@
-// Telling of items that are about to go.
+#include "Destroying.h"
+
+#include "AtomItem.h"
+#include "Attaching.h"
 #include "DestroyObserver.h"
-#include "HostItem.h"
+#include "Holder.h"
+#include "Sets.h"
 #include "Subscribers.h"
 
 #include <algorithm>
@@ -27,6 +31,11 @@ bool isInSpace(const HostItem& item) {
     return root->kind == Kind::Space;
 }
 
+void freeBond(BondItem* bond) {
+    detach(bond);
+    freeItem(bond);
+}
+
 } // namespace
 
 void tellBeforeDestroying(Compound* item) {
@@ -46,6 +55,34 @@ void addDestroyObservers(std::vector<const void*>& listeners) {
     for (const TAVIK::DestroyObserver* observer : observers().all)
         if (observer)
             listeners.push_back(observer);
+}
+
+void freeItem(Compound* item) {
+    HostItem& record = HostItem::of(item);
+    leaveSets(record);
+    switch (record.kind) {
+    case Kind::Atom:
+        while (BondItem* bond = static_cast<AtomItem*>(item)->m_bonds)
+            freeBond(bond);
+        break;
+    case Kind::Bond:
+        static_cast<BondItem*>(item)->disconnect();
+        break;
+    default:
+        break;
+    }
+    if (record.isHolder()) {
+        // Bonds in here may go before their turn, with an atom: their children are null then.
+        Holder& holder = record.asHolder();
+        for (std::uint32_t slot = holder.begin, end = holder.end; slot != end; ++slot) {
+            if (Compound* child = holder.children[slot]) {
+                HostItem::of(child).parent = nullptr;
+                holder.removeChild(slot);
+                freeItem(child);
+            }
+        }
+    }
+    delete item;
 }
 
 } // namespace memory_host

@@ -1,22 +1,8 @@
-#include "HostItem.h"
+#include "Holder.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <new>
-
-namespace TAVIK {
-
-namespace {
-std::uint32_t lastId = 0;
-}
-
-HostItem::HostItem(memory_host::Kind ofKind, memory_host::Name itsName)
-    : id(ofKind == memory_host::Kind::Space ? 0 : ++lastId), color(0), name(std::move(itsName)),
-      kind(ofKind) {
-    color = memory_host::defaultColor(*this).rgba();
-}
-
-} // namespace TAVIK
 
 namespace memory_host {
 
@@ -84,6 +70,16 @@ void Holder::shrink() {
     closeHoles();
     if (end < capacity)
         resize(end);
+}
+
+Holder* nearest(Kind kind, Holder* holder) {
+    while (holder && holder->kind != kind)
+        holder = holder->parent;
+    return holder;
+}
+
+Holder* residueAround(const HostItem& item) {
+    return nearest(Kind::Residue, item.parent);
 }
 
 } // namespace memory_host

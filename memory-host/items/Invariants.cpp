@@ -1,7 +1,11 @@
-// The data space counted again from its leaves: what must hold after every change.
+#include "Invariants.h"
+
+#include "AtomItem.h"
+#include "Holder.h"
 #include "ItemOrigin.h"
-#include "Items.h"
 #include "Origins.h"
+#include "Sets.h"
+#include "Space.h"
 
 #include <algorithm>
 #include <unordered_map>

@@ -1,6 +1,7 @@
-// Alternative models: which atoms of a residue belong to the active one. Atoms of model 0 belong to
-// all of them, and are never looked at here.
-#include "Items.h"
+#include "Models.h"
+
+#include "AtomItem.h"
+#include "Holder.h"
 
 #include <algorithm>
 

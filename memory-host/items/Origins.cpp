@@ -1,5 +1,6 @@
 #include "Origins.h"
 
+#include "Holder.h"
 #include "ItemOrigin.h"
 
 #include <QFile>

@@ -1,7 +1,8 @@
 // Change guards and subscribers: who may change the data now, and who hears of it.
-#include "Building.h"
 #include "DataPointBase.h"
+#include "Destroying.h"
 #include "Logger.h"
+#include "SpaceLock.h"
 #include "Subscriber.h"
 #include "Subscribers.h"
 

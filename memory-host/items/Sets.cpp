@@ -1,5 +1,7 @@
-// Named sets: which sets list an item, and what they count of its state.
-#include "HostItem.h"
+#include "Sets.h"
+
+#include "Counters.h"
+#include "Holder.h"
 
 #include <algorithm>
 #include <unordered_map>

@@ -13,8 +13,6 @@ HOST_EXPORT std::size_t subscriberCount();
 /// Each of them, by the address of its interface: there the table of its virtual functions is
 /// found.
 std::vector<const void*> listeners();
-/// Appends the observers of destructions to them.
-void addDestroyObservers(std::vector<const void*>& listeners);
 
 /// Logs the exception in flight, out of a handler.
 void logHandlerFailure() noexcept;

@@ -1,7 +1,7 @@
 // The format of a colour-map file is described in data/BlueRedTR.cm.
 #include "Colormap.h"
+#include "DataFolder.h"
 #include "Logger.h"
-#include "Services.h"
 #include "Text.h"
 
 #include <QDir>

@@ -1,5 +1,5 @@
+#include "Log.h"
 #include "Logger.h"
-#include "Services.h"
 #include "Text.h"
 
 #include <QFile>

@@ -6,9 +6,10 @@
 //
 // A value is the rest of its line, without blanks around it. Of two settings with the same section
 // and key the last one holds.
+#include "Settings.h"
+
 #include "Config.h"
 #include "Logger.h"
-#include "Services.h"
 #include "Text.h"
 
 #include <QFileInfo>
@@ -106,20 +107,7 @@ SettingsFile& defaultSettingsFile() {
     return *file;
 }
 
-QString& dataFolderPath() {
-    static QString* const folder = new QString;
-    return *folder;
-}
-
 } // namespace
-
-void setDataFolder(const QString& folder) {
-    dataFolderPath() = folder;
-}
-
-QString dataFolder() {
-    return dataFolderPath();
-}
 
 void setSettingsFile(const QString& file) {
     settingsFile().setPath(file);

@@ -1,7 +1,6 @@
 #include "BaseWindow.h"
 #include "TestSupport.h"
 #include "WidgetFactory.h"
-#include "services/Services.h"
 
 #include <QApplication>
 #include <QLineEdit>

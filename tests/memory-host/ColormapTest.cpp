@@ -1,6 +1,6 @@
 #include "Colormap.h"
 #include "TestSupport.h"
-#include "services/Services.h"
+#include "services/DataFolder.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -3,6 +3,7 @@
 #include "Space.h"
 #include "Traversal.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 
 #include <QFile>
 #include <QTest>

@@ -1,7 +1,7 @@
 #include "HelpViewer.h"
 #include "Legible.h"
 #include "TestSupport.h"
-#include "services/Services.h"
+#include "services/DataFolder.h"
 
 #include <QAction>
 #include <QApplication>

@@ -3,6 +3,7 @@
 #include "Sample.h"
 #include "Subscriber.h"
 #include "TestSupport.h"
+#include "items/SpaceLock.h"
 
 #include <QApplication>
 #include <QMenu>

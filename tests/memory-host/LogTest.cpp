@@ -1,6 +1,6 @@
+#include "services/Log.h"
 #include "Logger.h"
 #include "TestSupport.h"
-#include "services/Services.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,7 +1,7 @@
 // Names, qualified names, types and identifiers, as this host chooses them.
-#include "items/Names.h"
 #include "Sample.h"
 #include "TestSupport.h"
+#include "items/ItemName.h"
 
 #include <random>
 #include <set>

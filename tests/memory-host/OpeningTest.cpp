@@ -4,6 +4,7 @@
 #include "Space.h"
 #include "Subscriber.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 
 #include <algorithm>
 #include <thread>

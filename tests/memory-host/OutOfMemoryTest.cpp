@@ -6,7 +6,7 @@
 #include "Sample.h"
 #include "Subscriber.h"
 #include "TestSupport.h"
-#include "services/Services.h"
+#include "services/Log.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -6,6 +6,7 @@
 #include "Space.h"
 #include "TestSupport.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 
 #include <algorithm>
 #include <map>

@@ -6,6 +6,7 @@
 #include "Space.h"
 #include "Traversal.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 
 #include <QString>
 

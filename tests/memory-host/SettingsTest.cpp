@@ -1,6 +1,6 @@
+#include "services/Settings.h"
 #include "Config.h"
 #include "TestSupport.h"
-#include "services/Services.h"
 
 #include <QFile>
 #include <QTemporaryDir>

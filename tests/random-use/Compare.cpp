@@ -4,6 +4,7 @@
 #include "HostTwin.h"
 #include "Space.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 #include "window/ListBox.h"
 #include "window/Vuxo.h"
 

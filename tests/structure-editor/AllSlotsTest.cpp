@@ -11,6 +11,8 @@
 #include "Traversal.h"
 #include "WindowTools.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
+#include "items/SpaceLock.h"
 
 #include <QColorDialog>
 #include <QInputDialog>

@@ -14,6 +14,7 @@
 #include "TestSupport.h"
 #include "WindowTools.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 

@@ -5,7 +5,8 @@
 #include "Space.h"
 #include "files/Files.h"
 #include "items/Building.h"
-#include "services/Services.h"
+#include "items/SpaceLock.h"
+#include "services/DataFolder.h"
 
 #include <QDir>
 #include <QFile>

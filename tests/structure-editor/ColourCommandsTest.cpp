@@ -5,6 +5,7 @@
 #include "Space.h"
 #include "data/Colouring.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 
 #include <optional>
 #include <stdexcept>

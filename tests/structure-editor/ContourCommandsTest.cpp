@@ -5,6 +5,7 @@
 #include "RepaintCount.h"
 #include "Space.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

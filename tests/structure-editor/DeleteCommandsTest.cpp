@@ -8,6 +8,8 @@
 #include "WindowTestCase.h"
 #include "files/Files.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
+#include "items/SpaceLock.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

@@ -9,6 +9,7 @@
 #include "Space.h"
 #include "WindowTestCase.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 #include "items/Subscribers.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"

@@ -6,7 +6,7 @@
 #include "Traversal.h"
 #include "WindowTools.h"
 #include "files/Files.h"
-#include "services/Services.h"
+#include "services/Settings.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -7,6 +7,8 @@
 #include "WindowTestCase.h"
 #include "files/Files.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
+#include "items/SpaceLock.h"
 #include "tree/TreeView.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #include "WindowTestCase.h"
 #include "data/NamePredicates.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 #include "window/Vuxo.h"
 
 #include <QApplication>

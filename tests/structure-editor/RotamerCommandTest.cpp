@@ -8,6 +8,7 @@
 #include "Traversal.h"
 #include "WindowTestCase.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 #include "services/PluginFolder.h"
 
 #include <QDir>

@@ -4,6 +4,7 @@
 #include "TestSupport.h"
 #include "WindowTools.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
 #include "services/PluginFolder.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

@@ -1,6 +1,7 @@
 // The commands of the menu "Select", through their entries and their dialogs: those that ask for no
 // radius, and what all of them have in common.
 #include "SelectionTestCase.h"
+#include "items/SpaceLock.h"
 
 #include <QFrame>
 

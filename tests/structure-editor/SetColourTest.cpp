@@ -2,6 +2,7 @@
 #include "ColourTestCase.h"
 #include "Space.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 #include "tree/TreeView.h"
 
 #include <optional>

@@ -3,6 +3,7 @@
 #include "Space.h"
 #include "WindowTestCase.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 #include "window/ListBox.h"
 
 #include <memory>

@@ -4,6 +4,7 @@
 #include "WindowTestCase.h"
 #include "files/Files.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 

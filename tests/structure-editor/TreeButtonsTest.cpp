@@ -2,6 +2,7 @@
 #include "TreeTools.h"
 
 #include "DataDelete.h"
+#include "items/SpaceLock.h"
 
 #include <QMenu>
 #include <QTimer>

@@ -1,6 +1,7 @@
 // Selecting rows inside of what is selected already: the gesture leaves exactly them, in the rows
 // and in the host, at once. So it does where sets select the same items a second time.
 #include "TreeTools.h"
+#include "items/SpaceLock.h"
 
 #include <set>
 

@@ -3,6 +3,8 @@
 #include "Space.h"
 #include "WindowTestCase.h"
 #include "items/Building.h"
+#include "items/Invariants.h"
+#include "items/SpaceLock.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"

@@ -5,6 +5,7 @@
 #include "TreeTools.h"
 
 #include "DataAdder.h"
+#include "items/SpaceLock.h"
 
 #include <random>
 

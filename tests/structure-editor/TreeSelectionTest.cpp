@@ -1,6 +1,7 @@
 // Selecting in the tree with a press of the mouse: which rows, how often it is told, and what
 // reaches the host.
 #include "TreeTools.h"
+#include "items/SpaceLock.h"
 
 using namespace tree_tools;
 

@@ -6,6 +6,7 @@
 #include "WindowTestCase.h"
 #include "files/Files.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 
 #include <algorithm>
 #include <stdexcept>

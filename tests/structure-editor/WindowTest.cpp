@@ -5,7 +5,7 @@
 #include "TestSupport.h"
 #include "WindowTools.h"
 #include "items/Building.h"
-#include "services/Services.h"
+#include "services/Settings.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
 #include "window/Vuxo.h"

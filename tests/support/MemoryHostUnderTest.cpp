@@ -2,7 +2,11 @@
 #include "HostUnderTest.h"
 #include "files/Files.h"
 #include "items/Building.h"
-#include "services/Services.h"
+#include "items/Invariants.h"
+#include "items/SpaceLock.h"
+#include "services/DataFolder.h"
+#include "services/Log.h"
+#include "services/Settings.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,6 +1,4 @@
-// The colours that items have from the start: atoms by their element, as molecular graphics has
-// used them since the plastic models of Corey, Pauling and Koltun.
-#include "HostItem.h"
+#include "ElementColours.h"
 
 #include <array>
 #include <cstdint>

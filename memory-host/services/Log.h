@@ -1,4 +1,4 @@
-// Where the in-memory host's services find their files, and who hears its log.
+// Where the log is written, and who hears it.
 #pragma once
 
 #include "HostExport.h"
@@ -10,13 +10,6 @@
 
 namespace memory_host {
 
-/// The folder with colour maps (*.cm) and the sub-folder help/ (*.md).
-HOST_EXPORT void setDataFolder(const QString& folder);
-HOST_EXPORT QString dataFolder();
-/// The INI file that Config reads; it need not exist.
-HOST_EXPORT void setSettingsFile(const QString& file);
-/// The INI file with the settings that the other one does not hold.
-HOST_EXPORT void setDefaultSettingsFile(const QString& file);
 /// The file that the log is appended to, beside standard error; empty for none.
 HOST_EXPORT void setLogFile(const QString& file);
 

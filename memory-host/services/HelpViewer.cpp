@@ -1,7 +1,7 @@
 #include "HelpViewer.h"
+#include "DataFolder.h"
 #include "Legible.h"
 #include "Logger.h"
-#include "Services.h"
 #include "Text.h"
 
 #include <QAbstractTextDocumentLayout>

@@ -1,4 +1,4 @@
-#include "Names.h"
+#include "ItemName.h"
 
 #include <algorithm>
 #include <array>

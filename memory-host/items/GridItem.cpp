@@ -1,4 +1,7 @@
-#include "Items.h"
+#include "GridItem.h"
+
+#include <cstddef>
+#include <utility>
 
 namespace memory_host {
 

@@ -1,0 +1,121 @@
+#include "AtomItem.h"
+
+#include "ElementColours.h"
+#include "PartialCharge.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace memory_host {
+
+namespace {
+
+std::string residuePrefix(const HostItem& atom) {
+    const Holder* residue = residueAround(atom);
+    return residue ? residue->name.text() + ' ' : std::string();
+}
+
+} // namespace
+
+std::string BondItem::GetName() const {
+    if (!m_record.name.isEmpty() || !m_atoms[0])
+        return m_record.name.text();
+    const HostItem& a = HostItem::of(m_atoms[0]);
+    const HostItem& b = HostItem::of(m_atoms[1]);
+    if (residueAround(a) == residueAround(b))
+        return residuePrefix(a) + a.name.text() + '-' + b.name.text();
+    return residuePrefix(a) + a.name.text() + " - " + residuePrefix(b) + b.name.text();
+}
+
+AtomItem* BondItem::atom(int end) const {
+    return static_cast<AtomItem*>(m_atoms[static_cast<std::size_t>(end)]);
+}
+
+int BondItem::endAt(const AtomItem* atom) const {
+    return m_atoms[0] == atom ? 0 : 1;
+}
+
+BondItem* BondItem::next(const AtomItem* atom) const {
+    return m_links[static_cast<std::size_t>(endAt(atom))].next;
+}
+
+void BondItem::connect(AtomItem* a, AtomItem* b) {
+    m_atoms = {a, b};
+    for (const int end : {0, 1}) {
+        AtomItem* at = atom(end);
+        Links& links = m_links[static_cast<std::size_t>(end)];
+        links = {at->m_bonds, nullptr};
+        if (at->m_bonds)
+            at->m_bonds->m_links[static_cast<std::size_t>(at->m_bonds->endAt(at))].previous = this;
+        at->m_bonds = this;
+    }
+    updateShown();
+}
+
+void BondItem::disconnect() {
+    if (!m_atoms[0])
+        return;
+    for (const int end : {0, 1}) {
+        AtomItem* at = atom(end);
+        const Links& links = m_links[static_cast<std::size_t>(end)];
+        if (links.next)
+            links.next->m_links[static_cast<std::size_t>(links.next->endAt(at))].previous =
+                links.previous;
+        if (links.previous)
+            links.previous->m_links[static_cast<std::size_t>(links.previous->endAt(at))].next =
+                links.next;
+        else
+            at->m_bonds = links.next;
+    }
+    m_atoms = {};
+}
+
+std::int32_t BondItem::markShown() {
+    bool shown = m_record.has(HostItem::Visible);
+    for (const int end : {0, 1})
+        shown = shown && (!m_atoms[0] || atom(end)->IsVisible());
+    return memory_host::markShown(m_record, shown);
+}
+
+void BondItem::updateShown() {
+    countShown(m_record, markShown());
+}
+
+void BondItem::hide() {
+    countShown(m_record, memory_host::markShown(m_record, false));
+}
+
+std::int32_t AtomItem::markShown() {
+    const std::int32_t change = memory_host::markShown(
+        m_record, m_record.has(HostItem::Visible) && !m_record.has(HostItem::OtherModel));
+    if (change > 0)
+        for (BondItem* bond = m_bonds; bond; bond = bond->next(this))
+            bond->updateShown();
+    if (change < 0)
+        for (BondItem* bond = m_bonds; bond; bond = bond->next(this))
+            bond->hide();
+    return change;
+}
+
+void AtomItem::updateShown() {
+    countShown(m_record, markShown());
+}
+
+void AtomItem::setValues(const AtomRecord& values) {
+    // What can fail comes before the first change.
+    m_record.type = Name(values.type);
+    for (const std::size_t axis : {0, 1, 2})
+        m_position[axis] = values.position[axis];
+    m_record.set(HostItem::HasPosition, values.position.isValid());
+    m_temperature = values.temperature;
+    m_record.model = static_cast<std::uint16_t>(
+        std::min<unsigned int>(values.model, std::numeric_limits<std::uint16_t>::max()));
+    m_record.color = defaultColor(m_record).rgba();
+}
+
+} // namespace memory_host
+
+TAVIK::PartialCharge TAVIK::GetPartialCharge(const Atom* atom) {
+    const auto* const charged = dynamic_cast<const memory_host::ChargedAtomItem*>(atom);
+    return charged ? PartialCharge{charged->m_charge, charged->m_radius, true} : PartialCharge{};
+}

@@ -1,0 +1,68 @@
+// The record of a composite: its children, and the counters from which its state is read in
+// constant time.
+#pragma once
+
+#include "Counters.h"
+#include "HostItem.h"
+
+#include <cstdint>
+#include <utility>
+
+namespace memory_host {
+
+/// The record of a composite. Destroyed children leave holes in the vector, which are closed the
+/// next time that the vector is read: destroying costs nothing by the number of siblings.
+struct Holder : HostItem {
+    Holder(Kind ofKind, Name itsName, Compound* item)
+        : HostItem(ofKind, std::move(itsName)), self(item) {}
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+    ~Holder();
+
+    std::uint32_t childCount() const { return end - begin - holes; }
+    Compound** childBegin() {
+        if (holes)
+            closeHoles();
+        return children + begin;
+    }
+    Compound** childEnd() {
+        if (holes)
+            closeHoles();
+        return children + end;
+    }
+    /// Appends to the vector alone; the counters are the caller's.
+    void appendChild(Compound* child);
+    /// Leaves a hole; the counters are the caller's.
+    void removeChild(std::uint32_t slot);
+    /// Gives back what the vector does not need.
+    void shrink();
+
+    // First, so that the change of an atom finds it beside the marks of the record.
+    Contribution sum;               ///< of all children
+    std::uint32_t directLeaves = 0; ///< children that are no composites
+    Compound** children = nullptr;
+    std::uint32_t begin = 0;
+    std::uint32_t end = 0;
+    std::uint32_t holes = 0; ///< null children between begin and end
+    std::uint32_t capacity = 0;
+    std::uint32_t directAtoms = 0; ///< children that are atoms
+    /// Of a residue: how many of its atoms belong to the active model.
+    std::uint32_t modelAtoms = 0;
+    Compound* self;
+
+private:
+    void closeHoles();
+    void resize(std::uint32_t slotCount);
+};
+
+/// The first composite of that kind among `holder`, which may be null, and those around it; or
+/// null.
+Holder* nearest(Kind kind, Holder* holder);
+/// The residue around an item, or null.
+Holder* residueAround(const HostItem& item);
+
+} // namespace memory_host
+
+inline memory_host::Holder& TAVIK::HostItem::asHolder() {
+    return static_cast<memory_host::Holder&>(*this);
+}

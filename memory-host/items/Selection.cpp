@@ -1,0 +1,69 @@
+#include "Selection.h"
+
+#include "Holder.h"
+#include "SelectionChanges.h"
+#include "Sets.h"
+
+namespace memory_host {
+
+namespace {
+
+// Marks everything in a composite. The counters of the composites that are passed are set as a
+// whole: a change that reaches millions of leaves climbs to the top but once.
+void selectBelow(Holder& holder, bool on) {
+    const std::int32_t wanted = on ? holder.sum.leaves : 0;
+    if (holder.sum.selectedLeaves == wanted)
+        return;
+    ++selectionChanges;
+    Compound** const last = holder.childEnd();
+    for (Compound** child = holder.childBegin(); child != last; ++child) {
+        HostItem& record = HostItem::of(*child);
+        if (record.isHolder() && record.asHolder().sum.leaves > 0)
+            selectBelow(record.asHolder(), on);
+        else if (record.has(HostItem::Selected) != on && !listsMembers(record))
+            changeState(record, [&] { record.set(HostItem::Selected, on); });
+    }
+    changeState(holder, [&] {
+        holder.sum.selectedLeaves = wanted;
+        holder.sum.selectedAtoms = on ? holder.sum.atoms : 0;
+    });
+}
+
+// Carries a change of the selection to all composites around an item.
+void countSelected(const HostItem& item, std::int32_t leaves, std::int32_t atoms) {
+    for (Holder* holder = item.parent; holder; holder = holder->parent)
+        changeState(*holder, [&] {
+            holder->sum.selectedLeaves += leaves;
+            holder->sum.selectedAtoms += atoms;
+        });
+}
+
+} // namespace
+
+void setSelected(HostItem& item, bool on) {
+    if (item.isHolder() && item.asHolder().sum.leaves > 0) {
+        const Contribution before = item.asHolder().sum;
+        selectBelow(item.asHolder(), on);
+        const Contribution change = item.asHolder().sum - before;
+        if (change != Contribution{})
+            countSelected(item, change.selectedLeaves, change.selectedAtoms);
+        return;
+    }
+    if (listsMembers(item)) {
+        for (Compound* member : static_cast<SetRecord&>(item).listed())
+            setSelected(HostItem::of(member), on);
+        return;
+    }
+    if (item.has(HostItem::Selected) == on)
+        return;
+    ++selectionChanges;
+    changeState(item, [&] { item.set(HostItem::Selected, on); });
+    const std::int32_t change = on ? 1 : -1;
+    countSelected(item, change, item.kind == Kind::Atom ? change : 0);
+}
+
+} // namespace memory_host
+
+std::uint64_t TAVIK::SelectionChanges() {
+    return memory_host::selectionChanges;
+}

@@ -1,0 +1,17 @@
+// Selecting items, and counting what that changes.
+#pragma once
+
+#include "HostItem.h"
+
+#include <cstdint>
+
+namespace memory_host {
+
+/// Counts the changes after which some item may answer IsSelected() or HasSelected() other than
+/// before: an item's own mark, and items that come or go.
+inline std::uint64_t selectionChanges = 0;
+
+/// Sets the mark of an item and of all that it holds.
+void setSelected(HostItem& item, bool on);
+
+} // namespace memory_host

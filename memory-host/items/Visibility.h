@@ -1,0 +1,25 @@
+// Showing and hiding items, and counting what that changes.
+#pragma once
+
+#include "HostItem.h"
+#include "Sets.h"
+
+#include <cstdint>
+
+namespace memory_host {
+
+/// Sets the mark of an item and of all that it holds.
+void setVisible(HostItem& item, Compound* self, bool on);
+
+/// Carries a change of the number of shown leaves from an item to all levels above it.
+void countShown(const HostItem& item, std::int32_t change);
+
+/// Marks a leaf as shown or not; returns by how much that changes the number of shown leaves.
+inline std::int32_t markShown(HostItem& leaf, bool shown) {
+    if (leaf.has(HostItem::Shown) == shown)
+        return 0;
+    changeState(leaf, [&] { leaf.set(HostItem::Shown, shown); });
+    return shown ? 1 : -1;
+}
+
+} // namespace memory_host

@@ -1,0 +1,26 @@
+// The plug-ins that are loaded now.
+#pragma once
+
+#include "Plugin.h"
+
+#include <QString>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace memory_host {
+
+struct LoadedPlugins {
+    std::map<std::pair<QString, QString>, std::unique_ptr<Plugin>> byName; ///< by type and name
+    const PluginCall* call = nullptr;                                      ///< the innermost
+    bool unloading = false;
+};
+
+LoadedPlugins& loadedPlugins();
+
+/// The loaded plug-in, or null and a line in the log that says what was not run.
+Plugin* findOrReport(const QString& type, const QString& name, const std::string& what);
+
+} // namespace memory_host
