@@ -23,7 +23,7 @@ public:
     /// Ends `window`, as when its plug-in is sent "Kill"; the base closes it.
     virtual void Kill(BaseWindow* window);
 
-    const QString& helpPage() const { return m_helpPage; }
+    QString helpPage() const;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -33,6 +33,6 @@ protected:
     WidgetFactory* m_Factory;
 
 private:
-    std::unique_ptr<WidgetFactory> m_ownFactory;
-    QString m_helpPage;
+    struct Private;
+    std::unique_ptr<Private> m_private; ///< the host's own
 };

@@ -4,8 +4,8 @@
 #include "Color.h"
 #include "HostExport.h"
 
+#include <memory>
 #include <string>
-#include <vector>
 
 /// A colour map read from a file of the host's data folder, over a range that can be set.
 class HOST_EXPORT Colormap {
@@ -21,10 +21,9 @@ public:
     /// the first one; a map that is not valid gives white.
     Color lookupValue(float value) const;
     /// Whether the file was read.
-    bool isValid() const { return !m_entries.empty(); }
+    bool isValid() const;
 
 private:
-    std::vector<Color> m_entries;
-    float m_min = 0.0F;
-    float m_max = 1.0F;
+    struct Table;
+    std::unique_ptr<Table> m_table; ///< the host's own
 };

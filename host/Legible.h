@@ -2,10 +2,9 @@
 // and contrast are those of the Web Content Accessibility Guidelines, version 2.
 #pragma once
 
-#include <QColor>
+#include "HostExport.h"
 
-#include <algorithm>
-#include <cmath>
+#include <QColor>
 
 namespace legible {
 
@@ -13,57 +12,13 @@ namespace legible {
 inline constexpr double least = 4.5;
 
 /// The relative luminance of an opaque colour: 0 for black, 1 for white.
-inline double luminance(const QColor& color) {
-    const auto linear = [](int channel) {
-        const double value = channel / 255.0;
-        return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.red()) + 0.7152 * linear(color.green()) +
-           0.0722 * linear(color.blue());
-}
-
+HOST_EXPORT double luminance(const QColor& color);
 /// From 1, for equal luminance, to 21, for black and white. The order does not matter.
-inline double contrast(const QColor& one, const QColor& other) {
-    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
-    return (light + 0.05) / (dark + 0.05);
-}
-
+HOST_EXPORT double contrast(const QColor& one, const QColor& other);
 /// Black or white, whichever can be read better on `background`; its contrast is always above 4.5.
-inline QColor blackOrWhite(const QColor& background) {
-    return contrast(Qt::black, background) >= contrast(Qt::white, background) ? QColor(Qt::black)
-                                                                              : QColor(Qt::white);
-}
-
+HOST_EXPORT QColor blackOrWhite(const QColor& background);
 /// `wanted`, when it can be read on `background`; else the nearest to it, among the darker or the
 /// lighter colours of its hue, that can. Opaque, as `background` is taken to be.
-inline QColor text(const QColor& wanted, const QColor& background) {
-    const auto mixed = [alpha = wanted.alphaF()](int above, int below) {
-        return static_cast<int>(std::lround(alpha * above + (1 - alpha) * below));
-    };
-    const QColor seen(mixed(wanted.red(), background.red()),
-                      mixed(wanted.green(), background.green()),
-                      mixed(wanted.blue(), background.blue()));
-    if (contrast(seen, background) >= least)
-        return seen;
-    const bool darker = blackOrWhite(background) == QColor(Qt::black);
-    float hue = 0;
-    float saturation = 0;
-    float lightness = 0;
-    seen.getHslF(&hue, &saturation, &lightness);
-    // As a screen shows it, with 8 bits a channel.
-    const auto shade = [&](int step) {
-        const float to = darker ? 0.0F : 1.0F;
-        const float part = static_cast<float>(step) / 255.0F;
-        return QColor(QColor::fromHslF(hue, saturation, lightness + part * (to - lightness)).rgb());
-    };
-    // Luminance rises with lightness.
-    int tooClose = 0;
-    int enough = 255;
-    while (enough - tooClose > 1) {
-        const int middle = (tooClose + enough) / 2;
-        (contrast(shade(middle), background) >= least ? enough : tooClose) = middle;
-    }
-    return shade(enough);
-}
+HOST_EXPORT QColor text(const QColor& wanted, const QColor& background);
 
 } // namespace legible

@@ -2,7 +2,6 @@
 // residues. `all` means everywhere: true for every item below the root, false for selected ones.
 #pragma once
 
-#include "ByClass.h"
 #include "Compound.h"
 #include "HostExport.h"
 #include "Kinds.h"
@@ -21,35 +20,23 @@ HOST_EXPORT void GetResidues(Compound* root, std::vector<Compound*>& out, bool a
 /// itself and nothing in it.
 HOST_EXPORT void GetSelected(Compound* root, std::vector<Compound*>& out);
 
+namespace detail {
+
 /// What a walk that collects items of one kind does with an item.
 enum class WalkStep { Take, Enter, Skip };
 
-/// GetItems() for a range of children or parts, with what was learnt of the classes on the way.
-template <class T>
-void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out, bool all,
-                  ByClass<WalkStep>& steps) {
-    for (Compound** it = begin; it != end; ++it) {
-        Compound* child = *it;
-        if (!child)
-            continue;
-        switch (steps.of(child, [](const Compound* item) {
-            return dynamic_cast<const T*>(item)           ? WalkStep::Take
-                   : dynamic_cast<const Composite*>(item) ? WalkStep::Enter
-                                                          : WalkStep::Skip;
-        })) {
-        case WalkStep::Take:
-            if (all || child->IsSelected())
-                out.push_back(child);
-            break;
-        case WalkStep::Enter:
-            if (all || child->HasSelected())
-                CollectItems<T>(child->ChildBegin(), child->ChildEnd(), out, all, steps);
-            break;
-        case WalkStep::Skip:
-            break;
-        }
-    }
+template <class T> WalkStep stepFor(const Compound* item) {
+    return dynamic_cast<const T*>(item)           ? WalkStep::Take
+           : dynamic_cast<const Composite*>(item) ? WalkStep::Enter
+                                                  : WalkStep::Skip;
 }
+
+/// GetItems() for a range of children or parts. `step` answers alike for all items of one class,
+/// and need not be asked again.
+HOST_EXPORT void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out,
+                              bool all, WalkStep (*step)(const Compound* item));
+
+} // namespace detail
 
 /// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
 /// `root` itself. What lies inside a `T` is not looked at. With `all` false only selected items
@@ -60,11 +47,10 @@ template <class T>
 void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* /*tag*/, bool parts) {
     if (!root || (!all && !root->HasSelected()))
         return;
-    ByClass<WalkStep> steps;
     if (dynamic_cast<Composite*>(root))
-        CollectItems<T>(root->ChildBegin(), root->ChildEnd(), out, all, steps);
+        detail::CollectItems(root->ChildBegin(), root->ChildEnd(), out, all, detail::stepFor<T>);
     else if (parts)
-        CollectItems<T>(root->PartBegin(), root->PartEnd(), out, all, steps);
+        detail::CollectItems(root->PartBegin(), root->PartEnd(), out, all, detail::stepFor<T>);
 }
 
 /// Gather everything first, then apply `f` to each item in order, so that `f` may change selection

@@ -6,11 +6,15 @@
 #include <QScreen>
 #include <QShortcut>
 
+struct BaseWindow::Private {
+    WidgetFactory factory;
+    QString helpPage;
+};
+
 BaseWindow::BaseWindow(const QString& title, const QSize& size, const QString& helpPage, bool flag,
                        QWidget* parent, const char* name)
-    : QMainWindow(parent), m_Factory(nullptr), m_ownFactory(std::make_unique<WidgetFactory>()),
-      m_helpPage(helpPage) {
-    m_Factory = m_ownFactory.get();
+    : QMainWindow(parent), m_Factory(nullptr), m_private(new Private{{}, helpPage}) {
+    m_Factory = &m_private->factory;
     if (flag && parent)
         setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                        Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint);
@@ -19,10 +23,14 @@ BaseWindow::BaseWindow(const QString& title, const QSize& size, const QString& h
     setWindowTitle(title);
     resize(size);
     const auto* const help = new QShortcut(QKeySequence(Qt::Key_F1), this);
-    connect(help, &QShortcut::activated, this, [this] { HelpViewer::Show(m_helpPage); });
+    connect(help, &QShortcut::activated, this, [this] { HelpViewer::Show(m_private->helpPage); });
 }
 
 BaseWindow::~BaseWindow() = default;
+
+QString BaseWindow::helpPage() const {
+    return m_private->helpPage;
+}
 
 void BaseWindow::Kill(BaseWindow* window) {
     if (window)

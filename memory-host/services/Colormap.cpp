@@ -99,7 +99,14 @@ Color colorAt(const std::vector<Stop>& stops, double position) {
 
 } // namespace
 
-Colormap::Colormap(const std::string& file, int entries, const std::string& name) {
+struct Colormap::Table {
+    std::vector<Color> entries;
+    float min = 0.0F;
+    float max = 1.0F;
+};
+
+Colormap::Colormap(const std::string& file, int entries, const std::string& name)
+    : m_table(std::make_unique<Table>()) {
     const QString path = QDir(dataFolder()).filePath(decodeText(file));
     std::vector<Stop> stops;
     std::string problem;
@@ -112,30 +119,35 @@ Colormap::Colormap(const std::string& file, int entries, const std::string& name
         Logger::Write("Colour map '" + name + "' " + path.toStdString() + problem);
         return;
     }
-    m_entries.reserve(static_cast<std::size_t>(entries));
+    m_table->entries.reserve(static_cast<std::size_t>(entries));
     for (int i = 0; i < entries; ++i)
-        m_entries.push_back(
+        m_table->entries.push_back(
             colorAt(stops, entries > 1 ? static_cast<double>(i) / (entries - 1) : 0.0));
 }
 
 Colormap::~Colormap() = default;
 
 void Colormap::setMinMax(float min, float max) {
-    m_min = min;
-    m_max = max;
+    m_table->min = min;
+    m_table->max = max;
+}
+
+bool Colormap::isValid() const {
+    return !m_table->entries.empty();
 }
 
 Color Colormap::lookupValue(float value) const {
-    if (m_entries.empty())
+    const auto& [entries, min, max] = *m_table;
+    if (entries.empty())
         return {};
     // In double, so that no range of floats overflows.
-    const double low = m_min;
-    const double span = static_cast<double>(m_max) - low;
-    const double part = span == 0.0 ? (value > m_min ? 1.0 : 0.0) : (value - low) / span;
+    const double low = min;
+    const double span = static_cast<double>(max) - low;
+    const double part = span == 0.0 ? (value > min ? 1.0 : 0.0) : (value - low) / span;
     if (!(part > 0.0))
-        return m_entries.front();
+        return entries.front();
     if (part >= 1.0)
-        return m_entries.back();
-    return m_entries[static_cast<std::size_t>(
-        std::lround(part * static_cast<double>(m_entries.size() - 1)))];
+        return entries.back();
+    return entries[static_cast<std::size_t>(
+        std::lround(part * static_cast<double>(entries.size() - 1)))];
 }

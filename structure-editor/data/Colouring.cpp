@@ -11,7 +11,7 @@ bool isAtom(const TAVIK::Compound* item) {
 
 // Nothing is gathered first: among many residues, one for which there is no memory would come when
 // others have their colour.
-void colorAtoms(TAVIK::Compound* item, const ColorAtm& color, TAVIK::ByClass<bool>& atoms) {
+void colorAtoms(TAVIK::Compound* item, const ColorAtm& color, ByClass<bool>& atoms) {
     if (atoms.of(item, isAtom)) {
         color(item);
         return;
@@ -25,6 +25,6 @@ void colorAtoms(TAVIK::Compound* item, const ColorAtm& color, TAVIK::ByClass<boo
 } // namespace
 
 void ColorGrp2Atom(TAVIK::Compound* residue) {
-    TAVIK::ByClass<bool> atoms;
+    ByClass<bool> atoms;
     colorAtoms(residue, ColorAtm(residue->GetColor()), atoms);
 }

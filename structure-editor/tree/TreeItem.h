@@ -142,7 +142,7 @@ private:
     };
     /// What is kept while many rows are made.
     struct Batch {
-        TAVIK::ByClass<Kind> kinds;
+        ByClass<Kind> kinds;
         std::size_t rows = 0; ///< how many were made
 
         Kind kindOf(const TAVIK::Compound* c) {

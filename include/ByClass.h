@@ -8,12 +8,10 @@
 #include <cstddef>
 #include <typeinfo>
 
-namespace TAVIK {
-
 template <class Answer> class ByClass {
 public:
     /// What `ask(item)` says of the class of `item`, which is not null.
-    template <class Ask> Answer of(const Compound* item, const Ask& ask) {
+    template <class Ask> Answer of(const TAVIK::Compound* item, const Ask& ask) {
         const std::type_info* const type = &typeid(*item);
         for (std::size_t i = 0; i != m_count; ++i)
             if (m_known[i].type == type)
@@ -32,5 +30,3 @@ private:
     std::array<Known, 16> m_known{};
     std::size_t m_count = 0;
 };
-
-} // namespace TAVIK
