@@ -3,6 +3,7 @@
 #include "CommandTools.h"
 #include "WindowTestCase.h"
 #include "items/Building.h"
+#include "items/SpaceLock.h"
 
 #include <QMenu>
 #include <QMenuBar>
