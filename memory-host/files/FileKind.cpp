@@ -4,7 +4,6 @@
 #include "Readers.h"
 
 #include <array>
-#include <ranges>
 
 namespace memory_host {
 
@@ -56,10 +55,11 @@ bool isUnmarkedUtf16(std::string_view bytes) {
 }
 
 const FileFormat* recognisedAs(FileFormat::Form form, FileSample sample, const FileFormat* named) {
-    for (const FileFormat* format : std::views::reverse(fileFormats())) {
-        sample.isNamedSo = format == named;
-        if (format->form == form && format->recognises(sample))
-            return format;
+    const auto formats = fileFormats();
+    for (auto format = formats.rbegin(); format != formats.rend(); ++format) {
+        sample.isNamedSo = *format == named;
+        if ((*format)->form == form && (*format)->recognises(sample))
+            return *format;
     }
     return nullptr;
 }
