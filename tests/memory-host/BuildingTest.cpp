@@ -1,7 +1,7 @@
 // Building aside and attaching, values of atoms and grids, and what is refused.
 #include "Sample.h"
 #include "TestSupport.h"
-#include "items/HostItem.h"
+#include "items/Holder.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 // What destroying costs and leaves: no work by the number of siblings, no holes that anybody sees.
 #include "Sample.h"
 #include "TestSupport.h"
-#include "items/HostItem.h"
+#include "items/Holder.h"
 
 using namespace memory_host;
 using namespace TAVIK;
