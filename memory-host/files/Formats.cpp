@@ -12,14 +12,16 @@ namespace memory_host {
         return &format;                                                                            \
     }()
 
-// From the general to the special: the last one that recognises a file reads it, and the first one
-// a text that none recognises.
+// The last one that recognises a file reads it. The first one reads any text that none recognises,
+// and says what it lacks.
+// clang-format off
 static const std::array formats = {
     FORMAT(pdbFormat),
     FORMAT(pqrFormat),
     FORMAT(mmcifFormat),
     FORMAT(ccp4Format),
 };
+// clang-format on
 
 namespace {
 
