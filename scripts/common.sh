@@ -6,7 +6,7 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 
 # Debian's names.
 packages_build=(cmake ninja-build g++ qt6-base-dev qt6-5compat-dev gemmi-dev tao-pegtl-dev
-    zlib1g-dev fonts-dejavu-core)
+    zlib1g-dev libnanoflann-dev fonts-dejavu-core)
 packages_test=(binutils locales xvfb xdotool imagemagick)
 packages_benchmarks=(libbenchmark-dev)
 packages_format=(clang-format)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CentreGrid.h"
-#include "CentreTree.h"
+#include "CrowdedCentres.h"
 #include "Point.h"
 
 #include <cstddef>
@@ -36,5 +36,5 @@ private:
     Point m_low{infinity, infinity, infinity};
     Point m_high{-infinity, -infinity, -infinity};
     std::optional<CentreGrid> m_grid;
-    std::optional<CentreTree> m_tree;
+    std::optional<CrowdedCentres> m_tree;
 };
