@@ -61,6 +61,25 @@ add_dependencies(test-documents ExampleHost)
 set_property(TEST documents.ExampleFormatTest
   APPEND PROPERTY ENVIRONMENT LD_LIBRARY_PATH=${format_root})
 
+# The plug-ins that the document makes, in folders as the host finds them.
+set(example_plugins ${CMAKE_CURRENT_BINARY_DIR}/example-plugins)
+function(add_example_plugin type name section)
+  set(source ${example_plugins}/${name}.cpp)
+  add_custom_command(OUTPUT ${source}
+    COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} "-DSECTION=${section}" -DROOT=${CMAKE_SOURCE_DIR}
+      -DFILES= -DNEW=${name}.cpp -DINTO=${example_plugins} -P ${script}
+    DEPENDS ${document} ${script}
+    COMMENT "Making the example plug-in ${name} of docs/architecture.md" VERBATIM)
+  add_library(example-plugin-${name} MODULE ${source})
+  target_link_libraries(example-plugin-${name} PRIVATE plugin-frame)
+  set_target_properties(example-plugin-${name} PROPERTIES
+    OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY ${example_plugins}/${type})
+  add_dependencies(test-documents example-plugin-${name})
+endfunction()
+add_example_plugin(View Counter "Adding a plug-in with a window")
+add_example_plugin(Modify Hydrogens "Adding a plug-in without a window")
+target_compile_definitions(test-documents PRIVATE EXAMPLE_PLUGINS="${example_plugins}")
+
 target_compile_definitions(test-documents PRIVATE CMAKE="${CMAKE_COMMAND}")
 
 add_custom_target(check-documents ALL
