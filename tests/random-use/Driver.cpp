@@ -321,7 +321,7 @@ void Driver::call(const Step& step) {
 
 void Driver::invoke(const Step& step) {
     Vuxo* target = window();
-    const char* signature = choose(plain::commands(), step.a).signature;
+    const char* signature = choose(commands(), step.a).slot;
     const QMetaObject* meta = target->metaObject();
     const QMetaMethod method = meta->method(meta->indexOfSlot(signature));
     if (qstrcmp(signature, "Populate(int)") == 0) {
@@ -344,7 +344,7 @@ void Driver::invoke(const Step& step) {
 }
 
 void Driver::trigger(const Step& step) {
-    const plain::MenuEntry& entry = choose(plain::menuEntries(), step.a);
+    const MenuEntry& entry = choose(menuEntries(), step.a);
     for (const QAction* menu : window()->menuBar()->actions())
         if (menu->text() == QLatin1String(entry.menu))
             for (QAction* action : menu->menu()->actions())

@@ -99,7 +99,7 @@ void Generator::goOn(Step& step) {
         step.action = Action::Slot;
         step.a = unsigned(std::find_if(plain::commands().begin(), plain::commands().end(),
                                        [signature](const plain::Command& command) {
-                                           return qstrcmp(command.signature, signature) == 0;
+                                           return qstrcmp(command.slot, signature) == 0;
                                        }) -
                           plain::commands().begin());
     }
@@ -119,8 +119,8 @@ namespace {
 
 bool isLast(const Step& step) {
     const char* const signature =
-        step.action == Action::Slot   ? choose(plain::commands(), step.a).signature
-        : step.action == Action::Menu ? choose(plain::menuEntries(), step.a).signature
+        step.action == Action::Slot   ? choose(plain::commands(), step.a).slot
+        : step.action == Action::Menu ? choose(plain::menuEntries(), step.a).slot
                                       : "";
     return qstrcmp(signature, "KillAll()") == 0 || qstrcmp(signature, "KillClump()") == 0 ||
            qstrcmp(signature, "close()") == 0;

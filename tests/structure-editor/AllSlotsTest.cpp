@@ -23,100 +23,13 @@
 using namespace command_tools;
 using namespace slot_tools;
 using namespace window_tools;
+using plain::Asks;
+using plain::Guard;
+using plain::Needs;
 using TAVIK::Compound;
 using TAVIK::Space;
 
 namespace {
-
-/// What a slot needs to do anything: the item in the tree, or an entry in the list.
-enum class Needs { Nothing, Tree, Entry };
-/// What becomes of the change when the host refuses it.
-enum class Guard { None, Said, Silent };
-enum class Asks { No, First, InGuard };
-
-struct Slot {
-    const char* signature;
-    Needs needs = Needs::Nothing;
-    Guard guard = Guard::None;
-    Asks asks = Asks::No;
-    const char* line = nullptr;    ///< written at the start
-    const char* sendsTo = nullptr; ///< the plug-in that is not there
-    bool oddIsCancel = false;      ///< an odd answer ends it as a cancel does
-    bool refreshes = true;         ///< the window shows the change at once
-    int button = 0;                ///< of ListEvent
-};
-
-constexpr const char* solidVolume = "Create/SolidVolume";
-
-const Slot slotTable[] = {
-    {"help()"},
-    {"MakeList()"},
-    {"UpdateList()"},
-    {"ListEvent(int,QListWidgetItem*,QPoint)", Needs::Entry, Guard::None, Asks::No, nullptr,
-     nullptr, false, true, Qt::LeftButton},
-    {"ListEvent(int,QListWidgetItem*,QPoint)", Needs::Entry, Guard::Said, Asks::No, nullptr,
-     nullptr, false, true, Qt::RightButton},
-    {"ListEvent(int,QListWidgetItem*,QPoint)", Needs::Entry, Guard::Silent, Asks::First, nullptr,
-     nullptr, true, true, Qt::MiddleButton},
-    {"ListEvent(int,QListWidgetItem*,QPoint)", Needs::Entry, Guard::None, Asks::No, nullptr,
-     nullptr, false, true, Qt::BackButton},
-    {"Populate(int)"},
-    {"showQuery()"},
-    {"SelectGroups()", Needs::Tree, Guard::Said},
-    {"SelectRadius()", Needs::Tree, Guard::Said, Asks::InGuard},
-    {"SelectGroupsG()", Needs::Nothing, Guard::Said},
-    {"SelectHydrogens()", Needs::Nothing, Guard::Said, Asks::First},
-    {"SelectRadiusG()", Needs::Nothing, Guard::Said, Asks::InGuard},
-    {"SelectGridBounds()", Needs::Nothing, Guard::Said},
-    {"SelectedHide()", Needs::Tree, Guard::Said},
-    {"SelectedShow()", Needs::Tree, Guard::Said},
-    {"SelectedClear()", Needs::Tree, Guard::Said},
-    {"SelectedToggle()", Needs::Tree, Guard::Said, Asks::No, "Vuxo::InvertSelection"},
-    {"SelectedColor()", Needs::Tree, Guard::Said, Asks::First, "ProteinPage::SelectedColor()",
-     nullptr, true},
-    {"SelectedColorTemp()", Needs::Tree, Guard::Said, Asks::No, "ProteinPage::SelectedColorTemp()"},
-    {"SelectedUnColor()", Needs::Tree, Guard::Said, Asks::No, "ProteinPage::RestoreColor()"},
-    {"SelectedRotamers()", Needs::Tree, Guard::None, Asks::No, nullptr, "Create/Rotamer"},
-    {"SelectedPrevModel()", Needs::Tree, Guard::Said, Asks::No,
-     "Change to previous model in selected Residues"},
-    {"SelectedNextModel()", Needs::Tree, Guard::Said, Asks::No,
-     "Change to next model in selected Residues"},
-    {"SelectedOrigModel()", Needs::Tree, Guard::Said, Asks::No,
-     "Change to first model in selected Residues"},
-    {"SelectedColorGrp2Atom()", Needs::Tree, Guard::Said, Asks::No, "Color atoms by residue color"},
-    {"UnselectedHide()", Needs::Tree, Guard::Said, Asks::No, nullptr, nullptr, false, false},
-    {"UnselectedHideG()", Needs::Nothing, Guard::Said, Asks::No, nullptr, nullptr, false, false},
-    {"MakeContourHi()", Needs::Nothing, Guard::None, Asks::First, nullptr, solidVolume, true},
-    {"MakeContourLo()", Needs::Nothing, Guard::None, Asks::First, nullptr, solidVolume, true},
-    {"MakeSurface()", Needs::Nothing, Guard::None, Asks::No, nullptr, solidVolume},
-    {"MakeSurfaceED()", Needs::Nothing, Guard::None, Asks::No, nullptr, solidVolume},
-    {"MakeSurfaceGauss()", Needs::Nothing, Guard::None, Asks::No, nullptr, solidVolume},
-    {"MakeSurfaceVdW()", Needs::Nothing, Guard::None, Asks::No, nullptr, solidVolume},
-    {"MakeSurfaceSolv()", Needs::Nothing, Guard::None, Asks::No, nullptr, solidVolume},
-    {"MakeSubSurface()", Needs::Nothing, Guard::None, Asks::First, nullptr, solidVolume, true},
-    {"MakeCartesian()", Needs::Nothing, Guard::Said},
-    {"MakeSet()", Needs::Tree, Guard::Said, Asks::First},
-    {"MapGrid2Surf()", Needs::Nothing, Guard::None, Asks::No, nullptr, "Calculate/Electrostatics"},
-    {"KillAll()", Needs::Nothing, Guard::Silent},
-    {"KillGroups()", Needs::Tree, Guard::Silent},
-    {"KillResidues()", Needs::Tree, Guard::Silent},
-    {"KillGrids()", Needs::Tree, Guard::Silent},
-    {"KillSurfaces()", Needs::Tree, Guard::Silent},
-    {"KillBonds()", Needs::Tree, Guard::Silent},
-    {"KillAtoms()", Needs::Tree, Guard::Silent},
-    {"KillMolecules()", Needs::Tree, Guard::Silent},
-    {"KillClump()", Needs::Tree, Guard::Silent},
-    {"KillItems()"},
-    {"applySelect()", Needs::Tree, Guard::Said},
-    {"applyMask()", Needs::Tree, Guard::Said},
-    {"applyDiff()", Needs::Tree, Guard::Said},
-    {"SelectionChanged()", Needs::Tree, Guard::Said},
-    {"KillBranch(TreeItem*)", Needs::Tree, Guard::Said, Asks::First, nullptr, nullptr, true},
-};
-
-bool is(const Slot& slot, const char* signature) {
-    return qstrcmp(slot.signature, signature) == 0;
-}
 
 enum class State { EmptySpace, EmptyTree, NothingSelected, EverythingSelected, Refused, Destroyed };
 const struct {
@@ -202,7 +115,7 @@ class AllSlotsTest : public test_support::TestCase {
             clickEntry(*m_window, 0);
     }
 
-    void invokeAndAnswer(const Slot& slot, State state, Answer answer) {
+    void invokeAndAnswer(const Call& slot, State state, Answer answer) {
         m_asked = false;
         m_destroyed = false;
         QTimer timer;
@@ -217,18 +130,18 @@ class AllSlotsTest : public test_support::TestCase {
             answerDialog(*dialog, answer);
         });
         timer.start(0);
-        QVERIFY(invoke(*m_window, slot.signature, slot.button));
+        QVERIFY(invoke(*m_window, slot.slot, slot.button));
     }
 
-    void check(const Slot& slot, State state, Answer answer) {
+    void check(const Call& slot, State state, Answer answer) {
         prepare(state);
         const bool tree = !rows(*m_window).isEmpty();
         const bool canAct = slot.needs == Needs::Nothing ||
-                            (slot.needs == Needs::Tree ? tree : state != State::EmptySpace);
+                            (slot.needs == Needs::ShownItem ? tree : state != State::EmptySpace);
         const bool refused = state == State::Refused;
         // The colour is asked for before the tree is looked at.
         const bool asks = slot.asks == Asks::First
-                              ? canAct || is(slot, "SelectedColor()")
+                              ? canAct || slot.is("SelectedColor()")
                               : slot.asks == Asks::InGuard && canAct && !refused;
         const bool goesOn =
             !asks || answer == Answer::Accept || (answer == Answer::Odd && !slot.oddIsCancel);
@@ -251,7 +164,7 @@ class AllSlotsTest : public test_support::TestCase {
             messages << QString::fromLatin1(slot.line);
         if (destroyed)
             messages << QStringLiteral("Vuxo::commDelete(): Did somebody killed my data?");
-        if (refused && acts && slot.guard == Guard::Said)
+        if (refused && acts && slot.guard == Guard::Reported)
             messages << QStringLiteral("Cannot update CDB!");
         QCOMPARE(takeMessages(), messages);
 
@@ -259,11 +172,11 @@ class AllSlotsTest : public test_support::TestCase {
         qsizetype lines = 0;
         if (slot.sendsTo) {
             line = QStringLiteral("Plug-in %1 is not loaded ").arg(slot.sendsTo);
-            lines = !acts ? 0 : is(slot, "SelectedRotamers()") ? residues : 1;
-        } else if (is(slot, "MakeSet()")) {
+            lines = !acts ? 0 : slot.is("SelectedRotamers()") ? residues : 1;
+        } else if (slot.is("MakeSet()")) {
             line = QStringLiteral("Defined set '");
             lines = acts && !refused ? 1 : 0;
-        } else if (is(slot, "help()")) {
+        } else if (slot.is("help()")) {
             line = QStringLiteral("Help page "); // there is no setting that names one
             lines = 1;
         }
@@ -296,38 +209,35 @@ private slots:
     }
 
     void theTableNamesEverySlot() {
-        const QStringList all = allSlots();
-        QCOMPARE(all.size(), 52);
         QStringList named;
-        for (const Slot& slot : slotTable)
-            named << QString::fromLatin1(slot.signature);
+        for (const Call& slot : allCalls())
+            named << QString::fromLatin1(slot.slot);
         named.removeDuplicates();
-        QCOMPARE(named, all);
+        QCOMPARE(named, allSlots());
     }
 
     void windowAndDataStayInStep_data() {
         QTest::addColumn<int>("slot");
         QTest::addColumn<int>("state");
         QTest::addColumn<int>("answer");
-        for (int i = 0; i < int(std::size(slotTable)); ++i) {
-            const Slot& slot = slotTable[i];
+        const std::vector<Call> calls = allCalls();
+        for (std::size_t i = 0; i != calls.size(); ++i)
             for (const auto& [state, stateName] : states) {
-                if (state == State::Destroyed && slot.asks == Asks::No)
+                if (state == State::Destroyed && calls[i].asks == Asks::No)
                     continue;
                 for (const auto& [answer, answerName] : answers)
-                    if (answer == Answer::Accept || slot.asks != Asks::No)
-                        QTest::addRow("%s %d, %s, %s", slot.signature, slot.button, stateName,
+                    if (answer == Answer::Accept || calls[i].asks != Asks::No)
+                        QTest::addRow("%s, %s, %s", nameOf(calls[i]).constData(), stateName,
                                       answerName)
-                            << i << int(state) << int(answer);
+                            << int(i) << int(state) << int(answer);
             }
-        }
     }
 
     void windowAndDataStayInStep() {
         QFETCH(int, slot);
         QFETCH(int, state);
         QFETCH(int, answer);
-        check(slotTable[slot], State(state), Answer(answer));
+        check(allCalls()[std::size_t(slot)], State(state), Answer(answer));
     }
 };
 

@@ -8,7 +8,7 @@
 RecordingPlugins::RecordingPlugins() {
     const QStringList loaded =
         memory_host::loadPlugins(QStringLiteral(EDITOR_TEST_PLUGINS "/recording"));
-    if (loaded != QStringList({"Calculate/Electrostatics", "Create/SolidVolume"}))
+    if (loaded != names())
         qFatal("the recording plug-ins are not built");
 }
 
@@ -16,11 +16,15 @@ RecordingPlugins::~RecordingPlugins() {
     memory_host::unloadPlugins();
 }
 
+QStringList RecordingPlugins::names() {
+    return {QStringLiteral("Calculate/Electrostatics"), QStringLiteral("Create/SolidVolume")};
+}
+
 void RecordingPlugins::during(std::function<void()> action) {
     m_action = std::move(action);
-    for (const auto& [type, name] :
-         {std::pair("Create", "SolidVolume"), std::pair("Calculate", "Electrostatics")})
-        PluginManager::Command(type, name, "Test", "RunInCommands", "",
+    for (const QString& plugin : names())
+        PluginManager::Command(plugin.section(u'/', 0, 0).toStdString(),
+                               plugin.section(u'/', 1).toStdString(), "Test", "RunInCommands", "",
                                static_cast<void*>(&m_action));
 }
 

@@ -15,6 +15,8 @@ public:
     RecordingPlugins(const RecordingPlugins&) = delete;
     RecordingPlugins& operator=(const RecordingPlugins&) = delete;
 
+    /// "Type/Name" of each.
+    static QStringList names();
     /// Runs `action` inside each command from now on.
     void during(std::function<void()> action);
 

@@ -13,10 +13,7 @@
 
 #include <QApplication>
 #include <QDialog>
-#include <QMap>
 #include <QTimer>
-
-#include <algorithm>
 
 using namespace command_tools;
 using namespace slot_tools;
@@ -26,72 +23,13 @@ using TAVIK::Space;
 
 namespace {
 
-// How often each slot tells the tree to repaint, with an item shown that is wholly selected; of
-// dialogs that come, Enter is pressed.
-const QMap<QString, int>& repaintsOfSlots() {
-    static const QMap<QString, int> all = {
-        {"help()", 0},
-        {"MakeList()", 0},
-        {"UpdateList()", 0},
-        {"ListEvent(int,QListWidgetItem*,QPoint)", 0}, // the shown one, with no button
-        {"Populate(int)", 1},
-        {"showQuery()", 0},
-        {"SelectGroups()", 1},
-        {"SelectRadius()", 1},
-        {"SelectGroupsG()", 1},
-        {"SelectHydrogens()", 1},
-        {"SelectRadiusG()", 1},
-        {"SelectGridBounds()", 0}, // no row shows what it changes
-        {"SelectedHide()", 1},
-        {"SelectedShow()", 1},
-        {"SelectedClear()", 1},
-        {"SelectedToggle()", 1},
-        {"SelectedColor()", 1},
-        {"SelectedColorTemp()", 1},
-        {"SelectedUnColor()", 1},
-        {"SelectedRotamers()", 1},
-        {"SelectedPrevModel()", 1},
-        {"SelectedNextModel()", 1},
-        {"SelectedOrigModel()", 1},
-        {"SelectedColorGrp2Atom()", 1},
-        {"UnselectedHide()", 0}, // both leave it to what the host tells
-        {"UnselectedHideG()", 0},
-        {"MakeContourHi()", 1},
-        {"MakeContourLo()", 1},
-        {"MakeSurface()", 1},
-        {"MakeSurfaceED()", 1},
-        {"MakeSurfaceGauss()", 1},
-        {"MakeSurfaceVdW()", 1},
-        {"MakeSurfaceSolv()", 1},
-        {"MakeSubSurface()", 1},
-        {"MakeCartesian()", 1},
-        {"MakeSet()", 1},
-        {"MapGrid2Surf()", 1},
-        {"KillAll()", 1},
-        {"KillGroups()", 1},
-        {"KillResidues()", 1},
-        {"KillGrids()", 1},
-        {"KillSurfaces()", 1},
-        {"KillBonds()", 1},
-        {"KillAtoms()", 1},
-        {"KillMolecules()", 1},
-        {"KillClump()", 1},
-        {"KillItems()", 0},
-        {"applySelect()", 1},
-        {"applyMask()", 1},
-        {"applyDiff()", 1},
-        {"SelectionChanged()", 1},
-        {"KillBranch(TreeItem*)", 1}};
-    return all;
+// Whether a slot repaints what it has changed itself: others only tell plug-ins what to do.
+bool needsGrant(const plain::Command& command) {
+    return command.repaints > 0 && command.guard != plain::Guard::None;
 }
 
-// Whether a slot repaints what it has changed itself: others only tell plug-ins what to do.
-bool needsGrant(const QString& slot) {
-    static const QStringList tells = {"MakeContour", "MakeSu", "MapGrid", "SelectedRot",
-                                      "Populate"};
-    return repaintsOfSlots().value(slot) > 0 &&
-           std::none_of(tells.begin(), tells.end(),
-                        [&](const QString& start) { return slot.startsWith(start); });
+const plain::Command* find(const QString& slot) {
+    return plain::findCommand(plain::commands(), slot.toStdString());
 }
 
 // Runs `act`, and presses Enter in each dialog that it opens.
@@ -113,11 +51,11 @@ class RepaintTest : public WindowTestCase {
     Compound* m_shown = nullptr;
 
     QWidget* screen() const { return treeOf(*m_window)->viewport(); }
-    static void addRows(bool (*isMeant)(const QString&)) {
+    static void addRows(bool (*isMeant)(const plain::Command&)) {
         QTest::addColumn<QString>("slot");
-        for (const QString& slot : allSlots())
-            if (isMeant(slot))
-                QTest::newRow(qPrintable(slot)) << slot;
+        for (const plain::Command& command : plain::commands())
+            if (isMeant(command))
+                QTest::newRow(command.slot) << QString::fromLatin1(command.slot);
     }
     static void takeLines() {
         takeMessages();
@@ -135,12 +73,11 @@ private slots:
     }
 
     void everySlotRepaintsTheTreeAsOftenAsItShould_data() {
-        addRows([](const QString&) { return true; });
+        addRows([](const plain::Command&) { return true; });
     }
     void everySlotRepaintsTheTreeAsOftenAsItShould() {
         QFETCH(QString, slot);
-        const int expected = repaintsOfSlots().value(slot, -1);
-        QVERIFY2(expected >= 0, "is missing in the table");
+        const int expected = find(slot)->repaints;
         PaintCount paints(screen());
         const RepaintCount repaints;
         withEnter([&] { QVERIFY(invoke(*m_window, slot.toLatin1())); });

@@ -29,6 +29,37 @@ QStringList allSlots() {
     return all;
 }
 
+bool Call::is(const char* signature) const {
+    return qstrcmp(slot, signature) == 0;
+}
+
+std::vector<Call> allCalls() {
+    using plain::Asks;
+    using plain::Guard;
+    std::vector<Call> all;
+    for (const plain::Command& command : plain::commands()) {
+        if (command.needs != plain::Needs::Entry) {
+            all.push_back({command});
+            continue;
+        }
+        const auto add = [&](Qt::MouseButton button, Guard guard, Asks asks) {
+            all.push_back({command, int(button)});
+            all.back().guard = guard;
+            all.back().asks = asks;
+            all.back().oddIsCancel = asks != Asks::No;
+        };
+        add(Qt::LeftButton, Guard::None, Asks::No);
+        add(Qt::RightButton, Guard::Reported, Asks::No);
+        add(Qt::MiddleButton, Guard::Silent, Asks::First);
+        add(Qt::BackButton, Guard::None, Asks::No);
+    }
+    return all;
+}
+
+QByteArray nameOf(const Call& call) {
+    return QByteArray(call.slot) + ' ' + QByteArray::number(call.button);
+}
+
 bool invoke(Vuxo& window, const QByteArray& signature, int button) {
     const QMetaObject* meta = window.metaObject();
     const QMetaMethod method = meta->method(meta->indexOfSlot(signature.constData()));

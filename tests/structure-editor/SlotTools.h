@@ -2,6 +2,8 @@
 // window is in step with them.
 #pragma once
 
+#include "plain/PlainCommands.h"
+
 #include <QByteArray>
 #include <QStringList>
 
@@ -11,6 +13,15 @@ namespace slot_tools {
 
 /// The signatures of all slots of the window, in order.
 QStringList allSlots();
+/// A way to call a slot, and what is known of it then.
+struct Call : plain::Command {
+    int button = 0; ///< of ListEvent
+    bool is(const char* signature) const;
+};
+/// All slots in order; ListEvent once for each button.
+std::vector<Call> allCalls();
+/// The data of a row for a call: its name, for people.
+QByteArray nameOf(const Call& call);
 /// Calls a slot by its signature, with arguments where it takes some; `button` is that of
 /// ListEvent, on the first entry. Returns whether there is such a slot.
 bool invoke(Vuxo& window, const QByteArray& signature, int button = 0);

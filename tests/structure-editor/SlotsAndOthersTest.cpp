@@ -41,7 +41,9 @@ constexpr const char* deeds[] = {"throws",
 // Slots that leave the refresh to others, and deeds that do: when others add or delete, the marks
 // of what stays are left as they are.
 bool isSilent(const QString& slotOrDeed) {
-    return slotOrDeed.contains(u"UnselectedHide") || slotOrDeed.startsWith(u"adds") ||
+    const QString slot = slotOrDeed.startsWith(u"calls ") ? slotOrDeed.mid(6) : slotOrDeed;
+    const plain::Command* const command = plain::findCommand(plain::commands(), slot.toStdString());
+    return (command && !command->refreshes) || slotOrDeed.startsWith(u"adds") ||
            slotOrDeed == u"destroys a residue";
 }
 
@@ -103,16 +105,10 @@ class SlotsAndOthersTest : public WindowTestCase {
 
     // Window and data are in step, and nothing is said but what belongs to slots.
     void checkAll(bool silent) {
-        const QStringList known = {deleted,
-                                   refused,
-                                   "Vuxo::InvertSelection",
-                                   "ProteinPage::SelectedColor()",
-                                   "ProteinPage::SelectedColorTemp()",
-                                   "ProteinPage::RestoreColor()",
-                                   "Change to previous model in selected Residues",
-                                   "Change to next model in selected Residues",
-                                   "Change to first model in selected Residues",
-                                   "Color atoms by residue color"};
+        QStringList known = {deleted, refused};
+        for (const plain::Command& command : plain::commands())
+            if (command.line)
+                known << QString::fromLatin1(command.line);
         for (const QString& line : takeMessages())
             QVERIFY2(known.contains(line), qPrintable(line));
         for (const QString& line : takeHostLog())
@@ -137,16 +133,10 @@ private slots:
         QTest::addColumn<QString>("slot");
         QTest::addColumn<int>("button");
         QTest::addColumn<QString>("deed");
-        for (const QString& slot : allSlots())
-            for (const char* deed : deeds) {
-                if (!slot.startsWith("ListEvent(")) {
-                    QTest::addRow("%s, %s", qPrintable(slot), deed) << slot << 0 << deed;
-                    continue;
-                }
-                for (const int button : {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton})
-                    QTest::addRow("%s %d, %s", qPrintable(slot), button, deed)
-                        << slot << button << deed;
-            }
+        for (const Call& call : allCalls())
+            for (const char* deed : deeds)
+                QTest::addRow("%s, %s", nameOf(call).constData(), deed)
+                    << QString::fromLatin1(call.slot) << call.button << deed;
     }
     void whatOthersDoWhenTheyAreToldIsNoHarm() {
         QFETCH(QString, slot);
@@ -167,11 +157,11 @@ private slots:
     void whatAPluginDoesInsideItsCommandIsNoHarm_data() {
         QTest::addColumn<QString>("slot");
         QTest::addColumn<QString>("deed");
-        for (const char* slot : {"MakeSurface()", "MakeSurfaceVdW()", "MakeSurfaceSolv()",
-                                 "MakeSurfaceGauss()", "MakeSurfaceED()", "MakeSubSurface()",
-                                 "MakeContourHi()", "MakeContourLo()", "MapGrid2Surf()"})
-            for (const char* deed : deeds)
-                QTest::addRow("%s, %s", slot, deed) << slot << deed;
+        for (const plain::Command& command : plain::commands())
+            if (RecordingPlugins::names().contains(command.sendsTo))
+                for (const char* deed : deeds)
+                    QTest::addRow("%s, %s", command.slot, deed)
+                        << QString::fromLatin1(command.slot) << deed;
     }
     void whatAPluginDoesInsideItsCommandIsNoHarm() {
         QFETCH(QString, slot);
@@ -195,17 +185,17 @@ private slots:
         call("KillAll()");
         QVERIFY(!Space::instance()->HasChildren());
         for (int turn = 0; turn < 3; ++turn) {
-            for (const QString& slot : allSlots())
-                for (const int button : {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton}) {
+            for (const Call& each : allCalls())
+                for (int again = 0; again < 3; ++again) {
                     if (turn == 1 && !Space::instance()->HasChildren()) {
                         fillSpace();
                         m_window->commUpdate();
                     }
                     m_window->Populate(0);
-                    call(slot, button);
+                    call(each.slot, each.button);
                     // A set without members is visible, and so is then what holds it.
-                    checkAll(isSilent(slot) || slot == "MakeSet()");
-                    QVERIFY2(!QTest::currentTestFailed(), qPrintable(slot));
+                    checkAll(!each.refreshes || each.is("MakeSet()"));
+                    QVERIFY2(!QTest::currentTestFailed(), each.slot);
                     if (turn == 2)
                         call("KillAll()");
                 }

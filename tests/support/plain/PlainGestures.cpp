@@ -15,12 +15,12 @@ void Model::act(const Step& step, const Seen& seen) {
     switch (step.action) {
     case Action::Slot:
         if (exists)
-            choose(commands(), step.a).run(*this, step);
+            runCommand(*this, choose(commands(), step.a).slot, step);
         return;
     case Action::Menu: {
         const MenuEntry& entry = choose(menuEntries(), step.a);
-        if (isUsable() && (plugins || !entry.needsPlugin))
-            runCommand(*this, entry.signature, step);
+        if (isUsable() && (plugins || !*entry.plugin))
+            runCommand(*this, entry.slot, step);
         return;
     }
     case Action::Lock:

@@ -2,7 +2,9 @@
 // session must do to data, rows, list and logs.
 #pragma once
 
+#include "PlainCommands.h"
 #include "PlainItems.h"
+#include "PlainMenus.h"
 #include "PlainTree.h"
 #include "Step.h"
 
@@ -121,22 +123,5 @@ private:
     void tellIf(bool selectionChanges);
     void shortcut(Qt::Key key, const Step& step);
 };
-
-/// A slot of the window: what it does.
-struct Command {
-    const char* signature;
-    void (*run)(Model& model, const Step& step);
-};
-const std::vector<Command>& commands();
-void runCommand(Model& model, const char* signature, const Step& step);
-
-/// An entry of the menus.
-struct MenuEntry {
-    const char* menu;
-    const char* label;
-    const char* signature;
-    bool needsPlugin = false;
-};
-const std::vector<MenuEntry>& menuEntries();
 
 } // namespace plain
