@@ -1,39 +1,28 @@
 // The commands of the menu "Select", through their entries and their dialogs: those that ask for no
 // radius, and what all of them have in common.
 #include "SelectionTestCase.h"
+#include "SlotTools.h"
 #include "items/SpaceLock.h"
 
 #include <QFrame>
 
-#include <iterator>
 #include <optional>
 
 using namespace command_tools;
 using namespace selection_tools;
+using namespace slot_tools;
 using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
 
 namespace {
 
-struct Command {
-    const char* label;
-    bool local;
-    bool asks;                  ///< opens a dialog
-    bool asksInGuard;           ///< and that only when the guard is good
-    const char* line = nullptr; ///< written before anything else
-};
-
-const Command commands[] = {
-    {"Clear", true, false, false},         {"Invert", true, false, false, "Vuxo::InvertSelection"},
-    {"Full groups", true, false, false},   {"Within rad.", true, true, true},
-    {"All Fgroups", false, false, false},  {"Any w/ rad.", false, true, true},
-    {"Atoms by type", false, true, false}, {"Nearby Grids", false, false, false}};
+const std::vector<Entry> commands = changingEntries("Select");
 
 void addCommandRows() {
     QTest::addColumn<int>("index");
-    for (int i = 0; i < int(std::size(commands)); ++i)
-        QTest::newRow(commands[i].label) << i;
+    for (int i = 0; i < int(commands.size()); ++i)
+        QTest::newRow(commands[size_t(i)].label) << i;
 }
 
 } // namespace
@@ -177,7 +166,7 @@ private slots:
     void aRefusedCommandChangesNothingAndSaysSoOnce_data() { addCommandRows(); }
     void aRefusedCommandChangesNothingAndSaysSoOnce() {
         QFETCH(int, index);
-        const Command& command = commands[index];
+        const Entry& command = commands[size_t(index)];
         Compound* shown = addLine("1abc", {0, 1, 2});
         TAVIK::Grid* grid = addGridItem("map");
         const std::vector<int> before = shownRange(grid);
@@ -191,7 +180,7 @@ private slots:
         {
             const memory_host::SpaceLock lock;
             const bool asked = selectWith(command.label, "C");
-            QCOMPARE(asked, command.asks && !command.asksInGuard);
+            QCOMPARE(asked, command.asks == plain::Asks::First);
         }
         QCOMPARE(takeMessages(), expected);
         QCOMPARE(selectedNames(shown), "C0");
@@ -218,8 +207,8 @@ private slots:
     void localCommandsDoNothingWithoutATree_data() { addCommandRows(); }
     void localCommandsDoNothingWithoutATree() {
         QFETCH(int, index);
-        const Command& command = commands[index];
-        if (!command.local)
+        const Entry& command = commands[size_t(index)];
+        if (!command.isLocal())
             return;
         Compound* shown = addLine("1abc", {0, 1});
         shown->SetSelected(true);
@@ -237,7 +226,7 @@ private slots:
         addLine("1abc", {0, 1})->SetSelected(true);
         showWindow();
         OtherPlugin other;
-        selectWith(commands[index].label, "1");
+        selectWith(commands[size_t(index)].label, "1");
         QCOMPARE(other.updates, 1);
         takeMessages();
     }

@@ -5,6 +5,7 @@
 #include "Space.h"
 #include "WindowTools.h"
 #include "items/Building.h"
+#include "plain/PlainMenus.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 #include "window/ListBox.h"
@@ -54,6 +55,16 @@ std::vector<Call> allCalls() {
         add(Qt::BackButton, Guard::None, Asks::No);
     }
     return all;
+}
+
+std::vector<Entry> changingEntries(const char* menu) {
+    std::vector<Entry> found;
+    for (const plain::MenuEntry& entry : plain::menuEntries()) {
+        const plain::Command* const command = plain::findCommand(plain::commands(), entry.slot);
+        if (qstrcmp(entry.menu, menu) == 0 && command && command->guard != plain::Guard::None)
+            found.push_back({*command, entry.label});
+    }
+    return found;
 }
 
 QByteArray nameOf(const Call& call) {

@@ -20,7 +20,14 @@ struct Call : plain::Command {
 };
 /// All slots in order; ListEvent once for each button.
 std::vector<Call> allCalls();
-/// The data of a row for a call: its name, for people.
+/// A menu entry that changes data, with what is known of its slot.
+struct Entry : plain::Command {
+    const char* label;
+    bool isLocal() const { return needs == plain::Needs::ShownItem; }
+};
+/// Those of a menu, in order.
+std::vector<Entry> changingEntries(const char* menu);
+/// The name of a call, for people.
 QByteArray nameOf(const Call& call);
 /// Calls a slot by its signature, with arguments where it takes some; `button` is that of
 /// ListEvent, on the first entry. Returns whether there is such a slot.

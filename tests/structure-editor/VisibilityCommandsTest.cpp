@@ -1,6 +1,7 @@
 // The commands that hide and show atoms, through their menu entries.
 #include "CommandTools.h"
 #include "Kinds.h"
+#include "SlotTools.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "WindowTestCase.h"
@@ -12,27 +13,27 @@
 #include <stdexcept>
 
 using namespace command_tools;
+using namespace slot_tools;
 using namespace window_tools;
 using TAVIK::Compound;
 using TAVIK::Space;
 
 namespace {
 
-struct Command {
-    const char* label;
-    bool local;     ///< works on the shown item only
-    bool refreshes; ///< renews the window itself
-};
-
-const Command commands[] = {{"Show", true, true},
-                            {"Hide", true, true},
-                            {"Hide unselected", true, false},
-                            {"Hide All unsels", false, false}};
+// Those that hide and show, and none that colour.
+const std::vector<Entry> commands = [] {
+    std::vector<Entry> entries = changingEntries("Display");
+    std::erase_if(entries, [](const Entry& entry) {
+        const QLatin1String label(entry.label);
+        return !label.startsWith(QLatin1String("Hide")) && label != QLatin1String("Show");
+    });
+    return entries;
+}();
 
 void addCommandRows() {
     QTest::addColumn<int>("index");
-    for (int i = 0; i < int(std::size(commands)); ++i)
-        QTest::newRow(commands[i].label) << i;
+    for (int i = 0; i < int(commands.size()); ++i)
+        QTest::newRow(commands[size_t(i)].label) << i;
 }
 
 // Hides and selects atoms by their places.
@@ -239,7 +240,7 @@ private slots:
     void localCommandsDoNothingAtAllWithoutATree_data() { addCommandRows(); }
     void localCommandsDoNothingAtAllWithoutATree() {
         QFETCH(int, index);
-        if (!commands[index].local)
+        if (!commands[size_t(index)].isLocal())
             return;
         Compound* shown = addLine("1abc", {0, 1, 2});
         selectAtoms(shown, {0});
@@ -248,11 +249,11 @@ private slots:
         OtherPlugin other;
         shown->SetVisible(true);
         hideAtoms(shown, {0, 1, 2});
-        display(commands[index].label);
+        display(commands[size_t(index)].label);
         QCOMPARE(entries(*m_window), QStringList{" / 1abc"}); // nor a refresh
         QCOMPARE(other.updates, 0);
         const memory_host::SpaceLock lock; // a guard would be refused, and that said
-        display(commands[index].label);
+        display(commands[size_t(index)].label);
         QCOMPARE(takeMessages(), QStringList());
     }
 
@@ -270,7 +271,7 @@ private slots:
     void anEmptySpaceIsNoHarm() {
         QFETCH(int, index);
         openWindow();
-        display(commands[index].label);
+        display(commands[size_t(index)].label);
         QCOMPARE(entries(*m_window), QStringList());
     }
 
@@ -280,7 +281,7 @@ private slots:
         Compound* shown = addEmpty("empty");
         shown->SetSelected(true);
         showWindow();
-        display(commands[index].label);
+        display(commands[size_t(index)].label);
         QVERIFY(shown->IsVisible());
     }
 
@@ -296,14 +297,14 @@ private slots:
         OtherPlugin other;
         {
             const memory_host::SpaceLock lock;
-            display(commands[index].label);
+            display(commands[size_t(index)].label);
         }
         QCOMPARE(takeMessages(), QStringList{"Cannot update CDB!"});
         QCOMPARE(visibleNames(shown), "C0 C2");
         QCOMPARE(entries(*m_window), (QStringList{" / 1abc", " _ 2abc"}));
         QCOMPARE(other.updates + other.adds + other.deletes, 0);
         // The guard has ended: the next time it goes through.
-        display(commands[index].label);
+        display(commands[size_t(index)].label);
         QVERIFY(visibleNames(shown) != "C0 C2");
         QCOMPARE(other.updates, 1);
     }
@@ -325,10 +326,10 @@ private slots:
     void othersHearOnceWhateverTheyDo_data() {
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("deed");
-        for (int i = 0; i < int(std::size(commands)); ++i)
+        for (int i = 0; i < int(commands.size()); ++i)
             for (const char* deed : {"listens", "throws", "destroys the shown item",
                                      "destroys an atom", "ends the window"})
-                QTest::addRow("%s, %s", commands[i].label, deed) << i << deed;
+                QTest::addRow("%s, %s", commands[size_t(i)].label, deed) << i << deed;
     }
     void othersHearOnceWhateverTheyDo() {
         QFETCH(int, index);
@@ -349,7 +350,8 @@ private slots:
             if (deed == "ends the window")
                 m_window.reset();
         };
-        display(commands[index].label);
+        const QLatin1String label(commands[size_t(index)].label);
+        display(label);
         QCOMPARE(other.updates, 1);
         if (deed.startsWith("destroys")) {
             QCOMPARE(takeMessages(),
@@ -360,7 +362,9 @@ private slots:
         if (deed == "throws")
             QCOMPARE(takeHostLog().size(), 1); // the host's line
         if (deed != "destroys the shown item") {
-            const QString expected = QStringList{"C0 C1 C2", "C2", "C0", "C0"}[index];
+            const QString expected = label == QLatin1String("Show")   ? "C0 C1 C2"
+                                     : label == QLatin1String("Hide") ? "C2"
+                                                                      : "C0";
             QCOMPARE(visibleNames(shown), deed == "destroys an atom"
                                               ? QString(expected).remove("C0").trimmed()
                                               : expected);
