@@ -24,17 +24,25 @@ namespace {
 // No session takes nearly as long, in whatever build.
 constexpr unsigned int secondsOfSession = 120;
 
+QDataStream& operator<<(QDataStream& stream, const std::string& text) {
+    return stream << QByteArray::fromStdString(text);
+}
+QDataStream& operator>>(QDataStream& stream, std::string& text) {
+    QByteArray bytes;
+    stream >> bytes;
+    text = bytes.toStdString();
+    return stream;
+}
+
 QDataStream& operator<<(QDataStream& stream, const Step& step) {
-    return stream << step.action << step.target << step.a << step.b << step.c << step.answer
-                  << QByteArray::fromStdString(step.text) << step.edit.kind << step.edit.target
-                  << step.edit.value;
+    return stream << step.action << step.name << step.target << step.button << step.place
+                  << step.key << step.modifiers << step.value << step.answer << step.text
+                  << step.edit.kind << step.edit.target << step.edit.value << step.edit.name;
 }
 QDataStream& operator>>(QDataStream& stream, Step& step) {
-    QByteArray text;
-    stream >> step.action >> step.target >> step.a >> step.b >> step.c >> step.answer >> text >>
-        step.edit.kind >> step.edit.target >> step.edit.value;
-    step.text = text.toStdString();
-    return stream;
+    return stream >> step.action >> step.name >> step.target >> step.button >> step.place >>
+           step.key >> step.modifiers >> step.value >> step.answer >> step.text >> step.edit.kind >>
+           step.edit.target >> step.edit.value >> step.edit.name;
 }
 
 void becomeThePlayer(bool quiet) {
@@ -81,7 +89,8 @@ template <class Playing>
 template <class Playing>
 Outcome apart(bool quiet, std::vector<Step>& steps, const Playing& playing) {
     // What the first window loads is loaded once, and left to each of the processes.
-    static const Outcome loaded = play({{Start::Empty, 1, false}, {{Action::Call, 0, 1}}});
+    static const Outcome loaded =
+        play({{Start::Empty, 1, false}, {{.action = Action::CommandC, .name = "Show"}}});
     (void)loaded;
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)

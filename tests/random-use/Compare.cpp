@@ -14,8 +14,8 @@
 
 namespace random_use {
 
-QStringList differences(plain::Model& model, const Driver& driver) {
-    plain::Comparison all;
+QStringList differences(Model& model, const Driver& driver) {
+    Comparison all;
     compareItem(all, *model.host.space(), TAVIK::Space::instance());
     all.lookAt("", nullptr);
     all.same("shows the selection", model.showSelection, TAVIK::Space::GetShowSelection());
@@ -46,8 +46,8 @@ QStringList differences(plain::Model& model, const Driver& driver) {
     return all.lines;
 }
 
-QStringList differences(const plain::Said& expected, const plain::Said& real) {
-    plain::Comparison all;
+QStringList differences(const Said& expected, const Said& real) {
+    Comparison all;
     all.same("debug lines", expected.messages, real.messages);
     all.same("log", expected.log, real.log);
     all.same("told", expected.told, real.told);

@@ -6,8 +6,8 @@
 namespace random_use {
 
 /// A line for each thing that differs; empty when all is the same. Long lists are cut.
-QStringList differences(plain::Model& model, const Driver& driver);
+QStringList differences(Model& model, const Driver& driver);
 /// The same for what was written, told and asked.
-QStringList differences(const plain::Said& expected, const plain::Said& real);
+QStringList differences(const Said& expected, const Said& real);
 
 } // namespace random_use

@@ -77,7 +77,22 @@ unsigned int takeId() {
 
 } // namespace
 
-Driver::Driver(const Start& start, plain::Model& model)
+const char* fileOf(Start::Kind kind) {
+    switch (kind) {
+    case Start::Sample:
+        return sampleFile;
+    case Start::Ubiquitin:
+        return "1ubq.pdb";
+    case Start::Crambin:
+        return "1ejg.pdb";
+    case Start::Crabp:
+        return "1cbs.cif.gz";
+    default:
+        return nullptr;
+    }
+}
+
+Driver::Driver(const Start& start, Model& model)
     : m_model(model), m_isLow(start.seed % 3 == 1),
       m_watched(start.kind == Start::Generated && start.seed % 4 == 0) {
     m_listener.useWindow = [this](const Edit& edit) { useWindow(edit); };
@@ -91,8 +106,8 @@ Driver::Driver(const Start& start, plain::Model& model)
     if (start.kind == Start::Generated)
         for (unsigned int i = 0; i != 1 + start.seed % 3; ++i)
             buildStructure(start.seed + i);
-    else if (start.kind != Start::Empty)
-        openStructure(start.kind);
+    else if (const char* const file = fileOf(start.kind))
+        openStructure(file);
     for (unsigned int i = 0; i != topLevelCount(); ++i)
         enterItem(Space::instance()->ChildBegin()[i], model.host, model.host.space());
     model.host.nextId = takeId();
@@ -180,16 +195,18 @@ void Driver::useWindow(const Edit& edit) {
         used->grab();
     } else if (edit.kind == EditKind::Command) {
         const QMetaObject* const meta = used->metaObject();
-        const QMetaMethod slot = meta->method(meta->indexOfSlot(choose(calledSlots, edit.value)));
+        const QMetaMethod slot = meta->method(meta->indexOfSlot(edit.name.c_str()));
         answering(m_step, [&] { slot.invoke(used); });
     } else if (edit.kind == EditKind::Entry && listOf(used)->count() > 0) {
         ListBox* const list = listOf(used);
-        used->ListEvent(Qt::LeftButton, list->item(int(edit.value % unsigned(list->count()))), {});
+        const int entry = countedRound(edit.value, std::size_t(list->count()));
+        used->ListEvent(Qt::LeftButton, list->item(entry), {});
     }
 }
 
-plain::Said Driver::act(const Step& step) {
+Said Driver::act(const Step& step) {
     m_step = step;
+    m_meaning = meaningOf(step, m_model);
     m_seen = {};
     m_said = {};
     const unsigned int before = topLevelCount();
@@ -206,7 +223,7 @@ plain::Said Driver::act(const Step& step) {
             m_model.answering = waiting;
         }
     } else {
-        m_model.act(step, m_seen);
+        m_model.act(step, m_meaning, m_seen);
     }
     if (Vuxo* made = window(); made && m_rows != treeOf(made)->model()) {
         // Wide enough for all columns of the tree; in a low one not all rows are on the screen.
@@ -236,7 +253,10 @@ void Driver::doAnywhere(const Step& step) {
         if (window())
             answering(step, [&] { invoke(step); });
         return;
-    case Action::Call:
+    case Action::Command:
+    case Action::CommandC:
+    case Action::Execute0:
+    case Action::Cleanup:
         return call(step);
     case Action::Lock:
         if (m_lock)
@@ -252,17 +272,12 @@ void Driver::doAnywhere(const Step& step) {
     case Action::Build:
     case Action::Load:
         return openOrBuild(step);
-    case Action::Window:
-        if (!window())
-            return;
-        if (step.a % 4 == 0)
-            window()->hide();
-        else if (step.a % 4 == 1)
-            window()->showMinimized();
-        else if (step.a % 4 == 2)
-            window()->close();
-        else
-            panelOf(window())->close();
+    case Action::Hide:
+    case Action::Minimise:
+    case Action::Close:
+    case Action::ClosePanel:
+        if (window())
+            putAway(step);
         return;
     case Action::Sabotage:
         if (topLevelCount()) {
@@ -277,37 +292,38 @@ void Driver::doAnywhere(const Step& step) {
     }
 }
 
+void Driver::putAway(const Step& step) {
+    if (step.action == Action::Hide)
+        window()->hide();
+    else if (step.action == Action::Minimise)
+        window()->showMinimized();
+    else if (step.action == Action::Close)
+        window()->close();
+    else
+        panelOf(window())->close();
+}
+
 void Driver::openOrBuild(const Step& step) {
     // What comes in is entered in the model afterwards: nobody may change it before.
     const Edit waiting = std::exchange(m_listener.answer, {});
-    if (step.action == Action::Build) {
-        buildStructure(step.a);
-    } else {
-        static constexpr Start::Kind files[] = {Start::Ubiquitin, Start::Crambin, Start::Crabp,
-                                                Start::Empty};
-        openStructure(choose(files, step.a));
-    }
+    if (step.action == Action::Build)
+        buildStructure(step.value);
+    else
+        openStructure(step.name);
     m_listener.answer = waiting;
 }
 
 void Driver::call(const Step& step) {
-    const char* const name = choose(pluginCommands, step.b);
+    const char* const name = step.name.c_str();
     PluginResult result;
-    QString expected;
-    switch (step.a % 5) {
-    case 0:
+    if (step.action == Action::Command)
         ::Command(name, nullptr, &result);
-        break;
-    case 2:
-        Execute0(&result);
-        break;
-    case 3:
-        Cleanup();
-        break;
-    default:
+    else if (step.action == Action::CommandC)
         CommandC(name, nullptr, &result);
-        break;
-    }
+    else if (step.action == Action::Execute0)
+        Execute0(&result);
+    else
+        Cleanup();
     // The result says no more than the debug line of an unknown command.
     const bool isUnknown = result.GetResultCode() == PluginResult::NotRecognized;
     const QStringList messages = TestCase::takeMessages();
@@ -321,30 +337,26 @@ void Driver::call(const Step& step) {
 
 void Driver::invoke(const Step& step) {
     Vuxo* target = window();
-    const char* signature = choose(commands(), step.a).slot;
     const QMetaObject* meta = target->metaObject();
-    const QMetaMethod method = meta->method(meta->indexOfSlot(signature));
-    if (qstrcmp(signature, "Populate(int)") == 0) {
-        method.invoke(target, Q_ARG(int, int(step.target % (topLevelCount() + 2)) - 1));
-    } else if (qstrcmp(signature, "KillBranch(TreeItem*)") == 0) {
+    const QMetaMethod method = meta->method(meta->indexOfSlot(m_meaning.command->slot));
+    const int at = m_meaning.at;
+    if (method.name() == "Populate") {
+        method.invoke(target, Q_ARG(int, at));
+    } else if (method.name() == "KillBranch") {
         std::vector<TreeItem*> rows;
         for (TreeItemIterator it(treeOf(target)); it.current(); ++it)
             rows.push_back(it.current());
-        TreeItem* const row = rows.empty() ? nullptr : rows[step.target % rows.size()];
-        method.invoke(target, Q_ARG(TreeItem*, row));
-    } else if (qstrcmp(signature, "ListEvent(int,QListWidgetItem*,QPoint)") == 0) {
-        ListBox* list = listOf(target);
-        const auto count = unsigned(list->count());
-        QListWidgetItem* const item = count ? list->item(int(step.target % count)) : nullptr;
-        method.invoke(target, Q_ARG(int, choose(listButtons, step.b)),
-                      Q_ARG(QListWidgetItem*, item), Q_ARG(QPoint, QPoint()));
+        method.invoke(target, Q_ARG(TreeItem*, at < 0 ? nullptr : rows[std::size_t(at)]));
+    } else if (method.name() == "ListEvent") {
+        method.invoke(target, Q_ARG(int, step.button),
+                      Q_ARG(QListWidgetItem*, listOf(target)->item(at)), Q_ARG(QPoint, QPoint()));
     } else {
         method.invoke(target);
     }
 }
 
 void Driver::trigger(const Step& step) {
-    const MenuEntry& entry = choose(menuEntries(), step.a);
+    const MenuEntry& entry = *m_meaning.entry;
     for (const QAction* menu : window()->menuBar()->actions())
         if (menu->text() == QLatin1String(entry.menu))
             for (QAction* action : menu->menu()->actions())

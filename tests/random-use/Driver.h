@@ -52,19 +52,23 @@ void editData(Subscriber* who, const Edit& edit);
 /// Builds a structure, other for each seed, as a file reader does; nothing happens when the host
 /// refuses it.
 void buildStructure(unsigned int seed);
-/// Opens a real structure file. Returns whether the host let it in.
-bool openStructure(Start::Kind which);
+/// Opens a structure file of that name. Returns whether the host let it in.
+bool openStructure(const std::string& name);
+inline constexpr const char* sampleFile = "sample.pdb";
+inline constexpr const char* missingFile = "no such file.pdb";
+/// The file that a session begins with; null for none.
+const char* fileOf(Start::Kind kind);
 
 class Driver {
 public:
     /// Fills the empty data space with what `start` says, and `model` with the same.
-    Driver(const Start& start, plain::Model& model);
+    Driver(const Start& start, Model& model);
     ~Driver();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 
     /// Does a step for real, then in the model. What is said in the real world is returned.
-    plain::Said act(const Step& step);
+    Said act(const Step& step);
 
     static Vuxo* window();
     static TreeView* treeOf(const Vuxo* window);
@@ -80,6 +84,7 @@ private:
     void answerMenu(QMenu* menu, const Step& step);
     /// The steps that need no usable window, and those that do.
     void doAnywhere(const Step& step);
+    void putAway(const Step& step);
     void useWindow(const Edit& edit);
     void doInWindow(const Step& step);
     void invoke(const Step& step);
@@ -87,14 +92,15 @@ private:
     void call(const Step& step);
     void openOrBuild(const Step& step);
 
-    TreeItem* shownRow(unsigned int number) const;
-    QPoint placeIn(const TreeItem* row, unsigned int place) const;
+    /// The row that the step is about; null when there is none.
+    TreeItem* rowInStep() const;
+    QPoint placeIn(const TreeItem* row, Place place) const;
     QPoint belowRows() const;
     /// Where a drag goes to or ends; nowhere when that is below rows that fill the screen: what a
     /// mouse that rests outside drags along depends on the time.
-    std::optional<QPoint> dragPlace(const Step& step);
+    std::optional<QPoint> dragPlace();
     void press(const Step& step);
-    void doubleClick(const Step& step);
+    void doubleClick();
     void openRows();
     void key(const Step& step);
     void lookAtScreen();
@@ -104,10 +110,11 @@ private:
     void usePanel(const Step& step);
     void activate() const;
 
-    plain::Model& m_model;
+    Model& m_model;
     Step m_step; ///< the one that is done
-    plain::Seen m_seen;
-    plain::Said m_said;
+    Meaning m_meaning;
+    Seen m_seen;
+    Said m_said;
     Listener m_listener;
     std::unique_ptr<memory_host::SpaceLock> m_lock;
     bool m_isLow;

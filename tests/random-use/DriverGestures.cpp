@@ -12,6 +12,7 @@
 #include <QFrame>
 #include <QHeaderView>
 #include <QInputDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -68,7 +69,7 @@ void Driver::answer(const Step& step) {
     else if (input)
         input->setTextValue(text);
     else if (color)
-        color->setCurrentColor(QColor::fromRgba(0x80000000U | step.c));
+        color->setCurrentColor(QColor::fromRgba(chosenColor(step)));
     QTest::keyClick(dialog, Qt::Key_Return);
 }
 
@@ -87,7 +88,7 @@ void Driver::answerMenu(QMenu* menu, const Step& step) {
     if (!open || !open->isVisible())
         return;
     if (step.answer == Answer::Accept && choices.size() == 4) {
-        menu->setActiveAction(choices[1 + int(step.c % 3)]);
+        menu->setActiveAction(choices[1 + chosenEntry(step)]);
         QTest::keyClick(menu, Qt::Key_Return);
     } else {
         QTest::keyClick(menu, Qt::Key_Escape);
@@ -110,7 +111,8 @@ void Driver::doInWindow(const Step& step) {
     case Action::PressBelow:
         return answering(step, [&] { press(step); });
     case Action::Move:
-        if (const std::optional<QPoint> to = shownRow(0) ? dragPlace(step) : std::nullopt) {
+        if (const std::optional<QPoint> to =
+                treeOf(window())->firstChild() ? dragPlace() : std::nullopt) {
             QWidget* viewport = treeOf(window())->viewport();
             const QRect current = treeOf(window())->visualRect(treeOf(window())->currentIndex());
             m_seen.currentIsOnScreen =
@@ -121,12 +123,12 @@ void Driver::doInWindow(const Step& step) {
         }
         return;
     case Action::Release:
-        if (const std::optional<QPoint> at = dragPlace(step))
+        if (const std::optional<QPoint> at = dragPlace())
             QTest::mouseRelease(treeOf(window())->viewport(), Qt::LeftButton, {}, *at);
         return;
     case Action::DoubleClick:
-        if (shownRow(0) && m_listener.answer.kind == EditKind::None)
-            doubleClick(step);
+        if (rowInStep() && m_listener.answer.kind == EditKind::None)
+            doubleClick();
         return;
     case Action::Open:
         return openRows();
@@ -150,15 +152,16 @@ void Driver::doInWindow(const Step& step) {
     }
 }
 
-// The row of that number, counted over all that are shown and round again; null in an empty tree.
-TreeItem* Driver::shownRow(unsigned int number) const {
-    std::vector<TreeItem*> rows;
-    for (TreeItem* row = treeOf(window())->firstChild(); row; row = row->itemBelow())
-        rows.push_back(row);
-    return rows.empty() ? nullptr : rows[number % rows.size()];
+TreeItem* Driver::rowInStep() const {
+    if (m_meaning.at < 0)
+        return nullptr;
+    TreeItem* row = treeOf(window())->firstChild();
+    for (int i = 0; row && i != m_meaning.at; ++i)
+        row = row->itemBelow();
+    return row;
 }
 
-QPoint Driver::placeIn(const TreeItem* row, unsigned int place) const {
+QPoint Driver::placeIn(const TreeItem* row, Place place) const {
     TreeView* tree = treeOf(window());
     tree->scrollTo(tree->rows()->indexOf(row));
     tree->horizontalScrollBar()->setValue(0);
@@ -173,15 +176,15 @@ QPoint Driver::placeIn(const TreeItem* row, unsigned int place) const {
     QPoint point = tree->visualRect(tree->rows()->indexOf(row)).center();
     const int step = tree->indentation();
     const int name = step * row->depth();
-    if (place == RightOfAll)
+    if (place == Place::RightOfAll)
         point.setX(header->length() + 8);
-    else if (place == Indentation && row->depth() > 0)
+    else if (place == Place::Indentation && row->depth() > 0)
         point.setX(name - step / 2);
-    else if (place == MarkBegin || place == MarkEnd)
-        point.setX(std::max(0, place == MarkBegin ? name - step : name - 1));
-    else if (place == NameMargin || place == NameBegin)
-        point.setX(place == NameMargin ? name + 1 : name + 2);
-    else if (place != Indentation)
+    else if (place == Place::MarkBegin || place == Place::MarkEnd)
+        point.setX(std::max(0, place == Place::MarkBegin ? name - step : name - 1));
+    else if (place == Place::NameMargin || place == Place::NameBegin)
+        point.setX(place == Place::NameMargin ? name + 1 : name + 2);
+    else if (place != Place::Indentation)
         point.setX(tree->visualRect(tree->rows()->indexOf(row, int(place))).center().x());
     return point;
 }
@@ -196,34 +199,28 @@ QPoint Driver::belowRows() const {
     return {40, bottom + 12};
 }
 
-std::optional<QPoint> Driver::dragPlace(const Step& step) {
-    unsigned int count = 0;
-    for (const TreeItem* row = treeOf(window())->firstChild(); row; row = row->itemBelow())
-        ++count;
-    const unsigned int number = step.target % (count + 1);
-    if (number != count)
-        return placeIn(shownRow(number), Object);
+std::optional<QPoint> Driver::dragPlace() {
+    if (const TreeItem* const row = rowInStep())
+        return placeIn(row, Place::Object);
     const QPoint below = belowRows();
     m_seen.hasRoomBelow = below.y() < treeOf(window())->viewport()->height();
     return m_seen.hasRoomBelow ? std::optional(below) : std::nullopt;
 }
 
 void Driver::press(const Step& step) {
-    TreeItem* const row = shownRow(step.target);
+    TreeItem* const row = rowInStep();
     if (!row && step.action == Action::Press)
         return;
     const QPointer<QWidget> viewport = treeOf(window())->viewport();
-    const Qt::MouseButton button = choose(buttons, step.a);
-    const QPoint at =
-        step.action == Action::Press ? placeIn(row, choose(places, step.b)) : belowRows();
-    QTest::mousePress(viewport, button, choose(modifiers, step.c), at);
-    if (viewport && button != Qt::LeftButton)
-        QTest::mouseRelease(viewport, button, {}, at);
+    const QPoint at = row ? placeIn(row, step.place) : belowRows();
+    QTest::mousePress(viewport, step.button, step.modifiers, at);
+    if (viewport && step.button != Qt::LeftButton)
+        QTest::mouseRelease(viewport, step.button, {}, at);
 }
 
-void Driver::doubleClick(const Step& step) {
+void Driver::doubleClick() {
     QWidget* viewport = treeOf(window())->viewport();
-    const QPoint at = placeIn(shownRow(step.target), step.b % 4);
+    const QPoint at = placeIn(rowInStep(), m_step.place);
     QTest::mouseClick(viewport, Qt::LeftButton, {}, at);
     QMouseEvent second(QEvent::MouseButtonDblClick, at, viewport->mapToGlobal(at), Qt::LeftButton,
                        Qt::LeftButton, Qt::NoModifier);
@@ -239,7 +236,7 @@ void Driver::openRows() {
             row = row->itemBelow();
         if (!row)
             return;
-        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, placeIn(row, Indentation));
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, placeIn(row, Place::Indentation));
     }
 }
 
@@ -247,18 +244,11 @@ void Driver::key(const Step& step) {
     activate();
     const QPointer<TreeView> tree = treeOf(window());
     if (step.action == Action::Type) {
-        QTest::keyClick(tree, choose(letterKeys, step.a));
+        QTest::keyClick(tree, step.key);
         return;
     }
-    const Qt::Key key = treeKey(step);
     lookAtScreen();
-    const bool moves = key >= Qt::Key_Home && key <= Qt::Key_PageDown;
-    answering(step, [&] {
-        QTest::keyClick(tree, key,
-                        key == Qt::Key_A ? Qt::ControlModifier
-                        : moves          ? choose(modifiers, step.c)
-                                         : Qt::NoModifier);
-    });
+    answering(step, [&] { QTest::keyClick(tree, step.key, step.modifiers); });
 }
 
 // Which rows of the tree are on the screen.
@@ -283,19 +273,18 @@ void Driver::listKey(const Step& step) {
     activate();
     ListBox* list = listOf(window());
     m_seen.listRow = list->currentRow();
-    answering(step, [&] { QTest::keyClick(list, random_use::listKey(step)); });
+    answering(step, [&] { QTest::keyClick(list, step.key); });
 }
 
 void Driver::pressEntry(const Step& step) {
     ListBox* list = listOf(window());
-    const int number = int(step.target % unsigned(list->count() + 1));
-    const bool below = number == list->count();
-    const QListWidgetItem* entry = list->item(below ? number - 1 : number);
+    const bool below = m_meaning.at < 0;
+    const QListWidgetItem* entry = list->item(below ? list->count() - 1 : m_meaning.at);
     list->scrollToItem(entry);
     const QPointer<QWidget> viewport = list->viewport();
     const QRect place = list->visualItemRect(entry);
     const QPoint at = below ? QPoint(place.center().x(), place.bottom() + 12) : place.center();
-    const Qt::MouseButton button = choose(listButtons, step.a);
+    const Qt::MouseButton button = step.button;
     QTest::mousePress(viewport, button, {}, at);
     if (viewport)
         QTest::mouseRelease(viewport, button, {}, at);
@@ -305,26 +294,44 @@ void Driver::clickHeader(const Step& step) {
     TreeView* tree = treeOf(window());
     tree->horizontalScrollBar()->setValue(0);
     const QHeaderView* header = tree->header();
-    const int column = int(step.a % 4);
+    const int column = int(step.place);
     const QPoint at(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
                     header->height() / 2);
     QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, at);
 }
+
+namespace {
+
+// As a user finds them, by what stands above a field and on a button.
+QLineEdit* fieldIn(const QFrame* panel, const std::string& name) {
+    for (const QLabel* label : panel->findChildren<QLabel*>())
+        if (label->text().toStdString() == name)
+            return qobject_cast<QLineEdit*>(label->buddy());
+    return nullptr;
+}
+
+QPushButton* buttonIn(const QFrame* panel, const std::string& name) {
+    for (QPushButton* button : panel->findChildren<QPushButton*>())
+        if (button->text().startsWith(QString::fromStdString(name)))
+            return button;
+    return nullptr;
+}
+
+} // namespace
 
 void Driver::usePanel(const Step& step) {
     QFrame* panel = panelOf(window());
     if (!panel->isVisible())
         return;
     if (step.action == Action::Field) {
-        QLineEdit* field = panel->findChildren<QLineEdit*>()[int(step.a % 3)];
+        QLineEdit* field = fieldIn(panel, step.name);
         field->selectAll();
         QTest::keyClick(field, Qt::Key_Delete);
         field->insert(QString::fromStdString(step.text)); // as it is pasted
     } else if (step.action == Action::TreeOnly) {
         QTest::keyClick(panel->findChild<QCheckBox*>(), Qt::Key_Space);
     } else {
-        QPushButton* button = panel->findChildren<QPushButton*>()[int(step.a % 4)];
-        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::mouseClick(buttonIn(panel, step.name), Qt::LeftButton);
     }
 }
 

@@ -53,13 +53,14 @@ memory_host::AtomRecord recordOf(const plain::AtomValues& values, const char* na
             values.temperature, values.model};
 }
 
-void addLeaf(Compound* parent, unsigned int value) {
-    if (value % 4 == 0) {
+void addLeaf(Compound* parent, const Edit& edit) {
+    const Kind kind = addedKind(edit);
+    if (kind == Kind::Surface) {
         DataMaker::makeCore(parent, "leaf", "Surface");
-    } else if (value % 4 == 2) {
+    } else if (kind == Kind::PolyLine) {
         DataMaker::makePolyLine(parent, "leaf", {});
     } else {
-        const GridValues values(value);
+        const GridValues values(leafValue(edit));
         memory_host::GridRecord record;
         record.points = values.points;
         record.origin = values.origin;
@@ -79,61 +80,42 @@ bool isIn(Compound* box, const std::string& kind) {
     return box;
 }
 
-constexpr const char* boxKinds[] = {"Composite", "Molecule", "Residue", "Group"};
-
 void changeItem(Compound* item, const Edit& edit) {
-    const unsigned int value = edit.value;
-    if (edit.kind == EditKind::Select) {
-        item->SetSelected(value % 2);
-    } else if (edit.kind == EditKind::Show) {
-        item->SetVisible(value % 2);
-    } else if (edit.kind == EditKind::Paint) {
-        item->SetColor(Color(0xff000000U | value));
-    } else if (edit.kind == EditKind::SetAtom) {
-        const plain::AtomValues values = madeAtom(value);
-        memory_host::setAtom(item, recordOf(values, ""));
-    } else if (value % 3 == 0) {
+    if (edit.kind == EditKind::Select)
+        item->SetSelected(turnsOn(edit));
+    else if (edit.kind == EditKind::Show)
+        item->SetVisible(turnsOn(edit));
+    else if (edit.kind == EditKind::Paint)
+        item->SetColor(Color(paintedColor(edit)));
+    else if (edit.kind == EditKind::SetAtom)
+        memory_host::setAtom(item, recordOf(madeAtom(edit.value), ""));
+    else if (modelSwitch(edit) == Host::Switch::First)
         item->FirstModel();
-    } else if (value % 3 == 1) {
+    else if (modelSwitch(edit) == Host::Switch::Previous)
         item->PrevModel();
-    } else {
+    else
         item->NextModel();
-    }
 }
 
-void addItem(Compound* item, const std::vector<Compound*>& all, const Edit& edit) {
-    const unsigned int value = edit.value;
-    Compound* const space = Space::instance();
-    if (edit.kind == EditKind::AddAtom) {
-        const plain::AtomValues values = madeAtom(value);
-        memory_host::addAtom(boxOf(item), recordOf(values, choose(madeNames, value)));
-    } else if (edit.kind == EditKind::AddAmong) {
-        const plain::AtomValues values = madeAtom(value);
-        memory_host::addAtom(value % 4 ? space : boxOf(item),
-                             recordOf(values, choose(madeNames, value)));
-        if (item)
-            item->SetSelected(value % 2);
-    } else if (edit.kind == EditKind::AddBond) {
-        memory_host::addBond(value % 4 ? boxAround(item) : space, item, all[value % all.size()]);
-    } else if (edit.kind == EditKind::AddLeaf) {
-        addLeaf(boxOf(item), value);
-    } else if (edit.kind == EditKind::AddBox) {
-        // A kind that cannot stand here gives way to one that can stand anywhere.
-        Compound* const box = boxOf(item);
-        const std::string kind = choose(boxKinds, value);
-        DataMaker::makeCore(box, "box", isIn(box, kind) ? "Composite" : kind);
-    } else if (edit.kind == EditKind::AddTop && value % 2) {
-        DataMaker::makeCore(space, "top", choose(boxKinds, value / 2));
-    } else if (edit.kind == EditKind::AddTop) {
-        addLeaf(space, value / 2);
+void addItem(const Edited<Compound>& edited, const Edit& edit) {
+    Compound* const item = edited.item;
+    const Kind kind = addedKind(edit);
+    Compound* const box = boxOf(addsToSpace(edit) ? nullptr : item);
+    if (kind == Kind::Bond) {
+        memory_host::addBond(addsToSpace(edit) ? box : boxAround(item), item, edited.second);
+    } else if (kind == Kind::Set) {
+        DataMaker::makeSet(box, "set", edited.members);
+    } else if (kind == Kind::Atom) {
+        memory_host::addAtom(box, recordOf(madeAtom(edit.value), madeName(edit.value)));
+        if (edit.kind == EditKind::AddAmong && item)
+            item->SetSelected(turnsOn(edit));
+    } else if (kind > Kind::Group) {
+        addLeaf(box, edit);
     } else {
-        std::vector<Compound*> from = all;
-        if (value % 6 == 0)
-            from.assign(space->ChildBegin(), space->ChildEnd());
-        std::vector<Compound*> members;
-        for (unsigned int i = 0; i != value % 4 && !from.empty(); ++i)
-            members.push_back(from[(edit.target + i * value) % from.size()]);
-        DataMaker::makeSet(value % 3 ? boxOf(item) : space, "set", members);
+        // A kind that cannot stand here gives way to one that can stand anywhere.
+        const std::string name = kindName(kind);
+        DataMaker::makeCore(box, edit.kind == EditKind::AddTop ? "top" : "box",
+                            isIn(box, name) ? "Composite" : name);
     }
 }
 
@@ -146,9 +128,11 @@ void destroyItem(Compound* item, const Edit& edit) {
 } // namespace
 
 void editData(Subscriber* who, const Edit& edit) {
+    Compound* const space = Space::instance();
     std::vector<Compound*> all;
-    collect(Space::instance(), all);
-    Compound* item = all.empty() ? nullptr : all[edit.target % all.size()];
+    collect(space, all);
+    const Edited<Compound> edited(edit, all, {space->ChildBegin(), space->ChildEnd()});
+    Compound* const item = edited.item;
     switch (edit.kind) {
     case EditKind::None:
         return;
@@ -179,11 +163,6 @@ void editData(Subscriber* who, const Edit& edit) {
         return;
     case EditKind::Destroy:
     case EditKind::Swap:
-        if (edit.kind == EditKind::Swap || edit.value < 4) {
-            Compound** const first = Space::instance()->ChildBegin();
-            const auto count = Space::instance()->ChildEnd() - first;
-            item = count ? first[edit.target % unsigned(count)] : nullptr;
-        }
         if (item) {
             const DataDelete<Compound> guard(who, item);
             if (guard.m_good)
@@ -191,14 +170,14 @@ void editData(Subscriber* who, const Edit& edit) {
         }
         return;
     case EditKind::AddBond:
-        if (!item || item == all[edit.value % all.size()] || !dynamic_cast<TAVIK::Atom*>(item) ||
-            !dynamic_cast<TAVIK::Atom*>(all[edit.value % all.size()]))
+        if (!item || item == edited.second || !dynamic_cast<TAVIK::Atom*>(item) ||
+            !dynamic_cast<TAVIK::Atom*>(edited.second))
             return;
         [[fallthrough]];
     default:
         const DataAdder<Space> guard(who, Space::instance());
         if (guard.m_good)
-            addItem(item, all, edit);
+            addItem(edited, edit);
     }
 }
 
@@ -213,8 +192,7 @@ void buildStructure(unsigned int seed) {
         for (unsigned int i = 0; i != count; ++i) {
             plain::AtomValues values = madeAtom(pick(5000));
             values.model = pick(2) ? 1 + pick(3) : 0;
-            atoms.push_back(
-                memory_host::addAtom(parent, recordOf(values, choose(madeNames, pick(7)))));
+            atoms.push_back(memory_host::addAtom(parent, recordOf(values, madeName(pick(7)))));
         }
     };
     for (unsigned int c = 0, chains = 1 + pick(2); c != chains; ++c) {
@@ -239,15 +217,11 @@ void buildStructure(unsigned int seed) {
         DataMaker::Destroy(entry);
 }
 
-bool openStructure(Start::Kind which) {
-    static const std::map<Start::Kind, const char*> files = {{Start::Ubiquitin, "1ubq.pdb"},
-                                                             {Start::Crambin, "1ejg.pdb"},
-                                                             {Start::Crabp, "1cbs.cif.gz"}};
-    const QString path =
-        which == Start::Sample ? QStringLiteral(SOURCE_DIR "/data/sample.pdb")
-        : which == Start::Empty
-            ? QStringLiteral("no such file.pdb")
-            : test_support::TestCase::structure(QString::fromLatin1(files.at(which)));
+bool openStructure(const std::string& name) {
+    const QString file = QString::fromStdString(name);
+    const QString path = name == missingFile  ? file
+                         : name == sampleFile ? QStringLiteral(SOURCE_DIR "/data/") + file
+                                              : test_support::TestCase::structure(file);
     try {
         memory_host::openFile(path.toStdString());
     } catch (const memory_host::FileError&) {

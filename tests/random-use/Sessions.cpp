@@ -9,6 +9,44 @@ namespace random_use {
 
 namespace {
 
+// Each list names what is chosen from; what is named more often is chosen more often.
+
+constexpr Qt::MouseButton buttons[] = {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton};
+constexpr Qt::MouseButton listButtons[] = {Qt::LeftButton, Qt::RightButton, Qt::MiddleButton,
+                                           Qt::LeftButton, Qt::RightButton, Qt::MiddleButton,
+                                           Qt::BackButton};
+const Qt::KeyboardModifiers modifiers[] = {
+    {}, {}, Qt::ShiftModifier, Qt::ControlModifier, Qt::ShiftModifier | Qt::ControlModifier};
+constexpr Qt::Key treeKeys[] = {
+    Qt::Key_Up,    Qt::Key_Down,   Qt::Key_Down,   Qt::Key_Home,     Qt::Key_End,  Qt::Key_Left,
+    Qt::Key_Right, Qt::Key_Plus,   Qt::Key_Minus,  Qt::Key_Space,    Qt::Key_Down, Qt::Key_Right,
+    Qt::Key_A,     Qt::Key_F,      Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_P,    Qt::Key_N,
+    Qt::Key_F1,    Qt::Key_Delete, Qt::Key_Return, Qt::Key_Menu,     Qt::Key_Space};
+constexpr Qt::Key letterKeys[] = {Qt::Key_A, Qt::Key_C, Qt::Key_M,       Qt::Key_1,
+                                  Qt::Key_H, Qt::Key_G, Qt::Key_Asterisk};
+constexpr Qt::Key listKeys[] = {Qt::Key_Up,   Qt::Key_Down,   Qt::Key_Home,  Qt::Key_End,
+                                Qt::Key_Down, Qt::Key_F,      Qt::Key_P,     Qt::Key_N,
+                                Qt::Key_F1,   Qt::Key_Return, Qt::Key_Enter, Qt::Key_Menu};
+constexpr Place places[] = {Place::Object,     Place::Show,        Place::Select,    Place::Partial,
+                            Place::RightOfAll, Place::Object,      Place::Show,      Place::Select,
+                            Place::Partial,    Place::Indentation, Place::MarkBegin, Place::MarkEnd,
+                            Place::NameMargin, Place::NameBegin};
+constexpr Place columns[] = {Place::Object, Place::Show, Place::Select, Place::Partial};
+constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Show"};
+constexpr Action entryPoints[] = {Action::Command, Action::CommandC, Action::Execute0,
+                                  Action::Cleanup, Action::CommandC};
+constexpr Action waysToPutAway[] = {Action::Hide, Action::Minimise, Action::Close,
+                                    Action::ClosePanel};
+
+/// The slots of the window that others call when they are told of a change; what one asks is
+/// answered as the step says.
+constexpr const char* calledSlots[] = {
+    "SelectedColor()",  "SelectedColor()", "SelectedUnColor()",   "SelectedColorTemp()",
+    "SelectedShow()",   "SelectedHide()",  "SelectedClear()",     "SelectedToggle()",
+    "SelectGroups()",   "SelectGroupsG()", "SelectedNextModel()", "SelectGridBounds()",
+    "UnselectedHide()", "KillAtoms()",     "KillResidues()",      "KillBonds()",
+    "KillClump()",      "KillAll()",       "MakeCartesian()",     "SelectionChanged()"};
+
 struct Weight {
     Action action;
     unsigned int weight[4]; ///< for each theme
@@ -23,22 +61,22 @@ constexpr Weight weights[] = {
     {Action::Type, {1, 1, 4, 1}},       {Action::Header, {1, 1, 2, 1}},
     {Action::PressEntry, {8, 6, 8, 8}}, {Action::ListKey, {2, 1, 4, 1}},
     {Action::Field, {2, 3, 0, 1}},      {Action::TreeOnly, {1, 1, 0, 1}},
-    {Action::Button, {3, 6, 1, 2}},     {Action::Call, {2, 1, 1, 4}},
-    {Action::Window, {1, 1, 1, 3}},     {Action::Lock, {1, 1, 1, 3}},
+    {Action::Button, {3, 6, 1, 2}},     {Action::CommandC, {2, 1, 1, 4}},
+    {Action::Hide, {1, 1, 1, 3}},       {Action::Lock, {1, 1, 1, 3}},
     {Action::Outside, {8, 4, 4, 24}},   {Action::Answering, {3, 1, 1, 10}},
     {Action::Build, {2, 2, 2, 3}},
 };
 
 } // namespace
 
-bool Generator::isMuch(plain::Model& model) const {
+bool Generator::isMuch(Model& model) const {
     return model.host.all().size() > (m_opensFiles ? 4000U : 160U);
 }
 
-Action Generator::pickAction(plain::Model& model) {
+Action Generator::pickAction(Model& model) {
     // A window that is not there, or refused changes, end in a while.
     if (!model.isUsable() && pick(3) == 0)
-        return Action::Call;
+        return Action::CommandC;
     if (model.locked && pick(8) == 0)
         return Action::Lock;
     if (model.topLevel().empty() && pick(4) == 0)
@@ -57,7 +95,7 @@ Action Generator::pickAction(plain::Model& model) {
     return Action::Idle;
 }
 
-Edit Generator::pickEdit(plain::Model& model) {
+Edit Generator::pickEdit(Model& model) {
     static constexpr EditKind kinds[] = {
         EditKind::Select,   EditKind::Select,  EditKind::Show,    EditKind::Show,
         EditKind::Paint,    EditKind::AddAtom, EditKind::AddAtom, EditKind::AddBond,
@@ -81,90 +119,153 @@ std::string Generator::pickText() {
     return texts[pick(std::size(texts))];
 }
 
+void Generator::pickPlaces(Step& step) {
+    step.button = choose(buttons, pick(1000));
+    if (step.action == Action::Press) {
+        step.place = choose(places, pick(1000));
+        if (pick(2))
+            step.button = Qt::LeftButton;
+        // Deep rows come on the screen, and go with a branch far above them.
+        if (pick(6) == 0) {
+            step.button = Qt::LeftButton;
+            step.place = Place::Indentation;
+        }
+    }
+    step.modifiers = m_held;
+}
+
+void Generator::pickDetails(Step& step, Model& model) {
+    switch (step.action) {
+    case Action::Slot:
+        step.name = choose(commands(), pick(1000)).slot;
+        if (step.name.starts_with("ListEvent("))
+            step.button = choose(listButtons, pick(1000));
+        return;
+    case Action::Menu:
+        step.name = nameOf(choose(menuEntries(), pick(1000)));
+        return;
+    case Action::Press:
+    case Action::PressBelow:
+        return pickPlaces(step);
+    case Action::DoubleClick:
+    case Action::Header:
+        step.place = choose(columns, pick(1000));
+        return;
+    case Action::Key:
+        step.key = choose(treeKeys, pick(1000));
+        if (step.key == Qt::Key_A)
+            step.modifiers = Qt::ControlModifier;
+        else if (step.key >= Qt::Key_Home && step.key <= Qt::Key_PageDown)
+            step.modifiers = m_held;
+        return;
+    case Action::Type:
+        step.key = choose(letterKeys, pick(1000));
+        return;
+    case Action::PressEntry:
+        step.button = model.tree.top() ? choose(listButtons, pick(1000)) : Qt::LeftButton;
+        return;
+    case Action::ListKey:
+        step.key = choose(listKeys, pick(1000));
+        return;
+    case Action::Field:
+        step.name = choose(fieldNames, pick(1000));
+        return;
+    case Action::Button:
+        step.name = choose(panelButtons, pick(1000)).name;
+        return;
+    case Action::CommandC:
+        step.name = "Show";
+        if (model.isUsable()) {
+            step.action = choose(entryPoints, pick(1000));
+            step.name = choose(pluginCommands, pick(1000));
+        }
+        return;
+    case Action::Hide:
+        step.action = choose(waysToPutAway, pick(1000));
+        return;
+    case Action::Build:
+        step.value = pick(1000);
+        if (m_opensFiles && pick(2)) {
+            static constexpr Start::Kind files[] = {Start::Ubiquitin, Start::Crambin, Start::Crabp,
+                                                    Start::Empty};
+            const char* const file = fileOf(choose(files, step.value));
+            step.action = Action::Load;
+            step.name = file ? file : missingFile;
+        }
+        if (isMuch(model)) {
+            step.action = Action::Outside;
+            step.edit = {EditKind::Destroy, pick(1000), pick(4)};
+        }
+        return;
+    default:
+        return;
+    }
+}
+
 void Generator::goOn(Step& step) {
-    const bool drags = m_last.action == Action::Press || m_last.action == Action::Move;
-    if (drags && m_theme != Theme::Commands && pick(4) == 0)
-        step.action = pick(2) ? Action::Move : Action::Release;
-    if (m_last.action == Action::Key && m_theme != Theme::Commands && pick(3) == 0) {
-        step.action = Action::Key;
-        step.a = m_last.a;
-        step.b = m_last.b;
-        step.c = m_last.c;
+    if (m_theme != Theme::Commands) {
+        const bool drags = m_last.action == Action::Press || m_last.action == Action::Move;
+        if (drags && pick(4) == 0)
+            step.action = pick(2) ? Action::Move : Action::Release;
+        if (m_last.action == Action::Key && pick(3) == 0) {
+            step.action = Action::Key;
+            step.key = m_last.key;
+            step.modifiers = m_last.modifiers;
+            return;
+        }
     }
     if (m_last.edit.kind == EditKind::AddAmong && pick(2)) {
         // What goes by the selection comes before the rows take it over.
         static constexpr const char* bySelection[] = {"SelectedColor()", "SelectedUnColor()",
                                                       "SelectedHide()", "SelectedShow()"};
-        const char* const signature = choose(bySelection, pick(4));
         step.action = Action::Slot;
-        step.a = unsigned(std::find_if(plain::commands().begin(), plain::commands().end(),
-                                       [signature](const plain::Command& command) {
-                                           return qstrcmp(command.slot, signature) == 0;
-                                       }) -
-                          plain::commands().begin());
+        step.name = choose(bySelection, pick(4));
     }
-    if (step.action == Action::Press && pick(2))
-        step.a = 0; // the left button
-    if (step.action == Action::Press && pick(6) == 0) {
-        // Deep rows come on the screen, and go with a branch far above them.
-        step.a = 0;
-        step.b = unsigned(std::find(std::begin(places), std::end(places), Indentation) -
-                          std::begin(places));
-    }
-    if ((step.action == Action::Press || step.action == Action::Key) && pick(2))
-        step.c = m_last.c;
 }
 
 namespace {
 
 bool isLast(const Step& step) {
-    const char* const signature =
-        step.action == Action::Slot   ? choose(plain::commands(), step.a).slot
-        : step.action == Action::Menu ? choose(plain::menuEntries(), step.a).slot
-                                      : "";
-    return qstrcmp(signature, "KillAll()") == 0 || qstrcmp(signature, "KillClump()") == 0 ||
-           qstrcmp(signature, "close()") == 0;
+    const MenuEntry* const entry =
+        step.action == Action::Menu ? findEntry(menuEntries(), step.name) : nullptr;
+    const std::string_view slot = entry                         ? entry->slot
+                                  : step.action == Action::Slot ? std::string_view(step.name)
+                                                                : std::string_view();
+    return slot == "KillAll()" || slot == "KillClump()" || slot == "close()";
 }
 
 } // namespace
 
-Step Generator::next(plain::Model& model) {
-    Step step;
-    step.action = pickAction(model);
-    step.target = pick(1000);
-    step.a = pick(1000);
-    step.b = pick(1000);
-    step.c = pick(0x1000000);
-    goOn(step);
+void Generator::pickAnswers(Step& step, Model& model) {
     switch (step.action) {
     case Action::Slot:
     case Action::Menu:
     case Action::Press:
     case Action::PressEntry:
         step.text = pickText();
+        step.value = pick(0x1000000);
         if (pick(4) == 0)
             step.answer = Answer::Cancel;
         if (pick(m_theme == Theme::Interference ? 4 : 12) == 0)
             step.edit = pickEdit(model);
-        if (step.action == Action::PressEntry && !model.tree.top())
-            step.a = 0;
-        // What leaves nothing behind is not done every other moment.
-        if (isLast(step) && pick(4))
-            step.action = Action::Idle;
-        break;
+        return;
     case Action::Key:
     case Action::ListKey:
+        if (step.key != Qt::Key_Menu)
+            return;
+        step.value = pick(3);
         if (pick(4) == 0)
             step.answer = Answer::Cancel;
-        if (pick(12) == 0 && (treeKey(step) == Qt::Key_Menu || listKey(step) == Qt::Key_Menu))
+        if (pick(4) == 0)
             step.edit = pickEdit(model);
-        break;
+        return;
     case Action::Field:
         step.text = pickText();
-        break;
+        return;
     case Action::Outside:
-        step.edit = pickEdit(model);
-        break;
+        if (step.edit.kind == EditKind::None)
+            step.edit = pickEdit(model);
+        return;
     case Action::Answering:
         step.edit = pickEdit(model);
         // The window hears of the change only afterwards.
@@ -172,25 +273,28 @@ Step Generator::next(plain::Model& model) {
             static constexpr EditKind inWindow[] = {EditKind::Look, EditKind::Command,
                                                     EditKind::Command, EditKind::Entry};
             step.edit.kind = choose(inWindow, pick(4));
+            if (step.edit.kind == EditKind::Command)
+                step.edit.name = choose(calledSlots, step.edit.value);
         }
-        break;
-    case Action::Call:
-        if (!model.isUsable()) { // Show
-            step.a = 1;
-            step.b = 0;
-        }
-        break;
-    case Action::Build:
-        if (m_opensFiles && pick(2))
-            step.action = Action::Load;
-        if (isMuch(model)) {
-            step.action = Action::Outside;
-            step.edit = {EditKind::Destroy, pick(1000), pick(4)};
-        }
-        break;
+        return;
     default:
-        break;
+        return;
     }
+}
+
+Step Generator::next(Model& model) {
+    if (pick(2))
+        m_held = choose(modifiers, pick(1000));
+    Step step;
+    step.action = pickAction(model);
+    step.target = pick(1000);
+    goOn(step);
+    if (step.name.empty() && step.key == Qt::Key_unknown)
+        pickDetails(step, model);
+    pickAnswers(step, model);
+    // What leaves nothing behind is not done every other moment.
+    if (isLast(step) && pick(4))
+        step = {.action = Action::Idle};
     m_last = step;
     return step;
 }
@@ -202,19 +306,21 @@ class Play {
 public:
     Play(const Start& start, const Begin& begin) : m_begin(begin), m_driver(start, m_model) {}
 
-    plain::Model& model() { return m_model; }
+    Model& model() { return m_model; }
 
     QStringList step(const Step& step) {
         if (m_begin)
             m_begin(step);
         m_model.said = {};
-        const plain::Said real = m_driver.act(step);
+        if (const QString unknown = unknownName(step); !unknown.isEmpty())
+            return {unknown};
+        const Said real = m_driver.act(step);
         return differences(m_model.said, real) + differences(m_model, m_driver);
     }
 
 private:
     const Begin& m_begin;
-    plain::Model m_model;
+    Model m_model;
     Driver m_driver;
 };
 
@@ -315,7 +421,10 @@ private:
             attempt([](Step& step) { step.edit = {}; });
             attempt([](Step& step) { step.text.clear(); });
             attempt([](Step& step) { step.answer = Answer::Accept; });
-            for (unsigned int Step::*field : {&Step::target, &Step::a, &Step::b, &Step::c}) {
+            attempt([](Step& step) { step.button = Qt::LeftButton; });
+            attempt([](Step& step) { step.place = Place::Object; });
+            attempt([](Step& step) { step.modifiers = {}; });
+            for (unsigned int Step::*field : {&Step::target, &Step::value}) {
                 const unsigned int before = steps()[i].*field;
                 for (unsigned int small = 0; small != 4 && steps()[i].*field == before; ++small)
                     if (small < before)

@@ -18,23 +18,28 @@ public:
     Generator(unsigned int seed, Theme theme, const Start& start)
         : m_random(seed), m_theme(theme), m_opensFiles(start.kind > Start::Generated) {}
 
-    Step next(plain::Model& model);
+    Step next(Model& model);
 
 private:
     unsigned int pick(unsigned int below) { return unsigned(m_random() % below); }
-    Action pickAction(plain::Model& model);
-    Edit pickEdit(plain::Model& model);
+    Action pickAction(Model& model);
+    Edit pickEdit(Model& model);
+    /// What the action is done with.
+    void pickDetails(Step& step, Model& model);
+    void pickPlaces(Step& step);
     /// Gestures come in rows: what a press began goes on, and a key stays down for a while.
     void goOn(Step& step);
+    void pickAnswers(Step& step, Model& model);
     std::string pickText();
 
     /// Whether it takes a moment to compare all data once more.
-    bool isMuch(plain::Model& model) const;
+    bool isMuch(Model& model) const;
 
     std::mt19937 m_random;
     Theme m_theme;
     bool m_opensFiles;
     Step m_last;
+    Qt::KeyboardModifiers m_held;
 };
 
 /// What became of a session.

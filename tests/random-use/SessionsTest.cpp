@@ -11,6 +11,44 @@ Session madeUp(unsigned int seed, std::size_t steps) {
     return session;
 }
 
+struct Kept {
+    const char* name;
+    Session session;
+};
+
+// Sessions that failed once.
+const std::vector<Kept>& keptSessions() {
+    static const std::vector<Kept> all = {
+        {"a deletion is answered before the window has heard of it",
+         {{Start::Generated, 2, false},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::PressEntry},
+           {.action = Action::Answering, .edit = {EditKind::Select, 3, 1}},
+           {.action = Action::Outside, .edit = {EditKind::Destroy, 0, 0}}}}},
+        {"the window ends before it has heard of a deletion",
+         {{Start::Generated, 2, false},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::PressEntry},
+           {.action = Action::Idle},
+           {.action = Action::Answering, .edit = {EditKind::Kill, 0, 0}},
+           {.action = Action::Outside, .edit = {EditKind::Destroy, 0, 0}}}}},
+        {"a refused set has a name beyond ASCII",
+         {{Start::Generated, 2001952, false},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::Build},
+           {.action = Action::Outside, .edit = {EditKind::AddSet, 267, 582}},
+           {.action = Action::PressEntry, .target = 3},
+           {.action = Action::Menu, .name = "Add > Define set", .text = "\303\251"}}}},
+        {"a change of the selection comes with an addition elsewhere",
+         {{Start::Generated, 40098, true},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::PressEntry},
+           {.action = Action::Press},
+           {.action = Action::Outside, .edit = {EditKind::AddAmong, 658, 62}},
+           {.action = Action::Slot, .name = "SelectedColor()"}}}}};
+    return all;
+}
+
 } // namespace
 
 class SessionsTest : public SessionTest {
@@ -70,11 +108,11 @@ private slots:
         const Session session{{Start::Generated, 3, false},
                               {{.action = Action::Idle},
                                {.action = Action::Lock},
-                               {.action = Action::Build, .a = 9},
+                               {.action = Action::Build, .value = 9},
                                {.action = Action::Lock},
                                {.action = Action::Outside, .edit = {EditKind::Destroy, 0, 0}},
                                {.action = Action::Outside, .edit = {EditKind::Destroy, 0, 0}},
-                               {.action = Action::Build, .a = 4},
+                               {.action = Action::Build, .value = 4},
                                {.action = Action::Sabotage}}};
         Session empty = session;
         empty.start.kind = Start::Empty;
@@ -86,17 +124,27 @@ private slots:
 
     void aStepIsPrintedAsItIsWritten() {
         const Step step{.action = Action::Menu,
+                        .name = "Select > Any w/ rad.",
                         .target = 1,
-                        .a = 2,
-                        .b = 3,
-                        .c = 4,
+                        .button = Qt::RightButton,
+                        .place = Place::MarkEnd,
+                        .key = Qt::Key_PageDown,
+                        .modifiers = Qt::ShiftModifier | Qt::ControlModifier,
+                        .value = 4,
                         .answer = Answer::Cancel,
                         .text = "a\"\\\xC3\xA9",
                         .edit = {EditKind::SetAtom, 5, 6}};
-        QCOMPARE(text(step), QStringLiteral("{.action = Action::Menu, .target = 1, .a = 2, .b = 3, "
-                                            ".c = 4, .answer = Answer::Cancel, "
-                                            ".text = \"a\\\"\\\\\\303\\251\", "
-                                            ".edit = {EditKind::SetAtom, 5, 6}}"));
+        QCOMPARE(text(step),
+                 QStringLiteral("{.action = Action::Menu, .name = \"Select > Any w/ rad.\", "
+                                ".target = 1, .button = Qt::RightButton, .place = Place::MarkEnd, "
+                                ".key = Qt::Key_PageDown, "
+                                ".modifiers = Qt::ShiftModifier | Qt::ControlModifier, "
+                                ".value = 4, .answer = Answer::Cancel, "
+                                ".text = \"a\\\"\\\\\\303\\251\", "
+                                ".edit = {EditKind::SetAtom, 5, 6}}"));
+        QCOMPARE(text(Step{.edit = {EditKind::Command, 0, 0, "KillAtoms()"}}),
+                 QStringLiteral("{.action = Action::Idle, "
+                                ".edit = {EditKind::Command, 0, 0, \"KillAtoms()\"}}"));
     }
 
     void aSessionWithoutStepsIsPrintedAsItIsWritten() {
@@ -104,35 +152,68 @@ private slots:
                  QStringLiteral("{{Start::Sample, 4, true},\n {}}"));
     }
 
+    // Wherever a menu entry and its slot come to stand.
+    void aNewCommandChangesNoKeptSession_data() {
+        QTest::addColumn<int>("entry");
+        QTest::addColumn<int>("slot");
+        QTest::newRow("before all") << 0 << 0;
+        QTest::newRow("among them") << int(menuEntries().size() / 2) << int(commands().size() / 2);
+        QTest::newRow("behind all") << int(menuEntries().size()) << int(commands().size());
+    }
+    void aNewCommandChangesNoKeptSession() {
+        QFETCH(int, entry);
+        QFETCH(int, slot);
+        std::vector<MenuEntry> entries = menuEntries();
+        entries.insert(entries.begin() + entry,
+                       {.menu = "Select", .label = "New", .slot = "DoNew()"});
+        std::vector<Command> longer = commands();
+        longer.insert(longer.begin() + slot,
+                      {.slot = "DoNew()", .run = [](Model&, const Step&) {}});
+        const Tables tables{longer, entries};
+        Model model;
+        int named = 0;
+        for (const Kept& kept : keptSessions())
+            for (const Step& step : kept.session.steps) {
+                const Meaning before = meaningOf(step, model);
+                const Meaning after = meaningOf(step, model, tables);
+                QCOMPARE(unknownName(step, tables), QString());
+                QCOMPARE(after.command != nullptr, step.action == Action::Slot);
+                QCOMPARE(after.entry != nullptr, step.action == Action::Menu);
+                if (after.command)
+                    QCOMPARE(after.command->slot, before.command->slot);
+                if (after.entry)
+                    QCOMPARE(nameOf(*after.entry), nameOf(*before.entry));
+                QCOMPARE(after.at, before.at);
+                named += after.command || after.entry;
+            }
+        QVERIFY(named > 1);
+    }
+
+    void whatANameStandsForNoMoreIsSaid_data() {
+        QTest::addColumn<Step>("step");
+        QTest::addColumn<QString>("fault");
+        const auto add = [](const Step& step, const char* fault) {
+            QTest::newRow(fault) << step << QString::fromLatin1(fault);
+        };
+        add({.action = Action::Slot, .name = "Gone()"}, "there is no slot \"Gone()\"");
+        add({.action = Action::Menu, .name = "Select > Gone"},
+            "there is no menu entry \"Select > Gone\"");
+        add({.action = Action::Field, .name = "Gone"}, "there is no field \"Gone\"");
+        add({.action = Action::Button, .name = "Gone"}, "there is no button \"Gone\"");
+        add({.action = Action::Answering, .edit = {EditKind::Command, 0, 0, "Lost()"}},
+            "there is no slot \"Lost()\"");
+    }
+    void whatANameStandsForNoMoreIsSaid() {
+        QFETCH(Step, step);
+        QFETCH(QString, fault);
+        const Outcome outcome = play({{Start::Empty, 1, false}, {step}});
+        QCOMPARE(outcome.faults, QStringList{fault});
+    }
+
     void sessionsThatFailedOnce_data() {
         QTest::addColumn<Session>("session");
-        QTest::newRow("a deletion is answered before the window has heard of it")
-            << Session{{Start::Generated, 2, false},
-                       {{.action = Action::Call, .a = 1},
-                        {.action = Action::PressEntry},
-                        {.action = Action::Answering, .edit = {EditKind::Select, 3, 1}},
-                        {.action = Action::Outside, .edit = {EditKind::Destroy, 0, 0}}}};
-        QTest::newRow("the window ends before it has heard of a deletion")
-            << Session{{Start::Generated, 2, false},
-                       {{.action = Action::Call, .a = 1},
-                        {.action = Action::PressEntry},
-                        {.action = Action::Idle},
-                        {.action = Action::Answering, .edit = {EditKind::Kill, 0, 0}},
-                        {.action = Action::Outside, .edit = {EditKind::Destroy, 0, 0}}}};
-        QTest::newRow("a refused set has a name beyond ASCII")
-            << Session{{Start::Generated, 2001952, false},
-                       {{.action = Action::Call, .a = 1},
-                        {.action = Action::Build},
-                        {.action = Action::Outside, .edit = {EditKind::AddSet, 267, 582}},
-                        {.action = Action::PressEntry, .target = 3},
-                        {.action = Action::Menu, .a = 766, .text = "\303\251"}}};
-        QTest::newRow("a change of the selection comes with an addition elsewhere")
-            << Session{{Start::Generated, 40098, true},
-                       {{.action = Action::Call, .a = 1},
-                        {.action = Action::PressEntry},
-                        {.action = Action::Press},
-                        {.action = Action::Outside, .edit = {EditKind::AddAmong, 658, 62}},
-                        {.action = Action::Slot, .a = 16}}};
+        for (const auto& [name, session] : keptSessions())
+            QTest::newRow(name) << session;
     }
     void sessionsThatFailedOnce() {
         QFETCH(Session, session);

@@ -5,24 +5,18 @@
 
 namespace plain {
 
-void Model::act(const Step& step, const Seen& seen) {
+void Model::act(const Step& step, const Meaning& meaning, const Seen& seen) {
     m_step = step;
-    const Rows rows = tree.shown();
-    Row* const row = rows.empty() ? nullptr : rows[step.target % rows.size()];
-    Row* const rowOrBelow = step.target % (rows.size() + 1) == rows.size()
-                                ? nullptr
-                                : rows[step.target % (rows.size() + 1)];
+    at = meaning.at;
     switch (step.action) {
     case Action::Slot:
         if (exists)
-            runCommand(*this, choose(commands(), step.a).slot, step);
+            runCommand(*this, meaning.command->slot, step);
         return;
-    case Action::Menu: {
-        const MenuEntry& entry = choose(menuEntries(), step.a);
-        if (isUsable() && (plugins || !*entry.plugin))
-            runCommand(*this, entry.slot, step);
+    case Action::Menu:
+        if (isUsable() && (plugins || !*meaning.entry->plugin))
+            runCommand(*this, meaning.entry->slot, step);
         return;
-    }
     case Action::Lock:
         locked = !locked;
         return;
@@ -31,85 +25,89 @@ void Model::act(const Step& step, const Seen& seen) {
     case Action::Answering:
         answering = step.edit;
         return;
-    case Action::Call: {
-        static const char* const entryPoints[] = {"Command", "CommandC", "Execute0", "Cleanup",
-                                                  "CommandC"};
-        const QString entryPoint = QString::fromLatin1(choose(entryPoints, step.a));
-        if (entryPoint == u"Execute0")
-            return call(QStringLiteral("CommandC"), QStringLiteral("Show"));
-        return call(entryPoint, QString::fromLatin1(choose(pluginCommands, step.b)));
+    case Action::Command:
+        return call(QStringLiteral("Command"), QString::fromStdString(step.name));
+    case Action::CommandC:
+        return call(QStringLiteral("CommandC"), QString::fromStdString(step.name));
+    case Action::Execute0:
+        return call(QStringLiteral("CommandC"), QStringLiteral("Show"));
+    case Action::Cleanup:
+        return call(QStringLiteral("Cleanup"), {});
+    default:
+        break;
     }
-    case Action::Window:
-        if (!exists)
-            return;
-        if (step.a % 4 == 0) {
-            shown = false;
-        } else if (step.a % 4 == 1) {
-            shown = minimised = true;
-        } else if (step.a % 4 == 2) {
-            close();
-        } else {
-            panelShown = false;
-        }
+    if (!exists)
+        return;
+    switch (step.action) {
+    case Action::Hide:
+        shown = false;
+        return;
+    case Action::Minimise:
+        shown = minimised = true;
+        return;
+    case Action::Close:
+        return close();
+    case Action::ClosePanel:
+        panelShown = false;
         return;
     default:
         break;
     }
-    if (!isUsable())
-        return;
+    if (isUsable())
+        actInWindow(step, meaning, seen);
+}
+
+void Model::actInWindow(const Step& step, const Meaning& meaning, const Seen& seen) {
+    const Rows rows = tree.shown();
+    Row* const row = at < 0 || rows.empty() ? nullptr : rows[std::size_t(at)];
     switch (step.action) {
     case Action::Press:
-        if (row)
-            press(step);
-        return;
+        return row ? press(row, step) : void();
     case Action::PressBelow:
-        return tellIf(tree.pressBelow(choose(buttons, step.a), choose(modifiers, step.c)));
+        return tellIf(tree.pressBelow(step.button, step.modifiers));
     case Action::Move:
-        if (row && (rowOrBelow || seen.hasRoomBelow))
-            drag(rowOrBelow, seen);
+        if (!rows.empty() && (row || seen.hasRoomBelow))
+            drag(row, seen);
         return;
     case Action::Release:
-        if (rowOrBelow || seen.hasRoomBelow)
-            tellIf(tree.release(rowOrBelow));
+        if (row || seen.hasRoomBelow)
+            tellIf(tree.release(row));
         return;
     case Action::DoubleClick:
         if (row && answering.kind == EditKind::None)
-            doubleClick(step);
+            doubleClick(row);
         return;
     case Action::Open:
         return openRows();
     case Action::Key:
         return key(step, seen);
     case Action::Type:
-        return tellIf(tree.type(QChar(ushort(choose(letterKeys, step.a))).toLower()));
+        return tellIf(tree.type(QChar(ushort(step.key)).toLower()));
     case Action::Header:
-        return tree.clickHeader(int(step.a % 4));
+        return tree.clickHeader(int(step.place));
     case Action::PressEntry:
-        if (list.isEmpty())
+        if (at < 0)
             return;
-        if (const auto entry = int(step.target % unsigned(list.size() + 1)); entry == list.size())
-            return;
-        else
-            highlighted = entry;
-        return listEvent(choose(listButtons, step.a), highlighted, step);
+        highlighted = at;
+        return listEvent(step.button, at, step);
     case Action::ListKey:
         return listKey(step, seen);
     case Action::Field:
         if (panelShown)
-            fields[step.a % 3] = QString::fromStdString(step.text);
+            fields[std::size_t(meaning.field)] = QString::fromStdString(step.text);
         return;
     case Action::TreeOnly:
         if (panelShown)
             treeOnly = !treeOnly;
         return;
-    case Action::Button: {
-        static const char* const operations[] = {"applySelect()", "applyMask()", "applyDiff()"};
-        if (panelShown && step.a % 4 == 3)
+    case Action::Button:
+        if (!panelShown)
+            return;
+        if (const char* const slot = panelButtons[meaning.button].slot)
+            runCommand(*this, slot, step);
+        else
             panelShown = false;
-        else if (panelShown)
-            runCommand(*this, operations[step.a % 4], step);
         return;
-    }
     default:
         return;
     }
@@ -120,20 +118,17 @@ void Model::tellIf(bool selectionChanges) {
         selectionChanged();
 }
 
-void Model::press(const Step& step) {
-    const Rows rows = tree.shown();
-    Row* const row = rows[step.target % rows.size()];
-    const Qt::MouseButton button = choose(buttons, step.a);
-    if (button == Qt::LeftButton) {
-        const Place place = choose(places, step.b);
-        const bool onMark = (place == Indentation || place == MarkBegin || place == MarkEnd) &&
+void Model::press(Row* row, const Step& step) {
+    if (step.button == Qt::LeftButton) {
+        const bool onMark = (step.place == Place::Indentation || step.place == Place::MarkBegin ||
+                             step.place == Place::MarkEnd) &&
                             row->parent && !row->children.empty();
         if (!onMark)
-            return tellIf(tree.press(row, choose(modifiers, step.c)));
-        return tree.pressMark(row, choose(modifiers, step.c));
+            return tellIf(tree.press(row, step.modifiers));
+        return tree.pressMark(row, step.modifiers);
     }
     tree.pressOther();
-    if (button == Qt::RightButton)
+    if (step.button == Qt::RightButton)
         rightPress(row, step);
     else if (row != tree.top())
         killBranch(row->item, step);
@@ -152,25 +147,25 @@ void Model::rightPress(Row* row, const Step& step) {
     Item* const item = row->item;
     tree.current = row;
     std::function<void()> change;
-    switch (choose(places, step.b)) {
-    case MarkBegin:
-    case MarkEnd:
-    case NameMargin:
+    switch (step.place) {
+    case Place::MarkBegin:
+    case Place::MarkEnd:
+    case Place::NameMargin:
         return;
-    case Indentation:
+    case Place::Indentation:
         if (row->parent)
             return;
         [[fallthrough]];
-    case NameBegin:
-    case Object:
+    case Place::NameBegin:
+    case Place::Object:
         return itemMenu(item, step);
-    case Show:
+    case Place::Show:
         change = [item] { Host::setVisible(*item, !Host::isVisible(*item)); };
         break;
-    case Select:
+    case Place::Select:
         change = [item] { Host::setSelected(*item, !Host::isSelected(*item)); };
         break;
-    case Partial:
+    case Place::Partial:
         change = [item] { Host::setSelected(*item, !Host::hasSelected(*item)); };
         break;
     default:
@@ -196,7 +191,7 @@ void Model::itemMenu(Item* item, const Step& step) {
     // Whatever is destroyed closes the menu.
     if (step.answer == Answer::Cancel || deletions != before)
         return;
-    const auto choice = step.c % 3;
+    const int choice = chosenEntry(step);
     const bool granted = guarded(Who::Nobody, Change::Update, [&] {
         if (choice == 0)
             Host::setVisible(*item, !wasVisible);
@@ -209,9 +204,7 @@ void Model::itemMenu(Item* item, const Step& step) {
         say("Cannot update CDB!");
 }
 
-void Model::doubleClick(const Step& step) {
-    const Rows rows = tree.shown();
-    Row* const row = rows[step.target % rows.size()];
+void Model::doubleClick(Row* row) {
     tellIf(tree.press(row, {}));
     tellIf(tree.release(row));
     if (row->open || !row->children.empty())
@@ -248,7 +241,7 @@ void Model::shortcut(Qt::Key key, const Step& step) {
 }
 
 void Model::key(const Step& step, const Seen& seen) {
-    const Qt::Key key = treeKey(step);
+    const Qt::Key key = step.key;
     if (key != Qt::Key_F1 && isShortcut(key) && !tree.typed.isEmpty())
         return tellIf(tree.type(QChar(ushort(key)).toLower()));
     if (isShortcut(key))
@@ -257,9 +250,8 @@ void Model::key(const Step& step, const Seen& seen) {
         tree.key(key, {});
         return tree.current ? itemMenu(tree.current->item, step) : void();
     }
-    const bool moves = key >= Qt::Key_Home && key <= Qt::Key_PageDown;
     if (key != Qt::Key_PageUp && key != Qt::Key_PageDown)
-        return tellIf(tree.key(key, moves ? choose(modifiers, step.c) : Qt::NoModifier));
+        return tellIf(tree.key(key, step.modifiers));
     tree.key(key, {});
     if (!tree.current)
         return;
@@ -273,11 +265,11 @@ void Model::key(const Step& step, const Seen& seen) {
         to = here > seen.first ? seen.first : std::max(0, here - page);
     else
         to = seen.last < 0 ? end : here < seen.last ? seen.last : std::min(end, here + page);
-    tellIf(tree.moveTo(rows[std::size_t(to)], choose(modifiers, step.c)));
+    tellIf(tree.moveTo(rows[std::size_t(to)], step.modifiers));
 }
 
 void Model::listKey(const Step& step, const Seen& seen) {
-    const Qt::Key key = plain::listKey(step);
+    const Qt::Key key = step.key;
     if (isShortcut(key))
         return shortcut(key, step);
     const int last = int(list.size()) - 1;

@@ -209,14 +209,14 @@ void Model::killBranch(Item* item, const Step& step) {
 // identifier, which was shown, or null.
 Item* Model::renewList(unsigned int shownId) {
     const Items& left = topLevel();
-    const auto at = std::find_if(left.begin(), left.end(),
-                                 [shownId](const Item* other) { return other->id == shownId; });
+    const auto found = std::find_if(left.begin(), left.end(),
+                                    [shownId](const Item* other) { return other->id == shownId; });
     if (list.size() != static_cast<qsizetype>(left.size())) {
         makeList();
-        current = at == left.end() ? -1 : static_cast<int>(at - left.begin());
+        current = found == left.end() ? -1 : static_cast<int>(found - left.begin());
     }
     updateList();
-    return at == left.end() ? nullptr : *at;
+    return found == left.end() ? nullptr : *found;
 }
 
 void Model::killSelected(Kind kind) {

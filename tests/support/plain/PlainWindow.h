@@ -2,9 +2,8 @@
 // session must do to data, rows, list and logs.
 #pragma once
 
-#include "PlainCommands.h"
+#include "Meaning.h"
 #include "PlainItems.h"
-#include "PlainMenus.h"
 #include "PlainTree.h"
 #include "Step.h"
 
@@ -42,7 +41,7 @@ enum class Refusal { Report, Silent };
 class Model {
 public:
     /// Does a step. Those that open files and build structures are entered by whoever did it.
-    void act(const Step& step, const Seen& seen);
+    void act(const Step& step, const Meaning& meaning, const Seen& seen);
     /// Tells everyone of items that came in.
     void tellOfNew() { tell(Who::Nobody, Change::Add); }
     /// Whether a user can reach the window now.
@@ -72,6 +71,7 @@ public:
     bool treeOnly = true;
 
     Said said;
+    int at = -1; ///< of the step that is done: see Meaning
 
     // What the commands are made of.
 
@@ -107,15 +107,18 @@ private:
     void tellWindow(Change kind);
     void edit(Who who, const Edit& edit);
     void destroyBeforeAll(Item* item);
-    void addLeaf(Item* parent, unsigned int value);
+    void changeItem(Item& item, const Edit& edit);
+    void addItem(const Edited<Item>& edited, const Edit& edit);
+    void addLeaf(Item* parent, const Edit& edit);
     QString entryText(const Item& item) const;
     void create();
     void kill();
     void call(const QString& entryPoint, const QString& name);
-    void press(const Step& step);
+    void actInWindow(const Step& step, const Meaning& meaning, const Seen& seen);
+    void press(Row* row, const Step& step);
     void rightPress(Row* row, const Step& step);
     void itemMenu(Item* item, const Step& step);
-    void doubleClick(const Step& step);
+    void doubleClick(Row* row);
     void openRows();
     void key(const Step& step, const Seen& seen);
     void drag(Row* to, const Seen& seen);

@@ -1,17 +1,25 @@
 #include "Step.h"
 
+#include <QMetaEnum>
 #include <QStringList>
+
+#include <iterator>
 
 namespace plain {
 
 namespace {
 
 const char* const actionNames[] = {
-    "Idle",        "Slot",     "Menu",   "Press",    "PressBelow", "Move",       "Release",
-    "DoubleClick", "Open",     "Key",    "Type",     "Header",     "PressEntry", "ListKey",
-    "Field",       "TreeOnly", "Button", "Call",     "Window",     "Lock",       "Outside",
-    "Answering",   "Build",    "Load",   "Sabotage", "Crash"};
+    "Idle",        "Slot",     "Menu",     "Press",      "PressBelow", "Move",       "Release",
+    "DoubleClick", "Open",     "Key",      "Type",       "Header",     "PressEntry", "ListKey",
+    "Field",       "TreeOnly", "Button",   "Command",    "CommandC",   "Execute0",   "Cleanup",
+    "Hide",        "Minimise", "Close",    "ClosePanel", "Lock",       "Outside",    "Answering",
+    "Build",       "Load",     "Sabotage", "Crash"};
 static_assert(std::size(actionNames) == actionCount);
+
+const char* const placeNames[] = {"Object",      "Show",      "Select",  "Partial",    "RightOfAll",
+                                  "Indentation", "MarkBegin", "MarkEnd", "NameMargin", "NameBegin"};
+static_assert(std::size(placeNames) == placeCount);
 
 const char* const editNames[] = {"None",     "Select",  "Show",   "Paint",     "AddAtom", "AddBond",
                                  "AddLeaf",  "AddBox",  "AddSet", "AddTop",    "Destroy", "Swap",
@@ -35,37 +43,54 @@ QString quoted(const std::string& text) {
     return u'"' + escaped + u'"';
 }
 
-} // namespace
-
-AtomValues madeAtom(unsigned int value) {
-    return {choose(madeTypes, value),
-            {static_cast<float>(value % 13) * 1.5F, static_cast<float>(value % 7),
-             static_cast<float>(value % 5)},
-            value % 11 != 0,
-            static_cast<float>(value % 90) - 5.0F,
-            value % 5 == 0 ? 1 + value % 3 : 0};
+// As the toolkit's header names it. `Enum` is one that the toolkit knows the names of.
+template <class Enum> QString nameIn(int value) {
+    return QLatin1String("Qt::") + QLatin1String(QMetaEnum::fromType<Enum>().valueToKey(value));
 }
+
+QString nameOf(Qt::KeyboardModifiers modifiers) {
+    QStringList names;
+    for (const Qt::KeyboardModifier each : {Qt::ShiftModifier, Qt::ControlModifier})
+        if (modifiers & each)
+            names << nameIn<Qt::KeyboardModifiers>(each);
+    return names.join(QLatin1String(" | "));
+}
+
+} // namespace
 
 QString text(const Step& step) {
     QString fields =
         QStringLiteral(".action = Action::") + QLatin1String(actionNames[int(step.action)]);
-    const auto add = [&fields](const char* name, unsigned int value) {
-        if (value)
-            fields += QStringLiteral(", .%1 = %2").arg(QLatin1String(name)).arg(value);
+    const auto add = [&fields](const char* name, const QString& value) {
+        fields += QStringLiteral(", .%1 = %2").arg(QLatin1String(name), value);
     };
-    add("target", step.target);
-    add("a", step.a);
-    add("b", step.b);
-    add("c", step.c);
+    if (!step.name.empty())
+        add("name", quoted(step.name));
+    if (step.target)
+        add("target", QString::number(step.target));
+    if (step.button != Qt::LeftButton)
+        add("button", nameIn<Qt::MouseButtons>(step.button));
+    if (step.place != Place::Object)
+        add("place", QStringLiteral("Place::") + QLatin1String(placeNames[int(step.place)]));
+    if (step.key != Qt::Key_unknown)
+        add("key", nameIn<Qt::Key>(step.key));
+    if (step.modifiers)
+        add("modifiers", nameOf(step.modifiers));
+    if (step.value)
+        add("value", QString::number(step.value));
     if (step.answer == Answer::Cancel)
-        fields += QStringLiteral(", .answer = Answer::Cancel");
+        add("answer", QStringLiteral("Answer::Cancel"));
     if (!step.text.empty())
-        fields += QStringLiteral(", .text = ") + quoted(step.text);
-    if (step.edit.kind != EditKind::None)
-        fields += QStringLiteral(", .edit = {EditKind::%1, %2, %3}")
-                      .arg(QLatin1String(editNames[int(step.edit.kind)]))
-                      .arg(step.edit.target)
-                      .arg(step.edit.value);
+        add("text", quoted(step.text));
+    if (step.edit.kind != EditKind::None) {
+        QString edit = QStringLiteral("{EditKind::%1, %2, %3")
+                           .arg(QLatin1String(editNames[int(step.edit.kind)]))
+                           .arg(step.edit.target)
+                           .arg(step.edit.value);
+        if (!step.edit.name.empty())
+            edit += QLatin1String(", ") + quoted(step.edit.name);
+        add("edit", edit + u'}');
+    }
     return u'{' + fields + u'}';
 }
 
