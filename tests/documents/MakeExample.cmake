@@ -38,7 +38,7 @@ while(TRUE)
   math(EXPR end "${end} + 4")
   string(SUBSTRING "${text}" ${end} -1 text)
 
-  if(before MATCHES "In `([^`]+)`,[ \n]below `([^`]+)`:\n\n$")
+  if(before MATCHES "In `([^`]+)`,[ \n]below[ \n]`([^`]+)`:\n\n$")
     set(path "${CMAKE_MATCH_1}")
     set(line "${CMAKE_MATCH_2}\n")
   elseif(before MATCHES "At the end of `([^`]+)`:\n\n$")

@@ -1,8 +1,12 @@
-# The window with the command that docs/architecture.md adds to it as an example: copies of its files
-# with the document's pieces in them, and the other objects of the plug-in as they are.
+# The window with the command that docs/architecture.md adds to it as an example, and the plain model
+# that knows of it: copies of their files with the document's pieces in them, and the other objects of
+# the plug-in as they are.
 file(GLOB window_files RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
   ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo*.cpp
-  ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo.h)
+  ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo.h
+  ${CMAKE_SOURCE_DIR}/structure-editor/window/Plugin.cpp)
+list(APPEND window_files
+  tests/support/plain/PlainMenus.cpp tests/support/plain/PlainCommands.cpp)
 set(example_root ${CMAKE_CURRENT_BINARY_DIR}/example)
 set(example_folder ${example_root}/window)
 set(example_files)
@@ -27,8 +31,24 @@ target_sources(test-documents PRIVATE
   ${example_files} ${other_headers}
   $<FILTER:$<TARGET_OBJECTS:structure-editor>,EXCLUDE,/Vuxo[A-Za-z]*\\.cpp|/mocs_compilation>
   structure-editor/WindowTools.cpp structure-editor/CommandTools.cpp)
+# The tests of all commands, and random sessions, as they are.
+target_sources(test-documents PRIVATE
+  structure-editor/MenuTest.cpp structure-editor/AllSlotsTest.cpp structure-editor/RepaintTest.cpp
+  structure-editor/SlotTools.cpp structure-editor/RepaintCount.cpp structure-editor/CompareRows.cpp
+  random-use/CommandUseTest.cpp random-use/SessionsTest.cpp random-use/Sessions.cpp
+  random-use/Apart.cpp random-use/Compare.cpp random-use/Driver.cpp random-use/DriverGestures.cpp
+  random-use/OtherUsers.cpp)
+target_compile_definitions(test-documents PRIVATE
+  TEST_PLUGINS="${TEST_PLUGINS}" RECORDING_PLUGINS="${EDITOR_TEST_PLUGINS}/recording")
+target_link_libraries(test-documents PRIVATE host-twin)
+target_link_options(test-documents PRIVATE -Wl,--wrap=_ZN8TreeView13triggerUpdateEv)
+add_dependencies(test-documents
+  test-plugin-Good editor-test-plugin-SolidVolume editor-test-plugin-Electrostatics)
+foreach(class MenuTest AllSlotsTest RepaintTest CommandUseTest SessionsTest)
+  add_test_class(documents ${class})
+endforeach()
 target_include_directories(test-documents BEFORE PRIVATE ${example_root})
-target_include_directories(test-documents PRIVATE
+target_include_directories(test-documents PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/support/plain
   ${CMAKE_CURRENT_SOURCE_DIR}/structure-editor ${CMAKE_SOURCE_DIR}/structure-editor
   ${CMAKE_SOURCE_DIR}/structure-editor/window)
 target_link_libraries(test-documents PRIVATE Qt6::Core5Compat)
