@@ -9,8 +9,8 @@
 
 class WidgetFactory;
 
-/// A main window with a title, a first size and a help page. Closing it hides it: the plug-in keeps
-/// its pointer, and is told by nobody.
+/// A main window with a title, an initial size and a help page. Closing only hides it, without
+/// notice to the plug-in, whose pointer stays valid.
 class HOST_EXPORT BaseWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -20,7 +20,7 @@ public:
                QWidget* parent, const char* name);
     ~BaseWindow() override;
 
-    /// Ends `window`, as when its plug-in is sent "Kill"; the base closes it.
+    /// Ends `window`, for example when its plug-in is sent "Kill"; the base class closes it.
     virtual void Kill(BaseWindow* window);
 
     QString helpPage() const;

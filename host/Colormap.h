@@ -15,10 +15,10 @@ public:
     Colormap(const std::string& file, int entries, const std::string& name);
     ~Colormap();
 
-    /// The values that the first and the last entry stand for; 0 and 1 at first.
+    /// Sets the values of the first and the last entry; initially 0 and 1.
     void setMinMax(float min, float max);
-    /// The colour of `value`. Values outside the range take the end colours, what is not a number
-    /// the first one; a map that is not valid gives white.
+    /// The colour of `value`. Values outside the range take the end colours, NaN takes the first;
+    /// an invalid map gives white.
     Color lookupValue(float value) const;
     /// Whether the file was read.
     bool isValid() const;

@@ -1,6 +1,6 @@
-// The root of the data model: every item of the data space is a Compound, and one that holds
-// others is a Composite. Kinds are told apart by run-time type tests only; destructors are defined
-// by the host library, so that each type has one identity in the whole program.
+// The root of the data model: every item of the data space is a Compound, and one that holds others
+// is a Composite. Kinds are told apart by dynamic_cast only. The host library defines the
+// destructors, so that each class has one type_info in the whole program.
 #pragma once
 
 #include "Color.h"
@@ -24,12 +24,11 @@ public:
     Compound& operator=(const Compound&) = delete;
     virtual ~Compound();
 
-    // The virtual operations stand in the order of their slots; a host may add slots after them.
+    // The virtual functions are declared in vtable order; a host may add others after them.
 
     /// Display name: one component of the qualified name, never with a "/" in it.
     virtual std::string GetName() const = 0;
-    /// An atom's type, which is its element's symbol as in "H", "O", "Cu"; of other items, the
-    /// kind.
+    /// An atom's element symbol, as "H", "O", "Cu"; for other items, the kind.
     virtual std::string GetType() const = 0;
     /// Where the item is, in Å; an invalid vertex when it has no position.
     virtual Vertex GetPosition() const = 0;
@@ -45,10 +44,9 @@ public:
     virtual bool IsVisible() const = 0;
     /// Whether the item holds items that a tree shows below it.
     virtual bool HasChildren() const = 0;
-    /// The direct children, in order, as a contiguous range; an empty range for what holds none.
-    /// Creating or destroying items in this composite ends the range's validity, and a range is
-    /// never kept across it. A child pointer may be null. Below the top level, children stand in
-    /// the order of their identifiers.
+    /// The direct children, in order, as a contiguous range; empty for an item that holds none.
+    /// Creating or destroying items in this composite invalidates the range. A child pointer may be
+    /// null. Below the top level, children are ordered by identifier.
     virtual Compound** ChildBegin() = 0;
     virtual Compound** ChildEnd() = 0;
     /// Switch a residue among its alternative models; nothing happens where there are none.
@@ -58,13 +56,12 @@ public:
 
     // The operations below are defined once, by the host library.
 
-    /// The item's place in the data space: "/" and a component for each level, as in
-    /// "/1ubq/A/Groups/MET 1/CA".
+    /// The qualified name: "/" and a component for each level, as in "/1ubq/A/Groups/MET 1/CA".
     std::string GetFQName() const;
     /// Identifier: unique in the data space while the program runs, rising in order of creation.
     unsigned int GetId() const;
-    /// The parts of an item that is no composite: a bond's two atoms, a set's members. They belong
-    /// to their own parents, and are never null. The range ends with the next change of the data.
+    /// The parts of an item that is no composite: a bond's two atoms, a set's members. Parts belong
+    /// to their own parents, and are never null. The next change of the data invalidates the range.
     Compound** PartBegin();
     Compound** PartEnd();
     Color GetColor() const;
@@ -72,8 +69,8 @@ public:
     void SetColor(const Color& color);
     /// Gives the item its default colour back.
     void RestoreColor();
-    /// Opens the host's context menu for the item, and returns when it is closed. The item may not
-    /// exist any more then.
+    /// Opens the host's context menu for the item and returns when the menu is closed. By then the
+    /// item may have been destroyed.
     void ShowMenu();
     void ToggleSelected();
     void ToggleVisible();

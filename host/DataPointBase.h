@@ -1,4 +1,4 @@
-// The common base of the change guards: taken while data are changed, and the announcement of the
+// The common base of the change guards: a guard is held while data are changed, and announces the
 // change when it ends.
 #pragma once
 
@@ -7,14 +7,15 @@
 
 class Subscriber;
 
-/// A change in progress. Lives on the stack for one command; guards are not nested, a second one is
-/// refused. When a good guard ends, also while an exception passes, every subscriber but the
-/// originator is told of the kind of change, in order of registration; a refused guard has changed
-/// nothing and announces nothing. A subscriber may answer with a change of its own: those who have
-/// not heard of a deletion yet hear of it before they hear of an answer to it.
+/// A change in progress (RAII): a guard lives on the stack for one command. Guards do not nest; a
+/// second one is refused. When a good guard ends, also during stack unwinding, every subscriber but
+/// the originator is told the kind of change, in order of registration. A refused guard announces
+/// nothing. A subscriber may answer with a change of its own; subscribers that have not been told
+/// of a deletion yet are told of it before they are told of such an answer.
 class HOST_EXPORT DataPointBase {
 public:
-    /// Asks the host for the change. `originator`, which may be null, is the one that is not told.
+    /// Asks the host for the change. `originator` is the subscriber that is not told; it may be
+    /// null.
     DataPointBase(Subscriber* originator, Publisher::ActionType kind);
     DataPointBase(const DataPointBase&) = delete;
     DataPointBase& operator=(const DataPointBase&) = delete;
@@ -24,7 +25,7 @@ public:
     bool m_good;
 
 private:
-    bool m_holds; ///< what the host granted, whatever became of m_good
+    bool m_holds; ///< what the host granted; callers can overwrite m_good
     Publisher::ActionType m_kind;
     Subscriber* m_originator;
 };

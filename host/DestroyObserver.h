@@ -1,4 +1,4 @@
-// Who must let go of items before they are destroyed.
+// Observers that drop their pointers to items before the items are destroyed.
 #pragma once
 
 #include "HostExport.h"
@@ -7,10 +7,10 @@ namespace TAVIK {
 
 class Compound;
 
-/// Hears of every destruction in the data space, from its own construction until its destruction,
-/// on the GUI thread, while all that is about to go is still there. A Subscriber hears of it when
-/// the change is over, and others before it may run an event loop by then: whoever keeps pointers
-/// to items, and paints or answers from them, lets go of them here.
+/// Is told of every destruction in the data space as long as the observer exists, on the GUI thread
+/// and before anything is destroyed. Subscribers are told only after the change, and one of them
+/// may run an event loop before the next is told. An object that keeps pointers to items, and
+/// paints or answers from them, must therefore drop the pointers here.
 ///
 /// An exception out of a handler is logged by the host and goes no further. Observers may be made
 /// and destroyed inside a handler.
@@ -22,8 +22,8 @@ public:
     virtual ~DestroyObserver();
 
     /// `item` is about to be destroyed, with all that it holds and with the bonds of its atoms.
-    /// Told once for each call of DataMaker::Destroy(), but not of items outside of the data space.
-    /// No data may be changed here.
+    /// Called once for each call of DataMaker::Destroy(), but not for items outside of the data
+    /// space. No data may be changed here.
     virtual void aboutToDestroy(Compound* item) = 0;
 };
 

@@ -7,7 +7,6 @@
 
 class HOST_EXPORT HelpViewer {
 public:
-    /// Shows the help page of that name; a page that is not there is said in the viewer and the
-    /// log.
+    /// Shows the help page of that name; if there is none, the viewer and the log say so.
     static void Show(const QString& page);
 };

@@ -8,7 +8,7 @@
 namespace TAVIK {
 
 /// The absolute path of the file that a top-level item was read from; empty for every other item,
-/// and for null. It is what the file was called then: there may be another file by now, or none.
+/// and for null. The path is as of then: the file may have been replaced or removed since.
 HOST_EXPORT QString OriginOf(const Compound* item);
 
 } // namespace TAVIK

@@ -1,5 +1,5 @@
-// The kinds of items that the data space holds beside plain composites. Which class an item has is
-// all that tells its kind: test with dynamic_cast.
+// The kinds of items that the data space holds beside plain composites. An item's kind is its
+// class: test with dynamic_cast.
 #pragma once
 
 #include "Compound.h"
@@ -60,8 +60,8 @@ public:
     int m_upper[3] = {0, 0, 0};
 
     /// Writes the indices of the grid point nearest to `point` (in Å) to `ijk[0..2]`. They lie
-    /// outside the grid when the point does; coordinates too large for an index, or that are not
-    /// numbers, give an index far outside. Returns whether the indices lie in the grid.
+    /// outside the grid when the point does; NaN, and coordinates too large for an index, give an
+    /// index far outside. Returns whether the indices lie in the grid.
     virtual bool GetNearest(const Vertex& point, int* ijk) const = 0;
 };
 

@@ -5,8 +5,8 @@
 
 #include <string>
 
-/// A call on its way to a plug-in. The entry points carry the command and the data only; the rest
-/// can be read here while the call lasts.
+/// A call of a plug-in. The entry points receive only the command and the data; the other fields
+/// can be read here during the call.
 struct HOST_EXPORT PluginCall {
     std::string type;                ///< type of the plug-in that is called, as "Create"
     std::string name;                ///< its name, as "SolidVolume"

@@ -1,4 +1,4 @@
-// How often the selection has changed: for those who keep a copy of it.
+// A version number of the selection, for code that caches the selection.
 #pragma once
 
 #include "HostExport.h"
@@ -7,10 +7,10 @@
 
 namespace TAVIK {
 
-/// A number that has risen, before anyone can ask, when any item of the data space answers
-/// IsSelected() or HasSelected() other than before, whoever made the change, and by whatever kind
-/// of guard. It may rise without such a change, and never falls: while it stays the same, answers
-/// that were written down stay true. Costs no more than reading a number.
+/// A number that rises whenever any item of the data space answers IsSelected() or HasSelected()
+/// differently than before, whoever made the change and whatever the kind of guard. It rises before
+/// anyone can ask for the new answer, may rise without a change, and never falls: while it stays
+/// the same, cached answers are valid. Costs as much as reading a number.
 HOST_EXPORT std::uint64_t SelectionChanges();
 
 } // namespace TAVIK

@@ -3,8 +3,8 @@
 
 #include "HostExport.h"
 
-/// Hears of every change from its construction until its destruction, on the GUI thread, while the
-/// guard of the change ends. A handler learns the kind of change only, and reads the data anew.
+/// Is told of every change as long as the subscriber exists, on the GUI thread, while the guard of
+/// the change ends. A handler learns only the kind of change, and reads the data anew.
 ///
 /// An exception out of a handler is logged by the host and goes no further. Subscribers may be made
 /// and destroyed inside a handler.

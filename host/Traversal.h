@@ -12,12 +12,12 @@
 namespace TAVIK {
 
 /// Append the atoms, groups or residues at or below `root` to `out`, depth first in the order of
-/// children, and leave what it holds. A null root gives nothing.
+/// children. What `out` holds already stays. A null root gives nothing.
 HOST_EXPORT void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all);
 HOST_EXPORT void GetGroups(Compound* root, std::vector<Compound*>& out, bool all);
 HOST_EXPORT void GetResidues(Compound* root, std::vector<Compound*>& out, bool all);
-/// Appends the selected items below `root` to `out`: of an item that is wholly selected, the item
-/// itself and nothing in it.
+/// Appends the selected items below `root` to `out`. If an item is wholly selected, the item itself
+/// is appended and nothing inside it.
 HOST_EXPORT void GetSelected(Compound* root, std::vector<Compound*>& out);
 
 namespace detail {
@@ -31,18 +31,18 @@ template <class T> WalkStep stepFor(const Compound* item) {
                                                   : WalkStep::Skip;
 }
 
-/// GetItems() for a range of children or parts. `step` answers alike for all items of one class,
-/// and need not be asked again.
+/// GetItems() for a range of children or parts. `step` must give the same answer for all items of
+/// one class; it may be asked only once a class.
 HOST_EXPORT void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out,
                               bool all, WalkStep (*step)(const Compound* item));
 
 } // namespace detail
 
 /// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
-/// `root` itself. What lies inside a `T` is not looked at. With `all` false only selected items
-/// are taken, and an item without any selection in it is not entered. `tag` is not read: it selects
-/// `T`. `parts` says whether the parts of a root that is no composite are looked through; they
-/// never are further down.
+/// `root` itself. Items inside a `T` are skipped. With `all` false only selected items are taken,
+/// and items with nothing selected inside are not entered. `tag` is not read: it selects `T`.
+/// `parts` says whether to search the parts of a root that is no composite; parts further down are
+/// never searched.
 template <class T>
 void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* /*tag*/, bool parts) {
     if (!root || (!all && !root->HasSelected()))

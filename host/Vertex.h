@@ -26,8 +26,8 @@ private:
     std::array<T, N> m_values{};
 };
 
-/// A position in Å, single precision, with a flag that says whether it is one: an item without a
-/// position answers with a vertex whose flag is false, and whose coordinates then mean nothing.
+/// A position in Å, single precision, with a validity flag. For an item without a position the flag
+/// is false and the coordinates are meaningless.
 class HOST_EXPORT Vertex : public Vector<float, 3> {
 public:
     /// The origin, not valid.

@@ -12,15 +12,15 @@ class QObject;
 class QPushButton;
 class QWidget;
 
-/// Every widget is a child of its parent, which owns it; adding it to a layout is the caller's.
+/// Every widget is a child of its parent, which owns it. The caller adds it to a layout.
 class HOST_EXPORT WidgetFactory {
 public:
     QLabel* CreateQLabel(QWidget* parent, const QString& text);
     /// An empty line edit.
     QLineEdit* CreateQLineEdit(QWidget* parent);
     QCheckBox* CreateCheckBox(QWidget* parent, const QString& text, bool checked);
-    /// A button whose click calls `slot` (as SLOT() writes it) of `receiver`. An ampersand
-    /// between blanks is one to be read; before a letter it announces a key.
+    /// A button whose click calls `slot` (as SLOT() writes it) of `receiver`. An ampersand between
+    /// blanks is shown; before a letter it makes a mnemonic.
     QPushButton* CreateQPushButton(QWidget* parent, const QString& text, const QObject* receiver,
                                    const char* slot);
 };
