@@ -1,5 +1,5 @@
-// Answers that are the same for all items of one class, remembered while many items are met: a
-// run-time type test costs more than most of what is done with an item, and there are few classes.
+// A cache of answers that are the same for all items of one class. A run-time type test costs more
+// than most of what is done with an item, and there are few classes.
 #pragma once
 
 #include "Compound.h"
@@ -10,7 +10,7 @@
 
 template <class Answer> class ByClass {
 public:
-    /// What `ask(item)` says of the class of `item`, which is not null.
+    /// The result of `ask(item)`, cached for the class of `item`, which is not null.
     template <class Ask> Answer of(const TAVIK::Compound* item, const Ask& ask) {
         const std::type_info* const type = &typeid(*item);
         for (std::size_t i = 0; i != m_count; ++i)

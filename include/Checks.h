@@ -1,4 +1,4 @@
-// Checks that warn and go on: an internal mistake is worth a line, never the user's session.
+// Checks that warn and go on: an internal error is reported, and never ends the user's session.
 // The text, the source's name and the line are arguments, because they are part of the message.
 #pragma once
 

@@ -5,7 +5,7 @@
 
 template <class T> class DataDelete : public DataGuard<T, Publisher::Delete> {
 public:
-    /// `data` is the item below which, or which itself, is destroyed; null only warns.
+    /// `data` is the item that is destroyed, or below which items are; null only warns.
     DataDelete(Subscriber* originator, T* data)
         : DataGuard<T, Publisher::Delete>(originator, data, "../../include/DataDelete") {}
 };

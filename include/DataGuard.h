@@ -4,8 +4,8 @@
 #include "Checks.h"
 #include "DataPointBase.h"
 
-/// A change guard of one kind that remembers the item it was opened on. It owns nothing; its end is
-/// the host's (see DataPointBase).
+/// A change guard of one kind that remembers the item it was opened on. It owns nothing;
+/// DataPointBase says what its end does.
 template <class T, Publisher::ActionType kind> class DataGuard : public DataPointBase {
 protected:
     /// `source` names the guard's header in the warning that a null `data` gives.

@@ -25,7 +25,7 @@ public:
     using Action = void (*)(void* data, PluginResult* result);
     using CAction = void (*)(const void* data, PluginResult* result);
 
-    /// Runs the action `name` on writable data; the first command of all makes tables and window.
+    /// Runs the action `name` on writable data; the first command creates tables and window.
     static void Command(const char* name, void* data, PluginResult* result) {
         run(name, data, result);
     }
