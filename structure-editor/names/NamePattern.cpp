@@ -10,7 +10,7 @@ QString latin1(const std::string& text) {
     return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-/// An expression as a part of a line: shortened, and without line ends.
+/// The expression in quotes, as a part of a log line: shortened, and without line breaks.
 QString quoted(const QString& expression) {
     constexpr qsizetype most = 60;
     QString text = expression.left(most);
@@ -39,7 +39,7 @@ NamePattern::NamePattern(const QString& expression, const Limits& limits)
         m_valid = false;
         return;
     }
-    // QRegExp has the last word on what is valid, where it can be asked.
+    // QRegExp decides what is valid, wherever it can be run on the expression.
     if (m_cost.compilable) {
         m_regExp.emplace(expression);
         if (!m_regExp->isValid()) {

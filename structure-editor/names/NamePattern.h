@@ -1,5 +1,5 @@
-// Which qualified names does a name pattern match? Gives for every pattern and name what one
-// QRegExp match gives, many times faster, and in bounded time and memory.
+// Matches qualified names with a name pattern. The answers are those of QRegExp for every pattern
+// and name, many times faster, and in bounded time and memory.
 #pragma once
 
 #include "PatternAutomaton.h"
@@ -15,23 +15,22 @@
 /// A name matches when the expression, as a case-sensitive QRegExp, has its first match in the name
 /// at the first character. An expression that QRegExp calls invalid matches nothing.
 ///
-/// An expression that cannot be answered within bounds is cut off at the first name that shows it.
-/// Answers mean nothing then, those already given included, so that a caller asks for all names
-/// before it acts on any:
+/// An expression that exceeds the limits is cut off at the first name that shows it. Then no answer
+/// is valid, not even the earlier ones, so a caller asks for all names before it acts on any:
 ///
 ///     for (name : names) found.push_back(pattern.matches(name));
 ///     if (!pattern.cutOff().isEmpty()) { log(pattern.cutOff()); return; }
 class NamePattern {
 public:
-    /// What one pattern may use. Tests make it small.
+    /// The resources that one pattern may use. Tests set low limits.
     struct Limits {
-        /// Size of the expression with its repetitions written out.
+        /// Size of the expression with its repetitions unrolled.
         double instructions = 5e5;
         name_pattern::Automaton::Bounds automaton;
-        /// Steps of a single QRegExp match, which cannot be interrupted; a step is a nanosecond or
-        /// less, and most matches take few of those that are foretold.
+        /// Estimated steps of a single QRegExp match, which cannot be interrupted. A step is a
+        /// nanosecond or less, and most matches take far fewer steps than estimated.
         double matchSteps = 2e9;
-        /// Time in QRegExp for all names: a start, and what every name adds.
+        /// Time in QRegExp for all names: an initial budget, and what every name adds.
         double seconds = 2;
         double secondsPerName = 20e-6;
     };
@@ -39,22 +38,22 @@ public:
     explicit NamePattern(const QString& expression);
     NamePattern(const QString& expression, const Limits& limits);
 
-    /// Whether QRegExp takes the expression for valid; true where that is not known because it is
+    /// Whether QRegExp accepts the expression; true if that is unknown because the expression is
     /// cut off.
     bool isValid() const { return m_valid; }
     /// Whether the Latin-1 name matches; false when the expression is invalid or cut off.
     bool matches(std::string_view name);
 
-    // Many names that begin alike: their beginning is read once.
+    // For many names with a common prefix, which is read once.
 
-    /// Sets how the next names begin.
+    /// Sets the prefix of the next names.
     void setBeginning(std::string_view beginning);
-    /// The answer for all names that begin so, where that is clear already.
+    /// The answer for all names with this prefix, if the prefix decides it.
     std::optional<bool> answerForAll() const;
-    /// Whether the name that has `rest` behind the beginning matches.
+    /// Whether the name that consists of the prefix and `rest` matches.
     bool matchesRest(std::string_view rest);
 
-    /// Why the expression is cut off, in one line for the log; empty while all answers hold.
+    /// Why the expression is cut off, in one line for the log; empty while all answers are valid.
     const QString& cutOff() const { return m_cutOff; }
     /// Whether names are answered without QRegExp.
     bool isFast() const { return m_automaton.has_value(); }
@@ -71,9 +70,9 @@ private:
     QString m_cutOff;
     std::optional<name_pattern::Automaton> m_automaton;
 
-    // For what the automaton does not know.
+    // For patterns that the automaton does not support, or that are too large for it.
     std::string m_beginning;
-    QString m_refusal; ///< why no name can be answered that is long enough to match
+    QString m_refusal; ///< why names that are long enough to match get no answer
     std::optional<QRegExp> m_regExp;
     name_pattern::Cost m_cost;
     double m_secondsLeft = 0;

@@ -1,4 +1,4 @@
-// The characters as one pattern tells them apart: those that it treats alike share a column.
+// Equivalence classes of characters: those that a pattern treats alike share a column.
 #pragma once
 
 #include "PatternSyntax.h"
@@ -13,7 +13,7 @@ class Alphabet {
 public:
     explicit Alphabet(const Syntax& syntax);
 
-    /// Number of columns, the end's included.
+    /// Number of columns, including the one for the end of the name.
     int columns() const { return m_columns; }
     /// The last column stands for the end of the name.
     int endColumn() const { return m_columns - 1; }
@@ -21,8 +21,8 @@ public:
     const std::array<std::uint8_t, 256>& columnOf() const { return m_columnOf; }
     /// Whether the characters of the column are in a set of the Syntax. The end is in none.
     bool isIn(int column, int set) const { return column < endColumn() && m_sets[set][column]; }
-    /// Whether the characters of the column are parts of words, if the pattern asks for that at
-    /// all.
+    /// Whether the characters of the column are word characters; always false for a pattern without
+    /// word boundaries.
     bool isWord(int column) const { return column < endColumn() && m_words[column]; }
 
 private:

@@ -45,7 +45,7 @@ bool Automaton::matchesRest(std::string_view rest) {
     Decision& decision = m_decisions[mixed >> (64 - decisionBits)];
     if (decision.state != state || decision.text != text) {
         const bool answer = endsWell(read(state, rest));
-        // The state's number means another one after the states were forgotten.
+        // After a flush of the state cache the number means another state.
         if (m_behindBeginning != state || isExhausted())
             return answer;
         decision = {text, state, answer};
@@ -53,7 +53,7 @@ bool Automaton::matchesRest(std::string_view rest) {
     return decision.answer;
 }
 
-/// The state behind a text, or what stands for one: this loop is what matching costs.
+/// The state after a text, or one of the special values. Matching spends its time in this loop.
 Automaton::Index Automaton::read(Index state, std::string_view text) {
     if (state < 0)
         return state;
@@ -91,17 +91,17 @@ Automaton::Index Automaton::start() {
     return m_start;
 }
 
-/// Finds what a state and a column lead to, for the table. A state has one place for each way to
-/// match; a way that ends is just not kept.
+/// Computes a transition and stores it in the table. A state is a set of places, one for each way
+/// to match; a way that fails is dropped.
 Automaton::Index Automaton::follow(Index from, Index column) {
-    const State state = m_states[from / m_alphabet->columns()]; // a copy: it may be forgotten below
+    const State state = m_states[from / m_alphabet->columns()]; // a copy: a flush below may drop it
     const Before before = m_alphabet->isWord(column) ? Word : Anything;
     m_now.clear();
     m_then.clear();
     for (std::size_t i = state.begin; i < state.end; ++i)
         gather(m_now, m_members[i]);
     bool accepted = false;
-    // The list grows on the way: a condition that holds adds what stands behind it.
+    // The list grows in the loop: an assertion that holds adds the places after it.
     for (std::size_t i = 0; i < m_now.members().size() && !accepted && !isExhausted(); ++i) {
         const Instruction& instruction =
             m_program.code[static_cast<std::size_t>(m_now.members()[i])];
@@ -142,8 +142,8 @@ bool Automaton::holds(Condition condition, Before before, Index column) const {
     return !isBoundary;
 }
 
-/// Adds the places that one leads to without taking a character. Returns true, and may stop, when
-/// one of them ends a match.
+/// Adds the epsilon closure of a place: the places reachable without consuming a character. Returns
+/// true, and may stop early, when the closure accepts.
 bool Automaton::gather(Gathering& into, Index from) {
     m_todo.assign(1, from);
     while (!m_todo.empty()) {
@@ -165,7 +165,7 @@ bool Automaton::gather(Gathering& into, Index from) {
     return false;
 }
 
-/// The state of these places, which are put in order; made if there is none yet.
+/// The state of these places, which are sorted; created if there is none yet.
 Automaton::Index Automaton::stateOf(std::vector<Index>& places, Before before) {
     std::sort(places.begin(), places.end());
     std::size_t hash = before;

@@ -1,6 +1,6 @@
-// Runs a Program over names: a deterministic automaton whose states are made when a name first
-// needs them, so that a character costs one table look-up. Memory and the work of making states are
-// bounded, however many states a pattern has.
+// Runs a Program over names as a lazily built deterministic automaton (DFA): a state is created
+// when a name first needs it, so that a character costs one table look-up. Memory and the work of
+// creating states are bounded, however many states a pattern has.
 #pragma once
 
 #include "PatternAlphabet.h"
@@ -20,10 +20,10 @@ class Automaton {
 public:
     /// Bounds that tests make small to reach them.
     struct Bounds {
-        /// States are forgotten, and made anew, when they take more than that many bytes.
+        /// Bytes that the states may take; beyond that all are flushed and created anew.
         std::size_t memory = std::size_t(48) << 20;
-        /// Steps that may be spent on making states, for all names together: a start, and what
-        /// every character adds. The time for many names is thus linear in their length.
+        /// Steps that may be spent on creating states, for all names together: an initial budget,
+        /// and what every character adds. The time for many names is thus linear in their length.
         double work = 2e8;
         double workPerCharacter = 20;
     };
@@ -31,31 +31,31 @@ public:
     /// For a Program and the Alphabet of its pattern.
     Automaton(Program program, std::shared_ptr<const Alphabet> alphabet, const Bounds& bounds);
 
-    /// Whether a match starts at the first character of `name`. False, and without meaning, when
-    /// the bounds are exceeded.
+    /// Whether a match starts at the first character of `name`; false, but meaningless, when the
+    /// bounds are exceeded.
     bool matches(std::string_view name);
-    /// Reads how several names begin.
+    /// Reads the common prefix of several names.
     void setBeginning(std::string_view beginning);
-    /// The answer for all names that begin so, where the rest makes no difference.
+    /// The answer for all names with this prefix, if the rest makes no difference.
     std::optional<bool> answerForAll() const;
-    /// The answer for the beginning with `rest` behind it.
+    /// The answer for the name that consists of the prefix and `rest`.
     bool matchesRest(std::string_view rest);
     /// Whether the bounds are exceeded: from then on there are no answers.
     bool isExhausted() const { return m_work < 0; }
-    /// How often the states were forgotten for want of memory.
+    /// How often the states were flushed because memory was full.
     unsigned timesForgotten() const { return m_timesForgotten; }
 
 private:
     using Index = std::int32_t;
 
-    /// What can stand where a state is expected: that it is not known yet, or that the rest of the
-    /// name makes no difference. A state is the start of its row in the table.
+    /// Special values in place of a state: not computed yet, or decided whatever the rest of the
+    /// name is. A state is the index at which its row of the table starts.
     enum : Index { Unknown = -1, Never = -2, Always = -3 };
 
-    /// What is known of the characters before a place, as far as conditions ask for it.
+    /// What is known of the character before a place, as far as assertions need it.
     enum Before : std::uint8_t { Anything, NoCharacter, Word };
 
-    /// The places in the program that a state stands at, as a range of m_members.
+    /// The set of places in the program that a state stands for, as a range of m_members.
     struct State {
         std::size_t begin;
         std::size_t end;
@@ -102,7 +102,7 @@ private:
     Bounds m_bounds;
     double m_work;
 
-    /// A row for each state, a column for each of the alphabet.
+    /// The transition table: a row for each state, a column for each column of the alphabet.
     std::vector<Index> m_table;
     std::vector<State> m_states;
     std::vector<Index> m_members;
@@ -111,10 +111,10 @@ private:
     unsigned m_timesForgotten = 0;
 
     std::string m_beginning;
-    Index m_behindBeginning = Unknown; ///< a state that was not forgotten, or what stands for one
+    Index m_behindBeginning = Unknown; ///< the state after the prefix; Unknown after a flush
 
-    /// What was decided for a state and a short text behind it. Structures have few hundred names
-    /// of atoms, so that hardly two of them ever want one place.
+    /// A cache of answers by a state and the short text after it. Structures have a few hundred
+    /// atom names, so that collisions are rare.
     struct Decision {
         std::uint64_t text = 0; ///< the length in the highest byte
         Index state = Unknown;

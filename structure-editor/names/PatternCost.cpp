@@ -6,15 +6,15 @@ namespace name_pattern {
 
 namespace {
 
-// What QRegExp may use for one pattern: about 0.2 s and 50 MB, and a tenth of the usual stack.
+// Limits for QRegExp on one pattern: about 0.2 s and 50 MB, and a tenth of the usual stack.
 constexpr double mostWork = 2e8;
 constexpr double mostTransitions = 5e5;
 constexpr double mostCaptureCells = 2e6;
 constexpr int mostDepth = 500;
-/// QRegExp tells no more classes apart.
+/// QRegExp cannot distinguish more classes.
 constexpr int mostClasses = 65535;
-/// With more of them, which stand in no look-ahead or all in the same, QRegExp calls a pattern
-/// invalid. It reads each copy of a repeated one anew.
+/// With more look-aheads at the top level, or directly inside one look-ahead, QRegExp calls a
+/// pattern invalid. It parses, and counts, each copy of a repeated look-ahead.
 constexpr double mostLookAheads = 13;
 
 /// A part of a pattern, as QRegExp builds it: a state for each character, and a transition for each
@@ -30,22 +30,22 @@ struct Part {
     double lastOut = 0; ///< most transitions that leave a last state
     double work = 0;    ///< steps to build the part
     bool skippable = false;
-    // Assertions of a part that is skipped, or that stand at its edges, multiply when parts are
-    // joined: the number of their combinations.
+    // Numbers of combinations of assertions, of those in a part that is skipped and of those at its
+    // edges: they multiply when parts are joined.
     bool freelySkippable = false; ///< without an assertion
     double skipConditions = 1;
     double edgeConditions = 1;
-    // The same for what look-aheads cost to test, and what they cost in all transitions.
+    // Likewise the cost of testing look-aheads, and that cost over all transitions.
     double skipTests = 0;
     double edgeTests = 0;
     double tests = 0;
-    int power = 0;          ///< how deep look-aheads stand in one another
-    double lookAheads = 0;  ///< number of them, but for those in others
-    bool isInvalid = false; ///< for too many look-aheads in one
+    int power = 0;          ///< nesting depth of look-aheads
+    double lookAheads = 0;  ///< number of look-aheads that are not inside others
+    bool isInvalid = false; ///< too many look-aheads directly inside one
 };
 
-// In steps: copying a list's entry, reading a character or the like, and making the engine that
-// QRegExp has for each look-ahead, each time that it reads one.
+// In steps: copying an entry of a list, parsing a character or the like, and creating the engine
+// that QRegExp needs for each look-ahead that it parses.
 constexpr double copying = 0.1;
 constexpr double reading = 100;
 constexpr double makingEngine = 1e4;
@@ -155,8 +155,8 @@ Part optional(Part part) {
     return part;
 }
 
-/// `count` copies in a row, of which those behind the first `least` can be left out. QRegExp reads
-/// the operand again for each copy.
+/// `count` copies in a row, of which those after the first `least` are optional. QRegExp parses the
+/// operand again for each copy.
 Part copies(const Part& operand, double count, double least) {
     Part part = operand;
     part.instructions *= count;
@@ -169,7 +169,7 @@ Part copies(const Part& operand, double count, double least) {
     if (count == 1)
         return part;
     const bool anySkippable = operand.skippable;
-    const double reach = anySkippable ? count : 1; // how many copies one copy can be followed by
+    const double reach = anySkippable ? count : 1; // how many copies can directly follow one copy
     const double joints = count * reach * operand.last * operand.first;
     part.transitions += joints;
     part.tests += joints * 2 * (operand.edgeTests + count * operand.skipTests);
@@ -208,7 +208,7 @@ Part repetition(const Part& operand, int least, int most) {
     return least == 0 ? optional(part) : part;
 }
 
-/// What a match costs at each place that it goes through.
+/// The cost of a match at each position in the name.
 double matchAtOnePlace(const Part& part, int captures) {
     const double steps = (part.transitions + part.first) * (1 + captures / 16.0);
     return steps + part.tests + part.edgeTests + part.skipTests + 1;
@@ -217,7 +217,7 @@ double matchAtOnePlace(const Part& part, int captures) {
 Part lookAhead(const Part& operand, int captures) {
     Part part = assertion();
     part.instructions = operand.instructions + 2;
-    // Its engine takes memory of its own, which counts as the work that is as much of the bounds.
+    // Its engine takes memory, which is counted as work: as the same fraction of the limit.
     part.work += operand.work + makingEngine + mostWork / mostTransitions * operand.transitions +
                  mostWork / mostCaptureCells * (operand.states + 2) * (captures + 1);
     part.skipTests = matchAtOnePlace(operand, captures);
@@ -229,8 +229,8 @@ Part lookAhead(const Part& operand, int captures) {
 
 } // namespace
 
-// A match goes through places behind its start, and a look-ahead through places behind its own: so
-// many choices of rising places there are.
+// A match visits positions after its start, and each nested look-ahead positions after its own
+// start: the number of ways to choose `power` positions in ascending order.
 double Cost::matchSteps(std::size_t length) const {
     double steps = match;
     for (int i = 1; i <= power; ++i)
@@ -259,7 +259,7 @@ Cost estimate(const Syntax& syntax) {
         case NodeKind::BackReference: {
             Part part = character();
             part.shortest = 0;
-            part.skippable = part.freelySkippable = true; // the group may have been empty
+            part.skippable = part.freelySkippable = true; // the group may have matched nothing
             parts.push_back(part);
             break;
         }

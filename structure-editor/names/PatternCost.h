@@ -1,5 +1,5 @@
-// Foretells what it costs to work with a pattern, ours and QRegExp's way, before either is tried:
-// QRegExp can neither be interrupted nor does it survive every pattern.
+// Estimates the cost of a pattern, for our automaton and for QRegExp, before either runs: QRegExp
+// cannot be interrupted, and some patterns crash it.
 #pragma once
 
 #include "PatternSyntax.h"
@@ -8,10 +8,10 @@
 
 namespace name_pattern {
 
-/// Upper estimates; infinite, or not a number, where a pattern is beyond all bounds. A step of
-/// QRegExp is about a nanosecond.
+/// Upper estimates; infinity or NaN for a pattern beyond all bounds. A step of QRegExp is about a
+/// nanosecond.
 struct Cost {
-    /// Number of instructions that the pattern makes as a Program.
+    /// Number of instructions of the pattern's Program.
     double instructions = 0;
     /// Length of the shortest text that can match.
     double shortest = 0;
@@ -19,7 +19,7 @@ struct Cost {
     bool compilable = false;
     /// Whether QRegExp calls the pattern invalid for the number of its look-aheads.
     bool tooManyLookAheads = false;
-    /// Steps of one QRegExp match on a name, for each choice of `power` places in the name.
+    /// Steps of one QRegExp match on a name, for each choice of `power` positions in the name.
     double match = 0;
     int power = 2;
 

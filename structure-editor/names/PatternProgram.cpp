@@ -17,8 +17,8 @@ public:
     Program result();
 
 private:
-    /// The code of one operand, from `begin` to where the next operand's begins. It is entered at
-    /// `entry`, and left through the `next` of the instruction `exit`, which is open yet.
+    /// The code of one operand, from `begin` to the `begin` of the next operand. It is entered at
+    /// `entry` and left through `next` of the instruction `exit`, which is not set yet.
     struct Piece {
         std::int32_t begin;
         std::int32_t entry;
@@ -108,7 +108,7 @@ private:
             piece.exit = nth(count - 1).exit;
             return;
         }
-        // Each copy that can be left out has a split before it that leads to the end.
+        // A Split before each optional copy also leads to the end.
         const std::int32_t end = append(Instruction::Pass);
         std::int32_t follower = end;
         for (int i = count - 1; i >= 0; --i) {
@@ -132,8 +132,8 @@ private:
         }
     }
 
-    /// The first instruction from `at` on that does something; the Passes on the way are shortened,
-    /// so that long chains cost their length once.
+    /// The first instruction from `at` on that is no Pass. The Passes on the way are redirected to
+    /// it (path compression), so that long chains are followed once.
     static std::int32_t skipPasses(std::vector<Instruction>& code, std::int32_t at) {
         std::int32_t target = at;
         while (target >= 0 && code[target].kind == Instruction::Pass)

@@ -1,5 +1,5 @@
-// A regular pattern as a list of instructions that follow one another by index: repetitions are
-// written out, so that a set of instruction indices is all that a match has to remember.
+// A pattern as a list of instructions (an NFA) linked by index. Repetitions are unrolled, so that a
+// set of instruction indices is the whole state of a match.
 #pragma once
 
 #include "PatternSyntax.h"
@@ -27,8 +27,8 @@ struct Program {
     std::int32_t start = 0;
 };
 
-/// Translates a well-formed pattern without look-aheads and back-references. The caller has made
-/// sure that the cost of it is in bounds.
+/// Translates a well-formed pattern without look-aheads and back-references. The caller has checked
+/// that its cost is within bounds.
 Program translate(const Syntax& syntax);
 
 } // namespace name_pattern

@@ -30,14 +30,14 @@ const CharSet& spaces() {
     return set;
 }
 
-/// What stands behind a backslash.
+/// An escape sequence, after its backslash.
 struct Escape {
     enum Kind { Single, Class, Boundary, Reference };
     Kind kind;
     char16_t character = 0;
     CharSet set;
     Condition condition = Condition::WordBoundary;
-    int group = 0; ///< that a reference names
+    int group = 0; ///< number of the group that a reference names
 };
 
 class Parser {
@@ -52,7 +52,7 @@ public:
 private:
     enum class GroupKind { Plain, Ahead, NotAhead };
 
-    /// A bracket that is open, or the whole pattern.
+    /// A group that is open, or the whole pattern.
     struct Group {
         GroupKind kind = GroupKind::Plain;
         bool hasOperand = false; ///< in the alternative that is being read
@@ -163,7 +163,7 @@ private:
         group.hasChoice = true;
     }
 
-    /// Reads what may stand behind an operand, and joins it to the operands before it.
+    /// Reads the quantifier after an operand, if any, and joins the operand to those before it.
     bool endOperand() {
         if (!atEnd()) {
             const char16_t c = here();
@@ -284,7 +284,7 @@ private:
 
     /// The rest of a reference whose first digit has been read.
     Escape reference(int group) {
-        // As much as a larger one: nothing has so many groups.
+        // Capped to avoid overflow: no pattern has so many groups.
         constexpr int largest = 100'000'000;
         for (; !atEnd() && here() >= u'0' && here() <= u'9'; ++m_at)
             group = std::min(group * 10 + (here() - u'0'), largest);
@@ -297,7 +297,7 @@ private:
     static Escape characterClass(const CharSet& set) { return {Escape::Class, 0, set}; }
     static Escape boundary(Condition condition) { return {Escape::Boundary, 0, {}, condition}; }
 
-    /// Reads as many digits as there are, none included: the value is 0 then.
+    /// Reads at most `mostDigits` digits; without any the value is 0.
     char16_t parseNumber(int base, int mostDigits) {
         int value = 0;
         for (int i = 0; i < mostDigits && !atEnd(); ++i) {
@@ -345,7 +345,7 @@ private:
         return count;
     }
 
-    /// Reads a bound in braces, and leaves `bound` as it is where no digit stands.
+    /// Reads a bound in braces; without a digit `bound` stays as it is.
     bool parseBound(int& bound) {
         if (atEnd() || here() < u'0' || here() > u'9')
             return true;
@@ -357,8 +357,8 @@ private:
         return bound <= largestCount;
     }
 
-    /// Reads a class behind its "[". A "-" is a range only between two single characters; the range
-    /// may run backwards. A "]" that stands first is a member.
+    /// Reads a character class after its "[". A "-" makes a range only between two single
+    /// characters; the range may run backwards. A "]" in the first place is a member.
     bool parseClass() {
         const bool negated = skip(u'^');
         CharSet set;

@@ -1,5 +1,5 @@
-// Reads a name pattern in QRegExp's dialect into a tree. It knows which texts QRegExp takes for
-// well-formed, and what every part of them means on Latin-1 names; nothing is matched here.
+// Parses a name pattern in QRegExp's dialect into a tree. It accepts the texts that QRegExp
+// accepts, with the same meaning for Latin-1 names; nothing is matched here.
 #pragma once
 
 #include <QString>
@@ -9,17 +9,17 @@
 
 namespace name_pattern {
 
-/// The Latin-1 characters that one place of a name may have.
+/// A set of Latin-1 characters.
 using CharSet = std::bitset<256>;
 
 enum class NodeKind {
     Nothing,      ///< matches the empty text
     Character,    ///< matches one character; `first` is the index of its set
     Assertion,    ///< matches the empty text where a Condition holds; `first` is the Condition
-    Sequence,     ///< two operands, one behind the other
+    Sequence,     ///< two operands, one after the other
     Choice,       ///< one of two operands
-    Repetition,   ///< one operand, `first` to `last` times; `last` is `unlimited` for no upper end
-    LookAhead,    ///< one operand, which is tested but not taken; `first` is 1 for "must not match"
+    Repetition,   ///< one operand, `first` to `last` times; `last` may be `unlimited`
+    LookAhead,    ///< one operand, which is not consumed; `first` is 1 for a negative look-ahead
     BackReference ///< the text of an earlier group; QRegExp alone can answer it
 };
 
@@ -33,8 +33,8 @@ struct Node {
     int last = 0;
 };
 
-/// A pattern as a tree in postfix order: the operands of a node stand before it, so that every walk
-/// over the tree is a loop with a stack of results, however deep the pattern is nested.
+/// A pattern as a tree in postfix order: operands precede their node, so that every walk over the
+/// tree is a loop with a stack of results, however deep the pattern is nested.
 struct Syntax {
     /// False when QRegExp calls the pattern invalid; the rest is incomplete then.
     bool wellFormed = false;
@@ -43,10 +43,10 @@ struct Syntax {
     std::vector<Node> nodes;
     /// The distinct sets that Character nodes name.
     std::vector<CharSet> sets;
-    /// Deepest nesting of brackets.
+    /// Deepest nesting of groups.
     int depth = 0;
-    /// Number of capturing groups, or the highest that a back-reference names, which QRegExp keeps
-    /// room for, too.
+    /// Number of capturing groups, or the highest number that a back-reference names: QRegExp
+    /// allocates room for those, too.
     int captures = 0;
     /// Number of Character nodes that QRegExp keeps as a class, not as a character.
     int classes = 0;
@@ -54,7 +54,7 @@ struct Syntax {
 
 Syntax parse(const QString& pattern);
 
-/// The characters that `\b` takes for parts of words, and that `\w` matches.
+/// The word characters, which `\w` matches and `\b` looks at.
 const CharSet& wordCharacters();
 
 } // namespace name_pattern
