@@ -8,16 +8,16 @@
 
 namespace {
 
-// With these, a grid of real atoms has cells of about the radius, also when only some of the atoms,
-// here and there, are centres. It takes 20 MB at most.
+// With these limits the cells for real atoms are about as long as the radius, even when the centres
+// are few and scattered. The grid takes 20 MB at most.
 constexpr std::size_t cellsPerCentre = 512;
 constexpr std::size_t fewCells = 4096;
 constexpr std::size_t mostCells = std::size_t{1} << 22;
-// More centres in one cell are for the tree.
+// With more centres in one cell the k-d tree is used.
 constexpr std::uint32_t mostInCell = 64;
 
-// Empty cells at both ends of each axis, so that nothing has to ask for the border: a point can be
-// near from the first, and looks one further.
+// Empty cells at both ends of each axis, so that no look-up checks bounds: a point in the inner one
+// may still be near a centre, and the outer one is its neighbour.
 constexpr double border = 2.0;
 
 constexpr std::size_t laneCount = sizeof(Lanes) / sizeof(float);
@@ -82,11 +82,12 @@ bool CentreGrid::fill(const std::vector<Point>& centres) {
         if (++m_first[cells.back()] > mostInCell)
             return false;
     }
-    // From how many there are in each cell to where the last one ends; filling goes backwards.
+    // Counting sort: a prefix sum turns the counts into the ends of the cells, which are filled
+    // backwards.
     std::uint32_t sum = 0;
     for (std::uint32_t& first : m_first)
         first = sum += first;
-    // A look at four centres at once may go beyond the last.
+    // Padding, because a test of four centres at once may read beyond the last.
     for (std::vector<float>& values : m_coordinates)
         values.resize(centres.size() + laneCount, std::numeric_limits<float>::infinity());
     for (std::size_t i = centres.size(); i-- > 0;) {
@@ -109,7 +110,7 @@ CentreGrid::Cell CentreGrid::cellAround(const Point& point) const {
     Cell cell = 0;
     for (const std::size_t axis : {0, 1, 2}) {
         const double place = (static_cast<double>(point[axis]) - m_low[axis]) * m_perLength;
-        // What is no number is not inside, either.
+        // False for NaN, too.
         const bool isInside = place >= -1.0 && place < m_cells[axis] + 1.0;
         cell += m_stride[axis] * static_cast<Cell>(isInside ? place + border : 0.0);
     }
@@ -121,8 +122,8 @@ bool CentreGrid::isNear(const Point& point, Cell cell) const {
         return areWithin(m_squaredLimit, point, lanesAt(&m_coordinates[0][i]),
                          lanesAt(&m_coordinates[1][i]), lanesAt(&m_coordinates[2][i]));
     };
-    // The first four of each row at once, without a question: most rows hold no more, and what
-    // stands behind a row are centres, too.
+    // The first four of each row at once, without a branch. Most rows hold no more; what follows a
+    // shorter row are other centres, and testing them does no harm.
     LaneAnswers found{};
     bool isAll = true;
     for (const Cell row : m_rows) {
@@ -144,8 +145,8 @@ bool CentreGrid::isNear(const Point& point, Cell cell) const {
 }
 
 void CentreGrid::search(const std::vector<Point>& points, std::vector<std::uint8_t>& near) const {
-    // First those in cells that may have something near, found without a branch; a part of the
-    // points at a time, as there is to be no allocation.
+    // First collects, without a branch, the points whose cells have a centre in or around them; in
+    // batches, so that nothing is allocated.
     constexpr std::size_t part = 256;
     std::array<std::size_t, part> candidates{};
     std::array<Cell, part> cells{};

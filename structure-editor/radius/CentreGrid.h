@@ -1,5 +1,5 @@
-// Centres in a grid of cells: finds whether one is within a radius of a point, where no cell holds
-// many. Knows neither items nor widgets.
+// Centres in a grid of cells: finds whether any is within a radius of a point, as long as no cell
+// holds many. Knows neither items nor widgets.
 #pragma once
 
 #include "Point.h"
@@ -10,13 +10,13 @@
 #include <optional>
 #include <vector>
 
-/// The cells are at least as long as the radius reaches (linked cells; Quentrec and Brot, J.
-/// Comput. Phys. 13, 430, 1973), so that whatever is near a point stands in its cell or in one of
-/// the 26 around it.
+/// The cells are at least as long as the radius (linked cells; Quentrec and Brot, J. Comput. Phys.
+/// 13, 430, 1973), so that every centre near a point is in the point's cell or in one of the 26
+/// around it.
 class CentreGrid {
 public:
-    /// The grid of finite centres, at least one; none when a cell would hold too many of them, so
-    /// that the cost of a point is bounded.
+    /// The grid of finite centres, at least one; nullopt when a cell would hold too many of them,
+    /// so that the cost of a point is bounded.
     static std::optional<CentreGrid> of(const std::vector<Point>& centres, const Reach& reach);
 
     /// Sets `near[i]`, which is 0 before, to 1 for each of `points` that lies within the radius of
@@ -28,7 +28,7 @@ private:
 
     CentreGrid(const std::vector<Point>& centres, const Reach& reach);
     Cell cellOf(const Point& centre) const;
-    /// The cell of any point; 0, which has nothing near, for one that is far from all centres.
+    /// The cell of a point; cell 0, which has no centre near, for a point far from all centres.
     Cell cellAround(const Point& point) const;
     /// Whether a centre is near a point in that cell.
     bool isNear(const Point& point, Cell cell) const;
@@ -40,9 +40,9 @@ private:
     float m_squaredLimit;
     std::array<double, 3> m_low{};
     std::array<double, 3> m_cells{}; ///< along each axis, without the empty ones at both ends
-    double m_perLength = 0.0;        ///< cells a length of 1 Å
+    double m_perLength = 0.0;        ///< cells per Å
     std::array<Cell, 3> m_stride{};  ///< from a cell to the next along each axis; 1 along x
-    std::vector<Cell> m_first;       ///< for each cell its first centre; one more at the end
+    std::vector<Cell> m_first;       ///< index of each cell's first centre; one more at the end
     std::vector<std::uint8_t> m_surrounded;
     std::array<std::vector<float>, 3> m_coordinates; ///< of the centres, in order of their cells
     std::array<Cell, 9> m_rows{}; ///< offsets from a cell to the rows of three around it, the

@@ -8,7 +8,7 @@
 
 namespace {
 
-// A run of points, and one that is not worth dividing.
+// Length of a run of points, and of one that is not worth dividing.
 constexpr std::size_t runLength = 128;
 constexpr std::size_t shortestRun = 4;
 
@@ -20,7 +20,7 @@ double square(double x) {
     return x * x;
 }
 
-// The centres as nanoflann asks for them.
+// The centres, with the interface that nanoflann expects.
 struct Centres {
     std::vector<Point> points;
 
@@ -31,7 +31,7 @@ struct Centres {
     template <class Box> bool kdtree_get_bbox(Box& /*box*/) const { return false; }
 };
 
-// nanoflann's result of a search: the first centre by which a point is near.
+// A result set for nanoflann that ends the search at the first centre within the radius.
 class FirstWithin {
 public:
     FirstWithin(const Centres& centres, const Reach& reach, const Point& point)
@@ -53,10 +53,10 @@ private:
     bool m_isFound = false;
 };
 
-// Another one: a centre that is about as near as any, or one that is near enough.
+// A result set for an approximately nearest centre; ends the search at one that is near enough.
 class Nearest {
 public:
-    /// Nothing that is further away than `reach` is looked for.
+    /// Centres further away than `reach` are ignored.
     Nearest(double enough, double reach)
         : m_squaredEnough(enough > 0.0 ? square(enough) : -1.0), m_worst(square(reach)) {}
 
@@ -64,7 +64,7 @@ public:
     bool full() const { return m_isFound; }
     bool isEnough() const { return m_isEnough; }
     bool addPoint(double squared, std::uint32_t /*i*/) {
-        // Else all of many centres at equal distances would be looked at.
+        // Without this, all of many centres at equal distances would be visited.
         constexpr double clearlyNearer = 1.0 - 1e-6;
         m_isFound = true;
         m_worst = std::min(m_worst, squared * clearlyNearer);
@@ -79,7 +79,7 @@ private:
     bool m_isEnough = false;
 };
 
-// A ball around points.
+// A bounding sphere.
 struct Ball {
     Place middle{};
     double radius = -1.0; ///< negative where no point is finite
@@ -105,7 +105,7 @@ Ball ballAround(const Point* points, std::size_t count) {
         ball.middle[axis] = (low[axis] + high[axis]) / 2.0;
         squared += square(high[axis] - ball.middle[axis]);
     }
-    constexpr double margin = 1e-9; // Above what double precision rounds.
+    constexpr double margin = 1e-9; // More than the rounding error of double precision.
     ball.radius = std::sqrt(squared) * (1.0 + margin);
     return ball;
 }
@@ -124,7 +124,7 @@ struct CrowdedCentres::Tree {
     Index index;
 };
 
-// The margins are above the roundings and the underflow of the single-precision test.
+// The margins cover rounding and underflow in the single-precision test.
 CrowdedCentres::CrowdedCentres(std::vector<Point> centres, const Reach& reach)
     : m_tree(std::make_unique<Tree>(std::move(centres))), m_reach(reach),
       m_surelyWithin(std::sqrt(static_cast<double>(reach.squaredLimit)) * (1.0 - 1e-6) - 1e-17) {}

@@ -9,11 +9,12 @@
 #include <memory>
 #include <vector>
 
-/// The tree is nanoflann's (Bentley, Commun. ACM 18, 509, 1975). It says which centres may be near,
-/// in double precision and with a margin; whether one is, the plain definition decides.
+/// The tree is nanoflann's (Bentley, Commun. ACM 18, 509, 1975). It finds candidates in double
+/// precision, with a margin; isWithin() decides.
 ///
-/// Points are asked in runs: as neighbours in a structure's order are mostly neighbours in space,
-/// one look at the centre that is nearest to the middle of a run mostly tells it for all of them.
+/// Points are searched in runs: neighbours in a structure's order are mostly neighbours in space,
+/// so that one search for the centre nearest to the middle of a run mostly answers for all its
+/// points.
 class CrowdedCentres {
 public:
     /// The centres are finite, and at least one.
@@ -34,5 +35,5 @@ private:
 
     std::unique_ptr<Tree> m_tree;
     Reach m_reach;
-    double m_surelyWithin; ///< what is no further apart than this passes isWithin()
+    double m_surelyWithin; ///< any pair no further apart than this passes isWithin()
 };

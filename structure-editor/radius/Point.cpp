@@ -6,8 +6,8 @@
 
 namespace {
 
-// Above the few roundings of the single-precision test (2^-24 each), and above the largest
-// difference whose square is lost to underflow (about 1e-22).
+// More than the rounding errors of the single-precision test (2^-24 each), and more than the
+// largest difference whose square underflows (about 1e-22).
 constexpr double relativeMargin = 1e-5;
 constexpr double absoluteMargin = 1e-18;
 

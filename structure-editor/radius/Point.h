@@ -8,12 +8,12 @@
 /// Coordinates in Å, single precision.
 using Point = std::array<float, 3>;
 
-/// Four floats that the processor handles at once.
+/// Four floats for SIMD instructions.
 using Lanes [[gnu::vector_size(16)]] = float;
 
 /// Whether `point` lies within the radius of `centre` by the plain definition: the differences,
 /// squares and their sum (x first) are single precision, the sum is widened, and the comparison
-/// with the square of the radius is inclusive. What is not a number is never near.
+/// with the square of the radius is inclusive. NaN is never near.
 inline bool isWithin(double radiusSquared, const Point& point, const Point& centre) {
     const float dx = point[0] - centre[0];
     const float dy = point[1] - centre[1];
@@ -37,13 +37,13 @@ inline bool anyOf(LaneAnswers answers) {
     return answers[0] | answers[1] | answers[2] | answers[3];
 }
 
-/// Whether all coordinates are numbers, and none infinite.
+/// Whether no coordinate is NaN or infinite.
 inline bool isFinite(const Point& point) {
-    // The sum of zeros is a number only if none of them came from infinity or no number.
+    // Zero times NaN or infinity is NaN, and then so is the sum.
     return 0.0F * point[0] + 0.0F * point[1] + 0.0F * point[2] == 0.0F;
 }
 
-/// The lowest and the highest coordinates along each axis of finite points, at least one.
+/// The corners of the bounding box of finite points, at least one.
 std::pair<Point, Point> boundsOf(std::span<const Point> points);
 
 /// A radius as the searches use it.
@@ -52,8 +52,8 @@ struct Reach {
     explicit Reach(double radius);
 
     float squaredLimit; ///< the largest single-precision square that passes isWithin()
-    /// No coordinates of a pair that passes are further apart: the radius, with a margin that
-    /// covers the rounding and the underflow of the single-precision test.
+    /// Along no axis are the points of a pair that passes further apart than this: the radius, with
+    /// a margin for rounding and underflow in the single-precision test.
     double distance;
     float squaredReach; ///< the square of that distance, rounded up
 };

@@ -9,7 +9,7 @@ RadiusSearch::RadiusSearch(std::vector<Point> centres, double radius) {
     const Reach reach(radius);
     const auto [low, high] = boundsOf(centres);
     for (const std::size_t axis : {0, 1, 2}) {
-        // A step beyond what they are rounded to.
+        // One float further out, because the conversion may have rounded inwards.
         m_low[axis] = std::nextafter(
             static_cast<float>(static_cast<double>(low[axis]) - reach.distance), -infinity);
         m_high[axis] = std::nextafter(

@@ -12,15 +12,15 @@
 #include <vector>
 
 /// Finds the points near any centre, with the same answer, to the bit, as isWithin() on every pair.
-/// Centres that are spread as atoms are stand in a grid of cells; where many crowd together for the
-/// radius, a tree keeps the cost of a point from growing with their number.
+/// Centres as dense as atoms are kept in a grid of cells. Where many more lie within a radius, a
+/// k-d tree keeps the cost of a point from growing with their number.
 class RadiusSearch {
 public:
-    /// `radius` in Å, not negative. Centres that are not finite are near nothing, and left out.
+    /// `radius` in Å, not negative. Centres that are not finite are near nothing and are left out.
     RadiusSearch(std::vector<Point> centres, double radius);
 
-    /// False for points that are near no centre for being beyond all of them: those need not be
-    /// searched.
+    /// False for points outside the bounding box of all centres, widened by the radius: they need
+    /// not be searched.
     bool isInReach(const Point& point) const {
         bool inReach = true;
         for (const std::size_t axis : {0, 1, 2})
