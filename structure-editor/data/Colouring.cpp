@@ -9,8 +9,8 @@ bool isAtom(const TAVIK::Compound* item) {
     return dynamic_cast<const TAVIK::Atom*>(item) != nullptr;
 }
 
-// Nothing is gathered first: among many residues, one for which there is no memory would come when
-// others have their colour.
+// Collects nothing first: running out of memory in the middle of many residues would leave some of
+// them coloured.
 void colorAtoms(TAVIK::Compound* item, const ColorAtm& color, ByClass<bool>& atoms) {
     if (atoms.of(item, isAtom)) {
         color(item);

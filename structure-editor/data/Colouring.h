@@ -17,7 +17,8 @@ private:
 /// Gives all atoms of a residue, selected or not, the residue's own colour.
 void ColorGrp2Atom(TAVIK::Compound* residue);
 
-/// While one lives the host draws selected items without a highlight, so that colours are seen.
+/// RAII: while one exists the host draws selected items without a highlight, so that colours are
+/// seen.
 class ShowSelectionOff {
 public:
     ShowSelectionOff() { TAVIK::Space::SetShowSelection(false); }

@@ -1,4 +1,4 @@
-// Hearing of destructions without being an observer oneself.
+// A destroy observer that calls a function.
 #pragma once
 
 #include "DestroyObserver.h"
@@ -6,7 +6,7 @@
 #include <functional>
 #include <utility>
 
-/// Calls `handler` each time that an item is about to be destroyed, as TAVIK::DestroyObserver says.
+/// Calls `handler` each time an item is about to be destroyed; see TAVIK::DestroyObserver.
 class DestructionWatch : public TAVIK::DestroyObserver {
 public:
     explicit DestructionWatch(std::function<void()> handler) : m_handler(std::move(handler)) {}

@@ -1,10 +1,10 @@
-// Finds an item again after a dialog: while one was open, the host may have destroyed the item, and
-// made another one at the same address.
+// Finds an item again after a dialog: while the dialog was open, the host may have destroyed the
+// item and made another one at the same address.
 #pragma once
 
 #include "Compound.h"
 
-/// Remembers an item by address and identifier, and reads it only where it was found to exist.
+/// Remembers an item by address and identifier, and dereferences it only once it is known to exist.
 class ItemRef {
 public:
     /// `item` exists now. Null is never found again.
@@ -14,8 +14,8 @@ public:
     TAVIK::Compound* among(TAVIK::Compound* parent) const;
     /// The item if it still is in the data space as a top-level item, or is the space itself.
     TAVIK::Compound* inSpace() const;
-    /// The item if it still is anywhere below `root`, which exists; else null. Walks the data: once
-    /// a dialog, never once an item.
+    /// The item if it still is anywhere below `root`, which exists; else null. Walks the data: call
+    /// it once a dialog, never once an item.
     TAVIK::Compound* below(TAVIK::Compound* root) const;
 
 private:

@@ -36,8 +36,7 @@ void MatchingAtoms::find(TAVIK::Compound* item) {
     }
 }
 
-/// The answer for all atoms below a composite that holds composites, if its own name makes it
-/// clear.
+/// The answer for all atoms below a composite that holds composites, if its own name decides it.
 std::optional<bool> MatchingAtoms::answerForAllBelow(TAVIK::Compound* composite) {
     const std::string beginning = composite->GetFQName() + '/';
     m_pattern.setBeginning(beginning);
@@ -85,7 +84,7 @@ void MatchingAtoms::readSiblings(TAVIK::Compound* composite) {
     }
 }
 
-/// Reads the first of several siblings. Returns whether its name says how theirs begin.
+/// Matches the first of several siblings. Returns whether its name gives their common prefix.
 bool MatchingAtoms::readFirst(const TAVIK::Compound* atom) {
     const std::string own = atom->GetName();
     std::string name = atom->GetFQName();

@@ -1,5 +1,5 @@
 // Finds the atoms below an item whose qualified names match a pattern, without asking for every
-// name: names that begin alike are read together.
+// name: a common prefix is read once.
 #pragma once
 
 #include "names/NamePattern.h"
@@ -14,12 +14,12 @@ public:
     MatchingAtoms(NamePattern& pattern, bool matching, bool allAtoms)
         : m_pattern(pattern), m_matching(matching), m_allAtoms(allAtoms) {}
 
-    /// The atoms at or below `root`, in the order of a walk through it. They mean nothing when the
-    /// pattern is cut off on the way.
+    /// The atoms at or below `root`, depth first. The result is meaningless when the pattern is cut
+    /// off on the way.
     ///
-    /// Relies on what the host promises of names: they have a component for each level, so that all
-    /// names below a composite begin with its own, and siblings' differ in their last component.
-    /// That is tried at one name of each composite, because some composites are not named.
+    /// Relies on the host's qualified names: they have a component for each level, so that all
+    /// names below a composite begin with its own, and siblings differ in the last component. This
+    /// is checked for one name of each composite, because some composites do not appear in names.
     const std::vector<TAVIK::Compound*>& below(TAVIK::Compound* root);
 
 private:
@@ -36,5 +36,5 @@ private:
     std::vector<TAVIK::Compound*> m_found;
 
     std::vector<TAVIK::Compound*> m_atoms; ///< below one item, which are read one by one
-    std::size_t m_next = 0;                ///< the first of them that is not read yet
+    std::size_t m_next = 0;                ///< index of the first one that is not read yet
 };

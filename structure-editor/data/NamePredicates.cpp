@@ -9,8 +9,8 @@ QString qualifiedName(const TAVIK::Compound* item) {
     return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
 }
 
-/// An operation acts on the atoms of which it is `actsOn` whether they match, and selects or
-/// unselects them.
+/// An operation acts on an atom if the answer of the match equals `actsOn`, and selects or
+/// unselects it.
 struct Rule {
     bool actsOn;
     bool selects;
@@ -47,7 +47,7 @@ QString nameExpression(const TAVIK::Compound* root, const QString& pattern) {
     return qualifiedName(root) + pattern;
 }
 
-// Values, because an expression is bound to a predicate.
+// Passed by value, because predicates are bound to an expression.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 bool SelectIf(TAVIK::Compound* atom, QRegExp re) {
     return applyPlainly(SetOperation::Union, atom, re);
@@ -68,7 +68,8 @@ QString applySetOperation(TAVIK::Compound* root, SetOperation operation,
     NamePattern pattern(expression);
     MatchingAtoms atoms(pattern, rule.actsOn, rule.allAtoms);
     const std::vector<TAVIK::Compound*>& found = atoms.below(root);
-    // All answers are there before the first change: a refusal leaves nothing half done.
+    // All answers are known before the first change: a pattern that is cut off leaves nothing half
+    // done.
     if (!pattern.cutOff().isEmpty())
         return pattern.cutOff();
     for (TAVIK::Compound* atom : found)

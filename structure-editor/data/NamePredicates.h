@@ -8,11 +8,11 @@
 #include <QString>
 
 /// The pattern of three regular-expression fragments, one for each component of an atom's name
-/// below its top-level item. The fragments are taken as they stand.
+/// below its top-level item. The fragments are not escaped.
 QString namePattern(const QString& chain, const QString& residue, const QString& atom);
 
-/// The expression that `pattern` means below `root`. The root's own name stands in it as it is: a
-/// character that means something in an expression keeps that meaning.
+/// The expression that `pattern` means below `root`. The root's own name is not escaped: special
+/// characters in it keep their meaning.
 QString nameExpression(const TAVIK::Compound* root, const QString& pattern);
 
 // An atom matches when the first match in its qualified name begins at the first character; an

@@ -10,7 +10,7 @@ using TAVIK::Compound;
 
 namespace {
 
-// The child of that identifier, or `end`. Null children are passed by.
+// The child with that identifier, by binary search, or `end`. Null children are skipped.
 Compound** childOfId(Compound** begin, Compound** end, unsigned int id) {
     Compound** const none = end;
     while (begin != end) {
@@ -46,7 +46,7 @@ SelectedResidues::SelectedResidues(Compound* root) {
     };
     add(root, nowhere, 0);
     settle();
-    // Level by level: the loop ends before what is in the residues.
+    // Breadth first, so that the loop ends before it enters residues.
     for (std::size_t above = 0; above != m_places.size() && left > 0; ++above) {
         Compound** const begin = m_places[above].item->ChildBegin();
         Compound** const end = m_places[above].item->ChildEnd();
@@ -80,7 +80,8 @@ Compound* SelectedResidues::find(Place& place) {
     Compound** const end = parent->ChildEnd();
     if (place.at < static_cast<std::size_t>(end - begin) && place.holds(begin[place.at]))
         return place.item;
-    // A file that is being read may come to the space behind items that are younger.
+    // Top-level items are not ordered by identifier: a file's items are made before they are
+    // attached.
     Compound** const found =
         isRoot ? std::find_if(begin, end, [&](Compound* each) { return place.holds(each); })
                : childOfId(begin, end, place.id);

@@ -16,7 +16,7 @@ Point pointOf(const TAVIK::Vertex& vertex) {
     return {vertex[0], vertex[1], vertex[2]};
 }
 
-using Indices = std::array<std::int64_t, 3>; // Wide enough for what is added to any index.
+using Indices = std::array<std::int64_t, 3>; // Wide enough for an index and a margin.
 
 Indices nearest(const TAVIK::Grid& grid, const TAVIK::Vertex& point) {
     std::array<int, 3> ijk{};
@@ -75,12 +75,12 @@ void selectAround(TAVIK::Compound* root, double radius) {
 
     const RadiusSearch search(std::move(centres), radius);
 
-    // A batch at a time: its points never leave the processor's cache.
+    // In batches, whose points stay in the processor's cache.
     constexpr std::size_t batch = 4096;
     std::vector<TAVIK::Compound*> candidates;
     std::vector<Point> points;
     std::vector<std::uint8_t> near;
-    candidates.reserve(batch); // nothing is to fail between one batch and the next
+    candidates.reserve(batch); // so that no allocation fails between two batches
     points.reserve(batch);
     near.reserve(batch);
     const auto selectNear = [&] {

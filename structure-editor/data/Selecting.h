@@ -9,8 +9,8 @@
 /// Selects a group that is partly selected; leaves one without any selection alone.
 void FullGroup(TAVIK::Compound* group);
 
-/// Selects the atoms of one type among those that it is called with: once all of them have been
-/// looked at, so that what fails on the way has changed nothing.
+/// Selects the atoms of one type among those that it is called with. select() does it once all have
+/// been looked at, so that an error on the way has changed nothing.
 class SelectType {
 public:
     /// `type` is compared byte by byte with what an atom's GetType() says.
@@ -24,10 +24,11 @@ private:
 };
 
 /// Selects the atoms below `root` that lie within `radius` (Å, inclusive) of one that was selected
-/// before: one step, those that are selected here are no centres. Atoms without a position are not
-/// selected; but a centre counts with whatever coordinates it holds.
+/// before. Atoms selected here are no centres. Atoms without a position are not selected, but as
+/// centres they count with whatever coordinates they hold.
 void selectAround(TAVIK::Compound* root, double radius);
 
 /// Fits the shown index range of every grid below `root` to the selected atoms that have a
-/// position; grids that lie apart from them keep their range, and all do when nothing is selected.
+/// position. Grids away from these atoms keep their range, and so do all grids when nothing is
+/// selected.
 void boundGrids(TAVIK::Compound* root);
