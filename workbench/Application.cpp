@@ -15,7 +15,7 @@ namespace workbench {
 Application::Application(int& count, char** arguments) : QApplication(count, arguments) {
     setApplicationName(QStringLiteral("structure-editor"));
     setApplicationVersion(QStringLiteral(WORKBENCH_VERSION));
-    // Whether the program ends is the plug-ins' to say: a help window does not hold it open.
+    // The plug-ins decide when the program ends: an open help window does not keep it running.
     setQuitOnLastWindowClosed(false);
 }
 
@@ -34,7 +34,7 @@ int Application::runUntilDone() {
 }
 
 bool Application::notify(QObject* receiver, QEvent* event) {
-    // Either may be gone after the event.
+    // Receiver and event may be destroyed once the event is handled.
     const QEvent::Type type = event->type();
     const char* receiverClass = receiver->metaObject()->className();
     const bool windowHides = type == QEvent::Hide && m_running && receiver->isWidgetType() &&
@@ -54,8 +54,8 @@ bool Application::notify(QObject* receiver, QEvent* event) {
                       " failed: " + failure);
     }
 
-    // A plug-in that shows nothing any more is done. It is asked when its window has finished
-    // closing, not in the middle of it.
+    // A plug-in that shows nothing any more is done. The question is queued, so that it comes after
+    // the window has finished closing.
     if (windowHides) {
         QMetaObject::invokeMethod(
             this,

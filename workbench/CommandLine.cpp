@@ -7,7 +7,7 @@ namespace workbench {
 
 namespace {
 
-// The words in lines of the help's width.
+// The words wrapped to the width of the help.
 std::string inLines(const std::string& words) {
     constexpr std::size_t width = 84;
     std::string text;

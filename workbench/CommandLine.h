@@ -12,8 +12,8 @@ struct CommandLine {
     enum class Task { Run, Help, Version };
     Task task = Task::Run;
     std::vector<std::string> files;
-    std::optional<std::string> plugins; ///< folder to load plug-ins from instead of the own one
-    std::optional<std::string> data;    ///< folder with data instead of the own one
+    std::optional<std::string> plugins; ///< folder of plug-ins instead of the installed one
+    std::optional<std::string> data;    ///< folder of data instead of the installed one
     bool verbose = false;               ///< whether the debug stream goes to standard error
 };
 

@@ -22,7 +22,7 @@ void ElidedLine::setLine(const QString& line) {
 
 void ElidedLine::elide() {
     QString shown = m_line;
-    // Names of files may hold line ends.
+    // File names may contain line breaks.
     std::replace_if(
         shown.begin(), shown.end(), [](QChar c) { return c.isSpace() || !c.isPrint(); }, u' ');
     const QString elided = fontMetrics().elidedText(shown, Qt::ElideMiddle, width());

@@ -6,8 +6,8 @@
 
 namespace workbench {
 
-/// Shows its text letter by letter in one line, elided in the middle where it is too long; its tool
-/// tip is the whole then. It never makes its window wider.
+/// Shows plain text on one line, elided in the middle where it is too long; the tool tip is then
+/// the whole text. It never makes its window wider.
 class ElidedLine : public QLabel {
     Q_OBJECT
 public:

@@ -12,7 +12,7 @@ namespace workbench {
 
 namespace {
 
-/// Thrown through the building of a file when the user cancels.
+/// Thrown out of the progress callback when the user cancels.
 struct Cancelled {};
 
 QString displayName(const std::string& file) {
@@ -68,7 +68,7 @@ bool Opening::openOne(const std::string& file, ProgressWindow& progress) {
 memory_host::ParsedFilePtr Opening::parse(const std::string& file, ProgressWindow& progress) {
     progress.setStage(ProgressWindow::tr("reading the file"), -1);
     QEventLoop loop;
-    // Looked at in this thread only; empty once nobody waits any more.
+    // Read in this thread only; null once the event loop has ended.
     const auto waiting = std::make_shared<QEventLoop*>(&loop);
     std::stop_source stop;
     auto parsing = std::async(std::launch::async, [file, waiting, token = stop.get_token()] {

@@ -13,17 +13,18 @@ namespace workbench {
 
 class Opening {
 public:
-    /// Hears one line for each file that cannot be opened and each remark on one that can.
+    /// Receives a line for each file that cannot be opened, and for each remark on a file that can.
     using Report = std::function<void(const std::string& line)>;
 
     explicit Opening(Report report);
-    /// Waits until a file that is still being read after a cancel has been read.
+    /// Waits for the threads of cancelled files that are still parsing.
     ~Opening();
     Opening(const Opening&) = delete;
     Opening& operator=(const Opening&) = delete;
 
-    /// Opens what can be opened; the rest is reported and leaves nothing behind. When the user
-    /// cancels, the file in hand and those after it are not opened. Returns how many were.
+    /// Opens the files that can be opened; the others are reported and leave nothing behind. When
+    /// the user cancels, the current file and those after it are not opened. Returns the number of
+    /// files that were opened.
     std::size_t open(const std::vector<std::string>& files);
 
 private:
@@ -31,7 +32,7 @@ private:
     memory_host::ParsedFilePtr parse(const std::string& file, ProgressWindow& progress);
 
     Report m_report;
-    /// Parsing cannot be interrupted, only reading; what a cancel left running ends here.
+    /// Cancelled files whose threads still run: reading can be interrupted, but parsing cannot.
     std::vector<std::future<memory_host::ParsedFilePtr>> m_abandoned;
 };
 

@@ -19,7 +19,7 @@ public:
     /// The line above the bar. Both lines are plain text, and never widen the window.
     void setTitleLine(const QString& text);
     /// The line below the bar, and how far the work is (0 to 1; negative: not known). Repaints and
-    /// takes a press of "Cancel", though not more often than a user would see.
+    /// handles a click on "Cancel", but only as often as a user can see.
     void setStage(const QString& text, double fraction);
 
     bool wasCancelled() const { return m_cancelled; }

@@ -11,8 +11,8 @@ namespace workbench {
 
 void secureStandardStreams() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The lowest free number is given out, and that is this one. It is opened for the wrong
-        // direction: who uses it is told that it cannot be used.
+        // open() returns the lowest free descriptor, which is this one. It is opened for the wrong
+        // direction, so that using it is an error.
         if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF)
             (void)open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }

@@ -6,14 +6,14 @@
 
 namespace workbench {
 
-/// Makes the three safe to use; called before anything else opens a file. A closed one would be the
-/// number of the next file that is opened, and what is meant for a reader would go there. Writing
-/// where nobody reads, or beyond the largest file that is allowed, fails from here on; it does not
-/// end the process.
+/// Makes the three safe to use; call it before anything else opens a file. If one is closed, the
+/// next file that is opened would get its descriptor, and what is written to the stream would end
+/// up in that file. From here on, writing to a pipe without a reader or beyond the file size limit
+/// fails, and does not end the process.
 void secureStandardStreams();
 
-/// Writes all of `text` to standard output; returns whether it went there. Why it did not is a line
-/// on standard error.
+/// Writes all of `text` to standard output and returns whether that succeeded. If not, the reason
+/// goes to standard error, as one line.
 bool writeToStandardOutput(const std::string& text);
 
 } // namespace workbench

@@ -30,7 +30,7 @@ void hold(QtMsgType type, const QMessageLogContext&, const QString& text) {
     }
     std::fprintf(stderr, "workbench: there is no display to open a window on: %s\n",
                  reason().toLocal8Bit().constData());
-    // Qt would abort; nothing is open yet that wants an orderly end.
+    // Qt would abort. Nothing is open yet that needs cleaning up.
     _exit(1);
 }
 

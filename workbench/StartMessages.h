@@ -1,5 +1,5 @@
-// Takes what Qt writes while the application starts: its remarks there say nothing to a user, and
-// its fatal end for want of a display becomes one line and exit status 1.
+// Handles Qt's messages while the application starts: its warnings there say nothing to a user, and
+// its fatal error without a display becomes one line and exit status 1.
 #pragma once
 
 #include <QtGlobal>

@@ -10,8 +10,8 @@ namespace workbench {
 
 namespace {
 
-// A handler may do next to nothing: it writes a byte that the event loop reads. What it interrupts
-// may be about to look at errno.
+// A signal handler may call only async-signal-safe functions: it writes a byte to a pipe that the
+// event loop reads (self-pipe), and keeps errno for the code that it interrupts.
 int ends[2] = {-1, -1};
 
 void wake(int) {
@@ -25,7 +25,7 @@ void wake(int) {
 
 StopSignals::StopSignals() {
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
-        return; // the signals end the process then as they ever do
+        return; // the signals then end the process, as is the default
     m_notifier.emplace(ends[0], QSocketNotifier::Read);
     QObject::connect(&*m_notifier, &QSocketNotifier::activated, [] {
         char byte = 0;

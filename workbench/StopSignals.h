@@ -1,4 +1,4 @@
-// Turns SIGINT and SIGTERM into an orderly end of the event loop, while one lives.
+// RAII: while one exists, SIGINT and SIGTERM end the event loop in order.
 #pragma once
 
 #include <QSocketNotifier>

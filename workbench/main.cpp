@@ -34,7 +34,7 @@ QString folder(const std::optional<std::string>& asked, const QString& installed
     return asked ? QDir(QFile::decodeName(asked->c_str())).absolutePath() : installed;
 }
 
-/// Whether it is one; says so if not.
+/// Whether `path` is a folder; reports it if not.
 bool isFolder(const std::string& kind, const QString& path) {
     const QFileInfo place(path);
     if (!place.isDir())
@@ -54,7 +54,7 @@ int runPlugins(workbench::Application& application, const QString& plugins) {
         return NothingToShow;
     }
     const workbench::StopSignals stopSignals;
-    // Why it did not start is in the log, and so on standard error.
+    // If it did not start, the reason is in the log, and so on standard error.
     return memory_host::startPlugin(editor) ? application.runUntilDone() : NothingToShow;
 }
 
