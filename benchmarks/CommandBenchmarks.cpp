@@ -24,7 +24,7 @@ namespace benchmarks {
 
 namespace {
 
-// Accepts the dialog that the command opens, and counts from there.
+// Accepts the dialog that the command opens, and starts the clock there.
 void acceptDialog() {
     QTimer::singleShot(0, [] {
         auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
@@ -33,7 +33,7 @@ void acceptDialog() {
     });
 }
 
-// The same atoms as the competitor holds them.
+// The same atoms in the competitor's data model.
 gemmi::Structure asStructure(const std::vector<TAVIK::Compound*>& atoms) {
     gemmi::Structure structure;
     structure.models.emplace_back("1");
@@ -67,7 +67,7 @@ public:
     }
 
     void withinRadius(std::size_t centres, bool scattered) {
-        // A tenth of the small structure, and much more of the others.
+        // Fewer than 1000 centres for the small structure only, more for the others only.
         if (centres >= m_atoms.size() || (centres < 1000) != (m_atoms.size() < 10'000))
             return;
         const std::string work = "\"Any w/ rad.\" 4 Å around " + std::to_string(centres) +
@@ -162,7 +162,7 @@ public:
         }
     }
 
-    // What the time of a command is divided by, and how much of it an item may take.
+    // The items by whose number the time of a command is divided, and the target for one of them.
     struct Measure {
         std::size_t items;
         const char* itemName;
@@ -278,7 +278,7 @@ private:
         return chosen;
     }
 
-    // Everything as the file has it.
+    // Opens the file anew, so that everything is as in the file.
     void reopen() {
         m_window.KillAll();
         memory_host::openFile(m_path);
@@ -288,7 +288,7 @@ private:
         m_atoms.clear();
         TAVIK::GetAtoms(m_item, m_atoms, true);
     }
-    // The chain with the most items in it, and how many these are.
+    // The chain with the most items in it, and their number.
     std::pair<TAVIK::Compound*, std::size_t> largestChain() const {
         std::vector<TAVIK::Compound*> chains;
         TAVIK::GetItems<TAVIK::Molecule>(m_item, chains, true, nullptr, false);

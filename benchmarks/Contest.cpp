@@ -36,8 +36,8 @@ std::vector<Line> lines;
 std::vector<MemoryLine> memoryLines;
 std::string wanted; // part of a work's name
 
-// The kernel's record of the most memory that the process has held; a write to clear_refs resets
-// it.
+// A field of the kernel's status of this process, in bytes. Writing to clear_refs resets the peak
+// of its memory.
 double statusBytes(const std::string& field) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
@@ -99,7 +99,7 @@ std::string number(double value) {
     return text.str();
 }
 
-// A bar would end the cell.
+// A bar in a cell of the Markdown table is escaped, because it would end the cell.
 std::string cell(std::string text) {
     for (std::size_t at = 0; (at = text.find('|', at)) != std::string::npos; at += 2)
         text.insert(at, 1, '\\');

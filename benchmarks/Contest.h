@@ -41,11 +41,11 @@ struct MemoryLine {
     double theirBytes = 0.0; ///< negative when there is no competitor
 };
 
-/// Starts the clock of the work in progress anew: what went before, as a dialog that is opened,
-/// does not count.
+/// Restarts the clock of the work in progress: what came before, such as opening a dialog, does not
+/// count.
 void startClock();
 
-/// From now on only works whose name holds `text` are run.
+/// From now on only works whose name contains `text` are run.
 void runOnly(const std::string& text);
 bool isWanted(const std::string& work);
 /// Runs a contest in `turns` turns each and keeps its line.
@@ -55,7 +55,7 @@ void add(const MemoryLine& line);
 void writeTable(std::ostream& out);
 /// Draws all times over the number of atoms, as SVG.
 void writePlots(std::ostream& out);
-/// Whether the machine has so much memory to give.
+/// Whether the machine has that much free memory.
 bool hasMemory(double bytes);
 
 /// Bytes of heap in use now.

@@ -28,7 +28,7 @@ void benchmarkFiles(const std::string& path, int turns) {
     const auto readWithGemmi = [&] {
         structure = gemmi::make_structure(gemmi::cif::read_file(path));
     };
-    // It keeps all values of the file while it reads.
+    // While it reads, the competitor keeps all values of the file in memory.
     const double theirBytes = static_cast<double>(atoms) * 1300.0;
     memory.theirBytes = -1.0;
     if (hasMemory(theirBytes)) {

@@ -12,7 +12,7 @@ namespace {
 constexpr int columns = 3;
 constexpr double panelWidth = 380.0;
 constexpr double panelHeight = 200.0;
-constexpr double left = 52.0; // what the labels take of a panel
+constexpr double left = 52.0; // width of the labels in a panel
 constexpr double right = 12.0;
 constexpr double top = 30.0;
 constexpr double bottom = 26.0;

@@ -39,7 +39,7 @@ std::vector<std::string_view> words(std::string_view line) {
     return found;
 }
 
-// The lines of the loop of atoms: the tags, then the rows, each a line of its own.
+// The loop of atoms: its tags, and its rows, which are one line each.
 struct AtomLoop {
     std::vector<std::string> tags;
     std::vector<std::string_view> rows;

@@ -30,7 +30,7 @@ QString partialText(TAVIK::Compound* item) {
     return yesOrNo(item->HasSelected());
 }
 
-// The competitor's tree, built as its manual advises: aside, and put into the widget as a whole.
+// The competitor's tree, built as its manual advises: detached, and added to the widget as a whole.
 QTreeWidgetItem* widgetRow(TAVIK::Compound* item) {
     auto* const row =
         new QTreeWidgetItem({QString::fromLatin1(item->GetName()), yesOrNo(item->IsVisible()),
@@ -76,7 +76,7 @@ void benchmarkTree(const std::string& path, int turns) {
     widget.resize(tree->size());
     showAndPaint(widget);
 
-    // A tree widget's row takes so much at least, as the table's lines about memory show.
+    // A lower bound for a row of a tree widget, taken from the table's lines about memory.
     const double theirBytes = static_cast<double>(rows) * 640.0;
     MemoryLine memory{.work = "the filled tree",
                       .size = atoms,
@@ -122,7 +122,7 @@ void benchmarkTree(const std::string& path, int turns) {
                     {}}},
         turns);
 
-    // All rows change, and none of them can be passed over.
+    // All rows change, so that none can be skipped.
     run({.work = "commUpdate() after a selection",
          .size = atoms,
          .items = rows,

@@ -1,4 +1,4 @@
-// The works that are timed, a function a concern. Each finds the structure of `path` unopened and
+// The works that are timed, a function a concern. Each opens the structure of `path` itself and
 // leaves an empty data space.
 #pragma once
 
@@ -11,7 +11,7 @@ void benchmarkFiles(const std::string& path, int turns);
 /// Filling the tree, refreshing it, clicking in it, and what a row takes in memory.
 void benchmarkTree(const std::string& path, int turns);
 
-/// The commands of the menus, from the slot, or from the dialog's end, to the painted
+/// The commands of the menus, timed from the slot, or from the end of its dialog, to the painted
 /// window.
 void benchmarkCommands(const std::string& path, int turns);
 

@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     }
     memory_host::setLogFile(QString());
     memory_host::setDataFolder(QStringLiteral(DATA_FOLDER));
-    // What a command says of itself is not what is timed.
+    // Messages of the commands are not timed.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     try {
         for (int i = 2; i < argc; ++i) {

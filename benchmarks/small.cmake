@@ -1,4 +1,4 @@
-# Runs every work on few atoms, and looks at what came out.
+# Runs every work on few atoms, and checks the output.
 set(plots ${CMAKE_CURRENT_BINARY_DIR}/small.svg)
 file(REMOVE ${plots})
 execute_process(COMMAND ${PROGRAM} --plots=${plots} ${STRUCTURES} 0
