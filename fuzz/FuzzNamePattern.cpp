@@ -1,5 +1,5 @@
 // Name patterns: the first line of an input is an expression (UTF-8), each further one a name. The
-// answers are compared with QRegExp's where that one can be asked; the time is bounded always.
+// answers are compared with QRegExp's where QRegExp can be run; the time is always bounded.
 #include "DataMaker.h"
 #include "Fuzzing.h"
 #include "Space.h"
@@ -18,13 +18,13 @@ namespace {
 using fuzzing::require;
 using TAVIK::Compound;
 
-/// Processor time for one expression and few names. The default bounds are met in a tenth of it
-/// without sanitizers.
+/// Processor time for one expression and few names. Without sanitizers the default bounds are
+/// reached in a tenth of it.
 constexpr double mostSeconds = 30;
 constexpr std::size_t mostNames = 24;
 constexpr std::size_t longestName = 64;
-/// An expression of more instructions is not compared on each atom, which takes a copy of its
-/// QRegExp: those are large, and under the address sanitizer they take seconds.
+/// Expressions with more instructions are not compared on each atom, because that copies their
+/// QRegExp: large ones take seconds under AddressSanitizer.
 constexpr double mostInstructions = 500;
 
 QString latin1(std::string_view text) {
@@ -48,7 +48,7 @@ struct Input {
     std::vector<std::string> names;
 };
 
-/// Bounds that are met soon, so that many expressions come to meet them.
+/// Low bounds, which many expressions reach.
 NamePattern::Limits smallLimits() {
     NamePattern::Limits limits;
     limits.instructions = 5000;
@@ -59,7 +59,7 @@ NamePattern::Limits smallLimits() {
     return limits;
 }
 
-/// Whether all counts of an expression together make few copies of anything.
+/// Whether the product of all counts in an expression is small.
 bool repeatsLittle(const QString& expression) {
     static const QRegularExpression count(QStringLiteral("[{,]([0-9]+)"));
     double copies = 1;
@@ -68,10 +68,10 @@ bool repeatsLittle(const QString& expression) {
     return copies <= 200;
 }
 
-/// QRegExp, where it can be asked about names of this input at little cost.
+/// The QRegExp of an expression, if it is cheap for the names of this input.
 std::optional<QRegExp> plainPattern(const QString& expression) {
     const name_pattern::Syntax syntax = name_pattern::parse(expression);
-    // It builds what stands in front of a mistake, which may be seconds and a gigabyte.
+    // QRegExp builds what precedes a syntax error, which may take seconds and a gigabyte.
     if (!syntax.wellFormed)
         return repeatsLittle(expression) ? std::optional<QRegExp>(expression) : std::nullopt;
     const name_pattern::Cost cost = name_pattern::estimate(syntax);
@@ -85,7 +85,7 @@ bool isSmall(const QString& expression) {
     return !syntax.wellFormed || name_pattern::estimate(syntax).instructions <= mostInstructions;
 }
 
-/// Answers by each way of asking. The name is cut somewhere for the way by parts.
+/// Compares all ways of asking for an answer. `cut` divides the name into prefix and rest.
 void compare(NamePattern& pattern, const std::string& name, std::size_t cut,
              const std::optional<QRegExp>& plain) {
     const std::string_view text = name;
@@ -112,7 +112,7 @@ void compareOnNames(const Input& input, NamePattern& pattern, const std::optiona
     require(!pattern.matches(input.names.front()), "what is cut off matches nothing");
 }
 
-/// An entry of two chains, with groups, which names leave out, and without.
+/// An entry of two chains; some residues have groups, which qualified names leave out.
 Compound* entry() {
     using TAVIK::DataMaker;
     static Compound* const made = [] {
@@ -183,7 +183,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::optional<QRegExp> plain = plainPattern(input.expression);
     NamePattern pattern(input.expression, smallLimits());
     compareOnNames(input, pattern, plain);
-    // With the usual bounds few inputs are run that do not keep the small ones: they take long.
+    // Only some of the inputs that exceed the low bounds are run with the default ones: they take
+    // long.
     if (pattern.cutOff().isEmpty() || size % 32 == 0)
         for (const SetOperation operation :
              {SetOperation::Union, SetOperation::Difference, SetOperation::Intersection})

@@ -1,5 +1,5 @@
-// The settings file: each line is taken, or told once; no line takes another one along. Where all
-// is ASCII the values are compared with a plain reading.
+// The settings file: each line is accepted or reported once, and affects no other line. Where all
+// is ASCII the values are compared with those of a plain parser.
 #include "Config.h"
 #include "Fuzzing.h"
 #include "services/Settings.h"
@@ -12,10 +12,10 @@ namespace {
 
 using fuzzing::require;
 
-/// The wrong lines that are told one by one; one more line counts the others.
+/// So many wrong lines are reported one by one; one more line counts the others.
 constexpr std::size_t mostReports = 10;
 
-/// What a file says, read plainly.
+/// A plain parser of the file.
 struct Plain {
     explicit Plain(const std::string& text) {
         std::istringstream lines(text);

@@ -22,7 +22,7 @@
 #include <malloc.h>
 #include <unistd.h>
 
-// QRegExp loses what it has built of an expression that it then refuses.
+// QRegExp leaks what it has built of an expression that it then rejects.
 extern "C" HOST_EXPORT const char* __lsan_default_suppressions(); // NOLINT: the sanitizer's name
 extern "C" const char* __lsan_default_suppressions() {            // NOLINT
     return "leak:libQt6Core5Compat\n";

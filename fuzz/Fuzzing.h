@@ -1,5 +1,5 @@
-// What the fuzz targets share: the input as a file, the host's log, and a stop where something does
-// not hold.
+// What the fuzz targets share: the input as a file, the host's log, and a check that stops the
+// program.
 #pragma once
 
 #include <cstddef>
@@ -17,15 +17,14 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Stops the program with a line that says what does not hold: a crash to libFuzzer.
+/// Unless `holds`, prints what failed and aborts the program: a crash to libFuzzer.
 void require(bool holds, const char* what, std::string_view detail = {});
 
-/// Requires what holds for each line that a user gets to read: it starts as stated, and is one line
-/// of a length that can be read.
+/// Requires that a line for the user begins with `start`, and is a single line of readable length.
 void requireLine(std::string_view line, std::string_view start);
 
-/// A file that holds one input after the other. It stands in a folder of its own, which TMPDIR may
-/// place in memory, and goes when the program ends.
+/// A file that holds one input after the other, in a folder of its own, which TMPDIR may place in
+/// memory. It is removed when the program ends.
 class InputFile {
 public:
     explicit InputFile(const std::string& name);
@@ -49,17 +48,17 @@ std::vector<std::string> takeLog();
 /// Processor time of this thread until now.
 double secondsUsed();
 
-/// What an input may take: so much, and so much more for each of its bytes. Sanitizers make all of
-/// it slower; memory is what the C++ allocator gave, Qt's own left out.
+/// The time and memory that an input may take: a fixed amount, and more for each of its bytes.
+/// Sanitizers get more time. Only memory of the C++ allocator is counted, not Qt's own.
 class Budget {
 public:
     struct PerByte {
         double seconds;
         double memory; ///< bytes
     };
-    /// Begins here.
+    /// Starts measuring.
     Budget(std::size_t bytes, PerByte perByte);
-    /// Requires that what was taken since is within the budget.
+    /// Requires that time and memory since then are within the budget.
     void check() const;
 
 private:

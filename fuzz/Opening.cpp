@@ -58,7 +58,8 @@ void requireRefusal(const memory_host::FileError& error, const InputFile& file) 
             line);
     require(std::ranges::none_of(line, [](unsigned char c) { return c < 0x20 || c == 0x7f; }),
             "a refusal has no control characters", line);
-    // What ends so was not foreseen; and no input is large. The input may say the same, in quotes.
+    // These messages come from unexpected exceptions or lack of memory, and no input is large.
+    // Quoted text is ignored, because it may be the input's.
     std::string own(line);
     if (const std::size_t quote = own.find('"'); quote != std::string::npos)
         own.erase(quote, own.rfind('"') - quote);
@@ -69,7 +70,7 @@ void requireRefusal(const memory_host::FileError& error, const InputFile& file) 
     requireAsBefore();
 }
 
-/// Looks at an item and at all below it.
+/// Checks an item and all below it.
 void inspect(Compound* item, const std::string& above) {
     const std::string name = item->GetName();
     require(!name.empty() && name.find('/') == std::string::npos &&
@@ -177,7 +178,7 @@ void openAndDestroy(const InputFile& file) {
 } // namespace
 
 void openInput(const InputFile& file, std::string_view content) {
-    // A packed input may become a thousand times as long, and no longer than this.
+    // A packed input may grow a thousandfold, but not beyond this limit.
     memory_host::FileLimits& limits = memory_host::fileLimits();
     limits.bytes = std::size_t{8} << 20;
     const bool isPacked = content.starts_with("\x1f\x8b");

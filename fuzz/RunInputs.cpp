@@ -23,7 +23,7 @@ std::vector<std::filesystem::path> filesAt(const std::filesystem::path& path) {
 }
 
 void run(const std::filesystem::path& path, bool isLarge) {
-    // What stops the program is about the last input that is named.
+    // If the program stops, the last path that is printed is the input that stopped it.
     std::printf("%s\n", path.c_str());
     std::fflush(stdout);
     std::ifstream file(path, std::ios::binary);

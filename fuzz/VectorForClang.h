@@ -1,5 +1,6 @@
-// For Clang 14, included in front of a source: std::vector as before C++20, without constexpr. That
-// compiler else wants the elements of a member vector complete, which gemmi's CIF items are not.
+// For Clang 14, included before a source: std::vector as before C++20, without constexpr. With
+// constexpr that compiler requires complete element types of member vectors, which gemmi's CIF
+// items are not.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +11,7 @@
 #pragma push_macro("_GLIBCXX20_CONSTEXPR")
 #undef _GLIBCXX20_CONSTEXPR
 #define _GLIBCXX20_CONSTEXPR
-// Declared with constexpr before; for vectors of bits, which the source does not fill.
+// Already declared with constexpr. Only vectors of bits use it, and the source fills none.
 #define __fill_a1 fillBits // NOLINT
 #include <vector>
 #undef __fill_a1
