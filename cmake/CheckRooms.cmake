@@ -2,8 +2,8 @@
 # sources is not in the plan: cmake -DROOT=... -P this file.
 cmake_minimum_required(VERSION 3.25)
 
-# folder(F [G...]): sources in F may include headers of F itself and of the folders G; what is in none
-# of the plan's folders (the toolkit, libraries) is not looked at.
+# folder(F [G...]): sources in F may include headers of F itself and of the folders G. Headers from
+# outside of the plan's folders (the toolkit, libraries) are not checked.
 set(folders)
 macro(folder name)
   list(APPEND folders ${name})
@@ -33,7 +33,8 @@ folder(tests/host-contract ${contract} tests/support)
 # The plain model knows nothing of what it is compared with.
 folder(tests/support/plain)
 
-# Where an include that is not beside the file that has it may be found, as compilers are told.
+# Include directories, as the compiler gets them, for headers that are not beside the including
+# file.
 set(roots host include structure-editor memory-host workbench tests/support tests/host-contract
   tests/memory-host tests/structure-editor tests/random-use)
 

@@ -1,12 +1,12 @@
 # Warnings are errors; sanitizers on demand.
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
-# Single-precision results are what the source says, on every processor.
+# No fused multiply-add: single-precision results are the same on every processor.
 add_compile_options(-ffp-contract=off)
-# QString and friends go through named conversions: Latin-1 and UTF-8 are never mixed up in silence.
+# QString converts through named functions only, so that Latin-1 and UTF-8 are never confused.
 add_compile_definitions(QT_NO_CAST_TO_ASCII)
 
 if(SANITIZE)
-  # What the sanitizers add to the code misleads the compiler's own look for such mistakes.
+  # With the sanitizers' instrumentation these warnings have false positives.
   add_compile_options(-Wno-array-bounds -Wno-maybe-uninitialized -Wno-stringop-overflow)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
@@ -18,7 +18,7 @@ if(BUILD_FUZZERS)
   endif()
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all
     -fno-omit-frame-pointer -fsized-deallocation)
-  # What g++ defines by itself.
+  # g++ defines it by itself.
   add_compile_definitions(__SANITIZE_ADDRESS__=1)
   add_link_options(-fsanitize=address,undefined)
 endif()
