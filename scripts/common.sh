@@ -4,7 +4,7 @@ set -euo pipefail
 
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 
-# Debian's names.
+# Names of Debian packages.
 packages_build=(cmake ninja-build g++ qt6-base-dev qt6-5compat-dev gemmi-dev tao-pegtl-dev
     zlib1g-dev libnanoflann-dev fonts-dejavu-core)
 packages_test=(binutils locales xvfb xdotool imagemagick)
@@ -29,8 +29,8 @@ as_root() {
     fi
 }
 
-# Runs a command that needs apt's package lists; fetches the lists and tries again when it fails,
-# as they may be missing or too old. What it prints is shown only when that fails, too.
+# Runs a command that needs apt's package lists; if it fails, fetches the lists, as they may be
+# missing or too old, and tries again. Its output is shown only when that fails, too.
 with_package_lists() {
     local log
     log=$(mktemp)
@@ -107,7 +107,7 @@ build() {
     if [ -t 2 ]; then
         ninja -C "$folder" "$@" >&2
     else
-        # Nobody watches: only what went wrong.
+        # No terminal: print only errors.
         ninja --quiet -C "$folder" "$@" | sed '/no work to do/d' >&2
     fi || die "building failed"
 }
