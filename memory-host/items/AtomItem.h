@@ -13,7 +13,7 @@ namespace memory_host {
 
 class AtomItem;
 
-/// A bond stands in a list of bonds at each of its atoms, so that an atom's end finds them all.
+/// A bond is linked into a list at each of its atoms, so that a destroyed atom finds all its bonds.
 class BondItem : public LeafItem<TAVIK::Bond, Kind::Bond> {
 public:
     struct Links {
@@ -25,17 +25,18 @@ public:
     std::string GetName() const override;
 
     AtomItem* atom(int end) const;
-    /// Which end of the bond `atom` is; 1 unless it is the first.
+    /// Which end of the bond `atom` is: 0 for the first atom, else 1.
     int endAt(const AtomItem* atom) const;
     /// The bond after this one in the list of `atom`, or null.
     BondItem* next(const AtomItem* atom) const;
     void connect(AtomItem* a, AtomItem* b);
     void disconnect();
-    /// Brings the effective visibility in line with the own mark and with both atoms. The first
-    /// leaves it to the caller to count the change, which it returns, in what holds the bond.
+    /// Recomputes the effective visibility from the bond's own mark and from both atoms.
+    /// markShown() returns the change in shown leaves, which the caller adds to the counters above
+    /// the bond.
     std::int32_t markShown();
     void updateShown();
-    /// The same when one of the atoms is known not to be shown.
+    /// The same when one of the atoms is known to be hidden.
     void hide();
 
     std::array<Compound*, 2> m_atoms{};
@@ -54,8 +55,8 @@ public:
 
     /// Takes all values but the name and marks.
     void setValues(const AtomRecord& values);
-    /// Brings the effective visibility, and that of the bonds, in line with mark and model. The
-    /// first leaves it to the caller to count the change, which it returns, in what holds the atom.
+    /// Recomputes the effective visibility from mark and model, and that of the bonds. markShown()
+    /// returns the change in shown leaves, which the caller adds to the counters above the atom.
     std::int32_t markShown();
     void updateShown();
 
@@ -64,7 +65,7 @@ public:
     float m_temperature = 0.0F;
 };
 
-/// An atom with a partial charge and a radius, for which the others have no room.
+/// An atom with a partial charge and a radius; other atoms have no memory for them.
 class ChargedAtomItem final : public AtomItem {
 public:
     ChargedAtomItem(Name name, float charge, float radius)

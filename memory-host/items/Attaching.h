@@ -1,4 +1,4 @@
-// Items come to their place and leave it, with all that is counted there.
+// Attaching items to their parents and detaching them, counters included.
 #pragma once
 
 #include "HostItem.h"

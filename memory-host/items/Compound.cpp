@@ -23,7 +23,7 @@ std::string Compound::GetFQName() const {
             if (holder->kind != Kind::Group && holder->kind != Kind::Space)
                 use(holder->name.text());
     };
-    // Written once, from its end: name patterns ask for a name for each group of atoms.
+    // Allocated once and filled from its end: name patterns ask for a name for each group of atoms.
     const std::string own = GetName();
     std::size_t size = 1 + own.size();
     forEachHolder([&size](const std::string& component) { size += 1 + component.size(); });

@@ -65,7 +65,7 @@ void addContribution(Holder* holder, Contribution change) {
         return;
     for (; holder; holder = holder->parent) {
         if (holder->sum.leaves > 0 && holder->sum.leaves + change.leaves > 0) {
-            // What is not empty, before or afterwards, counts as what it holds.
+            // A composite that is empty neither before nor afterwards counts as its children do.
             changeState(*holder, [&] { holder->sum += change; });
             continue;
         }
@@ -73,7 +73,7 @@ void addContribution(Holder* holder, Contribution change) {
         changeState(*holder, [&] {
             holder->sum += change;
             if (holder->sum.leaves == 0) {
-                // What has just become empty starts with fresh marks of its own.
+                // A composite that has just become empty starts with default marks of its own.
                 holder->set(HostItem::Selected, false);
                 holder->set(HostItem::Visible, true);
             }

@@ -1,4 +1,4 @@
-// What is counted up the tree of items, so that every item's state is read in constant time.
+// Counters summed up the tree of items, so that every item's state is read in constant time.
 #pragma once
 
 #include "HostItem.h"
@@ -7,8 +7,8 @@
 
 namespace memory_host {
 
-/// What a subtree adds to the counters of the composite that holds it. Sets add nothing while they
-/// list something: that is counted where it stands.
+/// What a subtree adds to the counters of the composite that holds it. Sets with members add
+/// nothing: members are counted where they stand.
 struct Contribution {
     std::int32_t atoms = 0;
     std::int32_t selectedAtoms = 0;
@@ -32,7 +32,7 @@ struct Contribution {
     bool operator==(const Contribution&) const = default;
 };
 
-/// What others may ask of an item, in short.
+/// The state of an item that others may ask for.
 struct ItemState {
     bool selected = false;
     bool hasSelected = false;
@@ -49,7 +49,7 @@ bool isVisible(const HostItem& item);
 
 /// What `item` adds to its parent now.
 Contribution contributionOf(const HostItem& item);
-/// Carries a change of what the children of `holder` add up to through all levels.
+/// Adds a change in the sum over the children of `holder` to `holder` and all composites above it.
 void addContribution(Holder* holder, Contribution change);
 
 } // namespace memory_host

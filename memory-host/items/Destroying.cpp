@@ -14,8 +14,8 @@ namespace memory_host {
 namespace {
 
 struct Observers {
-    std::vector<TAVIK::DestroyObserver*> all; ///< null: left while others were being told
-    int tellings = 0;                         ///< one inside the other
+    std::vector<TAVIK::DestroyObserver*> all; ///< null: unregistered during a notification
+    int tellings = 0;                         ///< nested notifications
 };
 
 Observers& observers() {
@@ -43,7 +43,7 @@ void tellBeforeDestroying(Compound* item) {
     if (state.all.empty() || !isInSpace(HostItem::of(item)))
         return;
     ++state.tellings;
-    // Those that come meanwhile know the items that are there now, too.
+    // Observers that register in the loop know the items that exist now, so they are told, too.
     for (std::size_t i = 0; i != state.all.size(); ++i)
         if (TAVIK::DestroyObserver* const observer = state.all[i])
             callHandler([=] { observer->aboutToDestroy(item); });
@@ -72,7 +72,7 @@ void freeItem(Compound* item) {
         break;
     }
     if (record.isHolder()) {
-        // Bonds in here may go before their turn, with an atom: their children are null then.
+        // An atom that is freed takes its bonds along. Bonds in here leave null children behind.
         Holder& holder = record.asHolder();
         for (std::uint32_t slot = holder.begin, end = holder.end; slot != end; ++slot) {
             if (Compound* child = holder.children[slot]) {

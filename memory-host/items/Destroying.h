@@ -1,4 +1,4 @@
-// Freeing items, and telling of it before.
+// Freeing items, and notifying observers before.
 #pragma once
 
 #include "HostItem.h"
@@ -7,12 +7,12 @@
 
 namespace memory_host {
 
-/// Tells those who keep pointers to items that this one, if it is in the data space, goes.
+/// Tells the observers that this item is about to be destroyed, if it is in the data space.
 void tellBeforeDestroying(Compound* item);
-/// Frees a detached item and what it holds. Nothing in it is counted any more.
+/// Frees a detached item and what it holds. The counters must not include them any more.
 void freeItem(Compound* item);
 
-/// Appends the observers of destructions, each by the address of its interface.
+/// Appends the observers of destructions, each by the address of its DestroyObserver part.
 void addDestroyObservers(std::vector<const void*>& listeners);
 
 } // namespace memory_host

@@ -31,7 +31,7 @@ constexpr std::uint32_t otherKind = 0xffffffff;
 Color defaultColor(const HostItem& item) {
     if (item.kind != Kind::Atom)
         return Color(otherKind);
-    // By the number of the symbol. The symbols are kept, and so their numbers are.
+    // Indexed by the symbol's number. Keeping the symbols keeps their numbers valid.
     struct ByType {
         std::array<Name, elementColours.size()> symbols;
         std::vector<std::uint32_t> colours;

@@ -1,5 +1,5 @@
-// The colours that items have from the start: atoms by their element, as molecular graphics has
-// used them since the plastic models of Corey, Pauling and Koltun.
+// The default colours of items: atoms by their element, in CPK colours (after the models of Corey,
+// Pauling and Koltun).
 #pragma once
 
 #include "Color.h"
@@ -7,7 +7,7 @@
 
 namespace memory_host {
 
-/// The colour that an item has from the start.
+/// The default colour of an item.
 Color defaultColor(const HostItem& item);
 
 } // namespace memory_host

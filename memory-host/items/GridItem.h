@@ -1,4 +1,4 @@
-// Grids: values at regular places.
+// Grids: values at regular points.
 #pragma once
 
 #include "ItemClass.h"

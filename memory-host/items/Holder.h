@@ -10,8 +10,8 @@
 
 namespace memory_host {
 
-/// The record of a composite. Destroyed children leave holes in the vector, which are closed the
-/// next time that the vector is read: destroying costs nothing by the number of siblings.
+/// The record of a composite. Destroyed children leave holes in the vector, which are closed when
+/// the vector is next read: destroying an item costs the same for any number of siblings.
 struct Holder : HostItem {
     Holder(Kind ofKind, Name itsName, Compound* item)
         : HostItem(ofKind, std::move(itsName)), self(item) {}
@@ -30,14 +30,14 @@ struct Holder : HostItem {
             closeHoles();
         return children + end;
     }
-    /// Appends to the vector alone; the counters are the caller's.
+    /// Appends to the vector only; the caller updates the counters.
     void appendChild(Compound* child);
-    /// Leaves a hole; the counters are the caller's.
+    /// Leaves a hole; the caller updates the counters.
     void removeChild(std::uint32_t slot);
-    /// Gives back what the vector does not need.
+    /// Frees unused capacity of the vector.
     void shrink();
 
-    // First, so that the change of an atom finds it beside the marks of the record.
+    // First, to be next to the marks in memory: changes of an atom touch both.
     Contribution sum;               ///< of all children
     std::uint32_t directLeaves = 0; ///< children that are no composites
     Compound** children = nullptr;
@@ -55,8 +55,8 @@ private:
     void resize(std::uint32_t slotCount);
 };
 
-/// The first composite of that kind among `holder`, which may be null, and those around it; or
-/// null.
+/// The nearest composite of that kind: `holder`, which may be null, or one above it; null if there
+/// is none.
 Holder* nearest(Kind kind, Holder* holder);
 /// The residue around an item, or null.
 Holder* residueAround(const HostItem& item);

@@ -17,7 +17,7 @@ constexpr std::array<const char*, kindCount> kindNames = {
 bool kindOfName(const std::string& className, Kind& kind) {
     for (std::size_t i = 0; i != kindNames.size(); ++i) {
         kind = static_cast<Kind>(i);
-        // What needs more than a name has a maker of its own, and there is one space.
+        // Kinds that need more than a name have functions of their own, and there is one space.
         const bool makable = kind != Kind::Space && kind < Kind::PolyLine;
         if (makable && className == kindNames[i])
             return true;

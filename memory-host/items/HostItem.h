@@ -1,4 +1,4 @@
-// The host's own record of every item: where it hangs, its identity and its marks.
+// The host's own record of every item: its parent, its identity and its marks.
 #pragma once
 
 #include "Compound.h"
@@ -38,9 +38,9 @@ namespace TAVIK {
 struct HostItem {
     enum Flag : std::uint8_t {
         Selected = 1,    ///< own mark; of a composite or a set only while it is empty
-        Visible = 2,     ///< own mark, likewise
+        Visible = 2,     ///< own mark; used in a composite or set only while it is empty
         Shown = 4,       ///< of a leaf: visible in effect, as it is counted
-        OtherModel = 8,  ///< of an atom: it belongs to a model that is not active
+        OtherModel = 8,  ///< of a leaf: effective visibility, as it is counted
         InSets = 16,     ///< some set lists the item
         HasPosition = 32 ///< of an atom
     };

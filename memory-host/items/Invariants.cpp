@@ -133,7 +133,7 @@ private:
                record, "miscounts its members");
     }
 
-    /// Files are kept of items at the top level, and of none that are gone.
+    /// Origins are kept only of items that exist, at the top level.
     void origins(const Holder& space) {
         std::size_t found = 0;
         for (std::uint32_t slot = space.begin; slot != space.end; ++slot)

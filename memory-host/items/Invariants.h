@@ -1,4 +1,4 @@
-// The data space counted again from its leaves: what must hold after every change.
+// The invariants of the data space, which must hold after every change: all counted anew.
 #pragma once
 
 #include "HostExport.h"

@@ -17,11 +17,10 @@ struct Entry {
     std::string text;
     std::uint32_t hash = 0;
     std::uint32_t uses = 0;
-    std::uint32_t next = none; ///< with the same place in the index; or the next free one
+    std::uint32_t next = none; ///< in the same hash bucket; or in the free list
 };
 
-// Entries are given out from chunks, so that each keeps its number. A chunk whose names are all
-// gone goes back to the heap.
+// Entries are allocated in chunks, so that they keep their numbers. Unused chunks are freed.
 struct Chunk {
     static constexpr std::uint32_t size = 1024;
 
@@ -31,19 +30,19 @@ struct Chunk {
     std::uint32_t used = 0;
     std::uint32_t cut = 0; ///< entries that have ever been in use
     std::uint32_t free = none;
-    std::uint32_t next = none; ///< both in the list of chunks with room
+    std::uint32_t next = none; ///< next and previous in the list of chunks with room
     std::uint32_t previous = none;
 };
 
 class NameTable {
 public:
     NameTable() : m_index(smallestIndex, none) {
-        // The empty name, which needs no place in the index.
+        // The empty name, which is not in the index.
         addChunk();
         m_chunks.front()->cut = m_chunks.front()->used = 1;
     }
 
-    /// The number of a text, which is counted as used once more.
+    /// The number of a text, whose reference count rises.
     std::uint32_t take(std::string_view text) {
         const auto hash = static_cast<std::uint32_t>(std::hash<std::string_view>()(text));
         for (std::uint32_t number = placeOf(hash); number != none; number = at(number).next) {
@@ -163,7 +162,7 @@ private:
 
     std::vector<std::unique_ptr<Chunk>> m_chunks;
     std::uint32_t m_withRoom = none;
-    std::vector<std::uint32_t> m_index; ///< by the last bits of the hash: the first number there
+    std::vector<std::uint32_t> m_index; ///< hash buckets: the first entry of each
     std::size_t m_count = 0;            ///< names in the index
 };
 
@@ -183,7 +182,7 @@ bool cannotStandInComponent(char c) {
 Name::Name(std::string_view text) : m_number(text.empty() ? 0 : table().take(text)) {}
 
 Name Name::component(std::string_view text) {
-    // Names of atoms are nearly always fit to be used as they stand.
+    // Nearly all names of atoms need no replacement.
     if (std::none_of(text.begin(), text.end(), cannotStandInComponent))
         return Name(text);
     std::string component(text);

@@ -1,4 +1,4 @@
-// Names of items, kept once each: a structure repeats a few thousand names a million times.
+// Interned names of items: a structure repeats a few thousand names a million times.
 #pragma once
 
 #include "HostExport.h"
@@ -11,8 +11,8 @@
 
 namespace memory_host {
 
-/// A name that some item has. All that are equal share one text, which goes with the last of them.
-/// For the GUI thread only.
+/// An interned name with a reference count: equal names share one text, which is freed with the
+/// last of them. For the GUI thread only.
 class Name {
 public:
     /// The empty name.
@@ -33,7 +33,7 @@ public:
 
     const std::string& text() const;
     bool isEmpty() const { return m_number == 0; }
-    /// Equal names have equal numbers, which are small; the empty one has 0.
+    /// Equal names have equal numbers. Numbers are small; the empty name has 0.
     std::uint32_t number() const { return m_number; }
 
 private:
@@ -42,7 +42,7 @@ private:
     std::uint32_t m_number = 0;
 };
 
-/// How many names are kept, the empty one among them.
+/// Number of distinct names in use, including the empty one.
 HOST_EXPORT std::size_t nameCount();
 
 } // namespace memory_host

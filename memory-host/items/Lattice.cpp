@@ -9,12 +9,12 @@ namespace {
 
 using Triple = Lattice::Triple;
 
-// Vectors of more steps than this lead nowhere in a grid that fits into memory, and steps whose
-// lengths have no common measure could be combined for ever.
+// Longer vectors lead out of any grid that fits into memory, and incommensurable steps could be
+// combined for ever.
 constexpr double mostSteps = 1 << 20;
 // Each round halves some vector or is among the last few.
 constexpr int mostRounds = 200;
-// Beyond this a place is only "far outside".
+// Positions beyond this count as "far outside".
 constexpr double farthest = 1e15; // Å
 
 double dot(const Triple& a, const Triple& b) {
@@ -43,8 +43,8 @@ Lattice::Lattice(const std::array<Triple, 3>& steps) : m_steps(steps) {
     shorten();
     makeObtuse();
     orthogonalize();
-    // In an obtuse basis of three vectors and minus their sum, the vectors between neighbours are
-    // the sums of some of the four; the other sums are the same ones turned around.
+    // In an obtuse superbase (three vectors and minus their sum), the vectors between neighbours
+    // are the sums of some of the four; the other sums are their negatives.
     for (std::size_t some = 1; some != 8; ++some) {
         Triple index{};
         for (const std::size_t i : {0, 1, 2})
@@ -62,8 +62,8 @@ Lattice::Vector Lattice::vectorOf(const Triple& index) const {
     return vector;
 }
 
-// Takes whole numbers of one vector from another as long as that makes it shorter (Lagrange and
-// Gauss): many steps at once, where the next reduction would take them one by one.
+// Subtracts integer multiples of one vector from another as long as that makes it shorter (Lagrange
+// and Gauss): many steps at once, which the next reduction would take one by one.
 void Lattice::shorten() {
     bool changed = true;
     for (int round = 0; changed && round != mostRounds; ++round) {
@@ -86,8 +86,8 @@ void Lattice::shorten() {
         sum(sum(sum({}, -1, m_basis[0].index), -1, m_basis[1].index), -1, m_basis[2].index));
 }
 
-// Makes no angle between two of the four vectors acute (Selling): where one is, turning one of the
-// pair around and adding what it was to the other two makes the squares smaller as a whole.
+// Makes all angles between the four vectors at least 90 degrees (Selling). While an angle is acute,
+// negating one of its vectors and adding the old one to the two others reduces the sum of squares.
 void Lattice::makeObtuse() {
     for (int round = 0; round != mostRounds; ++round) {
         std::size_t turned = 0;
@@ -141,11 +141,11 @@ Triple Lattice::nearest(const Triple& place) const {
         rest = sum(rest, -times, vector.at);
         index = sum(index, times, vector.index);
     };
-    // Plane by plane this finds a point that is near, and in a rectangular grid the nearest.
+    // Rounding plane by plane (Babai) finds a near point, and in a rectangular grid the nearest.
     for (const std::size_t i : {2, 1, 0})
         if (const Vector& across = m_orthogonal[i]; !isNull(across.squared))
             step(std::round(dot(rest, across.at) / across.squared), m_basis[i]);
-    // From there a few steps lead to the nearest.
+    // From there a few steps between neighbours lead to the nearest.
     bool moved = true;
     for (int round = 0; moved && round != mostRounds; ++round) {
         moved = false;

@@ -1,4 +1,4 @@
-// The points of a regular grid, as the lattice that they are cut from: which of them is nearest.
+// The lattice that a regular grid is cut from: finds the lattice point nearest to a position.
 #pragma once
 
 #include <array>
@@ -6,8 +6,8 @@
 
 namespace memory_host {
 
-/// All points that whole numbers of three steps lead to. The steps may be skewed, of any length,
-/// and even lie in one plane or line: finding the nearest point costs the same everywhere.
+/// All integer combinations of three step vectors. The steps may be skewed, of any length, and even
+/// lie in one plane or line: finding the nearest point costs the same everywhere.
 class Lattice {
 public:
     using Triple = std::array<double, 3>;
@@ -16,12 +16,12 @@ public:
     /// steps[axis] is a vector in Å.
     explicit Lattice(const std::array<Triple, 3>& steps);
 
-    /// How many of each step lead to the point nearest to `place`, which is in Å from the point
-    /// where the steps begin. Whole numbers of at most `farAway`, to which places far outside and
-    /// coordinates that are no numbers are bounded.
+    /// The numbers of steps to the lattice point nearest to `place`, which is in Å from the
+    /// lattice's origin: integers from -`farAway` to `farAway`. Positions far outside are clamped;
+    /// NaN gives -`farAway`.
     Triple nearest(const Triple& place) const;
 
-    /// Small enough to be calculated with as an int.
+    /// Small enough for int arithmetic without overflow.
     static constexpr double farAway = 1 << 30;
 
 private:
@@ -39,9 +39,9 @@ private:
 
     std::array<Triple, 3> m_steps{};
     double m_null = 0.0; ///< squared lengths up to this are rounding errors
-    /// Vectors that make the same lattice, as short as they get, and minus their sum.
+    /// A basis of the lattice of short vectors, and minus their sum.
     std::array<Vector, 4> m_basis;
-    /// What each of the first three adds to the plane or line of those before it.
+    /// The first three of the basis, orthogonalized (Gram-Schmidt).
     std::array<Vector, 3> m_orthogonal;
     /// A point is the nearest one when none of its neighbours along these is nearer.
     std::array<Vector, 7> m_neighbours;

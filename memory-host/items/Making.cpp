@@ -12,13 +12,13 @@ namespace memory_host {
 
 namespace {
 
-// A name, which is Latin-1, as the warnings take it.
+// A Latin-1 name as UTF-8, for warnings.
 QByteArray utf8(const std::string& name) {
     return QString::fromLatin1(name).toUtf8();
 }
 
-// What holds residues or groups is searched down to the first ones only, and a residue's models are
-// those of all its atoms: neither stands in its own kind, at any depth.
+// Kinds that never nest, at any depth: a search for residues or groups enters none that it has
+// found, and a residue's models are those of all its atoms.
 constexpr std::array<Kind, 2> singleKinds = {Kind::Residue, Kind::Group};
 
 // Whether an item is of that kind or holds one that is.

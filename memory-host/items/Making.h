@@ -1,4 +1,4 @@
-// What all that makes items has in common: what is refused, and how new items come to their place.
+// What all functions that make items share: what is refused, and how new items are attached.
 #pragma once
 
 #include "Attaching.h"
@@ -9,19 +9,19 @@
 
 namespace memory_host {
 
-// What cannot be done is said once, here, as a warning that begins with `what`.
+// These functions warn of what cannot be done; the warning begins with `what`.
 
-/// The record of `parent`; null, with a warning, when it is none that `name` can be made in.
+/// The record of `parent`; null, with a warning, when nothing can be made in `parent`.
 Holder* holderOf(Compound* parent, const char* what, const std::string& name);
 /// Whether DataMaker::makeCore() knows a kind; warns when it does not.
 bool findKind(const std::string& className, const std::string& name, Kind& kind);
-/// Whether a new item of that kind cannot stand in `parent`, as it or something around it is of
-/// that kind; then it warns.
+/// Whether `parent`, or a composite above it, is already of that kind, so that a new item of the
+/// kind cannot stand in it. If so, warns.
 bool isNested(Kind kind, const std::string& name, Holder& parent, const char* what);
 /// The same for a detached item with all that it holds.
 bool isNested(const HostItem& item, Holder& parent, const char* what);
 
-/// Owns an item until it is attached, also when something throws in between.
+/// Attaches an item and returns it; frees it if attaching throws.
 template <class ItemClass> ItemClass* attachNew(std::unique_ptr<ItemClass> item, Holder& parent) {
     attachTo(item.get(), parent);
     return item.release();

@@ -25,7 +25,7 @@ template <class Function> void forModelAtoms(Compound& item, const Function& fun
         forModelAtoms(**child, function);
 }
 
-// The residue whose models the atoms at or in an item count for; null when there are none.
+// The residue to whose models the atoms at or in an item belong; null when there is none.
 Holder* residueOfAtomsIn(const HostItem& item) {
     const bool any = item.kind == Kind::Atom
                          ? item.model != 0

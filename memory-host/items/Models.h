@@ -1,5 +1,5 @@
 // Alternative models: which atoms of a residue belong to the active one. Atoms of model 0 belong to
-// all of them, and are never looked at here.
+// all models, and are skipped here.
 #pragma once
 
 #include "HostItem.h"
@@ -9,14 +9,14 @@ namespace memory_host {
 /// Which model of a residue is to be shown: the first one that it has, or the one after or before.
 enum class ModelStep { First, Next, Previous };
 void switchModel(Holder& residue, ModelStep step);
-/// Counts and marks the atoms at or in an item, which has just come into its place, for the models
-/// of the residue around it. The first model that comes to a residue without any is active.
+/// Counts and marks the atoms at or in a newly attached item for the models of its residue. The
+/// first model in a residue without any becomes active.
 void joinModels(Compound& item);
-/// Takes them out of the count before the item goes; returns the residue around it if that needs to
-/// settle its model when the item is gone, else null.
+/// Removes these atoms from the count before the item is destroyed. Returns the residue, on which
+/// to call settleModel() afterwards, or null.
 Holder* leaveModels(Compound& item);
-/// Makes the first model active that the residue has when there are no atoms of the active one any
-/// more. `residue` may be null.
+/// If the active model has no atoms any more, makes the first model of the residue active.
+/// `residue` may be null.
 void settleModel(Holder* residue);
 
 } // namespace memory_host

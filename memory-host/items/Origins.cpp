@@ -25,7 +25,7 @@ std::unordered_map<std::uint32_t, std::string>& origins() {
 void setOrigin(const Compound* item, const std::string& path) {
     std::error_code problem;
     const std::filesystem::path whole = std::filesystem::absolute(path, problem);
-    // Without a working directory the path is all that there is to say.
+    // If the working directory cannot be found, the path is kept as it is.
     origins()[item->GetId()] = problem ? path : whole.lexically_normal().string();
 }
 

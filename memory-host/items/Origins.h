@@ -1,4 +1,4 @@
-// The files that top-level items were read from, kept beside the items: few of them have one.
+// The files that top-level items were read from; in a map beside the items, as few have one.
 #pragma once
 
 #include "HostItem.h"
@@ -13,7 +13,7 @@ namespace memory_host {
 void setOrigin(const Compound* item, const std::string& path);
 /// Called before an item is freed. Only items at the top level, or outside of the space, are known.
 void forgetOrigin(const HostItem& item);
-/// Of how many items the file is kept.
+/// Number of items with a known origin.
 std::size_t originCount();
 
 } // namespace memory_host

@@ -14,26 +14,26 @@
 
 namespace {
 
-// The telling of one change. A subscriber may answer it with a change of its own, whose telling
-// comes in between.
+// The notifications of one change. A subscriber may answer with a change of its own, whose round is
+// nested in this one.
 struct Round {
     const Subscriber* originator;
     Publisher::ActionType kind;
-    std::size_t count; ///< those that come later have seen the data as they are now
+    std::size_t count; ///< subscribers that register later have seen the new data
     Round* outer;
     std::size_t next = 0;
 };
 
 struct Publishing {
-    std::vector<Subscriber*> subscribers; ///< null: left while others were being told
+    std::vector<Subscriber*> subscribers; ///< null: unregistered during a notification
     Round* innermost = nullptr;
     int locks = 0;
-    int tellings = 0; ///< notifications in progress, one inside the other
+    int tellings = 0; ///< nested notifications
     bool changing = false;
 };
 
-// Subscribers that answer each change with one of their own would never come to an end; two of them
-// double the work at each level.
+// Bounds the recursion: subscribers that answer each change with another would never end, and two
+// of them double the work at each level.
 constexpr int deepestTelling = 8;
 
 Publishing& publishing() {
@@ -43,7 +43,7 @@ Publishing& publishing() {
 }
 
 const std::string failed = "a subscriber failed to take in a change: ";
-const std::string failedWithoutMemory = failed + "not enough memory"; // to say more, either
+const std::string failedWithoutMemory = failed + "not enough memory"; // made before memory runs out
 
 void logFailure(const char* what) noexcept {
     try {
@@ -86,7 +86,8 @@ void tellAll(const Subscriber* originator, Publisher::ActionType kind) noexcept 
     Publishing& state = publishing();
     ++state.tellings;
     Round round{originator, kind, state.subscribers.size(), state.innermost};
-    // A change that answers a deletion must not reach anyone who still holds what is gone.
+    // A subscriber that may still hold pointers to destroyed items hears of the deletion before it
+    // hears of a change that answers the deletion.
     for (Round* outer = round.outer; outer; outer = outer->outer)
         if (outer->kind == Publisher::Delete)
             tellRest(*outer);

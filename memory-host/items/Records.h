@@ -10,7 +10,7 @@
 
 namespace memory_host {
 
-/// What an atom is made of.
+/// The values of an atom.
 struct AtomRecord {
     std::string_view name;    ///< as "CA"
     std::string_view type;    ///< element symbol as "C" or "Cu"; "X" where it is unknown

@@ -8,8 +8,8 @@ namespace memory_host {
 
 namespace {
 
-// Marks everything in a composite. The counters of the composites that are passed are set as a
-// whole: a change that reaches millions of leaves climbs to the top but once.
+// Marks everything in a composite. Each composite's counters are set once, and not for each of what
+// may be millions of leaves.
 void selectBelow(Holder& holder, bool on) {
     const std::int32_t wanted = on ? holder.sum.leaves : 0;
     if (holder.sum.selectedLeaves == wanted)
@@ -29,7 +29,7 @@ void selectBelow(Holder& holder, bool on) {
     });
 }
 
-// Carries a change of the selection to all composites around an item.
+// Adds a change of the selection to the counters of all composites above an item.
 void countSelected(const HostItem& item, std::int32_t leaves, std::int32_t atoms) {
     for (Holder* holder = item.parent; holder; holder = holder->parent)
         changeState(*holder, [&] {

@@ -7,8 +7,8 @@
 
 namespace memory_host {
 
-/// Counts the changes after which some item may answer IsSelected() or HasSelected() other than
-/// before: an item's own mark, and items that come or go.
+/// Counts the changes after which some item may answer IsSelected() or HasSelected() differently:
+/// changed marks, and items that are attached or detached.
 inline std::uint64_t selectionChanges = 0;
 
 /// Sets the mark of an item and of all that it holds.

@@ -15,7 +15,7 @@ struct Listing {
     std::uint32_t index; ///< in the set's vector of members
 };
 
-// Only items that some set lists stand here; they carry the flag InSets.
+// Has only members of sets; they carry the flag InSets.
 using Listings = std::unordered_map<const HostItem*, std::vector<Listing>>;
 
 Listings& listings() {
@@ -58,7 +58,7 @@ void listMembers(SetRecord& set, const std::vector<Compound*>& members) {
         HostItem& record = HostItem::of(member);
         std::vector<Listing>& sets = listings()[&record];
         const auto index = static_cast<std::uint32_t>(set.members.size());
-        // In this order the destructor of a set that ran out of memory here finds what to end.
+        // In this order the set's destructor can undo a part of the list if memory runs out.
         set.members.push_back(member);
         sets.push_back({&set, index});
         record.set(HostItem::InSets, true);
@@ -82,7 +82,7 @@ SetRecord::~SetRecord() {
 void leaveSets(HostItem& item) {
     if (!item.has(HostItem::InSets))
         return;
-    // From here on nothing is told of the item, whose state may change while it leaves.
+    // From here on the sets are not told of changes of the item, which may happen while it leaves.
     const auto left = listings().extract(&item);
     item.set(HostItem::InSets, false);
     const ItemState state = stateOf(item);

@@ -15,7 +15,7 @@ struct SetRecord : HostItem {
     using HostItem::HostItem;
     SetRecord(const SetRecord&) = delete;
     SetRecord& operator=(const SetRecord&) = delete;
-    /// Ends the listings of all members.
+    /// Removes the set from the listings of all members.
     ~SetRecord();
 
     std::uint32_t memberCount() const { return static_cast<std::uint32_t>(members.size()) - holes; }
@@ -32,8 +32,7 @@ struct SetRecord : HostItem {
 void listMembers(SetRecord& set, const std::vector<Compound*>& members);
 /// Takes an item out of every set that lists it.
 void leaveSets(HostItem& item);
-/// Whether the item is a set that stands for its members: what is done to all that a composite
-/// holds passes such a set by.
+/// Whether the item is a set with members. Changes of all that a composite holds skip such sets.
 inline bool listsMembers(const HostItem& item) {
     return item.kind == Kind::Set && static_cast<const SetRecord&>(item).memberCount() > 0;
 }

@@ -9,16 +9,16 @@ namespace memory_host {
 
 namespace {
 
-// What the address sanitizer watches must come from its own heap, a block each.
+// AddressSanitizer checks only blocks of its own heap, so that each block must come from there.
 #ifdef __SANITIZE_ADDRESS__
 constexpr bool isUsed = false;
 #else
 constexpr bool isUsed = true;
 #endif
 
-// A slab begins at a multiple of this, so that a block's address tells its slab.
+// A slab is aligned to this, so that masking a block's address gives its slab.
 constexpr std::size_t slabAlignment = 32768;
-// A little less, so that the heap can place slab beside slab.
+// A little less than the alignment: with the heap's header, slabs still fit side by side.
 constexpr std::size_t slabSize = slabAlignment - 64;
 constexpr std::size_t unit = 8;
 constexpr std::size_t largestBlock = 256;
@@ -28,11 +28,11 @@ struct FreeBlock {
 };
 
 struct Slab {
-    Slab* next = nullptr; ///< both in the list of slabs with room
+    Slab* next = nullptr; ///< next and previous in the list of slabs with room
     Slab* previous = nullptr;
-    FreeBlock* free = nullptr; ///< blocks that came back
-    std::uint32_t used = 0;    ///< blocks that are out
-    std::uint32_t cut = 0;     ///< bytes behind this record that have ever been a block
+    FreeBlock* free = nullptr; ///< freed blocks
+    std::uint32_t used = 0;    ///< blocks in use
+    std::uint32_t cut = 0;     ///< bytes after this record that have ever been part of a block
 
     char* memory() { return reinterpret_cast<char*>(this + 1); }
 };

@@ -1,5 +1,5 @@
-// Memory for items, which are many and of few sizes: blocks are cut from slabs, without the bytes
-// that the heap keeps beside each of its own. For the GUI thread only.
+// A slab allocator for items, which are many and of few sizes: it saves the heap's header for each
+// block. For the GUI thread only.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@ namespace memory_host {
 
 /// A block of `size` bytes for an object of ordinary alignment. Throws std::bad_alloc.
 void* takeBlock(std::size_t size);
-/// Gives a block of that size back. A slab whose blocks have all come back goes back to the heap.
+/// Frees a block of that size. A slab without blocks in use goes back to the heap.
 void giveBlock(void* block, std::size_t size) noexcept;
 
 } // namespace memory_host

@@ -5,7 +5,7 @@
 
 namespace memory_host {
 
-/// While one lives, the space is locked: every change guard is refused.
+/// RAII: while one exists, the space is locked: every change guard is refused.
 class HOST_EXPORT SpaceLock {
 public:
     SpaceLock();

@@ -1,4 +1,4 @@
-// Who is listening to the data space, and what becomes of an exception that one lets out.
+// The subscribers and observers of the data space, and what is done with their exceptions.
 #pragma once
 
 #include "HostExport.h"
@@ -10,14 +10,13 @@ namespace memory_host {
 
 /// How many subscribers there are now, and observers of destructions.
 HOST_EXPORT std::size_t subscriberCount();
-/// Each of them, by the address of its interface: there the table of its virtual functions is
-/// found.
+/// The address of each subscriber's or observer's base class part, where its vtable pointer is.
 std::vector<const void*> listeners();
 
 /// Logs the exception in flight, out of a handler.
 void logHandlerFailure() noexcept;
 
-/// Calls a handler of others: an exception out of it goes no further than to the log.
+/// Calls a handler of a subscriber or observer; an exception out of it is only logged.
 template <class Handler> void callHandler(Handler handler) noexcept {
     try {
         handler();

@@ -13,8 +13,8 @@ using namespace memory_host;
 
 namespace {
 
-// Appends what `wanted` says of each item, depth first; `enter` says which composites are looked
-// into.
+// Appends the items for which `wanted` is true, depth first, and does not look inside them; `enter`
+// says which other composites to enter.
 template <class Wanted, class Enter>
 void collect(Compound* item, const Wanted& wanted, const Enter& enter,
              std::vector<Compound*>& out) {
@@ -31,7 +31,7 @@ void collect(Compound* item, const Wanted& wanted, const Enter& enter,
         collect(*child, wanted, enter, out);
 }
 
-// The same for a kind of composites: what holds leaves alone is not entered.
+// The same for a kind of composites; composites that hold only leaves are not entered.
 template <Kind kind> void collectHolders(Compound* root, std::vector<Compound*>& out, bool all) {
     if (!root)
         return;
@@ -46,8 +46,8 @@ template <Kind kind> void collectHolders(Compound* root, std::vector<Compound*>&
         out);
 }
 
-// The counters say where there are atoms, and composites that hold atoms alone are taken over as
-// they are: most atoms are not looked at.
+// Most atoms are not visited: the counters tell which composites hold atoms, and the children of a
+// composite that holds only atoms are appended as a whole.
 void collectAtoms(Holder& holder, std::vector<Compound*>& out, bool all) {
     const Contribution& sum = holder.sum;
     if ((all ? sum.atoms : sum.selectedAtoms) == 0)
@@ -78,7 +78,7 @@ void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all) {
         const Contribution& sum = record.asHolder().sum;
         const std::size_t needed =
             out.size() + static_cast<std::size_t>(all ? sum.atoms : sum.selectedAtoms);
-        // Callers gather from many composites in turn: room is never made for one of them alone.
+        // At least doubles the capacity, because callers collect from many composites in turn.
         if (needed > out.capacity())
             out.reserve(std::max(needed, 2 * out.capacity()));
         collectAtoms(record.asHolder(), out, all);
@@ -126,7 +126,7 @@ void GetSelected(Compound* root, std::vector<Compound*>& out) {
     collect(
         root,
         [rootRecord](const HostItem& item) {
-            // A set lists what stands elsewhere: there it is found.
+            // Members of a set are found where they stand.
             return &item != rootRecord && item.kind != Kind::Set && isSelected(item);
         },
         [](const Holder& holder) { return hasSelected(holder); }, out);

@@ -14,8 +14,8 @@ void countShown(const HostItem& item, std::int32_t change) {
 
 namespace {
 
-// Marks everything in an item and counts it there; returns by how much the number of shown leaves
-// changes for what holds the item. Bonds that follow their atoms count themselves.
+// Marks everything in an item and updates the counters in it; returns the change in shown leaves
+// for the counters above the item. Bonds that follow their atoms update the counters themselves.
 std::int32_t showWithin(Compound& item, HostItem& record, bool on) {
     if (record.isHolder() && record.asHolder().sum.leaves > 0) {
         Holder& holder = record.asHolder();

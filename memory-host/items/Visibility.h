@@ -11,10 +11,10 @@ namespace memory_host {
 /// Sets the mark of an item and of all that it holds.
 void setVisible(HostItem& item, Compound* self, bool on);
 
-/// Carries a change of the number of shown leaves from an item to all levels above it.
+/// Adds a change in the number of shown leaves to the counters of all composites above an item.
 void countShown(const HostItem& item, std::int32_t change);
 
-/// Marks a leaf as shown or not; returns by how much that changes the number of shown leaves.
+/// Marks a leaf as shown or not; returns the change in the number of shown leaves.
 inline std::int32_t markShown(HostItem& leaf, bool shown) {
     if (leaf.has(HostItem::Shown) == shown)
         return 0;
