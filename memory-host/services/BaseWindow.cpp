@@ -41,7 +41,7 @@ void BaseWindow::closeEvent(QCloseEvent* event) {
     // The plug-in owns the window and will use its pointer again, whatever attribute was set.
     setAttribute(Qt::WA_DeleteOnClose, false);
     hide();
-    // A window that was closed while minimised is hidden, no longer minimised: nothing is shown.
+    // A window that was closed while minimised is hidden, and must not report that it is minimised.
     setWindowState(windowState() & ~Qt::WindowMinimized);
     event->accept();
 }

@@ -22,7 +22,7 @@ struct Stop {
     std::array<int, 4> rgba{0, 0, 0, 255};
 };
 
-/// The next word of `line`, which it is taken off; empty at the end.
+/// Removes the next word from `line` and returns it; empty at the end.
 std::string_view takeWord(std::string_view& line) {
     line = trimmed(line);
     const std::string_view word = line.substr(0, line.find_first_of(" \t"));
@@ -54,7 +54,7 @@ std::string parseStop(std::string_view line, Stop& stop) {
     return rest.empty() ? std::string() : quoted(rest) + " stands behind the alpha";
 }
 
-/// Reads the stops of a file; returns what is wrong with it, the line first.
+/// Reads the stops of a file; returns what is wrong with it, beginning with the line.
 std::string readStops(const QString& path, std::vector<Stop>& stops) {
     const TextFile file = readTextFile(path);
     if (!file.problem.empty())
@@ -82,7 +82,7 @@ std::string readStops(const QString& path, std::vector<Stop>& stops) {
     return problem.empty() ? std::string() : ", line " + std::to_string(last) + ": " + problem;
 }
 
-/// The colour at `position`, from 0 to 1. At a sharp edge it is the upper one.
+/// The colour at `position`, from 0 to 1. Where two stops share a position it is the upper one's.
 Color colorAt(const std::vector<Stop>& stops, double position) {
     const auto above =
         std::upper_bound(stops.begin(), stops.end(), position,
@@ -140,7 +140,7 @@ Color Colormap::lookupValue(float value) const {
     const auto& [entries, min, max] = *m_table;
     if (entries.empty())
         return {};
-    // In double, so that no range of floats overflows.
+    // In double, because the range of two floats may overflow a float.
     const double low = min;
     const double span = static_cast<double>(max) - low;
     const double part = span == 0.0 ? (value > min ? 1.0 : 0.0) : (value - low) / span;

@@ -36,8 +36,8 @@ QDir helpFolder() {
     return QDir(QDir::cleanPath(QDir(dataFolder()).absoluteFilePath(QStringLiteral("help"))));
 }
 
-/// Reads a page or an image. The help folder is all that the viewer shows: neither a path nor a
-/// link in the file system leads out of it.
+/// Reads a page or an image. Only files in the help folder are shown: neither a path nor a symbolic
+/// link leads out of it.
 TextFile readHelpFile(const QString& path) {
     const QString canonical = QFileInfo(path).canonicalFilePath();
     const QString folder = QFileInfo(helpFolder().path()).canonicalFilePath();
@@ -46,8 +46,8 @@ TextFile readHelpFile(const QString& path) {
     return isWithin ? readTextFile(path) : TextFile{{}, "it is outside of the help folder"};
 }
 
-/// Stands for an image that cannot be shown. It is never null: what has no image is looked for once
-/// more by the text document itself, as a file.
+/// A placeholder for an image that cannot be shown. Never null: for a null image the text document
+/// itself would look for the file.
 QImage missingImage() {
     QImage image(16, 16, QImage::Format_RGB32);
     image.fill(Qt::lightGray);
@@ -59,7 +59,7 @@ QString pageFile(const QString& page) {
     return page.endsWith(u".md") ? page : page + QStringLiteral(".md");
 }
 
-/// What a link to a heading calls it: its words in lower case, joined with hyphens.
+/// The anchor of a heading in links: its words in lower case, joined with hyphens.
 QString anchorOf(const QString& heading) {
     QString anchor;
     for (const QChar c : heading.toLower()) {
@@ -71,7 +71,7 @@ QString anchorOf(const QString& heading) {
     return anchor;
 }
 
-/// Text as Markdown that shows it letter by letter.
+/// Escapes text, so that Markdown shows it as it is.
 QString plain(const QString& text) {
     QString escaped;
     for (const QChar c : text.simplified()) {
@@ -82,7 +82,7 @@ QString plain(const QString& text) {
     return escaped;
 }
 
-/// The page that stands for one that cannot be shown: why, and which pages there are.
+/// A placeholder for a page that cannot be shown: the reason, and which pages there are.
 QString missingPage(const QString& name, const std::string& problem) {
     QString text =
         QStringLiteral("# Help page not found\n\nThe help page \"%1\" cannot be shown: %2.\n\n")
@@ -97,8 +97,8 @@ QString missingPage(const QString& name, const std::string& problem) {
     return text;
 }
 
-/// A page of the help folder. Links may name another page, a heading ("#mouse"), or both; what
-/// stands outside of the folder is not shown, be it a page or an image.
+/// A page of the help folder. Links may name another page, a heading ("#mouse"), or both. Pages and
+/// images outside of the folder are not shown.
 class HelpBrowser : public QTextBrowser {
 public:
     explicit HelpBrowser(QWidget* parent) : QTextBrowser(parent) {
@@ -106,7 +106,7 @@ public:
         makeLegible();
     }
 
-    /// Shows `page`, read anew.
+    /// Reads `page` anew and shows it.
     void showPage(const QString& page) {
         const qsizetype hash = page.indexOf(u'#');
         QUrl url = QUrl::fromLocalFile(
@@ -146,7 +146,7 @@ protected:
     QVariant loadResource(int type, const QUrl& name) override {
         if (type == QTextDocument::ImageResource)
             return loadImage(source().resolved(name));
-        // What is null would be looked for once more, as a file.
+        // For a null result the browser itself would look for the file.
         if (type != QTextDocument::MarkdownResource)
             return QByteArray("");
         m_isNew = true;
@@ -161,7 +161,7 @@ protected:
     }
 
 private:
-    /// Text, links and what is marked in them can be read, whatever the palette.
+    /// Makes text, links and selected text legible with any palette.
     void makeLegible() {
         if (m_isAdapting)
             return;
@@ -182,10 +182,10 @@ private:
         colourLinks();
     }
 
-    /// Markdown is given the link colour of the program's palette, and keeps it. Links are
-    /// underlined, too: not everybody sees their colour.
+    /// Qt stores the link colour of the program's palette when it reads Markdown, and keeps it.
+    /// Links are also underlined, because not everybody sees their colour.
     void colourLinks() {
-        // For the browser, a document that has changed is one to be loaded again.
+        // Without this the browser would reload the changed document.
         const QSignalBlocker unchanged(document());
         std::vector<std::pair<int, int>> links;
         for (QTextBlock block = document()->begin(); block.isValid(); block = block.next())
@@ -216,8 +216,8 @@ private:
         return missingImage();
     }
 
-    /// A bar within a cell of a table has a backslash before it. Qt takes that away in text, but
-    /// leaves it in code, where a reader would take it for a part of what to type.
+    /// In a cell of a table a bar is escaped with a backslash. Qt removes the backslash in text but
+    /// not in code, where a reader would take it for a part of what to type.
     void freeBars() {
         const QString escaped = QStringLiteral("\\|");
         QTextCursor found = document()->find(escaped);
@@ -229,8 +229,8 @@ private:
         }
     }
 
-    /// Markdown names no places, so that the headings are looked through. The second heading of the
-    /// same words is "words-1", the third "words-2".
+    /// Qt makes no anchors from Markdown, so that the headings are searched. The second heading of
+    /// the same words is "words-1", the third "words-2".
     void scrollToHeading(const QString& anchor) {
         std::unordered_map<QString, int> used;
         for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
@@ -246,7 +246,7 @@ private:
         }
     }
 
-    bool m_isNew = false; ///< a page was read whose bars are not free yet
+    bool m_isNew = false; ///< a page was read whose bars are still escaped
     bool m_isAdapting = false;
 };
 
@@ -282,7 +282,7 @@ public:
 
     void showPage(const QString& page) {
         fitIntoScreen();
-        // First the window, so that the page is laid out for its width when it scrolls to a place.
+        // Shown first, so that the page is laid out for its width when it scrolls to a heading.
         show();
         if (isMinimized())
             showNormal();
@@ -296,7 +296,7 @@ private:
     void fitIntoScreen() {
         const QRect room = screen()->availableGeometry();
         const bool isPlaced = isVisible() && !isMinimized();
-        // What stands around a window is not known before it is shown.
+        // The window's frame has no known size before it is shown; the style's values stand in.
         const int border = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
         const int title = style()->pixelMetric(QStyle::PM_TitleBarHeight);
         const QSize around =

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Closes the menu when anything is destroyed: it may have been the item.
+// Closes the menu when anything is destroyed, because that may have been the item.
 class OpenMenu : public QMenu, public Subscriber {
 public:
     bool m_itemIsSafe = true;
@@ -35,8 +35,8 @@ QString menuTitle(const TAVIK::Compound& item) {
     return title.replace(u'&', QStringLiteral("&&"));
 }
 
-// At the mouse while a button is down; else a key opened the menu, and it belongs to what has the
-// focus: with a tree, its current row.
+// At the mouse while a button is down. Otherwise a key opened the menu, whose place is then the
+// widget with the focus; in a tree, its current row.
 QPoint menuPlace() {
     const QWidget* focused = QApplication::focusWidget();
     if (!focused || QGuiApplication::mouseButtons() != Qt::NoButton)
@@ -56,7 +56,7 @@ void TAVIK::Compound::ShowMenu() {
     menu.setObjectName(QStringLiteral("ItemMenu"));
     menu.addAction(menuTitle(*this))->setEnabled(false);
     menu.addSeparator();
-    // What the texts say is done, also when others change the item while the menu is open.
+    // Read once: the actions do what their texts say, even if others change the item meanwhile.
     const bool visible = IsVisible();
     const bool selected = IsSelected();
     const QAction* show = menu.addAction(visible ? QStringLiteral("Hide") : QStringLiteral("Show"));

@@ -44,7 +44,7 @@ QColor text(const QColor& wanted, const QColor& background) {
         const float part = static_cast<float>(step) / 255.0F;
         return QColor(QColor::fromHslF(hue, saturation, lightness + part * (to - lightness)).rgb());
     };
-    // Luminance rises with lightness.
+    // Binary search, because luminance rises with lightness.
     int tooClose = 0;
     int enough = 255;
     while (enough - tooClose > 1) {

@@ -14,14 +14,13 @@ namespace memory_host {
 
 namespace {
 
-/// Where the loaded library that holds `address` begins; null for none.
+/// The base address of the loaded library that contains `address`; null if there is none.
 const void* libraryOf(const void* address) {
     Dl_info info{};
     return dladdr(address, &info) ? info.dli_fbase : nullptr;
 }
 
-/// Where the library begins that holds the code of an object's class: there stands the table of its
-/// virtual functions.
+/// The base address of the library that contains the vtable of an object's class.
 const void* libraryOfClass(const void* object) {
     return libraryOf(*static_cast<const void* const*>(object));
 }
@@ -39,7 +38,7 @@ std::string libraryProblem(const QString& path) {
     if (start.size() < static_cast<qsizetype>(sizeof header))
         return "it is cut off";
     std::memcpy(&header, start.constData(), sizeof header);
-    // Another machine's library has another header; the loader refuses it with a clear word.
+    // A library for another architecture has another header; the loader's message is clear.
     if (header.e_ident[EI_CLASS] != (sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32) ||
         header.e_phentsize != sizeof(ElfW(Phdr)))
         return {};

@@ -1,4 +1,4 @@
-// The file of a plug-in: whether it can be loaded at all, and what in the process comes out of it.
+// The file of a plug-in: whether it can be loaded at all, and which objects belong to its code.
 #pragma once
 
 #include <QList>
@@ -11,14 +11,14 @@
 
 namespace memory_host {
 
-/// What keeps `path` from being a complete shared library; empty when it is one. The system's
-/// loader ends the process on a library whose end is missing, so this is asked first.
+/// Why `path` is no complete shared library; empty when it is one. To be called before loading: the
+/// system's loader ends the process on a truncated library.
 std::string libraryProblem(const QString& path);
 
-/// The windows and other widgets whose class stands in the library that holds `address`.
+/// The windows and other widgets whose class is defined in the library that contains `address`.
 QList<QPointer<QWidget>> widgetsOfLibrary(const void* address);
-/// How many subscribers and observers there are whose class stands in the library that holds
-/// `address`, beside those among its static objects, which go with it.
+/// The number of subscribers and observers whose class is defined in the library that contains
+/// `address`. Its static objects are not counted: unloading destroys them.
 std::size_t subscribersOfLibrary(const void* address);
 
 } // namespace memory_host

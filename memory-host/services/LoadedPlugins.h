@@ -14,7 +14,7 @@ namespace memory_host {
 
 struct LoadedPlugins {
     std::map<std::pair<QString, QString>, std::unique_ptr<Plugin>> byName; ///< by type and name
-    const PluginCall* call = nullptr;                                      ///< the innermost
+    const PluginCall* call = nullptr; ///< the innermost call in progress
     bool unloading = false;
 };
 

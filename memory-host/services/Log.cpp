@@ -46,7 +46,7 @@ std::string onOneLine(const std::string& line) {
     return text;
 }
 
-/// What a terminal or an editor can show: a name out of a file must not drive a terminal.
+/// Replaces line separators and control characters: a name out of a file must not drive a terminal.
 std::string shown(const std::string& line) {
     QString text = decodeText(line);
     for (QChar& c : text) {
@@ -68,7 +68,7 @@ std::array<char, 32> timeNow() {
     return text;
 }
 
-/// Writes a line. Without memory for more, '?' stands for what is no plain text.
+/// Writes a line. If memory runs out, '?' stands for each character that is not plain ASCII.
 bool put(std::FILE* file, const std::string& line) {
     bool good = true;
     try {
@@ -82,7 +82,7 @@ bool put(std::FILE* file, const std::string& line) {
     return std::fflush(file) == 0 && good;
 }
 
-/// Gives the file up, so that the line about it does not go there.
+/// Closes the file, so that the line about its failure is not written to it.
 void closeFile(Log& log) {
     if (log.file)
         std::fclose(log.file);
@@ -94,7 +94,7 @@ std::string cannotWrite(const QString& fileName, const std::string& reason) {
            "; the log goes on without it";
 }
 
-/// Opens a file at its end, and makes its folder; null and a reason when that cannot be.
+/// Opens a file for appending, and makes its folder; null and a reason if that fails.
 std::FILE* openAtEnd(const QString& fileName, std::string& reason) {
     const std::filesystem::path path(QFile::encodeName(fileName).toStdString());
     std::error_code error;
@@ -103,7 +103,7 @@ std::FILE* openAtEnd(const QString& fileName, std::string& reason) {
         reason = error.message();
         return nullptr;
     }
-    // Without waiting: a pipe that nobody reads would hold the program up for ever.
+    // Without O_NONBLOCK, opening a pipe without a reader would block for ever.
     const int descriptor =
         open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666);
     reason = std::strerror(errno);
@@ -162,7 +162,7 @@ void Logger::Write(const std::string& line) {
     try {
         oneLine = onOneLine(line);
     } catch (const std::bad_alloc&) {
-        text = &line; // That memory has run out is the last thing to be kept silent about.
+        text = &line; // An unedited line is better than none.
     }
     {
         const std::lock_guard lock(log.mutex);
@@ -172,11 +172,11 @@ void Logger::Write(const std::string& line) {
             closeFile(log);
         }
         sink = log.sink;
-        // Who would read it there does not; in the file it is told once.
+        // Standard error cannot report its own failure, so that the file does, once.
         if (!sink && !put(stderr, *text) && !std::exchange(log.isErrorLost, true))
             errorProblem = std::string("Standard error cannot be written: ") + std::strerror(errno);
     }
-    // Outside of the lock: a sink may write lines of its own.
+    // Called without the lock, because a sink may write lines of its own.
     if (sink)
         sink(*text);
     for (const std::string& later : {problem, errorProblem})

@@ -13,8 +13,8 @@ namespace memory_host {
 /// The file that the log is appended to, beside standard error; empty for none.
 HOST_EXPORT void setLogFile(const QString& file);
 
-/// Hears each line of the log instead of standard error; an empty one gives it back. Returns the
-/// one before.
+/// Receives each line of the log instead of standard error; an empty sink restores standard error.
+/// Returns the previous sink.
 using LogSink = std::function<void(const std::string& line)>;
 HOST_EXPORT LogSink setLogSink(LogSink sink);
 

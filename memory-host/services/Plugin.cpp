@@ -29,7 +29,7 @@ std::string exceptionClass() {
     return name ? name.get() : type->name();
 }
 
-/// Runs an entry point; returns what came out of it when it did not return, else nothing.
+/// Runs an entry point; returns a description of the exception that it threw, or an empty string.
 template <class Call> std::string attempt(Call call) {
     const QScopedValueRollback inside(running, running + 1);
     try {
@@ -42,8 +42,8 @@ template <class Call> std::string attempt(Call call) {
     }
 }
 
-/// Says, while it lives, whose fault it is when the process ends: the system's loader lets no
-/// exception out of a library's static objects pass.
+/// RAII: if the process ends while a plug-in is loaded, the log names the plug-in. The system's
+/// loader ends the process on an exception from a library's static objects.
 class WhileLoading {
 public:
     explicit WhileLoading(const std::string& plugin)
@@ -74,7 +74,7 @@ int memory_host::runningEntryPoints() {
 
 Plugin::Plugin(const QString& type, const QString& name, const QString& file)
     : m_label("Plug-in " + type.toStdString() + "/" + name.toStdString()), m_library(file) {
-    // All symbols at once: one that is missing is an error here, not the end of the process in
+    // Resolves all symbols at once: a missing one is an error here, and does not end the process in
     // the middle of a command.
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
 }
@@ -130,10 +130,10 @@ bool Plugin::run(const std::string& what, const std::function<void(PluginResult*
 }
 
 bool Plugin::isDone() {
-    // One that cannot say is taken as done, or the program would never end.
+    // A plug-in that throws here counts as done, or the program would never end.
     bool done = true;
     const std::string failure = attempt([&] { done = m_entryPoints.isDone(); });
-    // It is asked again and again: the same failure is told once.
+    // The question comes again and again, but the same failure is logged once.
     if (!failure.empty() && failure != m_isDoneFailure)
         report(failure + " (IsDone)");
     m_isDoneFailure = failure;
@@ -145,7 +145,7 @@ void Plugin::cleanUp() {
     if (!failure.empty())
         report(failure + " (Cleanup)");
     for (const QPointer<QWidget>& widget : memory_host::widgetsOfLibrary(code())) {
-        // deleteLater() is as good as delete, but later is too late.
+        // Widgets given to deleteLater() are deleted now, before the plug-in's code is unloaded.
         if (widget)
             QCoreApplication::sendPostedEvents(widget, QEvent::DeferredDelete);
     }
@@ -164,7 +164,7 @@ const void* Plugin::code() const {
 }
 
 std::string Plugin::leftBehind() const {
-    // One that lacks an entry point was never used, but its static objects may have been busy.
+    // Without any entry point there is no address in the library to search by.
     if (!code())
         return {};
     const auto widgets = memory_host::widgetsOfLibrary(code()).size();

@@ -41,7 +41,7 @@ public:
     /// went wrong is in the log, as a failure of `what`.
     bool run(const std::string& what, const std::function<void(PluginResult*)>& call) const;
 
-    /// What the plug-in answers; one that cannot say is taken as done.
+    /// The plug-in's answer; true when it throws.
     bool isDone();
 
     /// Calls Cleanup.
@@ -56,7 +56,7 @@ public:
 private:
     template <class Function>
     void resolve(Function& function, const char* symbol, std::string& missing);
-    /// A place in the library; null when it has no entry point at all.
+    /// An address in the library; null when it has no entry point at all.
     const void* code() const;
     /// What of the library is still in use, in words; empty when nothing is.
     std::string leftBehind() const;

@@ -22,8 +22,8 @@ struct PluginFile {
     QVersionNumber version; ///< null for a name without one
 };
 
-/// The plug-in files of a folder by the plug-ins' names. Of the versions of one plug-in, the file
-/// without a version stands for all, else the newest; most often they are links to one file.
+/// The plug-in files of a folder by the plug-ins' names. Of several versions the file without a
+/// version is taken, else the newest; most often they are links to one file.
 std::map<QString, PluginFile> pluginFiles(const QDir& folder) {
     static const QRegularExpression pattern(
         QRegularExpression::anchoredPattern(QStringLiteral("lib(.+?)\\.so((?:\\.\\d+)*)")));
@@ -110,7 +110,7 @@ void unloadPlugins() {
         return;
     }
     const QScopedValueRollback unloading(all.unloading, true);
-    // From here on none is found: a command to one that has cleaned up would set it going again.
+    // From here on no plug-in is found: a command to one that has cleaned up would start it again.
     const auto leaving = std::exchange(all.byName, {});
     for (const auto& [name, plugin] : leaving)
         plugin->cleanUp();

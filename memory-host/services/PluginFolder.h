@@ -17,7 +17,7 @@ HOST_EXPORT QStringList loadPlugins(const QString& folder);
 /// Sends a loaded plug-in its default action. Returns whether it answered without an error; what
 /// went wrong is in the log.
 HOST_EXPORT bool startPlugin(const QString& typeAndName);
-/// Whether every loaded plug-in reports that it is done; one that cannot say counts as done.
+/// Whether every loaded plug-in reports that it is done; one that throws counts as done.
 HOST_EXPORT bool allPluginsDone();
 /// Tells every plug-in to clean up, and unloads them; meanwhile none can be called. One that leaves
 /// a widget or a subscriber behind or throws is forgotten, but its code stays in memory. While an

@@ -21,12 +21,12 @@ namespace memory_host {
 
 namespace {
 
-/// A file that is no settings file at all is not told line by line.
+/// Bounds the log for a file that is no settings file at all.
 constexpr int mostReports = 10;
 
 class SettingsFile {
 public:
-    /// Takes another file, which is read when a setting is asked for.
+    /// Changes to another file, which is read when a setting is asked for.
     void setPath(const QString& path) { *this = SettingsFile(path); }
     Setting find(const std::string& section, const std::string& key) {
         refresh();
@@ -39,7 +39,7 @@ public:
 private:
     explicit SettingsFile(const QString& path) : m_path(path) {}
 
-    /// Reads the file when it has changed, so that a wrong line in it is told once a change.
+    /// Reads the file when it has changed, so that wrong lines are reported once for each change.
     void refresh() {
         TextFile file;
         if (!m_path.isEmpty() && QFileInfo::exists(m_path))
@@ -68,7 +68,7 @@ private:
         Logger::Write("Settings file " + m_path.toStdString() + problem);
     }
 
-    /// Takes one line; returns what is wrong with it.
+    /// Reads one line; returns what is wrong with it.
     std::string readLine(std::string_view line, std::string& section) {
         if (line.empty() || line.front() == '#' || line.front() == ';')
             return {};

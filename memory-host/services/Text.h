@@ -19,11 +19,11 @@ QString decodeText(std::string_view bytes);
 /// A piece of a file as a message quotes it: in single quotes, and cut when it is long.
 std::string quoted(std::string_view bytes);
 
-/// A number written with a point, whatever the locale; false when `text` is anything else.
+/// Parses a number with a decimal point, whatever the locale; false when `text` is anything else.
 bool parseNumber(std::string_view text, double& value);
 
 struct TextFile {
-    QByteArray bytes;    ///< without the mark that some editors put in front of UTF-8
+    QByteArray bytes;    ///< without a UTF-8 byte order mark
     std::string problem; ///< why the file could not be read; empty when it was
 
     std::string_view text() const {

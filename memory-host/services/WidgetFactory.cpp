@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Shows the ampersand in "A & B", which Qt would take for the announcement of the blank as a key.
+/// Shows the ampersand in "A & B", where Qt would make a mnemonic of the blank.
 class Button : public QPushButton {
 public:
     Button(const QString& text, QWidget* parent) : QPushButton(text, parent) {
@@ -27,7 +27,7 @@ protected:
 
 QLabel* WidgetFactory::CreateQLabel(QWidget* parent, const QString& text) {
     auto* const label = new QLabel(text, parent);
-    // A name with < in it is a name, not mark-up.
+    // Plain text, because names may contain "<".
     label->setTextFormat(Qt::PlainText);
     return label;
 }
