@@ -33,8 +33,7 @@ folder(tests/host-contract ${contract} tests/support)
 # The plain model knows nothing of what it is compared with.
 folder(tests/support/plain)
 
-# Include directories, as the compiler gets them, for headers that are not beside the including
-# file.
+# Include directories as the compiler gets them, for headers not beside the including file.
 set(roots host include structure-editor memory-host workbench tests/support tests/host-contract
   tests/memory-host tests/structure-editor tests/random-use)
 

@@ -183,8 +183,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::optional<QRegExp> plain = plainPattern(input.expression);
     NamePattern pattern(input.expression, smallLimits());
     compareOnNames(input, pattern, plain);
-    // Only some of the inputs that exceed the low bounds are run with the default ones: they take
-    // long.
+    // Few of the inputs that exceed the low bounds are run with the default ones: they take long.
     if (pattern.cutOff().isEmpty() || size % 32 == 0)
         for (const SetOperation operation :
              {SetOperation::Union, SetOperation::Difference, SetOperation::Intersection})

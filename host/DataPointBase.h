@@ -14,8 +14,7 @@ class Subscriber;
 /// of a deletion yet are told of it before they are told of such an answer.
 class HOST_EXPORT DataPointBase {
 public:
-    /// Asks the host for the change. `originator` is the subscriber that is not told; it may be
-    /// null.
+    /// Asks the host for the change. `originator`, which may be null, is not told.
     DataPointBase(Subscriber* originator, Publisher::ActionType kind);
     DataPointBase(const DataPointBase&) = delete;
     DataPointBase& operator=(const DataPointBase&) = delete;

@@ -17,8 +17,7 @@ private:
 /// Gives all atoms of a residue, selected or not, the residue's own colour.
 void ColorGrp2Atom(TAVIK::Compound* residue);
 
-/// RAII: while one exists the host draws selected items without a highlight, so that colours are
-/// seen.
+/// RAII: while one exists the host does not highlight selected items, so that colours are seen.
 class ShowSelectionOff {
 public:
     ShowSelectionOff() { TAVIK::Space::SetShowSelection(false); }

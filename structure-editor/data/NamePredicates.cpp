@@ -68,8 +68,7 @@ QString applySetOperation(TAVIK::Compound* root, SetOperation operation,
     NamePattern pattern(expression);
     MatchingAtoms atoms(pattern, rule.actsOn, rule.allAtoms);
     const std::vector<TAVIK::Compound*>& found = atoms.below(root);
-    // All answers are known before the first change: a pattern that is cut off leaves nothing half
-    // done.
+    // All answers come before the first change: a pattern that is cut off changes nothing.
     if (!pattern.cutOff().isEmpty())
         return pattern.cutOff();
     for (TAVIK::Compound* atom : found)

@@ -80,8 +80,7 @@ Compound* SelectedResidues::find(Place& place) {
     Compound** const end = parent->ChildEnd();
     if (place.at < static_cast<std::size_t>(end - begin) && place.holds(begin[place.at]))
         return place.item;
-    // Top-level items are not ordered by identifier: a file's items are made before they are
-    // attached.
+    // Top-level items are not ordered by identifier: files attach items that they made earlier.
     Compound** const found =
         isRoot ? std::find_if(begin, end, [&](Compound* each) { return place.holds(each); })
                : childOfId(begin, end, place.id);

@@ -82,8 +82,7 @@ bool CentreGrid::fill(const std::vector<Point>& centres) {
         if (++m_first[cells.back()] > mostInCell)
             return false;
     }
-    // Counting sort: a prefix sum turns the counts into the ends of the cells, which are filled
-    // backwards.
+    // Counting sort: prefix sums turn the counts into ends of cells, which are filled backwards.
     std::uint32_t sum = 0;
     for (std::uint32_t& first : m_first)
         first = sum += first;
