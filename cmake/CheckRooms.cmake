@@ -11,8 +11,9 @@ macro(folder name)
 endmacro()
 
 # What a host promises, and what plug-ins share.
-folder(host)
-folder(include host)
+folder(host/detail host)
+folder(host host/detail)
+folder(include host host/detail)
 
 set(contract host include)
 folder(structure-editor/names)

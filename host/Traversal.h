@@ -5,6 +5,7 @@
 #include "Compound.h"
 #include "HostExport.h"
 #include "Kinds.h"
+#include "detail/ByClass.h"
 
 #include <algorithm>
 #include <vector>
@@ -25,32 +26,49 @@ namespace detail {
 /// What a walk that collects items of one kind does with an item.
 enum class WalkStep { Take, Enter, Skip };
 
-template <class T> WalkStep stepFor(const Compound* item) {
-    return dynamic_cast<const T*>(item)           ? WalkStep::Take
-           : dynamic_cast<const Composite*>(item) ? WalkStep::Enter
-                                                  : WalkStep::Skip;
+/// GetItems() for a range of children or parts; `steps` caches the step for each class.
+template <class T>
+void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out, bool all,
+                  ByClass<WalkStep>& steps) {
+    for (Compound** it = begin; it != end; ++it) {
+        Compound* child = *it;
+        if (!child)
+            continue;
+        switch (steps.of(child, [](const Compound* item) {
+            return dynamic_cast<const T*>(item)           ? WalkStep::Take
+                   : dynamic_cast<const Composite*>(item) ? WalkStep::Enter
+                                                          : WalkStep::Skip;
+        })) {
+        case WalkStep::Take:
+            if (all || child->IsSelected())
+                out.push_back(child);
+            break;
+        case WalkStep::Enter:
+            if (all || child->HasSelected())
+                CollectItems<T>(child->ChildBegin(), child->ChildEnd(), out, all, steps);
+            break;
+        case WalkStep::Skip:
+            break;
+        }
+    }
 }
-
-/// GetItems() for a range of children or parts. `step` must give the same answer for all items of
-/// one class; it may be asked only once a class.
-HOST_EXPORT void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out,
-                              bool all, WalkStep (*step)(const Compound* item));
 
 } // namespace detail
 
 /// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
-/// `root` itself. Items inside a `T` are skipped. With `all` false only selected items are taken,
-/// and items with nothing selected inside are not entered. `tag` is not read: it selects `T`.
-/// `parts` says whether to search the parts of a root that is no composite; parts further down are
-/// never searched.
+/// `root` itself. What lies inside a `T` is not looked at. With `all` false only selected items
+/// are taken, and an item without any selection in it is not entered. `tag` is not read: it selects
+/// `T`. `parts` says whether the parts of a root that is no composite are looked through; they
+/// never are further down.
 template <class T>
 void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* /*tag*/, bool parts) {
     if (!root || (!all && !root->HasSelected()))
         return;
+    detail::ByClass<detail::WalkStep> steps;
     if (dynamic_cast<Composite*>(root))
-        detail::CollectItems(root->ChildBegin(), root->ChildEnd(), out, all, detail::stepFor<T>);
+        detail::CollectItems<T>(root->ChildBegin(), root->ChildEnd(), out, all, steps);
     else if (parts)
-        detail::CollectItems(root->PartBegin(), root->PartEnd(), out, all, detail::stepFor<T>);
+        detail::CollectItems<T>(root->PartBegin(), root->PartEnd(), out, all, steps);
 }
 
 /// Gather everything first, then apply `f` to each item in order, so that `f` may change selection

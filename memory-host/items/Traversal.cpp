@@ -4,8 +4,6 @@
 #include "Holder.h"
 
 #include <algorithm>
-#include <array>
-#include <optional>
 
 namespace TAVIK {
 
@@ -93,30 +91,6 @@ void GetGroups(Compound* root, std::vector<Compound*>& out, bool all) {
 
 void GetResidues(Compound* root, std::vector<Compound*>& out, bool all) {
     collectHolders<Kind::Residue>(root, out, all);
-}
-
-void detail::CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out, bool all,
-                          WalkStep (*step)(const Compound* item)) {
-    // A run-time type test costs more than the rest of the walk, and a kind is one class.
-    std::array<std::optional<WalkStep>, kindCount> steps;
-    const auto walk = [&](auto&& self, Compound** first, Compound** last) -> void {
-        for (Compound** it = first; it != last; ++it) {
-            Compound* const item = *it;
-            if (!item)
-                continue;
-            const HostItem& record = HostItem::of(item);
-            std::optional<WalkStep>& known = steps[static_cast<std::size_t>(record.kind)];
-            if (!known)
-                known = step(item);
-            if (*known == WalkStep::Take) {
-                if (all || isSelected(record))
-                    out.push_back(item);
-            } else if (*known == WalkStep::Enter && (all || hasSelected(record))) {
-                self(self, item->ChildBegin(), item->ChildEnd());
-            }
-        }
-    };
-    walk(walk, begin, end);
 }
 
 void GetSelected(Compound* root, std::vector<Compound*>& out) {
