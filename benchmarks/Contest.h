@@ -19,12 +19,12 @@ struct Contestant {
 struct Contest {
     std::string work;      ///< as "filling the tree"
     std::size_t size = 0;  ///< atoms in the structure
-    std::size_t items = 0; ///< what the time is divided by
+    std::size_t items = 0; ///< divisor of the time
     std::string itemName;  ///< as "row"
     std::string peer{};    ///< who the competitor is; empty when there is none
-    std::string target{};  ///< what is to be reached, as text
-    double theirBytes = 0; ///< what the competitor needs at least; it is left out where that is
-                           ///< more than the machine has
+    std::string target{};  ///< the goal, as text
+    double theirBytes = 0; ///< least memory that the competitor needs; it is left out on a
+                           ///< machine with less
     Contestant ours;
     Contestant theirs{};
 };

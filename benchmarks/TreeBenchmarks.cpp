@@ -165,7 +165,7 @@ void benchmarkTree(const std::string& path, int turns) {
          .itemName = "row",
          .target = "at most 500 ms",
          .ours = {[&] {
-                      // Another change of the list ends what is shown.
+                      // A deletion by others empties the tree, so that the click fills it again.
                       TAVIK::DataMaker::makeCore(TAVIK::Space::instance(), "other", "Composite");
                       window.commAdd();
                       TAVIK::DataMaker::Destroy(TAVIK::Space::instance()->ChildBegin()[1]);

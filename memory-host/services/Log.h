@@ -1,4 +1,4 @@
-// Where the log is written, and who hears it.
+// Where the log is written, and who receives its lines.
 #pragma once
 
 #include "HostExport.h"

@@ -52,8 +52,8 @@ struct Reach {
     explicit Reach(double radius);
 
     float squaredLimit; ///< the largest single-precision square that passes isWithin()
-    /// Along no axis are the points of a pair that passes further apart than this: the radius, with
-    /// a margin for rounding and underflow in the single-precision test.
+    /// Upper bound for the distance of a pair that passes, along any axis: the radius, with a
+    /// margin for rounding and underflow in the single-precision test.
     double distance;
     float squaredReach; ///< the square of that distance, rounded up
 };
