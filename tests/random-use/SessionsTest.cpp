@@ -45,7 +45,21 @@ const std::vector<Kept>& keptSessions() {
            {.action = Action::PressEntry},
            {.action = Action::Press},
            {.action = Action::Outside, .edit = {EditKind::AddAmong, 658, 62}},
-           {.action = Action::Slot, .name = "SelectedColor()"}}}}};
+           {.action = Action::Slot, .name = "SelectedColor()"}}}},
+        {"a dialog opens while the menu of an item is open, by key",
+         {{Start::Generated, 4804, true},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::PressEntry},
+           {.action = Action::Answering, .edit = {EditKind::Command, 487, 241, "SelectedColor()"}},
+           {.action = Action::Key, .key = Qt::Key_Menu, .edit = {EditKind::SetAtom, 86, 616}}}}},
+        {"a dialog opens while the menu of an item is open, by button",
+         {{Start::Generated, 4804, true},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::PressEntry},
+           {.action = Action::Answering, .edit = {EditKind::Command, 487, 241, "SelectedColor()"}},
+           {.action = Action::Press,
+            .button = Qt::RightButton,
+            .edit = {EditKind::SetAtom, 86, 616}}}}}};
     return all;
 }
 

@@ -180,7 +180,7 @@ void Model::rightPress(Row* row, const Step& step) {
 void Model::itemMenu(Item* item, const Step& step) {
     const bool wasVisible = Host::isVisible(*item);
     const bool wasSelected = Host::isSelected(*item);
-    const int before = deletions;
+    const int before = deletions + dialogs;
     said.asked << QStringLiteral("ItemMenu: %1: %2|%3|%4|Default color")
                       .arg(QString::fromStdString(item->kind == Kind::Atom ? item->type
                                                                            : kindName(item->kind)),
@@ -188,8 +188,8 @@ void Model::itemMenu(Item* item, const Step& step) {
                            QLatin1String(wasVisible ? "Hide" : "Show"),
                            QLatin1String(wasSelected ? "Unselect" : "Select"));
     edit(Who::Nobody, step.edit);
-    // Whatever is destroyed closes the menu.
-    if (step.answer == Answer::Cancel || deletions != before)
+    // Whatever is destroyed closes the menu, and so does a dialog.
+    if (step.answer == Answer::Cancel || deletions + dialogs != before)
         return;
     const int choice = chosenEntry(step);
     const bool granted = guarded(Who::Nobody, Change::Update, [&] {

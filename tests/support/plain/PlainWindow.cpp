@@ -68,6 +68,7 @@ void Model::change(Item* item, Change kind, const std::function<void()>& apply, 
 
 bool Model::ask(const QString& dialog, const Step& step) {
     said.asked << dialog;
+    ++dialogs;
     edit(Who::Nobody, step.edit);
     return exists && step.answer == Answer::Accept;
 }

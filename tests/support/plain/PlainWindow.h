@@ -55,6 +55,7 @@ public:
     bool showSelection = true;
     bool plugins = false; ///< whether those are loaded that surfaces are asked of
     int deletions = 0;    ///< how often something was destroyed
+    int dialogs = 0;      ///< how often one was opened
     Edit answering;       ///< what the other subscriber does when it is told the next time
 
     // The window, while it exists.
