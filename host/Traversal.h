@@ -56,10 +56,10 @@ void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out,
 } // namespace detail
 
 /// Appends the items of kind `T` below `root` to `out`, depth first in the order of children; never
-/// `root` itself. What lies inside a `T` is not looked at. With `all` false only selected items
-/// are taken, and an item without any selection in it is not entered. `tag` is not read: it selects
-/// `T`. `parts` says whether the parts of a root that is no composite are looked through; they
-/// never are further down.
+/// `root` itself. Items inside a `T` are skipped. With `all` false only selected items are taken,
+/// and items with nothing selected inside are not entered. `tag` is not read: it selects `T`.
+/// `parts` says whether to search the parts of a root that is no composite; parts further down are
+/// never searched.
 template <class T>
 void GetItems(Compound* root, std::vector<Compound*>& out, bool all, const T* /*tag*/, bool parts) {
     if (!root || (!all && !root->HasSelected()))
