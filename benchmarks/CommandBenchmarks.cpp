@@ -1,5 +1,6 @@
 #include "Contest.h"
 #include "RealStructures.h"
+#include "SelectPeer.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "Works.h"
@@ -162,6 +163,48 @@ public:
         }
     }
 
+    /// A union beside a selection that another program makes by the same names. Ours has the window
+    /// to refresh, too.
+    void unionBesidePeer(const QString& chain, const QString& residue, const QString& atom,
+                         const std::string& expression) {
+        const std::string work = "union by (" + chain.toStdString() + ", " + residue.toStdString() +
+                                 ", " + atom.toStdString() + ") beside PyMOL";
+        if (!isWanted(work))
+            return;
+        SelectPeer peer(m_path);
+        const QList<QLineEdit*> fields = m_window.findChildren<QLineEdit*>();
+        fields.at(0)->setText(chain);
+        fields.at(1)->setText(residue);
+        fields.at(2)->setText(atom);
+        std::size_t theirs = 0;
+        const auto prepare = [&] {
+            m_item->SetSelected(false);
+            m_window.commUpdate();
+        };
+        run({.work = work,
+             .size = m_atoms.size(),
+             .items = m_atoms.size(),
+             .itemName = "atom",
+             .peer = peer.isThere() ? "PyMOL's select " + expression : "",
+             .target = "ratio at least 1",
+             .ours = {prepare,
+                      [&] {
+                          QMetaObject::invokeMethod(&m_window, "applySelect");
+                          QApplication::processEvents();
+                      },
+                      {}},
+             .theirs = {{}, [&] { theirs = peer.select(expression); }, {}}},
+            std::max(m_turns, 3));
+        std::vector<TAVIK::Compound*> ours;
+        prepare();
+        QMetaObject::invokeMethod(&m_window, "applySelect");
+        TAVIK::GetAtoms(m_item, ours, false);
+        if (peer.isThere() && theirs != ours.size())
+            throw std::runtime_error("the competitor selected " + std::to_string(theirs) +
+                                     " atoms by " + expression + ", ours are " +
+                                     std::to_string(ours.size()));
+    }
+
     // The items by whose number the time of a command is divided, and the target for one of them.
     struct Measure {
         std::size_t items;
@@ -315,6 +358,14 @@ void benchmarkCommands(const std::string& path, int turns) {
             commands.withinRadius(centres, scattered);
     commands.byPattern(QStringLiteral("A.*"), QStringLiteral(".*"), QStringLiteral("CA"));
     commands.byPattern(QStringLiteral(".*"), QStringLiteral("(ALA|GLY) .*"), QStringLiteral("C.?"));
+    // A chain that the ribosome has, unlike those with A.
+    commands.byPattern(QStringLiteral("L.*"), QStringLiteral(".*"), QStringLiteral("CA"));
+    commands.unionBesidePeer(QStringLiteral("A.*"), QStringLiteral(".*"), QStringLiteral("CA"),
+                             "chain A* and name CA");
+    commands.unionBesidePeer(QStringLiteral("L.*"), QStringLiteral(".*"), QStringLiteral("CA"),
+                             "chain L* and name CA");
+    commands.unionBesidePeer(QStringLiteral(".*"), QStringLiteral("(ALA|GLY) .*"),
+                             QStringLiteral("C.?"), "resn ALA+GLY and name C*");
     commands.selectCommands();
     commands.displayCommands();
     commands.deleteCommands();
