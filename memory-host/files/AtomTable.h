@@ -4,7 +4,7 @@
 
 #include "Bonds.h"
 #include "Elements.h"
-#include "NamePool.h"
+#include "FileNames.h"
 #include "PartialCharge.h"
 
 #include <array>
@@ -59,15 +59,15 @@ struct ModelTable {
 /// One entry of a file.
 struct StructureTable {
     std::string name; ///< fit to be a component of a qualified name
-    std::unique_ptr<NamePool> names = std::make_unique<NamePool>();
+    std::unique_ptr<FileNames> names = std::make_unique<FileNames>();
     std::vector<ModelTable> models; ///< none of them empty
     std::uint32_t alternatives = 0; ///< how many alternative locations have letters of their own
 };
 
 /// The name of a residue's item, as "MET 1" or "PRO,SER 22A".
-std::string residueLabel(const ResidueEntry& residue, const NamePool& names);
+std::string residueLabel(const ResidueEntry& residue, const FileNames& names);
 /// A name as it is shown: "_" where the file has none.
-const std::string& shownName(std::uint32_t number, const NamePool& names);
+const std::string& shownName(std::uint32_t number, const FileNames& names);
 
 /// What a reader knows of an atom. Texts are trimmed, and live until the table is finished.
 struct AtomRow {

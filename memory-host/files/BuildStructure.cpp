@@ -48,7 +48,7 @@ private:
     }
 
     ModelTable m_model;
-    const NamePool& m_names;
+    const FileNames& m_names;
     ProgressCounter& m_progress;
     AtomGroups m_groups;
     std::vector<Compound*> m_atoms; ///< by atom

@@ -1,6 +1,6 @@
 #include "Elements.h"
 
-#include "FieldText.h"
+#include "Fields.h"
 
 #include <gemmi/elem.hpp>
 

@@ -1,6 +1,6 @@
 #include "FileKind.h"
 
-#include "FieldText.h"
+#include "Fields.h"
 #include "Readers.h"
 
 #include <array>

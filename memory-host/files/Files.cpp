@@ -4,7 +4,7 @@
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "EntryNames.h"
-#include "FieldText.h"
+#include "Fields.h"
 #include "FileKind.h"
 #include "FileLimits.h"
 #include "Readers.h"

@@ -46,7 +46,7 @@ struct ListedBondsModel {
 class ListedBonds {
 public:
     /// `names` are the table's, and must outlive this.
-    explicit ListedBonds(NamePool& names) : m_names(names) {}
+    explicit ListedBonds(FileNames& names) : m_names(names) {}
 
     void add(Serial a, Serial b, std::size_t line);
     void add(const ListedAtom& a, const ListedAtom& b, std::size_t line);
@@ -116,7 +116,7 @@ private:
     void take(const ListedBondsModel& model, std::uint32_t partner, std::uint32_t atom);
     bool join(const ModelTable& table, const Bond& bond, std::vector<BondPair>& pairs) const;
 
-    NamePool& m_names;
+    FileNames& m_names;
     std::unordered_map<Serial, std::uint32_t> m_bySerial;
     std::unordered_map<Key, std::uint32_t, KeyHash> m_byName;
     Residues m_residues; ///< wanted ones, by the names of chain and number

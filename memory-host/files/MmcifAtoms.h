@@ -2,7 +2,7 @@
 #pragma once
 
 #include "AtomNumbers.h"
-#include "FieldText.h"
+#include "Fields.h"
 #include "TableBuilder.h"
 
 #include <array>

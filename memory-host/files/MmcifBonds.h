@@ -1,7 +1,7 @@
 // The rows of a _struct_conn category of mmCIF, and the bonds that they list.
 #pragma once
 
-#include "FieldText.h"
+#include "Fields.h"
 #include "ListedBonds.h"
 
 #include <array>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "AtomTable.h"
-#include "FieldText.h"
+#include "Fields.h"
 
 #include <string>
 #include <string_view>

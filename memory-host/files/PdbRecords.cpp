@@ -1,6 +1,6 @@
 #include "PdbRecords.h"
 
-#include "FieldText.h"
+#include "Fields.h"
 #include "PdbBonds.h"
 
 #include <algorithm>

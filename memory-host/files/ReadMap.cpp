@@ -1,7 +1,7 @@
 // The CCP4/MRC format of maps, in the extent that the file stores, of any axis order, cell and byte
 // order. The header is checked here before gemmi believes it: it allocates
 // what the header promises, and takes data in the other byte order for numbers as they stand.
-#include "FieldText.h"
+#include "Fields.h"
 #include "FileLimits.h"
 #include "Readers.h"
 

@@ -1,7 +1,7 @@
 // The mmCIF format, an entry for each data block with an _atom_site category: gemmi's CIF grammar,
 // with actions that pick the atoms out while it is parsed. The document is never held as a whole,
 // and every value comes with its line.
-#include "FieldText.h"
+#include "Fields.h"
 #include "MmcifAtoms.h"
 #include "MmcifBonds.h"
 #include "PdbColumns.h"

@@ -1,6 +1,6 @@
 #include "ResidueKinds.h"
 
-#include "FieldText.h"
+#include "Fields.h"
 
 #include <gemmi/resinfo.hpp>
 
@@ -87,7 +87,7 @@ std::span<const char* const> groupNames(ResidueKind kind) {
     return {};
 }
 
-AtomGroups::AtomGroups(const ModelTable& model, const NamePool& names,
+AtomGroups::AtomGroups(const ModelTable& model, const FileNames& names,
                        std::vector<NameFacts>& facts)
     : m_model(model), m_names(names), m_facts(facts) {
     m_facts.resize(names.size());

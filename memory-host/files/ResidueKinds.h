@@ -27,7 +27,7 @@ struct NameFacts {
 class AtomGroups {
 public:
     /// `facts` are by name; the models of an entry share them, in whatever order they come.
-    AtomGroups(const ModelTable& model, const NamePool& names, std::vector<NameFacts>& facts);
+    AtomGroups(const ModelTable& model, const FileNames& names, std::vector<NameFacts>& facts);
 
     /// The kind of a residue: by its name or, where nobody knows the name, by its atoms.
     ResidueKind kindOf(std::size_t residue);
@@ -37,7 +37,7 @@ public:
 
 private:
     const ModelTable& m_model;
-    const NamePool& m_names;
+    const FileNames& m_names;
     std::vector<NameFacts>& m_facts;
     std::vector<std::uint32_t> m_bearer; ///< by atom, for models with hydrogens: who bears it
 };

@@ -85,7 +85,7 @@ BondKind bondKindOf(Element element) {
 }
 
 // Adds the bonds by distance to those that are listed.
-std::size_t findBondsOf(ModelTable& table, const NamePool& names, std::uint32_t alternatives) {
+std::size_t findBondsOf(ModelTable& table, const FileNames& names, std::uint32_t alternatives) {
     std::vector<BondAtom> atoms(table.atoms.size());
     std::array<BondKind, elementCount> kinds{};
     std::array<float, elementCount> radii{};
@@ -120,13 +120,13 @@ std::size_t findBondsOf(ModelTable& table, const NamePool& names, std::uint32_t 
 
 } // namespace
 
-const std::string& shownName(std::uint32_t number, const NamePool& names) {
+const std::string& shownName(std::uint32_t number, const FileNames& names) {
     static const std::string nameless("_");
     const std::string& text = names.text(number);
     return text.empty() ? nameless : text;
 }
 
-std::string residueLabel(const ResidueEntry& residue, const NamePool& names) {
+std::string residueLabel(const ResidueEntry& residue, const FileNames& names) {
     std::string label = shownName(residue.allNames, names);
     if (residue.number != 0)
         label += ' ' + names.text(residue.number);
@@ -161,7 +161,7 @@ std::uint16_t TableBuilder::alternativeNumber(std::string_view letter) {
 }
 
 ResidueKey TableBuilder::keyOf(const AtomRow& row) {
-    NamePool& names = *m_structure.names;
+    FileNames& names = *m_structure.names;
     ResidueKey key;
     const auto chain = m_model->chains.emplace(names.number(row.chain), m_model->chains.size());
     if (chain.second)
@@ -212,7 +212,7 @@ std::uint32_t TableBuilder::knownResidue(const ResidueKey& key, std::uint16_t al
 
 // A name more among those of a residue; of very many the first ones are shown.
 void TableBuilder::addName(std::uint32_t residue, std::uint32_t name) {
-    NamePool& names = *m_structure.names;
+    FileNames& names = *m_structure.names;
     ResidueEntry& entry = m_model->table.residues[residue];
     const std::string& before = names.written(entry.allNames);
     const auto count = 1 + std::ranges::count(before, ',');
@@ -278,7 +278,7 @@ void TableBuilder::keepIds(const AtomRow& row) {
     // Only the first atom of a residue is looked at: they agree.
     if (!row.labelChain.empty() && model.labels.size() != model.table.residues.size()) {
         model.labels.resize(model.table.residues.size());
-        NamePool& names = *m_structure.names;
+        FileNames& names = *m_structure.names;
         model.labels.back() = {names.number(row.labelChain), names.number(row.labelNumber)};
     }
 }
@@ -325,7 +325,7 @@ void TableBuilder::add(const AtomRow& row) {
 }
 
 void TableBuilder::remarkOnNames() {
-    const NamePool& names = *m_structure.names;
+    const FileNames& names = *m_structure.names;
     if (!names.hasChanged())
         return;
     std::vector<std::size_t> uses(names.size());
@@ -350,7 +350,7 @@ void TableBuilder::remarkOnNames() {
 }
 
 void TableBuilder::remarkOnResidues(const ModelTable& table) {
-    const NamePool& names = *m_structure.names;
+    const FileNames& names = *m_structure.names;
     for (std::size_t i = 0; i != table.residues.size(); ++i) {
         const ResidueEntry& residue = table.residues[i];
         const std::uint32_t count = table.atomEnd(i) - residue.firstAtom;

@@ -2,7 +2,7 @@
 #include "Colormap.h"
 #include "DataFolder.h"
 #include "Logger.h"
-#include "Text.h"
+#include "TextFile.h"
 
 #include <QDir>
 

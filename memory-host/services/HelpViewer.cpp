@@ -2,7 +2,7 @@
 #include "DataFolder.h"
 #include "Legible.h"
 #include "Logger.h"
-#include "Text.h"
+#include "TextFile.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QAction>

@@ -1,6 +1,6 @@
 #include "Log.h"
 #include "Logger.h"
-#include "Text.h"
+#include "TextFile.h"
 
 #include <QFile>
 

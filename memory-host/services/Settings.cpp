@@ -10,7 +10,7 @@
 
 #include "Config.h"
 #include "Logger.h"
-#include "Text.h"
+#include "TextFile.h"
 
 #include <QFileInfo>
 

@@ -1,4 +1,4 @@
-#include "NamePool.h"
+#include "FileNames.h"
 
 #include <cstring>
 
@@ -50,11 +50,11 @@ std::string asLatin1Component(std::string_view text) {
     return component;
 }
 
-NamePool::NamePool() : m_recent(16) {
+FileNames::FileNames() : m_recent(16) {
     number({});
 }
 
-std::uint32_t NamePool::number(std::string_view text) {
+std::uint32_t FileNames::number(std::string_view text) {
     std::uint64_t key = 0;
     if (text.empty() || text.size() > sizeof key)
         return find(text);
@@ -70,7 +70,7 @@ std::uint32_t NamePool::number(std::string_view text) {
     return found;
 }
 
-std::uint32_t NamePool::find(std::string_view text) {
+std::uint32_t FileNames::find(std::string_view text) {
     if (const auto found = m_numbers.find(text); found != m_numbers.end())
         return found->second;
     const auto number = static_cast<std::uint32_t>(m_names.size());

@@ -16,11 +16,11 @@ namespace memory_host {
 std::string asLatin1Component(std::string_view text);
 
 /// Numbers names; 0 is the empty one. Equal texts have equal numbers.
-class NamePool {
+class FileNames {
 public:
-    NamePool();
-    NamePool(const NamePool&) = delete;
-    NamePool& operator=(const NamePool&) = delete;
+    FileNames();
+    FileNames(const FileNames&) = delete;
+    FileNames& operator=(const FileNames&) = delete;
 
     std::uint32_t number(std::string_view text);
     /// The name of a number, as a component.

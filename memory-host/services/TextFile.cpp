@@ -1,4 +1,4 @@
-#include "Text.h"
+#include "TextFile.h"
 
 #include <QFile>
 #include <QFileInfo>

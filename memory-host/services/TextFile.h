@@ -1,7 +1,7 @@
 // The small text files that the host's services read, and bytes of unknown encoding as text.
 #pragma once
 
-#include "files/FieldText.h"
+#include "files/Fields.h"
 
 #include <QByteArray>
 #include <QString>
