@@ -5,6 +5,8 @@
 #include "HostExport.h"
 #include "Publisher.h"
 
+#include <string_view>
+
 class Subscriber;
 
 /// A change in progress (RAII): a guard lives on the stack for one command. Guards do not nest; a
@@ -16,9 +18,17 @@ class HOST_EXPORT DataPointBase {
 public:
     /// Asks the host for the change. `originator`, which may be null, is not told.
     DataPointBase(Subscriber* originator, Publisher::ActionType kind);
+    /// The same, for a change with a label.
+    DataPointBase(Subscriber* originator, Publisher::ActionType kind, std::string_view label);
     DataPointBase(const DataPointBase&) = delete;
     DataPointBase& operator=(const DataPointBase&) = delete;
     virtual ~DataPointBase();
+
+    /// Says what the change is in words for the user, as "Hide 40 atoms": a log shows them, and a
+    /// list of what can be undone. In Latin-1, as names are. The last label counts when the guard
+    /// ends; an empty one means that there is nothing to tell of. A host may ignore labels, and a
+    /// refused guard does.
+    void setLabel(std::string_view label) noexcept;
 
     /// Whether the change may go ahead: false while another guard is open or the space is locked.
     bool m_good;

@@ -6,6 +6,7 @@
 template <class T> class DataAdder : public DataGuard<T, Publisher::Add> {
 public:
     /// `data` is the item that receives new items; null only warns.
-    DataAdder(Subscriber* originator, T* data)
-        : DataGuard<T, Publisher::Add>(originator, data, "../../include/DataAdder") {}
+    /// `label` is that of DataPointBase.
+    DataAdder(Subscriber* originator, T* data, std::string_view label = {})
+        : DataGuard<T, Publisher::Add>(originator, data, label, "../../include/DataAdder") {}
 };

@@ -5,7 +5,8 @@
 
 template <class T> class DataDelete : public DataGuard<T, Publisher::Delete> {
 public:
-    /// `data` is the item that is destroyed, or below which items are; null only warns.
-    DataDelete(Subscriber* originator, T* data)
-        : DataGuard<T, Publisher::Delete>(originator, data, "../../include/DataDelete") {}
+    /// `data` is the item that is destroyed, or below which items are; null only warns. `label` is
+    /// that of DataPointBase.
+    DataDelete(Subscriber* originator, T* data, std::string_view label = {})
+        : DataGuard<T, Publisher::Delete>(originator, data, label, "../../include/DataDelete") {}
 };

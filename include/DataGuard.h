@@ -9,8 +9,8 @@
 template <class T, Publisher::ActionType kind> class DataGuard : public DataPointBase {
 protected:
     /// `source` names the guard's header in the warning that a null `data` gives.
-    DataGuard(Subscriber* originator, T* data, const char* source)
-        : DataPointBase(originator, kind), m_data(data) {
+    DataGuard(Subscriber* originator, T* data, std::string_view label, const char* source)
+        : DataPointBase(originator, kind, label), m_data(data) {
         checkPtr(data, source, 78);
     }
 

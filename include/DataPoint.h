@@ -6,8 +6,9 @@
 template <class T> class DataPoint : public DataGuard<T, Publisher::Update> {
 public:
     /// `originator` is not told of the change; null tells everybody. A null `data` only warns.
-    DataPoint(Subscriber* originator, T* data)
-        : DataGuard<T, Publisher::Update>(originator, data, "../../include/DataPoint") {}
+    /// `label` is that of DataPointBase.
+    DataPoint(Subscriber* originator, T* data, std::string_view label = {})
+        : DataGuard<T, Publisher::Update>(originator, data, label, "../../include/DataPoint") {}
 
     /// The item that the guard was opened on. Asking a guard that is not good only warns.
     T* data() const {

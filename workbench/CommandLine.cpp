@@ -78,7 +78,7 @@ std::string helpText() {
            "\n"
            "  --plugins DIR  load the plug-ins of this folder instead of the installed ones\n"
            "  --data DIR     take colour maps, help pages and the sample from this folder\n"
-           "  --verbose      write the debug stream to standard error, too\n"
+           "  --verbose      write the debug stream to standard error, and changes to the log\n"
            "  --version      print the version and end\n"
            "  --help         print this and end\n"
            "\n"

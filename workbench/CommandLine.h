@@ -14,7 +14,7 @@ struct CommandLine {
     std::vector<std::string> files;
     std::optional<std::string> plugins; ///< folder of plug-ins instead of the installed one
     std::optional<std::string> data;    ///< folder of data instead of the installed one
-    bool verbose = false;               ///< whether the debug stream goes to standard error
+    bool verbose = false;               ///< debug stream to standard error, changes to the log
 };
 
 /// Reads the arguments, without the program's name. Returns what is wrong with them, as one line;

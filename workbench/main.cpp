@@ -59,7 +59,9 @@ int runPlugins(workbench::Application& application, const QString& plugins) {
 }
 
 int run(const workbench::CommandLine& line, char* program) {
-    if (!line.verbose)
+    if (line.verbose)
+        memory_host::setLogLevel(memory_host::LogLevel::Debug);
+    else
         QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
     // The command line is the workbench's own; Qt's options can be given in the environment.
     int count = 1;

@@ -10,6 +10,7 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -30,6 +31,8 @@ struct Publishing {
     int locks = 0;
     int tellings = 0; ///< nested notifications
     bool changing = false;
+    std::string label;  ///< of the change in progress
+    int exceptions = 0; ///< that were in flight when it began
 };
 
 // Bounds the recursion: subscribers that answer each change with another would never end, and two
@@ -56,6 +59,14 @@ void logFailure(const char* what) noexcept {
         }
         Logger::Write(line);
     } catch (...) { // The log itself failed.
+    }
+}
+
+void logChange(const std::string& label) noexcept {
+    try {
+        if (!label.empty())
+            Logger::Debug(label);
+    } catch (...) { // A line that nobody may read is not worth an exception.
     }
 }
 
@@ -116,6 +127,10 @@ Subscriber::~Subscriber() {
 }
 
 DataPointBase::DataPointBase(Subscriber* originator, Publisher::ActionType kind)
+    : DataPointBase(originator, kind, {}) {}
+
+DataPointBase::DataPointBase(Subscriber* originator, Publisher::ActionType kind,
+                             std::string_view label)
     : m_good(false), m_holds(false), m_kind(kind), m_originator(originator) {
     Publishing& state = publishing();
     if (state.tellings >= deepestTelling) {
@@ -126,14 +141,30 @@ DataPointBase::DataPointBase(Subscriber* originator, Publisher::ActionType kind)
     if (state.changing || state.locks > 0)
         return;
     state.changing = true;
+    state.exceptions = std::uncaught_exceptions();
     m_good = true;
     m_holds = true;
+    setLabel(label);
+}
+
+void DataPointBase::setLabel(std::string_view label) noexcept {
+    if (!m_holds)
+        return;
+    std::string& kept = publishing().label;
+    try {
+        kept = label;
+    } catch (const std::bad_alloc&) { // The one before says less of the same change.
+    }
 }
 
 DataPointBase::~DataPointBase() {
     if (!m_holds)
         return;
-    publishing().changing = false;
+    Publishing& state = publishing();
+    state.changing = false;
+    if (std::uncaught_exceptions() == state.exceptions)
+        logChange(state.label);
+    state.label.clear();
     tellAll(m_originator, m_kind);
 }
 

@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -27,6 +28,7 @@ struct Log {
     QString fileName;
     LogSink sink;
     bool isErrorLost = false; ///< a line could not be written to standard error
+    std::atomic<LogLevel> level = LogLevel::Usual;
 };
 
 Log& theLog() {
@@ -143,6 +145,10 @@ void setLogFile(const QString& file) {
         Logger::Write(problem);
 }
 
+void setLogLevel(LogLevel level) {
+    theLog().level = level;
+}
+
 LogSink setLogSink(LogSink sink) {
     Log& log = theLog();
     const std::lock_guard lock(log.mutex);
@@ -182,4 +188,10 @@ void Logger::Write(const std::string& line) {
     for (const std::string& later : {problem, errorProblem})
         if (!later.empty())
             Write(later);
+}
+
+void Logger::Debug(const std::string& line) {
+    using namespace memory_host;
+    if (theLog().level == LogLevel::Debug)
+        Write(line);
 }

@@ -13,6 +13,10 @@ namespace memory_host {
 /// The file that the log is appended to, beside standard error; empty for none.
 HOST_EXPORT void setLogFile(const QString& file);
 
+/// Which lines the log takes: those at debug level say what each change was.
+enum class LogLevel { Usual, Debug };
+HOST_EXPORT void setLogLevel(LogLevel level);
+
 /// Receives each line of the log instead of standard error; an empty sink restores standard error.
 /// Returns the previous sink.
 using LogSink = std::function<void(const std::string& line)>;
