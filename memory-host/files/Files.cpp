@@ -1,6 +1,7 @@
 #include "Files.h"
 
 #include "BuildStructure.h"
+#include "Changed.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "EntryNames.h"
@@ -180,10 +181,14 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
 // All of them, or none.
 std::vector<TAVIK::Compound*> attachAll(std::vector<DetachedItem>& items,
                                         const FileReport& report) {
-    const DataPointBase guard(nullptr, Publisher::Add);
+    DataPointBase guard(nullptr, Publisher::Add, "Open");
     if (!guard.m_good)
         report.refuse(0, "the data space is in use, so that nothing can be added",
                       "accepted is trying again when the change in progress is done");
+    TAVIK::Changed opened("entry");
+    for (const DetachedItem& item : items)
+        opened.add(item.get());
+    setLabel(guard, "Open", opened);
     std::vector<TAVIK::Compound*> attached;
     try {
         attached.reserve(items.size());

@@ -1,5 +1,6 @@
 // The host's own context menu for an item.
-#include "DataPointBase.h"
+#include "ChangeData.h"
+#include "Changed.h"
 #include "Subscriber.h"
 #include "items/HostItem.h"
 
@@ -59,22 +60,24 @@ void TAVIK::Compound::ShowMenu() {
     // Read once: the actions do what their texts say, even if others change the item meanwhile.
     const bool visible = IsVisible();
     const bool selected = IsSelected();
-    const QAction* show = menu.addAction(visible ? QStringLiteral("Hide") : QStringLiteral("Show"));
-    const QAction* select =
-        menu.addAction(selected ? QStringLiteral("Unselect") : QStringLiteral("Select"));
+    const char* const showText = visible ? "Hide" : "Show";
+    const char* const selectText = selected ? "Unselect" : "Select";
+    const QAction* show = menu.addAction(QLatin1String(showText));
+    const QAction* select = menu.addAction(QLatin1String(selectText));
     const QAction* color = menu.addAction(QStringLiteral("Default color"));
     const QAction* chosen = menu.exec(menuPlace());
     if (!chosen || !menu.m_itemIsSafe)
         return;
-    const DataPointBase guard(nullptr, Publisher::Update);
-    if (!guard.m_good) {
-        qDebug("%s", "Cannot update CDB!");
-        return;
-    }
-    if (chosen == show)
-        SetVisible(!visible);
-    else if (chosen == select)
-        SetSelected(!selected);
-    else if (chosen == color)
-        RestoreColor();
+    const char* const deed = chosen == show     ? showText
+                             : chosen == select ? selectText
+                                                : "Default color of";
+    changeData(DataPointBase(nullptr, Publisher::Update, deed), [&](DataPointBase& guard) {
+        setLabel(guard, deed, Changed(*this));
+        if (chosen == show)
+            SetVisible(!visible);
+        else if (chosen == select)
+            SetSelected(!selected);
+        else if (chosen == color)
+            RestoreColor();
+    });
 }

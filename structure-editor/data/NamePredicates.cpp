@@ -62,8 +62,8 @@ bool UnSelectIfNot(TAVIK::Compound* atom, QRegExp re) {
 }
 // NOLINTEND(performance-unnecessary-value-param)
 
-QString applySetOperation(TAVIK::Compound* root, SetOperation operation,
-                          const QString& expression) {
+QString applySetOperation(TAVIK::Compound* root, SetOperation operation, const QString& expression,
+                          TAVIK::Changed* changed) {
     const Rule rule = ruleOf(operation);
     NamePattern pattern(expression);
     MatchingAtoms atoms(pattern, rule.actsOn, rule.allAtoms);
@@ -73,5 +73,7 @@ QString applySetOperation(TAVIK::Compound* root, SetOperation operation,
         return pattern.cutOff();
     for (TAVIK::Compound* atom : found)
         atom->SetSelected(rule.selects);
+    if (changed)
+        *changed = {"atom", found};
     return {};
 }

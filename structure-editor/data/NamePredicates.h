@@ -2,6 +2,7 @@
 // names an expression matches. As predicates on one atom, and for all atoms of a root at once.
 #pragma once
 
+#include "Changed.h"
 #include "Compound.h"
 
 #include <QRegExp>
@@ -34,4 +35,6 @@ enum class SetOperation {
 /// Does to the atoms at or below `root` what the operation's predicate does to each of them, many
 /// times faster. The caller holds a change guard. An expression that cannot be answered in bounded
 /// time and memory changes nothing: the result is a line for the log then, and empty otherwise.
-QString applySetOperation(TAVIK::Compound* root, SetOperation operation, const QString& expression);
+/// `changed`, unless it is null, is given the atoms that the operation selects or unselects.
+QString applySetOperation(TAVIK::Compound* root, SetOperation operation, const QString& expression,
+                          TAVIK::Changed* changed = nullptr);

@@ -27,30 +27,34 @@ Indices nearest(const TAVIK::Grid& grid, const TAVIK::Vertex& point) {
 // The margin is uneven: two points below the lowest nearest point, four above the highest.
 constexpr std::int64_t margin = 2;
 
-void boundGrid(TAVIK::Grid& grid, const TAVIK::Vertex& low, const TAVIK::Vertex& high) {
+// Returns whether the grid was fitted.
+bool boundGrid(TAVIK::Grid& grid, const TAVIK::Vertex& low, const TAVIK::Vertex& high) {
     Indices lower = nearest(grid, low);
     Indices upper = nearest(grid, high);
     for (std::int64_t& index : upper)
         index += margin;
     if (std::any_of(upper.begin(), upper.end(), [](std::int64_t index) { return index <= -2; }))
-        return;
+        return false;
     for (const std::size_t axis : {0, 1, 2}) {
         lower[axis] = std::max<std::int64_t>(lower[axis] - margin, 0);
         upper[axis] = std::min<std::int64_t>(upper[axis] + margin, grid.m_points[axis]);
         if (lower[axis] >= static_cast<std::int64_t>(static_cast<unsigned>(grid.m_points[axis])))
-            return;
+            return false;
     }
     for (const std::size_t axis : {0, 1, 2}) {
         grid.m_lower[axis] = static_cast<int>(lower[axis]);
         grid.m_upper[axis] = static_cast<int>(upper[axis]);
     }
+    return true;
 }
 
 } // namespace
 
-void FullGroup(TAVIK::Compound* group) {
-    if (group->HasSelected())
+bool FullGroup(TAVIK::Compound* group) {
+    const bool isSelected = group->HasSelected();
+    if (isSelected)
         group->SetSelected(true);
+    return isSelected;
 }
 
 void SelectType::operator()(TAVIK::Compound* atom) {
@@ -58,16 +62,18 @@ void SelectType::operator()(TAVIK::Compound* atom) {
         m_found.push_back(atom);
 }
 
-void SelectType::select() const {
+TAVIK::Changed SelectType::select() const {
     for (TAVIK::Compound* atom : m_found)
         atom->SetSelected(true);
+    return {"atom", m_found};
 }
 
-void selectAround(TAVIK::Compound* root, double radius) {
+TAVIK::Changed selectAround(TAVIK::Compound* root, double radius) {
+    TAVIK::Changed selected("atom");
     std::vector<TAVIK::Compound*> atoms;
     TAVIK::GetAtoms(root, atoms, false);
     if (atoms.empty())
-        return;
+        return selected;
     std::vector<Point> centres;
     centres.reserve(atoms.size());
     for (const TAVIK::Compound* atom : atoms)
@@ -86,8 +92,10 @@ void selectAround(TAVIK::Compound* root, double radius) {
     const auto selectNear = [&] {
         search.search(points, near);
         for (std::size_t i = 0; i != candidates.size(); ++i)
-            if (near[i])
+            if (near[i]) {
                 candidates[i]->SetSelected(true);
+                selected.add(candidates[i]);
+            }
         candidates.clear();
         points.clear();
     };
@@ -106,13 +114,15 @@ void selectAround(TAVIK::Compound* root, double radius) {
             selectNear();
     }
     selectNear();
+    return selected;
 }
 
-void boundGrids(TAVIK::Compound* root) {
+TAVIK::Changed boundGrids(TAVIK::Compound* root) {
+    TAVIK::Changed fitted("grid");
     std::vector<TAVIK::Compound*> atoms;
     TAVIK::GetAtoms(root, atoms, false);
     if (atoms.empty())
-        return;
+        return fitted;
     constexpr float largest = std::numeric_limits<float>::max();
     TAVIK::Vertex low(largest, largest, largest, false);
     TAVIK::Vertex high(-largest, -largest, -largest, false);
@@ -130,5 +140,7 @@ void boundGrids(TAVIK::Compound* root) {
     std::vector<TAVIK::Compound*> grids;
     TAVIK::GetItems<TAVIK::Grid>(root, grids, true, nullptr, true);
     for (TAVIK::Compound* grid : grids)
-        boundGrid(dynamic_cast<TAVIK::Grid&>(*grid), low, high);
+        if (boundGrid(dynamic_cast<TAVIK::Grid&>(*grid), low, high))
+            fitted.add(grid);
+    return fitted;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ByClass.h"
+#include "Changed.h"
 #include "Compound.h"
 
 #include <QColor>
@@ -17,6 +18,13 @@
 class TreeModel;
 class TreeRoot;
 class TreeView;
+
+/// What the user selected and unselected, as it is handed to the host: of a row with those below it
+/// the row alone.
+struct HandedOver {
+    TAVIK::Changed selected;
+    TAVIK::Changed unselected;
+};
 
 /// A row. Rows belong to their view, which alone deletes them, once they are out of the tree.
 ///
@@ -118,6 +126,8 @@ public:
     /// Hands the user's changes, in this row and below, to the host. What lies below a changed row
     /// goes with it. The caller holds a change guard.
     void CheckSelection();
+    /// The same; `handed` is told of each item that was.
+    void CheckSelection(HandedOver& handed);
     /// Takes the host's selection over, in this row and below.
     void UpdateSelection();
 
@@ -157,7 +167,7 @@ private:
     ~TreeItem();
 
     static Kind kindOf(const TAVIK::Compound* c);
-    void CheckSelection(bool descending, bool markedAbove);
+    void CheckSelection(HandedOver& handed, bool descending, bool markedAbove);
     /// Whether the host and the rows agree that nothing in a composite is selected.
     bool holdsNoSelection(bool selected) const;
     /// Whether no row above says that nothing from there on is selected.

@@ -43,18 +43,26 @@ void TreeItem::SetClean() {
 }
 
 void TreeItem::CheckSelection() {
-    CheckSelection(root()->descending, isMarkedAbove());
+    HandedOver handed;
+    CheckSelection(handed);
 }
 
-void TreeItem::CheckSelection(bool descending, bool markedAbove) {
+void TreeItem::CheckSelection(HandedOver& handed) {
+    CheckSelection(handed, root()->descending, isMarkedAbove());
+}
+
+void TreeItem::CheckSelection(HandedOver& handed, bool descending, bool markedAbove) {
     if (m_Dirty) {
-        if (m_Compound)
-            m_Compound->SetSelected(m_selected && markedAbove);
+        const bool selected = m_selected && markedAbove;
+        if (m_Compound) {
+            m_Compound->SetSelected(selected);
+            (selected ? handed.selected : handed.unselected).addOfAnyKind(m_Compound);
+        }
         SetClean();
         return;
     }
     for (std::uint32_t i = 0; i != m_count; ++i)
-        childAt(i, descending)->CheckSelection(descending, markedAbove && m_marked);
+        childAt(i, descending)->CheckSelection(handed, descending, markedAbove && m_marked);
 }
 
 bool TreeItem::holdsNoSelection(bool selected) const {

@@ -1,5 +1,7 @@
 #include "TreeView.h"
 
+#include "ChangeData.h"
+#include "Changed.h"
 #include "DataPoint.h"
 #include "SelectionChanges.h"
 #include "Space.h"
@@ -189,12 +191,13 @@ bool TreeView::isOnMark(const TreeItem* row, const QPoint& pos) const {
 }
 
 // The guard names no originator: the window refreshes the tree because it is told like all others.
-template <class Change> void TreeView::changeData(Change change) {
-    const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
-    if (guard.m_good)
-        change();
-    else
-        qDebug("%s", "Cannot update CDB!");
+void TreeView::changeItem(TAVIK::Compound* item, const char* deed,
+                          void (*change)(TAVIK::Compound* item)) {
+    changeData(DataPoint<TAVIK::Space>(nullptr, TAVIK::Space::instance(), deed),
+               [&](DataPointBase& guard) {
+                   setLabel(guard, deed, TAVIK::Changed(*item));
+                   change(item);
+               });
 }
 
 void TreeView::rightPress(TreeItem* row, const QPoint& pos) {
@@ -211,13 +214,16 @@ void TreeView::rightPress(TreeItem* row, const QPoint& pos) {
         item->ShowMenu(); // Row and item, and the view itself, may be gone now.
         return;
     case TreeModel::Show:
-        changeData([item] { item->ToggleVisible(); });
+        changeItem(item, item->IsVisible() ? "Hide" : "Show",
+                   [](TAVIK::Compound* c) { c->ToggleVisible(); });
         return;
     case TreeModel::Select:
-        changeData([item] { item->ToggleSelected(); });
+        changeItem(item, item->IsSelected() ? "Unselect" : "Select",
+                   [](TAVIK::Compound* c) { c->ToggleSelected(); });
         return;
     case TreeModel::Partial:
-        changeData([item] { item->SetSelected(!item->HasSelected()); });
+        changeItem(item, item->HasSelected() ? "Unselect" : "Select",
+                   [](TAVIK::Compound* c) { c->SetSelected(!c->HasSelected()); });
         return;
     default:
         return;

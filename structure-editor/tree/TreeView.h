@@ -96,7 +96,8 @@ private:
 
     void leftPress(TreeItem* row, const QPoint& pos, Qt::KeyboardModifiers modifiers);
     void rightPress(TreeItem* row, const QPoint& pos);
-    template <class Change> void changeData(Change change);
+    static void changeItem(TAVIK::Compound* item, const char* deed,
+                           void (*change)(TAVIK::Compound* item));
     void pressBelowRows(QMouseEvent* event);
     void dragTo(const QPoint& pos);
     std::vector<TreeItem*> crossed(TreeItem* from, TreeItem* to) const;

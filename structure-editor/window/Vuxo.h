@@ -3,6 +3,8 @@
 #pragma once
 
 #include "BaseWindow.h"
+#include "ChangeData.h"
+#include "Changed.h"
 #include "Compound.h"
 #include "DataAdder.h"
 #include "DataDelete.h"
@@ -26,13 +28,20 @@ class TreeItem;
 class TreeView;
 enum class SetOperation;
 
-/// What the window says of a change that the host refuses.
-enum class Refusal { Report, Silent };
-
 /// What a change of data asks of the window.
 enum class Refresh {
     Nothing,   ///< only the guard's end tells of the change
     Everything ///< all that the window shows
+};
+
+/// What a change of data has done.
+struct Done {
+    TAVIK::Changed changed;
+    Refresh refresh = Refresh::Everything;
+    const char* deed = nullptr; ///< for the label, where it is not that of the command
+
+    /// Nothing, so that there is nothing to show or to tell.
+    static Done nothing() { return {{}, Refresh::Nothing, ""}; }
 };
 
 /// The Structure Editor's one window. It owns no data: it shows the host's, changes them inside
@@ -159,7 +168,7 @@ private:
                             const char* slot = __builtin_FUNCTION());
     void setSelectedVisible(bool on, const char* slot = __builtin_FUNCTION());
     void hideUnselected(TAVIK::Compound* root, const char* slot = __builtin_FUNCTION());
-    template <class Change> void forSelectedRows(Change apply) const;
+    template <class Change> TAVIK::Changed forSelectedRows(Change apply) const;
     void ForSelectedResidues(void (*function)(TAVIK::Compound*),
                              const char* slot = __builtin_FUNCTION());
     void makeSurface(const char* command, const char* argument,
@@ -177,30 +186,40 @@ private:
     template <template <class> class Guard, class Item, class Apply>
     void change(Item* item, Apply apply, Refusal refusal = Refusal::Report,
                 const char* slot = __builtin_FUNCTION()) {
-        attempt([&] { withGuard<Guard>(item, apply, refusal); }, slot);
+        attempt([&] { withGuard<Guard>(slot, item, apply, refusal); }, slot);
     }
 
     /// The order of every change of data, in one place: finds nothing to do without an `item`;
     /// takes the guard; a refused one is said and changes nothing; else changes the data by
-    /// `apply(item)` and shows the change, before the guard ends and the host tells the others. An
-    /// `apply` may return what is to be refreshed. Exceptions pass: for use inside of attempt().
+    /// `apply(item)`, labels the change, as changeLabel() says for `slot`, and shows it, before the
+    /// guard ends and the host tells the others. An `apply` may return what was changed, for the
+    /// label, or a Done. Exceptions pass: for use inside of attempt().
     template <template <class> class Guard, class Item, class Apply>
-    void withGuard(Item* item, Apply apply, Refusal refusal = Refusal::Report) {
+    void withGuard(const char* slot, Item* item, Apply apply, Refusal refusal = Refusal::Report) {
         if (!item)
             return;
-        const Guard<Item> guard(this, item);
-        if (!guard.m_good) {
-            if (refusal == Refusal::Report)
-                qDebug("%s", "Cannot update CDB!");
-        } else if constexpr (std::is_same_v<decltype(apply(item)), Refresh>) {
+        const ChangeLabel label = changeLabel(slot);
+        const auto run = [&](Guard<Item>& guard) {
+            Done done;
+            if constexpr (std::is_void_v<decltype(apply(item))>)
+                apply(item);
+            else
+                done = {apply(item)};
+            setLabel(guard, done.deed ? done.deed : label.deed, done.changed);
             // There may be no window any more when there is nothing to refresh.
-            if (apply(item) == Refresh::Everything)
+            if (done.refresh == Refresh::Everything)
                 showChange(guard);
-        } else {
-            apply(item);
-            showChange(guard);
-        }
+        };
+        changeData(Guard<Item>(this, item, label.command), run, refusal);
     }
+
+    /// What a command is called by the label of its change: what it did, where that is known, as
+    /// TAVIK::setLabel() takes it, and else its name.
+    struct ChangeLabel {
+        const char* command;
+        const char* deed;
+    };
+    static ChangeLabel changeLabel(const char* slot);
 
     // What follows a change of each kind. Those who destroy items renew list and tree themselves.
     template <class T> void showChange(const DataPoint<T>&) { commUpdate(); }

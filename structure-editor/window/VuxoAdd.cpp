@@ -19,20 +19,22 @@
 void Vuxo::MakeSet() {
     if (!rootItem())
         return;
-    attempt([this] {
+    attempt([this, slot = __func__] {
         const QPointer<Vuxo> window(this);
         const ItemRef shown(rootItem());
         const std::optional<QString> typed =
             askText(tr("Set"), tr("Enter name for Set"), QStringLiteral("Set"));
         if (!window || !typed)
             return;
-        withGuard<DataAdder>(stillShown(shown), [&typed](TAVIK::Compound* root) {
+        withGuard<DataAdder>(slot, stillShown(shown), [&typed](TAVIK::Compound* root) {
             const std::string name = typed->toLatin1().toStdString();
             std::vector<TAVIK::Compound*> members;
             TAVIK::GetSelected(root, members);
             Logger::Write("Defined set '" + name + "' with " + std::to_string(members.size()) +
                           " members.");
-            TAVIK::DataMaker::makeSet(root, name, members);
+            const TAVIK::Compound* set = TAVIK::DataMaker::makeSet(root, name, members);
+            // What holds nothing takes no set, either.
+            return set ? Done{TAVIK::Changed(*set)} : Done{{}, Refresh::Everything, ""};
         });
     });
 }
@@ -60,6 +62,7 @@ void Vuxo::MakeCartesian() {
             TAVIK::DataMaker::Destroy(frame); // one or two axes are no frame
             throw;
         }
+        return TAVIK::Changed(*frame);
     });
 }
 

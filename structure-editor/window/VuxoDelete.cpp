@@ -37,7 +37,7 @@ void Vuxo::KillBranch(TreeItem* Victim) {
     TAVIK::Compound* shown = rootItem();
     if (!victim || !shown)
         return;
-    attempt([this, victim, shown] {
+    attempt([this, victim, shown, slot = __func__] {
         const ItemRef root(shown);
         const ItemRef branch(victim);
         if (!confirmDelete(this, victim->GetName()))
@@ -45,11 +45,13 @@ void Vuxo::KillBranch(TreeItem* Victim) {
         // Neither the row nor the items are known to exist any more.
         TAVIK::Compound* top = root.among(TAVIK::Space::instance());
         TAVIK::Compound* found = top && victim != shown ? branch.below(top) : top;
-        withGuard<DataDelete>(found, [this, &root](TAVIK::Compound* item) {
+        withGuard<DataDelete>(slot, found, [this, &root](TAVIK::Compound* item) {
+            const TAVIK::Changed destroyed(*item);
             const RowsAside rows(m_Tree);
             TAVIK::DataMaker::Destroy(item);
             renewList(root.inSpace());
             Populate(m_Current);
+            return destroyed;
         });
     });
 }
@@ -72,10 +74,12 @@ void Vuxo::KillClump() {
     change<DataDelete>(
         shown && shown->IsSelected() ? shown : nullptr,
         [this](TAVIK::Compound* item) {
+            const TAVIK::Changed destroyed(*item);
             m_Tree->clear();
             TAVIK::DataMaker::Destroy(item);
             m_Tree->triggerUpdate();
             MakeList();
+            return destroyed;
         },
         Refusal::Silent);
 }
@@ -84,11 +88,13 @@ void Vuxo::KillAll() {
     change<DataDelete>(
         TAVIK::Space::instance(),
         [this](TAVIK::Space* space) {
+            const TAVIK::Changed destroyed("entry", {space->ChildBegin(), space->ChildEnd()});
             m_Tree->clear();
             while (space->ChildBegin() != space->ChildEnd())
                 TAVIK::DataMaker::Destroy(*space->ChildBegin());
             m_Tree->triggerUpdate();
             MakeList();
+            return destroyed;
         },
         Refusal::Silent);
 }
@@ -120,6 +126,7 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const 
             // A set can name an item beside one that holds it.
             if (!dynamic_cast<TAVIK::Composite*>(item))
                 leaveOutRepeated<T>(items);
+            const TAVIK::Changed destroyed(TAVIK::kindWord<T>, items);
             const ItemRef shown(item);
             constexpr std::size_t ahead = 8; // destroying waits for memory more than it works
             for (std::size_t i = 0; i != items.size(); ++i) {
@@ -133,6 +140,7 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const 
                 window->showItem(left);
             else // A bond goes with its atoms.
                 window->m_Tree->triggerUpdate();
+            return destroyed;
         },
         Refusal::Silent, slot);
 }

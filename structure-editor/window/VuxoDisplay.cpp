@@ -6,14 +6,18 @@
 #include "Space.h"
 #include "Traversal.h"
 #include "VuxoDialogs.h"
+#include "data/Counting.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
 
 #include <optional>
 
-void HideIf(TAVIK::Compound* atom) {
-    if (!atom->IsSelected())
+// Returns whether it hid the atom.
+bool HideIf(TAVIK::Compound* atom) {
+    const bool isMeant = !atom->IsSelected();
+    if (isMeant)
         atom->SetVisible(false);
+    return isMeant;
 }
 
 void Vuxo::SelectedShow() {
@@ -28,7 +32,8 @@ void Vuxo::setSelectedVisible(bool on, const char* slot) {
     change<DataPoint>(
         rootItem(),
         [on](TAVIK::Compound* root) {
-            TAVIK::ForAtoms(root, false, [on](TAVIK::Compound* atom) { atom->SetVisible(on); });
+            const auto set = [on](TAVIK::Compound* atom) { atom->SetVisible(on); };
+            return TAVIK::ForAtoms(root, false, Counting("atom", set)).changed();
         },
         Refusal::Report, slot);
 }
@@ -45,13 +50,14 @@ void Vuxo::hideUnselected(TAVIK::Compound* root, const char* slot) {
     change<DataPoint>(
         root,
         [](TAVIK::Compound* item) {
-            TAVIK::ForAtoms(item, true, HideIf);
-            return Refresh::Nothing;
+            const Counting hide("unselected atom", HideIf);
+            return Done{TAVIK::ForAtoms(item, true, hide).changed(), Refresh::Nothing};
         },
         Refusal::Report, slot);
 }
 
-template <class Change> void Vuxo::forSelectedRows(Change apply) const {
+template <class Change> TAVIK::Changed Vuxo::forSelectedRows(Change apply) const {
+    TAVIK::Changed changed;
     // Rows that are in step say what their items would, in less time.
     const bool inStep = m_Tree->isInStep();
     for (TreeItemIterator at(m_Tree); const TreeItem* row = at.current();) {
@@ -60,22 +66,25 @@ template <class Change> void Vuxo::forSelectedRows(Change apply) const {
             continue;
         }
         TAVIK::Compound* const item = row->compound();
-        if (item && (inStep ? row->isSelectedAsMarked() : item->IsSelected()))
+        if (item && (inStep ? row->isSelectedAsMarked() : item->IsSelected())) {
             apply(item);
+            changed.addOfAnyKind(item);
+        }
         ++at;
     }
+    return changed;
 }
 
 void Vuxo::SelectedColor() {
     qDebug("%s", "ProteinPage::SelectedColor()");
-    attempt([this] {
+    attempt([this, slot = __func__] {
         const QPointer<Vuxo> window(this);
         const std::optional<QColor> chosen = askColor(this);
         if (!window || !chosen || !chosen->isValid())
             return;
         const Color color(chosen->rgba());
-        withGuard<DataPoint>(rootItem(), [this, &color](TAVIK::Compound*) {
-            forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); });
+        withGuard<DataPoint>(slot, rootItem(), [this, &color](TAVIK::Compound*) {
+            return forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); });
         });
     });
 }
@@ -83,8 +92,10 @@ void Vuxo::SelectedColor() {
 void Vuxo::SelectedUnColor() {
     qDebug("%s", "ProteinPage::RestoreColor()");
     change<DataPoint>(rootItem(), [this](TAVIK::Compound* root) {
-        forSelectedRows([](TAVIK::Compound* item) { item->RestoreColor(); });
+        const TAVIK::Changed restored =
+            forSelectedRows([](TAVIK::Compound* item) { item->RestoreColor(); });
         root->SetSelected(false);
+        return restored;
     });
 }
 
@@ -94,10 +105,12 @@ void Vuxo::SelectedColorTemp() {
         Colormap map("BlueRedTR.cm", 100, "No name");
         map.setMinMax(0.0F, 60.0F);
         // The host has said why it could not read the map; without it every colour is as good.
-        if (map.isValid())
-            TAVIK::ForAtoms(root, false, [&map](TAVIK::Compound* item) {
-                // Whatever ForAtoms() meets is an atom.
-                item->SetColor(map.lookupValue(static_cast<TAVIK::Atom*>(item)->GetTemperature()));
-            });
+        if (!map.isValid())
+            return Done{{}, Refresh::Everything, ""};
+        const auto color = [&map](TAVIK::Compound* item) {
+            // Whatever ForAtoms() meets is an atom.
+            item->SetColor(map.lookupValue(static_cast<TAVIK::Atom*>(item)->GetTemperature()));
+        };
+        return Done{TAVIK::ForAtoms(root, false, Counting("atom", color)).changed()};
     });
 }

@@ -119,17 +119,17 @@ void Vuxo::pick(int index) {
 }
 
 void Vuxo::toggleVisible(int index, const std::string& name) {
-    withGuard<DataPoint>(TAVIK::Space::instance(), [index, &name](TAVIK::Space*) {
+    withGuard<DataPoint>(__func__, TAVIK::Space::instance(), [index, &name](TAVIK::Space*) {
         TAVIK::Compound* ch = topLevelItem(index);
         checkThat(ch, "ch", source, 453);
         if (!ch)
-            return Refresh::Nothing;
+            return Done::nothing();
         checkThat(ch->GetName() == name, "ch->GetName() == Name", source, 456);
         ch->ToggleVisible();
         // A hidden item never stays selected.
         if (!ch->IsVisible())
             ch->SetSelected(false);
-        return Refresh::Everything;
+        return Done{.changed = TAVIK::Changed(*ch), .deed = ch->IsVisible() ? "Show" : "Hide"};
     });
 }
 
@@ -143,13 +143,15 @@ void Vuxo::killTopLevel(int index, const std::string& name) {
     if (!confirmDelete(this, clump->GetName()))
         return;
     withGuard<DataDelete>(
-        asked.among(TAVIK::Space::instance()),
+        __func__, asked.among(TAVIK::Space::instance()),
         [this](TAVIK::Compound* item) {
+            const TAVIK::Changed destroyed(*item);
             m_Current = -1;
             m_Tree->clear();
             m_Tree->triggerUpdate();
             TAVIK::DataMaker::Destroy(item);
             MakeList();
+            return destroyed;
         },
         Refusal::Silent);
 }

@@ -1,4 +1,4 @@
-// The menu bar: one table, in the order of the menus.
+// The menu bar: one table, in the order of the menus; and what the commands' changes are called.
 #include "Vuxo.h"
 
 #include "Checks.h"
@@ -10,6 +10,7 @@
 #include <QMenuBar>
 
 #include <initializer_list>
+#include <string_view>
 
 namespace {
 
@@ -23,6 +24,7 @@ constexpr Needed electrostatics{"Calculate", "Electrostatics"};
 struct Entry {
     const char* label;
     const char* slot;
+    const char* deed = nullptr; ///< what its change is called: the entry's label, unless it says so
     int key = 0;
     const Needed* needed = nullptr; ///< the plug-in without which there is no such entry
 };
@@ -30,44 +32,45 @@ struct Entry {
 struct Menu {
     const char* title;
     std::initializer_list<Entry> entries;
+    const char* deed = nullptr; ///< the same for all its entries
 };
 
 const std::initializer_list<Menu> menus = {
     {"&File", {{"Exit", SLOT(close())}}},
     {"Select",
-     {{"Clear", SLOT(SelectedClear())},
-      {"Invert", SLOT(SelectedToggle())},
-      {"Full groups", SLOT(SelectGroups())},
-      {"Within rad.", SLOT(SelectRadius())},
-      {"All Fgroups", SLOT(SelectGroupsG())},
-      {"Any w/ rad.", SLOT(SelectRadiusG())},
-      {"Atoms by type", SLOT(SelectHydrogens())},
-      {"Nearby Grids", SLOT(SelectGridBounds())},
+     {{"Clear", SLOT(SelectedClear()), "Clear selection in"},
+      {"Invert", SLOT(SelectedToggle()), "Invert selection of"},
+      {"Full groups", SLOT(SelectGroups()), "Select"},
+      {"Within rad.", SLOT(SelectRadius()), "Select %1 within radius"},
+      {"All Fgroups", SLOT(SelectGroupsG()), "Select"},
+      {"Any w/ rad.", SLOT(SelectRadiusG()), "Select %1 within radius"},
+      {"Atoms by type", SLOT(SelectHydrogens()), "Select %1 by type"},
+      {"Nearby Grids", SLOT(SelectGridBounds()), "Fit %1 to the selection"},
       {"Query", SLOT(showQuery())}}},
     {"Display",
      {{"Hide", SLOT(SelectedHide())},
-      {"Hide unselected", SLOT(UnselectedHide())},
-      {"Hide All unsels", SLOT(UnselectedHideG())},
+      {"Hide unselected", SLOT(UnselectedHide()), "Hide"},
+      {"Hide All unsels", SLOT(UnselectedHideG()), "Hide"},
       {"Show", SLOT(SelectedShow())},
-      {"Set color", SLOT(SelectedColor())},
-      {"Color by Temp", SLOT(SelectedColorTemp())},
-      {"Default color", SLOT(SelectedUnColor())}}},
+      {"Set color", SLOT(SelectedColor()), "Set color of"},
+      {"Color by Temp", SLOT(SelectedColorTemp()), "Color %1 by temperature"},
+      {"Default color", SLOT(SelectedUnColor()), "Default color of"}}},
     {"Modify",
-     {{"FirstModel", SLOT(SelectedOrigModel()), Qt::Key_F},
-      {"Prev Model", SLOT(SelectedPrevModel()), Qt::Key_P},
-      {"Next Model", SLOT(SelectedNextModel()), Qt::Key_N},
-      {"Colour Atoms by Residue", SLOT(SelectedColorGrp2Atom())}}},
+     {{"FirstModel", SLOT(SelectedOrigModel()), "First model of", Qt::Key_F},
+      {"Prev Model", SLOT(SelectedPrevModel()), "Previous model of", Qt::Key_P},
+      {"Next Model", SLOT(SelectedNextModel()), "Next model of", Qt::Key_N},
+      {"Colour Atoms by Residue", SLOT(SelectedColorGrp2Atom()), "Colour atoms of"}}},
     {"Add",
      {{"Rotamers", SLOT(SelectedRotamers())},
-      {"ContourHi", SLOT(MakeContourHi()), 0, &solidVolume},
-      {"ContourLo", SLOT(MakeContourLo()), 0, &solidVolume},
-      {"ConnollySurface", SLOT(MakeSurface()), 0, &solidVolume},
-      {"VdWaalsSurface", SLOT(MakeSurfaceVdW()), 0, &solidVolume},
-      {"SolAccesSurface", SLOT(MakeSurfaceSolv()), 0, &solidVolume},
-      {"SubSurface", SLOT(MakeSubSurface()), 0, &solidVolume},
+      {"ContourHi", SLOT(MakeContourHi()), nullptr, 0, &solidVolume},
+      {"ContourLo", SLOT(MakeContourLo()), nullptr, 0, &solidVolume},
+      {"ConnollySurface", SLOT(MakeSurface()), nullptr, 0, &solidVolume},
+      {"VdWaalsSurface", SLOT(MakeSurfaceVdW()), nullptr, 0, &solidVolume},
+      {"SolAccesSurface", SLOT(MakeSurfaceSolv()), nullptr, 0, &solidVolume},
+      {"SubSurface", SLOT(MakeSubSurface()), nullptr, 0, &solidVolume},
       {"Define set", SLOT(MakeSet())},
-      {"Cartesian", SLOT(MakeCartesian())},
-      {"MapGrid2Surface", SLOT(MapGrid2Surf()), 0, &electrostatics}}},
+      {"Cartesian", SLOT(MakeCartesian()), "Add"},
+      {"MapGrid2Surface", SLOT(MapGrid2Surf()), nullptr, 0, &electrostatics}}},
     {"Delete",
      {{"Tree", SLOT(KillClump())},
       {"Chain", SLOT(KillMolecules())},
@@ -77,9 +80,27 @@ const std::initializer_list<Menu> menus = {
       {"Bond", SLOT(KillBonds())},
       {"Grid", SLOT(KillGrids())},
       {"Surface", SLOT(KillSurfaces())},
-      {"All", SLOT(KillAll())}}},
+      {"All", SLOT(KillAll())}},
+     "Delete"},
     {"Help", {{"Show", SLOT(help())}}},
 };
+
+// What is changed by other ways than the menu bar.
+const std::initializer_list<Entry> otherChanges = {
+    {"Union", SLOT(applySelect()), "Select %1 by name"},
+    {"Intersection", SLOT(applyMask()), "Unselect %1 by name"},
+    {"Difference", SLOT(applyDiff()), "Unselect %1 by name"},
+    {"Select", SLOT(SelectionChanged())},
+    {"Show or hide", SLOT(toggleVisible())},
+    {"Delete", SLOT(killTopLevel())},
+    {"Delete", SLOT(KillBranch(TreeItem*))},
+};
+
+// Whether `entry`, in which SLOT() wrote a digit before the name and a bracket behind it, is of it.
+bool isOf(const Entry& entry, std::string_view slot) {
+    return std::string_view(entry.slot).substr(1).starts_with(slot) &&
+           entry.slot[1 + slot.size()] == '(';
+}
 
 } // namespace
 
@@ -105,6 +126,19 @@ void Vuxo::CreateMenubar() {
                 action->setShortcut(QKeySequence(entry.key));
         }
     }
+}
+
+Vuxo::ChangeLabel Vuxo::changeLabel(const char* slot) {
+    for (const Menu& menu : menus)
+        for (const Entry& entry : menu.entries)
+            if (isOf(entry, slot))
+                return {menu.deed ? menu.deed : entry.label, entry.deed  ? entry.deed
+                                                             : menu.deed ? menu.deed
+                                                                         : entry.label};
+    for (const Entry& entry : otherChanges)
+        if (isOf(entry, slot))
+            return {entry.label, entry.deed ? entry.deed : entry.label};
+    return {"", ""};
 }
 
 void Vuxo::help() {

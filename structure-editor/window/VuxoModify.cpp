@@ -4,6 +4,7 @@
 
 #include "Traversal.h"
 #include "data/Colouring.h"
+#include "data/Counting.h"
 
 void ChangeModelFirst(TAVIK::Compound* residue) {
     residue->FirstModel();
@@ -20,7 +21,9 @@ void ChangeModelPrev(TAVIK::Compound* residue) {
 void Vuxo::ForSelectedResidues(void (*function)(TAVIK::Compound*), const char* slot) {
     change<DataPoint>(
         rootItem(),
-        [function](TAVIK::Compound* root) { TAVIK::ForResidues(root, false, function); },
+        [function](TAVIK::Compound* root) {
+            return TAVIK::ForResidues(root, false, Counting("residue", function)).changed();
+        },
         Refusal::Report, slot);
 }
 

@@ -69,9 +69,14 @@ void Vuxo::applyPattern(SetOperation operation, const char* slot) {
         return;
     TAVIK::Compound* root = m_CurrentOnly->isChecked() ? rootItem() : TAVIK::Space::instance();
     const auto apply = [&](TAVIK::Compound* item) {
-        const QString refusal = applySetOperation(item, operation, nameExpression(item, pattern));
-        if (!refusal.isEmpty())
+        Done done;
+        const QString refusal =
+            applySetOperation(item, operation, nameExpression(item, pattern), &done.changed);
+        if (!refusal.isEmpty()) {
             Logger::Write(refusal.toLatin1().toStdString());
+            done.deed = "";
+        }
+        return done;
     };
     change<DataPoint>(root, apply, Refusal::Report, slot);
 }

@@ -5,6 +5,7 @@
 #include "Space.h"
 #include "Traversal.h"
 #include "VuxoDialogs.h"
+#include "data/Counting.h"
 #include "data/ItemRef.h"
 #include "data/Selecting.h"
 #include "radius/RadiusSearch.h"
@@ -14,13 +15,17 @@
 #include <functional>
 
 void Vuxo::SelectedClear() {
-    change<DataPoint>(rootItem(), [](TAVIK::Compound* root) { root->SetSelected(false); });
+    change<DataPoint>(rootItem(), [](TAVIK::Compound* root) {
+        root->SetSelected(false);
+        return TAVIK::Changed(*root);
+    });
 }
 
 void Vuxo::SelectedToggle() {
     qDebug("%s", "Vuxo::InvertSelection");
     change<DataPoint>(rootItem(), [](TAVIK::Compound* root) {
-        TAVIK::ForAtoms(root, true, std::mem_fn(&TAVIK::Compound::ToggleSelected));
+        const auto toggle = std::mem_fn(&TAVIK::Compound::ToggleSelected);
+        return TAVIK::ForAtoms(root, true, Counting("atom", toggle)).changed();
     });
 }
 
@@ -34,7 +39,10 @@ void Vuxo::SelectGroupsG() {
 
 void Vuxo::selectFullGroups(TAVIK::Compound* root, const char* slot) {
     change<DataPoint>(
-        root, [](TAVIK::Compound* item) { TAVIK::ForGroups(item, true, FullGroup); },
+        root,
+        [](TAVIK::Compound* item) {
+            return TAVIK::ForGroups(item, true, Counting("group", FullGroup)).changed();
+        },
         Refusal::Report, slot);
 }
 
@@ -54,33 +62,30 @@ void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label, const
         const bool isLocal = item == rootItem();
         const std::optional<double> radius = askRadius(label);
         if (!window || !radius)
-            return Refresh::Nothing;
+            return Done::nothing();
         TAVIK::Compound* found = isLocal ? stillShown(asked) : asked.inSpace();
-        if (!found)
-            return Refresh::Nothing;
-        selectAround(found, *radius);
-        return Refresh::Everything;
+        return found ? Done{selectAround(found, *radius)} : Done::nothing();
     };
     change<DataPoint>(root, ask, Refusal::Report, slot);
 }
 
 void Vuxo::SelectHydrogens() {
-    attempt([this] {
+    attempt([this, slot = __func__] {
         const QPointer<Vuxo> window(this);
         const std::optional<QString> type = askText(
             tr("Select atoms"), tr("Enter single atom type (e.g. H, O, Cu)"), QStringLiteral("H"));
         if (!window || !type)
             return;
-        withGuard<DataPoint>(TAVIK::Space::instance(), [&type](TAVIK::Compound* space) {
-            TAVIK::ForAtoms(space, true, SelectType(type->toLatin1().toStdString())).select();
+        withGuard<DataPoint>(slot, TAVIK::Space::instance(), [&type](TAVIK::Compound* space) {
+            const SelectType ofType(type->toLatin1().toStdString());
+            return TAVIK::ForAtoms(space, true, ofType).select();
         });
     });
 }
 
 void Vuxo::SelectGridBounds() {
     change<DataPoint>(TAVIK::Space::instance(), [](TAVIK::Compound* space) {
-        boundGrids(space);
-        return Refresh::Nothing; // The window shows none of it.
+        return Done{boundGrids(space), Refresh::Nothing}; // The window shows none of it.
     });
 }
 

@@ -48,8 +48,14 @@ void Vuxo::showItem(TAVIK::Compound* item) {
 void Vuxo::SelectionChanged() {
     TreeItem* top = m_Tree->firstChild();
     if (top)
-        change<DataPoint>(TAVIK::Space::instance(),
-                          [top](TAVIK::Space*) { top->CheckSelection(); });
+        change<DataPoint>(TAVIK::Space::instance(), [top](TAVIK::Space*) {
+            HandedOver handed;
+            top->CheckSelection(handed);
+            if (handed.selected.count() > 0)
+                return Done{handed.selected};
+            return Done{handed.unselected, Refresh::Everything,
+                        handed.unselected.count() > 0 ? "Unselect" : ""};
+        });
 }
 
 // What memory did not suffice for is made good with the next notification, whatever it tells of.

@@ -41,6 +41,7 @@ private slots:
         clickEntry(*m_window, 0);
         bool toldThoughItFailed = false;
         bool failed = true;
+        int quiet = 0;
         for (int granted = 0; failed; ++granted) {
             OtherPlugin other;
             {
@@ -49,8 +50,11 @@ private slots:
                 failed = FailingMemory::refusals() > 0;
             }
             const QStringList log = takeHostLog();
-            QCOMPARE(log.size(), failed ? 1 : 0);
-            if (failed) {
+            // Without memory for the name in its label the change is made all the same.
+            const bool isQuiet = failed && log.isEmpty() && other.updates == 1;
+            quiet += isQuiet;
+            QCOMPARE(log.size(), failed && !isQuiet ? 1 : 0);
+            if (!log.isEmpty()) {
                 QCOMPARE(log.front(), "Structure Editor: ListEvent failed: std::bad_alloc");
                 toldThoughItFailed = toldThoughItFailed || other.updates == 1;
             }
@@ -66,6 +70,7 @@ private slots:
             QVERIFY(granted < 100);
         }
         QVERIFY(toldThoughItFailed); // a guard that unwinds announces its change
+        QVERIFY(quiet <= 1);
     }
 
     void aSelectionThatCannotBeShownIsShownOnceItCan() {
