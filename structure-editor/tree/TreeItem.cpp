@@ -1,28 +1,24 @@
-// How rows come and go, and the memory that they stand in.
 #include "TreeItem.h"
 
+#include "CellText.h"
 #include "Checks.h"
 #include "Kinds.h"
-#include "RowPool.h"
 #include "TreeModel.h"
 #include "TreeView.h"
 
 #include <algorithm>
-#include <new>
+#include <array>
 
 namespace {
 
 constexpr auto notFound = static_cast<std::size_t>(-1);
 
-using Pool = RowPool<sizeof(TreeItem)>;
-
-Pool& pool() {
-    static Pool all;
-    return all;
-}
-
 unsigned int idOf(const TAVIK::Compound* c) {
     return c ? c->GetId() : 0;
+}
+
+QString yesNo(bool yes) {
+    return yes ? QStringLiteral("Yes") : QStringLiteral("No");
 }
 
 template <class... Kinds> bool isOneOf(const TAVIK::Compound* c) {
@@ -31,6 +27,9 @@ template <class... Kinds> bool isOneOf(const TAVIK::Compound* c) {
 
 } // namespace
 
+// There are millions of them.
+static_assert(sizeof(TreeItem) <= 48);
+
 TreeItem::Kind TreeItem::kindOf(const TAVIK::Compound* c) {
     if (isOneOf<TAVIK::Composite>(c))
         return Kind::Composite;
@@ -38,17 +37,9 @@ TreeItem::Kind TreeItem::kindOf(const TAVIK::Compound* c) {
     return single ? Kind::Single : Kind::Other;
 }
 
-void* TreeItem::operator new(std::size_t) {
-    return pool().takeRow();
-}
-
-void TreeItem::operator delete(void* row) noexcept {
-    pool().giveRow(row);
-}
-
 TreeItem::TreeItem(TAVIK::Compound* c, Kind kind, int line)
-    : m_Compound(c), m_id(idOf(c)), m_selected(c && c->IsSelected()), m_marked(m_selected),
-      m_elsewhere(kind == Kind::Other), m_composite(kind == Kind::Composite) {
+    : RowNode(idOf(c)), m_selected(c && c->IsSelected()), m_marked(m_selected),
+      m_elsewhere(kind == Kind::Other), m_composite(kind == Kind::Composite), m_Compound(c) {
     checkPtr(c, "TreeItem", line);
 }
 
@@ -58,66 +49,6 @@ TreeItem::TreeItem(TreeView* parent, TAVIK::Compound* c) : TreeItem(c, kindOf(c)
 
 TreeItem::TreeItem(TreeItem* parent, TAVIK::Compound* c) : TreeItem(c, kindOf(c), 61) {
     parent->root()->model.insert(parent, {this}, 1);
-}
-
-TreeItem::~TreeItem() {
-    deleteChildren();
-    giveArray(m_children, m_capacity);
-}
-
-// The root's list outlives the rows, and the pool's memory does not.
-TreeItem** TreeItem::takeArray(std::size_t capacity) const {
-    const std::size_t bytes = capacity * sizeof(TreeItem*);
-    return static_cast<TreeItem**>(m_isRoot ? ::operator new(bytes) : pool().takeArray(bytes));
-}
-
-void TreeItem::giveArray(TreeItem** array, std::size_t capacity) const noexcept {
-    if (m_isRoot)
-        ::operator delete(array);
-    else
-        pool().giveArray(array, capacity * sizeof(TreeItem*));
-}
-
-void TreeRoot::deleteRows() {
-    if (pool().holdsOnly(rows)) {
-        pool().dropAll();
-        m_count = 0;
-    } else {
-        deleteChildren();
-    }
-    rows = 0;
-}
-
-void TreeRoot::setRowsAside() {
-    if (m_count != 1)
-        return;
-    aside.reset(m_children[0]);
-    m_count = 0;
-    aside->m_parent = nullptr;
-    std::swap(rows, rowsAside);
-}
-
-void TreeRoot::dropAside() noexcept {
-    if (aside && pool().holdsOnly(rowsAside)) {
-        pool().dropAll();
-        aside.release(); // NOLINT: that was all there is
-    }
-    aside.reset();
-    rowsAside = 0;
-}
-
-TreeItem* TreeRoot::takeFromAside(TAVIK::Compound* c) {
-    if (!aside || aside->m_Compound != c || aside->m_id != idOf(c))
-        return nullptr;
-    Batch batch;
-    aside->comeBack(batch);
-    aside->UpdateSelection();
-    model.insert(this, {aside.get()}, batch.rows);
-    return aside.release(); // NOLINT: the tree's now
-}
-
-void TreeRoot::trimMemory() {
-    pool().trim();
 }
 
 const TreeRoot* TreeItem::root() const {
@@ -133,8 +64,12 @@ void TreeItem::setup() {
 }
 
 void TreeItem::setOpen(bool open) {
-    TreeModel& model = root()->model;
-    model.view()->setExpanded(model.indexOf(this), open);
+    if (m_open == open)
+        return;
+    m_open = open;
+    if (open && m_count > 0)
+        setup();
+    emit root()->model.openChanged(this);
 }
 
 void TreeItem::commAdd() {
@@ -210,26 +145,11 @@ void TreeItem::buildChildren(Batch& batch) {
     reserve(static_cast<std::size_t>(end - begin));
     for (TAVIK::Compound** it = begin; it != end; ++it) {
         TreeItem* const below = build(*it, batch).release();
-        below->m_parent = this;
-        below->m_position = m_count;
-        m_children[m_count++] = below;
+        append(below);
         m_marked |= below->m_marked;
         m_elsewhere |= below->m_elsewhere;
     }
-    sortChildren();
-}
-
-void TreeItem::deleteChildren() {
-    for (std::uint32_t i = 0; i != m_count; ++i)
-        delete m_children[i];
-    m_count = 0;
-}
-
-std::size_t TreeItem::rowCount() const {
-    std::size_t count = 1;
-    for (std::uint32_t i = 0; i != m_count; ++i)
-        count += m_children[i]->rowCount();
-    return count;
+    sort();
 }
 
 // A row whose item is gone is told by its address alone: nothing is made while rows are aside.
@@ -241,22 +161,21 @@ void TreeItem::comeBack(Batch& batch) {
         return;
     TAVIK::Compound** item = m_Compound->ChildBegin();
     TAVIK::Compound** const end = m_Compound->ChildEnd();
-    std::uint32_t kept = 0;
-    for (std::uint32_t i = 0; i != m_count; ++i) {
-        TreeItem* const row = m_children[i];
-        const bool stays = item != end && row->m_Compound == *item &&
-                           (!row->m_composite || row->m_id == idOf(*item));
-        if (!stays) {
-            delete row;
-            continue;
-        }
+    bool holdComposites = false;
+    keepOnly([&](TreeItem* row) {
+        if (item == end || row->m_Compound != *item ||
+            (row->m_composite && row->m_id != idOf(*item)))
+            return false;
         ++item;
-        if (row->m_position != kept)
-            row->m_position = kept;
-        m_children[kept++] = row;
-        row->comeBack(batch);
-    }
-    m_count = kept;
+        holdComposites = holdComposites || row->m_composite;
+        if (!row->m_composite)
+            row->comeBack(batch);
+        return true;
+    });
+    // Not before what is gone is out of the list: memory can run out from here on.
+    for (std::uint32_t i = 0; holdComposites && i != m_count; ++i)
+        if (m_children[i]->m_composite)
+            m_children[i]->comeBack(batch);
     if (item == end)
         return;
     // There are items without rows, or they stand in another order.
@@ -265,61 +184,231 @@ void TreeItem::comeBack(Batch& batch) {
     buildChildren(batch);
 }
 
-void TreeItem::reserve(std::size_t capacity) {
-    if (capacity <= m_capacity)
-        return;
-    TreeItem** const children = takeArray(capacity);
-    std::copy(m_children, m_children + m_count, children);
-    giveArray(m_children, m_capacity);
-    m_children = children;
-    m_capacity = static_cast<std::uint32_t>(capacity);
-}
-
-void TreeItem::makeRoom(std::size_t count) {
-    if (m_count + count > m_capacity)
-        reserve(std::max<std::size_t>(m_count + count, m_count + m_count / 2));
-}
-
-void TreeItem::insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count) {
-    if (std::any_of(rows, rows + count, [](const TreeItem* row) { return row->m_marked; }))
+void TreeItem::markFor(std::span<TreeItem* const> rows) {
+    if (std::any_of(rows.begin(), rows.end(), [](const TreeItem* row) { return row->m_marked; }))
         expectSelection();
-    TreeItem** const gap = m_children + position;
-    std::copy_backward(gap, m_children + m_count, m_children + m_count + count);
-    std::copy(rows, rows + count, gap);
-    m_count += count;
-    for (std::uint32_t i = position; i != m_count; ++i) {
-        m_children[i]->m_parent = this;
-        m_children[i]->m_position = i;
-    }
-    for (std::uint32_t i = 0; i != count; ++i)
-        for (TreeItem* above = this; rows[i]->m_elsewhere && above && !above->m_elsewhere;
-             above = above->m_parent)
+    if (std::any_of(rows.begin(), rows.end(), [](const TreeItem* row) { return row->m_elsewhere; }))
+        for (TreeItem* above = this; above && !above->m_elsewhere; above = above->m_parent)
             above->m_elsewhere = true;
 }
 
-void TreeItem::takeChildren(std::uint32_t position, std::uint32_t count) {
-    TreeItem** const gap = m_children + position;
-    for (std::uint32_t i = 0; i != count; ++i)
-        gap[i]->m_parent = nullptr;
-    std::copy(gap + count, m_children + m_count, gap);
-    m_count -= count;
-    for (std::uint32_t i = position; i != m_count; ++i)
-        m_children[i]->m_position = i;
+void TreeItem::addRows(TAVIK::Compound* c) {
+    Batch batch;
+    const Detached row = build(c, batch);
+    root()->model.insert(this, {row.get()}, batch.rows);
 }
 
-void TreeItem::sortChildren() {
-    TreeItem** const end = m_children + m_count;
-    const auto byId = [](const TreeItem* a, const TreeItem* b) { return a->m_id < b->m_id; };
-    if (std::is_sorted(m_children, end, byId))
+// The selection: the user's goes to the host, the host's comes into the rows.
+
+void TreeItem::setSelected(bool s) {
+    if (s)
+        expectSelection();
+    m_Dirty = true;
+    m_selected = s;
+    if (TreeRoot* tree = root())
+        tree->inStep = false;
+}
+
+bool TreeItem::isMarkedAbove() const {
+    const TreeItem* above = m_parent;
+    while (above && above->m_marked && !above->m_isRoot)
+        above = above->m_parent;
+    return !above || above->m_isRoot;
+}
+
+void TreeItem::expectSelection() {
+    if (m_isRoot)
         return;
-    std::stable_sort(m_children, end, byId);
+    if (m_parent)
+        m_parent->expectSelection();
+    if (m_marked)
+        return;
+    m_marked = true;
     for (std::uint32_t i = 0; i != m_count; ++i)
-        m_children[i]->m_position = i;
+        m_children[i]->m_selected = m_children[i]->m_marked = false;
+}
+
+bool TreeItem::selectsOthers() const {
+    return m_count > 0 ||
+           (m_elsewhere && m_Compound && m_Compound->PartBegin() != m_Compound->PartEnd());
+}
+
+void TreeItem::SetClean() {
+    if (m_Dirty)
+        m_Dirty = false;
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        m_children[i]->SetClean();
+}
+
+void TreeItem::CheckSelection() {
+    HandedOver handed;
+    CheckSelection(handed);
+}
+
+void TreeItem::CheckSelection(HandedOver& handed) {
+    CheckSelection(handed, root()->descending, isMarkedAbove());
+}
+
+void TreeItem::CheckSelection(HandedOver& handed, bool descending, bool markedAbove) {
+    if (m_Dirty) {
+        const bool selected = m_selected && markedAbove;
+        if (m_Compound) {
+            m_Compound->SetSelected(selected);
+            (selected ? handed.selected : handed.unselected).addOfAnyKind(m_Compound);
+        }
+        SetClean();
+        return;
+    }
+    for (std::uint32_t i = 0; i != m_count; ++i)
+        childAt(i, descending)->CheckSelection(handed, descending, markedAbove && m_marked);
+}
+
+bool TreeItem::holdsNoSelection(bool selected) const {
+    return m_count && !selected && !m_elsewhere && m_Compound && !m_Compound->HasSelected();
+}
+
+void TreeItem::UpdateSelection() {
+    if (m_parent)
+        m_parent->expectSelection();
+    updateRows();
+}
+
+void TreeItem::updateRows() {
+    const bool selected = m_Compound && m_Compound->IsSelected();
+    // What the walks over all rows wait for is memory: rows of items without any selection in them
+    // are not looked at, an item is called for before its turn, and a row is written only where it
+    // changes.
+    if (holdsNoSelection(selected)) {
+        mark(false, false);
+        return;
+    }
+    bool marked = selected;
+    constexpr std::uint32_t ahead = 12;
+    for (std::uint32_t i = 0; i != m_count; ++i) {
+        if (i + ahead < m_count)
+            __builtin_prefetch(m_children[i + ahead]->m_Compound);
+        TreeItem* const row = m_children[i];
+        if (row->m_count)
+            row->updateRows();
+        else
+            row->mark(row->m_Compound && row->m_Compound->IsSelected(), false);
+        marked |= row->m_marked;
+    }
+    mark(selected, marked);
+}
+
+// What cells say and look like, and the rows around one in the order shown.
+
+QString TreeItem::text(int column) const {
+    if (!m_Compound)
+        return {};
+    switch (column) {
+    case TreeModel::Object:
+        return QString::fromLatin1(m_Compound->GetName());
+    case TreeModel::Show:
+        return yesNo(m_Compound->IsVisible());
+    case TreeModel::Select:
+        return yesNo(m_Compound->IsSelected());
+    case TreeModel::Partial:
+        if (const auto* atom = dynamic_cast<const TAVIK::Atom*>(m_Compound))
+            return QString::fromLatin1(atom->GetModelNumber());
+        return yesNo(m_Compound->HasSelected());
+    default:
+        return {};
+    }
+}
+
+QString TreeItem::spoken() const {
+    if (!m_Compound)
+        return {};
+    return text(TreeModel::Object) + QStringLiteral(", ") +
+           spokenState(m_Compound->IsVisible(), m_Compound->IsSelected(),
+                       m_Compound->HasSelected());
+}
+
+QColor TreeItem::textColor(int column) const {
+    static constexpr std::array<Qt::GlobalColor, 5> byDepth = {
+        Qt::darkMagenta, Qt::magenta, Qt::darkGreen, Qt::darkBlue, Qt::red};
+    const auto level = static_cast<std::size_t>(depth());
+    return column == TreeModel::Object && level < byDepth.size() ? byDepth[level] : QColor();
+}
+
+QColor TreeItem::cellColor(int column) const {
+    if (column != TreeModel::Show || !m_Compound)
+        return {};
+    // A transparent item has a colour too, and the cell is where it can be seen.
+    QColor color = m_Compound->GetColor().toQColor();
+    color.setAlpha(255);
+    return color;
+}
+
+QString TreeItem::key(int, bool) const {
+    return QStringLiteral("%1").arg(m_id, 10);
+}
+
+int TreeItem::compare(const TreeItem* other, int column, bool ascending) const {
+    if (!other) {
+        qDebug("%s", "TreeItem::compare( QListViewItem )");
+        return key(column, ascending).compare(QString()) > 0 ? 1 : 0;
+    }
+    return m_id == other->m_id ? 0 : m_id < other->m_id ? -1 : 1;
+}
+
+TreeItem* TreeItem::parent() const {
+    return m_parent && !m_parent->m_isRoot ? m_parent : nullptr;
+}
+
+TreeItem* TreeItem::nextSibling() const {
+    const bool descending = root()->descending;
+    const std::uint32_t next = shownAt(descending) + 1;
+    return next < m_parent->m_count ? m_parent->childAt(next, descending) : nullptr;
+}
+
+TreeItem* TreeItem::child(int index) const {
+    if (index < 0 || index >= childCount())
+        return nullptr;
+    return childAt(static_cast<std::uint32_t>(index), root()->descending);
+}
+
+int TreeItem::depth() const {
+    int depth = 0;
+    for (const TreeItem* above = parent(); above; above = above->parent())
+        ++depth;
+    return depth;
+}
+
+int TreeItem::position() const {
+    return static_cast<int>(shownAt(root()->descending));
+}
+
+TreeItem* TreeItem::itemBelow() const {
+    if (m_open && m_count)
+        return firstChild();
+    for (const TreeItem* row = this; row; row = row->parent())
+        if (TreeItem* next = row->nextSibling())
+            return next;
+    return nullptr;
+}
+
+TreeItem* TreeItem::itemAbove() const {
+    const int at = position();
+    if (at == 0)
+        return parent();
+    TreeItem* row = m_parent->child(at - 1);
+    while (row->m_open && row->m_count)
+        row = row->child(row->childCount() - 1);
+    return row;
+}
+
+TreeItem* TreeItem::shownRow() {
+    TreeItem* shown = this;
+    for (TreeItem* above = parent(); above; above = above->parent())
+        if (!above->m_open)
+            shown = above;
+    return shown;
 }
 
 bool FFF2(TAVIK::Compound* c, TreeItem* parent) {
-    TreeItem::Batch batch;
-    const TreeItem::Detached row = TreeItem::build(c, batch);
-    parent->root()->model.insert(parent, {row.get()}, batch.rows);
+    parent->addRows(c);
     return true;
 }

@@ -5,6 +5,7 @@
 #include "ByClass.h"
 #include "Changed.h"
 #include "Compound.h"
+#include "RowNode.h"
 
 #include <QColor>
 #include <QString>
@@ -12,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -26,26 +28,20 @@ struct HandedOver {
     TAVIK::Changed unselected;
 };
 
-/// A row. Rows belong to their view, which alone deletes them, once they are out of the tree.
+/// A row. Rows belong to their tree, which alone deletes them, once they are out of it.
 ///
 /// Siblings are kept by rising host id; they are *shown*, and met by firstChild(), nextSibling()
 /// and child(), in that order or in the reverse one, as the header says. The id is remembered, so
 /// that sorting never asks an item that may be gone.
 ///
-/// A tree has millions of rows: a row is small, has no virtual functions, and knows its own place
-/// among its siblings, so that nothing here ever looks for it.
-class TreeItem {
+/// A tree has millions of rows: a row is small, and has no virtual functions.
+class TreeItem : public RowNode<TreeItem> {
 public:
     /// Makes the row of `c` at the top level of `parent`. A null `c` warns and makes an empty row,
     /// which nothing can be done with; so below.
     TreeItem(TreeView* parent, TAVIK::Compound* c);
     /// Makes the row of `c` below `parent`.
     TreeItem(TreeItem* parent, TAVIK::Compound* c);
-    TreeItem(const TreeItem&) = delete;
-    TreeItem& operator=(const TreeItem&) = delete;
-
-    static void* operator new(std::size_t size);
-    static void operator delete(void* row) noexcept;
 
     /// The host item that the row shows; not owned, and null in an empty row.
     TAVIK::Compound* compound() const { return m_Compound; }
@@ -58,7 +54,6 @@ public:
     TreeItem* nextSibling() const;
     /// The child row at `index` as shown; null outside 0 to childCount() - 1.
     TreeItem* child(int index) const;
-    int childCount() const { return static_cast<int>(m_count); }
     /// 0 at the top level.
     int depth() const;
     /// The place among the siblings as shown, from 0.
@@ -98,7 +93,8 @@ public:
         if (!m_configured)
             setup();
     }
-    /// Opens or closes the row in its view; a row that opens becomes the current one.
+    /// Opens or closes the row. Whether it is open is known here alone: views hear of it from the
+    /// model, and follow.
     void setOpen(bool open);
     bool isOpen() const { return m_open; }
 
@@ -136,13 +132,16 @@ public:
     void commAdd();
     /// Does nothing: the window clears the tree before anything is deleted.
     void commDel() {}
+    /// Makes the row of `c` below this one, and the rows of all that it holds.
+    void addRows(TAVIK::Compound* c);
+
+    /// The invisible row above all; null in a row that is in no tree.
+    const TreeRoot* root() const;
+    TreeRoot* root() { return const_cast<TreeRoot*>(std::as_const(*this).root()); }
 
 private:
-    friend bool FFF2(TAVIK::Compound* c, TreeItem* parent);
-    friend class TreeItemIterator;
-    friend class TreeModel;
+    friend class RowNode<TreeItem>;
     friend class TreeRoot;
-    friend class TreeView;
 
     /// What the class of an item says of its row.
     enum class Kind : std::uint8_t {
@@ -163,8 +162,8 @@ private:
     /// A row that is in no tree yet; `line` is what a null `c` is reported with.
     TreeItem(TAVIK::Compound* c, Kind kind, int line);
     /// The invisible row above the top level.
-    TreeItem() = default;
-    ~TreeItem();
+    TreeItem() : RowNode(Root()) {}
+    ~TreeItem() = default;
 
     static Kind kindOf(const TAVIK::Compound* c);
     void CheckSelection(HandedOver& handed, bool descending, bool markedAbove);
@@ -197,81 +196,24 @@ private:
     /// Makes a row and all below it as if they had just been made, where that is so much less work:
     /// closed, and for the items that now are there. Only the selection is not looked at.
     void comeBack(Batch& batch);
-    void deleteChildren();
     /// The rows of what the item holds now; there are none before.
     void buildChildren(Batch& batch);
-    /// How many rows there are from here on.
-    std::size_t rowCount() const;
+    /// Marks what rows that come below this one say of those above them.
+    void markFor(std::span<TreeItem* const> rows);
     std::size_t find(const TAVIK::Compound* c, std::size_t expected) const;
 
-    /// The invisible row above all; null in a row that is in no tree.
-    const TreeRoot* root() const;
-    TreeRoot* root() { return const_cast<TreeRoot*>(std::as_const(*this).root()); }
-    TreeItem* childAt(std::uint32_t index, bool descending) const {
-        return m_children[descending ? m_count - 1 - index : index];
-    }
-    /// The place among the siblings as shown.
-    std::uint32_t shownAt(bool descending) const {
-        return descending ? m_parent->m_count - 1 - m_position : m_position;
-    }
-
-    TreeItem** takeArray(std::size_t capacity) const;
-    void giveArray(TreeItem** array, std::size_t capacity) const noexcept;
-    void reserve(std::size_t capacity);
-    /// Makes room for `count` more children; they can then be inserted without failing.
-    void makeRoom(std::size_t count);
-    /// Puts `rows`, which have no parent yet and for which there is room, before the child at
-    /// `position`.
-    void insertChildren(std::uint32_t position, TreeItem* const* rows, std::uint32_t count);
-    /// Takes `count` children from `position` on out again; they are in no tree then.
-    void takeChildren(std::uint32_t position, std::uint32_t count);
-    /// Brings the children in order of their ids.
-    void sortChildren();
-
-    TAVIK::Compound* m_Compound = nullptr;
-    TreeItem* m_parent = nullptr;
-    TreeItem** m_children = nullptr;
-    std::uint32_t m_count = 0;
-    std::uint32_t m_capacity = 0;
-    std::uint32_t m_id = 0;       ///< the host's
-    std::uint32_t m_position = 0; ///< among the siblings by id
+    // The flags first: they stand in what the base leaves free.
     bool m_Dirty : 1 = false;
     bool m_selected : 1 = false;
-    bool m_marked : 1 = false;    ///< this row, or one below it, may be selected; if not, neither
-                                  ///< is, whatever their own flags say
+    bool m_marked : 1 = false;    ///< this row, or one below it, may be selected; if false, nothing
+                                  ///< from here down is, and the flags below are stale
     bool m_elsewhere : 1 = false; ///< this row, or one below it, is of the kind Other
     bool m_composite : 1 = false;
     bool m_open : 1 = false;
     bool m_expandable : 1 = false;
     bool m_configured : 1 = false; ///< setup() was done
-    bool m_isRoot : 1 = false;
+    TAVIK::Compound* m_Compound = nullptr;
 };
 
 /// Makes the row of `c` below `parent`, and the rows of all that it holds; always true.
 bool FFF2(TAVIK::Compound* c, TreeItem* parent);
-
-/// A depth-first walk over all rows from one on, as they are shown, those of closed branches
-/// included. It ends with the last row of the tree, and is void once rows come or go.
-class TreeItemIterator {
-public:
-    /// Starts at the first row.
-    explicit TreeItemIterator(const TreeView* view);
-    /// Starts at `start`, which may be null: the walk is over then.
-    explicit TreeItemIterator(TreeItem* start);
-
-    /// Null when the walk is over.
-    TreeItem* current() const { return m_current; }
-    TreeItemIterator& operator++() {
-        m_current = m_current->m_count ? m_current->childAt(0, m_descending) : after(m_current);
-        return *this;
-    }
-    /// Goes on without what lies below the current row.
-    void skipBelow() { m_current = after(m_current); }
-
-private:
-    /// The first row after all that lies below `row`.
-    TreeItem* after(const TreeItem* row) const;
-
-    TreeItem* m_current;
-    bool m_descending;
-};

@@ -1,7 +1,5 @@
 #include "TreeModel.h"
 
-#include "TreeView.h"
-
 #include <QColor>
 
 #include <algorithm>
@@ -14,7 +12,7 @@ constexpr std::size_t fewRuns = 16;
 
 } // namespace
 
-TreeModel::TreeModel(TreeView* view) : QAbstractItemModel(view), m_view(view), m_root(*this) {}
+TreeModel::TreeModel(QObject* parent) : QAbstractItemModel(parent), m_root(*this) {}
 
 TreeModel::~TreeModel() = default;
 
@@ -24,20 +22,19 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_
         std::size_t first;
         std::size_t end;
     };
-    const auto byId = [](const TreeItem* a, const TreeItem* b) { return a->m_id < b->m_id; };
+    const auto byId = [](const TreeItem* a, const TreeItem* b) { return a->id() < b->id(); };
     if (!std::is_sorted(rows.begin(), rows.end(), byId))
         std::stable_sort(rows.begin(), rows.end(), byId);
-    parent->makeRoom(rows.size());
+    TreeRoot::makeRoom(parent, rows.size());
     m_root.inStep = false;
 
     std::vector<Run> runs;
-    TreeItem* const* const begin = parent->m_children;
-    TreeItem* const* const end = begin + parent->m_count;
-    TreeItem* const* place = begin;
+    const std::span<TreeItem* const> siblings = parent->children();
+    auto place = siblings.begin();
     for (std::size_t i = 0; i != rows.size(); ++i) {
-        const bool last = begin == end || end[-1]->m_id <= rows[i]->m_id;
-        place = last ? end : std::upper_bound(place, end, rows[i], byId);
-        const auto position = static_cast<std::uint32_t>(place - begin);
+        const bool last = siblings.empty() || siblings.back()->id() <= rows[i]->id();
+        place = last ? siblings.end() : std::upper_bound(place, siblings.end(), rows[i], byId);
+        const auto position = static_cast<std::uint32_t>(place - siblings.begin());
         if (runs.empty() || runs.back().position != position)
             runs.push_back({position, i, i});
         runs.back().end = i + 1;
@@ -46,27 +43,29 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_
         // From the end, so that the places found stay true.
         for (; !runs.empty(); runs.pop_back()) {
             const Run& run = runs.back();
-            insertRun(parent, run.position, rows.data() + run.first,
-                      static_cast<std::uint32_t>(run.end - run.first));
+            insertRun(parent, run.position, {rows.data() + run.first, rows.data() + run.end});
         }
     } else {
-        insertRun(parent, parent->m_count, rows.data(), static_cast<std::uint32_t>(rows.size()));
-        rearrange({indexOf(parent)}, [&] { parent->sortChildren(); });
+        insertRun(parent, static_cast<std::uint32_t>(siblings.size()), rows);
+        rearrange({indexOf(parent)}, [&] { TreeRoot::sort(parent); });
     }
     m_root.rows += count;
 }
 
-void TreeModel::insertRun(TreeItem* parent, std::uint32_t position, TreeItem* const* rows,
-                          std::uint32_t count) {
-    const std::uint32_t shown = m_root.descending ? parent->m_count - position : position;
-    beginInsertRows(indexOf(parent), static_cast<int>(shown), static_cast<int>(shown + count - 1));
-    parent->insertChildren(position, rows, count);
+void TreeModel::insertRun(TreeItem* parent, std::uint32_t position,
+                          std::span<TreeItem* const> rows) {
+    const auto at = static_cast<int>(position);
+    const int shown = m_root.descending ? parent->childCount() - at : at;
+    const auto count = static_cast<int>(rows.size());
+    beginInsertRows(indexOf(parent), shown, shown + count - 1);
+    TreeRoot::insert(parent, position, rows);
     try {
         endInsertRows();
     } catch (...) {
         // Who was to hear of the rows may not have heard of all: the view starts anew without them.
         beginResetModel();
-        parent->takeChildren(position, count);
+        TreeRoot::take(parent, position, static_cast<std::uint32_t>(count));
+        m_root.closeAll();
         endResetModel();
         throw;
     }
@@ -86,7 +85,7 @@ void TreeModel::rearrange(const QList<QPersistentModelIndex>& parents, Change ch
 }
 
 void TreeModel::clear(bool keepAside) {
-    if (m_root.m_count == 0)
+    if (m_root.childCount() == 0)
         return;
     // Rows are cleared when items are gone too: whoever is told of it must not ask them.
     m_leaving = true;

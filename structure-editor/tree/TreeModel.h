@@ -1,48 +1,20 @@
 // The rows of the structure tree as Qt's views read them.
 #pragma once
 
-#include "TreeItem.h"
+#include "TreeRoot.h"
 
 #include <QAbstractItemModel>
-
-/// The invisible row above the top level. It leads every row to its model.
-class TreeRoot : public TreeItem {
-public:
-    explicit TreeRoot(TreeModel& ofModel) : model(ofModel) { m_isRoot = true; }
-    ~TreeRoot() = default;
-    /// Deletes all rows. Their memory stays for rows that come next, until it is trimmed.
-    void deleteRows();
-    /// Gives back memory that no row stands in.
-    static void trimMemory();
-    /// Takes the rows out, if they are those of one item, and keeps them for when that is shown
-    /// again.
-    void setRowsAside();
-    /// Puts the rows that were set aside into the tree again if they are of `c`, as if they had
-    /// just been made; else null.
-    TreeItem* takeFromAside(TAVIK::Compound* c);
-    void dropAside() noexcept;
-
-    TreeModel& model;
-    std::size_t rows = 0; ///< how many there are; less where memory ran out as they came
-    Detached aside;
-    std::size_t rowsAside = 0;
-    bool descending = false; ///< shown by falling id
-    bool inStep = false; ///< no row has come or was changed by the user since all took the host's
-                         ///< selection over
-    std::uint64_t selectionTaken = 0; ///< SelectionChanges() when they did
-};
 
 /// Owns the rows. Rows come one at a time or with all that lies below them, and go only all at
 /// once. What is open, current or selected stays so while rows come, unless memory runs out.
 class TreeModel : public QAbstractItemModel {
     Q_OBJECT
 public:
-    explicit TreeModel(TreeView* view);
+    explicit TreeModel(QObject* parent = nullptr);
     ~TreeModel() override;
 
     enum Column { Object, Show, Select, Partial, Columns };
 
-    TreeView* view() const { return m_view; }
     TreeRoot* root() { return &m_root; }
     const TreeRoot* root() const { return &m_root; }
 
@@ -70,15 +42,17 @@ public:
     /// Shows the rows by rising or falling host id, whatever the column.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
+signals:
+    /// `row` was opened or closed.
+    void openChanged(TreeItem* row);
+
 private:
     const TreeItem* rowOf(const QModelIndex& parent) const;
-    void insertRun(TreeItem* parent, std::uint32_t position, TreeItem* const* rows,
-                   std::uint32_t count);
+    void insertRun(TreeItem* parent, std::uint32_t position, std::span<TreeItem* const> rows);
     /// Runs `change`, which moves rows among their siblings.
     template <class Change>
     void rearrange(const QList<QPersistentModelIndex>& parents, Change change);
 
-    TreeView* m_view;
     TreeRoot m_root;
     bool m_leaving = false; ///< the rows are about to be deleted
 };

@@ -47,6 +47,8 @@ TreeView::TreeView(QWidget* parent, const char* name)
         if (!m_fitting)
             m_fixedWidth[static_cast<std::size_t>(column)] = true;
     });
+    connect(m_rows, &TreeModel::openChanged, this,
+            [this](TreeItem* row) { setExpanded(m_rows->indexOf(row), row->isOpen()); });
     connect(this, &QTreeView::expanded, this, &TreeView::Expansion);
     connect(this, &QTreeView::collapsed, this, &TreeView::rowClosed);
 }
@@ -121,15 +123,13 @@ void TreeView::triggerUpdate() {
 
 void TreeView::Expansion(const QModelIndex& index) {
     TreeItem* row = TreeModel::itemOf(index);
-    row->m_open = true;
-    if (row->childCount() > 0)
-        row->setup();
+    row->setOpen(true);
     setCurrentItem(row);
 }
 
 void TreeView::rowClosed(const QModelIndex& index) {
     TreeItem* row = TreeModel::itemOf(index);
-    row->m_open = false;
+    row->setOpen(false);
     for (const TreeItem* above = currentItem(); above; above = above->parent())
         if (above == row)
             setCurrentItem(row);

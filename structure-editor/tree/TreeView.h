@@ -1,6 +1,7 @@
 // The structure tree: the item that the window shows, with all that it holds, in four columns.
 #pragma once
 
+#include "TreeItemIterator.h"
 #include "TreeModel.h"
 #include "TreeSelection.h"
 #include "TypeAhead.h"

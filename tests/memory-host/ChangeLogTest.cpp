@@ -7,7 +7,8 @@
 #include "Subscriber.h"
 #include "TestSupport.h"
 #include "files/Files.h"
-#include "services/Services.h"
+#include "items/SpaceLock.h"
+#include "services/Log.h"
 
 #include <QApplication>
 #include <QMenu>

@@ -7,7 +7,9 @@
 #include "Space.h"
 #include "WindowTestCase.h"
 #include "items/Building.h"
-#include "services/Services.h"
+#include "items/SpaceLock.h"
+#include "services/DataFolder.h"
+#include "services/Log.h"
 
 #include <QInputDialog>
 #include <QLineEdit>

@@ -1,0 +1,52 @@
+// The invisible row above all rows of a structure tree. It leads every row to its model, and puts
+// rows into the tree and takes them out: all at once, or aside for a while.
+#pragma once
+
+#include "TreeItem.h"
+
+class TreeModel;
+
+class TreeRoot : public TreeItem {
+public:
+    explicit TreeRoot(TreeModel& ofModel) : model(ofModel) {}
+    ~TreeRoot() = default;
+
+    // What the model does between telling that it is about to, and that it is done.
+
+    /// Makes room for `count` more rows below `parent`; they can then be put there without failing.
+    static void makeRoom(TreeItem* parent, std::size_t count) { parent->makeRoom(count); }
+    /// Puts `rows`, which are in no tree and for which there is room, before the one at `position`.
+    static void insert(TreeItem* parent, std::uint32_t position, std::span<TreeItem* const> rows);
+    /// Takes `count` rows from `position` on out again; they are in no tree then.
+    static void take(TreeItem* parent, std::uint32_t position, std::uint32_t count) {
+        parent->take(position, count);
+    }
+    /// Brings the rows below `parent` in order of their ids.
+    static void sort(TreeItem* parent) { parent->sort(); }
+
+    /// Deletes all rows. Their memory stays for rows that come next, until it is trimmed.
+    void deleteRows();
+    /// Gives back memory that no row stands in.
+    static void trimMemory();
+    /// Closes all rows.
+    void closeAll();
+
+    /// Takes the rows out, if they are those of one item, and keeps them for when that is shown
+    /// again.
+    void setRowsAside();
+    /// Puts the rows that were set aside into the tree again if they are of `c`, as if they had
+    /// just been made; else null.
+    TreeItem* takeFromAside(TAVIK::Compound* c);
+    void dropAside() noexcept;
+
+    TreeModel& model;
+    std::size_t rows = 0;    ///< how many there are; less where memory ran out as they came
+    bool descending = false; ///< shown by falling id
+    bool inStep = false; ///< no row has come or was changed by the user since all took the host's
+                         ///< selection over
+    std::uint64_t selectionTaken = 0; ///< SelectionChanges() when they did
+
+private:
+    Detached m_aside;
+    std::size_t m_rowsAside = 0;
+};
