@@ -1,5 +1,5 @@
-// Positions and temperature factors of atoms as a file gives them: what is no number is remarked
-// on, and a file without a single usable position is refused.
+// Positions and temperature factors of atoms as a file gives them. A text that is no number gets a
+// remark; a file without a single usable position is refused.
 #pragma once
 
 #include "AtomTable.h"
@@ -15,7 +15,7 @@ namespace memory_host {
 
 class AtomNumbers {
 public:
-    /// What stands behind "accepted are" in remarks on either.
+    /// The text after "accepted are" in remarks on positions and temperature factors.
     struct Accepted {
         std::string position;
         std::string temperature;
@@ -24,8 +24,8 @@ public:
     AtomNumbers(FileReport& report, Accepted accepted)
         : m_report(report), m_accepted(std::move(accepted)) {}
 
-    /// Gives the atom its position if all of `values` are numbers. `isBlank` says that the file
-    /// gives none of them; `written()` makes the text that it gives, for a remark.
+    /// Sets the atom's position if all of `values` are numbers. `isBlank` says that the file has no
+    /// text for any of them; `written()` makes the file's text, for a remark.
     template <class Written>
     void setPosition(AtomRow& row, const std::array<std::optional<float>, 3>& values, bool isBlank,
                      std::size_t line, const Written& written) {
@@ -40,10 +40,10 @@ public:
             remarkOnText(row, line, written());
         }
     }
-    /// Gives the atom a temperature factor unless its `text` is empty; 0 when it is no `value`.
+    /// Sets the atom's temperature factor unless `text` is empty; 0 when there is no `value`.
     void setTemperature(AtomRow& row, std::string_view text, std::optional<float> value,
                         std::size_t line);
-    /// Counts an atom that has no position for a reason that is told elsewhere.
+    /// Counts an atom without a position, if the reason is reported elsewhere.
     void withoutPosition(std::size_t line) {
         if (m_firstBlankLine == 0)
             m_firstBlankLine = line;

@@ -1,5 +1,5 @@
-// The atoms of a structure file as plain rows, sorted into chains and residues: what the readers
-// of all formats bring, and what the items are built from.
+// The atoms of a structure file as plain rows, sorted into chains and residues: the result of the
+// readers of all formats, from which the items are built.
 #pragma once
 
 #include "Bonds.h"
@@ -23,7 +23,7 @@ constexpr Serial noSerial = 0;
 struct AtomEntry {
     std::array<float, 3> position{}; ///< Å
     float temperature = 0.0F;        ///< Å²
-    std::uint32_t name = 0;          ///< in the table's names, as all names here
+    std::uint32_t name = 0;          ///< in the table's names, like all names here
     std::uint32_t residue = 0;       ///< in the model's residues
     std::uint16_t alternative = 0;   ///< 0: shared by all alternative locations
     Element element = unknownElement;
@@ -47,7 +47,7 @@ struct ModelTable {
     std::vector<TAVIK::PartialCharge> charges;
     /// Indices of atoms: those that the file lists, then those by distance, each ascending.
     std::vector<BondPair> bonds;
-    std::size_t listedBonds = 0; ///< how many of the bonds the file lists
+    std::size_t listedBonds = 0; ///< how many of the bonds are listed in the file
 
     /// One past the last atom of a residue.
     std::uint32_t atomEnd(std::size_t residue) const {
@@ -58,10 +58,10 @@ struct ModelTable {
 
 /// One entry of a file.
 struct StructureTable {
-    std::string name; ///< fit to be a component of a qualified name
+    std::string name; ///< valid as a component of a qualified name
     std::unique_ptr<FileNames> names = std::make_unique<FileNames>();
     std::vector<ModelTable> models; ///< none of them empty
-    std::uint32_t alternatives = 0; ///< how many alternative locations have letters of their own
+    std::uint32_t alternatives = 0; ///< how many alternative locations have a letter
 };
 
 /// The name of a residue's item, as "MET 1" or "PRO,SER 22A".

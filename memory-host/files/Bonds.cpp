@@ -10,7 +10,7 @@ namespace memory_host {
 namespace {
 
 constexpr std::size_t axisCount = 3;
-// No cell is smaller, in Å: with it, farthestBond bounds the number of cells along an axis.
+// Least edge of a cell in Å, so that farthestBond bounds the number of cells along an axis.
 constexpr double smallestEdge = 1.0;
 
 struct Point {
@@ -41,14 +41,14 @@ double squaredDistance(const Point& a, const Point& b) {
     return x * x + y * y + z * z;
 }
 
-// Whether the distance is that of a bond, or shorter.
+// Whether two atoms are at most the length of a bond apart.
 bool meet(const Point& a, const Point& b) {
     const double longest =
         static_cast<double>(a.radius) + static_cast<double>(b.radius) + bondTolerance;
     return squaredDistance(a, b) <= longest * longest;
 }
 
-// Whether the two may be there at the same time.
+// Whether alternative locations allow both atoms at the same time.
 bool areTogether(const Point& a, const Point& b) {
     return a.alternative == b.alternative || a.alternative == 0 || b.alternative == 0;
 }
@@ -66,7 +66,7 @@ bool mayBond(const Point& a, const Point& b) {
     return areTogether(a, b) && squaredDistance(a, b) >= shortestBond * shortestBond;
 }
 
-// Sorts by key, a few bits at a time, and keeps the order of equal ones.
+// A stable radix sort by key.
 void sortByKey(std::vector<std::pair<std::uint64_t, std::uint32_t>>& keys, int bits) {
     constexpr int digitBits = 11;
     constexpr std::size_t digits = std::size_t{1} << digitBits;
@@ -127,7 +127,7 @@ private:
         return {cellAlong(point.x) - m_origin[0], cellAlong(point.y) - m_origin[1],
                 cellAlong(point.z) - m_origin[2]};
     }
-    // Truncation rounds down, because what is truncated is positive.
+    // Truncation rounds down, because the number is positive.
     std::int64_t cellAlong(float coordinate) const {
         constexpr double positive = 2.0 * static_cast<double>(farthestBond) / smallestEdge;
         return static_cast<std::int64_t>(static_cast<double>(coordinate) * m_perEdge + positive);
@@ -152,15 +152,15 @@ private:
     std::vector<BondPair> m_doubtful; ///< points: a metal, and carbon or phosphorus
     float m_largestRadius = 0.0F;
     double m_perEdge = 1.0;     ///< cells an Å
-    float m_farForSmall = 0.0F; ///< square of a distance that is no bond of two small atoms
+    float m_farForSmall = 0.0F; ///< square of a distance too long for a bond of two small atoms
     CellIndex m_origin{};
     CellIndex m_count{};                  ///< cells along an axis, with an empty margin
-    std::array<int, axisCount> m_shift{}; ///< of an axis within a key
+    std::array<int, axisCount> m_shift{}; ///< bits that an axis is shifted by in a key
     std::size_t m_compared = 0;           ///< see Bonds
 };
 
-// A few large atoms, as metals in a protein are, do not set the size of the cells: they look
-// further around themselves.
+// A few large atoms, such as the metals in a protein, do not set the size of the cells: they search
+// more cells around themselves.
 void BondSearch::choosePoints() {
     std::vector<float> radii;
     m_points.reserve(m_atoms.size());
@@ -181,7 +181,7 @@ void BondSearch::choosePoints() {
     std::nth_element(radii.begin(), usual, radii.end());
     for (Point& point : m_points)
         point.isLarge = point.radius > *usual;
-    // A hair wider, so that rounding never parts two atoms that meet by more than a cell.
+    // Slightly larger, so that despite rounding, atoms that meet are at most one cell apart.
     const double longest = (2.0 * *usual + bondTolerance) * (1.0 + 1.0e-5);
     m_perEdge = 1.0 / std::max(smallestEdge, longest);
     m_farForSmall = static_cast<float>(longest * longest);
@@ -197,8 +197,8 @@ void BondSearch::sortIntoCells() {
             highest[axis] = std::max(highest[axis], cell[axis]);
         }
     }
-    // The margin lets a key's neighbours be found by adding: no axis runs over into the next. Each
-    // takes at most 21 bits.
+    // Thanks to the margin, adding to a key gives its neighbours: no axis overflows into the next.
+    // Each axis takes at most 21 bits.
     int bits = 0;
     for (std::size_t axis = axisCount; axis-- != 0;) {
         m_origin[axis] = lowest[axis] - 1;
@@ -232,7 +232,7 @@ void BondSearch::sortIntoCells() {
     m_points.swap(sorted);
 }
 
-// Takes in two points that meet. Those that are crowded already get no more pairs.
+// Records that two points meet. Points that are crowded already get no more pairs.
 void BondSearch::join(std::uint32_t i, std::uint32_t k) {
     const bool isCrowded = std::max(++m_near[i], ++m_near[k]) > mostNear();
     if (isCrowded || !mayBond(m_points[i], m_points[k]))
@@ -256,8 +256,8 @@ void BondSearch::searchRange(std::uint32_t i, std::uint32_t first, std::uint32_t
     }
 }
 
-// Each pair is met once, at the cell that comes first. Cells are visited in ascending order, so
-// that the starts of the rows of three cells that come after a cell only ever move forward.
+// Each pair is found once, from the cell that comes first. Cells are visited in ascending order, so
+// that the starts of the rows of three neighbour cells only move forward.
 void BondSearch::searchAroundSmall() {
     const std::uint64_t x = std::uint64_t{1} << m_shift[0];
     const std::uint64_t y = std::uint64_t{1} << m_shift[1];
@@ -293,7 +293,7 @@ void BondSearch::searchAroundSmall() {
     }
 }
 
-// Calls `visit` with each point in the cells that are within reach, as an index.
+// Calls `visit` with the index of each point in the cells within reach.
 template <class Visit> void BondSearch::visitAround(const Point& point, double reach, Visit visit) {
     const auto layers = static_cast<std::int64_t>(std::ceil(reach * m_perEdge * (1.0 + 1.0e-5)));
     const CellIndex cell = cellOf(point);
@@ -318,7 +318,7 @@ template <class Visit> void BondSearch::visitAround(const Point& point, double r
     }
 }
 
-// Small atoms have not looked at large ones. Two large ones look at each other; the first counts.
+// The search around small atoms skips large ones. A pair of large ones is found from the first.
 void BondSearch::searchAroundLarge(std::uint32_t i) {
     const Point& point = m_points[i];
     const double reach = static_cast<double>(point.radius) + m_largestRadius + bondTolerance;
@@ -344,7 +344,7 @@ bool BondSearch::hasNearerLigand(const Point& metal, const Point& other) {
 
 void BondSearch::keepDoubtful() {
     for (const auto& [i, k] : m_doubtful) {
-        // The bonds of crowded atoms go anyway.
+        // The bonds of crowded atoms are removed later.
         if (std::max(m_near[i], m_near[k]) > mostNear())
             continue;
         const bool isFirst = m_points[i].kind == BondKind::Metal;

@@ -11,13 +11,13 @@
 
 namespace memory_host {
 
-/// What an atom is to the rules of findBonds().
+/// The role of an atom in the rules of findBonds().
 enum class BondKind : std::uint8_t {
     Other,
     Hydrogen,
     Metal,
     Ligand,   ///< nitrogen, oxygen or sulfur, which hold metals
-    Framework ///< carbon or phosphorus, which are near a metal because of what holds it
+    Framework ///< carbon or phosphorus, near a metal only because a ligand holds the metal
 };
 
 struct BondAtom {
@@ -36,25 +36,25 @@ using BondPair = std::pair<std::uint32_t, std::uint32_t>;
 /// tolerance, in Å. Radii of B. Cordero et al., Dalton Trans. 2008, 2832; tolerance of E. C. Meng
 /// and R. A. Lewis, J. Comput. Chem. 1991, 12, 891.
 constexpr double bondTolerance = 0.4;
-/// Atoms closer than this, in Å, are the same atom seen twice, not bonded ones.
+/// Atoms closer than this, in Å, are duplicates of one atom and not bonded.
 constexpr double shortestBond = 0.4;
-/// Beyond this coordinate, in Å, a float no longer resolves lengths of bonds.
+/// Beyond this coordinate, in Å, a float cannot resolve the length of a bond.
 constexpr float farthestBond = 1.0e6F;
 /// An atom may have this many others within the distance of a bond for each set of atoms that can
 /// stand in one place: one, and one more for each alternative location.
 constexpr std::uint32_t mostNeighbours = 24;
 /// Likewise for the atoms in a cube whose edge is the length of a bond.
 constexpr std::uint32_t mostInCell = 128;
-/// No more alternative locations than this count for the one limit, and the other.
+/// At most so many alternative locations count for mostNeighbours, and for mostInCell.
 constexpr std::uint32_t mostAlternatives = 64;
 constexpr std::uint32_t mostAlternativesInCell = 8;
 
 struct Bonds {
     std::vector<BondPair> pairs; ///< in ascending order
-    /// Number of atoms that are packed closer than matter is, so that nothing tells their bonds:
+    /// Number of atoms that are packed more densely than matter: their bonds cannot be told, and
     /// they have none.
     std::size_t crowded = 0;
-    /// How often the places of two atoms were compared: what the search costs.
+    /// Number of distances computed, which is the cost of the search.
     std::size_t compared = 0;
 };
 

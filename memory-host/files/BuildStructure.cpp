@@ -52,12 +52,12 @@ private:
     ProgressCounter& m_progress;
     AtomGroups m_groups;
     std::vector<Compound*> m_atoms; ///< by atom
-    std::size_t m_listed = 0;       ///< the first listed bond that no chain has had yet
-    std::size_t m_found;            ///< likewise of those by distance
+    std::size_t m_listed = 0;       ///< index of the first listed bond that is in no chain yet
+    std::size_t m_found;            ///< likewise of the bonds by distance
     std::vector<BondPair> m_listedBetweenChains;
     std::vector<BondPair> m_foundBetweenChains;
-    /// The conformers of the current residue: their numbers by alternative location, and which of
-    /// these are in use.
+    /// The conformers of the current residue: their numbers by alternative location, and which
+    /// alternative locations are in use.
     std::vector<unsigned int>& m_conformers;
     std::vector<std::uint16_t> m_used;
 };
@@ -81,7 +81,7 @@ void ModelBuilder::forgetConformers() {
     m_used.clear();
 }
 
-// Conformers count from 1 in the order of the file, in each residue by itself.
+// Conformers are numbered from 1 in the order of the file, for each residue.
 void ModelBuilder::numberConformers(std::size_t residue) {
     forgetConformers();
     for (std::uint32_t i = m_model.residues[residue].firstAtom; i != m_model.atomEnd(residue);
@@ -133,7 +133,7 @@ void ModelBuilder::buildResidue(Compound& groups, std::size_t residue) {
     }
 }
 
-// Listed bonds and found ones stand in the order of their first atoms, and so chain by chain.
+// Listed bonds and found ones are ordered by their first atoms, and so by chain.
 void ModelBuilder::buildBonds(Compound& bonds, std::uint32_t endAtom) {
     buildBonds(bonds, endAtom, m_listed, m_model.listedBonds, m_listedBetweenChains);
     buildBonds(bonds, endAtom, m_found, m_model.bonds.size(), m_foundBetweenChains);
@@ -181,7 +181,7 @@ std::size_t workOf(const ModelTable& model) {
 }
 
 std::size_t memoryOf(const ModelTable& model) {
-    // Measured; a residue with its groups and names, a chain with its two composites.
+    // Measured; a residue includes its groups and names, a chain its two composites.
     constexpr std::size_t atom = 130;
     constexpr std::size_t bond = 90;
     constexpr std::size_t residue = 200;

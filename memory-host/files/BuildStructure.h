@@ -13,7 +13,7 @@ struct Destroy {
 /// An item outside of the data space, destroyed unless it is released.
 using DetachedItem = std::unique_ptr<TAVIK::Compound, Destroy>;
 
-/// Counts work that is done, and tells how far it is from time to time.
+/// Counts finished work, and reports progress from time to time.
 class ProgressCounter {
 public:
     /// `whole` is the amount of all the work.
@@ -34,11 +34,11 @@ private:
     std::size_t m_next = 1;
 };
 
-/// What building a model counts as.
+/// The work of building a model, in steps of a ProgressCounter.
 std::size_t workOf(const ModelTable& model);
 /// How much memory the items of a model take, in bytes: an estimate.
 std::size_t memoryOf(const ModelTable& model);
-/// What building the models of one entry needs, and each leaves ready for the next one.
+/// Buffers that are reused for all models of one entry.
 struct BuildScratch {
     std::vector<NameFacts> facts;
     std::vector<unsigned int> conformers; ///< numbers by alternative location

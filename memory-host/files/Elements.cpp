@@ -17,8 +17,8 @@ gemmi::El el(Element element) {
     return static_cast<gemmi::El>(element);
 }
 
-// In a polymer a name that could be a metal's is a position: "CA" is the alpha carbon, "HG" a
-// hydrogen, wherever the name was put.
+// In a polymer a name that could be a metal's is a position, in whatever columns it is: "CA" is the
+// alpha carbon, "HG" a hydrogen.
 Element ofLetters(std::string_view letters, bool inPolymer) {
     const Element element = elementOf(letters);
     const bool usual =
@@ -42,7 +42,7 @@ struct Ion {
     std::string_view name;
     std::string_view symbol;
 };
-// Ions of force fields that are not called by their symbols.
+// Ions whose names in force fields are not their symbols.
 constexpr std::array<Ion, 9> namedIons = {{{"SOD", "Na"},
                                            {"CLA", "Cl"},
                                            {"POT", "K"},

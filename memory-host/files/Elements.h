@@ -20,14 +20,14 @@ Element elementOf(std::string_view symbol);
 Element elementOfPdbName(std::string_view columns, bool inPolymer);
 /// The element of an atom by its name alone, as "CA" or "1HB", where nothing else tells it.
 Element elementOfName(std::string_view name, bool inPolymer);
-/// The same where all names begin in one column: also in residues that nobody knows "CA" and "HE1"
-/// are a carbon and a hydrogen.
+/// The same for files where all names begin in one column: "CA" and "HE1" are then a carbon and a
+/// hydrogen even in unknown residues.
 Element elementOfLeftName(std::string_view name, bool inPolymer);
-/// Whether the columns of a name begin with the symbol of one letter, which ends in the second
-/// column elsewhere: then all names of the file may begin in the first.
+/// Whether the name begins with a symbol of one letter in the first column, where a regular file
+/// has it in the second: then all names of the file may begin in the first.
 bool isLeftName(std::string_view columns);
-/// The element of an ion, which is called as its residue and stands in any column; unknown for
-/// other atoms.
+/// The element of an ion, whose name is that of its residue, in any column; unknown for other
+/// atoms.
 Element elementOfIon(std::string_view name, std::string_view residue);
 /// The symbol, as "Cu"; "X" for the unknown element.
 const char* elementSymbol(Element element);
@@ -39,7 +39,7 @@ bool isHydrogen(Element element);
 bool isMetal(Element element);
 /// Nitrogen, oxygen or sulfur, which hold metals.
 bool isMetalLigand(Element element);
-/// Carbon or phosphorus, which stand behind what holds a metal.
+/// Carbon or phosphorus, which are bonded to the ligands of a metal.
 bool isCarbonOrPhosphorus(Element element);
 
 } // namespace memory_host

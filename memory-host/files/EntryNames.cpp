@@ -24,7 +24,7 @@ std::vector<std::string> EntryNames::take(const std::string& name,
     std::string stem = name;
     if (std::ranges::any_of(
             endings, [&](const std::string& ending) { return isTaken(m_taken, name + ending); })) {
-        // A look at each ending for each number would take as long as both multiplied.
+        // One look-up for each number; with each ending, the cost would be the product of both.
         const bool hasPoints = !endings.front().empty();
         std::size_t& next = m_next.try_emplace(name, 2).first->second;
         do

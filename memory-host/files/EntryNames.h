@@ -11,7 +11,7 @@
 
 namespace memory_host {
 
-/// The names that are taken: those of the top-level items, and those that it has given.
+/// The names in use: those of the top-level items, and those that take() has returned.
 class HOST_EXPORT EntryNames {
 public:
     EntryNames();
@@ -22,7 +22,7 @@ public:
     /// object has given to the name: "1ubq-2", or "1d3z-2.1" and "1d3z-2.2". A number after a
     /// hyphen means itself in a name pattern, as a bracket would not.
     std::vector<std::string> take(const std::string& name, const std::vector<std::string>& endings);
-    /// How often a name has been looked up: what all of them cost.
+    /// Number of look-ups, which is the cost of all names.
     std::size_t lookUps() const { return m_lookUps; }
 
 private:
@@ -33,9 +33,9 @@ private:
     }
 
     std::unordered_set<std::string> m_taken;
-    std::unordered_set<std::string> m_takenStems; ///< of those with a point: what is before it
-    /// By name: the number to go on with. Each number is tried once, however many entries there
-    /// are of the name.
+    std::unordered_set<std::string> m_takenStems; ///< for names with a point: the part before it
+    /// By name: the next number to try. Each number is tried once, however many entries have the
+    /// name.
     std::unordered_map<std::string, std::size_t> m_next;
     std::size_t m_lookUps = 0;
 };

@@ -33,7 +33,7 @@ struct Inflater {
     z_stream stream{};
 };
 
-// Gives the bytes room, and no more than a file may have and one to see that it has more.
+// Resizes `bytes`, at most to the limit and one byte, which shows that the limit is exceeded.
 void makeRoom(Bytes& bytes, std::size_t size, const FileReport& report) {
     const std::size_t wanted = std::min(size, fileLimits().bytes + 1);
     requireMemory(report, wanted - std::min(wanted, bytes.size()));
@@ -73,22 +73,22 @@ private:
     bool step(Bytes& bytes);
 
     FileSource& m_source;
-    Bytes m_packed; ///< a part of the file
+    Bytes m_packed; ///< a window of the file
     const FileReport& m_report;
     Inflater m_inflater;
     std::size_t m_taken = 0; ///< of the packed bytes
     std::size_t m_made = 0;
 };
 
-// The size that the end of a gzipped file states is a first guess: it is modulo 4 GiB, of the last
-// part alone, and nobody checked it.
+// The size at the end of a gzipped file is only a first guess: it is modulo 4 GiB, of the last
+// member alone, and unchecked.
 std::size_t Unpacking::guessSize() const {
     constexpr std::size_t bestRatio = 1032;
     const std::optional<std::uint32_t> stated = m_source.lastWord();
     return stated ? std::min(std::size_t{*stated}, *m_source.size() * bestRatio) + 64 : 0;
 }
 
-// Has so many bytes at hand, unless the file ends before.
+// Provides at least `wanted` packed bytes, unless the file ends before.
 bool Unpacking::refill(std::size_t wanted) {
     if (m_packed.size() - m_taken >= wanted)
         return true;
@@ -99,7 +99,7 @@ bool Unpacking::refill(std::size_t wanted) {
     return m_packed.size() >= wanted;
 }
 
-// Unpacks what there is and fits; false at the end.
+// Unpacks as much as is read and fits; returns false at the end.
 bool Unpacking::step(Bytes& bytes) {
     constexpr std::size_t portion = std::size_t{1} << 30;
     const std::string accepted = "accepted are whole .gz files";
@@ -115,7 +115,7 @@ bool Unpacking::step(Bytes& bytes) {
     m_taken += in - stream.avail_in;
     m_made += out - stream.avail_out;
     if (state == Z_STREAM_END) {
-        // A gzipped file may have several parts; what else follows the last is padding.
+        // A gzipped file may have several members; anything else after the last is padding.
         if (!refill(2) || !isGzipped(m_packed.text().substr(m_taken)))
             return false;
         inflateReset(&stream);

@@ -17,11 +17,11 @@ public:
     const char* data() const { return m_data.get(); }
     std::size_t size() const { return m_size; }
     std::string_view text() const { return {data(), m_size}; }
-    /// Changes the size; new bytes have no value yet. Throws std::bad_alloc.
+    /// Changes the size; new bytes are uninitialized. Throws std::bad_alloc.
     void resize(std::size_t size);
     void removeFront(std::size_t count);
-    /// Makes a newline of each carriage return that stands alone, so that lines end with "\n" or
-    /// "\r\n", also where a file has line ends of several systems.
+    /// Replaces each lone carriage return by a newline, so that lines end with "\n" or "\r\n", also
+    /// in a file with the line ends of several systems.
     void unifyLineEnds();
 
 private:
@@ -32,13 +32,13 @@ private:
     std::size_t m_size = 0;
 };
 
-/// Looks at the first megabyte of a longer file, unpacked, before the rest is read; it throws what
-/// refuses the file.
+/// Checks the first megabyte of a longer file, unpacked, before the rest is read; throws to refuse
+/// the file.
 using LookAtBeginning = std::function<void(std::string_view beginning)>;
 
-/// Reads a file, or a pipe to its end. Refuses what is missing, neither of them, unreadable, empty,
-/// too large or larger than the memory that is free, and gzipped data that are damaged or end too
-/// early.
+/// Reads a file, or a pipe to its end. Refuses a file that is missing, neither of the two,
+/// unreadable, empty, too large or larger than the free memory, and gzipped data that are damaged
+/// or truncated.
 Bytes readFile(const FileReport& report, const LookAtBeginning& look, std::stop_token stop);
 
 } // namespace memory_host

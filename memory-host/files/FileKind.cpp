@@ -28,16 +28,16 @@ constexpr std::array<Mark, 8> packers = {
      {"7z\xbc\xaf\x27\x1c"sv, "is a 7-Zip archive (.7z)"},
      {"\x28\xb5\x2f\xfd"sv, "is compressed with zstd (.zst)"}}};
 
-// Behind the name of the first file and what else is known of it.
+// Offset of the mark, after the first file's name and attributes.
 constexpr std::size_t tarMarkAt = 257;
 
-// UTF-32 before UTF-16, whose mark its own begins with.
+// UTF-32 before UTF-16, because its byte order mark begins with that of UTF-16.
 constexpr std::array<Mark, 4> encodings = {{{"\xff\xfe\0\0"sv, "is text in UTF-32"},
                                             {"\0\0\xfe\xff"sv, "is text in UTF-32"},
                                             {"\xff\xfe"sv, "is text in UTF-16"},
                                             {"\xfe\xff"sv, "is text in UTF-16"}}};
 
-// Letters of ASCII with a byte 0 behind or before each.
+// ASCII letters with a zero byte after or before each.
 bool isUnmarkedUtf16(std::string_view bytes) {
     constexpr std::size_t letters = 4;
     if (bytes.size() < 2 * letters)

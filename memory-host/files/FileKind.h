@@ -1,4 +1,4 @@
-// What a file is by its content and its name: one of the formats, or something else that is known.
+// The kind of a file by its content and its name: one of the formats, or a known foreign one.
 #pragma once
 
 #include "Formats.h"
@@ -8,18 +8,18 @@
 
 namespace memory_host {
 
-/// What a file is that cannot be read, as "is compressed with bzip2", and what to do about it; both
-/// empty where the bytes are of none that is known.
+/// A known kind of file that cannot be read, as "is compressed with bzip2", and what to do about
+/// it; both empty for unknown bytes.
 struct ForeignKind {
     std::string what;
     std::string accepted;
 };
 ForeignKind foreignKind(std::string_view bytes);
 
-/// Takes the ending of a format off a file's name, and says which format it was; else null.
+/// Removes the ending from a file's name, and returns the format of the ending, or null.
 const FileFormat* takeEnding(std::string_view& name);
 
-/// The binary format that the first bytes of a file are of, or null.
+/// The binary format recognised by the first bytes of a file, or null.
 const FileFormat* binaryFormatOf(std::string_view bytes);
 
 /// The format of a text; `named` is the one of the file's ending, or null.

@@ -18,14 +18,14 @@ namespace {
 
 constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
-// The first number of a file; none where it says "max", or is not there.
+// The first number in a file; nullopt if the file says "max" or does not exist.
 std::optional<std::size_t> numberIn(const std::string& path) {
     std::ifstream file(path);
     std::size_t number = 0;
     return file >> number ? std::optional(number) : std::nullopt;
 }
 
-// The number behind a word that begins a line.
+// The number after a word at the start of a line.
 std::optional<std::size_t> numberBehind(const std::string& path, const std::string& word) {
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) {
@@ -38,7 +38,7 @@ std::optional<std::size_t> numberBehind(const std::string& path, const std::stri
     return std::nullopt;
 }
 
-// What a control group leaves. Cached files that nobody uses go when memory is wanted.
+// The memory that a control group leaves; the kernel frees inactive file cache on demand.
 std::size_t leftInGroup(const std::string& folder, const char* limitName, const char* usedName,
                         const char* cacheWord) {
     const auto limit = numberIn(folder + '/' + limitName);

@@ -1,4 +1,4 @@
-// How much is read and built before a file is refused, and how much memory is free.
+// Limits for reading and building before a file is refused, and how much memory is free.
 #pragma once
 
 #include "HostExport.h"
@@ -12,23 +12,23 @@ namespace memory_host {
 
 class FileReport;
 
-/// The memory that this process may still take, in bytes, without making others run out: what the
-/// system has available, what its control groups leave, and what its address space leaves. `root`
-/// is the folder that /proc and /sys stand in.
+/// The memory in bytes that this process may still allocate without making others run out: the
+/// least of what the system has available and of what its control groups and its address space
+/// limit leave. `root` is the folder that contains /proc and /sys.
 HOST_EXPORT std::size_t freeMemory(const std::string& root = {});
 
 struct FileLimits {
     std::size_t bytes = std::size_t{4} << 30; ///< of a file, also when it is unpacked
     std::size_t atoms = 100'000'000;          ///< of all entries of a file
-    /// How long a pipe is waited for that nobody has opened to write into it.
+    /// How long to wait until someone opens a pipe for writing.
     std::chrono::milliseconds patience{10'000};
     std::function<std::size_t()> freeMemory = [] { return memory_host::freeMemory(); };
 };
 
-/// The limits for files that are read from now on. Not to be changed while one is.
+/// The limits for files that are read from now on. Not to be changed while a file is being read.
 HOST_EXPORT FileLimits& fileLimits();
 
-/// Refuses the file unless so many bytes are free. What is less than a megabyte is not asked for.
+/// Refuses the file unless that many bytes are free. Less than a megabyte is not checked.
 void requireMemory(const FileReport& report, std::size_t bytes);
 
 } // namespace memory_host

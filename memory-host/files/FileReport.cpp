@@ -57,7 +57,7 @@ std::string inQuotes(std::string_view text) {
 }
 
 std::string FileReport::place(std::size_t line) const {
-    // A path has no end to its length; a message has its text behind it.
+    // A path may be of any length, and is shortened to leave the message in sight.
     return oneLine(m_path, 4096) + (line ? ':' + std::to_string(line) : std::string()) + ": ";
 }
 

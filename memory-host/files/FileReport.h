@@ -1,5 +1,5 @@
-// What there is to say about a file that is being read: the one line of a refusal, and remarks on
-// what was read other than as written.
+// The report on a file that is being read: one refusal, or remarks on what was read other than as
+// written.
 #pragma once
 
 #include "Files.h"
@@ -20,7 +20,7 @@ std::string inQuotes(std::string_view text);
 /// Refusals and remarks on one file. Lines count from 1; line 0 stands for none.
 class FileReport {
 public:
-    /// What a remark is about. Many of one kind become few lines and a number.
+    /// The subject of a remark. Of many remarks of one kind only a few are kept, and a count.
     enum class Kind {
         Coordinates,
         NoCoordinates,

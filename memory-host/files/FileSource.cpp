@@ -28,7 +28,7 @@ std::string acceptedSizes() {
 
 FileSource::FileSource(const FileReport& report, std::stop_token stop)
     : m_report(report), m_stop(std::move(stop)) {
-    // Without O_NONBLOCK a pipe that nobody writes to would never open.
+    // Without O_NONBLOCK, open() would wait for a writer of the pipe.
     m_file = ::open(report.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     struct Close {
         int& file;
@@ -76,8 +76,8 @@ std::optional<std::uint32_t> FileSource::lastWord() const {
     return word;
 }
 
-// Reads what there is, and waits for it in a pipe; 0 at the end. Before anybody has opened it to
-// write, a pipe reads as one that has ended, but does not report the end of its writers.
+// Reads the available bytes, and waits for them in a pipe; 0 at the end. A pipe that no writer has
+// opened yet also reads as ended, but poll() does not report a hang-up for it.
 std::size_t FileSource::readSome(char* to, std::size_t count) {
     constexpr int step = 50; // ms
     for (std::chrono::milliseconds waited{0};;) {

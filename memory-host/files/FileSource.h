@@ -9,13 +9,13 @@
 
 namespace memory_host {
 
-/// What is accepted where a file is too large.
+/// The accepted sizes, for a refusal.
 std::string acceptedSizes();
 
 class FileSource {
 public:
-    /// Opens the report's file. Refuses what is missing, unreadable, empty, or neither a regular
-    /// file nor a pipe, and what is too large.
+    /// Opens the report's file. Refuses a file that is missing, unreadable, empty, too large, or
+    /// neither a regular file nor a pipe.
     FileSource(const FileReport& report, std::stop_token stop);
     FileSource(const FileSource&) = delete;
     FileSource& operator=(const FileSource&) = delete;
@@ -26,7 +26,7 @@ public:
     std::size_t read(char* to, std::size_t count);
     /// The size of a regular file.
     std::optional<std::size_t> size() const { return m_size; }
-    /// The last four bytes of a regular file, as a number with the lowest byte first.
+    /// The last four bytes of a regular file as a little-endian number.
     std::optional<std::uint32_t> lastWord() const;
 
 private:
@@ -36,7 +36,7 @@ private:
     std::stop_token m_stop;
     int m_file = -1;
     std::optional<std::size_t> m_size;
-    bool m_hasWriter = false; ///< somebody has opened the pipe to write
+    bool m_hasWriter = false; ///< some process has opened the pipe for writing
 };
 
 } // namespace memory_host

@@ -34,10 +34,10 @@ void ParsedFileDeleter::operator()(ParsedFile* file) const {
 
 namespace {
 
-// What the path tells of a file: its name without endings, and the format that they stand for.
+// The parts of a path: the file's name without endings, and the format of the ending.
 struct FileName {
     explicit FileName(std::string_view path) {
-        // What comes through a descriptor has its number for a name.
+        // The path of a file descriptor ends in a number, which is no name.
         for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"})
             if (path.starts_with(folder))
                 path = path.substr(folder.size()) == "0" ? "stdin" : "pipe";
@@ -64,7 +64,7 @@ std::string describeMissingMark(const FileFormat& format) {
            std::string(format.mark);
 }
 
-// Refuses what no text format is made of.
+// Refuses text with zero bytes, which no text format contains.
 void checkText(std::string_view text, const FileName& name, const FileReport& report) {
     const std::size_t null = text.find('\0');
     if (null == std::string_view::npos)
@@ -78,7 +78,7 @@ void checkText(std::string_view text, const FileName& name, const FileReport& re
                   acceptedFiles());
 }
 
-// Refuses what the bytes show to be neither text nor of a binary format.
+// Refuses bytes that are neither text nor of a known binary format.
 void checkKind(std::string_view bytes, const FileName& name, const FileReport& report) {
     if (binaryFormatOf(bytes))
         return;
@@ -88,7 +88,7 @@ void checkKind(std::string_view bytes, const FileName& name, const FileReport& r
     checkText(bytes, name, report);
 }
 
-// The same for the first megabyte of a longer file, and what begins like no structure.
+// The same for the first megabyte of a longer file, which must also begin like a structure.
 void checkBeginning(std::string_view bytes, const FileName& name, const FileReport& report) {
     checkKind(bytes, name, report);
     if (!binaryFormatOf(bytes) && !beginsLikeText(bytes, name.format))
@@ -106,7 +106,7 @@ void parseInto(ParsedFile& file, std::stop_token stop) {
     const FileFormat* format = binaryFormatOf(bytes.text());
     if (!format) {
         bytes.unifyLineEnds();
-        // Some editors put a mark for the encoding in front.
+        // Some editors write a byte order mark.
         if (bytes.text().starts_with("\xef\xbb\xbf"))
             bytes.removeFront(3);
         format = &textFormatOf(bytes.text(), name.format);
@@ -115,7 +115,7 @@ void parseInto(ParsedFile& file, std::stop_token stop) {
     file.content = format->read(std::move(bytes), name.stem, file.report);
 }
 
-// Runs what reads or builds; whatever goes wrong is one line about the file.
+// Runs reading or building; any exception becomes one line about the file.
 template <class Work> auto guarded(const FileReport& report, Work work) {
     try {
         return work();
@@ -128,8 +128,7 @@ template <class Work> auto guarded(const FileReport& report, Work work) {
     }
 }
 
-// What the names of an entry's models end with: the numbers of the file, if each has one of its
-// own.
+// The endings of the names of an entry's models: the file's numbers, if they are all different.
 std::vector<std::string> modelEndings(const StructureTable& structure) {
     if (structure.models.size() == 1)
         return {std::string()};
@@ -178,7 +177,7 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     return items;
 }
 
-// All of them, or none.
+// Attaches all items, or none.
 std::vector<TAVIK::Compound*> attachAll(std::vector<DetachedItem>& items,
                                         const FileReport& report) {
     DataPointBase guard(nullptr, Publisher::Add, "Open");
@@ -197,7 +196,7 @@ std::vector<TAVIK::Compound*> attachAll(std::vector<DetachedItem>& items,
             attached.push_back(item.get());
         }
     } catch (...) {
-        items.clear(); // Before the guard ends, and others look at the space.
+        items.clear(); // Before the guard ends and subscribers read the space.
         throw;
     }
     for (DetachedItem& item : items)

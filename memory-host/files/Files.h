@@ -1,5 +1,5 @@
 // Opening files of structures and maps, in the formats of Formats.h, also gzipped. The content
-// decides which of them a file is; its ending only where the content does not tell.
+// decides the format; the file's ending only where the content fits several.
 //
 // An entry is a composite with the lower-case identifier of the file, or else the file's name
 // without endings; several models are entries of their own, as "1d3z.1". If an item of that name is
@@ -28,8 +28,8 @@ public:
     ~FileError() override;
 };
 
-/// Called while a file is opened with what is being done ("building the atoms") and how far it is
-/// (0 to 1, or negative where that is not known).
+/// Called while a file is opened, with the current stage ("building the atoms") and its progress (0
+/// to 1, or negative if unknown).
 using Progress = std::function<void(const std::string& stage, double fraction)>;
 
 /// The content of a file, read but not yet in the data space.
@@ -44,20 +44,20 @@ using ParsedFilePtr = std::unique_ptr<ParsedFile, ParsedFileDeleter>;
 /// Throws FileError; std::bad_alloc if there is not even memory for its line.
 HOST_EXPORT ParsedFilePtr parseFile(const std::string& path, std::stop_token stop = {});
 
-/// What opening a file brought.
+/// The result of opening a file.
 struct OpenedFile {
     std::vector<TAVIK::Compound*> items; ///< the new top-level items
     /// A line for everything that was read other than as written (replaced characters, atoms
-    /// without a usable position ...), in the form of a FileError's; of one kind at most ten, and
-    /// then a line that says how many more there are.
+    /// without a usable position ...), in the form of a FileError's; at most ten of one kind, and
+    /// then a line with the number of the others.
     std::vector<std::string> remarks;
 };
 
-/// Builds the items of a parsed file aside, and attaches them in one step under a guard that tells
-/// every subscriber. Throws FileError when the guard is refused, or when memory runs out; the space
-/// is then as it was. `file` gives its content away: it opens once.
-/// `progress`, which may be empty, must not change the data space; what it throws leaves the space
-/// as it was, and arrives as a FileError if it is a std::exception, else as it is.
+/// Builds the items of a parsed file outside of the space, and attaches them in one step under a
+/// guard that tells every subscriber. Throws FileError when the guard is refused or memory runs
+/// out; the space is then unchanged. The content is moved out of `file`, which opens only once.
+/// `progress`, which may be empty, must not change the data space. If it throws, the space is
+/// unchanged; a std::exception arrives as a FileError, any other as it is.
 HOST_EXPORT OpenedFile openParsed(ParsedFile& file, const Progress& progress);
 
 /// parseFile() and openParsed().

@@ -5,15 +5,15 @@
 
 namespace memory_host {
 
-// Names a format that another source file defines, and declares it at once.
+// Refers to a format that another source file defines, and declares it.
 #define FORMAT(format)                                                                             \
     [] {                                                                                           \
         extern const FileFormat format;                                                            \
         return &format;                                                                            \
     }()
 
-// The last one that recognises a file reads it. The first one reads any text that none recognises,
-// and says what it lacks.
+// The last format that recognises a file reads it. The first one is the fallback for text that none
+// recognises, and its message says what is missing.
 // clang-format off
 static const std::array formats = {
     FORMAT(pdbFormat),
@@ -25,8 +25,8 @@ static const std::array formats = {
 
 namespace {
 
-// The formats that hold one or the other, as "A", "A and B", "A, B and C". `addWord` gets each, and
-// whether it is the last one.
+// The formats that hold structures, or maps, as "A", "A and B", "A, B and C". `addWord` gets each
+// format, and whether it is the last one.
 template <class AddWord>
 void enumerate(std::string& text, FileFormat::Holds holds, std::string_view conjunction,
                const AddWord& addWord) {
@@ -71,7 +71,7 @@ std::string formatNames(FileFormat::Holds holds) {
 
 std::string acceptedFiles() {
     std::string text;
-    text.reserve(256); // Enough; where memory runs out, it is one allocation that may fail.
+    text.reserve(256); // Enough, so that only one allocation may fail when memory is short.
     text = "accepted are ";
     addWithEndings(text, FileFormat::Holds::Structure, " files");
     text += ", also gzipped (.gz), and ";

@@ -1,5 +1,5 @@
-// The table of file formats. What can be opened, what is said of it in messages and in the help,
-// and which reader a file gets: all of it comes from here.
+// The table of file formats: the source of what can be opened, what messages and help say of it,
+// and which reader a file gets.
 #pragma once
 
 #include "HostExport.h"
@@ -24,7 +24,7 @@ struct FileFormat {
     Holds holds;
     Form form;
     std::span<const std::string_view> endings; ///< of file names, in lower case: ".pdb"
-    /// What files of a binary format are told by, as a message names it; else empty.
+    /// The mark by which a binary format is recognised, in words for a message; else empty.
     std::string_view mark = {};
 
     /// Whether a file's content is of this format. See Readers.h for both.
@@ -34,7 +34,7 @@ struct FileFormat {
 
 /// All formats, in the order in which they are listed.
 HOST_EXPORT std::span<const FileFormat* const> fileFormats();
-/// The names of those that hold one or the other, as "PDB, PQR or mmCIF".
+/// The names of the formats that hold structures, or maps, as "PDB, PQR or mmCIF".
 HOST_EXPORT std::string formatNames(FileFormat::Holds holds);
 
 /// Which files can be opened, as the end of a sentence.

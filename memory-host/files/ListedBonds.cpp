@@ -6,7 +6,7 @@ namespace memory_host {
 
 namespace {
 
-// More residue names at one place than alternative locations usually have.
+// More residue names than the alternative locations of one residue usually have.
 constexpr int mostResidueNames = 8;
 
 std::uint64_t placeOf(std::uint32_t chain, std::uint32_t number) {
@@ -89,7 +89,7 @@ void ListedBonds::add(const ListedAtom& a, const ListedAtom& b, std::size_t line
     addBond(first, partnerOf(b), line);
 }
 
-// Brings the bonds of each partner together, without those that are listed again.
+// Sorts the bonds by partner and removes duplicates.
 void ListedBonds::prepare() {
     m_isPrepared = true;
     std::ranges::stable_sort(m_bonds, {},
@@ -118,7 +118,7 @@ void ListedBonds::take(const ListedBondsModel& model, std::uint32_t partner, std
         taker.isAmbiguous = false;
         m_found.push_back(partner);
     }
-    // Several atoms are one in several alternative locations, or cannot be told apart.
+    // Several atoms are one atom in different alternative locations, or ambiguous.
     const std::vector<AtomEntry>& atoms = model.table.atoms;
     taker.isAmbiguous = taker.isAmbiguous || ++taker.atomCount > mostAlternatives;
     for (std::uint32_t at = taker.firstAtom; at != none && !taker.isAmbiguous;
@@ -142,7 +142,7 @@ void ListedBonds::findByName(const ListedBondsModel& model, std::uint32_t wanted
             return;
         for (std::uint32_t at = found->second; at != none; at = m_partners[at].next) {
             const std::uint32_t name = m_partners[at].residueName;
-            // Where several names share the place, the atom and its letter tell enough.
+            // In a residue with several names, the atom's name and letter are enough.
             if (name == 0 || name == residue.name || residue.name != residue.allNames)
                 take(model, at, atom);
         }

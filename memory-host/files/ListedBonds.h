@@ -10,10 +10,10 @@
 
 namespace memory_host {
 
-/// A listed bond is left out when its atoms are farther apart than this, in Å: then it names other
-/// atoms than was meant. The beads of coarse models stay below it.
+/// A listed bond is left out when its atoms are farther apart than this, in Å: then it names the
+/// wrong atoms. The bonds between beads of coarse-grained models are shorter.
 constexpr double longestListedBond = 6.0;
-/// A listed bond of an atom that has this many before it is left out.
+/// A listed bond is left out if one of its atoms has this many bonds already.
 constexpr std::uint32_t mostListedBonds = 64;
 
 /// One of the two atoms of a listed bond. The names are the file's.
@@ -33,7 +33,7 @@ struct LabelIds {
     std::uint32_t number = 0;
 };
 
-/// What the resolution of bonds needs of a model, all of it in the order of the file.
+/// The parts of a model that are needed to resolve bonds, all in the order of the file.
 struct ListedBondsModel {
     const ModelTable& table;
     std::span<const Serial> serials;        ///< by atom; may end before the last one
@@ -50,17 +50,17 @@ public:
 
     void add(Serial a, Serial b, std::size_t line);
     void add(const ListedAtom& a, const ListedAtom& b, std::size_t line);
-    /// A record that lists a bond, but cannot be read.
+    /// Counts a record that lists a bond but cannot be read.
     void addIllegible(std::size_t line) { leaveOut(line); }
     bool isEmpty() const { return m_bonds.empty(); }
 
-    /// The bonds of a model as indices of its atoms, ascending and each of them once. Left out are
-    /// those whose atoms are missing, have no position or cannot be told apart from others, are in
-    /// different alternative locations, or are too far from each other.
+    /// The bonds of a model as pairs of atom indices, ascending and unique. Left out are bonds
+    /// whose atoms are missing, have no position, are ambiguous, are in different alternative
+    /// locations, or are too far apart.
     std::vector<BondPair> inModel(const ListedBondsModel& model);
 
-    /// How many listed bonds no model has had, and the line of the first; call it after the last
-    /// model.
+    /// The number of listed bonds that are in no model, and the line of the first; to be called
+    /// after the last model.
     struct LeftOut {
         std::size_t count = 0;
         std::size_t line = 0;
@@ -83,14 +83,14 @@ private:
             return mixed * 0x94d049bb133111ebU >> 7;
         }
     };
-    /// What a listed bond joins: the atom of a serial number, or those of a name, which may stand
-    /// in several alternative locations.
+    /// One side of a listed bond: the atom of a serial number, or the atoms of a name, in several
+    /// alternative locations perhaps.
     struct Partner {
         std::uint32_t residueName = 0;  ///< 0: any
-        std::uint32_t next = none;      ///< the partner with the same key and another residue name
+        std::uint32_t next = none;      ///< the partner with the same key but another residue name
         std::uint32_t firstBond = none; ///< those where it is the first one; ends with the next's
-        // In the model at hand:
-        std::uint32_t model = 0; ///< counts from 1; what follows is of that one
+        // In the current model:
+        std::uint32_t model = 0; ///< counts from 1; the fields below are valid for this model
         std::uint32_t firstAtom = none;
         std::uint32_t atomCount = 0;
         bool isAmbiguous = false;
@@ -126,7 +126,7 @@ private:
     std::vector<Bond> m_bonds;
     bool m_isPrepared = false;
     LeftOut m_leftOut;
-    // Of the model at hand:
+    // Of the current model:
     std::uint32_t m_model = 0;
     std::vector<FoundAtom> m_atoms;
     std::vector<std::uint32_t> m_found; ///< partners

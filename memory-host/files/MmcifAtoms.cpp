@@ -16,7 +16,7 @@ bool isNull(std::string_view value) {
     return value.empty() || value == "?" || value == ".";
 }
 
-// A number may have its uncertainty in brackets behind it.
+// A number may be followed by its uncertainty in brackets.
 std::optional<float> parsedValue(std::string_view value) {
     value = contentOf(value);
     if (value.ends_with(')'))
@@ -54,7 +54,7 @@ std::string_view contentOf(std::string_view value) {
 }
 
 void Atoms::checkColumns(const Row& row, std::size_t line) const {
-    // A column that is there has a value in every row.
+    // If a column exists, every row has a value in it.
     constexpr std::array<std::pair<Column, Column>, 6> needed = {
         std::pair(X, X),
         std::pair(Y, Y),

@@ -1,4 +1,4 @@
-// The rows of an _atom_site category of mmCIF, and what they say of atoms.
+// The rows of an _atom_site category of mmCIF, and the atoms that they describe.
 #pragma once
 
 #include "AtomNumbers.h"
@@ -11,7 +11,7 @@ namespace memory_host::mmcif {
 
 inline const std::string acceptedSyntax = "accepted are mmCIF files with an _atom_site category";
 
-/// What the reader takes of a row.
+/// The columns that the reader uses.
 enum Column : std::uint8_t {
     X,
     Y,
@@ -33,7 +33,7 @@ enum Column : std::uint8_t {
     Ignored = ColumnCount
 };
 
-/// The values of a row as they are written, with quotes; empty where there is no such column.
+/// The values of a row as they are written, with quotes; empty for missing columns.
 using Row = std::array<std::string_view, ColumnCount + 1>;
 
 inline bool isAtomTag(std::string_view tag) {
@@ -41,7 +41,7 @@ inline bool isAtomTag(std::string_view tag) {
 }
 /// The column of a tag for which isAtomTag() holds.
 Column columnOf(std::string_view tag);
-/// The text of a value, without its quotes; empty where the file says that there is none.
+/// The text of a value without its quotes; empty for "." and "?".
 std::string_view contentOf(std::string_view value);
 
 /// Makes tables of rows, an entry for each data block.
@@ -51,15 +51,15 @@ public:
         : m_report(report), m_numbers(report, {"numbers as Cartn_x, Cartn_y and Cartn_z",
                                                "numbers as B_iso_or_equiv"}) {}
 
-    /// Refuses rows that lack what every atom needs.
+    /// Refuses the file if a column that every atom needs is missing.
     void checkColumns(const Row& row, std::size_t line) const;
     void add(const Row& values, std::size_t line);
     /// The bonds that the entry lists, before or behind its atoms.
     ListedBonds& listedBonds() { return builder().listedBonds(); }
     bool isEntryEmpty() const { return !m_builder || m_builder->atomCount() == 0; }
-    /// Ends the entry that the last rows belong to; it is kept unless it is empty.
+    /// Ends the current entry, which is kept unless it is empty.
     void finishEntry(std::string name);
-    /// The entries; refuses files whose atoms have no coordinates that are numbers.
+    /// The entries; refuses files whose atoms have no numbers as coordinates.
     std::vector<StructureTable> take();
 
 private:

@@ -8,7 +8,7 @@ namespace memory_host::mmcif {
 
 namespace {
 
-// The tags of the first partner; those of the second one have a 2.
+// The tags of the first partner; those of the second have a 2 instead of the 1.
 constexpr std::array<std::string_view, PartnerColumnCount> partnerTags = {
     "ptnr1_auth_asym_id",      "ptnr1_auth_seq_id",   "ptnr1_auth_comp_id",
     "ptnr1_auth_atom_id",      "ptnr1_label_asym_id", "ptnr1_label_seq_id",
@@ -26,7 +26,7 @@ ListedAtom partner(const BondRow& row, std::size_t which) {
     atom.chain = value(PartnerAuthChain);
     atom.number = value(PartnerAuthNumber);
     atom.insertion = value(PartnerInsertion);
-    // What has no number in the sequence is told by the author's alone.
+    // The author's ids come first, because residues outside of a sequence have no label number.
     if (atom.chain.empty() || atom.number.empty()) {
         atom.chain = value(PartnerLabelChain);
         atom.number = value(PartnerLabelNumber);

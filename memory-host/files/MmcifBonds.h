@@ -8,7 +8,7 @@
 
 namespace memory_host::mmcif {
 
-/// What is taken of a row: its kind, and of each partner what stands here, one after the other.
+/// The columns in use: the kind of the bond, and for each partner the columns listed here.
 enum BondColumn : std::uint8_t {
     PartnerAuthChain,
     PartnerAuthNumber,
@@ -27,7 +27,7 @@ enum BondColumn : std::uint8_t {
     NoBondColumn = BondColumnCount
 };
 
-/// The values of a row as they are written; empty where there is no such column.
+/// The values of a row as they are written; empty for missing columns.
 using BondRow = std::array<std::string_view, BondColumnCount + 1>;
 
 inline bool isBondTag(std::string_view tag) {
@@ -35,8 +35,8 @@ inline bool isBondTag(std::string_view tag) {
 }
 /// The column of a tag for which isBondTag() holds.
 BondColumn bondColumnOf(std::string_view tag);
-/// Adds the bond of a row, if it is one: disulfide, covalent or of a metal, and not to a copy that
-/// symmetry makes.
+/// Adds the bond of a row if it is a disulfide, covalent or metal bond, and not one to a symmetry
+/// copy.
 void addBond(const BondRow& row, std::size_t line, ListedBonds& bonds);
 
 } // namespace memory_host::mmcif

@@ -7,8 +7,8 @@ namespace memory_host::pdb {
 namespace {
 
 constexpr std::size_t serialWidth = 5;
-// Atom and partners of a CONECT record end here; hydrogen bonds and salt bridges of old files
-// follow.
+// The atom and partners of a CONECT record end here; old files have hydrogen bonds and salt bridges
+// after them.
 constexpr std::size_t conectColumns = 31;
 
 std::uint32_t codeOf(char c) {
@@ -32,7 +32,7 @@ bool isInColumns(std::string_view fields) {
     return true;
 }
 
-// The next serial number: by columns, or by words in files that do not keep to them.
+// Removes the next serial number: by columns, or by words in files that ignore the columns.
 std::string_view takeSerial(std::string_view& fields, bool areColumns) {
     if (areColumns) {
         const std::string_view word = trimmed(fields.substr(0, serialWidth));
@@ -61,7 +61,7 @@ bool areInOneCopy(std::string_view line) {
     return first.empty() || second.empty() || first == second;
 }
 
-// The name and the chain of a residue, from this column of a record on.
+// The name and the chain of a residue, which begin in column `first` of a record.
 ListedAtom residueAt(std::string_view line, std::size_t first, ResidueColumns& residues) {
     const ResidueColumns::Fields fields = residues.read(columns(line, first, first + 4));
     ListedAtom atom;
@@ -112,7 +112,7 @@ Serial packedSerial(std::string_view text) {
 }
 
 Serial serialOf(std::string_view line) {
-    // A longer number fills the column before or behind, and could be taken for a shorter one.
+    // A longer number extends into the next column, and could be mistaken for a shorter one.
     const auto isDigitAt = [line](std::size_t at) { return line.size() > at && isDigit(line[at]); };
     const bool isLonger = isDigitAt(5) || isDigitAt(11);
     return isLonger ? noSerial : packedSerial(field(line, 7, 11));

@@ -6,8 +6,8 @@
 
 namespace memory_host::pdb {
 
-/// A serial number by its text, which is compared as it is written: beyond 99999 programs go on in
-/// different ways. noSerial for what is none, as "*****".
+/// A serial number as its text: compared as written, because programs continue differently beyond
+/// 99999. noSerial for text that is no serial number, as "*****".
 Serial packedSerial(std::string_view text);
 
 /// The serial number of an ATOM or HETATM record.
@@ -16,10 +16,10 @@ Serial serialOf(std::string_view line);
 /// Adds the bonds of a CONECT record; passes by any other.
 void readConnections(std::string_view line, std::size_t number, ListedBonds& bonds);
 
-/// Whether a line is an SSBOND or LINK record, in which atoms are called by their names.
+/// Whether a line is an SSBOND or LINK record, which refer to atoms by name.
 bool isLink(std::string_view line);
-/// Adds the bond of such a record. `columns` have seen the atoms. A bond to a copy that symmetry
-/// makes is none of this structure, and passed by.
+/// Adds the bond of such a record. `columns` must have read the atoms before. A bond to a symmetry
+/// copy is ignored.
 void readLink(std::string_view line, std::size_t number, ResidueColumns& columns,
               ListedBonds& bonds);
 

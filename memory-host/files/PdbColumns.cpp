@@ -30,7 +30,7 @@ std::string_view coordinate(std::string_view line, std::size_t axis) {
     return field(line, 31 + 8 * axis, 38 + 8 * axis);
 }
 
-// Number of digits behind the point.
+// Number of digits after the decimal point.
 std::size_t decimalsOf(std::string_view number) {
     const std::size_t point = number.find('.');
     return point == std::string_view::npos ? 0 : number.size() - point - 1;
@@ -43,7 +43,7 @@ bool haveDecimals(std::string_view line, std::size_t decimals) {
     return true;
 }
 
-// Whether a number may go on behind the column. A sign begins one.
+// Whether a number may continue after the column. A sign starts a new number.
 bool runsOn(std::string_view line, std::size_t last) {
     const char next = column(line, last + 1);
     return !isBlank(column(line, last)) && (isDigit(next) || next == '.');
@@ -53,21 +53,21 @@ std::string_view serialColumns(std::string_view line) {
     return line.front() == 'H' ? columns(line, 7, 12) : columns(line, 5, 12);
 }
 
-// The serial number may take the blank column behind it, too, when it has six digits.
+// A serial number of six digits may use the blank column after it.
 bool isSerial(std::string_view line) {
     const std::string_view text = trimmed(serialColumns(line));
     return !hasGap(text) && (isBlank(column(line, 12)) || std::ranges::all_of(text, isDigit));
 }
 
-// Residue numbers beyond the columns go on behind them.
+// Residue numbers too long for their columns continue after them.
 bool isLongNumber(std::string_view line) {
     return std::ranges::all_of(columns(line, 26, 28), isDigit) &&
            (isDigit(column(line, 29)) || isBlank(column(line, 29))) && isBlank(column(line, 30));
 }
 
-// Whether everything from a residue's name of three letters on, or from a number on that reaches
-// into the chain's column, stands so many columns to the left of its own. Where residue, chain and
-// number are read rightly, nothing matters.
+// Whether the residue's name (of three letters) or its number (reaching into the chain's column),
+// and everything after it, is shifted to the left by `count` columns. A shift that leaves residue,
+// chain and number correct does not matter.
 bool missesColumns(std::string_view line, std::size_t count) {
     const auto moved = [&](std::size_t number) { return column(line, number - count); };
     const auto endsBefore = [&](std::size_t last) {
@@ -79,7 +79,7 @@ bool missesColumns(std::string_view line, std::size_t count) {
            endsBefore(54) && haveDecimals(line, 3);
 }
 
-// Whether a lost line end has put the record of the next atom behind this one.
+// Whether a line end is missing, so that the next atom's record follows on this line.
 bool hasAnother(std::string_view line) {
     constexpr std::size_t mostColumns = 80;
     return line.size() > mostColumns &&
@@ -121,14 +121,14 @@ RowFault faultOf(std::string_view line) {
         const std::size_t end = withoutBlankEnd(line).size();
         if (end < 31)
             return RowFault::Short;
-        // What was cut has fewer decimals than the others.
+        // A truncated number has fewer decimals than the others.
         const std::size_t decimals = decimalsOf(coordinate(line, 0));
         if (end < 47 || decimals == 0 || !haveDecimals(line, decimals) ||
             !finiteFloat(coordinate(line, 2)))
             return RowFault::Cut;
     }
-    // Numbers that fill their columns stand side by side. With other than the format's decimals one
-    // of them was cut by the end of its columns.
+    // Numbers that fill their columns have no blanks between them. If the number of decimals is not
+    // the format's, the end of the columns has cut one of them.
     if ((runsOn(line, 38) || runsOn(line, 46) || runsOn(line, coordinateColumns)) &&
         !haveDecimals(line, 3))
         return RowFault::Shifted;
@@ -190,7 +190,7 @@ std::string_view insertionCode(std::string_view line) {
     return isBlank(column(line, 28)) ? field(line, 27, 27) : std::string_view();
 }
 
-// In a file with chains of two letters, residues that everybody knows have them, too.
+// If known residues have chains of two letters, other residues of the file may have them, too.
 bool ResidueColumns::isChainOfTwo(std::string_view residue, std::string_view chain) {
     if (residueKind(residue) == ResidueKind::Other && !isWater(residue))
         return m_chains.contains(chain);

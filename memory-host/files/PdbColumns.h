@@ -1,5 +1,5 @@
-// The columns of ATOM and HETATM records in PDB files, and the signs that a line does not keep to
-// them: such a line has no coordinates that can be trusted.
+// The columns of ATOM and HETATM records in PDB files, and the detection of lines that violate
+// them: the coordinates of such a line cannot be trusted.
 #pragma once
 
 #include "AtomTable.h"
@@ -11,7 +11,7 @@
 
 namespace memory_host::pdb {
 
-/// Up to here a record has its coordinates, three numbers of eight columns from column 31 on.
+/// The last column of the coordinates, three numbers of eight columns from column 31 on.
 constexpr std::size_t coordinateColumns = 54;
 
 /// Columns of a line, counted from 1 and inclusive as in the format's description; fewer where the
@@ -29,8 +29,8 @@ inline bool isRecord(std::string_view line, std::string_view record) {
     return line.starts_with(record) && (line.size() == record.size() ||
                                         line[record.size()] == ' ' || line[record.size()] == '\t');
 }
-/// Whether a line begins as a record of an atom. A serial number beyond five digits may stand right
-/// behind the record's name.
+/// Whether a line begins as a record of an atom. A serial number of more than five digits may
+/// follow the record's name without a blank.
 inline bool isAtomRecord(std::string_view line) {
     return line.starts_with("HETATM") ||
            (line.starts_with("ATOM") &&
@@ -38,12 +38,12 @@ inline bool isAtomRecord(std::string_view line) {
 }
 /// Whether a text has records of atoms in their columns.
 bool hasAtoms(std::string_view text);
-/// The name of such a record in other than capital letters, with which it is none; else empty.
+/// The name of such a record if it is not in capital letters, which makes it invalid; else empty.
 std::string_view wronglyWrittenRecord(std::string_view line);
 
 enum class RowFault : std::uint8_t {
     None,
-    Tab,     ///< a tabulator moves what follows
+    Tab,     ///< a tab shifts what follows
     Serial,  ///< columns 5 or 7 to 12 hold more than a serial number
     Number,  ///< columns 23 to 27 hold more than a residue number
     Blanks,  ///< columns 28 to 30 are not blank
@@ -53,19 +53,19 @@ enum class RowFault : std::uint8_t {
     Left,    ///< the line misses columns before the residue number
     Joined,  ///< another record follows in the same line
 };
-/// What an atom's record has against its columns up to the coordinates.
+/// The first fault in the columns of an atom's record, up to the coordinates.
 RowFault faultOf(std::string_view line);
 /// That fault as the beginning of a message.
 std::string describe(RowFault fault, std::string_view line);
 
-/// Whether an atom's record is one of PDB in every number up to the temperature factor.
+/// Whether all numbers of an atom's record up to the temperature factor fit PDB's columns.
 bool fitsColumns(std::string_view line);
 
-/// The residue number in its columns; it may be longer than four digits where no insertion code is.
+/// The residue number; may be longer than its four columns if there is no insertion code.
 std::string_view residueNumber(std::string_view line);
 std::string_view insertionCode(std::string_view line);
 
-/// Tells residue names of four letters from chains of two: both begin or end in column 21.
+/// Distinguishes residue names of four letters from chains of two: both use column 21.
 class ResidueColumns {
 public:
     struct Fields {

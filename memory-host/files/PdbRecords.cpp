@@ -10,7 +10,7 @@ namespace memory_host::pdb {
 
 namespace {
 
-// More lines than these in a wrong form, and the file is something else.
+// With more malformed lines than these, the file is no PDB or PQR file.
 constexpr std::size_t handful = 10;
 
 } // namespace
@@ -53,7 +53,7 @@ void RecordReader::readLines() {
     }
 }
 
-// Whether a line, the last one, ends where records do not.
+// Whether the last line of the file is a truncated record.
 bool RecordReader::isCutRecord(std::string_view line) const {
     constexpr std::array<std::string_view, 8> records = {"ATOM",   "HETATM", "ANISOU", "SIGATM",
                                                          "SIGUIJ", "MODEL",  "ENDMDL", "TER"};
@@ -65,8 +65,8 @@ bool RecordReader::isCutRecord(std::string_view line) const {
                records, [word](std::string_view record) { return record.starts_with(word); });
 }
 
-// The last line has no line end. It may still be whole; but a file that was cut must not pass for
-// one with fewer atoms.
+// Checks the last line if it has no line end. It may be complete; but a truncated file must not be
+// read as one with fewer atoms.
 void RecordReader::checkEnd(std::string_view line) {
     if (isAtomRecord(line))
         checkLastAtom(line);
@@ -126,7 +126,7 @@ void RecordReader::readWronglyWritten(std::string_view name, std::string_view li
         m_wronglyWrittenLine = m_line;
         m_wronglyWritten = name;
     }
-    // In the middle of others it would be an atom that is lost.
+    // Between other atoms, this line would be a lost atom.
     if (m_builder.atomCount() != 0 && fitsColumns(line))
         m_report.remark(FileReport::Kind::Row, m_line, [&] {
             return inQuotes(name) +

@@ -1,8 +1,8 @@
 // The records that PDB and PQR files share: models, ends of molecules, the identifier, listed
 // bonds. The two differ in the rows of atoms, which are for the reader of each.
 //
-// They are taken apart here and not by gemmi's reader, because that one reads blank coordinates as
-// 0, ends at the first END, and takes line numbers of old files for charges that it refuses.
+// gemmi's reader is not used, because it reads blank coordinates as 0, stops at the first END, and
+// takes line numbers of old files for invalid charges.
 #pragma once
 
 #include "AtomNumbers.h"
@@ -12,15 +12,15 @@
 
 namespace memory_host::pdb {
 
-/// Reads one entry, called as the file if it has no identifier. A model ends with ENDMDL or END,
-/// and what follows is another one. A few rows in a wrong form are atoms without a position; more
-/// of them are refused.
+/// Reads one entry, named after the file if it has no identifier. A model ends with ENDMDL or END,
+/// and another one may follow. A few malformed rows become atoms without a position; more of them
+/// are refused.
 class RecordReader {
 public:
     /// What a format's messages say that it accepts.
     struct Accepted {
         std::string file; ///< as the end of a message
-        std::string rows; ///< behind "accepted are", as what follows
+        std::string rows; ///< after "accepted are"
         AtomNumbers::Accepted numbers;
     };
 
@@ -36,19 +36,18 @@ public:
 protected:
     /// Adds the atom of an ATOM or HETATM record.
     virtual void readAtom(std::string_view line) = 0;
-    /// Looks at such a record that has no line end, as the last of a file that may have been cut.
+    /// Checks a last record without a line end, because the file may be truncated.
     virtual void checkLastAtom(std::string_view line) = 0;
 
     [[noreturn]] void refuseCut(std::string_view line) const;
-    /// Adds the atom of a row in a wrong form: it stays, and has no position, as nothing tells what
-    /// its numbers are.
+    /// Adds the atom of a malformed row, without a position, because its numbers cannot be trusted.
     void addFaulty(const AtomRow& row, const std::string& fault);
-    std::size_t line() const { return m_line; } ///< the number of this one
+    std::size_t line() const { return m_line; } ///< number of the current line
 
     FileReport& m_report;
     TableBuilder m_builder;
     AtomNumbers m_numbers;
-    ResidueColumns m_residueColumns; ///< of what the rows of atoms say; the bonds ask for it
+    ResidueColumns m_residueColumns; ///< from the rows of atoms; needed for the bonds
 
 private:
     void readLines();
@@ -64,7 +63,7 @@ private:
     Bytes m_bytes;
     std::string m_acceptedFile;
     std::string m_acceptedRows;
-    /// With their lines' numbers; the atoms tell which chains there are.
+    /// With line numbers. Read after the atoms, which tell the chains.
     std::vector<std::pair<std::string_view, std::size_t>> m_links;
     std::size_t m_line = 0;
     std::size_t m_faultyRows = 0;
@@ -72,8 +71,8 @@ private:
     std::string m_fault;          ///< of the first one
     std::size_t m_wronglyWrittenLine = 0;
     std::string m_wronglyWritten; ///< the name of a record there
-    std::size_t m_modelLine = 0;  ///< of the MODEL record that no ENDMDL has followed yet
-    std::size_t m_shortestOther = std::string_view::npos; ///< of ANISOU and its like
+    std::size_t m_modelLine = 0;  ///< of the MODEL record without an ENDMDL so far
+    std::size_t m_shortestOther = std::string_view::npos; ///< of ANISOU and the like
     bool m_isInModel = false;
     std::string m_identifier;
 };

@@ -1,6 +1,6 @@
-// The CCP4/MRC format of maps, in the extent that the file stores, of any axis order, cell and byte
-// order. The header is checked here before gemmi believes it: it allocates
-// what the header promises, and takes data in the other byte order for numbers as they stand.
+// The CCP4/MRC format of maps: the extent that the file stores, in any axis order, cell and byte
+// order. The header is checked before gemmi reads it, because gemmi allocates whatever the header
+// promises, and does not convert data in the other byte order.
 #include "Fields.h"
 #include "FileLimits.h"
 #include "Readers.h"
@@ -21,7 +21,7 @@ static_assert(std::endian::native == std::endian::little, "the byte order of map
 
 constexpr std::size_t headerBytes = 1024;
 constexpr std::int64_t mostPoints = std::int64_t{1} << 30;
-// Where the parts of the header stand, as words counted from 1.
+// Positions in the header, as words counted from 1.
 constexpr int sizeWord = 1;
 constexpr int modeWord = 4;
 constexpr int startWord = 5;
@@ -70,8 +70,8 @@ private:
     FileReport& m_report;
 };
 
-// Whether the header's numbers make sense as they stand: the stamp for the byte order is often
-// missing, or wrong.
+// Whether the header's numbers make sense in the current byte order. The machine stamp is often
+// missing or wrong.
 bool MapReader::isHeaderInOrder() const {
     const auto isAxis = [this](int number) { return word(number) >= 1 && word(number) <= 3; };
     return isAxis(axisWord) && isAxis(axisWord + 1) && isAxis(axisWord + 2);
@@ -82,9 +82,9 @@ void MapReader::turnBytes(std::size_t from, std::size_t to, std::size_t width) {
         std::reverse(m_bytes.data() + at, m_bytes.data() + at + width);
 }
 
-// Returns whether it was in the other one.
+// Returns whether the header was in the other byte order.
 bool MapReader::bringHeaderIntoByteOrder() {
-    // Words 53 and 54 are text and the stamp, and so is what follows word 56.
+    // Words 53 and 54 are text and the machine stamp; text follows after word 56.
     const auto turnHeader = [this] {
         turnBytes(0, 208, 4);
         turnBytes(216, 224, 4);
@@ -151,7 +151,7 @@ void MapReader::checkSizes() const {
                             " bytes more than the map's header promises; they were left out");
 }
 
-// gemmi adds the size to it.
+// Avoids overflow in gemmi, which adds the size to the start.
 void MapReader::checkStart() const {
     for (int axis = 0; axis != 3; ++axis)
         if (std::abs(std::int64_t{word(startWord + axis)}) >= mostPoints)
@@ -172,7 +172,7 @@ void MapReader::checkAxes() {
 }
 
 void MapReader::checkCell() {
-    // gemmi rounds them to five decimals, and takes a cell with a 0 for none.
+    // gemmi rounds cells to five decimals, and takes a cell with a 0 as missing.
     const auto isRoundedAway = [](float number) {
         return number != 0.0F && std::round(1.0e5 * static_cast<double>(number)) == 0.0;
     };
@@ -181,7 +181,7 @@ void MapReader::checkCell() {
         const float length = real(cellWord + axis);
         const float angle = real(cellWord + 3 + axis);
         isMissing = isMissing && length == 0.0F;
-        // Angles are often left out where all of them are right ones.
+        // If all angles are 90 degrees, files often omit them.
         if (angle == 0.0F)
             setWord(cellWord + 3 + axis, std::bit_cast<std::int32_t>(90.0F));
         else if (!(angle > 0.0F && angle < 180.0F) || isRoundedAway(angle))
@@ -211,8 +211,8 @@ void MapReader::checkCell() {
                         "apart");
 }
 
-// The points' places: by the cell and its sampling, from the start that the header gives as a
-// number of points, or as an origin in Å where it gives one.
+// The positions of the points: from the cell and its sampling, and from the header's start, given
+// as a number of points, or as an origin in Å.
 void MapReader::place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell, GridRecord& grid) {
     const std::array<int, 3> sampling = map.header_3i32(samplingWord);
     const std::array<int, 3> start = map.header_3i32(startWord);
@@ -249,7 +249,7 @@ GridRecord MapReader::read() {
     if (isTurned && valueBytes() > 1)
         turnBytes(static_cast<std::size_t>(dataOffset()), m_bytes.size(), valueBytes());
 
-    // The values are numbers of four bytes then, and there are two of each while they are turned.
+    // gemmi converts the values to floats, and holds two copies while it reorders the axes.
     requireMemory(m_report, 2 * sizeof(float) * (m_bytes.size() / valueBytes()));
     gemmi::Ccp4<float> map;
     map.read_ccp4_from_memory(m_bytes.data(), m_bytes.size(), m_report.path());

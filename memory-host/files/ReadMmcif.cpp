@@ -1,6 +1,6 @@
-// The mmCIF format, an entry for each data block with an _atom_site category: gemmi's CIF grammar,
-// with actions that pick the atoms out while it is parsed. The document is never held as a whole,
-// and every value comes with its line.
+// The mmCIF format, an entry for each data block with an _atom_site category: gemmi's CIF grammar
+// with actions that pick out the atoms during parsing. The document is never in memory as a whole,
+// and every value is known with its line.
 #include "Fields.h"
 #include "MmcifAtoms.h"
 #include "MmcifBonds.h"
@@ -24,11 +24,10 @@ using mmcif::Column;
 using mmcif::contentOf;
 using mmcif::Row;
 
-// The name of an entry stands in the names of all its models and atoms, and the file says it once.
-// As long as the name of a file may be.
+// An entry's name is repeated in all its models and atoms. The limit is that of a file name.
 constexpr std::size_t longestName = 255;
 
-// Tags as they stand in the file, which are the same in any case of their letters.
+// Tags as written in the file, compared without regard to case.
 struct TagHash {
     std::size_t operator()(std::string_view tag) const {
         std::uint64_t hash = 0xcbf29ce484222325U;
@@ -83,7 +82,7 @@ private:
 
     std::string m_blockName;
     std::string m_entryName;
-    bool m_isInFrame = false; ///< inside of a save frame, where definitions stand
+    bool m_isInFrame = false; ///< inside of a save frame, which holds definitions
     TagSet m_tags;            ///< of the block
     TagSet m_frameTags;       ///< of the save frame
 
@@ -100,7 +99,7 @@ private:
 
     Column m_pairColumn = Column::Ignored; ///< of the last tag outside of loops
     bool m_isEntryTag = false;             ///< that tag was the entry's identifier
-    bool m_hasPairs = false;               ///< the category comes without a loop: one row
+    bool m_hasPairs = false;               ///< the category has no loop: one row
     Row m_pairRow{};
     std::size_t m_pairLine = 0;
     mmcif::BondColumn m_bondPairColumn = mmcif::NoBondColumn; ///< of the last tag outside of loops
@@ -166,7 +165,7 @@ template <> struct Pick<rules::loop> {
     }
 };
 
-// The parser stops before what cannot stand there, and does not always say what that is.
+// The parser stops before an invalid word, and does not always name it.
 void MmcifReader::refuseWord(std::size_t at, std::size_t line, std::string_view message) const {
     std::string_view word = m_bytes.text().substr(std::min(at, m_bytes.size()));
     word = word.substr(0, word.find_first_of(" \t\r\n"));
@@ -211,10 +210,10 @@ void MmcifReader::startBlock(std::string_view name) {
     takePairs();
     finishBlock();
     m_blockName = name;
-    m_tags = TagSet(); // Not cleared, as that takes as long as it once had tags.
+    m_tags = TagSet(); // clear() would take as long as for the most tags so far.
 }
 
-// Which of two values is meant nobody knows.
+// With two values of a tag, it is unknown which one is meant.
 void MmcifReader::checkRepetition(std::string_view tag, std::size_t line) {
     if (!(m_isInFrame ? m_frameTags : m_tags).insert(tag).second)
         m_report.refuse(line, "the tag " + inQuotes(tag) + " stands twice in one data block",
@@ -338,13 +337,13 @@ bool startsAsCif(std::string_view text) {
             break;
     }
     text.remove_prefix(at);
-    // A data block may be missing, and is then missed by the message.
+    // A missing data block is accepted here, and reported later.
     const std::string_view word = text.substr(0, text.find_first_of(" \t\r\n"));
     return startsWith(word, "data_") || startsWith(word, "loop_") ||
            (startsWith(word, "_") && word.find('.') != std::string_view::npos);
 }
 
-// By its name where the text does not tell, so that the message fits.
+// If the text does not tell, the file's name decides, so that the message fits.
 bool isMmcif(const FileSample& sample) {
     return startsAsCif(sample.bytes) || (sample.isNamedSo && !pdb::hasAtoms(sample.bytes));
 }

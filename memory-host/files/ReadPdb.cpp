@@ -65,7 +65,7 @@ void PdbReader::readAtom(std::string_view record) {
     m_builder.add(row);
 }
 
-// Where the file has no elements. Some files begin all names in their first column.
+// For files without elements. In some files all names begin in their first column.
 Element PdbReader::elementByName(const AtomRow& row, std::string_view columns) {
     if (const Element ion = elementOfIon(row.name, row.residue); ion != unknownElement)
         return ion;
@@ -88,7 +88,7 @@ void PdbReader::readPosition(std::string_view record, AtomRow& row) {
     });
 }
 
-// Beyond 9999 residues a number starts with a letter: A000 is 10000, and a000 follows on ZZZZ.
+// Hybrid-36: numbers beyond 9999 start with a letter. A000 is 10000, and a000 follows ZZZZ.
 std::string_view PdbReader::residueNumber(std::string_view text) {
     constexpr int width = 4;
     constexpr int lettersFirst = 10 * 36 * 36 * 36;
@@ -107,7 +107,7 @@ std::string_view PdbReader::residueNumber(std::string_view text) {
     return m_decoded.back();
 }
 
-// Whether a record of the format begins one of the lines.
+// Whether one of the lines begins with a record of the format.
 bool hasRecord(std::string_view text) {
     constexpr auto records = std::to_array<std::string_view>(
         {"ATOM ",  "HETATM", "HEADER", "OBSLTE", "TITLE ", "SPLIT ", "CAVEAT", "COMPND", "SOURCE",
@@ -125,7 +125,7 @@ bool hasRecord(std::string_view text) {
     return false;
 }
 
-// The first atom may stand far behind the beginning.
+// The first atom may come long after the beginning.
 bool isPdb(const FileSample& sample) {
     return sample.isWhole ? pdb::hasAtoms(sample.bytes) : hasRecord(sample.bytes);
 }

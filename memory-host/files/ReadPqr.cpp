@@ -1,5 +1,5 @@
-// The PQR format: the records of PDB, in which an atom's row has, behind its coordinates, its
-// partial charge and radius, and blanks between its words instead of fixed columns.
+// The PQR format: PDB records, in which an atom's row has its partial charge and radius after the
+// coordinates, and blanks between words instead of fixed columns.
 #include "PdbBonds.h"
 #include "PdbRecords.h"
 #include "ResidueKinds.h"
@@ -56,8 +56,8 @@ bool splitNumber(std::string_view text, bool mayHaveChain, Row& row) {
     return end > first && row.insertion.size() <= 1 && std::ranges::all_of(row.insertion, isLetter);
 }
 
-// Coordinates are all written in one way. An integer in front of them is a residue number, and the
-// one before it the chain.
+// Coordinates are all written in the same form. An integer before them is the residue number, and
+// the word before that the chain.
 bool isFirstCoordinate(std::string_view x, std::string_view y, std::string_view z) {
     const auto hasPoint = [](std::string_view number) {
         return number.find_first_of(".eEnN") != std::string_view::npos;
@@ -66,7 +66,7 @@ bool isFirstCoordinate(std::string_view x, std::string_view y, std::string_view 
 }
 
 bool splitWords(std::string_view line, Row& row) {
-    // Behind the record's name, for the serial number may follow at once.
+    // After the record's name, because a long serial number follows without a blank.
     const Words words = wordsOf(line.substr(line.starts_with("ATOM") ? 4 : 6));
     const auto& word = words.word;
     if (words.count != 9 && words.count != 10)
@@ -114,13 +114,13 @@ bool splitColumns(std::string_view line, Row& row) {
     return areNumbers(row);
 }
 
-// Takes a line apart that begins as a record of an atom. Says whether it is a row in its form; the
-// words in the places of numbers need be none.
+// Splits a line that begins as a record of an atom. Returns whether it has the form of a row; its
+// numbers may still be invalid.
 bool split(std::string_view line, Row& row) {
     return splitWords(line, row) || splitColumns(line, row);
 }
 
-// The format tells the element of an atom by names alone.
+// The format has no elements: they follow from the names.
 Element elementOf(const Row& row, std::string_view line) {
     if (const Element ion = elementOfIon(row.name, row.residue); ion != unknownElement)
         return ion;
@@ -131,9 +131,9 @@ Element elementOf(const Row& row, std::string_view line) {
     return elementOfLeftName(row.name, inPolymer);
 }
 
-// Whether a text has more rows of PQR than records of PDB. Rows that could be both are PQR by the
-// file's ending, unless no charge in a larger molecule is negative, as no occupancies are. By
-// another ending, rows whose charges mostly are 1 are PDB's, with occupancies.
+// Whether a text has more rows of PQR than records of PDB. Rows that could be both are PQR if the
+// file is named so, unless a larger molecule has no negative charge: then they are occupancies.
+// With another name, rows with charges of mostly 1 are PDB's.
 bool isPqr(const FileSample& sample) {
     std::string_view text = sample.bytes;
     constexpr std::size_t enoughRows = 1000;
@@ -156,7 +156,7 @@ bool isPqr(const FileSample& sample) {
         full += fitsPqr && !fitsPdb && finiteFloat(row.charge) == 1.0F;
         negative += fitsPqr && fitsPdb && row.charge.starts_with('-');
     }
-    // Occupancies and temperature factors behind coordinates that keep to no columns.
+    // These are occupancies and temperature factors, after coordinates outside of their columns.
     if (!sample.isNamedSo && full > ofPqr / 2)
         return false;
     const bool areBothPqr = sample.isNamedSo && (ofPqr != 0 || negative != 0 || ofBoth < fewRows);

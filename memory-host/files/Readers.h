@@ -1,5 +1,5 @@
-// What the reader of a file format is given, and what it brings: from bytes to plain tables.
-// Readers touch no data space, and free the bytes as soon as they have what they need.
+// Input and result of the reader of a file format: from bytes to plain tables. Readers do not touch
+// the data space, and free the bytes as soon as possible.
 #pragma once
 
 #include "AtomTable.h"
@@ -11,11 +11,11 @@
 
 namespace memory_host {
 
-/// A file whose format is looked for.
+/// A file whose format is to be recognised.
 struct FileSample {
     std::string_view bytes;
-    bool isWhole;   ///< else `bytes` is the first megabyte, with its line ends as they are
-    bool isNamedSo; ///< whether the file's name has an ending of the format that is asked
+    bool isWhole;   ///< else `bytes` is the first megabyte, with its original line ends
+    bool isNamedSo; ///< whether the file's name has an ending of this format
 };
 
 /// What a file holds: structures, or one map.
@@ -24,8 +24,8 @@ struct FileContent {
     std::optional<GridRecord> grid;
 };
 
-// A reader gets the whole of a file, unpacked, with unified line ends where the format is text; the
-// file's name without its endings, for an entry that has no identifier; and the report, by which it
-// refuses the file or remarks on it.
+// A reader gets the whole content of a file, unpacked, for text with unified line ends; the file's
+// name without its endings, for an entry without an identifier; and the report, for its refusal or
+// remarks.
 
 } // namespace memory_host

@@ -16,7 +16,7 @@ constexpr std::array<const char*, 3> nucleotideGroups = {"Phosphate", "Sugar", "
 enum AminoAcidGroup : std::uint8_t { Backbone, SideChain };
 enum NucleotideGroup : std::uint8_t { Phosphate, Sugar, Base };
 
-// Hydrogens in old files carry their number in front: "1HB".
+// Hydrogens in old files have their number first: "1HB".
 std::string_view withoutNumber(std::string_view name) {
     while (!name.empty() && isDigit(name.front()))
         name.remove_prefix(1);
@@ -29,8 +29,8 @@ bool isBackbone(std::string_view name) {
     return std::ranges::find(heavy, name) != heavy.end();
 }
 
-// Hydrogens whose bearer the bonds do not tell: H, H1, HN, HT1 at the nitrogen, HA, HA2 at the
-// alpha carbon, HXT and HO at the end.
+// Backbone hydrogens, for atoms without a bond that shows their heavy atom: H, H1, HN, HT1 at the
+// nitrogen, HA, HA2 at the alpha carbon, HXT and HO at the end.
 bool isBackboneHydrogen(std::string_view name) {
     name = withoutNumber(name);
     if (name.size() < 2)
@@ -100,7 +100,7 @@ AtomGroups::AtomGroups(const ModelTable& model, const FileNames& names,
             hydrogen(first) ? std::pair(first, second) : std::pair(second, first);
         if (m_bearer.empty())
             m_bearer.resize(model.atoms.size());
-        // The first one stands. 0 is none, so that numbers count from 1.
+        // The first bond counts. 0 means none, so that indices are stored from 1.
         if (m_bearer[borne] == 0)
             m_bearer[borne] = bearer + 1;
     }
@@ -115,7 +115,7 @@ ResidueKind AtomGroups::kindOf(std::size_t residue) {
     }
     if (facts.isKnownResidue)
         return facts.kind;
-    // A modified residue shows by what all of its kind have.
+    // A modified residue is recognised by the atoms that all residues of its kind have.
     constexpr std::array<std::string_view, 3> aminoAcid = {"N", "CA", "C"};
     constexpr std::array<std::string_view, 3> sugar = {"C1'", "C3'", "C4'"};
     constexpr std::array<std::string_view, 3> oldSugar = {"C1*", "C3*", "C4*"};

@@ -1,4 +1,4 @@
-// What a residue is by its name and atoms, and which group each of its atoms belongs to.
+// The kind of a residue by its name and atoms, and the group of each of its atoms.
 #pragma once
 
 #include "AtomTable.h"
@@ -16,20 +16,20 @@ bool isWater(std::string_view name);
 /// The names of a kind's groups, in their order; none for other residues.
 std::span<const char* const> groupNames(ResidueKind kind);
 
-/// What is known of a name, as of a residue or of an atom.
+/// Facts about a name, as that of a residue or of an atom.
 struct NameFacts {
     ResidueKind kind = ResidueKind::Other;
     bool isKnownResidue = false;
     bool isAsked = false;
 };
 
-/// Says of the atoms of one model which group they belong to.
+/// Finds the group of each atom of one model.
 class AtomGroups {
 public:
-    /// `facts` are by name; the models of an entry share them, in whatever order they come.
+    /// `facts` are indexed by name; the models of an entry share them, in any order.
     AtomGroups(const ModelTable& model, const FileNames& names, std::vector<NameFacts>& facts);
 
-    /// The kind of a residue: by its name or, where nobody knows the name, by its atoms.
+    /// The kind of a residue: by its name or, if the name is unknown, by its atoms.
     ResidueKind kindOf(std::size_t residue);
     /// The group of an atom of a residue of this kind, as an index of groupNames(). A hydrogen goes
     /// with the atom that it is bonded to.
@@ -39,7 +39,7 @@ private:
     const ModelTable& m_model;
     const FileNames& m_names;
     std::vector<NameFacts>& m_facts;
-    std::vector<std::uint32_t> m_bearer; ///< by atom, for models with hydrogens: who bears it
+    std::vector<std::uint32_t> m_bearer; ///< by atom, for models with hydrogens: the heavy atom
 };
 
 } // namespace memory_host

@@ -13,13 +13,13 @@ namespace memory_host {
 namespace {
 
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
-// No chemical residue comes near.
+// More than any chemical residue has.
 constexpr std::uint32_t manyAtoms = 10000;
-// What the search for bonds takes for each atom meanwhile.
+// Memory of the search for bonds, for each atom.
 constexpr std::size_t bytesOfABondSearch = 140;
-// More residue names at one position are not all shown.
+// Only so many residue names are shown for one position.
 constexpr std::ptrdiff_t mostNames = 8;
-// The residue of points that show where a membrane lies, and are no atoms.
+// The residue of dummy atoms that mark the position of a membrane.
 constexpr std::string_view membraneMarker = "DUM";
 
 bool isSameResidue(const AtomRow& a, const AtomRow& b) {
@@ -27,8 +27,8 @@ bool isSameResidue(const AtomRow& a, const AtomRow& b) {
            a.chain == b.chain && a.segment == b.segment;
 }
 
-// The places that `entries` get when they are sorted by `key`, whose values lie below `count`,
-// and equal ones keep their order; empty where they are sorted already.
+// The positions of `entries` after a stable counting sort by `key`, whose values are below `count`;
+// empty if they are sorted already.
 template <class Entry>
 std::vector<std::uint32_t> sortedPlaces(const std::vector<Entry>& entries, std::size_t count,
                                         std::uint32_t Entry::*key) {
@@ -191,7 +191,7 @@ std::uint32_t TableBuilder::newResidue(const ResidueKey& key) {
     return residue;
 }
 
-// The residue of this identity, or the one at its position that takes another name in; or none.
+// The residue with this identity, or the one at its position that takes a further name; or none.
 std::uint32_t TableBuilder::knownResidue(const ResidueKey& key, std::uint16_t alternative) {
     Model& model = *m_model;
     if (const auto found = model.residues.find(key); found != model.residues.end())
@@ -210,7 +210,7 @@ std::uint32_t TableBuilder::knownResidue(const ResidueKey& key, std::uint16_t al
     return residue;
 }
 
-// A name more among those of a residue; of very many the first ones are shown.
+// Adds a name to those of a residue; of very many only the first are shown.
 void TableBuilder::addName(std::uint32_t residue, std::uint32_t name) {
     FileNames& names = *m_structure.names;
     ResidueEntry& entry = m_model->table.residues[residue];
@@ -275,7 +275,7 @@ void TableBuilder::keepIds(const AtomRow& row) {
         model.serials.resize(model.table.atoms.size(), noSerial);
         model.serials.push_back(row.serial);
     }
-    // Only the first atom of a residue is looked at: they agree.
+    // Only the first atom of a residue is read: all have the same ids.
     if (!row.labelChain.empty() && model.labels.size() != model.table.residues.size()) {
         model.labels.resize(model.table.residues.size());
         FileNames& names = *m_structure.names;
@@ -283,7 +283,7 @@ void TableBuilder::keepIds(const AtomRow& row) {
     }
 }
 
-// Looks now and then whether the table may grow to twice its size.
+// Checks, at each doubling, whether the table may grow to twice its size.
 void TableBuilder::checkRoom() {
     constexpr std::size_t first = std::size_t{1} << 16;
     constexpr std::size_t bytesOfAnAtom = 2 * (sizeof(AtomEntry) + sizeof(Serial));

@@ -1,4 +1,4 @@
-// Sorts the atoms of a file, as its reader brings them, into models, chains and residues.
+// Sorts the atoms that a reader brings into models, chains and residues.
 #pragma once
 
 #include "AtomTable.h"
@@ -10,20 +10,20 @@
 
 namespace memory_host {
 
-/// What identifies a residue within a model; names by their numbers. `name` 0 stands for all that
-/// have the position.
+/// The identity of a residue within a model, with names as numbers. `name` 0 stands for all
+/// residues at the position.
 struct ResidueKey {
     std::uint32_t chain = 0;
     std::uint32_t number = 0;
     std::uint32_t segment = 0;
     std::uint32_t name = 0;
-    std::uint32_t part = 0; ///< counts the ends of molecules before it
+    std::uint32_t part = 0; ///< number of ends of molecules before it
 
     ResidueKey position() const { return {chain, number, segment, 0, part}; }
     bool operator==(const ResidueKey&) const = default;
 };
 
-/// What identifies an atom within a model.
+/// The identity of an atom within a model.
 struct AtomKey {
     std::uint32_t residue = 0;
     std::uint32_t name = 0;
@@ -50,11 +50,11 @@ private:
 
 /// Takes the atoms of one entry in the order of the file.
 ///
-/// Atoms of one residue need not stand together. A position with several residue names is one
-/// residue when the further names are in alternative locations, and several otherwise. When a
-/// residue comes again with an atom that it has already, a new residue of the same name starts:
-/// numbers begin again in files with more residues than numbers. Where there are no numbers, a
-/// residue is what stands together under one name; waters are told apart by their atoms.
+/// Atoms of one residue need not be consecutive. A position with several residue names is one
+/// residue if the further names are in alternative locations, and otherwise several. When an atom
+/// of a residue is repeated, a new residue of the same name starts: in files with more residues
+/// than numbers, the numbers start again. Without numbers, a residue is a run of atoms with one
+/// residue name; waters are separated by repeated atoms.
 class TableBuilder {
 public:
     /// `atomsBefore` is the number of atoms in other entries of the file.
@@ -65,10 +65,10 @@ public:
     /// exists and `reopen` is set.
     void startModel(std::string_view number, bool reopen);
     void add(const AtomRow& row);
-    /// A molecule ends here: what follows belongs to other residues, whatever their numbers are.
+    /// A molecule ends here: the following atoms belong to other residues, whatever their numbers.
     void endResidues();
     std::size_t atomCount() const { return m_atomCount; }
-    /// The bonds that the file lists, in any order with its atoms.
+    /// The bonds that the file lists, before, between or after its atoms.
     ListedBonds& listedBonds() { return m_listedBonds; }
     /// Sorts what came, and finds the bonds; the entry is called `name`.
     StructureTable finish(std::string name);
@@ -78,9 +78,9 @@ private:
         ModelTable table;
         std::unordered_map<std::uint32_t, std::uint32_t> chains;
         std::unordered_map<ResidueKey, std::uint32_t, KeyHash> residues;
-        /// Atoms of the residues that may come again: those that did, and waters without numbers.
+        /// Atoms of residues that may be repeated: repeated residues, and waters without numbers.
         std::unordered_set<AtomKey, KeyHash> seenAtoms;
-        std::vector<bool> isWatched;       ///< by residue: its atoms are among the seen ones
+        std::vector<bool> isWatched;       ///< by residue: its atoms are in seenAtoms
         std::vector<bool> hasAlternatives; ///< by residue
         std::vector<Serial> serials;       ///< by atom, up to the last one that has one
         std::vector<LabelIds> labels;      ///< by residue; empty where the file has none
