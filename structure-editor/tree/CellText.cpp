@@ -33,12 +33,12 @@ void makeLegible(QStyleOptionViewItem& option) {
     const QColor wanted = textColorOf(option);
     QColor color;
     if (option.state.testFlag(QStyle::State_Selected)) {
-        // A highlight is loud: so is the text on it.
+        // A highlight has strong contrast, so the text on it is black or white.
         const QColor highlight = behindText(option);
         const bool isReadable = legible::contrast(wanted, highlight) >= legible::least;
         color = isReadable ? wanted : legible::blackOrWhite(highlight);
     } else if (option.backgroundBrush.style() != Qt::NoBrush) {
-        // A cell in a colour of its own goes with no palette.
+        // A cell's own colour does not match any palette.
         color = legible::blackOrWhite(option.backgroundBrush.color());
     } else {
         color = legible::text(wanted, behindText(option));
@@ -62,8 +62,8 @@ void drawFocus(QPainter* painter, const QStyleOptionViewItem& option) {
     painter->save();
     painter->setBrush(Qt::NoBrush);
     painter->setPen(QPen(color, 1, Qt::DotLine));
-    // What stands out of the cell, by half of the pen on a screen of many pixels, is not painted
-    // over when the focus goes.
+    // On a high-DPI screen half of the pen reaches out of the cell, where it would not be repainted
+    // when the focus leaves.
     painter->setClipRect(option.rect, Qt::IntersectClip);
     painter->drawRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5));
     painter->restore();

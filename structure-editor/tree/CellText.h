@@ -1,5 +1,5 @@
-// What list and tree share in the text of their cells: colours that can be read, tool tips that show
-// it letter by letter, and the words for the state of an item.
+// What list and tree share for the text of their cells: legible colours, plain-text tool tips, and
+// the words for the state of an item.
 #pragma once
 
 #include <QColor>
@@ -14,13 +14,13 @@ void makeLegible(QStyleOptionViewItem& option);
 /// The colour that the style paints the text of a cell with.
 QColor textColorOf(const QStyleOptionViewItem& option);
 
-/// Takes the mark of the cell that has the keyboard's focus out of what the style is to paint, and
-/// says whether it was there: styles lay colours over the text.
+/// Removes the focus from what the style is to paint, because styles paint colours over the text.
+/// Returns whether the cell has the focus.
 bool takeFocus(QStyleOptionViewItem& option);
 /// Marks that cell with a frame around its text, and nothing over it.
 void drawFocus(QPainter* painter, const QStyleOptionViewItem& option);
 
-/// The text as a tool tip that takes nothing in it for markup; its lines stay lines.
+/// A tool tip with the text as it is, without markup; line breaks stay.
 QString plainToolTip(const QString& text);
 
 /// The state of an item in words: "shown, partly selected".

@@ -1,5 +1,5 @@
-// Memory for tree rows and their lists of children: millions of small pieces that come and go
-// together.
+// Memory for tree rows and their lists of children: millions of small blocks that are made and
+// freed together.
 #pragma once
 
 #include <array>
@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-/// Cuts rows of `rowSize` bytes and arrays from large blocks, one beside the other, so that what is
-/// made one after the other is read one after the other. Sanitizers watch single pieces: for them
-/// each is a block of its own, and nothing is ever dropped.
+/// A pool allocator: cuts rows of `rowSize` bytes and arrays from large blocks, one after the
+/// other, so that rows made in sequence are contiguous in memory. Under AddressSanitizer each row
+/// and array is a heap block of its own, and dropAll() does nothing.
 template <std::size_t rowSize> class RowPool {
 public:
     RowPool() = default;
@@ -53,7 +53,7 @@ public:
         }
     }
 
-    /// Memory for an array; it must go before the last row does.
+    /// Memory for an array; it must be freed before the last row.
     void* takeArray(std::size_t bytes) {
         if (bytes <= largestPiece)
             return take(bytes);
@@ -77,11 +77,11 @@ public:
         }
     }
 
-    /// Whether just so many rows are out.
+    /// Whether exactly this number of rows is in use.
     bool holdsOnly(std::size_t rows) const {
         return m_rows == rows;
     }
-    /// Takes everything back, without a look at any of it. The blocks stay for what comes next.
+    /// Frees everything without visiting any of it. The blocks are kept for reuse.
     void dropAll() noexcept {
         for (void* array : m_large)
             ::operator delete(array);
@@ -114,7 +114,7 @@ private:
         if (Free*& free = m_free[wanted])
             return std::exchange(free, free->next);
         if (static_cast<std::size_t>(m_end - m_next) < wanted * unit) {
-            // The rest of the block is lost.
+            // The rest of the block stays unused.
             if (m_used == m_blocks.size())
                 m_blocks.push_back(std::unique_ptr<std::byte[]>(new std::byte[blockSize]));
             m_next = m_blocks[m_used++].get();
@@ -128,7 +128,7 @@ private:
     }
 
     std::vector<std::unique_ptr<std::byte[]>> m_blocks;
-    std::size_t m_used = 0; ///< blocks that have been cut from; the others follow them
+    std::size_t m_used = 0; ///< blocks in use, which come first
     std::byte* m_next = nullptr;
     std::byte* m_end = nullptr;
     std::array<Free*, largestPiece / unit + 1> m_free{}; ///< by size, in units

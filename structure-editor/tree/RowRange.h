@@ -3,16 +3,16 @@
 
 class TreeItem;
 
-/// Whether `a` comes before `b` in the order shown; a row comes before what lies below it.
+/// Whether `a` comes before `b` in the order shown; a row comes before its descendants.
 bool isBefore(const TreeItem* a, const TreeItem* b);
 
-/// The rows from `first` to `last`: all of them, or those that closed branches do not hide.
+/// The rows from `first` to `last`: all of them, or only those that no closed branch hides.
 struct RowRange {
     TreeItem* first;
     TreeItem* last;
     bool shownOnly;
 
     bool holds(const TreeItem* row) const;
-    /// Whether the range holds `row` or a row above it.
+    /// Whether the range holds `row` or one of its ancestors.
     bool covers(const TreeItem* row) const;
 };

@@ -12,15 +12,15 @@ namespace {
 
 using TAVIK::Compound;
 
-// Beside sets only bonds have parts, and those do not follow what is done to their bond.
+// Only sets and bonds have parts, and the parts of a bond do not follow its selection.
 bool isSet(Compound* item) {
     return item && item->PartBegin() != item->PartEnd() && !dynamic_cast<TAVIK::Bond*>(item);
 }
 
-/// An item that sets list, at once or through sets among their members.
+/// A member of a set, directly or of a set that is a member itself.
 struct Member {
-    bool isWanted = false;             ///< by a set that is to stay selected
-    std::vector<TreeItem*> unselected; ///< the other sets that list it
+    bool isWanted = false;             ///< a set that is to stay selected lists it
+    std::vector<TreeItem*> unselected; ///< the sets with the item that the gesture unselected
     TreeItem* row = nullptr;           ///< null in another entry
 };
 
@@ -55,7 +55,7 @@ public:
                 found->second.row = row;
     }
 
-    /// The rows of wanted members, with those above and below.
+    /// Calls forgetUnselecting() for the rows of wanted members and those above and below.
     void leaveMembers() {
         for (auto& [item, member] : m_members) {
             if (!member.isWanted || !member.row || m_wanted.covers(member.row))
@@ -69,7 +69,7 @@ public:
         }
     }
 
-    /// The sets of which a member is wanted, or holds or is held by what is.
+    /// Likewise for sets with a member that is wanted, or holds or is held by what is.
     void leaveSets() {
         std::unordered_set<const Compound*> elsewhere;
         for (const auto& [item, member] : m_members)
@@ -102,7 +102,7 @@ private:
         }
     }
 
-    // What is wanted itself stays marked as the gesture left it.
+    // Wanted rows keep the marks that the gesture gave them.
     void leaveBelow(TreeItem* row) {
         const bool holdsWanted = m_above.count(row) > 0;
         TreeItemIterator end(row);
@@ -132,7 +132,7 @@ private:
         return row;
     }
 
-    // Calls `until` for an item and all that it holds, and goes no further once that is true.
+    // Calls `until` for an item and all that it holds, and stops once it returns true.
     template <class Until> static bool forEachFrom(Compound* item, Until until) {
         std::vector<Compound*> waiting{item};
         while (!waiting.empty()) {
@@ -151,7 +151,7 @@ private:
     const RowRange& m_wanted;
     std::unordered_map<Compound*, Member> m_members;
     std::unordered_set<const TreeItem*> m_kept;  ///< wanted members
-    std::unordered_set<const TreeItem*> m_above; ///< what holds wanted rows or members
+    std::unordered_set<const TreeItem*> m_above; ///< the ancestors of wanted rows and members
 };
 
 } // namespace

@@ -1,15 +1,15 @@
-// What rows share by way of sets, whose members stand elsewhere in the tree or in other entries.
+// Rows that share items through sets, whose members are elsewhere in the tree or in other entries.
 #pragma once
 
 #include "RowRange.h"
 
 class TreeView;
 
-/// After a gesture that selected the rows of `wanted` and unselected others: ends that a row counts
-/// as unselected by the user where it shares items with `wanted` through a set. Handed over, it
-/// would unselect them again. What it holds beside them is handed over in rows of its own; only
-/// members of such a set that stand in other entries keep their selection.
+/// After a gesture that selected the rows of `wanted` and unselected others: clears the "changed by
+/// the user" mark of unselected rows that share items with `wanted` through a set. Handed to the
+/// host, such a row would unselect the shared items. Its other items are handed over by rows of
+/// their own; only members of such a set in other entries keep their selection.
 ///
-/// Costs a look at each row when a set was selected or unselected, and next to nothing otherwise.
-/// Throws std::bad_alloc, and has changed nothing wrongly then.
+/// Visits each row if a set was selected or unselected, and costs next to nothing otherwise. Throws
+/// std::bad_alloc; marks are then cleared only in part, but none of them wrongly.
 void leaveSharedRows(const TreeView& view, const RowRange& wanted);

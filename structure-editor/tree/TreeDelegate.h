@@ -3,9 +3,9 @@
 
 #include <QStyledItemDelegate>
 
-/// Highlights a selected row in its first column alone, so that the colour of the item stays seen
-/// behind the second. All text can be read, whatever the palette and the item's colour. A text
-/// that is too long for its cell has a tool tip.
+/// Highlights a selected row only in its first column, so that the colour of the item stays visible
+/// behind the second. Text is legible with any palette and item colour. A text that is too long for
+/// its cell has a tool tip.
 class TreeDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

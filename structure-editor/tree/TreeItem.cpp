@@ -82,7 +82,7 @@ void TreeItem::commAdd(Batch& batch) {
         return;
     std::vector<TAVIK::Compound*> missing;
     std::size_t expected = 0;
-    // Both ends are read at each step: making rows may lead anywhere.
+    // Both ends are read anew at each step, because creating rows may run other code.
     for (std::ptrdiff_t i = 0; i < m_Compound->ChildEnd() - m_Compound->ChildBegin(); ++i) {
         TAVIK::Compound* c = m_Compound->ChildBegin()[i];
         const std::size_t at = find(c, expected);
@@ -95,7 +95,7 @@ void TreeItem::commAdd(Batch& batch) {
     }
     if (missing.empty())
         return;
-    // An item that is listed twice gets one row: its second turn would find the first one's.
+    // An item that is listed twice gets one row, as if rows were added one by one.
     const auto byId = [](const TAVIK::Compound* a, const TAVIK::Compound* b) {
         return idOf(a) != idOf(b) ? idOf(a) < idOf(b) : std::less<>()(a, b);
     };
@@ -113,8 +113,8 @@ void TreeItem::commAdd(Batch& batch) {
     root()->model.insert(this, std::move(rows), batch.rows - before);
 }
 
-// Host children and rows are nearly always in the same order, so that the row is where the one
-// before was found; else it is found by its id.
+// Host children and rows are nearly always in the same order, so that the row is next to the
+// previous one; otherwise it is searched by its id.
 std::size_t TreeItem::find(const TAVIK::Compound* c, std::size_t expected) const {
     const unsigned int id = idOf(c);
     const auto isIt = [&](std::size_t at) {
@@ -152,7 +152,7 @@ void TreeItem::buildChildren(Batch& batch) {
     sort();
 }
 
-// A row whose item is gone is told by its address alone: nothing is made while rows are aside.
+// Comparing addresses is enough to find rows of destroyed items: no items are made meanwhile.
 void TreeItem::comeBack(Batch& batch) {
     ++batch.rows;
     if (m_open || m_expandable || m_configured || m_Dirty)
@@ -178,7 +178,7 @@ void TreeItem::comeBack(Batch& batch) {
             m_children[i]->comeBack(batch);
     if (item == end)
         return;
-    // There are items without rows, or they stand in another order.
+    // Some items have no row, or the order differs.
     batch.rows -= rowCount() - 1;
     deleteChildren();
     buildChildren(batch);

@@ -30,9 +30,9 @@ struct HandedOver {
 
 /// A row. Rows belong to their tree, which alone deletes them, once they are out of it.
 ///
-/// Siblings are kept by rising host id; they are *shown*, and met by firstChild(), nextSibling()
-/// and child(), in that order or in the reverse one, as the header says. The id is remembered, so
-/// that sorting never asks an item that may be gone.
+/// Siblings are kept in ascending order of host ids. They are shown, and visited by firstChild(),
+/// nextSibling() and child(), in this or in descending order, as the header says. A row stores the
+/// id, so that sorting never reads an item that may be gone.
 ///
 /// A tree has millions of rows: a row is small, and has no virtual functions.
 class TreeItem : public RowNode<TreeItem> {
@@ -46,7 +46,7 @@ public:
     /// The host item that the row shows; not owned, and null in an empty row.
     TAVIK::Compound* compound() const { return m_Compound; }
 
-    /// The row that this one stands below; null at the top level.
+    /// The row above this one in the tree; null at the top level.
     TreeItem* parent() const;
     /// The first child row as shown; null without children.
     TreeItem* firstChild() const { return child(0); }
@@ -63,16 +63,16 @@ public:
     TreeItem* itemBelow() const;
     /// The row before this one on screen; null before the first.
     TreeItem* itemAbove() const;
-    /// The row itself, or the topmost closed row that hides it.
+    /// The row itself, or the topmost closed ancestor, which hides it.
     TreeItem* shownRow();
 
-    /// What the cell says, read from the host at each call; empty for columns that are not there.
+    /// The text of a cell, read from the host at each call; empty for unknown columns.
     QString text(int column) const;
-    /// The row in words, for who does not see it: "MET 1, shown, partly selected".
+    /// The row in words, for screen readers: "MET 1, shown, partly selected".
     QString spoken() const;
-    /// The colour of the text in a cell; invalid where it is the view's.
+    /// The colour of the text in a cell; invalid for the view's default.
     QColor textColor(int column) const;
-    /// The colour behind a cell, opaque; invalid where it is the view's.
+    /// The colour behind a cell, opaque; invalid for the view's default.
     QColor cellColor(int column) const;
 
     /// The host id as text of at least ten characters, whatever the column and direction: text
@@ -83,8 +83,8 @@ public:
     /// first.
     int compare(const TreeItem* other, int column, bool ascending) const;
 
-    /// Decides whether the row has an expansion mark: whether it has child rows now. The view does
-    /// this once, before it first shows the row or opens it.
+    /// Decides whether the row has an expansion mark, which is whether it has child rows now. The
+    /// view calls this once, before it first shows or opens the row.
     void setup();
     /// Whether the last setup() found child rows.
     bool isExpandable() const { return m_expandable; }
@@ -101,41 +101,41 @@ public:
     /// Selects or unselects the row for the user, and marks it for being handed to the host.
     void setSelected(bool s);
     bool isSelected() const { return m_selected && isMarkedAbove(); }
-    /// The same, where all rows above are known to say hasSelected().
+    /// isSelected(), if hasSelected() is known to be true for all rows above.
     bool isSelectedAsMarked() const { return m_selected; }
     /// False only if neither this row nor one below it is selected.
     bool hasSelected() const { return m_marked; }
-    /// Whether selecting the row can select others, which lie below it or, with a set, elsewhere.
+    /// Whether selecting the row can select other rows, below it or, through a set, elsewhere.
     bool selectsOthers() const;
-    /// False only if neither this row nor one below it stands for items elsewhere, as a set does.
+    /// False only if neither this row nor one below it has items elsewhere as parts, as a set does.
     bool holdsSets() const { return m_elsewhere; }
     /// Whether the user changed the row's selection since it was last handed over.
     bool isDirty() const { return m_Dirty; }
-    /// Ends that the row counts as changed by the user, unless it is selected: what it holds is
-    /// then handed over row by row.
+    /// Clears the mark of isDirty(), unless the row is selected: its contents are then handed over
+    /// row by row.
     void forgetUnselecting() {
         if (m_Dirty && !isSelected())
             m_Dirty = false;
     }
-    /// Forgets that the user changed this row and those below.
+    /// Clears the mark of isDirty() in this row and those below.
     void SetClean();
-    /// Hands the user's changes, in this row and below, to the host. What lies below a changed row
-    /// goes with it. The caller holds a change guard.
+    /// Hands the user's changes, in this row and below, to the host. A changed row includes all
+    /// below it. The caller holds a change guard.
     void CheckSelection();
     /// The same; `handed` is told of each item that was.
     void CheckSelection(HandedOver& handed);
-    /// Takes the host's selection over, in this row and below.
+    /// Copies the host's selection to this row and those below.
     void UpdateSelection();
 
-    /// Adds rows, in this row and below, for host items that have none. Rows that are there stay as
-    /// they are, also when their item is gone.
+    /// Adds rows, in this row and below, for host items without one. Existing rows stay as they
+    /// are, even if their item is gone.
     void commAdd();
     /// Does nothing: the window clears the tree before anything is deleted.
     void commDel() {}
     /// Makes the row of `c` below this one, and the rows of all that it holds.
     void addRows(TAVIK::Compound* c);
 
-    /// The invisible row above all; null in a row that is in no tree.
+    /// The invisible row above all; null for a row outside of any tree.
     const TreeRoot* root() const;
     TreeRoot* root() { return const_cast<TreeRoot*>(std::as_const(*this).root()); }
 
@@ -143,11 +143,11 @@ private:
     friend class RowNode<TreeItem>;
     friend class TreeRoot;
 
-    /// What the class of an item says of its row.
+    /// What a row needs to know of its item's class.
     enum class Kind : std::uint8_t {
-        Composite, ///< what it holds has rows of its own
-        Single,    ///< its selection is a mark of its own
-        Other      ///< as a set: its selection may follow items that stand elsewhere
+        Composite, ///< the items that it holds have rows of their own
+        Single,    ///< has a selection mark of its own
+        Other      ///< such as a set: its selection may depend on items elsewhere
     };
     /// What is kept while many rows are made.
     struct Batch {
@@ -159,7 +159,7 @@ private:
         }
     };
 
-    /// A row that is in no tree yet; `line` is what a null `c` is reported with.
+    /// A row outside of any tree; `line` is for the warning about a null `c`.
     TreeItem(TAVIK::Compound* c, Kind kind, int line);
     /// The invisible row above the top level.
     TreeItem() : RowNode(Root()) {}
@@ -169,9 +169,9 @@ private:
     void CheckSelection(HandedOver& handed, bool descending, bool markedAbove);
     /// Whether the host and the rows agree that nothing in a composite is selected.
     bool holdsNoSelection(bool selected) const;
-    /// Whether no row above says that nothing from there on is selected.
+    /// Whether m_marked is true in all rows above.
     bool isMarkedAbove() const;
-    /// Ends that this row, or one above it, says so: until then the flags below it say nothing.
+    /// Sets m_marked in this row and those above; where it was false, clears stale flags below.
     void expectSelection();
     /// UpdateSelection(), when all rows above are marked.
     void updateRows();
@@ -182,7 +182,7 @@ private:
             m_marked = marked;
     }
 
-    /// Deletes a row, unless it has come into a tree.
+    /// Deletes a row that is not in a tree.
     struct DeleteDetached {
         void operator()(TreeItem* row) const {
             if (!row->m_parent)
@@ -193,10 +193,10 @@ private:
 
     static Detached build(TAVIK::Compound* c, Batch& batch);
     void commAdd(Batch& batch);
-    /// Makes a row and all below it as if they had just been made, where that is so much less work:
-    /// closed, and for the items that now are there. Only the selection is not looked at.
+    /// Makes a row and all below it like new, closed and for the items that exist now, at much less
+    /// cost than making them. The selection is not updated.
     void comeBack(Batch& batch);
-    /// The rows of what the item holds now; there are none before.
+    /// Makes the rows of all that the item holds now; there must be none before.
     void buildChildren(Batch& batch);
     /// Marks what rows that come below this one say of those above them.
     void markFor(std::span<TreeItem* const> rows);

@@ -6,8 +6,8 @@
 
 namespace {
 
-// More separate places than this among siblings that are there already are filled in one step and
-// sorted afterwards: each step moves all siblings behind it.
+// Rows for more separate positions than this are inserted at the end in one step and then sorted,
+// because each separate insertion moves all siblings after it.
 constexpr std::size_t fewRuns = 16;
 
 } // namespace
@@ -40,7 +40,7 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_
         runs.back().end = i + 1;
     }
     if (runs.size() <= fewRuns) {
-        // From the end, so that the places found stay true.
+        // From the end, so that the positions before stay valid.
         for (; !runs.empty(); runs.pop_back()) {
             const Run& run = runs.back();
             insertRun(parent, run.position, {rows.data() + run.first, rows.data() + run.end});
@@ -62,7 +62,7 @@ void TreeModel::insertRun(TreeItem* parent, std::uint32_t position,
     try {
         endInsertRows();
     } catch (...) {
-        // Who was to hear of the rows may not have heard of all: the view starts anew without them.
+        // Listeners may not all have been told of the rows: the view is reset without them.
         beginResetModel();
         TreeRoot::take(parent, position, static_cast<std::uint32_t>(count));
         m_root.closeAll();
@@ -87,7 +87,7 @@ void TreeModel::rearrange(const QList<QPersistentModelIndex>& parents, Change ch
 void TreeModel::clear(bool keepAside) {
     if (m_root.childCount() == 0)
         return;
-    // Rows are cleared when items are gone too: whoever is told of it must not ask them.
+    // Items may be gone already, so that listeners must not read them.
     m_leaving = true;
     beginRemoveRows({}, 0, m_root.childCount() - 1);
     if (keepAside)

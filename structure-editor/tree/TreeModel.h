@@ -5,8 +5,8 @@
 
 #include <QAbstractItemModel>
 
-/// Owns the rows. Rows come one at a time or with all that lies below them, and go only all at
-/// once. What is open, current or selected stays so while rows come, unless memory runs out.
+/// Owns the rows. Rows are added singly or with all that lies below them, and deleted only all at
+/// once. Adding keeps open, current and selected rows as they are, unless memory runs out.
 class TreeModel : public QAbstractItemModel {
     Q_OBJECT
 public:
@@ -18,9 +18,9 @@ public:
     TreeRoot* root() { return &m_root; }
     const TreeRoot* root() const { return &m_root; }
 
-    /// Puts `rows`, none of which is in a tree, below `parent`: each to where its id belongs.
-    /// Neighbours come in one step. With what lies below them they are `count` rows. They belong to
-    /// the tree afterwards; when this throws, those that have no parent do not.
+    /// Inserts `rows`, none of which is in a tree, below `parent`, in the order of ids; neighbours
+    /// are inserted in one step. `count` is their number with all rows below. The tree owns them
+    /// afterwards; if this throws, not those without a parent.
     void insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_t count);
     /// Deletes all rows, or sets them aside. Their memory is kept: see TreeRoot.
     void clear(bool keepAside = false);
@@ -39,7 +39,7 @@ public:
     bool hasChildren(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
-    /// Shows the rows by rising or falling host id, whatever the column.
+    /// Shows the rows in ascending or descending order of host ids, whatever the column.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
 signals:
@@ -54,5 +54,5 @@ private:
     void rearrange(const QList<QPersistentModelIndex>& parents, Change change);
 
     TreeRoot m_root;
-    bool m_leaving = false; ///< the rows are about to be deleted
+    bool m_leaving = false; ///< the rows are being deleted
 };

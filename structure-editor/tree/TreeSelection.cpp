@@ -19,7 +19,7 @@ bool isBelow(const TreeItem* row, const TreeItem* above) {
     return row;
 }
 
-// Unselects what `above` holds behind `row` and all that lies below that one.
+// Unselects the descendants of `above` that come after `row` and its descendants.
 void clearAfter(TreeItem* row, TreeItem* above) {
     TreeItemIterator end(above);
     end.skipBelow();
@@ -28,7 +28,7 @@ void clearAfter(TreeItem* row, TreeItem* above) {
         set(it.current(), false);
 }
 
-// Whether `row` is cleared like all others although it stays selected: see the class.
+// Whether `row` is cleared and set again even if it stays selected: see the class.
 bool goesWhole(const TreeItem* row) {
     return row->selectsOthers();
 }
@@ -89,7 +89,7 @@ bool TreeSelection::extendTo(TreeItem* row, TreeItem* current) {
                 outermost = above;
         for (TreeItemIterator it(current); it.current() != first; ++it)
             set(it.current(), false);
-        // Of its rows, the last one that the range holds; what lies below that goes with it.
+        // The outermost row of the range around `last`, whose descendants are unselected with it.
         TreeItem* end = last;
         for (TreeItem* above = last->parent(); above && above != outermost; above = above->parent())
             if (!isBefore(above, first))
@@ -153,7 +153,7 @@ void TreeSelection::selectOnly(TreeItem* row) {
     selectShown(row, row, true);
 }
 
-// Selects the rows on screen from `first` to `last`, and unselects the others if `only` these.
+// Selects the rows on screen from `first` to `last`; with `only`, unselects all others.
 void TreeSelection::selectShown(TreeItem* first, TreeItem* last, bool only) {
     if (only) {
         TreeItem* kept = first;

@@ -1,5 +1,5 @@
-// What selecting in the tree means: which rows a press, a drag or a key selects and unselects. It
-// works on rows alone; the view finds the rows and tells of the change.
+// The selection rules of the tree: which rows a press, a drag or a key selects and unselects. Works
+// on rows alone; the view finds the rows and announces the change.
 #pragma once
 
 #include "RowRange.h"
@@ -10,21 +10,21 @@
 /// The extended selection: one row with a plain press, single rows with Ctrl, ranges with Shift or
 /// by dragging. Ranges run from the anchor, which is where the last selection without Shift was.
 ///
-/// A row is set only where its mark changes, so that only such rows are handed to the host. A row
-/// that holds others, or a set's, is cleared together with them, and set again: it goes to the host
-/// once more, for the whole of what it holds or lists.
+/// A row is written only where its mark changes, so that only such rows are handed to the host. But
+/// a row that holds or, as a set, lists others is cleared with them and set again: then it is
+/// handed to the host once more, for all that it holds or lists.
 ///
-/// Where rows stay selected inside of one that is unselected, that one does not count as changed:
-/// handed over, it would unselect them too. What it held beside them is unselected row by row, so
-/// that one CheckSelection() leaves in the host exactly what was selected here.
+/// An unselected row with rows inside that stay selected does not count as changed: handed over, it
+/// would unselect them, too. Its other rows are unselected one by one, so that one CheckSelection()
+/// gives the host exactly the selection made here.
 class TreeSelection {
 public:
     explicit TreeSelection(const TreeView& view) : m_view(view) {}
 
-    /// Forgets rows: they are about to go.
+    /// Forgets all rows, because they are about to be deleted.
     void forget();
 
-    /// A press that selected nothing is not to be made up for any more.
+    /// Forgets a press that has selected nothing yet, so that release() does nothing.
     void forgetPress() { m_pressed = nullptr; }
 
     /// A press with the left button on `row`, while `current` (which may be null) is current.
@@ -36,8 +36,8 @@ public:
     void pressMark(TreeItem* row, Qt::KeyboardModifiers modifiers);
     /// The end of a press; `row`, under the mouse, may be null. Returns whether it selected.
     bool release(TreeItem* row);
-    /// Takes the selection from the anchor to `row`; so far it went from there to `current`.
-    /// Returns whether there is an anchor: nothing happens without one.
+    /// Changes the range, which ran from the anchor to `current`, to end at `row`. Returns whether
+    /// there is an anchor; without one nothing happens.
     bool extendTo(TreeItem* row, TreeItem* current);
     /// A key has led to `row`. Returns whether it selected.
     bool moveTo(TreeItem* row, Qt::KeyboardModifiers modifiers);
@@ -49,7 +49,7 @@ private:
     bool setAll(bool selected);
     void selectOnly(TreeItem* row);
     void selectShown(TreeItem* first, TreeItem* last, bool only);
-    /// Ends that rows count as changed that are unselected but share something with `wanted`.
+    /// Clears the isDirty() mark of unselected rows that share items with `wanted`.
     void leaveShared(const RowRange& wanted);
 
     const TreeView& m_view;

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int dragInterval = 100; // ms from row to row while the mouse rests outside
+constexpr int dragInterval = 100; // ms between rows while the mouse rests outside
 
 } // namespace
 
@@ -190,7 +190,7 @@ bool TreeView::isOnMark(const TreeItem* row, const QPoint& pos) const {
     return x >= end - indentation() && x < end;
 }
 
-// The guard names no originator: the window refreshes the tree because it is told like all others.
+// Without an originator, so that the window is told like all others and refreshes the tree.
 void TreeView::changeItem(TAVIK::Compound* item, const char* deed,
                           void (*change)(TAVIK::Compound* item)) {
     changeData(DataPoint<TAVIK::Space>(nullptr, TAVIK::Space::instance(), deed),
@@ -254,7 +254,7 @@ void TreeView::dragTo(const QPoint& pos) {
     TreeItem* const current = currentItem();
     if (!current)
         return;
-    // Outside, the rows come one at a time, each when the one before is on screen.
+    // Outside of the view the drag advances one row at a time, after the previous row is on screen.
     const int y = std::clamp(pos.y(), -1, viewport()->height());
     TreeItem* row = itemAt({0, y});
     if (y < 0)
@@ -263,8 +263,8 @@ void TreeView::dragTo(const QPoint& pos) {
         row = lastShown();
     if (!row || row == current)
         return;
-    // Each row is told of before the next one is reached. Whoever listens may do anything; rows go
-    // only together with the drag.
+    // Each row is announced before the next one is reached. Listeners may do anything, but rows are
+    // deleted only after the end of the drag.
     const QPointer<TreeView> view(this);
     for (TreeItem* each : crossed(current, row)) {
         const bool selects = m_selection.extendTo(each, currentItem());
@@ -277,8 +277,8 @@ void TreeView::dragTo(const QPoint& pos) {
     }
 }
 
-// The rows that the mouse meets on its way, `to` included and `from` not. Where a drag starts off
-// screen nothing was crossed on the way to it.
+// The rows that the mouse crosses on its way, including `to` but not `from`. If the drag starts off
+// screen, only `to`.
 std::vector<TreeItem*> TreeView::crossed(TreeItem* from, TreeItem* to) const {
     const QRect rect = rectOf(from);
     if (!rect.isValid() || rect.bottom() < 0 || rect.top() >= viewport()->height())
@@ -316,7 +316,7 @@ void TreeView::mouseDoubleClickEvent(QMouseEvent* event) {
         row->setOpen(!row->isOpen());
 }
 
-// Last in every gesture: whoever listens may do anything, so that no row is touched after it.
+// The last step of every gesture: listeners may delete rows, so none may be used afterwards.
 void TreeView::tellSelection() {
     viewport()->update();
     emit selectionChanged();

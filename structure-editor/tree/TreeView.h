@@ -17,13 +17,13 @@
 
 /// A tree of TreeItem rows.
 ///
-/// Which rows are selected is a mark in the rows, never Qt's selection model: that one carries the
-/// current row alone. Marks that the user sets are announced with selectionChanged(), once a
-/// gesture, and handed to the host by whoever listens.
+/// Which rows are selected is a mark in the rows, and never in Qt's selection model, which has only
+/// the current row. selectionChanged() announces the user's changes once a gesture; the listener
+/// hands them to the host.
 ///
 /// The right button changes what the cell under it shows, or opens the host's menu, as a key does
-/// for the current row; the middle one asks for the deletion of a row. All are are the host's
-/// changes: the view learns of them, as of all others, when it is told to update.
+/// for the current row; the middle button asks to delete a row. All these are changes of the host's
+/// data, of which the view learns when it is told to update.
 class TreeView : public QTreeView {
     Q_OBJECT
 public:
@@ -36,36 +36,35 @@ public:
     /// The row at the height of `viewportPos`, also right of the last column; null below the rows.
     TreeItem* itemAt(const QPoint& viewportPos) const;
     TreeItem* currentItem() const;
-    /// Makes `row` current, and changes nothing else: neither the selection nor its anchor nor what
-    /// is scrolled to. Null does nothing.
+    /// Makes `row` current, and changes neither the selection nor its anchor nor the scroll
+    /// position. Null does nothing.
     void setCurrentItem(TreeItem* row);
-    /// Deletes all rows, and gives their memory back. Emits nothing.
+    /// Deletes all rows, and frees their memory. Emits nothing.
     void clear();
-    /// clear(), for rows that come at once and stand in the same memory; trimMemory() gives back
-    /// what they leave of it.
+    /// clear(), but keeps the memory for rows that follow at once; trimMemory() then frees what is
+    /// left of it.
     void clearForOthers();
     static void trimMemory() { TreeRoot::trimMemory(); }
-    /// clear(), for showAgain() of the same item. While rows are aside, items are destroyed only.
+    /// clear(), for showAgain() of the same item. Meanwhile items may be destroyed but not made.
     void setAside();
-    /// Shows the row of `c`, and those below it, if they were set aside: as new ones, in much less
-    /// time than it takes to make them. Else null.
+    /// Shows the row of `c`, and those below it, if they were set aside: like new rows, in much
+    /// less time than making them. Returns null otherwise.
     TreeItem* showAgain(TAVIK::Compound* c);
-    /// Deletes what was set aside, and gives its memory back.
+    /// Deletes the rows that were set aside, and frees their memory.
     void dropAside();
-    /// All rows take the host's selection over.
+    /// Copies the host's selection to all rows.
     void UpdateSelection();
-    /// Whether the rows are as UpdateSelection() left them, and the host's selection is what it was
-    /// then: what they are marked is what their items answer.
+    /// Whether neither the rows nor the host's selection have changed since UpdateSelection(), so
+    /// that the marks of the rows are the answers of their items.
     bool isInStep() const;
-    /// Width that a column keeps free left of its content, in pixels.
+    /// Margin to the left of a column's content, in pixels.
     int itemMargin() const { return 1; }
-    /// The width in pixels in which all columns are in sight, and short names at the depth of an
-    /// atom.
+    /// The width in pixels that shows all columns, and short names at the depth of an atom.
     int usualWidth() const;
 
     TreeModel* rows() const { return m_rows; }
 
-    /// Lets the screen show the host's present state.
+    /// Repaints the host's present state.
     Q_SLOT virtual void triggerUpdate();
     /// Makes a row that was opened the current one.
     Q_SLOT void Expansion(const QModelIndex& index);
@@ -92,7 +91,7 @@ protected:
     void updateGeometries() override;
 
 private:
-    /// Where a drag goes on when the mouse rests outside.
+    /// Where a drag continues while the mouse rests outside.
     enum class Drag { None, FromRow, FromEmptyArea };
 
     void leftPress(TreeItem* row, const QPoint& pos, Qt::KeyboardModifiers modifiers);
@@ -135,8 +134,8 @@ private:
     int m_sortColumn = TreeModel::Object;
     bool m_fitting = false;
     std::array<bool, TreeModel::Columns> m_fixedWidth{}; ///< the user has set it
-    std::array<int, TreeModel::Columns> m_wantedWidth{}; ///< for all that came on screen
-    std::unordered_map<QString, int> m_widths; ///< of texts, in the font and style that follow
+    std::array<int, TreeModel::Columns> m_wantedWidth{}; ///< the widest content that was on screen
+    std::unordered_map<QString, int> m_widths; ///< cache of text widths in the font and style below
     QFont m_measuredFont;
     const QStyle* m_measuredStyle = nullptr;
 };

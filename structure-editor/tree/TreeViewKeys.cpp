@@ -1,4 +1,4 @@
-// What the keys do in the structure tree.
+// Keyboard handling of the structure tree.
 #include "TreeView.h"
 
 #include <QKeyEvent>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// The rows of the open branches, as the search by typing goes through them.
+// The rows of the open branches, for the search by typing.
 struct ShownRows {
     const TreeView& view;
 
@@ -29,7 +29,7 @@ struct ShownRows {
 
 } // namespace
 
-// A search that runs has its keys before the window's shortcuts.
+// A running search gets its keys before the window's shortcuts.
 bool TreeView::event(QEvent* event) {
     if (event->type() == QEvent::ShortcutOverride &&
         m_typeAhead.takes(*static_cast<QKeyEvent*>(event))) {
@@ -105,7 +105,7 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
         event->ignore();
 }
 
-// Whether the key was the next character of a name that is being typed.
+// Whether the key was the next character of a search that is running.
 bool TreeView::goOnTyping(TreeItem* row, const QKeyEvent& event) {
     if (!TypeAhead::isTyped(event))
         return false;
@@ -124,7 +124,7 @@ void TreeView::showMenuByKey(TreeItem* row) {
         item->ShowMenu(); // Row and item, and the view itself, may be gone now.
 }
 
-// Opens or closes `row` if the key says so and it can be done.
+// Opens or closes `row` if the key asks for it and it is possible.
 bool TreeView::openByKey(TreeItem* row, int key) {
     const bool open = key == Qt::Key_Plus || key == Qt::Key_Right;
     if (row->isOpen() == open || (open && row->childCount() == 0))
@@ -133,7 +133,7 @@ bool TreeView::openByKey(TreeItem* row, int key) {
     return true;
 }
 
-// The row that a key leads to from `row`; null when it leads nowhere.
+// The row that a key moves to from `row`; null if there is none.
 TreeItem* TreeView::rowByKey(TreeItem* row, int key) const {
     switch (key) {
     case Qt::Key_Up:
@@ -171,7 +171,7 @@ TreeItem* TreeView::lastShown() const {
     return row;
 }
 
-// To the row at the edge of the screen, or from there on by as many rows as the screen holds.
+// The row at the edge of the screen or, from there, one page further.
 TreeItem* TreeView::page(TreeItem* row, bool down) const {
     const int height = viewport()->height();
     const QRect rect = rectOf(row);

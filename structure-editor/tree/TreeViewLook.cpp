@@ -1,4 +1,4 @@
-// What the structure tree looks like: branch marks, widths of columns, what is scrolled to.
+// The look of the structure tree: branch marks, widths of columns, scrolling.
 #include "TreeView.h"
 
 #include <QHeaderView>
@@ -38,7 +38,7 @@ void TreeView::updateGeometries() {
     fitColumns();
 }
 
-// What a column is wide unless the user decides. All but the names are short.
+// The width of a column unless the user sets it. All but the names are short.
 int TreeView::automaticWidth(int column) const {
     return std::max(header()->sectionSizeHint(column),
                     m_wantedWidth[static_cast<std::size_t>(column)]);
@@ -49,7 +49,7 @@ int TreeView::automaticWidthBesideNames() const {
            automaticWidth(TreeModel::Partial);
 }
 
-// What the names need where an atom is called `name`.
+// The width of the names' column if an atom is called `name`.
 int TreeView::widthOfNames(const QString& name) const {
     // Below the entry: chain, groups, residue, group, atom.
     constexpr int levels = 5;
@@ -63,16 +63,16 @@ int TreeView::usualWidth() const {
            automaticWidthBesideNames() + widthOfNames(QStringLiteral("HD11"));
 }
 
-// Columns grow with what comes on screen, and never shrink; but names get no more than the other
-// columns leave, as they are elided rather than push those out of sight, unless a row would be left
-// without a name: then the other columns can be scrolled to. A width that the user chose stays.
-// What is off screen is not looked at: there may be millions of rows.
+// Columns grow with their content on screen, and never shrink. Names are elided rather than push
+// other columns out of sight; only if a row would be left without a name, the other columns have to
+// be scrolled to. A width that the user chose stays. Rows off screen are not measured: there may be
+// millions.
 void TreeView::fitColumns() {
     if (m_fitting)
         return;
     const QScopedValueRollback fitting(m_fitting, true);
-    // Measuring takes long, and most cells say what they or others said before. No QHash, which
-    // ends the program when there is no memory for it.
+    // Measuring is slow, and most texts repeat, so that widths are cached. Not in a QHash, which
+    // ends the program when memory runs out.
     constexpr std::size_t manyTexts = 10'000;
     if (m_measuredFont != font() || m_measuredStyle != style() || m_widths.size() > manyTexts)
         m_widths.clear();
@@ -106,7 +106,7 @@ void TreeView::fitColumns() {
     }
 }
 
-// Scrolls up or down, and no further than it takes to see all of `row`.
+// Scrolls up or down only as far as necessary to show all of `row`.
 void TreeView::scrollToRow(const TreeItem* row) {
     const QRect rect = rectOf(row);
     if (!rect.isValid())

@@ -8,16 +8,16 @@
 
 class QKeyEvent;
 
-/// Collects what is typed in quick succession. What is looked through is given as `rows`, with two
-/// functions: `below(row)` is the next one, and the first after the last; `startsWith(row, text)`
-/// says whether its name starts so, whatever the case.
+/// Collects the characters that are typed in quick succession. The rows to search are given as
+/// `rows`, with two functions: `below(row)` is the next row, and the first after the last;
+/// `startsWith(row, text)` says whether its name starts with the text, ignoring case.
 class TypeAhead {
 public:
     /// Whether a key types a character, alone or with Shift.
     static bool isTyped(const QKeyEvent& event);
-    /// Whether what is typed now can go on with what was typed before.
+    /// Whether the next character can continue what was typed before.
     bool isRunning() const;
-    /// Whether a key that means something else otherwise, as a shortcut, is a part of the search.
+    /// Whether a key with another meaning, such as a shortcut, is a part of the search.
     bool takes(const QKeyEvent& event) const { return isRunning() && isTyped(event); }
 
     /// The row that `typed` leads to from `current`: one whose name starts with all that was typed
@@ -33,7 +33,7 @@ public:
             m_prefix = typed;
         return row;
     }
-    /// The same, for all that was typed lately alone; nothing when that was some time ago.
+    /// The same, but only for all that was typed recently; nothing after a pause.
     template <class Rows, class Row>
     std::optional<Row> goOn(const Rows& rows, Row current, const QString& typed) {
         if (!isRunning()) {
@@ -51,7 +51,7 @@ public:
     void forget() { m_prefix.clear(); }
 
 private:
-    // Looks at every row once, from `start` on, and round to the one before it.
+    // Visits every row once, from `start` on, wrapping around.
     template <class Rows, class Row>
     static std::optional<Row> findFrom(const Rows& rows, Row start, const QString& prefix) {
         Row row = start;
