@@ -16,9 +16,9 @@ namespace {
 
 constexpr int narrowest = 40;
 constexpr int widest = 200;
-// An empty list is as wide as a name of this many characters: names that come later can be read.
+// The width of an empty list fits a name of this many characters, for later entries.
 constexpr int usualLength = 12;
-// Entries that the size hint looks at: more of them would tell little, and take long.
+// Number of entries that the size hint measures, to bound its cost.
 constexpr int sampled = 1000;
 
 } // namespace
@@ -29,9 +29,9 @@ ListBox::ListBox(QWidget* parent) : QListWidget(parent), m_delegate(new ListDele
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
-    // The list must not jump back to the shown entry each time that another one is pressed.
+    // Otherwise the list would scroll back to the shown entry at each press on another one.
     setAutoScroll(false);
-    // Keys ask for a menu, and the right button does something else.
+    // Menus are opened by keys only: the right button has another meaning.
     setContextMenuPolicy(Qt::PreventContextMenu);
 }
 
@@ -73,7 +73,7 @@ void ListBox::setEntries(const QStringList& texts) {
 
 void ListBox::changeItem(const QString& text, int index) {
     QListWidgetItem* const entry = item(index);
-    // An equal text would still cost a new layout of the whole list.
+    // Setting an equal text would still lay out the whole list anew.
     if (entry && entry->text() != text)
         entry->setText(text);
 }
@@ -107,7 +107,7 @@ void ListBox::mouseDoubleClickEvent(QMouseEvent* event) {
     event->accept();
 }
 
-// A search that runs has its keys before the window's shortcuts.
+// A running search gets its keys before the window's shortcuts.
 bool ListBox::event(QEvent* event) {
     if (event->type() == QEvent::ShortcutOverride &&
         m_typeAhead.takes(*static_cast<QKeyEvent*>(event))) {
@@ -147,7 +147,7 @@ void ListBox::pressByKey(QListWidgetItem* entry) {
                             viewport()->mapToGlobal(visualItemRect(entry).center()));
 }
 
-// A blank means nothing of its own here, and starts no name.
+// A blank starts no search, but continues one.
 void ListBox::type(const QString& text) {
     struct Entries {
         const ListBox& list;

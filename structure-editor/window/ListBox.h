@@ -1,5 +1,5 @@
 // The list widget of the top-level items: it reports every mouse press on its entries, and leaves
-// what the press means to whoever listens.
+// the meaning of the press to the receiver.
 #pragma once
 
 #include "ListDelegate.h"
@@ -19,17 +19,17 @@ public:
 
     /// Wide enough for the entries, between 40 and 200 pixels.
     QSize sizeHint() const override;
-    /// The width in pixels in which names of so many letters can be read; within the same bounds.
+    /// The width in pixels for names of that many letters; within the same bounds.
     int widthFor(int letters) const;
-    /// Asked for the tool tip of an entry each time that one is to be seen.
+    /// Sets the function that makes the tool tip of an entry each time it is shown.
     void setToolTips(ListDelegate::ToolTips toolTips);
 
     /// Replaces all entries; none is highlighted then.
     void setEntries(const QStringList& texts);
-    /// Gives entry `index` a new text; its highlight stays. Outside of the list nothing happens.
+    /// Changes the text of entry `index`, not its highlight. Without such an entry nothing happens.
     void changeItem(const QString& text, int index);
-    /// Highlights entry `index`, and no other, or takes its highlight away. Highlighting makes it
-    /// current; the list is not scrolled. Outside of the list nothing happens.
+    /// Highlights entry `index`, and no other, or removes its highlight. Highlighting makes it
+    /// current; the list is not scrolled. Without such an entry nothing happens.
     void setSelected(int index, bool on);
 
 signals:

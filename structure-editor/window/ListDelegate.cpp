@@ -24,7 +24,7 @@ int marksWidth(const QFontMetrics& metrics) {
     return static_cast<int>(ListEntry::markers) * markWidth(metrics);
 }
 
-// What the style leaves free on either side of a text in a cell.
+// The style's margin on either side of a text in a cell.
 int marginOf(const QWidget* widget) {
     const QStyle* const style = widget ? widget->style() : QApplication::style();
     return style->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, widget) + 1;
@@ -68,8 +68,8 @@ void ListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
 }
 
 QSize ListDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    // The focus frame has a line above and below, and one that keeps it apart from the text: "_"
-    // stands at the very bottom.
+    // The focus frame needs a pixel above and below, and one more each between it and the text,
+    // because "_" is at the very bottom.
     const int height = QStyledItemDelegate::sizeHint(option, index).height() + 4;
     return {2 * marginOf(option.widget) + marksWidth(option.fontMetrics), height};
 }

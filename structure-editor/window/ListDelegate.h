@@ -7,12 +7,12 @@
 
 class QFontMetrics;
 
-/// Draws the three marks of an entry in columns of one width, so that names stand below each other,
-/// and the name in what is left, elided in the middle where it is too long.
+/// Draws the three marks of an entry in columns of equal width, so that names are aligned, and the
+/// name in the remaining width, elided in the middle where it is too long.
 class ListDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:
-    /// What the tool tip of an entry says, by its index and its text; nothing when empty.
+    /// Makes the tool tip of an entry from its index and its text; empty for none.
     using ToolTips = std::function<QString(int index, const QString& text)>;
 
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -23,7 +23,7 @@ public:
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
-    /// No wider than the marks: a name takes the width that there is.
+    /// Only as wide as the marks: a name takes the available width.
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;

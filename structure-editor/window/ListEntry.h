@@ -8,7 +8,7 @@ namespace TAVIK {
 class Compound;
 }
 
-/// An entry that tells assistive programs in words what its marks say.
+/// An entry that describes its marks in words for screen readers.
 class ListEntry : public QListWidgetItem {
 public:
     /// Characters before the name: whether the item is hidden, what of it is selected, a blank.

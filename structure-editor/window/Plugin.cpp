@@ -1,4 +1,4 @@
-// The plug-in's entry points: what the library shares, and nothing else.
+// The plug-in's entry points, the only symbols that the library exports.
 #include "GUIPlugin.h"
 
 #include "Vuxo.h"

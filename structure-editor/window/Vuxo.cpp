@@ -23,7 +23,7 @@ std::string roomForLine() {
     return line;
 }
 
-// There may be no memory left when a line about that is written.
+// Allocated in advance, for the line about running out of memory.
 std::string spareLine = roomForLine();
 
 // Writes a line about the exception in flight.
@@ -70,7 +70,7 @@ Vuxo::Vuxo()
     connect(m_Tree, SIGNAL(selectionChanged()), SLOT(SelectionChanged()));
     connect(m_Tree, SIGNAL(killBranch(TreeItem*)), SLOT(KillBranch(TreeItem*)));
 
-    // The list keeps its width; what the window gains goes to the tree.
+    // The list keeps its width when the window grows; the tree gets the rest.
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setChildrenCollapsible(false);
@@ -92,8 +92,8 @@ Vuxo::Vuxo()
 }
 
 Vuxo::~Vuxo() {
-    // The window may end before it has heard of a deletion: while its widgets go, no row is to ask
-    // for an item that is gone.
+    // The window may be destroyed before it is told of a deletion: no row may read a destroyed item
+    // while the widgets are deleted.
     m_Tree->clear();
 }
 
@@ -108,7 +108,7 @@ void Vuxo::commandFailed(Vuxo* window, const char* slot) {
     try {
         window->rebuild();
     } catch (...) {
-        // Rows that are half made show what is not so; an empty tree can be filled again.
+        // Incomplete rows would be wrong; an empty tree can be filled again.
         window->m_Tree->clear();
         window->m_Current = -1;
         window->m_List->clearSelection();

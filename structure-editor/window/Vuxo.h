@@ -28,7 +28,7 @@ class TreeItem;
 class TreeView;
 enum class SetOperation;
 
-/// What a change of data asks of the window.
+/// What the window refreshes after a change of data.
 enum class Refresh {
     Nothing,   ///< only the guard's end tells of the change
     Everything ///< all that the window shows
@@ -44,11 +44,11 @@ struct Done {
     static Done nothing() { return {{}, Refresh::Nothing, ""}; }
 };
 
-/// The Structure Editor's one window. It owns no data: it shows the host's, changes them inside
-/// change guards only, and hears of every change that others make, also while it is hidden.
+/// The Structure Editor's one window. It owns no data: it shows the host's data, changes them only
+/// inside change guards, and is told of every change by others, even while it is hidden.
 ///
-/// Qt's parents own all widgets. What the host tells comes through a member and the second base, so
-/// that both end before the widgets do: no notification meets a half destroyed window.
+/// Qt's parents own all widgets. Notifications arrive through a member and the second base class,
+/// both destroyed before the widgets are, so that none reaches a half destroyed window.
 class Vuxo : public BaseWindow, public Subscriber {
     Q_OBJECT
 public:
@@ -60,7 +60,7 @@ public:
     void commUpdate() override;
     /// Data were added: shows them too, and leaves what is shown as it is.
     void commAdd() override;
-    /// Data were destroyed: empties the tree, whose rows may stand for what is gone.
+    /// Data were destroyed: empties the tree, whose rows may point to destroyed items.
     void commDelete() override;
 
     // Each command of the menu bar is a slot. Local ones work on the item that the tree shows and
@@ -68,7 +68,7 @@ public:
 public slots:
     /// Shows the help page.
     void help();
-    /// Builds the list anew when it has not as many entries as there are top-level items.
+    /// Builds the list anew if the number of its entries is not that of the top-level items.
     void MakeList();
     /// Refreshes the text of every entry.
     void UpdateList();
@@ -86,7 +86,7 @@ public slots:
     void SelectHydrogens();
     void SelectRadiusG();
     void SelectGridBounds();
-    // Displaying, and what else is done to what is selected.
+    // Displaying, and other changes of selected items.
     void SelectedHide();
     void SelectedShow();
     void SelectedClear();
@@ -134,7 +134,7 @@ private slots:
     void KillBranch(TreeItem* Victim);
 
 private:
-    /// The name of the help page, as the settings have it now.
+    /// The name of the help page in the current settings.
     static QString helpSetting();
     void CreateMenubar();
     void populateBoxes(QWidget* panel);
@@ -147,22 +147,22 @@ private:
     /// Top-level item `index`; null when there is none.
     static TAVIK::Compound* topLevelItem(int index);
     static int topLevelCount();
-    /// What the tool tip of entry `index`, which says `text`, tells: name and file.
+    /// The tool tip of entry `index` with the text `text`: name and file.
     static QString entryToolTip(int index, const QString& text);
     /// Makes the rows of `item` in the empty tree.
     void showItem(TAVIK::Compound* item);
-    /// Brings the list up to date after items were destroyed in `shown`, and others with them;
-    /// `shown` stays the current one, and is null when it is gone itself.
+    /// Updates the list after items in `shown`, and perhaps others with them, were destroyed.
+    /// `shown` stays the current item; it is null if it was destroyed itself.
     void renewList(TAVIK::Compound* shown);
 
-    /// Brings the list up to date with a destruction that the window has not heard of yet. Returns
-    /// whether `entry` still stands for the same item; else it may be gone, too.
+    /// Updates the list after a destruction of which the window has not been told yet. Returns
+    /// whether `entry` still stands for the same item; if not, it may be deleted.
     bool isUpToDate(const QListWidgetItem* entry);
     void showEntryMenu(QListWidgetItem* entry);
     void pick(int index);
     void toggleVisible(int index, const std::string& name);
     void killTopLevel(int index, const std::string& name);
-    // What several slots share takes the slot's name along, for the log.
+    // Functions that several slots share take the name of the slot, for the log.
     void selectFullGroups(TAVIK::Compound* root, const char* slot = __builtin_FUNCTION());
     void selectWithinRadius(TAVIK::Compound* root, const QString& label,
                             const char* slot = __builtin_FUNCTION());
@@ -182,7 +182,7 @@ private:
     friend void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const char* slot);
     void applyPattern(SetOperation operation, const char* slot = __builtin_FUNCTION());
 
-    /// A command that changes data: withGuard(), with exceptions ending here as attempt() says.
+    /// A command that changes data: withGuard() inside of attempt().
     template <template <class> class Guard, class Item, class Apply>
     void change(Item* item, Apply apply, Refusal refusal = Refusal::Report,
                 const char* slot = __builtin_FUNCTION()) {
@@ -206,7 +206,7 @@ private:
             else
                 done = {apply(item)};
             setLabel(guard, done.deed ? done.deed : label.deed, done.changed);
-            // There may be no window any more when there is nothing to refresh.
+            // Without a refresh the window may already be destroyed.
             if (done.refresh == Refresh::Everything)
                 showChange(guard);
         };
@@ -221,14 +221,14 @@ private:
     };
     static ChangeLabel changeLabel(const char* slot);
 
-    // What follows a change of each kind. Those who destroy items renew list and tree themselves.
+    // The refresh for each kind of change. Code that destroys items updates list and tree itself.
     template <class T> void showChange(const DataPoint<T>&) { commUpdate(); }
     template <class T> void showChange(const DataAdder<T>&) { commAdd(); }
     template <class T> void showChange(const DataDelete<T>&) {}
 
-    /// Runs a command, and is where an exception out of one ends: it is logged with the name of
-    /// the slot, which is that of the calling function, and the window shows the data as they then
-    /// are. `f` may destroy the window.
+    /// Runs a command and catches its exceptions: an exception is logged with the name of the slot,
+    /// which is the calling function, and the window is rebuilt from the data. `f` may destroy the
+    /// window.
     template <class F> void attempt(F f, const char* slot = __builtin_FUNCTION()) {
         const QPointer<Vuxo> window(this);
         try {
@@ -241,22 +241,22 @@ private:
     /// Builds list and tree anew from the data.
     void rebuild();
     /// Data are about to be destroyed: empties the tree at once, because others may run an event
-    /// loop before the window hears of the deletion. What the window destroys itself finds it
-    /// empty.
+    /// loop before the window is told of the deletion. If the window itself destroys data, the tree
+    /// is empty already.
     void emptyForDestruction();
 
-    /// What the window's checks name as their source.
+    /// The source's name in the window's checks.
     static constexpr const char* source = "Vuxo";
 
-    bool m_isBehind = false;        ///< there was no memory to bring the list up to date
-    bool m_hasStaleEntries = false; ///< items were destroyed, and the list has not been looked at
+    bool m_isBehind = false;        ///< memory ran out while the list was updated
+    bool m_hasStaleEntries = false; ///< items were destroyed, and the list is not updated yet
     TreeView* m_Tree;
     ListBox* m_List;
-    int m_Current; ///< index among the top-level items of the one in the tree; -1 for none
+    int m_Current; ///< index of the shown item among the top-level items; -1 for none
     QFrame* m_SelectBox;
     QLineEdit* m_ChainEdit;
     QLineEdit* m_ResidueEdit;
     QLineEdit* m_AtomEdit;
     QCheckBox* m_CurrentOnly;
-    DestructionWatch m_destructions; ///< last, and so the first to end
+    DestructionWatch m_destructions; ///< last, and so the first to be destroyed
 };

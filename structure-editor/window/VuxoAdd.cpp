@@ -1,5 +1,5 @@
-// The commands that add items: named sets and the Cartesian frame are made by the window itself,
-// rotamers, surfaces and contours by other plug-ins, which are only told to.
+// The commands that add items: the window itself makes named sets and the Cartesian frame, and
+// sends commands to other plug-ins for rotamers, surfaces and contours.
 #include "Vuxo.h"
 
 #include "DataMaker.h"
@@ -72,8 +72,8 @@ void AddRotamers(TAVIK::Compound* residue) {
 }
 
 void Vuxo::SelectedRotamers() {
-    // No guard: the other plug-in makes the additions, under guards of its own. It may also destroy
-    // what was collected here; then only what still is there is sent on.
+    // No guard: the other plug-in adds items under guards of its own. It may also destroy residues
+    // that were collected here; only those that still exist are sent.
     attempt([this] {
         TAVIK::Compound* root = rootItem();
         if (!root)
@@ -90,7 +90,7 @@ void Vuxo::SelectedRotamers() {
 
 namespace {
 
-// Who is told, and what: a command and its argument.
+// A command for a plug-in, and its argument.
 struct Order {
     const char* type;
     const char* name;
@@ -102,16 +102,15 @@ constexpr Order solidVolume(const char* command, const char* argument) {
     return {"Create", "SolidVolume", command, argument};
 }
 
-// Sends a command with the address of `value`, through the overload for what may be written, or for
-// what is const.
+// Sends a command with the address of `value`, through the overload for writable or for const data.
 template <class Value> void send(const Order& order, Value& value) {
     PluginManager::Command(order.type, order.name, "Vuxo", order.command, order.argument, &value);
 }
 
 } // namespace
 
-// Other plug-ins do the work, and what comes of it arrives as a notification: all that is left to
-// do here is a repaint, whether or not a command was sent.
+// Other plug-ins do the work, and the window is told of their changes: only a repaint is left to do
+// here, whether or not a command was sent.
 template <class Tell> void Vuxo::tellPlugin(Tell tell, const char* slot) {
     attempt(
         [&, window = QPointer<Vuxo>(this)] {
@@ -152,7 +151,7 @@ void Vuxo::makeSurface(const char* command, const char* argument, const char* sl
 }
 
 void Vuxo::MakeSubSurface() {
-    // Command and argument stand the other way round than with the other surfaces.
+    // Command and argument are in the opposite order to the other surfaces.
     makeAtLevel(tr("Enter minimum contour value for surface"), "SubSurface", "AddSurface");
 }
 

@@ -1,5 +1,5 @@
-// Destroying items. The tree is emptied before the first item goes: no row is painted or walked
-// while it stands for an item that is gone.
+// Destroying items. The tree is emptied before the first item is destroyed, so that no row is
+// painted or visited while its item is gone.
 #include "Vuxo.h"
 
 #include "DataMaker.h"
@@ -18,7 +18,7 @@
 
 namespace {
 
-// An empty tree while items are destroyed, and the rows of what is left for the same item.
+// RAII: empties the tree while items are destroyed, and keeps the rows for the same item.
 class RowsAside {
 public:
     explicit RowsAside(TreeView* tree) : m_tree(tree) { tree->setAside(); }
@@ -42,7 +42,7 @@ void Vuxo::KillBranch(TreeItem* Victim) {
         const ItemRef branch(victim);
         if (!confirmDelete(this, victim->GetName()))
             return;
-        // Neither the row nor the items are known to exist any more.
+        // After the dialog neither the row nor the items are known to exist.
         TAVIK::Compound* top = root.among(TAVIK::Space::instance());
         TAVIK::Compound* found = top && victim != shown ? branch.below(top) : top;
         withGuard<DataDelete>(slot, found, [this, &root](TAVIK::Compound* item) {
@@ -60,12 +60,12 @@ void Vuxo::renewList(TAVIK::Compound* shown) {
     const bool isTooLong = m_List->count() != topLevelCount();
     MakeList();
     if (isTooLong) {
-        // A top-level bond went with an atom, or a member of a set that is a top-level item.
+        // A top-level bond was destroyed with its atom, or a top-level item as a member of a set.
         TAVIK::Compound** const begin = TAVIK::Space::instance()->ChildBegin();
         TAVIK::Compound** const end = TAVIK::Space::instance()->ChildEnd();
         m_Current = shown ? static_cast<int>(std::find(begin, end, shown) - begin) : -1;
     }
-    // What is left may be selected or shown to another extent.
+    // The state of what is left may have changed (selected, shown).
     UpdateList();
 }
 
@@ -101,7 +101,7 @@ void Vuxo::KillAll() {
 
 namespace {
 
-// Leaves items of kind `T` out that stand in the list before, or in others of the list.
+// Removes duplicates of kind `T`, and items that other items of the list hold.
 template <class T> void leaveOutRepeated(std::vector<TAVIK::Compound*>& items) {
     std::vector<TAVIK::Compound*> held;
     for (TAVIK::Compound* item : items)
@@ -123,12 +123,12 @@ template <class T> void KillItem(Vuxo* window, TreeItem* row, T* typeTag, const 
             const RowsAside rows(window->m_Tree);
             std::vector<TAVIK::Compound*> items;
             TAVIK::GetItems<T>(item, items, false, typeTag, true);
-            // A set can name an item beside one that holds it.
+            // A set can list both an item and one that holds it.
             if (!dynamic_cast<TAVIK::Composite*>(item))
                 leaveOutRepeated<T>(items);
             const TAVIK::Changed destroyed(TAVIK::kindWord<T>, items);
             const ItemRef shown(item);
-            constexpr std::size_t ahead = 8; // destroying waits for memory more than it works
+            constexpr std::size_t ahead = 8; // prefetched: destroying waits for memory
             for (std::size_t i = 0; i != items.size(); ++i) {
                 if (i + ahead < items.size())
                     __builtin_prefetch(items[i + ahead]);

@@ -1,6 +1,5 @@
-// The dialogs that the window's commands ask with. All of them run an event loop of their own, in
-// which anything may happen: items destroyed, and the window itself. What a caller held before, it
-// finds again afterwards.
+// The dialogs of the window's commands. Each runs an event loop of its own, in which items and the
+// window itself may be destroyed. A caller must find again what it held before.
 #pragma once
 
 #include <QColor>
@@ -13,9 +12,8 @@
 
 class QWidget;
 
-/// Opens `dialog`, and gives what `answer(dialog)` makes of it unless its result is 0, as that of a
-/// dialog that was cancelled. The dialog is deleted here, unless its parent went, and the dialog
-/// with it, while it was open.
+/// Opens `dialog`, and returns `answer(dialog)` unless the dialog's result is 0, which means that
+/// it was cancelled. The dialog is deleted here, unless its parent was deleted while it was open.
 template <class Dialog, class Answer>
 auto askWith(Dialog* dialog, Answer answer) -> std::optional<decltype(answer(*dialog))> {
     const QPointer<Dialog> open(dialog);
@@ -31,13 +29,13 @@ auto askWith(Dialog* dialog, Answer answer) -> std::optional<decltype(answer(*di
 
 /// Asks for a length in Å, from 0 to 10000 with 3 decimals.
 std::optional<double> askRadius(const QString& label);
-/// Asks for a text; an empty one counts as none.
+/// Asks for a text; an empty text counts as no answer.
 std::optional<QString> askText(const QString& caption, const QString& label,
                                const QString& initial);
-/// Asks for a number as text; one that is no number counts as none.
+/// Asks for a number as text; invalid text counts as no answer.
 std::optional<double> askLimit(const QString& label);
-/// Asks for a colour with alpha, white at first.
+/// Asks for a colour with alpha, initially white.
 std::optional<QColor> askColor(QWidget* parent);
-/// Asks whether the item of that name is to be destroyed. Anything can have happened meanwhile: the
-/// item may be gone, and when the answer is no, also the window, which is the parent.
+/// Asks whether to destroy the item of that name. Meanwhile the item may have been destroyed and,
+/// if the answer is no, also the window, which is the parent.
 bool confirmDelete(QWidget* window, const std::string& name);

@@ -58,7 +58,7 @@ void Vuxo::hideUnselected(TAVIK::Compound* root, const char* slot) {
 
 template <class Change> TAVIK::Changed Vuxo::forSelectedRows(Change apply) const {
     TAVIK::Changed changed;
-    // Rows that are in step say what their items would, in less time.
+    // Rows that are in step give the answers of their items, in less time.
     const bool inStep = m_Tree->isInStep();
     for (TreeItemIterator at(m_Tree); const TreeItem* row = at.current();) {
         if (inStep && !row->hasSelected()) {
@@ -104,11 +104,11 @@ void Vuxo::SelectedColorTemp() {
     change<DataPoint>(rootItem(), [](TAVIK::Compound* root) {
         Colormap map("BlueRedTR.cm", 100, "No name");
         map.setMinMax(0.0F, 60.0F);
-        // The host has said why it could not read the map; without it every colour is as good.
+        // Without a colour map the colours stay; the host has logged why it could not read the map.
         if (!map.isValid())
             return Done{{}, Refresh::Everything, ""};
         const auto color = [&map](TAVIK::Compound* item) {
-            // Whatever ForAtoms() meets is an atom.
+            // ForAtoms() visits atoms only.
             item->SetColor(map.lookupValue(static_cast<TAVIK::Atom*>(item)->GetTemperature()));
         };
         return Done{TAVIK::ForAtoms(root, false, Counting("atom", color)).changed()};

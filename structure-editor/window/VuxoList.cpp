@@ -34,7 +34,7 @@ TAVIK::Compound* Vuxo::topLevelItem(int index) {
 QString Vuxo::entryToolTip(int index, const QString& text) {
     const QString name = ListEntry::nameIn(text);
     const TAVIK::Compound* const item = topLevelItem(index);
-    // Before the window has heard of a change, the item there may be another one.
+    // The window may not have been told of a change yet: the index may belong to another item.
     if (!item || QString::fromLatin1(item->GetName()) != name)
         return name;
     const QString file = TAVIK::OriginOf(item);
@@ -85,7 +85,7 @@ void Vuxo::ListEvent(int button, QListWidgetItem* item, const QPoint&) {
     });
     if (!window)
         return;
-    // Whatever was pressed, the highlighted entry is the one in the tree.
+    // Whatever was pressed, the entry of the item in the tree is highlighted.
     if (m_Current == -1)
         m_List->clearSelection();
     else

@@ -26,7 +26,7 @@ struct Entry {
     const char* slot;
     const char* deed = nullptr; ///< what its change is called: the entry's label, unless it says so
     int key = 0;
-    const Needed* needed = nullptr; ///< the plug-in without which there is no such entry
+    const Needed* needed = nullptr; ///< the plug-in that the entry requires
 };
 
 struct Menu {
@@ -107,7 +107,7 @@ bool isOf(const Entry& entry, std::string_view slot) {
 void Vuxo::CreateMenubar() {
     QMenuBar* bar = menuBar();
     checkPtr(bar, source, __LINE__);
-    // Each plug-in is asked for once, here: what comes or goes later leaves the menu as it is.
+    // Each plug-in is looked for once, here: later changes do not affect the menu.
     const Needed* asked = nullptr;
     bool isThere = false;
     for (const Menu& menu : menus) {

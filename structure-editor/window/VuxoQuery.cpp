@@ -1,5 +1,5 @@
-// The panel of the set algebra: the selected atoms are one set, those that a name pattern means the
-// other.
+// The panel of the set algebra: set A is the selected atoms, set B the atoms that match a name
+// pattern.
 #include "Vuxo.h"
 
 #include "Logger.h"
@@ -23,7 +23,7 @@ void Vuxo::populateBoxes(QWidget* panel) {
         column->addWidget(name);
         QLineEdit* field = m_Factory->CreateQLineEdit(panel);
         name->setBuddy(field);
-        // No pattern is shortened behind its user's back, as a long one would be that is pasted.
+        // The default limit would silently cut a long pattern that is pasted.
         field->setMaxLength(std::numeric_limits<int>::max());
         field->setText(QStringLiteral(".*"));
         column->addWidget(field);
@@ -31,7 +31,7 @@ void Vuxo::populateBoxes(QWidget* panel) {
     };
     const auto addButton = [&](const QString& label, const QObject* receiver, const char* slot) {
         QPushButton* button = m_Factory->CreateQPushButton(panel, label, receiver, slot);
-        // Read aloud without the blanks that align the brackets, and with the ampersand.
+        // For screen readers: without the blanks that align the brackets, and with the ampersand.
         button->setAccessibleName(label.simplified());
         column->addWidget(button);
         return button;

@@ -55,7 +55,7 @@ void Vuxo::SelectRadiusG() {
 }
 
 void Vuxo::selectWithinRadius(TAVIK::Compound* root, const QString& label, const char* slot) {
-    // The question comes inside the guard here: a change that is refused asks nothing.
+    // Asks inside of the guard: a change that is refused asks nothing.
     const auto ask = [this, &label](TAVIK::Compound* item) {
         const QPointer<Vuxo> window(this);
         const ItemRef asked(item);

@@ -1,5 +1,5 @@
-// The tree's side of the window: showing an item, taking over what is selected in the tree, and
-// what the host tells.
+// The tree's side of the window: showing an item, handing over what is selected in the tree, and
+// the notifications of the host.
 #include "Vuxo.h"
 
 #include "Space.h"
@@ -39,7 +39,7 @@ void Vuxo::showItem(TAVIK::Compound* item) {
                 row->commAdd();
         }
     } catch (...) {
-        m_Tree->clear(); // some of the rows would look like all
+        m_Tree->clear(); // an incomplete tree would look complete
         throw;
     }
     m_Tree->triggerUpdate();
@@ -58,7 +58,7 @@ void Vuxo::SelectionChanged() {
         });
 }
 
-// What memory did not suffice for is made good with the next notification, whatever it tells of.
+// A refresh that ran out of memory is repeated at the next notification of any kind.
 
 void Vuxo::commUpdate() {
     if (m_isBehind)
@@ -79,7 +79,7 @@ void Vuxo::commAdd() {
     m_isBehind = true;
     const bool hadStaleEntries = m_hasStaleEntries;
     MakeList();
-    if (hadStaleEntries) // as many as before, but others
+    if (hadStaleEntries) // the same number of entries, but other ones
         UpdateList();
     if (TreeItem* top = m_Tree->firstChild()) {
         top->commAdd();

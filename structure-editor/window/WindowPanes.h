@@ -3,15 +3,14 @@
 
 #include <QSplitter>
 
-/// A splitter that, when it is first shown, narrows its first pane for the sake of the second one:
-/// names that are too long are elided in the first, and columns that do not fit are out of sight in
-/// the second.
+/// A splitter that, when it is first shown, narrows its first pane in favour of the second: long
+/// names are elided in the first, while columns that do not fit are out of sight in the second.
 class WindowPanes : public QSplitter {
     Q_OBJECT
 public:
     using QSplitter::QSplitter;
 
-    /// Down to `atLeast` pixels for the first pane, while the second has less than `wanted`.
+    /// Narrows the first pane down to `atLeast` pixels while the second has less than `wanted`.
     void preferSecond(int atLeast, int wanted);
 
 protected:
