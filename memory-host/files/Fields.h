@@ -1,4 +1,4 @@
-// The fields of text files: letters in any case, trimming, and texts that are a number or none.
+// The fields of text files: case-insensitive comparison, trimming, parsing of numbers.
 #pragma once
 
 #include <algorithm>
@@ -23,7 +23,7 @@ inline char lowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Whether `text` begins, or ends, with another one, in any case of the letters.
+/// Whether `text` begins, or ends, with another one, ignoring the case.
 inline bool startsWith(std::string_view text, std::string_view beginning) {
     return text.size() >= beginning.size() &&
            std::equal(beginning.begin(), beginning.end(), text.begin(),
@@ -43,7 +43,7 @@ inline std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-/// Takes the first line off a text, and returns it without its end.
+/// Removes the first line from a text, and returns it without its line end.
 inline std::string_view takeLine(std::string_view& text) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     std::string_view line = text.substr(0, end);
@@ -52,7 +52,7 @@ inline std::string_view takeLine(std::string_view& text) {
         line.remove_suffix(1);
     return line;
 }
-/// Takes the first word off a line, with the blanks and tabs before it; empty where there is none.
+/// Removes and returns the first word of a line, and the blanks before it; empty if there is none.
 inline std::string_view takeWord(std::string_view& line) {
     constexpr std::string_view blanks = " \t";
     line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
@@ -61,15 +61,15 @@ inline std::string_view takeWord(std::string_view& line) {
     return word;
 }
 
-/// The number that a trimmed text is, all of it; none for other text and for what a float does not
-/// hold, infinity included.
+/// Parses the whole of a trimmed text as a number; nullopt for other text, for infinity and NaN,
+/// and for numbers beyond a float.
 inline std::optional<float> finiteFloat(std::string_view text) {
     if (text.size() > 1 && text.front() == '+' && text[1] != '-')
         text.remove_prefix(1);
     double value = 0.0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
-    // The comparison is false for what is no number.
+    // The comparison is false for NaN.
     if (error != std::errc() || stop != end ||
         !(std::abs(value) <= static_cast<double>(std::numeric_limits<float>::max())))
         return std::nullopt;

@@ -27,7 +27,7 @@ std::size_t decodeUtf8(std::string_view text, std::size_t i, std::uint32_t& code
     return length;
 }
 
-// As many as fit into the processor's nearest cache.
+// As many as fit into the processor's first-level cache.
 constexpr std::size_t mostRecent = 4096;
 
 } // namespace

@@ -1,4 +1,4 @@
-// The names in a file, each kept once: fit to be a component of a qualified name, and numbered.
+// Interned names of a file: valid as components of qualified names, and numbered.
 #pragma once
 
 #include <cstdint>
@@ -10,9 +10,9 @@
 
 namespace memory_host {
 
-/// Makes a text of a file fit to be a component of a qualified name, which is Latin-1: characters
-/// in UTF-8 that Latin-1 has become its bytes, other bytes beyond ASCII are taken as the Latin-1
-/// that they may be; "/", control characters and what Latin-1 lacks become "_".
+/// Makes a file's text valid as a component of a qualified name, which is Latin-1. UTF-8 characters
+/// of Latin-1 are converted, and other bytes beyond ASCII are taken as Latin-1; "/", control
+/// characters and characters outside of Latin-1 become "_".
 std::string asLatin1Component(std::string_view text);
 
 /// Numbers names; 0 is the empty one. Equal texts have equal numbers.
@@ -47,8 +47,8 @@ private:
 
     std::deque<Name> m_names;
     std::unordered_map<std::string_view, std::uint32_t> m_numbers;
-    /// Short names by their bytes: a structure repeats a few hundred of them a million times.
-    /// It grows with the names, as a file may have many small entries.
+    /// A cache of short names by their bytes: a structure repeats a few hundred of them a million
+    /// times. It starts small, because a file may have many small entries.
     std::vector<Recent> m_recent;
     bool m_hasChanged = false;
 };

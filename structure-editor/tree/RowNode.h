@@ -64,7 +64,7 @@ protected:
         m_children = children;
         m_capacity = static_cast<std::uint32_t>(capacity);
     }
-    /// Makes room for `count` more children; they can then be inserted without failing.
+    /// Reserves room for `count` more children; inserting them cannot fail then.
     void makeRoom(std::size_t count) {
         if (m_count + count > m_capacity)
             reserve(std::max<std::size_t>(m_count + count, m_count + m_count / 2));
@@ -87,7 +87,7 @@ protected:
             m_children[i]->m_position = i;
         }
     }
-    /// Takes `count` children from `position` on out again; they are in no tree then.
+    /// Removes `count` children from `position` on; they are in no tree then.
     void take(std::uint32_t position, std::uint32_t count) {
         Row** const gap = m_children + position;
         for (std::uint32_t i = 0; i != count; ++i)
@@ -97,7 +97,7 @@ protected:
         for (std::uint32_t i = position; i != m_count; ++i)
             m_children[i]->m_position = i;
     }
-    /// Brings the children in order of their ids.
+    /// Sorts the children by their ids.
     void sort() {
         Row** const end = m_children + m_count;
         const auto byId = [](const Row* a, const Row* b) { return a->m_id < b->m_id; };
@@ -128,7 +128,7 @@ protected:
             delete m_children[i];
         m_count = 0;
     }
-    /// How many rows there are from here on.
+    /// Number of rows, this one and all below.
     std::size_t rowCount() const {
         std::size_t count = 1;
         for (std::uint32_t i = 0; i != m_count; ++i)

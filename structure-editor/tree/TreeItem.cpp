@@ -275,9 +275,8 @@ void TreeItem::UpdateSelection() {
 
 void TreeItem::updateRows() {
     const bool selected = m_Compound && m_Compound->IsSelected();
-    // What the walks over all rows wait for is memory: rows of items without any selection in them
-    // are not looked at, an item is called for before its turn, and a row is written only where it
-    // changes.
+    // Memory latency is what such walks cost: rows of items without any selection inside are
+    // skipped, items are prefetched, and a row is written only if it changes.
     if (holdsNoSelection(selected)) {
         mark(false, false);
         return;
@@ -336,7 +335,7 @@ QColor TreeItem::textColor(int column) const {
 QColor TreeItem::cellColor(int column) const {
     if (column != TreeModel::Show || !m_Compound)
         return {};
-    // A transparent item has a colour too, and the cell is where it can be seen.
+    // Opaque: the colour of a transparent item is to be seen in the cell.
     QColor color = m_Compound->GetColor().toQColor();
     color.setAlpha(255);
     return color;

@@ -3,13 +3,13 @@
 
 #include "TreeItem.h"
 
-/// A depth-first walk over all rows from one on, as they are shown, those of closed branches
-/// included. It ends with the last row of the tree, and is void once rows come or go.
+/// A depth-first walk over all rows from one on, in the order shown and also in closed branches.
+/// Ends with the last row of the tree. Making or deleting rows invalidates the iterator.
 class TreeItemIterator {
 public:
     /// Starts at the first row.
     explicit TreeItemIterator(const TreeView* view);
-    /// Starts at `start`, which may be null: the walk is over then.
+    /// Starts at `start`; with null the walk is over at once.
     explicit TreeItemIterator(TreeItem* start);
 
     /// Null when the walk is over.
@@ -19,11 +19,11 @@ public:
             m_current->childCount() ? m_current->childAt(0, m_descending) : after(m_current);
         return *this;
     }
-    /// Goes on without what lies below the current row.
+    /// Continues after all that lies below the current row.
     void skipBelow() { m_current = after(m_current); }
 
 private:
-    /// The first row after all that lies below `row`.
+    /// The first row after all descendants of `row`.
     TreeItem* after(const TreeItem* row) const;
 
     TreeItem* m_current;

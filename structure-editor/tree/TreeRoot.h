@@ -24,27 +24,27 @@ public:
     /// Brings the rows below `parent` in order of their ids.
     static void sort(TreeItem* parent) { parent->sort(); }
 
-    /// Deletes all rows. Their memory stays for rows that come next, until it is trimmed.
+    /// Deletes all rows. Their memory is kept for the next rows, until it is trimmed.
     void deleteRows();
-    /// Gives back memory that no row stands in.
+    /// Frees memory that no row uses.
     static void trimMemory();
     /// Closes all rows.
     void closeAll();
 
-    /// Takes the rows out, if they are those of one item, and keeps them for when that is shown
-    /// again.
+    /// Takes the rows out of the tree, if they are of one item, and keeps them for when that item
+    /// is shown again.
     void setRowsAside();
-    /// Puts the rows that were set aside into the tree again if they are of `c`, as if they had
-    /// just been made; else null.
+    /// Puts the rows that were set aside back into the tree, like new, if they are of `c`; returns
+    /// null otherwise.
     TreeItem* takeFromAside(TAVIK::Compound* c);
     void dropAside() noexcept;
 
     TreeModel& model;
     std::size_t rows = 0;    ///< how many there are; less where memory ran out as they came
-    bool descending = false; ///< shown by falling id
-    bool inStep = false; ///< no row has come or was changed by the user since all took the host's
-                         ///< selection over
-    std::uint64_t selectionTaken = 0; ///< SelectionChanges() when they did
+    bool descending = false; ///< shown in descending order of ids
+    bool inStep = false; ///< no row was added, or changed by the user, since all rows took over the
+                         ///< host's selection
+    std::uint64_t selectionTaken = 0; ///< SelectionChanges() at that time
 
 private:
     Detached m_aside;
