@@ -1,4 +1,4 @@
-// Where a row of a tree stands, and the memory that it stands in. Knows nothing of what rows show.
+// The position of a row in a tree, and the memory of rows. Knows nothing of what rows show.
 #pragma once
 
 #include "RowPool.h"
@@ -12,8 +12,8 @@
 /// The base of a `Row`: its place among the rows, which have one root above them all. Children are
 /// kept by rising id; they are shown in that order or in the reverse one.
 ///
-/// A row knows its own place among its siblings, so that nothing here ever looks for it. Rows and
-/// their lists stand in a pool of their own; the root, which outlives them, does not.
+/// A row stores its index among its siblings, so that it is never searched for. Rows and their
+/// lists are in a pool of their own; the root, which outlives them, is not.
 template <class Row> class RowNode {
 public:
     RowNode(const RowNode&) = delete;
@@ -32,7 +32,7 @@ public:
     Row* childAt(std::uint32_t index, bool descending) const {
         return m_children[descending ? m_count - 1 - index : index];
     }
-    /// All of them, by id.
+    /// All children, by id.
     std::span<Row* const> children() const { return {m_children, m_count}; }
     /// The place among the siblings as shown.
     std::uint32_t shownAt(bool descending) const {
@@ -69,7 +69,7 @@ protected:
         if (m_count + count > m_capacity)
             reserve(std::max<std::size_t>(m_count + count, m_count + m_count / 2));
     }
-    /// Puts a row, for which there is room, behind the children.
+    /// Appends a child, for which there is room.
     void append(Row* row) {
         row->m_parent = self();
         row->m_position = m_count;
@@ -116,7 +116,7 @@ protected:
                 delete row;
                 continue;
             }
-            // What stays where it is, is not written to.
+            // A row that keeps its index is not written to.
             if (row->m_position != kept)
                 row->m_position = kept;
             m_children[kept++] = row;

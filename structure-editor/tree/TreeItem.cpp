@@ -172,7 +172,7 @@ void TreeItem::comeBack(Batch& batch) {
             row->comeBack(batch);
         return true;
     });
-    // Not before what is gone is out of the list: memory can run out from here on.
+    // After the deleted rows are out of the list: memory can run out from here on.
     for (std::uint32_t i = 0; holdComposites && i != m_count; ++i)
         if (m_children[i]->m_composite)
             m_children[i]->comeBack(batch);

@@ -202,7 +202,7 @@ private:
     void markFor(std::span<TreeItem* const> rows);
     std::size_t find(const TAVIK::Compound* c, std::size_t expected) const;
 
-    // The flags first: they stand in what the base leaves free.
+    // The flags first, because they fit into the padding of the base.
     bool m_Dirty : 1 = false;
     bool m_selected : 1 = false;
     bool m_marked : 1 = false;    ///< this row, or one below it, may be selected; if false, nothing

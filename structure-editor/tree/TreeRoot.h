@@ -11,17 +11,17 @@ public:
     explicit TreeRoot(TreeModel& ofModel) : model(ofModel) {}
     ~TreeRoot() = default;
 
-    // What the model does between telling that it is about to, and that it is done.
+    // For the model, between its signals before and after a change.
 
     /// Makes room for `count` more rows below `parent`; they can then be put there without failing.
     static void makeRoom(TreeItem* parent, std::size_t count) { parent->makeRoom(count); }
     /// Puts `rows`, which are in no tree and for which there is room, before the one at `position`.
     static void insert(TreeItem* parent, std::uint32_t position, std::span<TreeItem* const> rows);
-    /// Takes `count` rows from `position` on out again; they are in no tree then.
+    /// Removes `count` rows from `position` on; they are in no tree then.
     static void take(TreeItem* parent, std::uint32_t position, std::uint32_t count) {
         parent->take(position, count);
     }
-    /// Brings the rows below `parent` in order of their ids.
+    /// Sorts the rows below `parent` by their ids.
     static void sort(TreeItem* parent) { parent->sort(); }
 
     /// Deletes all rows. Their memory is kept for the next rows, until it is trimmed.
@@ -40,7 +40,7 @@ public:
     void dropAside() noexcept;
 
     TreeModel& model;
-    std::size_t rows = 0;    ///< how many there are; less where memory ran out as they came
+    std::size_t rows = 0;    ///< number of rows; too small after memory ran out in the middle
     bool descending = false; ///< shown in descending order of ids
     bool inStep = false; ///< no row was added, or changed by the user, since all rows took over the
                          ///< host's selection

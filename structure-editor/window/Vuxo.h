@@ -189,11 +189,11 @@ private:
         attempt([&] { withGuard<Guard>(slot, item, apply, refusal); }, slot);
     }
 
-    /// The order of every change of data, in one place: finds nothing to do without an `item`;
-    /// takes the guard; a refused one is said and changes nothing; else changes the data by
-    /// `apply(item)`, labels the change, as changeLabel() says for `slot`, and shows it, before the
-    /// guard ends and the host tells the others. An `apply` may return what was changed, for the
-    /// label, or a Done. Exceptions pass: for use inside of attempt().
+    /// The sequence of every change of data: does nothing without an `item`. Takes the guard; if it
+    /// is refused, reports that and changes nothing. Otherwise changes the data by `apply(item)`,
+    /// labels the change (see changeLabel()) and shows it, before the guard ends and the host tells
+    /// the others. `apply` may return what was changed, for the label, or a Done. Exceptions pass
+    /// through: to be used inside of attempt().
     template <template <class> class Guard, class Item, class Apply>
     void withGuard(const char* slot, Item* item, Apply apply, Refusal refusal = Refusal::Report) {
         if (!item)
@@ -213,8 +213,8 @@ private:
         changeData(Guard<Item>(this, item, label.command), run, refusal);
     }
 
-    /// What a command is called by the label of its change: what it did, where that is known, as
-    /// TAVIK::setLabel() takes it, and else its name.
+    /// The label of a command's change: what the command did, for TAVIK::setLabel(), or the
+    /// command's name where that is not known.
     struct ChangeLabel {
         const char* command;
         const char* deed;

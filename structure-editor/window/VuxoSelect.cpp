@@ -85,7 +85,7 @@ void Vuxo::SelectHydrogens() {
 
 void Vuxo::SelectGridBounds() {
     change<DataPoint>(TAVIK::Space::instance(), [](TAVIK::Compound* space) {
-        return Done{boundGrids(space), Refresh::Nothing}; // The window shows none of it.
+        return Done{boundGrids(space), Refresh::Nothing}; // The window does not show it.
     });
 }
 
