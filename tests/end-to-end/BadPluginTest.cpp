@@ -129,7 +129,7 @@ private slots:
     void aFolderWithoutTheStructureEditorIsOneLineAndStatus1() {
         pathOf("Edit/nothing");
         Program program;
-        const Ended ended = program.run(arguments());
+        const Ended ended = program.run({"--plugins", m_folder->path(), structure("1ubq.pdb")});
         QVERIFY(ended.normally);
         QCOMPARE(ended.status, 1);
         QCOMPARE(ended.errors, QStringList("workbench: no Structure Editor (Edit/Vuxo) could be "
