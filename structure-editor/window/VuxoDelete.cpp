@@ -88,7 +88,10 @@ void Vuxo::KillAll() {
     change<DataDelete>(
         TAVIK::Space::instance(),
         [this](TAVIK::Space* space) {
-            const TAVIK::Changed destroyed("entry", {space->ChildBegin(), space->ChildEnd()});
+            // No copy of the entries, for which there may be no memory.
+            const auto count = static_cast<std::size_t>(space->ChildEnd() - space->ChildBegin());
+            const TAVIK::Changed destroyed =
+                count == 1 ? TAVIK::Changed(**space->ChildBegin()) : TAVIK::Changed("entry", count);
             m_Tree->clear();
             while (space->ChildBegin() != space->ChildEnd())
                 TAVIK::DataMaker::Destroy(*space->ChildBegin());

@@ -72,7 +72,7 @@ template <class Change> TAVIK::Changed Vuxo::forSelectedRows(Change apply) const
         }
         ++at;
     }
-    return changed;
+    return changed.count() == 0 ? TAVIK::Changed("item") : changed;
 }
 
 void Vuxo::SelectedColor() {

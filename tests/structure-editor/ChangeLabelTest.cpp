@@ -3,6 +3,7 @@
 #include "CommandTools.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
+#include "FailingMemory.h"
 #include "SlotTools.h"
 #include "Space.h"
 #include "WindowTestCase.h"
@@ -223,6 +224,33 @@ private slots:
         memory_host::setDataFolder(folder);
         QCOMPARE(lines.size(), 1);
         QVERIFY2(lines.first().startsWith("Colour map"), qPrintable(lines.first()));
+    }
+
+    void colouringWithNothingSelectedIsOfNoItems() {
+        selectElsewhere(Space::instance(), false);
+        QTimer timer;
+        pressEnterInDialogs(timer);
+        QCOMPARE(labelsOf([&] { QVERIFY(invoke(*m_window, "SelectedColor()")); }),
+                 QStringList("Set color of no items"));
+        QCOMPARE(labelsOf([&] { QVERIFY(invoke(*m_window, "SelectedUnColor()")); }),
+                 QStringList("Default color of no items"));
+    }
+
+    void deletingAllNeedsNoLargeBlock() {
+        constexpr int many = FailingMemory::largeBlock / sizeof(void*) + 1;
+        {
+            const DataAdder<Space> guard(nullptr, Space::instance());
+            for (int i = 0; i != many; ++i)
+                TAVIK::DataMaker::makeCore(Space::instance(), "entry", "Composite");
+        }
+        QStringList labels;
+        {
+            const FailingMemory memory(0, 1);
+            labels = labelsOf([&] { m_window->KillAll(); });
+            QCOMPARE(FailingMemory::refusals(), 0);
+        }
+        QCOMPARE(labels, QStringList(QStringLiteral("Delete %1 entries").arg(many + 2)));
+        QVERIFY(!Space::instance()->HasChildren());
     }
 
     void aSetThatIsRefusedLeavesNoLabel() {
