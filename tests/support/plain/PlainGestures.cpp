@@ -59,7 +59,9 @@ void Model::act(const Step& step, const Meaning& meaning, const Seen& seen) {
 
 void Model::actInWindow(const Step& step, const Meaning& meaning, const Seen& seen) {
     const Rows rows = tree.shown();
-    Row* const row = at < 0 || rows.empty() ? nullptr : rows[std::size_t(at)];
+    // Where the action is on the list, the place is that of an entry, of which there may be more.
+    const bool isRow = at >= 0 && std::size_t(at) < rows.size();
+    Row* const row = isRow ? rows[std::size_t(at)] : nullptr;
     switch (step.action) {
     case Action::Press:
         return row ? press(row, step) : void();
