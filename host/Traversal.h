@@ -1,5 +1,6 @@
-// Walks over the data: collecting items by kind, and applying a function to atoms, groups or
-// residues. `all` means everywhere: true for every item below the root, false for selected ones.
+// Walks over the data: collecting items by kind, applying a function to atoms, groups or residues,
+// and reading the atoms' qualified names. `all` means everywhere: true for every item below the
+// root, false for selected ones.
 #pragma once
 
 #include "Compound.h"
@@ -8,6 +9,7 @@
 #include "detail/ByClass.h"
 
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 namespace TAVIK {
@@ -20,6 +22,25 @@ HOST_EXPORT void GetResidues(Compound* root, std::vector<Compound*>& out, bool a
 /// Appends the selected items below `root` to `out`. If an item is wholly selected, the item itself
 /// is appended and nothing inside it.
 HOST_EXPORT void GetSelected(Compound* root, std::vector<Compound*>& out);
+
+/// Reads the qualified names of atoms in parts, so that what many have in common is read once. A
+/// name is all parts entered and not left, and then the atom's own. The views are valid during the
+/// call; the data may not be changed in it.
+class AtomNameVisitor {
+public:
+    virtual ~AtomNameVisitor() = default;
+    /// The names of all atoms below `composite` go on with `part`, as "MET 1/". False leaves them
+    /// out, and Leave() is not called.
+    virtual bool Enter(Compound* composite, std::string_view part) = 0;
+    virtual void Leave() = 0;
+    /// An atom and the last part of its name, as "CA".
+    virtual void Visit(Compound* atom, std::string_view name) = 0;
+};
+
+/// Visits the atoms that GetAtoms() appends, in that order. The first part, given for `root`, is
+/// all that the names below it begin with, as "/1ubq/A/Groups/"; a root that is an atom is visited
+/// with its whole name. Composites that do not appear in names, as groups, are not entered.
+HOST_EXPORT void VisitAtomNames(Compound* root, bool all, AtomNameVisitor& visitor);
 
 namespace detail {
 

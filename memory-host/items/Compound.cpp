@@ -20,10 +20,10 @@ std::string Compound::GetFQName() const {
         return {};
     const auto forEachHolder = [&record](auto use) {
         for (const Holder* holder = record.parent; holder; holder = holder->parent)
-            if (holder->kind != Kind::Group && holder->kind != Kind::Space)
+            if (holder->isInNames())
                 use(holder->name.text());
     };
-    // Allocated once and filled from its end: name patterns ask for a name for each group of atoms.
+    // Allocated once and filled from its end.
     const std::string own = GetName();
     std::size_t size = 1 + own.size();
     forEachHolder([&size](const std::string& component) { size += 1 + component.size(); });

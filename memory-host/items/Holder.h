@@ -30,6 +30,8 @@ struct Holder : HostItem {
             closeHoles();
         return children + end;
     }
+    /// Whether its name is a component of the qualified names of what it holds.
+    bool isInNames() const { return kind != Kind::Group && kind != Kind::Space; }
     /// Appends to the vector only; the caller updates the counters.
     void appendChild(Compound* child);
     /// Leaves a hole; the caller updates the counters.
