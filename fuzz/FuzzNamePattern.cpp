@@ -85,14 +85,22 @@ bool isSmall(const QString& expression) {
     return !syntax.wellFormed || name_pattern::estimate(syntax).instructions <= mostInstructions;
 }
 
-/// Compares all ways of asking for an answer. `cut` divides the name into prefix and rest.
+/// Compares all ways of asking for an answer. `cut` divides the name into prefix and rest; the
+/// prefix is read in two parts, with another one that is taken off again between them.
 void compare(NamePattern& pattern, const std::string& name, std::size_t cut,
              const std::optional<QRegExp>& plain) {
     const std::string_view text = name;
     const bool answer = pattern.matches(name);
-    pattern.setBeginning(text.substr(0, cut));
+    const std::size_t half = cut / 2;
+    pattern.addPart(text.substr(0, half));
+    pattern.addPart(text.substr(cut));
+    pattern.matchesRest(text.substr(half));
+    pattern.removePart();
+    pattern.addPart(text.substr(half, cut - half));
     const std::optional<bool> forAll = pattern.answerForAll();
     const bool answerByParts = pattern.matchesRest(text.substr(cut));
+    pattern.removePart();
+    pattern.removePart();
     if (!pattern.cutOff().isEmpty())
         return;
     require(answer == answerByParts, "a name read by parts has the same answer", name);

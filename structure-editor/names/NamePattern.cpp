@@ -71,29 +71,41 @@ bool NamePattern::matches(std::string_view name) {
     return answer;
 }
 
-void NamePattern::setBeginning(std::string_view beginning) {
-    if (isAnswered())
-        return;
-    if (!m_automaton) {
-        m_beginning = beginning;
-        return;
+void NamePattern::addPart(std::string_view part) {
+    m_parts.push_back({m_prefix.size(), m_place});
+    m_prefix += part;
+    if (m_automaton && !isAnswered()) {
+        m_place = m_automaton->isKnown(m_place) ? m_automaton->read(m_place, part)
+                                                : m_automaton->read(m_automaton->start(), m_prefix);
+        checkWork();
     }
-    m_automaton->setBeginning(beginning);
-    checkWork();
 }
 
-std::optional<bool> NamePattern::answerForAll() const {
+void NamePattern::removePart() {
+    m_prefix.resize(m_parts.back().begin);
+    m_place = m_parts.back().place;
+    m_parts.pop_back();
+}
+
+/// The place after the prefix, which is read again if the automaton has flushed its states.
+const Automaton::Place& NamePattern::place() {
+    if (!m_automaton->isKnown(m_place)) [[unlikely]]
+        m_place = m_automaton->read(m_automaton->start(), m_prefix);
+    return m_place;
+}
+
+std::optional<bool> NamePattern::answerForAll() {
     if (isAnswered())
         return false;
-    return m_automaton ? m_automaton->answerForAll() : std::nullopt;
+    return m_automaton ? Automaton::answerForAll(place()) : std::nullopt;
 }
 
 bool NamePattern::matchesRest(std::string_view rest) {
     if (isAnswered())
         return false;
     if (!m_automaton)
-        return matchesSlowly(m_beginning + std::string(rest));
-    const bool answer = m_automaton->matchesRest(rest);
+        return matchesSlowly(m_prefix + std::string(rest));
+    const bool answer = m_automaton->matchesRest(place(), rest);
     checkWork();
     return answer;
 }

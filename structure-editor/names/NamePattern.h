@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// A name matches when the expression, as a case-sensitive QRegExp, has its first match in the name
 /// at the first character. An expression that QRegExp calls invalid matches nothing.
@@ -46,10 +47,12 @@ public:
 
     // For many names with a common prefix, which is read once.
 
-    /// Sets the prefix of the next names.
-    void setBeginning(std::string_view beginning);
+    /// Appends a part to the prefix of the next names.
+    void addPart(std::string_view part);
+    /// Takes the last part off the prefix.
+    void removePart();
     /// The answer for all names with this prefix, if the prefix decides it.
-    std::optional<bool> answerForAll() const;
+    std::optional<bool> answerForAll();
     /// Whether the name that consists of the prefix and `rest` matches.
     bool matchesRest(std::string_view rest);
 
@@ -61,6 +64,7 @@ public:
 private:
     bool isAnswered() const { return !m_valid || !m_cutOff.isEmpty(); }
     void checkWork();
+    const name_pattern::Automaton::Place& place();
     bool matchesSlowly(const std::string& name);
     void cutOff(const QString& why);
 
@@ -70,8 +74,16 @@ private:
     QString m_cutOff;
     std::optional<name_pattern::Automaton> m_automaton;
 
+    /// Where a part of the prefix begins.
+    struct Part {
+        std::size_t begin;
+        name_pattern::Automaton::Place place;
+    };
+    std::string m_prefix;
+    std::vector<Part> m_parts;
+    name_pattern::Automaton::Place m_place; ///< after the prefix
+
     // For patterns that the automaton does not support, or that are too large for it.
-    std::string m_beginning;
     QString m_refusal; ///< why names that are long enough to match get no answer
     std::optional<QRegExp> m_regExp;
     name_pattern::Cost m_cost;

@@ -15,28 +15,33 @@ Automaton::Automaton(Program program, std::shared_ptr<const Alphabet> alphabet,
       m_now(m_program.code.size()), m_then(m_program.code.size()) {}
 
 bool Automaton::matches(std::string_view name) {
-    return endsWell(read(start(), name));
+    return endsWell(readFrom(firstState(), name));
 }
 
-void Automaton::setBeginning(std::string_view beginning) {
-    if (m_behindBeginning != Unknown && beginning == m_beginning)
-        return;
-    m_beginning = beginning;
-    m_behindBeginning = read(start(), beginning);
+Automaton::Place Automaton::start() {
+    Place place;
+    place.m_state = firstState();
+    place.m_timesForgotten = m_timesForgotten;
+    return place;
 }
 
-std::optional<bool> Automaton::answerForAll() const {
-    if (m_behindBeginning == Always || m_behindBeginning == Never)
-        return m_behindBeginning == Always;
+Automaton::Place Automaton::read(const Place& from, std::string_view text) {
+    Place place;
+    place.m_state = readFrom(from.m_state, text);
+    place.m_timesForgotten = m_timesForgotten;
+    return place;
+}
+
+std::optional<bool> Automaton::answerForAll(const Place& place) {
+    if (place.m_state == Always || place.m_state == Never)
+        return place.m_state == Always;
     return std::nullopt;
 }
 
-bool Automaton::matchesRest(std::string_view rest) {
-    if (m_behindBeginning == Unknown)
-        m_behindBeginning = read(start(), m_beginning);
-    const Index state = m_behindBeginning;
+bool Automaton::matchesRest(const Place& from, std::string_view rest) {
+    const Index state = from.m_state;
     if (state < 0 || rest.size() >= sizeof(std::uint64_t))
-        return endsWell(read(state, rest));
+        return endsWell(readFrom(state, rest));
     std::uint64_t text = rest.size() << 56;
     for (std::size_t i = 0; i < rest.size(); ++i)
         text |= std::uint64_t(static_cast<unsigned char>(rest[i])) << 8 * i;
@@ -44,9 +49,9 @@ bool Automaton::matchesRest(std::string_view rest) {
         (text ^ static_cast<std::uint64_t>(state) << 32) * 0x9E3779B97F4A7C15u;
     Decision& decision = m_decisions[mixed >> (64 - decisionBits)];
     if (decision.state != state || decision.text != text) {
-        const bool answer = endsWell(read(state, rest));
+        const bool answer = endsWell(readFrom(state, rest));
         // After a flush of the state cache the number means another state.
-        if (m_behindBeginning != state || isExhausted())
+        if (!isKnown(from) || isExhausted())
             return answer;
         decision = {text, state, answer};
     }
@@ -54,7 +59,7 @@ bool Automaton::matchesRest(std::string_view rest) {
 }
 
 /// The state after a text, or one of the special values. Matching spends its time in this loop.
-Automaton::Index Automaton::read(Index state, std::string_view text) {
+Automaton::Index Automaton::readFrom(Index state, std::string_view text) {
     if (state < 0)
         return state;
     if (isExhausted())
@@ -82,7 +87,7 @@ bool Automaton::endsWell(Index state) {
     return (state < 0 ? state : step(state, m_alphabet->endColumn())) == Always;
 }
 
-Automaton::Index Automaton::start() {
+Automaton::Index Automaton::firstState() {
     if (m_start == Unknown) {
         m_then.clear();
         const bool accepted = gather(m_then, m_program.start);
@@ -203,7 +208,6 @@ void Automaton::forget() {
     m_members.clear();
     m_stateByHash.clear();
     m_start = Unknown;
-    m_behindBeginning = Unknown;
     std::fill(m_decisions.begin(), m_decisions.end(), Decision());
     ++m_timesForgotten;
 }

@@ -17,6 +17,12 @@
 namespace name_pattern {
 
 class Automaton {
+    using Index = std::int32_t;
+
+    /// Special values in place of a state: not computed yet, or decided whatever the rest of the
+    /// name is. A state is the index at which its row of the table starts.
+    enum : Index { Unknown = -1, Never = -2, Always = -3 };
+
 public:
     /// Bounds that tests make small to reach them.
     struct Bounds {
@@ -28,30 +34,41 @@ public:
         double workPerCharacter = 20;
     };
 
+    /// What has been read of a name.
+    class Place {
+        friend class Automaton;
+        Index m_state = Unknown;
+        unsigned m_timesForgotten = 0;
+    };
+
     /// For a Program and the Alphabet of its pattern.
     Automaton(Program program, std::shared_ptr<const Alphabet> alphabet, const Bounds& bounds);
 
     /// Whether a match starts at the first character of `name`; false, but meaningless, when the
     /// bounds are exceeded.
     bool matches(std::string_view name);
-    /// Reads the common prefix of several names.
-    void setBeginning(std::string_view beginning);
-    /// The answer for all names with this prefix, if the rest makes no difference.
-    std::optional<bool> answerForAll() const;
-    /// The answer for the name that consists of the prefix and `rest`.
-    bool matchesRest(std::string_view rest);
+    // For names with a common prefix, which is read once.
+
+    /// The place before the first character of a name.
+    Place start();
+    /// The place after `text`, which begins at `from`.
+    Place read(const Place& from, std::string_view text);
+    /// Whether a place has been read and still means what it did: none does after a flush of the
+    /// states.
+    bool isKnown(const Place& place) const {
+        return place.m_state != Unknown && place.m_timesForgotten == m_timesForgotten;
+    }
+    /// The answer for all names with this place, if the rest makes no difference.
+    static std::optional<bool> answerForAll(const Place& place);
+    /// The answer for the name that goes on with `rest`, and ends there.
+    bool matchesRest(const Place& from, std::string_view rest);
+
     /// Whether the bounds are exceeded: from then on there are no answers.
     bool isExhausted() const { return m_work < 0; }
     /// How often the states were flushed because memory was full.
     unsigned timesForgotten() const { return m_timesForgotten; }
 
 private:
-    using Index = std::int32_t;
-
-    /// Special values in place of a state: not computed yet, or decided whatever the rest of the
-    /// name is. A state is the index at which its row of the table starts.
-    enum : Index { Unknown = -1, Never = -2, Always = -3 };
-
     /// What is known of the character before a place, as far as assertions need it.
     enum Before : std::uint8_t { Anything, NoCharacter, Word };
 
@@ -83,9 +100,9 @@ private:
         std::vector<Index> m_members;
     };
 
-    Index read(Index state, std::string_view text);
+    Index firstState();
+    Index readFrom(Index state, std::string_view text);
     bool endsWell(Index state);
-    Index start();
     Index step(Index state, Index column) {
         const Index next = m_table[static_cast<std::size_t>(state + column)];
         return next == Unknown ? follow(state, column) : next;
@@ -109,9 +126,6 @@ private:
     std::unordered_multimap<std::size_t, Index> m_stateByHash;
     Index m_start = Unknown;
     unsigned m_timesForgotten = 0;
-
-    std::string m_beginning;
-    Index m_behindBeginning = Unknown; ///< the state after the prefix; Unknown after a flush
 
     /// A cache of answers by a state and the short text after it. Structures have a few hundred
     /// atom names, so that collisions are rare.

@@ -132,8 +132,9 @@ private slots:
             NamePattern pattern(".*a.{12}$", limits);
             for (const std::string& name : namesOfTwoCharacters(3000)) {
                 if (byParts) {
-                    pattern.setBeginning(std::string_view(name).substr(0, 30));
+                    pattern.addPart(std::string_view(name).substr(0, 30));
                     pattern.matchesRest(std::string_view(name).substr(30));
+                    pattern.removePart();
                 } else {
                     pattern.matches(name);
                 }

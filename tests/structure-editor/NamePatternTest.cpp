@@ -23,15 +23,21 @@ struct Tally {
     int telling = 0; ///< fast ones that match some of the names, but not all
 };
 
-/// Answers by each way of asking, which must agree. The name is cut somewhere for the way by parts.
+/// Answers by each way of asking, which must agree. The name is cut somewhere for the way by parts:
+/// the prefix is read in two, with another part that is taken off again between them.
 bool agree(NamePattern& pattern, const std::string& name, std::size_t cut, bool expected) {
-    if (pattern.matches(name) != expected)
-        return false;
     const std::string_view text = name;
-    pattern.setBeginning(text.substr(0, cut));
-    if (pattern.answerForAll().value_or(expected) != expected)
-        return false;
-    return pattern.matchesRest(text.substr(cut)) == expected;
+    const std::size_t half = cut / 2;
+    pattern.addPart(text.substr(0, half));
+    pattern.addPart(text.substr(cut));
+    pattern.matchesRest(text.substr(half));
+    pattern.removePart();
+    pattern.addPart(text.substr(half, cut - half));
+    const bool forAll = pattern.answerForAll().value_or(expected);
+    const bool byParts = pattern.matchesRest(text.substr(cut));
+    pattern.removePart();
+    pattern.removePart();
+    return pattern.matches(name) == expected && forAll == expected && byParts == expected;
 }
 
 /// Compares one pattern with its plain definition on all names; empty when there is no difference.
