@@ -16,6 +16,7 @@ os.dup2(2, 1)
 pymol.finish_launching(["pymol", "-cqk"])
 cmd.set("connect_mode", 1)  # as the file lists them: bonds do not count here
 cmd.load(sys.argv[1], "loaded")
+cmd.remove("not present")  # made for residues that the file has no coordinates of
 print(cmd.count_atoms("all"), file=answers, flush=True)
 for line in sys.stdin:
     print(cmd.select("chosen", line.strip()), file=answers, flush=True)
