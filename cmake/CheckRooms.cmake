@@ -23,6 +23,12 @@ folder(structure-editor/tree ${contract} structure-editor/data)
 folder(structure-editor/window ${contract} structure-editor/names structure-editor/radius
   structure-editor/data structure-editor/tree)
 
+# Numerics and rendering know no items.
+folder(view/render)
+folder(view/ribbon view/render)
+folder(view/scene ${contract} view/render view/ribbon)
+folder(view/window ${contract} view/render view/ribbon view/scene)
+
 folder(memory-host/items host)
 folder(memory-host/files host memory-host/items)
 folder(memory-host/services host memory-host/items memory-host/files)
@@ -35,8 +41,8 @@ folder(tests/host-contract ${contract} tests/support)
 folder(tests/support/plain)
 
 # Include directories as the compiler gets them, for headers not beside the including file.
-set(roots host include structure-editor memory-host workbench tests/support tests/host-contract
-  tests/memory-host tests/structure-editor tests/random-use)
+set(roots host include structure-editor view memory-host workbench tests/support tests/host-contract
+  tests/memory-host tests/structure-editor tests/view tests/random-use)
 
 # The path below ROOT of the header that `file` includes as `path`; empty when it is none of ours.
 function(find_header file path into)
@@ -68,7 +74,7 @@ foreach(folder ${folders})
   endforeach()
 endforeach()
 
-foreach(room host include structure-editor memory-host workbench tests/host-contract)
+foreach(room host include structure-editor view memory-host workbench tests/host-contract)
   file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h)
   foreach(file ${files})
     get_filename_component(folder ${file} DIRECTORY)

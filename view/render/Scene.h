@@ -1,0 +1,58 @@
+// What the renderer draws, as plain arrays. It knows no items: an id says what a pixel shows.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace view {
+
+/// Å.
+using Point = std::array<float, 3>;
+/// 0xAARRGGBB; the alpha is not read.
+using Colour = std::uint32_t;
+/// Chosen by who makes the scene; pixels that show nothing have `noId`.
+using Id = std::uint32_t;
+inline constexpr Id noId = 0;
+
+/// Indices of two points.
+struct Segment {
+    std::uint32_t from;
+    std::uint32_t to;
+};
+
+/// A sphere around a point.
+struct Ball {
+    std::uint32_t point;
+    float radius; ///< Å
+};
+
+/// Triangles, shaded by the normals of their vertices and seen from both sides.
+struct Mesh {
+    std::vector<Point> vertices;
+    std::vector<Point> normals;                          ///< unit vectors, one a vertex
+    std::vector<Colour> colours;                         ///< one a vertex, or a single one
+    std::vector<std::array<std::uint32_t, 3>> triangles; ///< indices of vertices
+    std::vector<Id> ids;                                 ///< one a triangle, or a single one
+};
+
+/// Everything that is drawn. Indices are in range, which who makes the scene sees to. Coordinates
+/// may be anything: what is not finite, or too far away to be seen, is left out.
+struct Scene {
+    std::vector<Point> points;
+    std::vector<Colour> colours; ///< one a point
+    std::vector<Id> ids;         ///< one a point
+
+    std::vector<Ball> balls;
+    /// Cylinders with round ends; each half has the colour and the id of its end.
+    std::vector<Segment> sticks;
+    float stickRadius = 0.25F; ///< Å
+    /// Lines of constant width on the screen, in halves like sticks.
+    std::vector<Segment> lines;
+    /// Points drawn as dots of constant size on the screen: indices.
+    std::vector<std::uint32_t> dots;
+    std::vector<std::shared_ptr<const Mesh>> meshes;
+};
+
+} // namespace view
