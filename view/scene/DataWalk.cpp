@@ -1,0 +1,286 @@
+#include "DataWalk.h"
+
+#include "ByClass.h"
+#include "Kinds.h"
+#include "VanDerWaals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace view {
+
+namespace {
+
+using TAVIK::Compound;
+
+enum class Kind : std::uint8_t { Atom, Bond, Residue, Chain, Composite, Other };
+
+Kind kindOf(const Compound* item) {
+    if (dynamic_cast<const TAVIK::Atom*>(item))
+        return Kind::Atom;
+    if (dynamic_cast<const TAVIK::Bond*>(item))
+        return Kind::Bond;
+    if (dynamic_cast<const TAVIK::Residue*>(item))
+        return Kind::Residue;
+    if (dynamic_cast<const TAVIK::Molecule*>(item))
+        return Kind::Chain;
+    if (dynamic_cast<const TAVIK::Composite*>(item))
+        return Kind::Composite;
+    return Kind::Other;
+}
+
+constexpr std::uint32_t noAtom = std::numeric_limits<std::uint32_t>::max();
+
+// The indices of atoms by the items' identifiers. These rise in the order of the data but for the
+// top level, and leave gaps where other items stand.
+class IndexById {
+public:
+    explicit IndexById(const std::vector<Compound*>& atoms) {
+        if (atoms.empty())
+            return;
+        unsigned int last = 0;
+        m_first = std::numeric_limits<unsigned int>::max();
+        for (const Compound* atom : atoms) {
+            const unsigned int id = atom->GetId();
+            m_first = std::min(m_first, id);
+            last = std::max(last, id);
+        }
+        const std::size_t range = std::size_t(last) - m_first + 1;
+        m_isDense = range / 8 <= atoms.size();
+        if (m_isDense)
+            m_table.assign(range, noAtom);
+        else
+            m_sorted.reserve(atoms.size());
+        for (std::uint32_t i = 0; i != atoms.size(); ++i) {
+            const unsigned int id = atoms[i]->GetId();
+            if (m_isDense)
+                m_table[id - m_first] = i;
+            else
+                m_sorted.emplace_back(id, i);
+        }
+        std::sort(m_sorted.begin(), m_sorted.end());
+    }
+
+    std::uint32_t of(const Compound* item) const {
+        const unsigned int id = item->GetId();
+        if (m_isDense)
+            return id >= m_first && id - m_first < m_table.size() ? m_table[id - m_first] : noAtom;
+        const auto found =
+            std::lower_bound(m_sorted.begin(), m_sorted.end(), std::pair(id, std::uint32_t(0)));
+        return found != m_sorted.end() && found->first == id ? found->second : noAtom;
+    }
+
+private:
+    unsigned int m_first = 0;
+    bool m_isDense = false;
+    std::vector<std::uint32_t> m_table;
+    std::vector<std::pair<unsigned int, std::uint32_t>> m_sorted;
+};
+
+bool areWithin(const Point& a, const Point& b, float distance) {
+    float squares = 0;
+    for (std::size_t i = 0; i != 3; ++i)
+        squares += (a[i] - b[i]) * (a[i] - b[i]);
+    return squares <= distance * distance; // false for NaN
+}
+
+class Walk {
+public:
+    Collected take(Compound* root) {
+        for (Compound** entry = root->ChildBegin(); entry != root->ChildEnd(); ++entry) {
+            const auto firstResidue = static_cast<std::uint32_t>(m_contents.residues.size());
+            m_isInResidue = false;
+            ++m_chain;
+            if (*entry)
+                visit(*entry);
+            closeResidue();
+            if (m_contents.residues.size() != firstResidue)
+                m_contents.entries.push_back({firstResidue});
+        }
+        takeBonds();
+        linkResidues();
+        for (Compound* item : m_others)
+            takeShape(item);
+        shrink();
+        return std::move(m_out);
+    }
+
+private:
+    void visit(Compound* item) {
+        switch (m_kinds.of(item, kindOf)) {
+        case Kind::Atom:
+            takeAtom(item);
+            break;
+        case Kind::Bond:
+            if (item->PartEnd() - item->PartBegin() == 2)
+                m_out.bonds.push_back(item);
+            break;
+        case Kind::Residue:
+            startResidue(item->GetName(), true);
+            visitChildren(item);
+            m_isInResidue = false;
+            break;
+        case Kind::Chain:
+            ++m_chain;
+            m_isInResidue = false;
+            visitChildren(item);
+            ++m_chain;
+            m_isInResidue = false;
+            break;
+        case Kind::Composite:
+            visitChildren(item);
+            break;
+        case Kind::Other:
+            m_others.push_back(item);
+            break;
+        }
+    }
+
+    void visitChildren(Compound* item) {
+        Compound** const end = item->ChildEnd();
+        for (Compound** child = item->ChildBegin(); child != end; ++child)
+            if (*child)
+                visit(*child);
+    }
+
+    void startResidue(const std::string& name, bool isResidue) {
+        closeResidue();
+        m_name = isResidue ? name.substr(0, name.find(' ')) : std::string();
+        m_atoms = {};
+        m_isInResidue = true;
+        m_contents.residues.push_back({static_cast<std::uint32_t>(m_contents.positions.size()),
+                                       m_chain, ResidueKind::Other, false});
+    }
+
+    // Once its atoms are known; a residue without any is none to the view.
+    void closeResidue() {
+        if (m_contents.residues.empty())
+            return;
+        ResidueEntry& residue = m_contents.residues.back();
+        if (residue.firstAtom == m_contents.positions.size()) {
+            m_contents.residues.pop_back();
+        } else if (!m_name.empty()) {
+            residue.kind = residueKind(m_name, m_atoms);
+            residue.isStandard = isStandard(m_name);
+        }
+        m_name.clear();
+    }
+
+    void takeAtom(Compound* atom) {
+        if (!m_isInResidue)
+            startResidue({}, false);
+        const std::uint8_t number = atomicNumber(atom->GetType());
+        const Role role = m_name.empty() ? Role::None : roleOf(atom->GetName(), number);
+        m_atoms.add(role, number);
+        m_contents.positions.push_back(positionOf(atom));
+        m_contents.atomicNumbers.push_back(number);
+        m_contents.roles.push_back(role);
+        m_out.items.push_back(atom);
+    }
+
+    void takeBonds() {
+        const IndexById indices(m_out.items);
+        std::vector<Compound*> kept;
+        kept.reserve(m_out.bonds.size());
+        m_contents.bonds.reserve(m_out.bonds.size());
+        for (Compound* bond : m_out.bonds) {
+            Compound* const* parts = bond->PartBegin();
+            const Segment segment{indices.of(parts[0]), indices.of(parts[1])};
+            if (segment.from == noAtom || segment.to == noAtom)
+                continue;
+            m_contents.bonds.push_back(segment);
+            kept.push_back(bond);
+        }
+        m_out.bonds = std::move(kept);
+    }
+
+    // An atom of that role in a residue; its first position where there are alternatives.
+    const Point* find(std::size_t residue, Role role) const {
+        for (std::uint32_t i = m_contents.residues[residue].firstAtom;
+             i != m_contents.atomEnd(residue); ++i)
+            if (m_contents.roles[i] == role)
+                return &m_contents.positions[i];
+        return nullptr;
+    }
+    bool areNear(std::size_t one, Role role, std::size_t other, Role otherRole,
+                 float distance) const {
+        const Point* const a = find(one, role);
+        const Point* const b = find(other, otherRole);
+        return a && b && areWithin(*a, *b, distance);
+    }
+    bool has(std::size_t residue, Role role) const { return find(residue, role) != nullptr; }
+
+    // The bond between residues is 1.3 to 1.6 Å long; alpha carbons are 3.8 Å apart, and phosphorus
+    // atoms at most 7.5 Å. The limits leave room for poor models, and none for a missing residue.
+    bool areLinked(std::size_t one, std::size_t next) const {
+        constexpr float bond = 2.5F;
+        constexpr float alphaCarbons = 4.6F;
+        constexpr float phosphates = 8.0F;
+        const ResidueKind kind = m_contents.residues[one].kind;
+        if (kind == ResidueKind::AminoAcid) {
+            if (has(one, Role::C) && has(next, Role::N))
+                return areNear(one, Role::C, next, Role::N, bond);
+            return areNear(one, Role::CA, next, Role::CA, alphaCarbons);
+        }
+        if (has(one, Role::O3Sugar) && has(next, Role::P))
+            return areNear(one, Role::O3Sugar, next, Role::P, bond);
+        return areNear(one, Role::P, next, Role::P, phosphates);
+    }
+
+    void linkResidues() {
+        std::vector<ResidueEntry>& residues = m_contents.residues;
+        for (std::size_t i = 1; i < residues.size(); ++i) {
+            ResidueEntry& before = residues[i - 1];
+            ResidueEntry& residue = residues[i];
+            if (before.chain != residue.chain || before.kind != residue.kind ||
+                (residue.kind != ResidueKind::AminoAcid &&
+                 residue.kind != ResidueKind::Nucleotide) ||
+                !areLinked(i - 1, i))
+                continue;
+            residue.isLinkedToPrevious = true;
+            residue.isPolymer = true;
+            before.isPolymer = true;
+        }
+    }
+
+    void takeShape(Compound* item);
+
+    void shrink() {
+        m_contents.positions.shrink_to_fit();
+        m_contents.atomicNumbers.shrink_to_fit();
+        m_contents.roles.shrink_to_fit();
+        m_contents.residues.shrink_to_fit();
+        m_contents.bonds.shrink_to_fit();
+        m_out.items.shrink_to_fit();
+        m_out.bonds.shrink_to_fit();
+    }
+
+    Collected m_out;
+    Contents& m_contents = m_out.contents;
+    ByClass<Kind> m_kinds;
+    std::vector<Compound*> m_others;
+    std::uint32_t m_chain = 0;
+    bool m_isInResidue = false;
+    std::string m_name; ///< of the residue whose atoms are being taken
+    ResidueAtoms m_atoms;
+};
+
+void Walk::takeShape(Compound*) {}
+
+} // namespace
+
+Point positionOf(const Compound* atom) {
+    const TAVIK::Vertex at = atom->GetPosition();
+    constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
+    return at.isValid() ? Point{at[0], at[1], at[2]} : Point{nowhere, nowhere, nowhere};
+}
+
+Collected collect(Compound* root) {
+    return Walk().take(root);
+}
+
+} // namespace view

@@ -1,0 +1,23 @@
+// The walk over the data space that collects what is drawn.
+#pragma once
+
+#include "Compound.h"
+#include "Contents.h"
+
+#include <vector>
+
+namespace view {
+
+struct Collected {
+    Contents contents;
+    std::vector<TAVIK::Compound*> items; ///< by index, as Contents has them
+    std::vector<TAVIK::Compound*> bonds; ///< likewise
+};
+
+/// Everything below `root`. Members of sets stand elsewhere, and are taken where they stand.
+Collected collect(TAVIK::Compound* root);
+
+/// Where an atom is, as Contents has it.
+Point positionOf(const TAVIK::Compound* atom);
+
+} // namespace view

@@ -1,0 +1,26 @@
+// How the view shows what it has read: its own choices, which change no data.
+#pragma once
+
+#include <cstdint>
+
+namespace view {
+
+enum class Representation : std::uint8_t {
+    Automatic, ///< for each entry by its size and its residues
+    Points,
+    Lines,
+    Sticks,
+    BallAndStick,
+    Spheres,
+    Ribbon ///< of polymers; what else there is as sticks, ions as spheres
+};
+
+struct Look {
+    Representation representation = Representation::Automatic;
+    /// Without it, waters are drawn only in an entry that holds nothing else.
+    bool showWaters = false;
+
+    bool operator==(const Look&) const = default;
+};
+
+} // namespace view

@@ -1,0 +1,185 @@
+#include "SceneMaker.h"
+
+#include "VanDerWaals.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace view {
+
+namespace {
+
+constexpr float stickRadius = 0.22F;  // Å
+constexpr float ballPart = 0.28F;     // of the van der Waals radius, for balls on sticks
+constexpr float loneAtomPart = 0.25F; // likewise, for atoms without a bond among sticks
+
+bool hasSticks(Style style) {
+    return style == Style::Stick || style == Style::BallAndStick;
+}
+
+class Making {
+public:
+    Making(const Contents& contents, const Marks& marks, const Styles& styles, Scene& scene)
+        : m_contents(contents), m_marks(marks), m_styles(styles), m_scene(scene) {}
+
+    void run() {
+        takePoints();
+        takeBonds();
+        takeAtoms();
+    }
+
+private:
+    void takePoints() {
+        const std::size_t count = m_contents.atomCount();
+        m_scene.points = m_contents.positions;
+        m_scene.colours.assign(m_marks.colours.begin(),
+                               m_marks.colours.begin() + static_cast<std::ptrdiff_t>(count));
+        m_scene.ids.resize(count);
+        for (std::size_t i = 0; i != count; ++i)
+            m_scene.ids[i] = idOf(i);
+        m_scene.stickRadius = stickRadius;
+    }
+
+    void takeBonds() {
+        m_isBonded.resize(m_contents.atomCount());
+        // Counted first: these are the largest arrays, and growing them would double the memory.
+        std::size_t sticks = 0;
+        std::size_t lines = 0;
+        for (const bool counting : {true, false}) {
+            if (!counting) {
+                m_scene.sticks.reserve(sticks);
+                m_scene.lines.reserve(lines);
+            }
+            for (std::size_t i = 0; i != m_contents.bonds.size(); ++i) {
+                const Segment& bond = m_contents.bonds[i];
+                const Style from = m_styles.atoms[bond.from];
+                const Style to = m_styles.atoms[bond.to];
+                if (!m_marks.bonds[i])
+                    continue;
+                const bool isStick = hasSticks(from) && hasSticks(to);
+                const bool isLine = from == Style::Line && to == Style::Line;
+                if (!isStick && !isLine)
+                    continue;
+                if (counting) {
+                    ++(isStick ? sticks : lines);
+                    continue;
+                }
+                (isStick ? m_scene.sticks : m_scene.lines).push_back(bond);
+                m_isBonded[bond.from] = m_isBonded[bond.to] = true;
+            }
+        }
+    }
+
+    void takeAtoms() {
+        std::size_t balls = 0;
+        std::size_t dots = 0;
+        for (const bool counting : {true, false}) {
+            if (!counting) {
+                m_scene.balls.reserve(balls);
+                m_scene.dots.reserve(dots);
+            }
+            const std::size_t count = m_contents.atomCount();
+            for (std::size_t i = 0; i != count; ++i) {
+                const Style style = m_styles.atoms[i];
+                if (style == Style::None ||
+                    ((style == Style::Stick || style == Style::Line) && m_isBonded[i]))
+                    continue;
+                const bool isDot = style == Style::Dot || style == Style::Line;
+                if (counting)
+                    ++(isDot ? dots : balls);
+                else if (isDot)
+                    m_scene.dots.push_back(static_cast<std::uint32_t>(i));
+                else
+                    m_scene.balls.push_back({static_cast<std::uint32_t>(i), radiusOf(i, style)});
+            }
+        }
+    }
+
+    float radiusOf(std::size_t atom, Style style) const {
+        const float radius = vanDerWaalsRadius(m_contents.atomicNumbers[atom]);
+        return style == Style::Sphere         ? radius
+               : style == Style::BallAndStick ? ballPart * radius
+                                              : std::max(loneAtomPart * radius, stickRadius);
+    }
+
+    const Contents& m_contents;
+    const Marks& m_marks;
+    const Styles& m_styles;
+    Scene& m_scene;
+    std::vector<bool> m_isBonded; ///< atoms that a stick or a line is drawn of
+};
+
+// Whether an atom is drawn: by itself, or as one of the backbone that a ribbon goes along.
+template <class Use>
+void forDrawnAtoms(const Contents& contents, const Marks& marks, const Styles& styles, Use use) {
+    for (std::size_t residue = 0; residue != contents.residues.size(); ++residue) {
+        const bool isRibbon = styles.ribbon[residue];
+        const std::uint32_t end = contents.atomEnd(residue);
+        for (std::uint32_t i = contents.residues[residue].firstAtom; i != end; ++i)
+            if (styles.atoms[i] != Style::None ||
+                (isRibbon && marks.shown[i] && contents.roles[i] != Role::None))
+                use(i);
+    }
+}
+
+} // namespace
+
+SceneMaker::SceneMaker() = default;
+SceneMaker::~SceneMaker() = default;
+
+std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const Look& look) {
+    if (m_scene && m_snapshot.contents == snapshot.contents && m_snapshot.marks == snapshot.marks &&
+        m_look == look)
+        return m_scene;
+    // What is not used by a picture any more goes before the next scene comes.
+    m_scene = nullptr;
+    m_dots = nullptr;
+    m_snapshot = snapshot;
+    m_look = look;
+    m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
+    auto scene = std::make_shared<Scene>();
+    Making(*snapshot.contents, *snapshot.marks, m_styles, *scene).run();
+    m_scene = std::move(scene);
+    return m_scene;
+}
+
+std::shared_ptr<const Scene> SceneMaker::dots() {
+    if (m_dots || !m_scene)
+        return m_dots;
+    const Contents& contents = *m_snapshot.contents;
+    const Marks& marks = *m_snapshot.marks;
+    std::size_t count = 0;
+    forDrawnAtoms(contents, marks, m_styles, [&](std::uint32_t) { ++count; });
+    const std::size_t step = count / dotsWhileMoving + 1;
+    auto scene = std::make_shared<Scene>();
+    std::size_t passed = 0;
+    forDrawnAtoms(contents, marks, m_styles, [&](std::uint32_t i) {
+        if (passed++ % step != 0)
+            return;
+        scene->dots.push_back(static_cast<std::uint32_t>(scene->points.size()));
+        scene->points.push_back(contents.positions[i]);
+        scene->colours.push_back(marks.colours[i]);
+        scene->ids.push_back(idOf(i));
+    });
+    m_dots = std::move(scene);
+    return m_dots;
+}
+
+std::vector<Point> drawnPoints(const Snapshot& snapshot, const Look& look) {
+    const Contents& contents = *snapshot.contents;
+    const Marks& marks = *snapshot.marks;
+    const Styles styles = chooseStyles(contents, marks, look);
+    std::vector<Point> points;
+    forDrawnAtoms(contents, marks, styles,
+                  [&](std::uint32_t i) { points.push_back(contents.positions[i]); });
+    for (const Shape& shape : contents.shapes) {
+        if (!marks.shown[shape.item])
+            continue;
+        points.insert(points.end(), shape.line.begin(), shape.line.end());
+        if (shape.mesh)
+            points.insert(points.end(), shape.mesh->vertices.begin(), shape.mesh->vertices.end());
+    }
+    return points;
+}
+
+} // namespace view

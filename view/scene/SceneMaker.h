@@ -1,0 +1,40 @@
+// From what was read of the data to what is drawn.
+#pragma once
+
+#include "Contents.h"
+#include "Look.h"
+#include "Styles.h"
+#include "render/Scene.h"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace view {
+
+/// Makes scenes, and keeps what the next one can use again. For one thread at a time.
+class SceneMaker {
+public:
+    SceneMaker();
+    ~SceneMaker();
+
+    /// Everything that is shown, with the ids of idOf(). The same as before, if nothing changed.
+    std::shared_ptr<const Scene> scene(const Snapshot& snapshot, const Look& look);
+    /// A scene of dots that stands for the last scene() while it moves: of at most
+    /// `dotsWhileMoving` points, so that some atoms of large scenes have none.
+    std::shared_ptr<const Scene> dots();
+
+    static constexpr std::size_t dotsWhileMoving = 400'000;
+
+private:
+    Snapshot m_snapshot;
+    Look m_look;
+    Styles m_styles;
+    std::shared_ptr<const Scene> m_scene;
+    std::shared_ptr<const Scene> m_dots;
+};
+
+/// The points of all that the view draws of a snapshot, as a camera is fitted to them.
+std::vector<Point> drawnPoints(const Snapshot& snapshot, const Look& look);
+
+} // namespace view
