@@ -18,6 +18,8 @@ void selectBelow(Holder& holder, bool on) {
     Compound** const last = holder.childEnd();
     for (Compound** child = holder.childBegin(); child != last; ++child) {
         HostItem& record = HostItem::of(*child);
+        // Items made one after another lie so in memory.
+        __builtin_prefetch(reinterpret_cast<const char*>(&record) + 1024, 1);
         if (record.isHolder() && record.asHolder().sum.leaves > 0)
             selectBelow(record.asHolder(), on);
         else if (record.has(HostItem::Selected) != on && !listsMembers(record))

@@ -56,8 +56,26 @@ void Vuxo::hideUnselected(TAVIK::Compound* root, const char* slot) {
         Refusal::Report, slot);
 }
 
+namespace {
+
+template <class Change> void forSelectedBelow(TAVIK::Compound* item, const Change& change) {
+    TAVIK::Compound** const end = item->ChildEnd();
+    for (TAVIK::Compound** child = item->ChildBegin(); child != end; ++child) {
+        if (!*child || !(*child)->IsSelected())
+            continue;
+        change(*child);
+        forSelectedBelow(*child, change);
+    }
+}
+
+} // namespace
+
 template <class Change> TAVIK::Changed Vuxo::forSelectedRows(Change apply) const {
     TAVIK::Changed changed;
+    const auto change = [&](TAVIK::Compound* item) {
+        apply(item);
+        changed.addOfAnyKind(item);
+    };
     // Rows that are in step give the answers of their items, in less time.
     const bool inStep = m_Tree->isInStep();
     for (TreeItemIterator at(m_Tree); const TreeItem* row = at.current();) {
@@ -66,11 +84,16 @@ template <class Change> TAVIK::Changed Vuxo::forSelectedRows(Change apply) const
             continue;
         }
         TAVIK::Compound* const item = row->compound();
-        if (item && (inStep ? row->isSelectedAsMarked() : item->IsSelected())) {
-            apply(item);
-            changed.addOfAnyKind(item);
+        const bool isSelected = item && (inStep ? row->isSelectedAsMarked() : item->IsSelected());
+        if (isSelected)
+            change(item);
+        // All below a selected item is in the data, where it takes less memory to be read.
+        if (isSelected && inStep && !row->holdsSets()) {
+            forSelectedBelow(item, change);
+            at.skipBelow();
+        } else {
+            ++at;
         }
-        ++at;
     }
     return changed.count() == 0 ? TAVIK::Changed("item") : changed;
 }
