@@ -1,0 +1,37 @@
+// Drawing spheres into a tile.
+#pragma once
+
+#include "FrontToBack.h"
+#include "Tile.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace view {
+
+/// Spheres with a smaller radius show no shape. The sample that holds the centre always shows
+/// the sphere, so that atoms are there at any distance. Samples.
+inline constexpr float leastRound = 0.70711F;
+
+/// Where a sphere is; nowhere when its radius is not positive or larger than any structure.
+Extent ballExtent(const Frame& frame, std::size_t ball);
+
+/// Keeps its memory from one tile to the next.
+class BallPainter {
+public:
+    void draw(Tile& tile, const Frame& frame, const Bins& balls, std::size_t tileIndex);
+
+private:
+    struct Seen {
+        Place centre;
+        float radius; ///< samples
+        Number number;
+    };
+    static Seen seen(const Frame& frame, std::uint32_t ball);
+    static void drawOne(Tile& tile, const Frame& frame, const Seen& ball);
+
+    std::vector<Seen> m_balls;
+    FrontToBack m_order;
+};
+
+} // namespace view

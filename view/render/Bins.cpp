@@ -1,0 +1,73 @@
+#include "Bins.h"
+
+#include <cmath>
+
+namespace view {
+
+namespace {
+
+constexpr std::size_t thingsAPart = 1 << 15;
+constexpr std::size_t mostParts = 32;
+
+/// The tile of a coordinate, at most `last`; 0 for what is left of the picture.
+int tileOf(float coordinate, int last) {
+    const float tile = coordinate / tileSide;
+    if (!(tile > 0))
+        return 0;
+    return tile < static_cast<float>(last) ? static_cast<int>(tile) : last;
+}
+
+std::size_t tilesAlong(int samples) {
+    return (static_cast<std::size_t>(samples) + tileSide - 1) / tileSide;
+}
+
+} // namespace
+
+Bins::TileRange Bins::tilesAt(const Frame& frame, const Extent& extent) {
+    const int lastColumn = (frame.width - 1) / tileSide;
+    const int lastRow = (frame.height - 1) / tileSide;
+    return {tileOf(extent.left, lastColumn), tileOf(extent.right, lastColumn),
+            tileOf(extent.top, lastRow), tileOf(extent.bottom, lastRow)};
+}
+
+void Bins::start(const Frame& frame, std::size_t count) {
+    m_count = count;
+    m_columns = tilesAlong(frame.width);
+    m_tiles = m_columns * tilesAlong(frame.height);
+    // The number of parts follows from that of things alone, as the order of the large ones may not
+    // depend on the number of threads.
+    m_parts.resize(std::min(mostParts, (count + thingsAPart - 1) / thingsAPart));
+    for (Part& part : m_parts)
+        part.large.clear();
+    m_large.clear();
+}
+
+void Bins::mergeParts(Frame& frame) {
+    std::vector<std::pair<float, std::uint32_t>> large;
+    for (const Part& part : m_parts) {
+        frame.nearZ = std::max(frame.nearZ, part.nearZ);
+        frame.farZ = std::min(frame.farZ, part.farZ);
+        large.insert(large.end(), part.large.begin(), part.large.end());
+    }
+    std::sort(large.begin(), large.end(), [](const auto& a, const auto& b) {
+        return a.first != b.first ? a.first > b.first : a.second < b.second;
+    });
+    for (const auto& [front, thing] : large)
+        m_large.push_back(thing);
+}
+
+void Bins::placeEntries() {
+    m_starts.resize(m_tiles + 1);
+    std::size_t total = 0;
+    for (std::size_t tile = 0; tile < m_tiles; ++tile) {
+        m_starts[tile] = total;
+        std::uint32_t inTile = 0;
+        for (Part& part : m_parts)
+            inTile += std::exchange(part.counts[tile], inTile);
+        total += inTile;
+    }
+    m_starts[m_tiles] = total;
+    m_entries.resize(total);
+}
+
+} // namespace view

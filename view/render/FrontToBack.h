@@ -1,0 +1,41 @@
+// Goes through things roughly from the nearest to the farthest, so that most of what is hidden need
+// not be drawn.
+#pragma once
+
+#include "Tile.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace view {
+
+/// Keeps its memory from one use to the next.
+class FrontToBack {
+public:
+    /// z of each thing's nearest point, to be filled by the caller; no NaN.
+    std::vector<float> fronts;
+
+    /// Calls draw(index) for all things, nearest first but for those that are about equally near,
+    /// until the tile hides the rest.
+    template <class Draw> void draw(Tile& tile, const Draw& draw) {
+        sort();
+        for (std::size_t bucket = 0; bucket + 1 < m_starts.size(); ++bucket) {
+            for (std::uint32_t i = m_starts[bucket]; i < m_starts[bucket + 1]; ++i)
+                draw(m_order[i]);
+            // Whatever follows is farther away than anything in this bucket.
+            if (m_starts[bucket] < m_starts[bucket + 1] &&
+                tile.hides(fronts[m_order[m_starts[bucket]]]))
+                return;
+        }
+    }
+
+private:
+    void sort();
+
+    std::vector<std::uint32_t> m_order;
+    std::vector<std::uint32_t> m_starts; ///< of the buckets in `m_order`, and its end
+    std::vector<std::uint16_t> m_buckets;
+};
+
+} // namespace view

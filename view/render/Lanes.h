@@ -1,0 +1,75 @@
+// Four numbers that are calculated with at once. Every operation is exact by IEEE 754, so that the
+// results are the same on every machine.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace view {
+
+using Floats = float __attribute__((vector_size(16)));
+/// Also the result of a comparison: -1 in a lane where it holds, else 0.
+using Ints = std::int32_t __attribute__((vector_size(16)));
+
+inline Floats all(float x) {
+    return Floats{x, x, x, x};
+}
+inline Ints all(std::int32_t x) {
+    return Ints{x, x, x, x};
+}
+
+inline Floats load(const float* from) {
+    Floats x;
+    std::memcpy(&x, from, sizeof x);
+    return x;
+}
+inline Ints load(const std::int32_t* from) {
+    Ints x;
+    std::memcpy(&x, from, sizeof x);
+    return x;
+}
+inline void store(float* to, Floats x) {
+    std::memcpy(to, &x, sizeof x);
+}
+inline void store(std::int32_t* to, Ints x) {
+    std::memcpy(to, &x, sizeof x);
+}
+
+/// `yes` in the lanes where `mask` is -1, `no` where it is 0.
+inline Ints select(Ints mask, Ints yes, Ints no) {
+    return (mask & yes) | (~mask & no);
+}
+inline Floats select(Ints mask, Floats yes, Floats no) {
+    return Floats(select(mask, Ints(yes), Ints(no)));
+}
+
+/// `b` where a lane of `a` is NaN.
+inline Floats larger(Floats a, Floats b) {
+    return select(a > b, a, b);
+}
+inline Floats smaller(Floats a, Floats b) {
+    return select(a < b, a, b);
+}
+
+inline Floats squareRoot(Floats x) {
+#ifdef __SSE2__
+    return _mm_sqrt_ps(x);
+#else
+    return Floats{std::sqrt(x[0]), std::sqrt(x[1]), std::sqrt(x[2]), std::sqrt(x[3])};
+#endif
+}
+
+inline bool isAny(Ints mask) {
+#ifdef __SSE2__
+    return _mm_movemask_ps(__m128(Floats(mask))) != 0;
+#else
+    return (mask[0] | mask[1] | mask[2] | mask[3]) != 0;
+#endif
+}
+
+} // namespace view

@@ -1,0 +1,188 @@
+#include "Renderer.h"
+
+#include "Balls.h"
+#include "Bins.h"
+#include "Frame.h"
+#include "Shading.h"
+#include "Tile.h"
+#include "Workers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <new>
+
+namespace view {
+
+namespace {
+
+/// What a thread needs to draw a tile.
+struct Brush {
+    Tile tile;
+    TileColours colours;
+    BallPainter balls;
+};
+
+/// A picture's memory as it is written.
+struct Canvas {
+    std::uint32_t* image;
+    std::size_t stride; ///< pixels from one row to the next
+    Id* ids;
+    float* depths;
+    std::size_t width;
+};
+
+Picture blank(Picture used, const Settings& settings) {
+    const QSize size(settings.width, settings.height);
+    if (used.image.size() != size || used.image.format() != QImage::Format_RGB32)
+        used.image = QImage(size, QImage::Format_RGB32);
+    if (used.image.isNull())
+        throw std::bad_alloc();
+    const auto pixels =
+        static_cast<std::size_t>(settings.width) * static_cast<std::size_t>(settings.height);
+    used.ids.resize(pixels);
+    used.depths.resize(pixels);
+    return used;
+}
+
+/// Writes a tile that has one sample a pixel.
+void writeTile(const Brush& brush, const Frame& frame, const Canvas& canvas) {
+    const Tile& tile = brush.tile;
+    const float pixel = 1 / frame.scale;
+    for (int row = 0; row < tile.height(); ++row) {
+        const auto y = static_cast<std::size_t>(tile.top() + row);
+        const auto left = static_cast<std::size_t>(tile.left());
+        const auto width = static_cast<std::size_t>(tile.width());
+        const std::int32_t* const colours =
+            brush.colours.data() + static_cast<std::ptrdiff_t>(row) * tileSide;
+        std::copy_n(colours, width, canvas.image + y * canvas.stride + left);
+        Id* const ids = canvas.ids + y * canvas.width + left;
+        float* const depths = canvas.depths + y * canvas.width + left;
+        for (std::size_t x = 0; x < width; ++x) {
+            const Number number = tile.numbers(row)[x];
+            ids[x] = number == noNumber ? noId : idOf(frame, number);
+            depths[x] = tile.depths(row)[x] * pixel;
+        }
+    }
+}
+
+/// The mean of four colours, rounded.
+std::uint32_t mean(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t d) {
+    std::uint32_t result = 0xFF000000U;
+    for (const int shift : {0, 8, 16}) {
+        const std::uint32_t sum =
+            (a >> shift & 255U) + (b >> shift & 255U) + (c >> shift & 255U) + (d >> shift & 255U);
+        result |= (sum + 2) / 4 << shift;
+    }
+    return result;
+}
+
+/// Writes a tile that has 2 x 2 samples a pixel.
+void writeSampledTile(const Brush& brush, const Frame& frame, const Canvas& canvas) {
+    const Tile& tile = brush.tile;
+    const float pixel = 1 / frame.scale;
+    for (int row = 0; row < tile.height(); row += 2) {
+        const auto y = static_cast<std::size_t>((tile.top() + row) / 2);
+        for (int column = 0; column < tile.width(); column += 2) {
+            const auto x = static_cast<std::size_t>((tile.left() + column) / 2);
+            float depth = -std::numeric_limits<float>::infinity();
+            Number number = noNumber;
+            std::array<std::uint32_t, 4> colours;
+            for (int sample = 0; sample < 4; ++sample) {
+                const int at = row + sample / 2;
+                const int beside = column + sample % 2;
+                colours[static_cast<std::size_t>(sample)] = static_cast<std::uint32_t>(
+                    brush.colours[static_cast<std::size_t>(at * tileSide + beside)]);
+                const float depthHere = tile.depths(at)[beside];
+                const Number numberHere = tile.numbers(at)[beside];
+                if (depthHere > depth || (depthHere == depth && numberHere < number)) {
+                    depth = depthHere;
+                    number = numberHere;
+                }
+            }
+            canvas.image[y * canvas.stride + x] =
+                mean(colours[0], colours[1], colours[2], colours[3]);
+            canvas.ids[y * canvas.width + x] = number == noNumber ? noId : idOf(frame, number);
+            canvas.depths[y * canvas.width + x] = depth * pixel;
+        }
+    }
+}
+
+} // namespace
+
+struct Renderer::Buffers {
+    explicit Buffers(unsigned threads) : workers(threads), brushes(workers.count()) {}
+
+    bool arrange(const std::stop_token& stop);
+    void drawTile(std::size_t index, Brush& brush) const;
+
+    Workers workers;
+    std::vector<Brush> brushes;
+    Frame frame;
+    Bins balls;
+};
+
+// Puts all things where they are on the screen, and sorts them into tiles.
+bool Renderer::Buffers::arrange(const std::stop_token& stop) {
+    if (!project(frame, workers, stop))
+        return false;
+    frame.nearZ = -std::numeric_limits<float>::infinity();
+    frame.farZ = std::numeric_limits<float>::infinity();
+    const Scene& scene = *frame.scene;
+    frame.stickStart = static_cast<Number>(scene.balls.size());
+    if (!balls.fill(
+            frame, scene.balls.size(), [this](std::size_t i) { return ballExtent(frame, i); },
+            workers, stop))
+        return false;
+    frame.nearZ = std::min(frame.nearZ, frame.front);
+    frame.farZ = std::max(frame.farZ, frame.back);
+    return true;
+}
+
+void Renderer::Buffers::drawTile(std::size_t index, Brush& brush) const {
+    const std::size_t columns = (static_cast<std::size_t>(frame.width) + tileSide - 1) / tileSide;
+    brush.tile.begin(static_cast<int>(index % columns) * tileSide,
+                     static_cast<int>(index / columns) * tileSide, frame.width, frame.height);
+    brush.balls.draw(brush.tile, frame, balls, index);
+}
+
+Renderer::Renderer(unsigned threads) : m_buffers(std::make_unique<Buffers>(threads)) {}
+
+Renderer::~Renderer() = default;
+
+Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings& settings,
+                       const std::stop_token& stop, Picture used) {
+    if (settings.width <= 0 || settings.height <= 0 || !(camera.height > 0) ||
+        !std::isfinite(camera.height))
+        return {};
+    Buffers& buffers = *m_buffers;
+    Frame& frame = buffers.frame;
+    const int samples = settings.samples > 1 ? 2 : 1;
+    frame.scene = &scene;
+    frame.camera = camera;
+    frame.width = settings.width * samples;
+    frame.height = settings.height * samples;
+    Picture picture = blank(std::move(used), settings);
+    if (!buffers.arrange(stop))
+        return {};
+    const Canvas canvas = {reinterpret_cast<std::uint32_t*>(picture.image.bits()),
+                           static_cast<std::size_t>(picture.image.bytesPerLine()) / 4,
+                           picture.ids.data(), picture.depths.data(),
+                           static_cast<std::size_t>(settings.width)};
+    const Look look = {settings.background, std::clamp(settings.depthCue, 0.0F, 1.0F)};
+    const bool isWhole = buffers.workers.run(
+        buffers.balls.tiles(),
+        [&](std::size_t index, std::size_t worker) {
+            Brush& brush = buffers.brushes[worker];
+            buffers.drawTile(index, brush);
+            shade(brush.tile, frame, look, brush.colours);
+            if (samples == 2)
+                writeSampledTile(brush, frame, canvas);
+            else
+                writeTile(brush, frame, canvas);
+        },
+        stop);
+    return isWhole ? std::move(picture) : Picture();
+}
+
+} // namespace view

@@ -1,0 +1,91 @@
+// A square part of the picture while it is drawn: for each sample, how near the nearest thing is
+// that was drawn so far, and which it is.
+#pragma once
+
+#include "Bins.h"
+#include "Lanes.h"
+
+#include <array>
+#include <cstddef>
+
+namespace view {
+
+class Tile {
+public:
+    static constexpr int blockSide = 8;
+    static constexpr int blocksASide = tileSide / blockSide;
+
+    /// Empties the tile and moves it: `left` and `top` are the first sample's place in a picture of
+    /// width x height samples. Nothing is ever drawn beyond the picture.
+    void begin(int left, int top, int width, int height);
+
+    int left() const { return m_left; }
+    int top() const { return m_top; }
+    /// Samples that belong to the picture.
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+
+    /// Row by row, tileSide a row.
+    float* depths(int row) { return m_depths.data() + row * tileSide; }
+    const float* depths(int row) const { return m_depths.data() + row * tileSide; }
+    Number* numbers(int row) { return m_numbers.data() + row * tileSide; }
+    const Number* numbers(int row) const { return m_numbers.data() + row * tileSide; }
+
+    /// Puts a thing into four samples, in those lanes where `mask` says so and it is the nearest.
+    void put(int row, int column, Ints mask, Floats depth, Ints number) {
+        float* const depths = m_depths.data() + row * tileSide + column;
+        Number* const numbers = m_numbers.data() + row * tileSide + column;
+        const Floats depthThere = load(depths);
+        const Ints numberThere = load(numbers);
+        mask &= (depth > depthThere) | ((depth == depthThere) & (number < numberThere));
+        store(depths, select(mask, depth, depthThere));
+        store(numbers, select(mask, number, numberThere));
+    }
+    void put(int row, int column, float depth, Number number) {
+        const auto at = static_cast<std::size_t>(row * tileSide + column);
+        if (depth > m_depths[at] || (depth == m_depths[at] && number < m_numbers[at])) {
+            m_depths[at] = depth;
+            m_numbers[at] = number;
+        }
+    }
+
+    /// Samples in the tile that a thing may touch.
+    struct Range {
+        int left, right, top, bottom; ///< the last ones included
+        bool isEmpty() const { return left > right || top > bottom; }
+    };
+    /// The samples whose centres lie in an extent, and perhaps a few more around it.
+    Range range(const Extent& extent) const;
+
+    /// Whether nothing at or behind `front` can be seen in the range.
+    bool hides(const Range& range, float front) const {
+        for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y)
+            for (int x = range.left / blockSide; x <= range.right / blockSide; ++x)
+                if (!(m_blockDepths[static_cast<std::size_t>(y * blocksASide + x)] > front))
+                    return false;
+        return true;
+    }
+    /// Whether nothing at or behind `front` can be seen in the whole tile.
+    bool hides(float front);
+
+    /// Says that something was drawn in the range, which hides() learns now or later.
+    void touch(const Range& range);
+
+private:
+    void updateBlock(std::size_t block);
+
+    int m_left = 0;
+    int m_top = 0;
+    int m_width = 0;
+    int m_height = 0;
+    float m_depth = 0; ///< of the farthest sample, or less
+    bool m_isDepthOld = false;
+    alignas(16) std::array<float, tileSide * tileSide> m_depths;
+    alignas(16) std::array<Number, tileSide * tileSide> m_numbers;
+    /// Of each block's farthest sample, or less.
+    std::array<float, blocksASide * blocksASide> m_blockDepths;
+    /// Samples that may have been drawn over since.
+    std::array<int, blocksASide * blocksASide> m_blockTouches;
+};
+
+} // namespace view
