@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 
 namespace view {
 
 namespace {
 
 constexpr std::size_t pointsAPart = 1 << 16;
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
 bool isPlace(const Point& point) {
     return std::abs(point[0]) <= farthest && std::abs(point[1]) <= farthest &&
@@ -23,7 +25,7 @@ float along(const Point& axis, const Point& from) {
 
 Place Frame::place(const Point& point) const {
     if (!isPlace(point))
-        return {std::numeric_limits<float>::quiet_NaN(), 0, 0};
+        return {nan, nan, nan};
     const Point from = {point[0] - camera.centre[0], point[1] - camera.centre[1],
                         point[2] - camera.centre[2]};
     return {static_cast<float>(width) * 0.5F + along(camera.axes[0], from) * scale,
@@ -31,20 +33,57 @@ Place Frame::place(const Point& point) const {
             along(camera.axes[2], from) * scale};
 }
 
-bool project(Frame& frame, Workers& workers, const std::stop_token& stop) {
-    frame.scale = static_cast<float>(frame.height / frame.camera.height);
-    frame.front = static_cast<float>(frame.camera.front * frame.scale);
-    frame.back = static_cast<float>(frame.camera.back * frame.scale);
-    const std::vector<Point>& points = frame.scene->points;
-    frame.points.resize(points.size());
-    return workers.run((points.size() + pointsAPart - 1) / pointsAPart,
+// Each point is placed for itself, so that the parts need not be the same in every run.
+bool Frame::placeAll(const std::vector<Point>& from, Place* to, Workers& workers,
+                     const std::stop_token& stop) const {
+    return workers.run((from.size() + pointsAPart - 1) / pointsAPart,
                        [&](std::size_t part, std::size_t) {
-                           const std::size_t end =
-                               std::min(points.size(), (part + 1) * pointsAPart);
+                           const std::size_t end = std::min(from.size(), (part + 1) * pointsAPart);
                            for (std::size_t i = part * pointsAPart; i < end; ++i)
-                               frame.points[i] = frame.place(points[i]);
+                               to[i] = place(from[i]);
                        },
                        stop);
+}
+
+bool Frame::project(Workers& workers, const std::stop_token& stop) {
+    scale = static_cast<float>(height / camera.height);
+    front = static_cast<float>(camera.front * static_cast<double>(scale));
+    back = static_cast<float>(camera.back * static_cast<double>(scale));
+
+    std::size_t number = scene->balls.size();
+    const auto count = [&number](Number& start, std::size_t things) {
+        start = static_cast<Number>(number);
+        number += things;
+    };
+    count(stickStart, 2 * scene->sticks.size());
+    count(lineStart, 2 * scene->lines.size());
+    count(dotStart, scene->dots.size());
+    triangleStart = static_cast<Number>(number);
+    meshes.clear();
+    std::size_t vertexCount = 0;
+    for (const std::shared_ptr<const Mesh>& mesh : scene->meshes) {
+        meshes.push_back({mesh.get(), static_cast<Number>(number), vertexCount});
+        number += mesh->triangles.size();
+        vertexCount += mesh->vertices.size();
+    }
+    if (number >= static_cast<std::size_t>(noNumber))
+        throw std::length_error("too many things in a scene");
+    triangleCount = number - static_cast<std::size_t>(triangleStart);
+
+    points.resize(scene->points.size());
+    vertices.resize(vertexCount);
+    if (!placeAll(scene->points, points.data(), workers, stop))
+        return false;
+    return std::all_of(meshes.begin(), meshes.end(), [&](const PlacedMesh& mesh) {
+        return placeAll(mesh.mesh->vertices, vertices.data() + mesh.firstVertex, workers, stop);
+    });
+}
+
+const PlacedMesh& Frame::meshOf(Number triangle) const {
+    const auto after =
+        std::upper_bound(meshes.begin(), meshes.end(), triangle,
+                         [](Number number, const PlacedMesh& mesh) { return number < mesh.start; });
+    return *(after - 1);
 }
 
 } // namespace view

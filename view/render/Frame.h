@@ -15,7 +15,7 @@ namespace view {
 /// the viewer from the camera's centre. A pixel has one sample, or 2 x 2. Sample (i, j) is taken at
 /// (i + 0.5, j + 0.5).
 struct Place {
-    float x; ///< NaN when the point cannot be drawn
+    float x; ///< NaN, like the others, when the point cannot be drawn
     float y;
     float z;
 };
@@ -26,33 +26,49 @@ struct Place {
 using Number = std::int32_t;
 inline constexpr Number noNumber = 0x7FFFFFFF;
 
+/// A mesh of the scene, and where its triangles and vertices are among those of all meshes.
+struct PlacedMesh {
+    const Mesh* mesh;
+    Number start; ///< the first triangle's number
+    std::size_t firstVertex;
+};
+
 struct Frame {
     const Scene* scene = nullptr;
     Camera camera;
     int width = 0;      ///< samples
     int height = 0;     ///< samples
-    float scale = 1;    ///< samples an Å
-    float front = 0;    ///< z of the planes that cut the scene, in samples
-    float back = 0;     ///< likewise
     float lineHalf = 1; ///< half the width of a line, in samples
     float dotHalf = 1;  ///< half the width of a dot, in samples
 
-    std::vector<Place> points; ///< of the scene's points
-    Number stickStart = 0;     ///< the first stick's number
+    // What follows is derived from the above.
+    float scale = 1;       ///< samples an Å
+    float front = 0;       ///< z of the planes that cut the scene, in samples
+    float back = 0;        ///< likewise
+    Number stickStart = 0; ///< the first stick's number
     Number lineStart = 0;
     Number dotStart = 0;
     Number triangleStart = 0;
+    std::size_t triangleCount = 0;
+    std::vector<Place> points; ///< of the scene's points
+    std::vector<PlacedMesh> meshes;
+    std::vector<Place> vertices; ///< of all meshes
     /// z of the nearest and the farthest of what lies between the planes, in samples, whether or
     /// not the picture shows it.
     float nearZ = 0;
     float farZ = 0;
 
-    /// Where a point is; x is NaN when it is no place.
+    /// Counts the things of the scene and places its points and vertices. Returns false after a
+    /// stop request. Throws std::length_error for more things than there are numbers.
+    bool project(Workers& workers, const std::stop_token& stop);
+    /// Where a point is; NaN when it is no place.
     Place place(const Point& point) const;
-};
+    /// The mesh that has a triangle.
+    const PlacedMesh& meshOf(Number triangle) const;
 
-/// Fills in what depends on the camera and the size of the picture, and `points`. `samples` is 1 or
-/// 2, a pixel's samples a side. Returns false after a stop request.
-bool project(Frame& frame, Workers& workers, const std::stop_token& stop);
+private:
+    bool placeAll(const std::vector<Point>& from, Place* to, Workers& workers,
+                  const std::stop_token& stop) const;
+};
 
 } // namespace view

@@ -30,6 +30,22 @@ public:
         }
     }
 
+    /// Draws the things of a tile: front(thing) is z of its nearest point, draw(thing) draws it.
+    template <class Front, class Draw>
+    void draw(Tile& tile, const Bins& bins, std::size_t tileIndex, const Front& front,
+              const Draw& draw) {
+        for (const std::uint32_t thing : bins.large()) {
+            if (tile.hides(front(thing)))
+                break;
+            draw(thing);
+        }
+        const std::span<const std::uint32_t> things = bins.inTile(tileIndex);
+        fronts.clear();
+        for (const std::uint32_t thing : things)
+            fronts.push_back(front(thing));
+        this->draw(tile, [&](std::uint32_t index) { draw(things[index]); });
+    }
+
 private:
     void sort();
 

@@ -3,8 +3,11 @@
 #include "Balls.h"
 #include "Bins.h"
 #include "Frame.h"
+#include "Lines.h"
 #include "Shading.h"
+#include "Sticks.h"
 #include "Tile.h"
+#include "Triangles.h"
 #include "Workers.h"
 
 #include <algorithm>
@@ -21,6 +24,7 @@ struct Brush {
     Tile tile;
     TileColours colours;
     BallPainter balls;
+    FrontToBack order;
 };
 
 /// A picture's memory as it is written.
@@ -31,6 +35,12 @@ struct Canvas {
     float* depths;
     std::size_t width;
 };
+
+/// Half of a width in pixels, in samples.
+float halfWidth(float width, int samples) {
+    const float pixels = std::clamp(width, 1.0F, 1000.0F);
+    return (std::isnan(pixels) ? 1 : pixels) * static_cast<float>(samples) / 2;
+}
 
 Picture blank(Picture used, const Settings& settings) {
     const QSize size(settings.width, settings.height);
@@ -120,19 +130,28 @@ struct Renderer::Buffers {
     std::vector<Brush> brushes;
     Frame frame;
     Bins balls;
+    Bins sticks;
+    Bins lines;
+    Bins dots;
+    Bins triangles;
 };
 
 // Puts all things where they are on the screen, and sorts them into tiles.
 bool Renderer::Buffers::arrange(const std::stop_token& stop) {
-    if (!project(frame, workers, stop))
+    if (!frame.project(workers, stop))
         return false;
     frame.nearZ = -std::numeric_limits<float>::infinity();
     frame.farZ = std::numeric_limits<float>::infinity();
+    const auto sort = [&](Bins& bins, std::size_t count,
+                          Extent (*extent)(const Frame&, std::size_t)) {
+        return bins.fill(
+            frame, count, [&](std::size_t i) { return extent(frame, i); }, workers, stop);
+    };
     const Scene& scene = *frame.scene;
-    frame.stickStart = static_cast<Number>(scene.balls.size());
-    if (!balls.fill(
-            frame, scene.balls.size(), [this](std::size_t i) { return ballExtent(frame, i); },
-            workers, stop))
+    if (!sort(balls, scene.balls.size(), ballExtent) ||
+        !sort(sticks, scene.sticks.size(), stickExtent) ||
+        !sort(lines, scene.lines.size(), lineExtent) || !sort(dots, scene.dots.size(), dotExtent) ||
+        !sort(triangles, frame.triangleCount, triangleExtent))
         return false;
     frame.nearZ = std::min(frame.nearZ, frame.front);
     frame.farZ = std::max(frame.farZ, frame.back);
@@ -144,6 +163,10 @@ void Renderer::Buffers::drawTile(std::size_t index, Brush& brush) const {
     brush.tile.begin(static_cast<int>(index % columns) * tileSide,
                      static_cast<int>(index / columns) * tileSide, frame.width, frame.height);
     brush.balls.draw(brush.tile, frame, balls, index);
+    drawSticks(brush.tile, frame, sticks, index, brush.order);
+    drawTriangles(brush.tile, frame, triangles, index, brush.order);
+    drawLines(brush.tile, frame, lines, index, brush.order);
+    drawDots(brush.tile, frame, dots, index, brush.order);
 }
 
 Renderer::Renderer(unsigned threads) : m_buffers(std::make_unique<Buffers>(threads)) {}
@@ -162,6 +185,8 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
     frame.camera = camera;
     frame.width = settings.width * samples;
     frame.height = settings.height * samples;
+    frame.lineHalf = halfWidth(settings.lineWidth, samples);
+    frame.dotHalf = halfWidth(settings.dotSize, samples);
     Picture picture = blank(std::move(used), settings);
     if (!buffers.arrange(stop))
         return {};

@@ -1,8 +1,10 @@
 #include "Shading.h"
 
 #include "Balls.h"
+#include "Triangles.h"
 
 #include <cmath>
+#include <utility>
 
 namespace view {
 
@@ -15,15 +17,23 @@ struct Surface {
     Ints isFlat;
 };
 
-/// In one sample.
-struct Spot {
-    float x, y, z;
-    Colour colour;
-    bool isFlat;
-};
-
 std::int32_t plain(Colour colour) {
     return static_cast<std::int32_t>(colour);
+}
+
+/// The point whose colour and id a ball, a half of a stick or of a line, or a dot has.
+std::uint32_t pointOf(const Frame& frame, Number number) {
+    const auto end = [](const std::vector<Segment>& segments, Number half) {
+        const Segment& segment = segments[static_cast<std::size_t>(half / 2)];
+        return half % 2 == 0 ? segment.from : segment.to;
+    };
+    if (number < frame.stickStart)
+        return frame.scene->balls[static_cast<std::size_t>(number)].point;
+    if (number < frame.lineStart)
+        return end(frame.scene->sticks, number - frame.stickStart);
+    if (number < frame.dotStart)
+        return end(frame.scene->lines, number - frame.lineStart);
+    return frame.scene->dots[static_cast<std::size_t>(number - frame.dotStart)];
 }
 
 Surface ballSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
@@ -51,25 +61,89 @@ Surface ballSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats
             all(0)};
 }
 
-Spot spotOf(const Frame& frame, Number number, float x, float y, float depth) {
-    if (number < frame.stickStart) {
-        const Surface ball = ballSurface(frame, all(number), all(x), all(y), all(depth));
-        return {ball.x[0], ball.y[0], ball.z[0], static_cast<Colour>(ball.colour[0]), false};
-    }
-    return {0, 0, 1, 0, true};
+Surface stickSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
+    const Scene& scene = *frame.scene;
+    const auto lane = [&](int i) {
+        const Number number = numbers[i] - frame.stickStart;
+        const Segment& stick = scene.sticks[static_cast<std::size_t>(number / 2)];
+        return std::pair(stick, number % 2 == 0 ? stick.from : stick.to);
+    };
+    const std::array<std::pair<Segment, std::uint32_t>, 4> ends = {lane(0), lane(1), lane(2),
+                                                                   lane(3)};
+    const auto at = [&](std::size_t i) -> const Place& { return frame.points[ends[i].first.from]; };
+    const auto to = [&](std::size_t i) -> const Place& { return frame.points[ends[i].first.to]; };
+    const Floats fromX = {at(0).x, at(1).x, at(2).x, at(3).x};
+    const Floats fromY = {at(0).y, at(1).y, at(2).y, at(3).y};
+    const Floats fromZ = {at(0).z, at(1).z, at(2).z, at(3).z};
+    const Floats axisX = Floats{to(0).x, to(1).x, to(2).x, to(3).x} - fromX;
+    const Floats axisY = Floats{to(0).y, to(1).y, to(2).y, to(3).y} - fromY;
+    const Floats axisZ = Floats{to(0).z, to(1).z, to(2).z, to(3).z} - fromZ;
+    const Floats squaredLength = axisX * axisX + axisY * axisY + axisZ * axisZ;
+    Floats dx = x - fromX;
+    Floats dy = y - fromY;
+    Floats dz = depth - fromZ;
+    // From the nearest point of the axis.
+    const Floats place = (dx * axisX + dy * axisY + dz * axisZ) / squaredLength;
+    const Floats t = smaller(larger(place, all(0.0F)), all(1.0F));
+    dx -= t * axisX;
+    dy -= t * axisY;
+    dz -= t * axisZ;
+    const Floats squared = dx * dx + dy * dy + dz * dz;
+    const Ints isFacing = (depth == all(frame.front)) | ~(squared > all(0.0F));
+    const Floats inverse = all(1.0F) / squareRoot(squared);
+    return {select(isFacing, all(0.0F), dx * inverse), select(isFacing, all(0.0F), -dy * inverse),
+            select(isFacing, all(1.0F), dz * inverse),
+            Ints{plain(scene.colours[ends[0].second]), plain(scene.colours[ends[1].second]),
+                 plain(scene.colours[ends[2].second]), plain(scene.colours[ends[3].second])},
+            all(0)};
 }
 
-/// Four samples, some of which may be empty.
+/// Lines and dots.
+Surface flatSurface(const Frame& frame, Ints numbers) {
+    const auto colour = [&](int i) {
+        return plain(frame.scene->colours[pointOf(frame, numbers[i])]);
+    };
+    return {all(0.0F), all(0.0F), all(1.0F), Ints{colour(0), colour(1), colour(2), colour(3)},
+            all(-1)};
+}
+
+Surface triangleSurface(const Frame& frame, Ints numbers, Floats x, Floats y) {
+    const auto point = [&](int i) { return trianglePoint(frame, numbers[i], x[i], y[i]); };
+    const std::array<TrianglePoint, 4> points = {point(0), point(1), point(2), point(3)};
+    const auto& [a, b, c, d] = points;
+    return {Floats{a.normal[0], b.normal[0], c.normal[0], d.normal[0]},
+            Floats{a.normal[1], b.normal[1], c.normal[1], d.normal[1]},
+            Floats{a.normal[2], b.normal[2], c.normal[2], d.normal[2]},
+            Ints{plain(a.colour), plain(b.colour), plain(c.colour), plain(d.colour)}, all(0)};
+}
+
+/// Four samples that show things of several kinds, or nothing.
 Surface mixedSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
-    std::array<Spot, 4> spots;
-    for (std::size_t lane = 0; lane < spots.size(); ++lane)
-        spots[lane] = numbers[lane] == noNumber
-                          ? Spot{0, 0, 1, 0, true}
-                          : spotOf(frame, numbers[lane], x[lane], y[lane], depth[lane]);
-    const auto& [a, b, c, d] = spots;
-    return {Floats{a.x, b.x, c.x, d.x}, Floats{a.y, b.y, c.y, d.y}, Floats{a.z, b.z, c.z, d.z},
-            Ints{plain(a.colour), plain(b.colour), plain(c.colour), plain(d.colour)},
-            Ints{-a.isFlat, -b.isFlat, -c.isFlat, -d.isFlat}};
+    Surface surface = {all(0.0F), all(0.0F), all(1.0F), all(0), all(-1)};
+    // Lanes of other kinds are calculated as copies of the first lane of the kind.
+    const auto add = [&](Number start, Number end, const auto& surfaceOf) {
+        const Ints mask = (numbers >= all(start)) & (numbers < all(end));
+        if (!isAny(mask))
+            return;
+        int lane = 0;
+        while (mask[lane] == 0)
+            ++lane;
+        const Surface own =
+            surfaceOf(select(mask, numbers, all(numbers[lane])), select(mask, x, all(x[lane])),
+                      select(mask, y, all(y[lane])), select(mask, depth, all(depth[lane])));
+        surface = {select(mask, own.x, surface.x), select(mask, own.y, surface.y),
+                   select(mask, own.z, surface.z), select(mask, own.colour, surface.colour),
+                   select(mask, own.isFlat, surface.isFlat)};
+    };
+    add(0, frame.stickStart,
+        [&](Ints n, Floats a, Floats b, Floats z) { return ballSurface(frame, n, a, b, z); });
+    add(frame.stickStart, frame.lineStart,
+        [&](Ints n, Floats a, Floats b, Floats z) { return stickSurface(frame, n, a, b, z); });
+    add(frame.lineStart, frame.triangleStart,
+        [&](Ints n, Floats, Floats, Floats) { return flatSurface(frame, n); });
+    add(frame.triangleStart, noNumber,
+        [&](Ints n, Floats a, Floats b, Floats) { return triangleSurface(frame, n, a, b); });
+    return surface;
 }
 
 /// The cosine of the angle to a light, 0 on the side that is turned away.
@@ -158,9 +232,11 @@ void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& 
 }
 
 Id idOf(const Frame& frame, Number number) {
-    if (number < frame.stickStart)
-        return frame.scene->ids[frame.scene->balls[static_cast<std::size_t>(number)].point];
-    return noId;
+    if (number < frame.triangleStart)
+        return frame.scene->ids[pointOf(frame, number)];
+    const PlacedMesh& placed = frame.meshOf(number);
+    const std::vector<Id>& ids = placed.mesh->ids;
+    return ids[ids.size() == 1 ? 0 : static_cast<std::size_t>(number - placed.start)];
 }
 
 } // namespace view

@@ -32,7 +32,7 @@ using TileColours = std::array<std::int32_t, tileSide * tileSide>;
 
 void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& colours);
 
-/// What a number stands for, and its colour where that does not change from point to point.
+/// What the thing with a number is.
 Id idOf(const Frame& frame, Number number);
 
 } // namespace view

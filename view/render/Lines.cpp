@@ -1,0 +1,118 @@
+#include "Lines.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace view {
+
+namespace {
+
+/// Calls use(row, column, x, y) for groups of four samples that cover a range; x and y are where
+/// they are on the screen.
+template <class Use> void eachGroup(const Tile& tile, const Tile::Range& range, const Use& use) {
+    const int first = range.left & ~3;
+    const float left = static_cast<float>(tile.left() + first) + 0.5F;
+    for (int row = range.top; row <= range.bottom; ++row) {
+        const float y = static_cast<float>(tile.top() + row) + 0.5F;
+        Floats x = {left, left + 1, left + 2, left + 3};
+        for (int column = first; column <= range.right; column += 4, x += all(4.0F))
+            use(row, column, x, y);
+    }
+}
+
+Ints isBetweenPlanes(const Frame& frame, Floats depth) {
+    return (depth >= all(frame.back)) & (depth <= all(frame.front));
+}
+
+// A sample is on the line when its distance on the screen is at most half the width.
+void drawLine(Tile& tile, const Frame& frame, std::uint32_t index) {
+    const Extent extent = lineExtent(frame, index);
+    const Tile::Range range = tile.range(extent);
+    if (range.isEmpty() || tile.hides(range, extent.front))
+        return;
+    const Segment& segment = frame.scene->lines[index];
+    const Place& from = frame.points[segment.from];
+    const Place& to = frame.points[segment.to];
+    const float dx = to.x - from.x;
+    const float dy = to.y - from.y;
+    const float dz = to.z - from.z;
+    const float squaredLength = dx * dx + dy * dy;
+    // Of a line that is seen end-on, the nearer end.
+    const bool isDot = !(squaredLength > 1e-6F);
+    const float inverse = isDot ? 0 : 1 / squaredLength;
+    const Floats start = all(isDot && dz > 0 ? 1.0F : 0.0F);
+    const Floats squaredHalf = all(frame.lineHalf * frame.lineHalf);
+    const Ints first = all(frame.lineStart + static_cast<Number>(2 * index));
+    eachGroup(tile, range, [&](int row, int column, Floats x, float y) {
+        const Floats fromX = x - all(from.x);
+        const Floats fromY = all(y - from.y);
+        const Floats along = start + (fromX * all(dx) + fromY * all(dy)) * all(inverse);
+        const Floats t = smaller(larger(along, all(0.0F)), all(1.0F));
+        const Floats awayX = fromX - t * all(dx);
+        const Floats awayY = fromY - t * all(dy);
+        const Floats depth = all(from.z) + t * all(dz);
+        const Ints mask =
+            (awayX * awayX + awayY * awayY <= squaredHalf) & isBetweenPlanes(frame, depth);
+        tile.put(row, column, mask, depth, first - (t > all(0.5F)));
+    });
+    tile.touch(range);
+}
+
+void drawDot(Tile& tile, const Frame& frame, std::uint32_t index) {
+    const Extent extent = dotExtent(frame, index);
+    const Tile::Range range = tile.range(extent);
+    if (range.isEmpty() || tile.hides(range, extent.front))
+        return;
+    const Place& centre = frame.points[frame.scene->dots[index]];
+    const Floats squaredHalf = all(frame.dotHalf * frame.dotHalf);
+    const Floats depth = all(centre.z);
+    const Ints number = all(frame.dotStart + static_cast<Number>(index));
+    const Ints isThere = isBetweenPlanes(frame, depth);
+    // The sample that holds the centre, which a small dot may otherwise miss.
+    const float row = std::floor(centre.y) + 0.5F;
+    const float column = std::floor(centre.x) + 0.5F;
+    eachGroup(tile, range, [&](int tileRow, int tileColumn, Floats x, float y) {
+        const Floats dx = x - all(centre.x);
+        const Floats dy = all(y - centre.y);
+        const Ints isCentre = y == row ? x == all(column) : all(0);
+        const Ints mask = ((dx * dx + dy * dy <= squaredHalf) | isCentre) & isThere;
+        tile.put(tileRow, tileColumn, mask, depth, number);
+    });
+    tile.touch(range);
+}
+
+} // namespace
+
+Extent lineExtent(const Frame& frame, std::size_t line) {
+    const auto& [from, to] = frame.scene->lines[line];
+    const Place& a = frame.points[from];
+    const Place& b = frame.points[to];
+    if (std::isnan(a.x) || std::isnan(b.x))
+        return nowhere;
+    const float half = frame.lineHalf;
+    return {std::min(a.x, b.x) - half, std::max(a.x, b.x) + half, std::min(a.y, b.y) - half,
+            std::max(a.y, b.y) + half, std::max(a.z, b.z),        std::min(a.z, b.z)};
+}
+
+// At least a sample's diagonal wide, so that it holds the sample at the centre.
+Extent dotExtent(const Frame& frame, std::size_t dot) {
+    const Place& at = frame.points[frame.scene->dots[dot]];
+    const float half = std::max(frame.dotHalf, 0.70711F);
+    return {at.x - half, at.x + half, at.y - half, at.y + half, at.z, at.z};
+}
+
+void drawLines(Tile& tile, const Frame& frame, const Bins& lines, std::size_t tileIndex,
+               FrontToBack& order) {
+    order.draw(
+        tile, lines, tileIndex, [&](std::uint32_t line) { return lineExtent(frame, line).front; },
+        [&](std::uint32_t line) { drawLine(tile, frame, line); });
+}
+
+void drawDots(Tile& tile, const Frame& frame, const Bins& dots, std::size_t tileIndex,
+              FrontToBack& order) {
+    order.draw(
+        tile, dots, tileIndex, [&](std::uint32_t dot) { return dotExtent(frame, dot).front; },
+        [&](std::uint32_t dot) { drawDot(tile, frame, dot); });
+}
+
+} // namespace view

@@ -1,0 +1,165 @@
+#include "Triangles.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace view {
+
+namespace {
+
+struct Triangle {
+    const PlacedMesh* mesh;
+    std::size_t index; ///< in the mesh
+    std::array<Place, 3> corners;
+};
+
+Triangle triangleOf(const Frame& frame, std::size_t triangle) {
+    const Number number = frame.triangleStart + static_cast<Number>(triangle);
+    const PlacedMesh& mesh = frame.meshOf(number);
+    const auto index = static_cast<std::size_t>(number - mesh.start);
+    const Place* const vertices = frame.vertices.data() + mesh.firstVertex;
+    const auto& [a, b, c] = mesh.mesh->triangles[index];
+    return {&mesh, index, {vertices[a], vertices[b], vertices[c]}};
+}
+
+double twiceArea(const std::array<Place, 3>& corners) {
+    const auto& [a, b, c] = corners;
+    return (double(b.x) - double(a.x)) * (double(c.y) - double(a.y)) -
+           (double(b.y) - double(a.y)) * (double(c.x) - double(a.x));
+}
+
+/// One side of a triangle. Two triangles that share it calculate with the same numbers, so that no
+/// sample falls between them.
+class Edge {
+public:
+    /// `turn` is 1 when the third corner lies to the right of the way on the screen, else -1.
+    Edge(const Place& from, const Place& to, float turn) {
+        const bool isForward = from.x != to.x ? from.x < to.x : from.y < to.y;
+        m_start = isForward ? from : to;
+        const Place& end = isForward ? to : from;
+        m_dx = end.x - m_start.x;
+        m_dy = end.y - m_start.y;
+        m_sign = isForward ? turn : -turn;
+    }
+    /// Not below 0 on the inner side of the edge.
+    Floats inside(Floats x, float y) const {
+        return (all(m_dx * (y - m_start.y)) - all(m_dy) * (x - all(m_start.x))) * all(m_sign);
+    }
+
+private:
+    Place m_start;
+    float m_dx;
+    float m_dy;
+    float m_sign;
+};
+
+void drawTriangle(Tile& tile, const Frame& frame, std::uint32_t triangle) {
+    const Extent extent = triangleExtent(frame, triangle);
+    const Tile::Range range = tile.range(extent);
+    if (range.isEmpty() || tile.hides(range, extent.front))
+        return;
+    const std::array<Place, 3> corners = triangleOf(frame, triangle).corners;
+    const double area = twiceArea(corners);
+    // What is seen from its edge covers no sample.
+    if (!(area != 0))
+        return;
+    const float turn = area > 0 ? 1.0F : -1.0F;
+    const auto& [a, b, c] = corners;
+    const std::array<Edge, 3> edges = {Edge(a, b, turn), Edge(b, c, turn), Edge(c, a, turn)};
+    const double bz = double(b.z) - double(a.z);
+    const double cz = double(c.z) - double(a.z);
+    const auto slopeX = static_cast<float>(
+        (bz * (double(c.y) - double(a.y)) - cz * (double(b.y) - double(a.y))) / area);
+    const auto slopeY = static_cast<float>(
+        (cz * (double(b.x) - double(a.x)) - bz * (double(c.x) - double(a.x))) / area);
+    const Ints number = all(frame.triangleStart + static_cast<Number>(triangle));
+    const int first = range.left & ~3;
+    const float left = static_cast<float>(tile.left() + first) + 0.5F;
+    for (int row = range.top; row <= range.bottom; ++row) {
+        const float y = static_cast<float>(tile.top() + row) + 0.5F;
+        const Floats rowDepth = all(a.z + slopeY * (y - a.y));
+        Floats x = {left, left + 1, left + 2, left + 3};
+        for (int column = first; column <= range.right; column += 4, x += all(4.0F)) {
+            Ints mask = (edges[0].inside(x, y) >= all(0.0F)) &
+                        (edges[1].inside(x, y) >= all(0.0F)) & (edges[2].inside(x, y) >= all(0.0F));
+            if (!isAny(mask))
+                continue;
+            // The plane of a narrow triangle is steep: rounding must not lead out of it.
+            const Floats depth =
+                smaller(larger(rowDepth + all(slopeX) * (x - all(a.x)), all(extent.back)),
+                        all(extent.front));
+            mask &= (depth >= all(frame.back)) & (depth <= all(frame.front));
+            tile.put(row, column, mask, depth, number);
+        }
+    }
+    tile.touch(range);
+}
+
+float along(const Point& axis, const std::array<double, 3>& vector) {
+    return static_cast<float>(double(axis[0]) * vector[0] + double(axis[1]) * vector[1] +
+                              double(axis[2]) * vector[2]);
+}
+
+} // namespace
+
+Extent triangleExtent(const Frame& frame, std::size_t triangle) {
+    const auto& [a, b, c] = triangleOf(frame, triangle).corners;
+    if (std::isnan(a.x) || std::isnan(b.x) || std::isnan(c.x))
+        return nowhere;
+    const auto [left, right] = std::minmax({a.x, b.x, c.x});
+    const auto [top, bottom] = std::minmax({a.y, b.y, c.y});
+    const auto [back, front] = std::minmax({a.z, b.z, c.z});
+    return {left, right, top, bottom, front, back};
+}
+
+void drawTriangles(Tile& tile, const Frame& frame, const Bins& triangles, std::size_t tileIndex,
+                   FrontToBack& order) {
+    order.draw(
+        tile, triangles, tileIndex,
+        [&](std::uint32_t triangle) { return triangleExtent(frame, triangle).front; },
+        [&](std::uint32_t triangle) { drawTriangle(tile, frame, triangle); });
+}
+
+TrianglePoint trianglePoint(const Frame& frame, Number number, float x, float y) {
+    const auto [placed, index, corners] =
+        triangleOf(frame, static_cast<std::size_t>(number - frame.triangleStart));
+    const Mesh& mesh = *placed->mesh;
+    const Place at = {x, y, 0};
+    const double area = twiceArea(corners);
+    // Barycentric coordinates: the parts of the area opposite to each corner.
+    std::array<double, 3> weights = {twiceArea({at, corners[1], corners[2]}) / area,
+                                     twiceArea({corners[0], at, corners[2]}) / area, 0};
+    weights[0] = std::clamp(weights[0], 0.0, 1.0);
+    weights[1] = std::clamp(weights[1], 0.0, 1 - weights[0]);
+    weights[2] = 1 - weights[0] - weights[1];
+
+    std::array<double, 3> normal{};
+    std::array<double, 3> channels{};
+    for (std::size_t corner = 0; corner < 3; ++corner) {
+        const std::uint32_t vertex = mesh.triangles[index][corner];
+        const Colour colour = mesh.colours[mesh.colours.size() == 1 ? 0 : vertex];
+        for (std::size_t i = 0; i < 3; ++i) {
+            normal[i] += weights[corner] * double(mesh.normals[vertex][i]);
+            channels[i] += weights[corner] * (colour >> (8 * i) & 255U);
+        }
+    }
+    TrianglePoint point = {{along(frame.camera.axes[0], normal),
+                            along(frame.camera.axes[1], normal),
+                            along(frame.camera.axes[2], normal)},
+                           0};
+    const float length =
+        std::sqrt(point.normal[0] * point.normal[0] + point.normal[1] * point.normal[1] +
+                  point.normal[2] * point.normal[2]);
+    if (length > 0 && std::isfinite(length)) {
+        const float factor = (point.normal[2] < 0 ? -1 : 1) / length;
+        for (float& x3 : point.normal)
+            x3 *= factor;
+    } else {
+        point.normal = {0, 0, 1};
+    }
+    for (std::size_t i = 0; i < 3; ++i)
+        point.colour |= static_cast<Colour>(channels[i] + 0.5) << (8 * i);
+    return point;
+}
+
+} // namespace view
