@@ -1,0 +1,140 @@
+// Selecting by clicks, and what the pointer is over.
+#include "DataDelete.h"
+#include "DataPoint.h"
+#include "ViewTestCase.h"
+
+using namespace view_tools;
+
+namespace {
+
+/// Counts what the host tells.
+class Counter : public Subscriber {
+public:
+    void commUpdate() override { ++updates; }
+    void commAdd() override {}
+    void commDelete() override {}
+    int updates = 0;
+};
+
+} // namespace
+
+class PickingTest : public ViewTestCase {
+    Q_OBJECT
+private slots:
+    void aClickSelectsOnlyTheAtomUnderThePointer() {
+        const Structure made = fourAtoms().attach();
+        show();
+        click(made.atoms[0]);
+        QCOMPARE(selectedNames(), QString("A"));
+        click(made.atoms[2]);
+        QCOMPARE(selectedNames(), QString("C"));
+        // What is behind is not hit.
+        click(made.atoms[3]);
+        QCOMPARE(selectedNames(), QString("B"));
+    }
+
+    void shiftAddsAndCtrlToggles() {
+        const Structure made = fourAtoms().attach();
+        show();
+        click(made.atoms[0]);
+        click(made.atoms[2], Qt::ShiftModifier);
+        QCOMPARE(selectedNames(), QString("A C"));
+        click(made.atoms[2], Qt::ShiftModifier);
+        QCOMPARE(selectedNames(), QString("A C"));
+        click(made.atoms[1], Qt::ControlModifier);
+        QCOMPARE(selectedNames(), QString("A B C"));
+        click(made.atoms[0], Qt::ControlModifier);
+        QCOMPARE(selectedNames(), QString("B C"));
+    }
+
+    void aClickOnNothingClearsAndWithAKeyDoesNot() {
+        const Structure made = fourAtoms().attach();
+        show();
+        click(made.atoms[0]);
+        clickOnNothing(Qt::ShiftModifier);
+        clickOnNothing(Qt::ControlModifier);
+        QCOMPARE(selectedNames(), QString("A"));
+        clickOnNothing();
+        QCOMPARE(selectedNames(), QString());
+        const Counter counter;
+        clickOnNothing();
+        QCOMPARE(counter.updates, 0);
+    }
+
+    void everyClickIsOneChangeThatTheOthersAreToldOf() {
+        const Structure made = fourAtoms().attach();
+        show();
+        const Counter counter;
+        click(made.atoms[0]);
+        QCOMPARE(counter.updates, 1);
+        click(made.atoms[0], Qt::ControlModifier);
+        QCOMPARE(counter.updates, 2);
+    }
+
+    void aRefusedGuardSaysSoAndLosesNothing() {
+        const Structure made = fourAtoms().attach();
+        show();
+        click(made.atoms[0]);
+        {
+            const DataPoint<TAVIK::Space> other(nullptr, TAVIK::Space::instance());
+            QTest::mouseClick(&canvas(), Qt::LeftButton, {}, placeOf(made.atoms[1]));
+            QCOMPARE(takeMessages(), QStringList("Cannot update CDB!"));
+            QVERIFY(m_view->line().contains("data are being changed"));
+            QCOMPARE(selectedNames(), QString("A"));
+        }
+        settle();
+        click(made.atoms[1]);
+        QCOMPARE(selectedNames(), QString("B"));
+    }
+
+    void aDragIsNoClick() {
+        const Structure made = fourAtoms().attach();
+        show();
+        drag(Qt::LeftButton, placeOf(made.atoms[0]), placeOf(made.atoms[0]) + QPoint(30, 0));
+        QCOMPARE(selectedNames(), QString());
+    }
+
+    void thePointerNamesTheItemThatItIsOver() {
+        const Structure made = fourAtoms().attach();
+        show();
+        hover(placeOf(made.atoms[2]));
+        QCOMPARE(m_view->line(), QString("/1abc/A/Groups/UNL 1/C"));
+        hover({2, 2});
+        QCOMPARE(m_view->line(), QString());
+    }
+
+    void aDoubleClickCentresTheAtomAndSelectsOnce() {
+        const Structure made = fourAtoms().attach();
+        show();
+        const QPoint place = placeOf(made.atoms[2]);
+        const Counter counter;
+        QTest::mouseClick(&canvas(), Qt::LeftButton, {}, place);
+        QTest::mouseDClick(&canvas(), Qt::LeftButton, {}, place);
+        settle();
+        QCOMPARE(canvas().camera().centre, (view::Point{0, 10, 0}));
+        QCOMPARE(selectedNames(), QString("C"));
+        QCOMPARE(counter.updates, 1);
+    }
+
+    // The picture still shows what is gone.
+    void aClickOnWhatWasDestroyedMeanwhileIsNoClickOnNothing() {
+        const Structure made = fourAtoms().attach();
+        show();
+        click(made.atoms[2]);
+        const QPoint place = placeOf(made.atoms[0]);
+        {
+            const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::DataMaker::Destroy(made.atoms[0]);
+            hover(place);
+            QCOMPARE(m_view->line(), QString());
+            QTest::mouseClick(&canvas(), Qt::LeftButton, {}, place);
+        }
+        QCOMPARE(selectedNames(), QString("C"));
+        settle();
+        QTest::mouseClick(&canvas(), Qt::LeftButton, {}, place);
+        QCOMPARE(selectedNames(), QString());
+    }
+};
+
+REGISTER_TEST(PickingTest)
+#include "PickingTest.moc"

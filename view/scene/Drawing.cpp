@@ -1,0 +1,98 @@
+#include "Drawing.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace view {
+
+namespace {
+
+constexpr float depthCue = 0.6F;
+
+bool isSame(const Camera& a, const Camera& b) {
+    return a.axes == b.axes && a.centre == b.centre && a.height == b.height && a.front == b.front &&
+           a.back == b.back;
+}
+
+} // namespace
+
+Drawing::Drawing(unsigned threads) : m_renderer(threads) {}
+
+// While something moves the pictures only ever become coarser, as changing to and fro would
+// flicker; the next movement starts a step better if there was time left.
+Drawing::Effort Drawing::effortFor(const Order& order) {
+    if (!order.isMoving) {
+        m_wasMoving = false;
+        return Effort::Whole;
+    }
+    if (!m_wasMoving && m_quick != Effort::OneSample && m_quickTime < quickPicture / 5)
+        m_quick = static_cast<Effort>(static_cast<int>(m_quick) - 1);
+    m_wasMoving = true;
+    return m_quick;
+}
+
+void Drawing::learn(Effort effort, double milliseconds) {
+    if (effort == Effort::Whole) {
+        // What four samples a pixel took says what to expect of one, or of a quarter.
+        const Effort guess = milliseconds > 16 * quickPicture  ? Effort::Dots
+                             : milliseconds > 4 * quickPicture ? Effort::HalfSize
+                                                               : Effort::OneSample;
+        m_quick = std::max(m_quick, guess);
+        return;
+    }
+    m_quickTime = milliseconds;
+    if (milliseconds > quickPicture && m_quick != Effort::Dots)
+        m_quick = static_cast<Effort>(static_cast<int>(m_quick) + 1);
+}
+
+bool Drawing::isLast(const Order& order, Effort effort) const {
+    return m_picture && effort == m_effort && order.width == m_order.width &&
+           order.height == m_order.height && order.background == m_order.background &&
+           order.hasDepthCue == m_order.hasDepthCue && isSame(order.camera, m_order.camera);
+}
+
+std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& stop) {
+    if (order.width <= 0 || order.height <= 0)
+        return {};
+    const Effort effort = effortFor(order);
+    const auto begin = std::chrono::steady_clock::now();
+    std::shared_ptr<const Scene> scene = m_maker.scene(order.snapshot, order.look);
+    if (effort == Effort::Dots)
+        scene = m_maker.dots();
+    const bool isSmall = effort == Effort::HalfSize || effort == Effort::Dots;
+    if (scene != m_scene || !isLast(order, effort)) {
+        Settings settings;
+        settings.width = isSmall ? (order.width + 1) / 2 : order.width;
+        settings.height = isSmall ? (order.height + 1) / 2 : order.height;
+        settings.samples = effort == Effort::Whole ? 2 : 1;
+        settings.background = order.background;
+        settings.depthCue = order.hasDepthCue ? depthCue : 0;
+        if (isSmall) {
+            settings.lineWidth /= 2;
+            settings.dotSize /= 2;
+        }
+        // The last picture's memory is used for this one, unless somebody still shows it.
+        Picture used;
+        if (m_picture && m_picture.use_count() == 1)
+            used = std::move(const_cast<Picture&>(*m_picture)); // NOLINT: nobody else has it
+        m_picture = nullptr;
+        m_scene = nullptr;
+        Picture picture = m_renderer.draw(*scene, order.camera, settings, stop, std::move(used));
+        if (picture.image.isNull() || stop.stop_requested())
+            return {};
+        const std::chrono::duration<double, std::milli> time =
+            std::chrono::steady_clock::now() - begin;
+        learn(effort, time.count());
+        m_picture = std::make_shared<Picture>(std::move(picture));
+        m_scene = std::move(scene);
+        m_order = order;
+        m_order.snapshot = {};
+        m_effort = effort;
+    }
+    Drawn drawn{m_picture->image,          m_picture,    order.camera,
+                order.snapshot.generation, order.number, effort == Effort::Whole};
+    return drawn;
+}
+
+} // namespace view

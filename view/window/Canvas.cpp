@@ -1,0 +1,364 @@
+#include "Canvas.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QResizeEvent>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace view {
+
+namespace {
+
+constexpr int restAfter = 150; // ms without a movement, until the whole picture is drawn
+constexpr double pi = 3.14159265358979323846;
+constexpr double smallestHeight = 0.5; // Å
+constexpr double greatestHeight = 1e7; // Å
+constexpr double margin = 3;           // Å around what is fitted, for the radii of its atoms
+constexpr double thinnestSlab = 0.5;   // Å
+constexpr double zoomPerStep = 1.15;   // of the wheel
+constexpr int reach = 3;               // pixels around the pointer where something is found
+
+bool isPlace(const Point& point) {
+    return std::all_of(point.begin(), point.end(), [](float x) { return std::abs(x) <= farthest; });
+}
+
+} // namespace
+
+Canvas::Canvas(QWidget* parent)
+    : QWidget(parent), m_thread([this](Drawn drawn) {
+          QMetaObject::invokeMethod(
+              this, [this, drawn = std::move(drawn)]() mutable { show(std::move(drawn)); },
+              Qt::QueuedConnection);
+      }) {
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMinimumSize(1, 1);
+    setAccessibleName(tr("Structure view"));
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(restAfter);
+    connect(&m_rest, &QTimer::timeout, this, [this] { order(false); });
+}
+
+Canvas::~Canvas() = default;
+
+void Canvas::setSnapshot(const Snapshot& snapshot) {
+    m_order.snapshot = snapshot;
+    order(false);
+}
+
+void Canvas::setLook(const Look& look) {
+    m_order.look = look;
+    order(false);
+}
+
+void Canvas::setBackground(Colour background) {
+    m_order.background = background;
+    order(false);
+}
+
+void Canvas::setDepthCue(bool on) {
+    m_order.hasDepthCue = on;
+    order(false);
+}
+
+void Canvas::setOutline(std::optional<Colour> outline) {
+    if (outline == m_order.outline)
+        return;
+    m_order.outline = outline;
+    order(false);
+}
+
+QSize Canvas::pixels() const {
+    return {static_cast<int>(std::lround(width() * devicePixelRatioF())),
+            static_cast<int>(std::lround(height() * devicePixelRatioF()))};
+}
+
+double Canvas::angstromsPerPixel() const {
+    return m_order.camera.height / std::max(height(), 1);
+}
+
+double Canvas::fittedHeight(int width, int height) const {
+    return 2 * m_radius / std::min(1.0, double(std::max(width, 1)) / std::max(height, 1));
+}
+
+void Canvas::fit(std::span<const Point> points) {
+    Camera camera = m_order.camera;
+    camera.front = Camera().front;
+    camera.back = Camera().back;
+    camera.height = 0;
+    camera.fit(points, 1, margin);
+    if (camera.height > 0)
+        m_radius = camera.height / 2;
+    camera.height = fittedHeight(width(), height());
+    m_order.camera = camera;
+    m_isMovedByUser = false;
+    order(false);
+}
+
+Camera Canvas::cameraFor(int width, int height) const {
+    Camera camera = m_order.camera;
+    if (!m_isMovedByUser)
+        camera.height = fittedHeight(width, height);
+    return camera;
+}
+
+void Canvas::resetRotation() {
+    m_order.camera.axes = Camera().axes;
+    order(false);
+}
+
+void Canvas::centreOn(const Point& point) {
+    if (!isPlace(point))
+        return;
+    m_order.camera.centre = point;
+    m_isMovedByUser = true;
+    order(false);
+}
+
+void Canvas::turn(double right, double up) {
+    m_order.camera.turn(right, up);
+    order(true);
+}
+
+void Canvas::zoom(double factor) {
+    double& height = m_order.camera.height;
+    height = std::clamp(height / factor, smallestHeight, greatestHeight);
+    m_isMovedByUser = true;
+    order(true);
+}
+
+void Canvas::slab(double front, double back) {
+    Camera& camera = m_order.camera;
+    // A slab that reaches beyond everything is none, and begins at the ends of what was fitted.
+    if (front != 0)
+        camera.front = std::min(camera.front, m_radius) + front;
+    if (back != 0)
+        camera.back = std::max(camera.back, -m_radius) + back;
+    if (front != 0)
+        camera.front = std::max(camera.front, camera.back + thinnestSlab);
+    else
+        camera.back = std::min(camera.back, camera.front - thinnestSlab);
+    if (camera.front >= m_radius)
+        camera.front = Camera().front;
+    if (camera.back <= -m_radius)
+        camera.back = Camera().back;
+    order(true);
+}
+
+void Canvas::order(bool isMoving) {
+    m_order.isMoving = isMoving;
+    ++m_order.number;
+    if (!isVisible())
+        return; // drawn when it is shown
+    if (isMoving)
+        m_rest.start();
+    else
+        m_rest.stop();
+    if (std::exchange(m_isOrdered, true))
+        return;
+    QMetaObject::invokeMethod(this, &Canvas::sendOrder, Qt::QueuedConnection);
+}
+
+void Canvas::sendOrder() {
+    m_isOrdered = false;
+    const QSize size = pixels();
+    m_order.width = size.width();
+    m_order.height = size.height();
+    m_thread.order(m_order);
+}
+
+void Canvas::show(Drawn drawn) {
+    m_drawn = std::move(drawn);
+    update();
+    if (m_drag == Drag::None)
+        hover();
+    emit shown();
+}
+
+Id Canvas::idAt(const QPoint& place) const {
+    const Picture* const picture = m_drawn.picture.get();
+    if (!picture || width() <= 0 || height() <= 0)
+        return noId;
+    const int columns = picture->image.width();
+    const int rows = picture->image.height();
+    // The middle of the place, in pixels of the picture.
+    const double x = (place.x() + 0.5) * columns / width();
+    const double y = (place.y() + 0.5) * rows / height();
+    const double limit = double(reach) * columns / width();
+    Id found = noId;
+    double nearest = limit * limit;
+    const auto around = static_cast<int>(std::ceil(limit));
+    for (int row = int(y) - around; row <= int(y) + around; ++row)
+        for (int column = int(x) - around; column <= int(x) + around; ++column) {
+            if (row < 0 || row >= rows || column < 0 || column >= columns)
+                continue;
+            const Id id =
+                picture->ids[std::size_t(row) * std::size_t(columns) + std::size_t(column)];
+            const bool isHere = row == int(y) && column == int(x);
+            const double dx = column + 0.5 - x;
+            const double dy = row + 0.5 - y;
+            const double distance = isHere ? 0 : dx * dx + dy * dy;
+            if (id != noId && (isHere || distance < nearest)) {
+                nearest = distance;
+                found = id;
+            }
+        }
+    return found;
+}
+
+Point Canvas::pointAt(const QPoint& place) const {
+    constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
+    Point point = {nowhere, nowhere, nowhere};
+    const Picture* const picture = m_drawn.picture.get();
+    if (!picture || !rect().contains(place))
+        return point;
+    const int columns = picture->image.width();
+    const int rows = picture->image.height();
+    const double x = (place.x() + 0.5) * columns / width();
+    const double y = (place.y() + 0.5) * rows / height();
+    const float depth = picture->depths[std::size_t(y) * std::size_t(columns) + std::size_t(x)];
+    if (!std::isfinite(depth))
+        return point;
+    const Camera& camera = m_drawn.camera;
+    const double scale = camera.height / rows;
+    for (std::size_t i = 0; i != 3; ++i)
+        point[i] = static_cast<float>(
+            camera.centre[i] + camera.axes[0][i] * (x - columns / 2.0) * scale +
+            camera.axes[1][i] * (rows / 2.0 - y) * scale + double(camera.axes[2][i]) * depth);
+    return point;
+}
+
+void Canvas::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), QColor::fromRgb(m_order.background));
+    if (m_drawn.image.isNull())
+        return;
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, m_drawn.image.size() != pixels());
+    painter.drawImage(rect(), m_drawn.image);
+}
+
+void Canvas::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (!m_isMovedByUser)
+        m_order.camera.height = fittedHeight(width(), height());
+    order(true);
+}
+
+void Canvas::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    order(false);
+}
+
+void Canvas::mousePressEvent(QMouseEvent* event) {
+    m_last = event->position().toPoint();
+    if (m_drag != Drag::None || m_isClick)
+        return; // another button holds
+    m_pressed = m_last;
+    m_button = event->button();
+    m_isClick = m_button == Qt::LeftButton || m_button == Qt::RightButton;
+    if (m_button == Qt::MiddleButton)
+        m_drag = Drag::Move;
+}
+
+void Canvas::drag(const QPoint& by) {
+    const double scale = angstromsPerPixel();
+    switch (m_drag) {
+    case Drag::Turn: {
+        // Half a turn from edge to edge.
+        const double angle = pi / std::max(1, std::min(width(), height()));
+        turn(by.x() * angle, -by.y() * angle);
+        break;
+    }
+    case Drag::Move:
+        m_order.camera.move(by.x() * scale, -by.y() * scale);
+        m_isMovedByUser = true;
+        order(true);
+        break;
+    case Drag::Slab:
+        if (by.y() != 0)
+            slab(-by.y() * scale, 0);
+        if (by.x() != 0)
+            slab(0, by.x() * scale);
+        break;
+    case Drag::None:
+        break;
+    }
+}
+
+void Canvas::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint place = event->position().toPoint();
+    const QPoint by = place - m_last;
+    if (m_isClick) {
+        if ((place - m_pressed).manhattanLength() < QApplication::startDragDistance())
+            return;
+        m_isClick = false;
+        m_drag = m_button == Qt::RightButton                      ? Drag::Slab
+                 : event->modifiers().testFlag(Qt::ShiftModifier) ? Drag::Move
+                                                                  : Drag::Turn;
+    }
+    m_last = place;
+    m_isInside = rect().contains(place);
+    if (m_drag == Drag::None)
+        hover();
+    else
+        drag(by);
+}
+
+void Canvas::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != m_button)
+        return;
+    const bool isClick = std::exchange(m_isClick, false);
+    const Drag drag = std::exchange(m_drag, Drag::None);
+    m_button = Qt::NoButton;
+    if (drag != Drag::None) {
+        if (m_rest.isActive())
+            order(false);
+        return;
+    }
+    if (!isClick)
+        return;
+    const QPoint place = event->position().toPoint();
+    if (event->button() == Qt::RightButton)
+        emit menuWanted(event->globalPosition().toPoint());
+    else
+        emit clicked(idAt(place), m_drawn.generation, event->modifiers());
+}
+
+void Canvas::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        mousePressEvent(event);
+        return;
+    }
+    // The release that follows is no click.
+    const QPoint place = event->position().toPoint();
+    if (const Id id = idAt(place); id != noId)
+        emit doubleClicked(id, m_drawn.generation, pointAt(place));
+}
+
+void Canvas::wheelEvent(QWheelEvent* event) {
+    constexpr double step = 120; // eighths of a degree
+    zoom(std::pow(zoomPerStep, event->angleDelta().y() / step));
+    event->accept();
+}
+
+void Canvas::leaveEvent(QEvent* event) {
+    QWidget::leaveEvent(event);
+    m_isInside = false;
+    hover();
+}
+
+void Canvas::hover() {
+    const Id id = m_isInside ? idAt(m_last) : noId;
+    if (id == std::exchange(m_hovered, id))
+        return;
+    emit hovered(id, m_drawn.generation);
+}
+
+} // namespace view

@@ -1,0 +1,64 @@
+#include "PictureDialog.h"
+
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+
+#include <algorithm>
+
+namespace view {
+
+PictureDialog::PictureDialog(QWidget* parent, const QSize& size)
+    : QDialog(parent), m_width(new QSpinBox(this)), m_height(new QSpinBox(this)),
+      m_path(new QLineEdit(this)) {
+    setWindowTitle(tr("Save picture"));
+    for (QSpinBox* side : {m_width, m_height}) {
+        side->setRange(1, largestSide);
+        side->setSuffix(tr(" pixels"));
+        connect(side, &QSpinBox::valueChanged, this, &PictureDialog::check);
+    }
+    m_width->setValue(size.width());
+    m_height->setValue(size.height());
+    m_path->setMinimumWidth(320);
+    connect(m_path, &QLineEdit::textChanged, this, &PictureDialog::check);
+    auto* const browse = new QPushButton(tr("&Browse..."), this);
+    browse->setAutoDefault(false);
+    connect(browse, &QPushButton::clicked, this, &PictureDialog::browse);
+    auto* const file = new QHBoxLayout;
+    file->addWidget(m_path);
+    file->addWidget(browse);
+    auto* const buttons =
+        new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    m_ok = buttons->button(QDialogButtonBox::Save);
+    auto* const form = new QFormLayout(this);
+    form->addRow(tr("&Width"), m_width);
+    form->addRow(tr("&Height"), m_height);
+    form->addRow(tr("&File"), file);
+    form->addRow(buttons);
+    check();
+}
+
+void PictureDialog::check() {
+    if (m_ok)
+        m_ok->setEnabled(!m_path->text().isEmpty() &&
+                         qint64(m_width->value()) * m_height->value() <= largestArea);
+}
+
+void PictureDialog::browse() {
+    const QString path = QFileDialog::getSaveFileName(this, tr("Save picture"), m_path->text(),
+                                                      tr("Pictures (*.png)"));
+    if (!path.isEmpty())
+        m_path->setText(path);
+}
+
+PictureRequest PictureDialog::request() const {
+    return {m_path->text(), {m_width->value(), m_height->value()}};
+}
+
+} // namespace view

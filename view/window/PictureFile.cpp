@@ -1,0 +1,68 @@
+#include "PictureFile.h"
+
+#include <QFile>
+#include <QImageWriter>
+#include <QSaveFile>
+
+#include <charconv>
+#include <new>
+
+namespace view {
+
+namespace {
+
+std::optional<int> sideOf(std::string_view text) {
+    int side = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), side);
+    if (error != std::errc() || end != text.data() + text.size() || side < 1 || side > largestSide)
+        return {};
+    return side;
+}
+
+std::string cannot(const QString& path, const QString& why) {
+    return (path + ": the picture cannot be written: " + why).toStdString();
+}
+
+} // namespace
+
+std::optional<QSize> sizeOf(std::string_view text) {
+    const std::size_t cross = text.find('x');
+    if (cross == std::string_view::npos)
+        return {};
+    const std::optional<int> width = sideOf(text.substr(0, cross));
+    const std::optional<int> height = sideOf(text.substr(cross + 1));
+    if (!width || !height || qint64(*width) * *height > largestArea)
+        return {};
+    return QSize(*width, *height);
+}
+
+std::optional<PictureRequest> pictureRequest(const std::string& text) {
+    const std::size_t blank = text.rfind(' ');
+    if (blank == std::string::npos || blank == 0)
+        return {};
+    const std::optional<QSize> size = sizeOf(std::string_view(text).substr(blank + 1));
+    if (!size)
+        return {};
+    return PictureRequest{QFile::decodeName(text.substr(0, blank).c_str()), *size};
+}
+
+std::string writePicture(const Order& order, const QString& path) {
+    // Opened first: where nothing can be written, nothing needs to be drawn.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return cannot(path, file.errorString());
+    try {
+        Drawing drawing;
+        const std::optional<Drawn> drawn = drawing.draw(order);
+        if (!drawn)
+            return cannot(path, QStringLiteral("nothing was drawn"));
+        QImageWriter writer(&file, "PNG");
+        if (!writer.write(drawn->image))
+            return cannot(path, writer.errorString());
+    } catch (const std::bad_alloc&) {
+        return cannot(path, QStringLiteral("there is not enough memory"));
+    }
+    return file.commit() ? std::string() : cannot(path, file.errorString());
+}
+
+} // namespace view

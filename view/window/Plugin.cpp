@@ -1,0 +1,43 @@
+// The plug-in's entry points, the only symbols that the library exports.
+#include "GUIPlugin.h"
+
+#include "PictureFile.h"
+#include "PluginManager.h"
+#include "View3D.h"
+
+namespace {
+
+view::View3D* theView = nullptr;
+
+/// "Picture": writes a picture, whose file and size are the call's argument, as "out.png 1600x1200".
+void picture(const void*, PluginResult* result);
+void pictureWritable(void* input, PluginResult* result) {
+    picture(input, result);
+}
+
+class ViewPlugin : public view::View3D {
+public:
+    ViewPlugin() {
+        theView = this;
+        GUIPlugin<ViewPlugin>::addAction("Picture", &pictureWritable);
+        GUIPlugin<ViewPlugin>::addAction("Picture", &picture);
+    }
+    ~ViewPlugin() override { theView = nullptr; }
+};
+
+void picture(const void*, PluginResult* result) {
+    const PluginCall* const call = PluginManager::CurrentCall();
+    const std::string argument = call ? call->argument : std::string();
+    std::string problem =
+        "\"" + argument + "\" is no file and size of a picture, as \"out.png 1600x1200\"";
+    if (const auto request = view::pictureRequest(argument))
+        problem = theView->savePicture(request->path, request->size);
+    if (problem.empty())
+        return;
+    result->SetResultCode(PluginResult::Failure);
+    result->SetResultText(problem);
+}
+
+} // namespace
+
+GUI_PLUGIN(ViewPlugin)

@@ -1,0 +1,154 @@
+#include "View3D.h"
+
+#include "Canvas.h"
+#include "Config.h"
+#include "ElidedLabel.h"
+#include "Legible.h"
+#include "Logger.h"
+#include "PictureFile.h"
+#include "Space.h"
+
+#include <QEvent>
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace view {
+
+namespace {
+
+constexpr QSize startSize(900, 700);
+constexpr Colour lightBackground = 0xffffffff;
+constexpr Colour darkBackground = 0xff0c0f14;
+// Colours that no element has by default, with a contrast of at least 4.5 to the background.
+constexpr Colour outlineOnLight = 0xffd000b0;
+constexpr Colour outlineOnDark = 0xffffe000;
+
+QString helpSetting() {
+    bool isSet = false;
+    const std::string page = Config::GetSetting("View3D", "Help").ToString(&isSet);
+    return isSet ? QString::fromLatin1(page) : QStringLiteral("view");
+}
+
+} // namespace
+
+View3D::View3D()
+    : BaseWindow(tr("View"), startSize, helpSetting(), false, nullptr, "View3D"),
+      m_canvas(new Canvas(this)), m_line(new ElidedLabel(m_canvas)),
+      m_reader([this] { schedule(Due::Everything); }) {
+    setCentralWidget(m_canvas);
+    connect(m_canvas, &Canvas::clicked, this, &View3D::click);
+    connect(m_canvas, &Canvas::doubleClicked, this, &View3D::doubleClick);
+    connect(m_canvas, &Canvas::hovered, this, &View3D::hover);
+    m_isLight = legible::luminance(palette().color(QPalette::Window)) > 0.5;
+    createMenu();
+    setLightBackground(m_isLight);
+}
+
+View3D::~View3D() = default;
+
+void View3D::commUpdate() {
+    schedule(Due::Marks);
+}
+
+void View3D::commAdd() {
+    m_isFitDue = true;
+    schedule(Due::Everything);
+}
+
+void View3D::commDelete() {
+    schedule(Due::Everything);
+}
+
+void View3D::schedule(Due due) {
+    m_due = std::max(m_due, due);
+    if (m_isScheduled || m_due == Due::Nothing || !isVisible())
+        return;
+    m_isScheduled = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_isScheduled = false;
+            bringUpToDate();
+        },
+        Qt::QueuedConnection);
+}
+
+void View3D::bringUpToDate() {
+    const Due due = std::exchange(m_due, Due::Nothing);
+    if (due != Due::Nothing) {
+        try {
+            due == Due::Everything ? m_reader.read() : m_reader.refresh();
+        } catch (const std::bad_alloc&) {
+            m_due = Due::Everything;
+            Logger::Write("3-D view: there is not enough memory to show the data");
+            return;
+        }
+        showData();
+    }
+    // A program may switch the marking without telling.
+    m_canvas->setOutline(outlineColour());
+}
+
+void View3D::showData() {
+    const Snapshot& snapshot = m_reader.snapshot();
+    const bool wasEmpty = std::exchange(m_isEmpty, snapshot.contents->itemCount() == 0);
+    const bool isFitDue = std::exchange(m_isFitDue, false);
+    m_canvas->setSnapshot(snapshot);
+    if (!m_isEmpty && (wasEmpty || (isFitDue && !m_canvas->isMovedByUser())))
+        m_canvas->fit(drawnPoints(snapshot, m_look));
+}
+
+std::optional<Colour> View3D::outlineColour() const {
+    if (!TAVIK::Space::GetShowSelection())
+        return {};
+    return m_isLight ? outlineOnLight : outlineOnDark;
+}
+
+QString View3D::line() const {
+    return m_line->text();
+}
+
+void View3D::resetView() {
+    bringUpToDate();
+    m_canvas->resetRotation();
+    m_canvas->fit(drawnPoints(m_reader.snapshot(), m_look));
+}
+
+void View3D::setRepresentation(Representation representation) {
+    m_look.representation = representation;
+    m_canvas->setLook(m_look);
+}
+
+void View3D::setShowWaters(bool on) {
+    m_look.showWaters = on;
+    m_canvas->setLook(m_look);
+}
+
+void View3D::setLightBackground(bool on) {
+    m_isLight = on;
+    m_canvas->setBackground(on ? lightBackground : darkBackground);
+    m_canvas->setOutline(outlineColour());
+}
+
+void View3D::setDepthCue(bool on) {
+    m_canvas->setDepthCue(on);
+}
+
+std::string View3D::savePicture(const QString& path, const QSize& size) {
+    bringUpToDate();
+    Order order = m_canvas->order();
+    order.camera = m_canvas->cameraFor(size.width(), size.height());
+    order.width = size.width();
+    order.height = size.height();
+    order.isMoving = false;
+    return writePicture(order, path);
+}
+
+void View3D::showEvent(QShowEvent* event) {
+    BaseWindow::showEvent(event);
+    schedule(m_due);
+}
+
+} // namespace view

@@ -1,0 +1,102 @@
+// The main window of the 3-D view: the picture, a menu, and what ties both to the data space.
+#pragma once
+
+#include "BaseWindow.h"
+#include "Compound.h"
+#include "Subscriber.h"
+#include "scene/DataReader.h"
+#include "scene/Look.h"
+
+#include <QSize>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+class QAction;
+class QActionGroup;
+class QMenu;
+
+namespace view {
+
+class Canvas;
+class ElidedLabel;
+
+/// The view's one window. It owns no data. It is told of every change, and reads the data again in
+/// the event loop that follows, once for any number of changes; while it is hidden it reads
+/// nothing.
+///
+/// Qt's parents own all widgets. Notifications arrive through a base class and members, which are
+/// destroyed before the widgets are.
+class View3D : public BaseWindow, public Subscriber {
+    Q_OBJECT
+public:
+    View3D();
+    ~View3D() override;
+
+    void commUpdate() override;
+    void commAdd() override;
+    void commDelete() override;
+
+    /// Reads the data now, if they have changed since they were read.
+    void bringUpToDate();
+
+    /// Draws what the window shows as a picture of that size in pixels, of the whole quality, and
+    /// writes it to a file in the format PNG. Returns what went wrong, as one line; empty when
+    /// nothing did. An existing file is replaced when the picture is complete.
+    std::string savePicture(const QString& path, const QSize& size);
+
+    Canvas* canvas() const { return m_canvas; }
+    /// What the line at the lower edge says: the item under the pointer, or why something was not
+    /// done.
+    QString line() const;
+
+public slots:
+    /// Shows everything, as when the data were opened.
+    void resetView();
+    /// Puts the middle of what is selected into the middle of the window; of everything that is
+    /// drawn, if nothing is.
+    void centreSelection();
+    void setRepresentation(view::Representation representation);
+    void setShowWaters(bool on);
+    void setLightBackground(bool on);
+    void setDepthCue(bool on);
+    void setFullScreen(bool on);
+    /// Asks for size and file, and saves a picture.
+    void askForPicture();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    enum class Due { Nothing, Marks, Everything };
+
+    void createMenu();
+    void schedule(Due due);
+    /// Hands over what was read to be drawn.
+    void showData();
+    std::optional<Colour> outlineColour() const;
+
+    void click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers);
+    void doubleClick(Id id, std::uint64_t generation, const Point& point);
+    void hover(Id id, std::uint64_t generation);
+    /// Opens a guard, changes the selection, and shows it. Says so if the guard is refused.
+    template <class Change> void changeSelection(const char* command, Change change);
+
+    Canvas* m_canvas;
+    ElidedLabel* m_line;
+    QMenu* m_menu = nullptr;
+    QActionGroup* m_representations = nullptr;
+    QAction* m_fullScreen = nullptr;
+    Look m_look;
+    bool m_isLight = false;
+    bool m_isEmpty = true;   ///< nothing was there when the data were last read
+    bool m_isFitDue = false; ///< items were added since
+    Due m_due = Due::Everything;
+    bool m_isScheduled = false;
+    DataReader m_reader; ///< last, and so the first to be destroyed
+};
+
+} // namespace view

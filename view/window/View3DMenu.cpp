@@ -1,0 +1,148 @@
+// The menu and the keys.
+#include "View3D.h"
+
+#include "Canvas.h"
+#include "ElidedLabel.h"
+#include "HelpViewer.h"
+#include "PictureDialog.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <array>
+
+namespace view {
+
+namespace {
+
+struct RepresentationEntry {
+    const char* label;
+    Representation representation;
+    int key;
+};
+constexpr std::array<RepresentationEntry, 7> representations = {{
+    {QT_TRANSLATE_NOOP("view::View3D", "&Automatic"), Representation::Automatic, Qt::Key_0},
+    {QT_TRANSLATE_NOOP("view::View3D", "&Points"), Representation::Points, Qt::Key_1},
+    {QT_TRANSLATE_NOOP("view::View3D", "&Lines"), Representation::Lines, Qt::Key_2},
+    {QT_TRANSLATE_NOOP("view::View3D", "&Sticks"), Representation::Sticks, Qt::Key_3},
+    {QT_TRANSLATE_NOOP("view::View3D", "&Ball and stick"), Representation::BallAndStick, Qt::Key_4},
+    {QT_TRANSLATE_NOOP("view::View3D", "Sp&heres"), Representation::Spheres, Qt::Key_5},
+    {QT_TRANSLATE_NOOP("view::View3D", "&Ribbon"), Representation::Ribbon, Qt::Key_6},
+}};
+
+constexpr double keyTurn = 0.17453292519943295; // radians: 10 degrees
+constexpr double keyZoom = 1.15;
+
+} // namespace
+
+void View3D::createMenu() {
+    m_menu = menuBar()->addMenu(tr("&View"));
+    // The keys are the window's own also where it is a part of another one.
+    const auto own = [this](QAction* action, const QKeySequence& key) {
+        action->setShortcut(key);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        addAction(action);
+    };
+    const auto toggle = [this, own](const QString& label, const QKeySequence& key, bool on,
+                                    void (View3D::*slot)(bool)) {
+        QAction* const action = m_menu->addAction(label);
+        action->setCheckable(true);
+        action->setChecked(on);
+        connect(action, &QAction::toggled, this, slot);
+        own(action, key);
+        return action;
+    };
+    const auto command = [this, own](const QString& label, const QKeySequence& key,
+                                     void (View3D::*slot)()) {
+        QAction* const action = m_menu->addAction(label);
+        connect(action, &QAction::triggered, this, slot);
+        own(action, key);
+    };
+
+    m_representations = new QActionGroup(this);
+    for (const RepresentationEntry& entry : representations) {
+        QAction* const action = m_menu->addAction(tr(entry.label));
+        action->setCheckable(true);
+        action->setChecked(entry.representation == m_look.representation);
+        m_representations->addAction(action);
+        connect(action, &QAction::triggered, this,
+                [this, entry] { setRepresentation(entry.representation); });
+        own(action, QKeySequence(entry.key));
+    }
+    m_menu->addSeparator();
+    toggle(tr("Show &waters"), QKeySequence(Qt::Key_W), m_look.showWaters, &View3D::setShowWaters);
+    toggle(tr("Ligh&t background"), QKeySequence(Qt::Key_L), m_isLight,
+           &View3D::setLightBackground);
+    toggle(tr("&Depth cueing"), QKeySequence(Qt::Key_D), true, &View3D::setDepthCue);
+    m_menu->addSeparator();
+    command(tr("&Centre selection"), QKeySequence(Qt::Key_C), &View3D::centreSelection);
+    command(tr("R&eset view"), QKeySequence(Qt::Key_Home), &View3D::resetView);
+    m_fullScreen =
+        toggle(tr("&Full screen"), QKeySequence(Qt::Key_F11), false, &View3D::setFullScreen);
+    m_menu->addSeparator();
+    command(tr("Save p&icture..."), QKeySequence(), &View3D::askForPicture);
+    QAction* const help = m_menu->addAction(tr("Hel&p"));
+    connect(help, &QAction::triggered, this, [this] { HelpViewer::Show(helpPage()); });
+    connect(m_canvas, &Canvas::menuWanted, m_menu, [this](const QPoint& at) { m_menu->popup(at); });
+}
+
+void View3D::setFullScreen(bool on) {
+    // Docked in another window, that one is what fills the screen.
+    QWidget* const window = this->window();
+    const Qt::WindowStates states = window->windowState();
+    window->setWindowState(on ? states | Qt::WindowFullScreen : states & ~Qt::WindowFullScreen);
+}
+
+void View3D::changeEvent(QEvent* event) {
+    BaseWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange && m_fullScreen)
+        m_fullScreen->setChecked(window()->isFullScreen());
+}
+
+void View3D::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Left:
+        m_canvas->turn(-keyTurn, 0);
+        break;
+    case Qt::Key_Right:
+        m_canvas->turn(keyTurn, 0);
+        break;
+    case Qt::Key_Up:
+        m_canvas->turn(0, keyTurn);
+        break;
+    case Qt::Key_Down:
+        m_canvas->turn(0, -keyTurn);
+        break;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+        m_canvas->zoom(keyZoom);
+        break;
+    case Qt::Key_Minus:
+        m_canvas->zoom(1 / keyZoom);
+        break;
+    case Qt::Key_Escape:
+        if (m_fullScreen->isChecked()) {
+            m_fullScreen->setChecked(false);
+            break;
+        }
+        [[fallthrough]];
+    default:
+        BaseWindow::keyPressEvent(event);
+    }
+}
+
+void View3D::askForPicture() {
+    const QSize size = m_canvas->size() * m_canvas->devicePixelRatioF();
+    PictureDialog dialog(this, size);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const PictureRequest request = dialog.request();
+    const std::string problem = savePicture(request.path, request.size);
+    m_line->setText(problem.empty() ? tr("%1 is written").arg(request.path)
+                                    : QString::fromStdString(problem));
+}
+
+} // namespace view

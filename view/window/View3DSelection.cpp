@@ -1,0 +1,80 @@
+// What a click does: selecting, centring, and naming what is under the pointer.
+#include "View3D.h"
+
+#include "Canvas.h"
+#include "ChangeData.h"
+#include "Changed.h"
+#include "DataPoint.h"
+#include "ElidedLabel.h"
+#include "Space.h"
+
+#include <cmath>
+
+namespace view {
+
+using TAVIK::Compound;
+using TAVIK::Space;
+
+template <class Change> void View3D::changeSelection(const char* command, Change change) {
+    bool isChanged = false;
+    changeData(DataPoint<Space>(this, Space::instance(), command), [&](DataPoint<Space>& guard) {
+        change(guard);
+        isChanged = true;
+    });
+    if (!isChanged)
+        m_line->setText(tr("Nothing was selected: the data are being changed"));
+    // The window is not told of its own changes.
+    schedule(Due::Marks);
+}
+
+void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers) {
+    Compound* const item = m_reader.item(id, generation);
+    const bool adds = modifiers.testFlag(Qt::ShiftModifier);
+    const bool toggles = modifiers.testFlag(Qt::ControlModifier);
+    if (!item) {
+        // What the picture shows may be gone; that is no click on nothing.
+        if (id == noId && !adds && !toggles && Space::instance()->HasSelected())
+            changeSelection("Clear selection",
+                            [](auto&) { Space::instance()->SetSelected(false); });
+        return;
+    }
+    const bool selects = !toggles || !item->IsSelected();
+    changeSelection("Select", [&](DataPoint<Space>& guard) {
+        if (!adds && !toggles)
+            Space::instance()->SetSelected(false);
+        item->SetSelected(selects);
+        TAVIK::setLabel(guard, selects ? "Select" : "Unselect", TAVIK::Changed(*item));
+    });
+}
+
+void View3D::doubleClick(Id id, std::uint64_t generation, const Point& point) {
+    const Compound* const item = m_reader.item(id, generation);
+    if (!item)
+        return;
+    // An atom is centred itself; of a surface what was clicked.
+    const TAVIK::Vertex at = item->GetPosition();
+    m_canvas->centreOn(at.isValid() ? Point{at[0], at[1], at[2]} : point);
+}
+
+void View3D::hover(Id id, std::uint64_t generation) {
+    const Compound* const item = m_reader.item(id, generation);
+    m_line->setText(item ? QString::fromLatin1(item->GetFQName()) : QString());
+}
+
+void View3D::centreSelection() {
+    bringUpToDate();
+    const Snapshot& snapshot = m_reader.snapshot();
+    std::vector<Point> points;
+    for (std::size_t i = 0; i != snapshot.contents->atomCount(); ++i)
+        if ((*snapshot.selection)[i])
+            points.push_back(snapshot.contents->positions[i]);
+    if (points.empty())
+        points = drawnPoints(snapshot, m_look);
+    Camera camera;
+    camera.height = 0;
+    camera.fit(points, 1, 0);
+    if (camera.height > 0 || !points.empty())
+        m_canvas->centreOn(camera.centre);
+}
+
+} // namespace view
