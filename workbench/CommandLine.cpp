@@ -23,6 +23,34 @@ std::string inLines(const std::string& words) {
     return text + line + '\n';
 }
 
+struct Value {
+    const char* needed;
+    std::string* place; ///< null for an option without a value
+};
+
+// Where the value of an option goes.
+Value valueOf(const std::string& name, CommandLine& out) {
+    if (name == "--plugins")
+        return {"a folder", &out.plugins.emplace()};
+    if (name == "--data")
+        return {"a folder", &out.data.emplace()};
+    if (name == "--picture")
+        return {"a file", &out.picture.emplace()};
+    if (name == "--size")
+        return {"a width and a height in pixels, as 1600x1200", &out.size};
+    return {"", nullptr};
+}
+
+// Whether `text` is two numbers with an x between; how large they may be is for others to say.
+bool isSize(const std::string& text) {
+    const std::size_t cross = text.find('x');
+    const auto isNumber = [](const std::string& digits) {
+        return !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos;
+    };
+    return cross != std::string::npos && isNumber(text.substr(0, cross)) &&
+           isNumber(text.substr(cross + 1));
+}
+
 } // namespace
 
 std::string readCommandLine(const std::vector<std::string>& arguments, CommandLine& out) {
@@ -36,16 +64,17 @@ std::string readCommandLine(const std::vector<std::string>& arguments, CommandLi
         }
         const std::size_t equals = it->find('=');
         const std::string name = it->substr(0, equals);
-        if (name == "--plugins" || name == "--data") {
-            std::optional<std::string>& folder = name == "--data" ? out.data : out.plugins;
+        if (const auto [needed, value] = valueOf(name, out); value) {
             if (equals != std::string::npos)
-                folder = it->substr(equals + 1);
+                *value = it->substr(equals + 1);
             else if (++it != arguments.end())
-                folder = *it;
+                *value = *it;
             else
-                return name + " needs a folder";
-            if (folder->empty())
-                return name + " needs a folder";
+                return name + " needs " + needed;
+            if (value->empty())
+                return name + " needs " + needed;
+            if (name == "--size" && !isSize(*value))
+                return "--size needs " + std::string(needed) + ", not " + *value;
         } else if (*it == "--help" || *it == "-h") {
             out.task = CommandLine::Task::Help;
             return {};
@@ -78,12 +107,14 @@ std::string helpText() {
            "\n"
            "  --plugins DIR  load the plug-ins of this folder instead of the installed ones\n"
            "  --data DIR     take colour maps, help pages and the sample from this folder\n"
+           "  --picture FILE write a picture of the files (PNG) and end; needs no display\n"
+           "  --size WxH     the width and height of the picture in pixels (1280x960)\n"
            "  --verbose      write the debug stream to standard error, and changes to the log\n"
            "  --version      print the version and end\n"
            "  --help         print this and end\n"
            "\n"
            "The exit status is 0 when the windows were closed, 1 when no file could be opened or\n"
-           "no window be shown, and 2 when the command line was wrong.\n";
+           "no window be shown or no picture be written, and 2 when the command line was wrong.\n";
 }
 
 } // namespace workbench

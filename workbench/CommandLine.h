@@ -14,7 +14,10 @@ struct CommandLine {
     std::vector<std::string> files;
     std::optional<std::string> plugins; ///< folder of plug-ins instead of the installed one
     std::optional<std::string> data;    ///< folder of data instead of the installed one
-    bool verbose = false;               ///< debug stream to standard error, changes to the log
+    std::optional<std::string>
+        picture;                   ///< file of a picture that is made instead of opening windows
+    std::string size = "1280x960"; ///< of the picture, in pixels
+    bool verbose = false;          ///< debug stream to standard error, changes to the log
 };
 
 /// Reads the arguments, without the program's name. Returns what is wrong with them, as one line;

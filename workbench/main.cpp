@@ -58,7 +58,20 @@ int runPlugins(workbench::Application& application, const QString& plugins) {
     return memory_host::startPlugin(editor) ? application.runUntilDone() : NothingToShow;
 }
 
+/// Has the view write a picture.
+int writePicture(const workbench::CommandLine& line, const QString& plugins) {
+    if (!isFolder("plug-in", plugins))
+        return NothingToShow;
+    memory_host::loadPlugins(plugins);
+    return memory_host::commandPlugin("Display", "View3D", "workbench", "Picture",
+                                      *line.picture + ' ' + line.size)
+               ? Done
+               : NotWritten;
+}
+
 int run(const workbench::CommandLine& line, char* program) {
+    if (line.picture && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     if (line.verbose)
         memory_host::setLogLevel(memory_host::LogLevel::Debug);
     else
@@ -89,8 +102,9 @@ int run(const workbench::CommandLine& line, char* program) {
     if (opening.open(files) == 0)
         return NothingToShow;
 
+    const QString plugins = folder(line.plugins, workbench::installedPluginFolder());
     const int status =
-        runPlugins(*application, folder(line.plugins, workbench::installedPluginFolder()));
+        line.picture ? writePicture(line, plugins) : runPlugins(*application, plugins);
     memory_host::unloadPlugins();
     return status;
 }

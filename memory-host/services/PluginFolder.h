@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <string>
+
 namespace memory_host {
 
 /// Loads every plug-in of `folder`, in order of type and name. One that cannot be loaded or lacks
@@ -17,6 +19,11 @@ HOST_EXPORT QStringList loadPlugins(const QString& folder);
 /// Sends a loaded plug-in its default action. Returns whether it answered without an error; what
 /// went wrong is in the log.
 HOST_EXPORT bool startPlugin(const QString& typeAndName);
+/// PluginManager::Command() without data. Returns whether the plug-in is there and succeeded; what
+/// went wrong is in the log.
+HOST_EXPORT bool commandPlugin(const std::string& type, const std::string& name,
+                               const std::string& sender, const std::string& command,
+                               const std::string& argument);
 /// Whether every loaded plug-in reports that it is done; one that throws counts as done.
 HOST_EXPORT bool allPluginsDone();
 /// Tells every plug-in to clean up, and unloads them; meanwhile none can be called. One that leaves

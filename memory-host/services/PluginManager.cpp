@@ -1,6 +1,7 @@
 #include "PluginManager.h"
 
 #include "LoadedPlugins.h"
+#include "PluginFolder.h"
 
 #include <QScopedValueRollback>
 
@@ -9,26 +10,33 @@ using namespace memory_host;
 namespace {
 
 /// Makes `call` the current one while `run(entryPoints, command, result)` calls the plug-in.
-template <class Run> void send(const PluginCall& call, Run run) {
+/// Returns whether it succeeded.
+template <class Run> bool send(const PluginCall& call, Run run) {
     const std::string what =
         call.command + (call.argument.empty() ? "" : " " + call.argument) + " from " + call.sender;
     const Plugin* const plugin =
         findOrReport(QString::fromLatin1(call.type), QString::fromLatin1(call.name), what);
     if (!plugin)
-        return;
+        return false;
     const QScopedValueRollback current(loadedPlugins().call, &call);
-    plugin->run(what, [&](PluginResult* result) {
+    return plugin->run(what, [&](PluginResult* result) {
         run(plugin->entryPoints(), call.command.c_str(), result);
     });
 }
 
-void sendWritable(const PluginCall& call) {
-    send(call, [&](const EntryPoints& entry, const char* command, PluginResult* result) {
+bool sendWritable(const PluginCall& call) {
+    return send(call, [&](const EntryPoints& entry, const char* command, PluginResult* result) {
         entry.command(command, call.data, result);
     });
 }
 
 } // namespace
+
+bool memory_host::commandPlugin(const std::string& type, const std::string& name,
+                                const std::string& sender, const std::string& command,
+                                const std::string& argument) {
+    return sendWritable({type, name, sender, command, argument, nullptr, nullptr, nullptr});
+}
 
 void PluginManager::Command(const std::string& type, const std::string& name,
                             const std::string& sender, const std::string& command,

@@ -26,7 +26,8 @@ private slots:
         QVERIFY(ended.normally);
         QCOMPARE(ended.status, 0);
         QVERIFY(ended.output.constFirst().startsWith("Usage: workbench"));
-        for (const QString option : {"--plugins", "--data", "--verbose", "--version", "--help"})
+        for (const QString option :
+             {"--plugins", "--data", "--picture", "--size", "--verbose", "--version", "--help"})
             QVERIFY2(!ended.output.filter(option).isEmpty(), qPrintable(option));
         QCOMPARE(ended.errors, QStringList());
 
@@ -65,6 +66,21 @@ private slots:
             QCOMPARE(ended.status, 2);
             QCOMPARE(ended.errors.size(), 1);
             QVERIFY(ended.errors.constFirst().contains("needs a folder"));
+        }
+    }
+
+    void aPictureWithoutAFileOrASizeIsOneLineAndStatus2() {
+        Program program;
+        for (const QStringList& arguments : {QStringList{"--picture"},
+                                             {"--picture="},
+                                             {"--size"},
+                                             {"--size", "large"},
+                                             {"--size=12x"},
+                                             {"--size", "-3x4"}}) {
+            const Ended ended = program.run(arguments);
+            QCOMPARE(ended.status, 2);
+            QCOMPARE(ended.errors.size(), 1);
+            QVERIFY(ended.errors.constFirst().contains(" needs a "));
         }
     }
 

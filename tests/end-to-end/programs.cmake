@@ -3,7 +3,7 @@ add_library(test-plugin-FaultyWindow MODULE end-to-end/plugins/FaultyWindow.cpp)
 target_link_libraries(test-plugin-FaultyWindow PRIVATE plugin-frame)
 set_target_properties(test-plugin-FaultyWindow PROPERTIES
   OUTPUT_NAME FaultyWindow LIBRARY_OUTPUT_DIRECTORY ${TEST_PLUGINS})
-add_dependencies(test-end-to-end workbench Vuxo test-plugin-FaultyWindow
+add_dependencies(test-end-to-end workbench Vuxo View3D test-plugin-FaultyWindow
   test-plugin-LacksIsDone test-plugin-ThrowsStatic test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
   test-plugin-ThrowsExecute0)
 # The one part of the program that no run of it shows.
