@@ -49,4 +49,22 @@ inline double distance(const Vector& a, const Vector& b) {
     return length(a - b);
 }
 
+/// The vector of length 1 in the same direction; `otherwise` for one that has no direction: shorter
+/// than 1e-6, or not finite.
+inline Vector unitOr(const Vector& a, const Vector& otherwise) {
+    const double size = length(a);
+    return size > 1e-6 && size < 1e30 ? a * (1 / size) : otherwise;
+}
+
+/// A unit vector perpendicular to a unit vector.
+inline Vector anyPerpendicular(const Vector& a) {
+    const Vector axis = std::abs(a.x) < 0.6 ? Vector{1, 0, 0} : Vector{0, 1, 0};
+    return unitOr(cross(a, axis), {0, 0, 1});
+}
+
+/// What is left of `a` when its part along a unit vector is taken away.
+inline Vector perpendicularPart(const Vector& a, const Vector& unit) {
+    return a - unit * dot(a, unit);
+}
+
 } // namespace view

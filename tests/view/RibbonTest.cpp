@@ -1,0 +1,486 @@
+// Ribbons as meshes: closed bodies, what they look like, and which residue each part belongs to.
+#include "ribbon/Ribbon.h"
+
+#include "Backbones.h"
+#include "TestSupport.h"
+#include "ribbon/Vectors.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <numbers>
+#include <random>
+#include <set>
+#include <utility>
+#include <vector>
+
+using view::Mesh;
+using view::Point;
+using view::RibbonResidue;
+using view::RibbonStyle;
+using view::SecondaryStructure;
+using view::Vector;
+using view::vectorOf;
+
+namespace {
+
+using Residues = std::vector<RibbonResidue>;
+
+constexpr double spacing = 3.8; // Å
+constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+
+RibbonStyle plainStyle() {
+    RibbonStyle style;
+    style.subdivisions = 4;
+    style.corners = 6;
+    return style;
+}
+
+/// Residues along the x axis, each with a colour and an id of its own.
+Residues chain(const QByteArray& structures) {
+    Residues residues;
+    for (const char letter : structures) {
+        RibbonResidue residue;
+        const auto i = static_cast<std::uint32_t>(residues.size());
+        residue.guide = {static_cast<float>(spacing * i), 0, 0};
+        residue.direction = {0, 1, 0};
+        residue.structure =
+            letter == '-' ? SecondaryStructure::Coil : static_cast<SecondaryStructure>(letter);
+        residue.colour = 0xFF000000U + i;
+        residue.id = 100 + i;
+        residues.push_back(residue);
+    }
+    return residues;
+}
+
+Residues inOneColour(Residues residues) {
+    for (RibbonResidue& residue : residues)
+        residue.colour = 0xFF123456U;
+    return residues;
+}
+
+/// The residues of a protein in a file.
+Residues protein(const QString& path) {
+    const view_testing::Proteins read = view_testing::proteins(path.toStdString());
+    const auto structures = view::secondaryStructure(read.residues);
+    Residues residues;
+    for (std::size_t i = 0; i < structures.size(); ++i) {
+        const view::BackboneResidue& backbone = read.residues[i];
+        RibbonResidue residue;
+        residue.guide = backbone.ca;
+        residue.direction = view::pointOf(vectorOf(backbone.o) - vectorOf(backbone.c));
+        residue.structure = structures[i];
+        residue.chain = backbone.chain;
+        residue.colour = static_cast<view::Colour>(i % 7);
+        residue.id = static_cast<view::Id>(i + 1);
+        residues.push_back(residue);
+    }
+    return residues;
+}
+
+/// Vertices in one place are one.
+std::vector<std::array<std::size_t, 3>> welded(const Mesh& mesh) {
+    std::map<Point, std::size_t> places;
+    for (const Point& vertex : mesh.vertices)
+        places.emplace(vertex, places.size());
+    std::vector<std::array<std::size_t, 3>> triangles;
+    for (const auto& [a, b, c] : mesh.triangles)
+        triangles.push_back({places.at(mesh.vertices[a]), places.at(mesh.vertices[b]),
+                             places.at(mesh.vertices[c])});
+    return triangles;
+}
+
+/// Whether each directed edge occurs once, and so does its reverse.
+bool isClosed(const Mesh& mesh) {
+    std::set<std::pair<std::size_t, std::size_t>> edges;
+    for (const auto& triangle : welded(mesh))
+        for (std::size_t i = 0; i < 3; ++i)
+            if (!edges.emplace(triangle[i], triangle[(i + 1) % 3]).second)
+                return false;
+    return std::all_of(edges.begin(), edges.end(), [&](const auto& edge) {
+        return edges.contains({edge.second, edge.first});
+    });
+}
+
+/// How many bodies there are.
+std::size_t bodyCount(const Mesh& mesh) {
+    const auto triangles = welded(mesh);
+    std::map<std::size_t, std::size_t> parents;
+    const auto rootOf = [&](std::size_t vertex) {
+        while (parents.at(vertex) != vertex)
+            vertex = parents.at(vertex) = parents.at(parents.at(vertex));
+        return vertex;
+    };
+    for (const auto& triangle : triangles)
+        for (const std::size_t vertex : triangle)
+            parents.emplace(vertex, vertex);
+    for (const auto& [a, b, c] : triangles) {
+        parents[rootOf(a)] = rootOf(b);
+        parents[rootOf(b)] = rootOf(c);
+    }
+    std::size_t count = 0;
+    for (const auto& [vertex, parent] : parents)
+        count += vertex == parent ? 1 : 0;
+    return count;
+}
+
+Vector corner(const Mesh& mesh, std::size_t triangle, std::size_t number) {
+    return vectorOf(mesh.vertices[mesh.triangles[triangle][number]]);
+}
+
+/// Positive when the triangles face outwards.
+double volume(const Mesh& mesh) {
+    double sum = 0;
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i)
+        sum +=
+            view::dot(corner(mesh, i, 0), view::cross(corner(mesh, i, 1), corner(mesh, i, 2))) / 6;
+    return sum;
+}
+
+bool areNormalsOfLengthOne(const Mesh& mesh) {
+    return std::all_of(mesh.normals.begin(), mesh.normals.end(), [](const Point& normal) {
+        return std::abs(view::length(vectorOf(normal)) - 1) < 1e-5;
+    });
+}
+
+/// How many normals point to the other side than their triangle, whose front is counter-clockwise.
+std::size_t inwardNormals(const Mesh& mesh) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        const Vector face = view::cross(corner(mesh, i, 1) - corner(mesh, i, 0),
+                                        corner(mesh, i, 2) - corner(mesh, i, 0));
+        for (const std::uint32_t vertex : mesh.triangles[i])
+            count += view::dot(vectorOf(mesh.normals[vertex]), face) <= 0 ? 1 : 0;
+    }
+    return count;
+}
+
+bool isWhole(const Mesh& mesh) {
+    const bool isFinite =
+        std::all_of(mesh.vertices.begin(), mesh.vertices.end(), [](const Point& vertex) {
+            return std::isfinite(vertex[0]) && std::isfinite(vertex[1]) && std::isfinite(vertex[2]);
+        });
+    const bool isInRange =
+        std::all_of(mesh.triangles.begin(), mesh.triangles.end(), [&](const auto& triangle) {
+            return *std::max_element(triangle.begin(), triangle.end()) < mesh.vertices.size();
+        });
+    return isFinite && isInRange && mesh.normals.size() == mesh.vertices.size() &&
+           mesh.colours.size() == mesh.vertices.size() &&
+           mesh.ids.size() == mesh.triangles.size() && areNormalsOfLengthOne(mesh);
+}
+
+/// The largest distance from the x axis along y or z of the vertices near x.
+double extent(const Mesh& mesh, double x, std::size_t axis) {
+    double largest = 0;
+    for (const Point& vertex : mesh.vertices)
+        if (std::abs(vertex[0] - x) < 1e-3)
+            largest = std::max(largest, std::abs(double(vertex[axis])));
+    return largest;
+}
+
+} // namespace
+
+class RibbonTest : public test_support::TestCase {
+    Q_OBJECT
+private slots:
+    void noResiduesMakeNoMesh() {
+        const Mesh mesh = view::makeRibbon({}, plainStyle());
+        QVERIFY(mesh.vertices.empty() && mesh.triangles.empty());
+    }
+
+    void aStraightTubeIsAPrism() {
+        const RibbonStyle style = plainStyle();
+        const Mesh mesh = view::makeRibbon(inOneColour(chain("-----")), style);
+        // Sections at 4 * 4 + 1 points, and a cap at each end.
+        QCOMPARE(mesh.vertices.size(), (17U + 2) * 6);
+        QCOMPARE(mesh.triangles.size(), 16U * 6 * 2 + 2 * 4);
+        QVERIFY(isWhole(mesh));
+        QVERIFY(isClosed(mesh));
+        QCOMPARE(inwardNormals(mesh), 0U);
+        const double hexagon = 1.5 * std::sqrt(3.0) * style.coilRadius * style.coilRadius;
+        QVERIFY(std::abs(volume(mesh) - hexagon * 4 * spacing) < 1e-4);
+    }
+
+    void aStrandIsAnArrow() {
+        const RibbonStyle style = plainStyle();
+        const Mesh mesh = view::makeRibbon(chain("EEEEE"), style);
+        QCOMPARE(bodyCount(mesh), 2U);
+        QVERIFY(isWhole(mesh));
+        QVERIFY(isClosed(mesh));
+        QCOMPARE(inwardNormals(mesh), 0U);
+        // The head is the last one and a half residues.
+        const double thickness = 2 * style.strandHalfThickness;
+        const double shaft = 2.5 * spacing * thickness * 2 * style.strandHalfWidth;
+        const double head = 1.5 * spacing * thickness * (style.arrowHalfWidth + style.coilRadius);
+        QVERIFY(std::abs(volume(mesh) - shaft - head) < 1e-3);
+        QVERIFY(std::abs(extent(mesh, spacing, 1) - style.strandHalfWidth) < 1e-5);
+        QVERIFY(std::abs(extent(mesh, 2.5 * spacing, 1) - style.arrowHalfWidth) < 1e-5);
+        QVERIFY(std::abs(extent(mesh, 4 * spacing, 1) - style.coilRadius) < 1e-5);
+        QVERIFY(std::abs(extent(mesh, spacing, 2) - style.strandHalfThickness) < 1e-5);
+    }
+
+    void aHelixIsWideAndFlatAndNarrowsToTheTube() {
+        const RibbonStyle style = plainStyle();
+        const Mesh mesh = view::makeRibbon(chain("--HGI--"), style);
+        QCOMPARE(bodyCount(mesh), 1U);
+        QVERIFY(isClosed(mesh));
+        QCOMPARE(inwardNormals(mesh), 0U);
+        for (const double residue : {2.0, 3.0, 4.0})
+            QVERIFY(std::abs(extent(mesh, residue * spacing, 1) - style.helixHalfWidth) < 1e-5);
+        for (const double residue : {1.0, 5.0})
+            QVERIFY(std::abs(extent(mesh, residue * spacing, 1) - style.coilRadius) < 1e-5);
+        QVERIFY(std::abs(extent(mesh, 1.5 * spacing, 1) -
+                         (style.helixHalfWidth + style.coilRadius) / 2) < 1e-5);
+    }
+
+    void aNucleicAcidIsABandWithItsFlatSideToTheBases() {
+        const RibbonStyle style = plainStyle();
+        Residues residues = chain("----");
+        for (RibbonResidue& residue : residues)
+            residue.kind = RibbonResidue::Kind::Nucleotide;
+        const Mesh mesh = view::makeRibbon(residues, style);
+        QVERIFY(isClosed(mesh));
+        // The direction to the bases is y, and so the width is along z.
+        QVERIFY(std::abs(extent(mesh, spacing, 2) - style.nucleicHalfWidth) < 1e-5);
+        QVERIFY(extent(mesh, spacing, 1) < style.nucleicHalfThickness + 1e-5);
+    }
+
+    void aHelixOrStrandOfOneResidueIsATube() {
+        const Mesh tube = view::makeRibbon(chain("-----"), plainStyle());
+        QCOMPARE(view::makeRibbon(chain("--E--"), plainStyle()).vertices, tube.vertices);
+        QCOMPARE(view::makeRibbon(chain("H--H-"), plainStyle()).vertices, tube.vertices);
+        QVERIFY(view::makeRibbon(chain("-EE--"), plainStyle()).vertices != tube.vertices);
+    }
+
+    void turnsBendsAndBridgesAreTubes() {
+        QCOMPARE(view::makeRibbon(chain("-TSBT-"), plainStyle()).vertices,
+                 view::makeRibbon(chain("------"), plainStyle()).vertices);
+    }
+
+    void aResidueOnItsOwnIsABall() {
+        const RibbonStyle style = plainStyle();
+        Residues residues = chain("-");
+        residues[0].guide = {1, 2, 3};
+        const Mesh mesh = view::makeRibbon(residues, style);
+        QVERIFY(!mesh.triangles.empty());
+        QVERIFY(isWhole(mesh));
+        QVERIFY(isClosed(mesh));
+        QCOMPARE(inwardNormals(mesh), 0U);
+        for (const Point& vertex : mesh.vertices)
+            QVERIFY(std::abs(view::distance(vectorOf(vertex), {1, 2, 3}) - style.loneRadius) <
+                    1e-5);
+        QVERIFY(
+            std::all_of(mesh.ids.begin(), mesh.ids.end(), [](view::Id id) { return id == 100; }));
+    }
+
+    void eachPartHasTheColourAndTheIdOfTheNearestResidue() {
+        const Mesh mesh = view::makeRibbon(chain("--HHHH--EEEE--"), plainStyle());
+        std::set<view::Id> ids;
+        for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+            const double x =
+                (corner(mesh, i, 0).x + corner(mesh, i, 1).x + corner(mesh, i, 2).x) / 3 / spacing;
+            const double nearest = std::round(x);
+            // Caps stand between two residues.
+            const bool isBetween = std::abs(std::abs(x - nearest) - 0.5) < 1e-3;
+            if (!isBetween)
+                QCOMPARE(mesh.ids[i], 100 + static_cast<view::Id>(nearest));
+            for (const std::uint32_t vertex : mesh.triangles[i])
+                QCOMPARE(mesh.colours[vertex], 0xFF000000U + mesh.ids[i] - 100);
+            ids.insert(mesh.ids[i]);
+        }
+        QCOMPARE(ids.size(), 14U);
+    }
+
+    void chainsAreNotJoined_data() {
+        QTest::addColumn<int>("what");
+        QTest::newRow("another chain") << 0;
+        QTest::newRow("a guide point too far away") << 1;
+        QTest::newRow("another kind") << 2;
+        QTest::newRow("no guide point") << 3;
+        QTest::newRow("a guide point that is no place") << 4;
+    }
+
+    void chainsAreNotJoined() {
+        QFETCH(int, what);
+        Residues residues = chain("--------");
+        for (std::size_t i = 4; i < residues.size(); ++i) {
+            residues[i].chain += what == 0 ? 1 : 0;
+            residues[i].guide[0] += what == 1 ? 1.8F : 0.0F;
+            if (what == 2)
+                residues[i].kind = RibbonResidue::Kind::Nucleotide;
+        }
+        if (what > 2)
+            residues[4].guide[1] = what == 3 ? notANumber : 1e20F;
+        const Mesh mesh = view::makeRibbon(residues, plainStyle());
+        QVERIFY(isWhole(mesh));
+        QVERIFY(isClosed(mesh));
+        QCOMPARE(bodyCount(mesh), 2U);
+        for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+            const auto side = [&](std::size_t number) {
+                return corner(mesh, i, number).x > 3.4 * spacing;
+            };
+            QVERIFY(side(0) == side(1) && side(1) == side(2));
+        }
+        QVERIFY(std::count(mesh.ids.begin(), mesh.ids.end(), 104U) == 0 || what < 3);
+    }
+
+    void linkedResiduesMayBeAsFarApartAsAStretchedBond() {
+        Residues residues = chain("--");
+        residues[1].guide[0] = 5.4F;
+        QCOMPARE(bodyCount(view::makeRibbon(residues, plainStyle())), 1U);
+        residues[1].guide[0] = 5.6F;
+        QCOMPARE(bodyCount(view::makeRibbon(residues, plainStyle())), 2U);
+    }
+
+    void hiddenResiduesLeaveAGapAndChangeNothingElse() {
+        Residues residues = protein(structure("1ubq.pdb"));
+        const Mesh all = view::makeRibbon(residues, plainStyle());
+        std::set<view::Id> hidden;
+        for (std::size_t i = 0; i < residues.size(); ++i) {
+            residues[i].isShown = i % 7 > 2;
+            if (!residues[i].isShown)
+                hidden.insert(residues[i].id);
+        }
+        const Mesh some = view::makeRibbon(residues, plainStyle());
+        QVERIFY(isWhole(some));
+        QVERIFY(isClosed(some));
+        const std::set<Point> places(all.vertices.begin(), all.vertices.end());
+        for (const Point& vertex : some.vertices)
+            QVERIFY(places.contains(vertex));
+        // All of what is shown is there: the triangles but for those of caps.
+        std::map<view::Id, int> before;
+        std::map<view::Id, int> after;
+        for (const view::Id id : all.ids)
+            ++before[id];
+        for (const view::Id id : some.ids)
+            ++after[id];
+        for (const RibbonResidue& residue : residues) {
+            if (hidden.contains(residue.id))
+                QCOMPARE(after[residue.id], 0);
+            else
+                QVERIFY(after[residue.id] >= before[residue.id]);
+        }
+        for (RibbonResidue& residue : residues)
+            residue.isShown = false;
+        QVERIFY(view::makeRibbon(residues, plainStyle()).vertices.empty());
+        QVERIFY(view::makeRibbon(std::span(residues).first(1), plainStyle()).vertices.empty());
+    }
+
+    void strandsDoNotZigzag() {
+        Residues residues = chain("EEEEEEEE");
+        for (std::size_t i = 0; i < residues.size(); ++i)
+            residues[i].guide[2] = i % 2 == 0 ? 0.9F : -0.9F;
+        const Mesh mesh = view::makeRibbon(residues, plainStyle());
+        // It is flat but for the ends, which have no neighbours.
+        for (const Point& vertex : mesh.vertices)
+            if (vertex[0] > 1.9 * spacing && vertex[0] < 5.1 * spacing)
+                QVERIFY(std::abs(vertex[2]) < plainStyle().strandHalfThickness + 0.1);
+    }
+
+    void directionsThatAlternateChangeNothing() {
+        for (const char* structures : {"EEEEEEEE", "--EEEE--", "--HHHH--", "--------"}) {
+            Residues residues = chain(structures);
+            const Mesh mesh = view::makeRibbon(residues, plainStyle());
+            for (std::size_t i = 1; i < residues.size(); i += 2)
+                residues[i].direction[1] = -1;
+            QCOMPARE(view::makeRibbon(residues, plainStyle()).vertices, mesh.vertices);
+        }
+    }
+
+    void unknownDirectionsStillMakeARibbon() {
+        Residues residues = chain("--HHHHH--EEEEE--");
+        for (const Point& direction : {Point{}, Point{notANumber, 0, 0}, Point{1, 0, 0}}) {
+            for (RibbonResidue& residue : residues)
+                residue.direction = direction;
+            const Mesh mesh = view::makeRibbon(residues, plainStyle());
+            QVERIFY(isWhole(mesh));
+            QVERIFY(isClosed(mesh));
+            QCOMPARE(inwardNormals(mesh), 0U);
+        }
+    }
+
+    void realProteinsAreClosedBodies_data() {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("1ubq") << "1ubq.pdb";
+        QTest::newRow("1ejg") << "1ejg.pdb";
+        QTest::newRow("1cbs") << "1cbs.cif.gz";
+        QTest::newRow("1tii") << "1tii.pdb";
+    }
+
+    void realProteinsAreClosedBodies() {
+        QFETCH(QString, file);
+        const Residues residues = protein(structure(file));
+        // Where the path turns or twists much from one section to the next, a narrow triangle may
+        // face the other way: ever fewer do with more sections.
+        const std::map<unsigned, double> mostInward = {{2, 0.04}, {4, 0.004}, {10, 0.0003}};
+        for (const auto& [subdivisions, most] : mostInward) {
+            RibbonStyle style = plainStyle();
+            style.subdivisions = subdivisions;
+            const Mesh mesh = view::makeRibbon(residues, style);
+            QVERIFY(isWhole(mesh));
+            QVERIFY(isClosed(mesh));
+            QVERIFY(volume(mesh) > 0);
+            QVERIFY(static_cast<double>(inwardNormals(mesh)) <=
+                    most * 3 * static_cast<double>(mesh.triangles.size()));
+        }
+    }
+
+    void anyStyleIsMadeUsable() {
+        RibbonStyle style;
+        style.subdivisions = 0;
+        style.corners = 0;
+        const Mesh mesh = view::makeRibbon(inOneColour(chain("----")), style);
+        QCOMPARE(mesh.vertices.size(), (7U + 2) * 3);
+        QVERIFY(isClosed(mesh));
+        style.subdivisions = 3;
+        QCOMPARE(view::makeRibbon(inOneColour(chain("----")), style).vertices.size(),
+                 (13U + 2) * 3);
+    }
+
+    void largeStructuresHaveFewerTriangles() {
+        for (const std::size_t count : {2'000U, 2'001U, 20'000U, 20'001U}) {
+            const QByteArray helix(static_cast<qsizetype>(count), 'H');
+            const Mesh mesh =
+                view::makeRibbon(inOneColour(chain(helix)), RibbonStyle::forResidues(count));
+            const std::size_t most = count <= 2'000    ? 500'000
+                                     : count <= 20'000 ? 1'000'000
+                                                       : 350'000;
+            QVERIFY2(mesh.triangles.size() <= most, qPrintable(QString::number(count)));
+            QVERIFY(mesh.triangles.size() > 90'000);
+        }
+    }
+
+    void garbageMakesAWholeMesh() {
+        std::mt19937 random(8);
+        std::uniform_real_distribution<float> near(-2, 2);
+        constexpr std::array<float, 5> bad = {notANumber, std::numeric_limits<float>::infinity(),
+                                              1e30F, -1e-40F, 9.9e6F};
+        constexpr std::array<char, 6> letters = {'H', 'G', 'E', 'E', 'T', ' '};
+        for (int turn = 0; turn < 300; ++turn) {
+            Residues residues(20);
+            for (std::size_t i = 0; i < residues.size(); ++i) {
+                RibbonResidue& residue = residues[i];
+                residue.guide = {near(random), near(random), near(random)};
+                residue.direction = {near(random), near(random), near(random)};
+                residue.structure =
+                    static_cast<SecondaryStructure>(letters[random() % letters.size()]);
+                residue.isShown = random() % 10 != 0;
+                residue.colour = static_cast<view::Colour>(random() % 3);
+                if (i > 0 && random() % 4 == 0)
+                    residue.guide = residues[i - 1].guide;
+                if (random() % 20 == 0)
+                    residue.guide[random() % 3] = bad[random() % bad.size()];
+                if (random() % 5 == 0)
+                    residue.direction[random() % 3] = bad[random() % bad.size()];
+                if (random() % 10 == 0)
+                    residue.kind = RibbonResidue::Kind::Nucleotide;
+            }
+            QVERIFY(isWhole(view::makeRibbon(residues, plainStyle())));
+        }
+    }
+};
+
+REGISTER_TEST(RibbonTest)
+#include "RibbonTest.moc"

@@ -1,0 +1,270 @@
+#include "Ribbon.h"
+
+#include "RibbonBody.h"
+#include "RibbonPath.h"
+#include "render/Camera.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace view {
+
+namespace {
+
+using Kind = RibbonResidue::Kind;
+
+// Å between the guide points of linked residues. CA are 3.8 Å apart, and 5.4 Å with the longest
+// peptide bond that is one; P up to 7.5 Å.
+constexpr double farthestAminoAcid = 5.5;
+constexpr double farthestNucleotide = 9.0;
+
+bool isPlace(const Point& point) {
+    return std::all_of(point.begin(), point.end(), [](float x) { return std::abs(x) <= farthest; });
+}
+
+bool areLinked(const RibbonResidue& a, const RibbonResidue& b) {
+    const double limit = a.kind == Kind::AminoAcid ? farthestAminoAcid : farthestNucleotide;
+    return a.chain == b.chain && a.kind == b.kind &&
+           distance(vectorOf(a.guide), vectorOf(b.guide)) <= limit;
+}
+
+bool isHelix(SecondaryStructure structure) {
+    return structure == SecondaryStructure::AlphaHelix || structure == SecondaryStructure::Helix3 ||
+           structure == SecondaryStructure::HelixPi;
+}
+
+enum class Form : std::uint8_t { Tube, Helix, Strand, Band };
+
+Form formOf(const RibbonResidue& residue) {
+    if (residue.kind == Kind::Nucleotide)
+        return Form::Band;
+    if (isHelix(residue.structure))
+        return Form::Helix;
+    return residue.structure == SecondaryStructure::Strand ? Form::Strand : Form::Tube;
+}
+
+double smoothStep(double t) {
+    return t * t * (3 - 2 * t);
+}
+
+// The ribbon of residues that are linked.
+class Chain {
+public:
+    Chain(std::span<const RibbonResidue> residues, const RibbonStyle& style, BodyMaker& bodies)
+        : m_residues(residues), m_style(style), m_bodies(bodies), m_steps(style.subdivisions) {
+        for (const RibbonResidue& residue : residues) {
+            m_forms.push_back(formOf(residue));
+            m_guides.push_back(vectorOf(residue.guide));
+            m_directions.push_back(
+                isPlace(residue.direction) ? unitOr(vectorOf(residue.direction), {}) : Vector{});
+        }
+        for (std::size_t i = 0; i < residues.size(); ++i) {
+            // The width of a band is across the path and across the direction to the base.
+            if (m_forms[i] == Form::Band)
+                m_directions[i] =
+                    cross(m_directions[i], m_guides[std::min(i + 1, residues.size() - 1)] -
+                                               m_guides[std::max<std::size_t>(i, 1) - 1]);
+        }
+        forEachRun([&](std::size_t from, std::size_t to) {
+            if (to - from == 1 && m_forms[from] != Form::Band)
+                m_forms[from] = Form::Tube;
+        });
+    }
+
+    void draw() {
+        if (m_residues.size() == 1) {
+            if (m_residues[0].isShown)
+                m_bodies.addBall(m_guides[0], m_style.loneRadius, m_residues[0].colour,
+                                 m_residues[0].id);
+            return;
+        }
+        smoothStrands();
+        m_path = ribbonPath(m_guides, m_directions, m_steps);
+        std::size_t drawn = 0; // the first residue that is not in a body yet
+        forEachRun([&](std::size_t from, std::size_t to) {
+            if (m_forms[from] != Form::Strand)
+                return;
+            drawRound(drawn, from);
+            drawStrand(from, to);
+            drawn = to;
+        });
+        drawRound(drawn, m_residues.size());
+    }
+
+private:
+    // Calls `visit` for the residues from `from` up to `to`, which is not included, that have one
+    // form.
+    template <class Visit> void forEachRun(const Visit& visit) {
+        for (std::size_t from = 0; from < m_forms.size();) {
+            std::size_t to = from + 1;
+            while (to < m_forms.size() && m_forms[to] == m_forms[from])
+                ++to;
+            visit(from, to);
+            from = to;
+        }
+    }
+
+    // CA zigzag about the middle of a strand from residue to residue, and so do the directions of
+    // C=O. The mean with half of each neighbour has none of a zigzag.
+    void smoothStrands() {
+        const std::vector<Vector> guides = m_guides;
+        std::vector<Vector> directions = m_directions;
+        for (std::size_t i = 1; i < directions.size(); ++i)
+            if (dot(directions[i], directions[i - 1]) < 0)
+                directions[i] = directions[i] * -1;
+        for (std::size_t i = 0; i < guides.size(); ++i) {
+            if (m_forms[i] != Form::Strand)
+                continue;
+            if (i > 0 && i + 1 < guides.size())
+                m_guides[i] = (guides[i - 1] + guides[i] * 2 + guides[i + 1]) * 0.25;
+            m_directions[i] = directions[i] * 2;
+            for (const std::size_t j : {i - 1, i + 1})
+                if (j < guides.size() && m_forms[j] == Form::Strand)
+                    m_directions[i] = m_directions[i] + directions[j];
+        }
+    }
+
+    // The residue that has the part of the path after a point.
+    std::size_t residueAfter(std::size_t point) const { return (point + m_steps / 2) / m_steps; }
+
+    // The points half-way to the residues before and after.
+    std::size_t begin(std::size_t residue) const {
+        return residue == 0 ? 0 : residue * m_steps - m_steps / 2;
+    }
+    std::size_t end(std::size_t residue) const {
+        return std::min(residue * m_steps + m_steps / 2, m_path.size() - 1);
+    }
+
+    std::array<double, 2> roundSize(Form form) const {
+        switch (form) {
+        case Form::Helix:
+            return {m_style.helixHalfWidth, m_style.helixHalfThickness};
+        case Form::Band:
+            return {m_style.nucleicHalfWidth, m_style.nucleicHalfThickness};
+        default:
+            return {m_style.coilRadius, m_style.coilRadius};
+        }
+    }
+
+    BodySection section(std::size_t point, double halfWidth, double halfThickness,
+                        double narrowing = 0) const {
+        const std::size_t residue = std::min(residueAfter(point), m_residues.size() - 1);
+        return {
+            m_path[point],         halfWidth, halfThickness, narrowing, m_residues[residue].colour,
+            m_residues[residue].id};
+    }
+
+    BodySection roundSection(std::size_t point) const {
+        const std::size_t residue = point / m_steps;
+        const std::size_t next = std::min(residue + 1, m_residues.size() - 1);
+        const double way = smoothStep(static_cast<double>(point % m_steps) / m_steps);
+        const auto [fromWidth, fromThickness] = roundSize(m_forms[residue]);
+        const auto [toWidth, toThickness] = roundSize(m_forms[next]);
+        return section(point, fromWidth + (toWidth - fromWidth) * way,
+                       fromThickness + (toThickness - fromThickness) * way);
+    }
+
+    // Calls `draw` for the points of each body that shows what is shown between two points of the
+    // path, both included.
+    template <class Draw>
+    void forEachShown(std::size_t from, std::size_t to, const Draw& draw) const {
+        for (std::size_t at = from; at < to;) {
+            const std::size_t first = residueAfter(at);
+            std::size_t last = first;
+            while (end(last) < to && m_residues[last + 1].isShown == m_residues[first].isShown)
+                ++last;
+            const std::size_t next = std::min(end(last), to);
+            if (m_residues[first].isShown)
+                draw(at, next);
+            at = next;
+        }
+    }
+
+    void drawRound(std::size_t from, std::size_t to) {
+        if (from == to)
+            return;
+        forEachShown(begin(from), end(to - 1), [&](std::size_t first, std::size_t last) {
+            m_sections.clear();
+            for (std::size_t point = first; point <= last; ++point)
+                m_sections.push_back(roundSection(point));
+            m_bodies.addRound(m_sections);
+        });
+    }
+
+    void drawStrand(std::size_t from, std::size_t to) {
+        const std::size_t strandBegin = begin(from);
+        const std::size_t strandEnd = end(to - 1);
+        // The head of the arrow is one and a half residues long.
+        const std::size_t headSteps = std::min(m_steps + m_steps / 2, strandEnd - strandBegin);
+        const std::size_t headBegin = strandEnd - headSteps;
+        const double thickness = m_style.strandHalfThickness;
+        forEachShown(strandBegin, headBegin, [&](std::size_t first, std::size_t last) {
+            m_sections.clear();
+            for (std::size_t point = first; point <= last; ++point)
+                m_sections.push_back(section(point, m_style.strandHalfWidth, thickness));
+            m_bodies.addFlat(m_sections);
+        });
+        double headLength = 0;
+        for (std::size_t point = headBegin; point < strandEnd; ++point)
+            headLength += distance(m_path[point].place, m_path[point + 1].place);
+        // The tip is as wide as the tube that goes on there.
+        const double narrowing = m_style.arrowHalfWidth - m_style.coilRadius;
+        const double slope = headLength > 0 ? narrowing / headLength : 0;
+        forEachShown(headBegin, strandEnd, [&](std::size_t first, std::size_t last) {
+            m_sections.clear();
+            for (std::size_t point = first; point <= last; ++point) {
+                const double way =
+                    static_cast<double>(point - headBegin) / static_cast<double>(headSteps);
+                m_sections.push_back(
+                    section(point, m_style.arrowHalfWidth - narrowing * way, thickness, slope));
+            }
+            m_bodies.addFlat(m_sections);
+        });
+    }
+
+    std::span<const RibbonResidue> m_residues;
+    const RibbonStyle& m_style;
+    BodyMaker& m_bodies;
+    std::size_t m_steps;
+    std::vector<Form> m_forms;
+    std::vector<Vector> m_guides;
+    std::vector<Vector> m_directions;
+    std::vector<PathPoint> m_path;
+    std::vector<BodySection> m_sections;
+};
+
+} // namespace
+
+RibbonStyle RibbonStyle::forResidues(std::size_t count) {
+    RibbonStyle style;
+    if (count > 2'000) {
+        style.subdivisions = 4;
+        style.corners = 6;
+    }
+    if (count > 20'000) {
+        style.subdivisions = 2;
+        style.corners = 4;
+    }
+    return style;
+}
+
+Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& style) {
+    Mesh mesh;
+    RibbonStyle valid = style;
+    valid.subdivisions = std::max(2U, style.subdivisions + style.subdivisions % 2);
+    valid.corners = std::max(3U, style.corners);
+    BodyMaker bodies(mesh, valid.corners);
+    for (std::size_t from = 0; from < residues.size();) {
+        std::size_t to = from + 1;
+        if (isPlace(residues[from].guide)) {
+            while (to < residues.size() && isPlace(residues[to].guide) &&
+                   areLinked(residues[to - 1], residues[to]))
+                ++to;
+            Chain(residues.subspan(from, to - from), valid, bodies).draw();
+        }
+        from = to;
+    }
+    return mesh;
+}
+
+} // namespace view

@@ -1,0 +1,63 @@
+// Ribbons along the chains of proteins and nucleic acids: from residues to a mesh.
+#pragma once
+
+#include "SecondaryStructure.h"
+#include "render/Scene.h"
+
+#include <cstdint>
+#include <span>
+
+namespace view {
+
+/// A residue as the ribbon passes it. Residues that follow each other are linked when they have the
+/// same chain and kind and their guide points are near enough: 5.5 Å for amino acids, 9 Å for
+/// nucleotides.
+struct RibbonResidue {
+    enum class Kind : std::uint8_t { AminoAcid, Nucleotide };
+
+    /// Å: CA, or P (C4' where there is none); not finite where there is no such atom, which breaks
+    /// the chain.
+    Point guide = missingAtom;
+    /// Of any length: for amino acids from C to O, for nucleotides from the guide to the base; 0 or
+    /// not finite if unknown.
+    Point direction{};
+    SecondaryStructure structure = SecondaryStructure::Coil;
+    Kind kind = Kind::AminoAcid;
+    bool isShown = true; ///< if not, the ribbon has a gap here, and its path is as if it were shown
+    std::uint32_t chain = 0;
+    Colour colour = 0;
+    Id id = noId;
+};
+
+/// What ribbons look like, lengths in Å, and how finely they are drawn. A residue has about 2 *
+/// subdivisions * corners triangles, and 16 * subdivisions in a strand.
+struct RibbonStyle {
+    unsigned subdivisions = 10; ///< steps from residue to residue; an odd number counts as the next
+    unsigned corners = 12;      ///< of the cross-section of tubes and helices, at least 3
+
+    double coilRadius = 0.3;
+    double helixHalfWidth = 1.3;
+    double helixHalfThickness = 0.25;
+    double strandHalfWidth = 1.1;
+    double strandHalfThickness = 0.25;
+    double arrowHalfWidth = 1.9;
+    double nucleicHalfWidth = 0.9;
+    double nucleicHalfThickness = 0.3;
+    double loneRadius = 0.6;
+
+    /// As fine as a structure of this many residues can be drawn: at most 0.5 M triangles up to
+    /// 2,000 residues, 1 M up to 20,000, and 16 a residue beyond.
+    static RibbonStyle forResidues(std::size_t count);
+};
+
+/// The ribbons of all chains, as bodies that are closed each: helices (H, G, I) as bands with a
+/// cross-section like an ellipse, strands (E) as arrows with sharp edges, everything else as tubes,
+/// nucleic acids as bands whose flat sides face the bases. The path of strands is smoothed.
+///
+/// A helix or strand of one residue is drawn as a tube. A residue that is linked to none is a ball
+/// around its guide point.
+///
+/// A residue's part reaches half-way to its neighbours, and has its colour and its id.
+Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& style);
+
+} // namespace view

@@ -1,0 +1,143 @@
+#include "RibbonBody.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace view {
+
+BodyMaker::Shape BodyMaker::roundShape(unsigned corners) {
+    Shape shape;
+    for (unsigned i = 0; i < corners; ++i) {
+        const double angle = 2 * std::numbers::pi * i / corners;
+        const double c = std::cos(angle);
+        const double s = std::sin(angle);
+        shape.corners.push_back({c, s, c, s});
+        shape.sides.push_back({i, (i + 1) % corners});
+        shape.outline.push_back(i);
+    }
+    return shape;
+}
+
+BodyMaker::Shape BodyMaker::flatShape() {
+    // Each place has two corners, one for each of its sides with its own normal.
+    return {{{1, -1, 1, 0},
+             {1, 1, 1, 0},
+             {1, 1, 0, 1},
+             {-1, 1, 0, 1},
+             {-1, 1, -1, 0},
+             {-1, -1, -1, 0},
+             {-1, -1, 0, -1},
+             {1, -1, 0, -1}},
+            {{0, 1}, {2, 3}, {4, 5}, {6, 7}},
+            {0, 2, 4, 6}};
+}
+
+BodyMaker::BodyMaker(Mesh& mesh, unsigned corners)
+    : m_mesh(mesh), m_corners(corners), m_round(roundShape(corners)), m_flat(flatShape()) {}
+
+void BodyMaker::addRound(const std::vector<BodySection>& sections) {
+    add(m_round, sections);
+}
+
+void BodyMaker::addFlat(const std::vector<BodySection>& sections) {
+    add(m_flat, sections);
+}
+
+std::uint32_t BodyMaker::addVertex(const Vector& place, const Vector& normal, Colour colour) {
+    m_mesh.vertices.push_back(pointOf(place));
+    m_mesh.normals.push_back(pointOf(normal));
+    m_mesh.colours.push_back(colour);
+    return static_cast<std::uint32_t>(m_mesh.vertices.size() - 1);
+}
+
+void BodyMaker::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Id id) {
+    m_mesh.triangles.push_back({a, b, c});
+    m_mesh.ids.push_back(id);
+}
+
+std::uint32_t BodyMaker::addSection(const Shape& shape, const BodySection& section, Colour colour) {
+    const auto first = static_cast<std::uint32_t>(m_mesh.vertices.size());
+    const PathPoint& at = section.point;
+    for (const Corner& corner : shape.corners) {
+        const Vector place = at.place + at.across * (corner.across * section.halfWidth) +
+                             at.up * (corner.up * section.halfThickness);
+        // The normal of an ellipse leans to its short axis, as does that of a rectangle trivially.
+        const double across = corner.normalAcross * section.halfThickness;
+        const double up = corner.normalUp * section.halfWidth;
+        const Vector normal =
+            at.across * across + at.up * up + at.along * (std::abs(across) * section.narrowing);
+        addVertex(place, unitOr(normal, at.across), colour);
+    }
+    return first;
+}
+
+void BodyMaker::addCap(const Shape& shape, const BodySection& section, bool isEnd, Colour colour,
+                       Id id) {
+    const PathPoint& at = section.point;
+    const Vector normal = at.along * (isEnd ? 1 : -1);
+    std::vector<std::uint32_t>::size_type count = 0;
+    std::uint32_t first = 0;
+    std::uint32_t before = 0;
+    for (const std::uint32_t index : shape.outline) {
+        const Corner& corner = shape.corners[index];
+        const Vector place = at.place + at.across * (corner.across * section.halfWidth) +
+                             at.up * (corner.up * section.halfThickness);
+        const std::uint32_t vertex = addVertex(place, normal, colour);
+        if (count == 0)
+            first = vertex;
+        else if (count > 1 && isEnd)
+            addTriangle(first, before, vertex, id);
+        else if (count > 1)
+            addTriangle(first, vertex, before, id);
+        before = vertex;
+        ++count;
+    }
+}
+
+void BodyMaker::add(const Shape& shape, const std::vector<BodySection>& sections) {
+    addCap(shape, sections.front(), false, sections.front().colour, sections.front().id);
+    std::uint32_t from = addSection(shape, sections.front(), sections.front().colour);
+    const std::size_t last = sections.size() - 1;
+    for (std::size_t i = 0; i < last; ++i) {
+        const BodySection& begin = sections[i];
+        const std::uint32_t to = addSection(shape, sections[i + 1], begin.colour);
+        for (const auto& [a, b] : shape.sides) {
+            addTriangle(from + a, from + b, to + b, begin.id);
+            addTriangle(from + a, to + b, to + a, begin.id);
+        }
+        // Where the colour changes, it does so sharply.
+        const bool isOther = i + 1 < last && sections[i + 1].colour != begin.colour;
+        from = isOther ? addSection(shape, sections[i + 1], sections[i + 1].colour) : to;
+    }
+    addCap(shape, sections.back(), true, sections[last - 1].colour, sections[last - 1].id);
+}
+
+void BodyMaker::addBall(const Vector& centre, double radius, Colour colour, Id id) {
+    const unsigned rings = std::max(2U, m_corners / 2);
+    const auto vertexAt = [&](double angle, const Corner& corner) {
+        const Vector normal = {std::sin(angle) * corner.across, std::sin(angle) * corner.up,
+                               -std::cos(angle)};
+        return addVertex(centre + normal * radius, normal, colour);
+    };
+    const std::uint32_t bottom = vertexAt(0, {0, 0, 0, 0});
+    std::uint32_t from = 0;
+    for (unsigned ring = 1; ring < rings; ++ring) {
+        const auto to = static_cast<std::uint32_t>(m_mesh.vertices.size());
+        for (const Corner& corner : m_round.corners)
+            vertexAt(std::numbers::pi * ring / rings, corner);
+        for (const auto& [a, b] : m_round.sides) {
+            if (ring == 1) {
+                addTriangle(bottom, to + b, to + a, id);
+            } else {
+                addTriangle(from + a, from + b, to + b, id);
+                addTriangle(from + a, to + b, to + a, id);
+            }
+        }
+        from = to;
+    }
+    const std::uint32_t top = vertexAt(std::numbers::pi, {0, 0, 0, 0});
+    for (const auto& [a, b] : m_round.sides)
+        addTriangle(from + a, from + b, top, id);
+}
+
+} // namespace view
