@@ -1,6 +1,4 @@
 // Selecting by clicks, and what the pointer is over.
-#include "DataDelete.h"
-#include "DataPoint.h"
 #include "ViewTestCase.h"
 
 using namespace view_tools;

@@ -2,6 +2,9 @@
 // waiting for pictures.
 #pragma once
 
+#include "DataAdder.h"
+#include "DataDelete.h"
+#include "DataPoint.h"
 #include "SceneTools.h"
 #include "TestSupport.h"
 #include "window/Canvas.h"

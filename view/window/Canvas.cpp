@@ -33,7 +33,7 @@ bool isPlace(const Point& point) {
 Canvas::Canvas(QWidget* parent)
     : QWidget(parent), m_thread([this](Drawn drawn) {
           QMetaObject::invokeMethod(
-              this, [this, drawn = std::move(drawn)]() mutable { show(std::move(drawn)); },
+              this, [this, drawn = std::move(drawn)]() mutable { take(std::move(drawn)); },
               Qt::QueuedConnection);
       }) {
     setFocusPolicy(Qt::StrongFocus);
@@ -174,7 +174,7 @@ void Canvas::sendOrder() {
     m_thread.order(m_order);
 }
 
-void Canvas::show(Drawn drawn) {
+void Canvas::take(Drawn drawn) {
     m_drawn = std::move(drawn);
     update();
     if (m_drag == Drag::None)

@@ -87,7 +87,7 @@ protected:
 private:
     enum class Drag { None, Turn, Move, Slab };
 
-    void show(Drawn drawn);
+    void take(Drawn drawn);
     /// Orders a picture; a quick one, with a whole one to follow once nothing moves, if asked for.
     /// Several orders of one event become one.
     void order(bool isMoving);

@@ -1,0 +1,240 @@
+// What is drawn of the data, by representation, kind of residue, visibility and colour.
+#include "scene/SceneMaker.h"
+#include "scene/DataReader.h"
+#include "scene/VanDerWaals.h"
+
+#include "SceneTools.h"
+#include "TestSupport.h"
+
+#include <set>
+
+using namespace scene_tools;
+using view::Look;
+using view::Representation;
+using view::Scene;
+using view::SceneMaker;
+
+namespace {
+
+/// A scene of the data as they are now.
+Scene sceneOf(const Look& look) {
+    view::DataReader reader;
+    reader.read();
+    return *SceneMaker().scene(reader.snapshot(), look);
+}
+Scene sceneOf(Representation representation, bool showWaters = false) {
+    return sceneOf({representation, showWaters});
+}
+
+/// The points that balls are around.
+std::vector<std::uint32_t> balls(const Scene& scene) {
+    std::vector<std::uint32_t> points;
+    for (const view::Ball& ball : scene.balls)
+        points.push_back(ball.point);
+    return points;
+}
+
+using Points = std::vector<std::uint32_t>;
+
+/// Two linked amino acids, a ligand of two atoms, an ion and a water: atoms 0 to 9, 10 and 11, 12,
+/// 13. Bonds 0-1, 1-2, 10-11.
+Structure mixed() {
+    Structure made;
+    made.add("ALA 1", alanine(0));
+    made.add("ALA 2", alanine(3.8F));
+    made.add("LIG 3", {{"C1", "C", {20, 0, 0}}, {"C2", "C", {21.5F, 0, 0}}});
+    made.add("ZN 4", {{"ZN", "Zn", {30, 0, 0}}});
+    made.add("HOH 5", {{"O", "O", {40, 0, 0}}});
+    made.bond(0, 1);
+    made.bond(1, 2);
+    made.bond(10, 11);
+    return made;
+}
+
+} // namespace
+
+class SceneMakerTest : public test_support::TestCase {
+    Q_OBJECT
+private slots:
+    void everyAtomHasAPointWithItsColourAndId() {
+        const Structure made = mixed().attach();
+        made.atoms[3]->SetColor(Color(0xff102030U));
+        const Scene scene = sceneOf(Representation::Spheres);
+        QCOMPARE(scene.points.size(), std::size_t(14));
+        QCOMPARE(scene.points[12], (view::Point{30, 0, 0}));
+        for (std::size_t i = 0; i != made.atoms.size(); ++i) {
+            QCOMPARE(scene.colours[i], made.atoms[i]->GetColor().rgba());
+            QCOMPARE(scene.ids[i], view::idOf(i));
+        }
+        QCOMPARE(scene.colours[3], 0xff102030U);
+    }
+
+    void spheresHaveTheVanDerWaalsRadius() {
+        mixed().attach();
+        const Scene scene = sceneOf(Representation::Spheres, true);
+        QCOMPARE(scene.balls.size(), std::size_t(14));
+        QCOMPARE(scene.balls[0].radius, 1.55F);
+        QCOMPARE(scene.balls[1].radius, 1.70F);
+        QCOMPARE(scene.balls[12].radius, 1.39F);
+        QVERIFY(scene.sticks.empty() && scene.lines.empty() && scene.dots.empty());
+    }
+
+    void pointsAreDotsAndNothingElse() {
+        mixed().attach();
+        const Scene scene = sceneOf(Representation::Points);
+        QCOMPARE(scene.dots, (Points{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+        QVERIFY(scene.sticks.empty() && scene.lines.empty() && scene.balls.empty());
+    }
+
+    void atomsWithoutABondAreDotsAmongLinesAndBallsAmongSticks() {
+        mixed().attach();
+        const Scene lines = sceneOf(Representation::Lines);
+        QCOMPARE(lines.lines.size(), std::size_t(3));
+        QCOMPARE(lines.lines[2].from, 10U);
+        QCOMPARE(lines.lines[2].to, 11U);
+        QCOMPARE(lines.dots, (Points{3, 4, 5, 6, 7, 8, 9, 12}));
+        const Scene sticks = sceneOf(Representation::Sticks);
+        QCOMPARE(sticks.sticks.size(), std::size_t(3));
+        QCOMPARE(balls(sticks), (Points{3, 4, 5, 6, 7, 8, 9, 12}));
+        QVERIFY(sticks.balls[0].radius >= sticks.stickRadius);
+    }
+
+    void ballsOnSticksAreThickerThanTheSticks() {
+        mixed().attach();
+        const Scene scene = sceneOf(Representation::BallAndStick);
+        QCOMPARE(scene.sticks.size(), std::size_t(3));
+        QCOMPARE(scene.balls.size(), std::size_t(13));
+        for (const view::Ball& ball : scene.balls)
+            QVERIFY(ball.radius > scene.stickRadius && ball.radius < 1);
+    }
+
+    void hiddenAtomsAndTheirBondsAreLeftOut() {
+        const Structure made = mixed().attach();
+        made.atoms[10]->SetVisible(false);
+        made.residues[0]->SetVisible(false);
+        const Scene scene = sceneOf(Representation::BallAndStick);
+        QVERIFY(scene.sticks.empty());
+        QCOMPARE(balls(scene), (Points{5, 6, 7, 8, 9, 11, 12}));
+        QCOMPARE(scene.points.size(), std::size_t(14));
+    }
+
+    void onlyTheActiveModelIsDrawn() {
+        Structure made;
+        TAVIK::Compound* residue = made.add(
+            "SER 1",
+            {{"CA", "C", {0, 0, 0}}, {"CB", "C", {1.5F, 0, 0}, 1}, {"CB", "C", {0, 1.5F, 0}, 2}});
+        made.bond(0, 1);
+        made.bond(0, 2);
+        made.attach();
+        Scene scene = sceneOf(Representation::Sticks);
+        QCOMPARE(scene.sticks.size(), std::size_t(1));
+        QCOMPARE(scene.sticks[0].to, 1U);
+        residue->NextModel();
+        scene = sceneOf(Representation::Sticks);
+        QCOMPARE(scene.sticks.size(), std::size_t(1));
+        QCOMPARE(scene.sticks[0].to, 2U);
+    }
+
+    void watersAreDrawnWhenAskedForOrWhenThereIsNothingElse() {
+        const Structure made = mixed().attach();
+        QCOMPARE(balls(sceneOf(Representation::Spheres)).back(), 12U);
+        QCOMPARE(balls(sceneOf(Representation::Spheres, true)).back(), 13U);
+        TAVIK::DataMaker::Destroy(made.entry);
+        Structure waters;
+        waters.add("HOH 1", {{"O", "O", {0, 0, 0}}});
+        waters.attach();
+        QCOMPARE(balls(sceneOf(Representation::Spheres)), (Points{0}));
+    }
+
+    void aRibbonLeavesLigandsAsSticksAndIonsAsSpheres() {
+        mixed().attach();
+        const Scene scene = sceneOf(Representation::Ribbon);
+        QCOMPARE(scene.sticks.size(), std::size_t(1));
+        QCOMPARE(scene.sticks[0].from, 10U);
+        QCOMPARE(balls(scene), (Points{12}));
+        QCOMPARE(scene.balls[0].radius, 1.39F);
+    }
+
+    void aResidueThatHoldsALigandIsDrawnInARibbon() {
+        Structure made = mixed();
+        made.bond(4, 10);
+        made.attach();
+        const Scene scene = sceneOf(Representation::Ribbon);
+        std::set<std::pair<std::uint32_t, std::uint32_t>> sticks;
+        for (const view::Segment& stick : scene.sticks)
+            sticks.insert({stick.from, stick.to});
+        QCOMPARE(sticks, (std::set<std::pair<std::uint32_t, std::uint32_t>>{
+                             {0, 1}, {1, 2}, {4, 10}, {10, 11}}));
+    }
+
+    void modifiedResiduesOfARibbonAreSticks() {
+        Structure made;
+        made.add("ALA 1", alanine(0));
+        made.add("MSE 2", alanine(3.8F));
+        made.bond(0, 1);
+        made.bond(5, 6);
+        made.attach();
+        const Scene scene = sceneOf(Representation::Ribbon);
+        QCOMPARE(scene.sticks.size(), std::size_t(1));
+        QCOMPARE(scene.sticks[0].from, 5U);
+    }
+
+    void theFirstPictureOfAFewAtomsIsBallsAndSticks() {
+        mixed().attach();
+        const Scene scene = sceneOf(Representation::Automatic);
+        QCOMPARE(scene.balls.size(), std::size_t(13));
+        QCOMPARE(scene.sticks.size(), std::size_t(3));
+    }
+
+    void theFirstPictureOfManyAtomsIsSticksWithoutAPolymer() {
+        Structure made;
+        for (int i = 0; i <= int(view::smallEntry); ++i)
+            made.add("UNL " + std::to_string(i), {{"C1", "C", {2.0F * float(i), 0, 0}}});
+        for (std::size_t i = 1; i <= view::smallEntry; ++i)
+            made.bond(i - 1, i);
+        made.attach();
+        const Scene scene = sceneOf(Representation::Automatic);
+        QCOMPARE(scene.sticks.size(), view::smallEntry);
+        QVERIFY(scene.balls.empty());
+    }
+
+    void theSameDataGiveTheSameScene() {
+        const Structure made = mixed().attach();
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        const auto scene = maker.scene(reader.snapshot(), {});
+        made.atoms[0]->SetSelected(true);
+        reader.refresh();
+        QCOMPARE(maker.scene(reader.snapshot(), {}), scene);
+        made.atoms[0]->SetColor(Color(0xff00ff00U));
+        reader.refresh();
+        const auto other = maker.scene(reader.snapshot(), {});
+        QVERIFY(other != scene);
+        QCOMPARE(other->colours[0], 0xff00ff00U);
+    }
+
+    void aMovingSceneHasADotForEachAtomThatIsDrawn() {
+        const Structure made = mixed().attach();
+        made.atoms[11]->SetVisible(false);
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        QVERIFY(!maker.dots());
+        maker.scene(reader.snapshot(), {Representation::Spheres, false});
+        std::vector<view::Id> ids;
+        for (const std::uint32_t dot : maker.dots()->dots)
+            ids.push_back(maker.dots()->ids[dot]);
+        QCOMPARE(ids, (std::vector<view::Id>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13}));
+        QVERIFY(maker.dots()->balls.empty());
+    }
+
+    void noPictureIsMadeOfNothing() {
+        const Scene scene = sceneOf(Representation::Automatic);
+        QVERIFY(scene.points.empty() && scene.balls.empty());
+        QVERIFY(view::drawnPoints({}, {}).empty());
+    }
+};
+
+REGISTER_TEST(SceneMakerTest)
+#include "SceneMakerTest.moc"
