@@ -18,6 +18,7 @@ struct ResidueEntry {
     std::uint32_t chain; ///< a number that the residues of one chain share
     ResidueKind kind;
     bool isStandard;
+    bool isProline = false;
     /// Whether it is a residue of a polymer: linked to the one before it or after it.
     bool isPolymer = false;
     bool isLinkedToPrevious = false;

@@ -166,6 +166,7 @@ private:
         } else if (!m_name.empty()) {
             residue.kind = residueKind(m_name, m_atoms);
             residue.isStandard = isStandard(m_name);
+            residue.isProline = m_name == "PRO";
         }
         m_name.clear();
     }

@@ -139,6 +139,9 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
     m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
     auto scene = std::make_shared<Scene>();
     Making(*snapshot.contents, *snapshot.marks, m_styles, *scene).run();
+    for (const auto& mesh : m_ribbons.meshes(snapshot.contents, *snapshot.marks, m_styles))
+        if (!mesh->triangles.empty())
+            scene->meshes.push_back(mesh);
     m_scene = std::move(scene);
     return m_scene;
 }

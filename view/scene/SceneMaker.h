@@ -3,6 +3,7 @@
 
 #include "Contents.h"
 #include "Look.h"
+#include "Ribbons.h"
 #include "Styles.h"
 #include "render/Scene.h"
 
@@ -30,6 +31,7 @@ private:
     Snapshot m_snapshot;
     Look m_look;
     Styles m_styles;
+    Ribbons m_ribbons;
     std::shared_ptr<const Scene> m_scene;
     std::shared_ptr<const Scene> m_dots;
 };

@@ -31,7 +31,7 @@ Representation representationOf(Representation wanted, const EntryFacts& facts) 
         return wanted;
     if (facts.atoms <= smallEntry)
         return Representation::BallAndStick;
-    return facts.hasPolymer ? Representation::Spheres : Representation::Sticks;
+    return facts.hasPolymer ? Representation::Ribbon : Representation::Sticks;
 }
 
 // The style of a residue's atoms; those of a ribbon have none of their own.

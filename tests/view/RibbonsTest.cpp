@@ -1,0 +1,162 @@
+// The ribbons of the data: which atoms they pass, and that only what changed is made again.
+#include "scene/DataReader.h"
+#include "scene/SceneMaker.h"
+
+#include "SceneTools.h"
+#include "TestSupport.h"
+
+#include <set>
+
+using namespace scene_tools;
+using view::Representation;
+using view::SceneMaker;
+
+namespace {
+
+constexpr view::Look ribbon{Representation::Ribbon, false};
+
+std::set<view::Id> idsOf(const view::Mesh& mesh) {
+    return {mesh.ids.begin(), mesh.ids.end()};
+}
+std::set<view::Colour> coloursOf(const view::Mesh& mesh) {
+    return {mesh.colours.begin(), mesh.colours.end()};
+}
+
+/// Two chains of four alanines each, 40 Å apart: atoms 0 to 19 and 20 to 39. CA are the second of
+/// five.
+struct TwoChains {
+    TwoChains() {
+        auto* const second = TAVIK::DataMaker::makeCore(first.entry, "B", "Molecule");
+        auto* const groups = TAVIK::DataMaker::makeCore(second, "Groups", "Composite");
+        for (int i = 0; i != 4; ++i)
+            first.add("ALA " + std::to_string(i), alanine(3.8F * float(i)));
+        first.groups = groups;
+        for (int i = 0; i != 4; ++i)
+            first.add("ALA " + std::to_string(i), alanine(60 + 3.8F * float(i)));
+        first.attach();
+    }
+    Structure first;
+};
+
+} // namespace
+
+class RibbonsTest : public test_support::TestCase {
+    Q_OBJECT
+private slots:
+    void aChainHasAMeshWithTheIdsAndColoursOfItsAlphaCarbons() {
+        TwoChains made;
+        made.first.atoms[6]->SetColor(Color(0xff0000ffU));
+        view::DataReader reader;
+        reader.read();
+        const auto scene = SceneMaker().scene(reader.snapshot(), ribbon);
+        QCOMPARE(scene->meshes.size(), std::size_t(2));
+        const auto id = [](std::size_t atom) { return view::idOf(atom); };
+        QCOMPARE(idsOf(*scene->meshes[0]), (std::set<view::Id>{id(1), id(6), id(11), id(16)}));
+        QCOMPARE(idsOf(*scene->meshes[1]), (std::set<view::Id>{id(21), id(26), id(31), id(36)}));
+        QVERIFY(coloursOf(*scene->meshes[0]).count(0xff0000ffU));
+        QCOMPARE(coloursOf(*scene->meshes[1]),
+                 std::set<view::Colour>{made.first.atoms[1]->GetColor().rgba()});
+        QVERIFY(scene->balls.empty() && scene->sticks.empty());
+    }
+
+    void onlyTheChainThatChangedIsMadeAgain() {
+        TwoChains made;
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        const auto before = maker.scene(reader.snapshot(), ribbon);
+        made.first.atoms[36]->SetColor(Color(0xff00ff00U));
+        reader.refresh();
+        const auto after = maker.scene(reader.snapshot(), ribbon);
+        QCOMPARE(after->meshes.size(), std::size_t(2));
+        QCOMPARE(after->meshes[0], before->meshes[0]);
+        QVERIFY(after->meshes[1] != before->meshes[1]);
+        QVERIFY(coloursOf(*after->meshes[1]).count(0xff00ff00U));
+        // What no ribbon passes changes none.
+        made.first.atoms[39]->SetColor(Color(0xff00ff00U));
+        reader.refresh();
+        QCOMPARE(maker.scene(reader.snapshot(), ribbon)->meshes, after->meshes);
+    }
+
+    void aHiddenResidueLeavesAGap() {
+        TwoChains made;
+        made.first.residues[1]->SetVisible(false);
+        view::DataReader reader;
+        reader.read();
+        const auto scene = SceneMaker().scene(reader.snapshot(), ribbon);
+        QVERIFY(!idsOf(*scene->meshes[0]).count(view::idOf(6)));
+        QVERIFY(idsOf(*scene->meshes[0]).count(view::idOf(1)));
+    }
+
+    void aRibbonGoesAlongTheActiveModel() {
+        Structure made;
+        made.add("ALA 1", alanine(0));
+        std::vector<AtomSpec> atoms = alanine(3.8F);
+        for (AtomSpec& atom : atoms)
+            atom.model = 1;
+        const std::size_t count = atoms.size();
+        for (std::size_t i = 0; i != count; ++i) {
+            AtomSpec other = atoms[i];
+            other.model = 2;
+            other.at[2] += 0.5F;
+            atoms.push_back(other);
+        }
+        TAVIK::Compound* residue = made.add("ALA 2", atoms);
+        made.add("ALA 3", alanine(7.6F));
+        made.attach();
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        QVERIFY(idsOf(*maker.scene(reader.snapshot(), ribbon)->meshes[0]).count(view::idOf(6)));
+        residue->NextModel();
+        reader.refresh();
+        const auto ids = idsOf(*maker.scene(reader.snapshot(), ribbon)->meshes[0]);
+        QVERIFY(ids.count(view::idOf(11)) && !ids.count(view::idOf(6)));
+    }
+
+    void nucleotidesHaveABandAlongTheirPhosphorus() {
+        Structure made;
+        for (int i = 0; i != 3; ++i) {
+            const float x = 6.0F * float(i);
+            made.add("G " + std::to_string(i), {{"P", "P", {x, 0, 0}},
+                                                {"C4'", "C", {x + 2, 0, 1}},
+                                                {"C3'", "C", {x + 3, 0, 0}},
+                                                {"C1'", "C", {x + 3, 1, 0}},
+                                                {"N9", "N", {x + 3, 3, 0}},
+                                                {"O3'", "O", {x + 4.4F, 0, 0}}});
+        }
+        made.attach();
+        view::DataReader reader;
+        reader.read();
+        const auto scene = SceneMaker().scene(reader.snapshot(), ribbon);
+        QCOMPARE(scene->meshes.size(), std::size_t(1));
+        QCOMPARE(idsOf(*scene->meshes[0]), (std::set<view::Id>{1, 7, 13}));
+    }
+
+    // The models of 1d3z stand in one place: hydrogen bonds between them would be nonsense.
+    void theModelsOfAnEntryHaveTheSameStructureAloneAndTogether() {
+        memory_host::openFile(structure("1d3z.pdb").toStdString());
+        view::DataReader reader;
+        reader.read();
+        const std::size_t together =
+            SceneMaker().scene(reader.snapshot(), ribbon)->meshes[0]->triangles.size();
+        while (space()->ChildEnd() - space()->ChildBegin() > 1)
+            TAVIK::DataMaker::Destroy(*(space()->ChildEnd() - 1));
+        reader.read();
+        QCOMPARE(SceneMaker().scene(reader.snapshot(), ribbon)->meshes.size(), std::size_t(1));
+        QCOMPARE(SceneMaker().scene(reader.snapshot(), ribbon)->meshes[0]->triangles.size(),
+                 together);
+    }
+
+    void otherRepresentationsHaveNoRibbon() {
+        TwoChains made;
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        QVERIFY(!maker.scene(reader.snapshot(), ribbon)->meshes.empty());
+        QVERIFY(maker.scene(reader.snapshot(), {Representation::Spheres, false})->meshes.empty());
+    }
+};
+
+REGISTER_TEST(RibbonsTest)
+#include "RibbonsTest.moc"
