@@ -98,7 +98,8 @@ void useGrid(TAVIK::Grid* grid) {
                 "all of a new grid is shown");
         points *= static_cast<std::size_t>(grid->m_points[axis]);
     }
-    require(memory_host::gridValues(grid).size() == points, "a grid has a value for each point");
+    require(TAVIK::GetGridValues(grid)->values.size() == points,
+            "a grid has a value for each point");
     for (const float at : {0.0F, 1.0F, -1.0e30F, 7.5e9F}) {
         int place[3] = {};
         const bool isInside = grid->GetNearest(TAVIK::Vertex(at, -at, at, true), place);

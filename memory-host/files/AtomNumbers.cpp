@@ -1,6 +1,53 @@
 #include "AtomNumbers.h"
 
+#include "Fields.h"
+
 namespace memory_host {
+
+namespace {
+
+// The whole of a text as a number; nullopt for any other text.
+std::optional<std::int32_t> wholeNumber(std::string_view text, int base) {
+    std::int32_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number, base);
+    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+} // namespace
+
+std::int32_t serialNumber(std::string_view text) {
+    constexpr std::size_t width = 5;
+    constexpr std::int32_t afterDigits = 100'000;
+    constexpr std::int32_t lettersFirst = 10 * 36 * 36 * 36 * 36;
+    constexpr std::int32_t perCase = 26 * 36 * 36 * 36 * 36;
+    const bool isEncoded = text.size() == width && isLetter(text.front());
+    const std::optional<std::int32_t> number = wholeNumber(text, isEncoded ? 36 : 10);
+    if (!number || *number < 0)
+        return TAVIK::AtomDetails::noSerial;
+    if (!isEncoded)
+        return *number;
+    return *number - lettersFirst + afterDigits + (text.front() >= 'a' ? perCase : 0);
+}
+
+std::int8_t formalCharge(std::string_view text) {
+    constexpr std::int32_t most = 127;
+    if (text.empty())
+        return 0;
+    bool isNegative = false;
+    const auto isSign = [](char c) { return c == '+' || c == '-'; };
+    if (isSign(text.front())) {
+        isNegative = text.front() == '-';
+        text.remove_prefix(1);
+    } else if (isSign(text.back())) {
+        isNegative = text.back() == '-';
+        text.remove_suffix(1);
+    }
+    const std::int32_t charge = wholeNumber(text, 10).value_or(0);
+    if (charge < 0 || charge > most)
+        return 0;
+    return static_cast<std::int8_t>(isNegative ? -charge : charge);
+}
 
 void AtomNumbers::remarkOnBlank(const AtomRow& row, std::size_t line) {
     m_report.remark(FileReport::Kind::NoCoordinates, line, [&] {

@@ -4,6 +4,7 @@
 
 #include "AtomTable.h"
 #include "FileReport.h"
+#include "HostExport.h"
 
 #include <array>
 #include <cstddef>
@@ -12,6 +13,14 @@
 #include <string_view>
 
 namespace memory_host {
+
+/// An atom's serial number: decimal, or in the hybrid-36 encoding of cctbx, where A0000 follows
+/// 99999, and a0000 follows ZZZZZ. AtomDetails::noSerial for any other text, for negative numbers,
+/// and for those beyond 32 bits.
+HOST_EXPORT std::int32_t serialNumber(std::string_view text);
+/// A formal charge with its sign before or behind the number: "2+", "-1", "1". 0 for any other
+/// text, and for charges beyond 127.
+HOST_EXPORT std::int8_t formalCharge(std::string_view text);
 
 class AtomNumbers {
 public:

@@ -2,6 +2,7 @@
 // readers of all formats, from which the items are built.
 #pragma once
 
+#include "AtomDetails.h"
 #include "Bonds.h"
 #include "Elements.h"
 #include "FileNames.h"
@@ -28,14 +29,17 @@ struct AtomEntry {
     std::uint16_t alternative = 0;   ///< 0: shared by all alternative locations
     Element element = unknownElement;
     bool hasPosition = false;
+    TAVIK::AtomDetails details;
 };
 
 struct ResidueEntry {
-    std::uint32_t chain = 0;     ///< in the model's chains
-    std::uint32_t number = 0;    ///< author's number and insertion code; empty where it has none
-    std::uint32_t firstAtom = 0; ///< its atoms stand together, up to those of the next residue
-    std::uint32_t name = 0;      ///< the first one, which tells its kind
-    std::uint32_t allNames = 0;  ///< of alternative locations with different ones, as "PRO,SER"
+    std::uint32_t chain = 0;      ///< in the model's chains
+    std::uint32_t number = 0;     ///< author's number and insertion code; empty where it has none
+    std::uint32_t firstAtom = 0;  ///< its atoms stand together, up to those of the next residue
+    std::uint32_t name = 0;       ///< the first one, which tells its kind
+    std::uint32_t allNames = 0;   ///< of alternative locations with different ones, as "PRO,SER"
+    std::uint32_t labelChain = 0; ///< mmCIF's label ids of its first atom that has them
+    std::uint32_t labelNumber = 0;
 };
 
 struct ModelTable {
@@ -83,8 +87,9 @@ struct AtomRow {
     std::array<float, 3> position{};
     float temperature = 0.0F;
     TAVIK::PartialCharge partial{};
-    Serial serial = noSerial;
-    std::string_view labelChain; ///< mmCIF's label ids of the residue, or empty
+    Serial serial = noSerial;     ///< as the bonds that the file lists name it
+    TAVIK::AtomDetails details{}; ///< but for the letter
+    std::string_view labelChain;  ///< mmCIF's label ids of the residue, or empty
     std::string_view labelNumber;
 };
 

@@ -96,13 +96,14 @@ void ModelBuilder::numberConformers(std::size_t residue) {
 
 void ModelBuilder::buildAtom(Compound& parent, std::uint32_t atom) {
     const AtomEntry& entry = m_model.atoms[atom];
-    AtomRecord record;
+    TAVIK::AtomValues record;
     record.name = shownName(entry.name, m_names);
     record.type = elementSymbol(entry.element);
     record.position =
         TAVIK::Vertex(entry.position[0], entry.position[1], entry.position[2], entry.hasPosition);
     record.temperature = entry.temperature;
     record.model = m_conformers[entry.alternative];
+    record.details = entry.details;
     if (!m_model.charges.empty())
         record.partial = m_model.charges[atom];
     m_atoms[atom] = addAtom(&parent, record);
@@ -112,6 +113,8 @@ void ModelBuilder::buildAtom(Compound& parent, std::uint32_t atom) {
 void ModelBuilder::buildResidue(Compound& groups, std::size_t residue) {
     const ResidueEntry& entry = m_model.residues[residue];
     Compound* item = DataMaker::makeCore(&groups, residueLabel(entry, m_names), "Residue");
+    if (entry.labelChain != 0)
+        setLabelIds(item, {m_names.text(entry.labelChain), m_names.text(entry.labelNumber)});
     numberConformers(residue);
     const std::uint32_t end = m_model.atomEnd(residue);
     const ResidueKind kind = m_groups.kindOf(residue);
@@ -182,9 +185,9 @@ std::size_t workOf(const ModelTable& model) {
 
 std::size_t memoryOf(const ModelTable& model) {
     // Measured; a residue includes its groups and names, a chain its two composites.
-    constexpr std::size_t atom = 130;
+    constexpr std::size_t atom = 146;
     constexpr std::size_t bond = 90;
-    constexpr std::size_t residue = 200;
+    constexpr std::size_t residue = 208;
     constexpr std::size_t chain = 700;
     return model.atoms.size() * atom + model.bonds.size() * bond + model.residues.size() * residue +
            (model.chains.size() + 1) * chain;

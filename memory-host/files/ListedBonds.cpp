@@ -9,6 +9,9 @@ namespace {
 // More residue names than the alternative locations of one residue usually have.
 constexpr int mostResidueNames = 8;
 
+// Of a residue without label ids: no bond asks for it.
+constexpr std::uint64_t noPlace = std::numeric_limits<std::uint64_t>::max();
+
 std::uint64_t placeOf(std::uint32_t chain, std::uint32_t number) {
     return std::uint64_t{chain} << 32 | number;
 }
@@ -174,10 +177,10 @@ void ListedBonds::findAtoms(const ListedBondsModel& model) {
     findByNames(m_residues, [&](std::size_t i) {
         return placeOf(table.chains[table.residues[i].chain], table.residues[i].number);
     });
-    if (model.labels.size() == table.residues.size())
-        findByNames(m_labelled, [&](std::size_t i) {
-            return placeOf(model.labels[i].chain, model.labels[i].number);
-        });
+    findByNames(m_labelled, [&](std::size_t i) {
+        const ResidueEntry& residue = table.residues[i];
+        return residue.labelChain == 0 ? noPlace : placeOf(residue.labelChain, residue.labelNumber);
+    });
 }
 
 bool ListedBonds::join(const ModelTable& table, const Bond& bond,

@@ -27,17 +27,10 @@ struct ListedAtom {
     bool byLabel = false;         ///< chain and number are mmCIF's label ids, not the author's
 };
 
-/// The label ids of a residue, as names of the table.
-struct LabelIds {
-    std::uint32_t chain = 0;
-    std::uint32_t number = 0;
-};
-
 /// The parts of a model that are needed to resolve bonds, all in the order of the file.
 struct ListedBondsModel {
     const ModelTable& table;
     std::span<const Serial> serials;        ///< by atom; may end before the last one
-    std::span<const LabelIds> labels;       ///< by residue; may be empty
     std::span<const std::uint32_t> letters; ///< names, by alternative location; that of 0 is 0
 };
 

@@ -10,7 +10,8 @@ constexpr std::array<std::string_view, ColumnCount> columnTags = {
     "cartn_x",      "cartn_y",       "cartn_z",           "b_iso_or_equiv",
     "type_symbol",  "label_alt_id",  "pdbx_pdb_ins_code", "pdbx_pdb_model_num",
     "auth_atom_id", "label_atom_id", "auth_comp_id",      "label_comp_id",
-    "auth_asym_id", "label_asym_id", "auth_seq_id",       "label_seq_id"};
+    "auth_asym_id", "label_asym_id", "auth_seq_id",       "label_seq_id",
+    "id",           "group_pdb",     "occupancy",         "pdbx_formal_charge"};
 
 bool isNull(std::string_view value) {
     return value.empty() || value == "?" || value == ".";
@@ -105,6 +106,10 @@ void Atoms::add(const Row& values, std::size_t line) {
         });
     const std::string_view temperature = contentOf(values[Temperature]);
     m_numbers.setTemperature(row, temperature, parsedValue(temperature), line);
+    row.details.serial = serialNumber(contentOf(values[Id]));
+    row.details.isHetero = contentOf(values[Group]) == "HETATM";
+    row.details.occupancy = parsedValue(values[Occupancy]).value_or(1.0F);
+    row.details.formalCharge = formalCharge(contentOf(values[FormalCharge]));
     m_builder->add(row);
 }
 

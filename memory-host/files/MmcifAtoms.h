@@ -29,6 +29,10 @@ enum Column : std::uint8_t {
     LabelChain,
     AuthNumber,
     LabelNumber,
+    Id,
+    Group,
+    Occupancy,
+    FormalCharge,
     ColumnCount,
     Ignored = ColumnCount
 };

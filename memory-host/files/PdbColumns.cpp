@@ -182,6 +182,10 @@ bool fitsColumns(std::string_view line) {
            (!runsOn(line, 60) || decimalsOf(occupancy) == 2) && !runsOn(line, 66);
 }
 
+std::string_view serialNumberOf(std::string_view line) {
+    return trimmed(serialColumns(line));
+}
+
 std::string_view residueNumber(std::string_view line) {
     return isBlank(column(line, 28)) ? field(line, 23, 26) : field(line, 23, 29);
 }

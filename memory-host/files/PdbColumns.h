@@ -61,6 +61,8 @@ std::string describe(RowFault fault, std::string_view line);
 /// Whether all numbers of an atom's record up to the temperature factor fit PDB's columns.
 bool fitsColumns(std::string_view line);
 
+/// The serial number; may be longer than its five columns.
+std::string_view serialNumberOf(std::string_view line);
 /// The residue number; may be longer than its four columns if there is no insertion code.
 std::string_view residueNumber(std::string_view line);
 std::string_view insertionCode(std::string_view line);

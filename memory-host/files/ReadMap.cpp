@@ -39,7 +39,7 @@ class MapReader {
 public:
     MapReader(Bytes bytes, FileReport& report) : m_bytes(std::move(bytes)), m_report(report) {}
 
-    GridRecord read();
+    TAVIK::GridValues read();
 
 private:
     using Sizes = std::array<std::int64_t, 3>;
@@ -64,7 +64,7 @@ private:
     void checkStart() const;
     void checkAxes();
     void checkCell();
-    void place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell, GridRecord& grid);
+    void place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell, TAVIK::GridValues& grid);
 
     Bytes m_bytes;
     FileReport& m_report;
@@ -213,7 +213,8 @@ void MapReader::checkCell() {
 
 // The positions of the points: from the cell and its sampling, and from the header's start, given
 // as a number of points, or as an origin in Å.
-void MapReader::place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell, GridRecord& grid) {
+void MapReader::place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell,
+                      TAVIK::GridValues& grid) {
     const std::array<int, 3> sampling = map.header_3i32(samplingWord);
     const std::array<int, 3> start = map.header_3i32(startWord);
     std::array<double, 3> origin{};
@@ -237,7 +238,7 @@ void MapReader::place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell, G
         grid.origin = origin;
 }
 
-GridRecord MapReader::read() {
+TAVIK::GridValues MapReader::read() {
     if (m_bytes.size() < headerBytes)
         m_report.refuse(0, "the map ends within its header of 1024 bytes: it is cut",
                         "accepted are whole maps");
@@ -257,7 +258,7 @@ GridRecord MapReader::read() {
     // Brings the axes into the order of x, y and z, and leaves the extent as it is stored.
     map.setup(0.0F, gemmi::MapSetup::ReorderOnly);
 
-    GridRecord grid;
+    TAVIK::GridValues grid;
     grid.points = {map.grid.nu, map.grid.nv, map.grid.nw};
     place(map, map.grid.unit_cell, grid);
     grid.values = std::move(map.grid.data);

@@ -38,6 +38,20 @@ void PdbReader::checkLastAtom(std::string_view record) {
         refuseCut(record);
 }
 
+// In files of an older form, columns 79 and 80 hold a line number, which has no sign.
+TAVIK::AtomDetails detailsOf(std::string_view record) {
+    TAVIK::AtomDetails details;
+    details.serial = serialNumber(pdb::serialNumberOf(record));
+    details.isHetero = record.front() == 'H';
+    const std::string_view occupancy = pdb::field(record, 55, 60);
+    if (occupancy != "1.00")
+        details.occupancy = finiteFloat(occupancy).value_or(1.0F);
+    const std::string_view charge = pdb::field(record, 79, 80);
+    if (charge.find_first_of("+-") != std::string_view::npos)
+        details.formalCharge = formalCharge(charge);
+    return details;
+}
+
 void PdbReader::readAtom(std::string_view record) {
     using pdb::columns;
     using pdb::field;
@@ -60,6 +74,7 @@ void PdbReader::readAtom(std::string_view record) {
         return;
     }
     readPosition(record, row);
+    row.details = detailsOf(record);
     const std::string_view temperature = field(record, 61, 66);
     m_numbers.setTemperature(row, temperature, finiteFloat(temperature), line());
     m_builder.add(row);

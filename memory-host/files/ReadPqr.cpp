@@ -195,6 +195,8 @@ void PqrReader::readAtom(std::string_view record) {
         return;
     }
     row.serial = pdb::packedSerial(words.serial);
+    row.details.serial = serialNumber(words.serial);
+    row.details.isHetero = record.front() == 'H';
     row.name = words.name;
     row.residue = words.residue;
     row.chain = words.chain;

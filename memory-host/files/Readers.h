@@ -21,7 +21,7 @@ struct FileSample {
 /// What a file holds: structures, or one map.
 struct FileContent {
     std::vector<StructureTable> structures;
-    std::optional<GridRecord> grid;
+    std::optional<TAVIK::GridValues> grid;
 };
 
 // A reader gets the whole content of a file, unpacked, for text with unified line ends; the file's

@@ -276,10 +276,11 @@ void TableBuilder::keepIds(const AtomRow& row) {
         model.serials.push_back(row.serial);
     }
     // Only the first atom of a residue is read: all have the same ids.
-    if (!row.labelChain.empty() && model.labels.size() != model.table.residues.size()) {
-        model.labels.resize(model.table.residues.size());
+    ResidueEntry& residue = model.table.residues[model.current];
+    if (residue.labelChain == 0 && !row.labelChain.empty()) {
         FileNames& names = *m_structure.names;
-        model.labels.back() = {names.number(row.labelChain), names.number(row.labelNumber)};
+        residue.labelChain = names.number(row.labelChain);
+        residue.labelNumber = names.number(row.labelNumber);
     }
 }
 
@@ -314,6 +315,9 @@ void TableBuilder::add(const AtomRow& row) {
     atom.temperature = row.temperature;
     atom.element = row.element;
     atom.hasPosition = row.hasPosition;
+    atom.details = row.details;
+    if (!row.alternative.empty())
+        atom.details.alternative = row.alternative.front();
     keepIds(row);
     ModelTable& table = m_model->table;
     if (row.partial.isKnown || !table.charges.empty()) {
@@ -391,8 +395,7 @@ StructureTable TableBuilder::finish(std::string name) {
     for (std::unique_ptr<Model>& model : m_models) {
         ModelTable table = std::move(model->table);
         if (!m_listedBonds.isEmpty())
-            table.bonds =
-                m_listedBonds.inModel({table, model->serials, model->labels, alternativeLetters});
+            table.bonds = m_listedBonds.inModel({table, model->serials, alternativeLetters});
         model.reset();
         if (table.atoms.empty())
             continue;

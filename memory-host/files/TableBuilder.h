@@ -83,7 +83,6 @@ private:
         std::vector<bool> isWatched;       ///< by residue: its atoms are in seenAtoms
         std::vector<bool> hasAlternatives; ///< by residue
         std::vector<Serial> serials;       ///< by atom, up to the last one that has one
-        std::vector<LabelIds> labels;      ///< by residue; empty where the file has none
         AtomRow last;
         ResidueKey lastKey;        ///< of the last atom
         std::uint32_t current = 0; ///< residue of the last atom

@@ -4,6 +4,7 @@
 #include "PartialCharge.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace memory_host {
@@ -101,16 +102,28 @@ void AtomItem::updateShown() {
     countShown(m_record, markShown());
 }
 
-void AtomItem::setValues(const AtomRecord& values) {
+void AtomItem::setValues(const TAVIK::AtomValues& values) {
     // What can fail comes before the first change.
     m_record.type = Name(values.type);
-    for (const std::size_t axis : {0, 1, 2})
-        m_position[axis] = values.position[axis];
-    m_record.set(HostItem::HasPosition, values.position.isValid());
+    setPosition(values.position);
     m_temperature = values.temperature;
-    m_record.model = static_cast<std::uint16_t>(
-        std::min<unsigned int>(values.model, std::numeric_limits<std::uint16_t>::max()));
+    setModel(values.model);
+    m_details = values.details;
     m_record.color = defaultColor(m_record).rgba();
+}
+
+void AtomItem::setPosition(const TAVIK::Vertex& position) {
+    bool isFinite = true;
+    for (const std::size_t axis : {0, 1, 2}) {
+        m_position[axis] = position[axis];
+        isFinite = isFinite && std::isfinite(position[axis]);
+    }
+    m_record.set(HostItem::HasPosition, position.isValid() && isFinite);
+}
+
+void AtomItem::setModel(unsigned int model) {
+    m_record.model = static_cast<std::uint16_t>(
+        std::min<unsigned int>(model, std::numeric_limits<std::uint16_t>::max()));
 }
 
 } // namespace memory_host

@@ -1,9 +1,9 @@
 // Atoms and the bonds between them.
 #pragma once
 
+#include "AtomDetails.h"
 #include "ItemClass.h"
 #include "Kinds.h"
-#include "Records.h"
 
 #include <array>
 #include <string>
@@ -53,8 +53,12 @@ public:
     std::string GetModelNumber() const override { return std::to_string(m_record.model); }
     float GetTemperature() const override { return m_temperature; }
 
-    /// Takes all values but the name and marks.
-    void setValues(const AtomRecord& values);
+    /// Takes all values but the name, the partial charge and marks.
+    void setValues(const TAVIK::AtomValues& values);
+    /// A position that is not finite counts as none.
+    void setPosition(const TAVIK::Vertex& position);
+    /// The residue's counts are the caller's.
+    void setModel(unsigned int model);
     /// Recomputes the effective visibility from mark and model, and that of the bonds. markShown()
     /// returns the change in shown leaves, which the caller adds to the counters above the atom.
     std::int32_t markShown();
@@ -63,6 +67,7 @@ public:
     BondItem* m_bonds = nullptr;
     std::array<float, 3> m_position{};
     float m_temperature = 0.0F;
+    TAVIK::AtomDetails m_details;
 };
 
 /// An atom with a partial charge and a radius; other atoms have no memory for them.

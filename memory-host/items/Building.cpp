@@ -1,11 +1,14 @@
 #include "Building.h"
 
+#include "DataMaker.h"
 #include "Holder.h"
 #include "Items.h"
 #include "Making.h"
 #include "Models.h"
 
 #include <QtGlobal>
+
+#include <utility>
 
 namespace memory_host {
 
@@ -44,21 +47,11 @@ void attach(Compound* detached, Compound* parent) {
     attachTo(detached, *holder);
 }
 
-TAVIK::Atom* addAtom(Compound* parent, const AtomRecord& values) {
-    Holder* holder = holderOf(parent, "addAtom", std::string(values.name));
-    if (!holder)
-        return nullptr;
-    Name name = Name::component(values.name);
-    const TAVIK::PartialCharge& partial = values.partial;
-    std::unique_ptr<AtomItem> atom =
-        partial.isKnown
-            ? std::make_unique<ChargedAtomItem>(std::move(name), partial.charge, partial.radius)
-            : std::make_unique<AtomItem>(std::move(name));
-    atom->setValues(values);
-    return attachNew(std::move(atom), *holder);
+TAVIK::Atom* addAtom(Compound* parent, const TAVIK::AtomValues& values) {
+    return TAVIK::DataMaker::makeAtom(parent, values);
 }
 
-void setAtom(Compound* item, const AtomRecord& values) {
+void setAtom(Compound* item, const TAVIK::AtomValues& values) {
     auto* const atom = dynamic_cast<AtomItem*>(item);
     if (!atom)
         return;
@@ -72,29 +65,21 @@ void setAtom(Compound* item, const AtomRecord& values) {
     atom->updateShown();
 }
 
+void setLabelIds(Compound* residue, const TAVIK::LabelIds& ids) {
+    auto* const item = dynamic_cast<ResidueItem*>(residue);
+    if (!item)
+        return;
+    // What can fail comes before the first change.
+    Name chain(ids.chain);
+    item->m_labelNumber = Name(ids.number);
+    item->m_labelChain = std::move(chain);
+}
+
 TAVIK::Bond* addBond(Compound* parent, Compound* a, Compound* b) {
-    Holder* holder = holderOf(parent, "addBond", "bond");
-    auto* const first = dynamic_cast<AtomItem*>(a);
-    auto* const second = dynamic_cast<AtomItem*>(b);
-    if (!holder || !first || !second || first == second)
-        return nullptr;
-    auto bond = std::make_unique<BondItem>(Name());
-    BondItem* const made = bond.get();
-    attachNew(std::move(bond), *holder);
-    made->connect(first, second);
-    return made;
+    return TAVIK::DataMaker::makeBond(parent, a, b);
 }
 
-TAVIK::Grid* addGrid(Compound* parent, const std::string& name, GridRecord&& values) {
-    Holder* holder = holderOf(parent, "addGrid", name);
-    if (!holder)
-        return nullptr;
-    auto grid = std::make_unique<GridItem>(Name::component(name));
-    grid->setValues(std::move(values));
-    return attachNew(std::move(grid), *holder);
-}
-
-void setGrid(Compound* item, GridRecord&& values) {
+void setGrid(Compound* item, TAVIK::GridValues&& values) {
     if (auto* const grid = dynamic_cast<GridItem*>(item))
         grid->setValues(std::move(values));
 }
@@ -102,17 +87,6 @@ void setGrid(Compound* item, GridRecord&& values) {
 unsigned int activeModel(Compound* residue) {
     const HostItem& record = HostItem::of(residue);
     return record.kind == Kind::Residue ? record.model : 0;
-}
-
-std::vector<TAVIK::Vertex> polyLinePoints(Compound* item) {
-    const auto* const line = dynamic_cast<PolyLineItem*>(item);
-    return line ? line->m_points : std::vector<TAVIK::Vertex>();
-}
-
-const std::vector<float>& gridValues(Compound* item) {
-    static const std::vector<float> none;
-    const auto* const grid = dynamic_cast<GridItem*>(item);
-    return grid ? grid->m_values.values : none;
 }
 
 Compound* parentOf(Compound* item) {

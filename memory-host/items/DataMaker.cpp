@@ -2,6 +2,7 @@
 
 #include "Attaching.h"
 #include "Destroying.h"
+#include "GeometryFaults.h"
 #include "Items.h"
 #include "Making.h"
 #include "Origins.h"
@@ -12,6 +13,7 @@
 
 #include <memory>
 #include <unordered_set>
+#include <utility>
 
 namespace TAVIK {
 
@@ -51,6 +53,55 @@ Compound* DataMaker::makeSet(Compound* parent, const std::string& name,
     auto set = std::make_unique<SetItem>(Name::component(name));
     listMembers(static_cast<SetRecord&>(HostItem::of(set.get())), listed);
     return attachNew(std::move(set), *holder);
+}
+
+Atom* DataMaker::makeAtom(Compound* parent, const AtomValues& values) {
+    Holder* holder = holderOf(parent, "makeAtom", std::string(values.name));
+    if (!holder)
+        return nullptr;
+    Name name = Name::component(values.name);
+    const PartialCharge& partial = values.partial;
+    std::unique_ptr<AtomItem> atom =
+        partial.isKnown
+            ? std::make_unique<ChargedAtomItem>(std::move(name), partial.charge, partial.radius)
+            : std::make_unique<AtomItem>(std::move(name));
+    atom->setValues(values);
+    return attachNew(std::move(atom), *holder);
+}
+
+Bond* DataMaker::makeBond(Compound* parent, Compound* a, Compound* b) {
+    Holder* holder = holderOf(parent, "makeBond", "bond");
+    if (!holder)
+        return nullptr;
+    auto* const first = dynamic_cast<AtomItem*>(a);
+    auto* const second = dynamic_cast<AtomItem*>(b);
+    if (!first || !second || first == second) {
+        qWarning("makeBond: a bond is between two atoms");
+        return nullptr;
+    }
+    auto bond = std::make_unique<BondItem>(Name());
+    BondItem* const made = bond.get();
+    attachNew(std::move(bond), *holder);
+    made->connect(first, second);
+    return made;
+}
+
+Surface* DataMaker::makeSurface(Compound* parent, const std::string& name, SurfaceMesh mesh) {
+    Holder* holder = holderOf(parent, "makeSurface", name);
+    if (!holder || isRefused(mesh, "makeSurface", name))
+        return nullptr;
+    auto surface = std::make_unique<SurfaceItem>(Name::component(name));
+    surface->m_mesh = std::make_unique<SurfaceMesh>(std::move(mesh));
+    return attachNew(std::move(surface), *holder);
+}
+
+Grid* DataMaker::makeGrid(Compound* parent, const std::string& name, GridValues values) {
+    Holder* holder = holderOf(parent, "makeGrid", name);
+    if (!holder || isRefused(values, "makeGrid", name))
+        return nullptr;
+    auto grid = std::make_unique<GridItem>(Name::component(name));
+    grid->setValues(std::move(values));
+    return attachNew(std::move(grid), *holder);
 }
 
 void DataMaker::Destroy(Compound* item) {

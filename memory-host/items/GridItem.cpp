@@ -18,7 +18,7 @@ bool GridItem::GetNearest(const TAVIK::Vertex& point, int* ijk) const {
     return inside;
 }
 
-void GridItem::setValues(GridRecord&& values) {
+void GridItem::setValues(TAVIK::GridValues&& values) {
     m_values = std::move(values);
     for (const std::size_t axis : {0, 1, 2}) {
         m_points[axis] = m_values.points[axis];

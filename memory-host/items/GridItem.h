@@ -1,10 +1,10 @@
 // Grids: values at regular points.
 #pragma once
 
+#include "Geometry.h"
 #include "ItemClass.h"
 #include "Kinds.h"
 #include "Lattice.h"
-#include "Records.h"
 
 namespace memory_host {
 
@@ -12,9 +12,9 @@ class GridItem : public LeafItem<TAVIK::Grid, Kind::Grid> {
 public:
     using LeafItem::LeafItem;
     bool GetNearest(const TAVIK::Vertex& point, int* ijk) const override;
-    void setValues(GridRecord&& values);
+    void setValues(TAVIK::GridValues&& values);
 
-    GridRecord m_values;
+    TAVIK::GridValues m_values;
 
 private:
     Lattice m_lattice;

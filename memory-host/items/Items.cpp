@@ -17,7 +17,7 @@ Compound* newItem(Kind kind, std::string_view text) {
         return new GroupItem(std::move(name));
     case Kind::Atom: {
         auto atom = std::make_unique<AtomItem>(std::move(name));
-        atom->setValues({{}, "X", {}, 0.0F, 0});
+        atom->setValues({.name = {}, .type = "X", .position = {}});
         return atom.release();
     }
     case Kind::Bond:

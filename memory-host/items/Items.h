@@ -2,6 +2,7 @@
 #pragma once
 
 #include "AtomItem.h"
+#include "Geometry.h"
 #include "GridItem.h"
 #include "ItemClass.h"
 #include "Kinds.h"
@@ -9,6 +10,7 @@
 #include "Sets.h"
 #include "Space.h"
 
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -19,7 +21,6 @@ using CompositeItem = HolderItem<TAVIK::Composite, Kind::Composite>;
 using SpaceItem = HolderItem<TAVIK::Space, Kind::Space>;
 using MoleculeItem = HolderItem<TAVIK::Molecule, Kind::Molecule>;
 using GroupItem = HolderItem<TAVIK::Group, Kind::Group>;
-using SurfaceItem = LeafItem<TAVIK::Surface, Kind::Surface>;
 
 class ResidueItem : public HolderItem<TAVIK::Residue, Kind::Residue> {
 public:
@@ -27,6 +28,15 @@ public:
     void FirstModel() override { switchModel(m_record, ModelStep::First); }
     void PrevModel() override { switchModel(m_record, ModelStep::Previous); }
     void NextModel() override { switchModel(m_record, ModelStep::Next); }
+
+    Name m_labelChain;
+    Name m_labelNumber;
+};
+
+class SurfaceItem : public LeafItem<TAVIK::Surface, Kind::Surface> {
+public:
+    using LeafItem::LeafItem;
+    std::unique_ptr<TAVIK::SurfaceMesh> m_mesh;
 };
 
 class PolyLineItem : public LeafItem<TAVIK::Compound, Kind::PolyLine> {

@@ -147,12 +147,12 @@ void BuildingTest::atomsAreAddedToCompositesOnly() {
     Compound* const atom = makeAtom(space());
     QVERIFY(makeAtom(atom) == nullptr);
     QVERIFY(makeAtom(nullptr) == nullptr);
-    QVERIFY(addGrid(atom, "grid", {}) == nullptr);
+    QVERIFY(DataMaker::makeGrid(atom, "grid", {}) == nullptr);
     QCOMPARE(
         takeMessages(),
-        (QStringList{"addAtom: \"CA\" holds no items, so that \"CA\" cannot be made in it",
-                     "addAtom: no parent for \"CA\"",
-                     "addGrid: \"CA\" holds no items, so that \"grid\" cannot be made in it"}));
+        (QStringList{"makeAtom: \"CA\" holds no items, so that \"CA\" cannot be made in it",
+                     "makeAtom: no parent for \"CA\"",
+                     "makeGrid: \"CA\" holds no items, so that \"grid\" cannot be made in it"}));
 }
 
 void BuildingTest::bondsAreMadeBetweenTwoAtomsOnly() {
@@ -162,6 +162,7 @@ void BuildingTest::bondsAreMadeBetweenTwoAtomsOnly() {
     for (const auto& [first, second] : {std::pair{a, a}, std::pair{a, surface},
                                         std::pair{surface, b}, std::pair<Compound*, Compound*>()})
         QVERIFY(addBond(space(), first, second) == nullptr);
+    QCOMPARE(takeMessages(), QStringList(4, "makeBond: a bond is between two atoms"));
     QCOMPARE(childrenOf(space()), (Items{a, b, surface}));
 }
 
@@ -189,19 +190,18 @@ void BuildingTest::valuesAreSetOnAtomsOnly() {
 void BuildingTest::aPolyLineKeepsItsPoints() {
     Compound* const line = DataMaker::makePolyLine(
         space(), "line", {Vertex(1, 2, 3, true), Vertex(), Vertex(4, 5, 6, true)});
-    const std::vector<Vertex> points = polyLinePoints(line);
+    const std::vector<Vertex>& points = *GetPolyLinePoints(line);
     QCOMPARE(points.size(), std::size_t(3));
     QVERIFY(points[0].isValid() && !points[1].isValid());
     QCOMPARE(points[2][1], 5.0F);
-    QVERIFY(polyLinePoints(space()).empty());
+    QVERIFY(!GetPolyLinePoints(space()));
 }
 
 void BuildingTest::aGridKeepsItsValues() {
     const std::vector<float> values{1, 2, 3, 4, 5, 6};
-    Grid* const grid =
-        addGrid(space(), "map", {{3, 2, 1}, {}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}, values});
-    QVERIFY(gridValues(grid) == values);
-    QVERIFY(gridValues(space()).empty());
+    Grid* const grid = DataMaker::makeGrid(
+        space(), "map", {{3, 2, 1}, {}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}, values});
+    QVERIFY(GetGridValues(grid)->values == values);
     QCOMPARE(grid->m_points[0], 3);
     QCOMPARE(grid->m_upper[1], 2);
 }
@@ -209,7 +209,7 @@ void BuildingTest::aGridKeepsItsValues() {
 void BuildingTest::aGridThatWasMadeEmptyTakesValues() {
     auto* const grid = dynamic_cast<Grid*>(make(space(), "Grid", "map"));
     setGrid(grid, {{2, 1, 1}, {5, 0, 0}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}, {7, 8}});
-    QVERIFY(gridValues(grid) == (std::vector<float>{7, 8}));
+    QVERIFY(GetGridValues(grid)->values == (std::vector<float>{7, 8}));
     int ijk[3] = {};
     QVERIFY(grid->GetNearest(Vertex(6.2F, 0, 0, true), ijk));
     QCOMPARE(ijk[0], 1);
@@ -217,9 +217,9 @@ void BuildingTest::aGridThatWasMadeEmptyTakesValues() {
 
 void BuildingTest::aFlatGridAnswersWithoutHarm() {
     // Two steps in one direction span no space.
-    const Grid* const grid =
-        addGrid(space(), "flat",
-                {{2, 2, 2}, {}, {{{1, 0, 0}, {2, 0, 0}, {0, 0, 1}}}, std::vector<float>(8)});
+    const Grid* const grid = DataMaker::makeGrid(
+        space(), "flat",
+        {{2, 2, 2}, {}, {{{1, 0, 0}, {2, 0, 0}, {0, 0, 1}}}, std::vector<float>(8)});
     for (const float x : {0.0F, 1e30F, std::nanf("")}) {
         int ijk[3] = {-1, -1, -1};
         grid->GetNearest(Vertex(x, x, x, true), ijk);

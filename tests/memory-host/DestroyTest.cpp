@@ -216,7 +216,7 @@ void DestroyTest::everyKindCanBeDestroyedInOneBranch() {
         addBond(branch, a, b);
         for (const char* leaf : {"Atom", "Bond", "Surface", "Grid", "Molecule"})
             make(parent, leaf);
-        addGrid(parent, "grid", {{2, 2, 2}, {}, {}, std::vector<float>(8)});
+        DataMaker::makeGrid(parent, "grid", {{2, 2, 2}, {}, {}, std::vector<float>(8)});
         DataMaker::makePolyLine(parent, "line", {Vertex(1, 2, 3, true)});
         DataMaker::makeSet(parent, "set", {a, b, parent, branch});
     }

@@ -179,7 +179,7 @@ private slots:
         for (int i = 0; i < 70000; ++i)
             rows << QString("C C . A A %1 ? %1 0 0 1").arg(i);
         QTest::newRow("rows that come")
-            << QString::fromStdString(m_folder.write("rows.cif", mmcif(rows))) << "4 MB";
+            << QString::fromStdString(m_folder.write("rows.cif", mmcif(rows))) << "5 MB";
         QTest::newRow("the search for bonds")
             << QString::fromStdString(m_folder.write("bonds.pdb", waters(40000))) << "5 MB";
         QTest::newRow("the values of a map") << structure("1jzv.ccp4") << "4 MB";

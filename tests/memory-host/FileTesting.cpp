@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <sstream>
 
 #include <zlib.h>
 
@@ -196,6 +197,22 @@ AtomText textOf(TAVIK::Atom& atom) {
             atom.GetName(),   atom.GetType(),
             position[0],      position[1],
             position[2],      atom.GetTemperature()};
+}
+
+std::string DetailsText::text() const {
+    std::ostringstream line;
+    line << serial << ' ' << name << ' ' << occupancy << ' ' << formalCharge << ' '
+         << (alternative ? alternative : '-') << (isHetero ? " HETATM " : " ATOM ") << labelChain
+         << '/' << labelNumber;
+    return line.str();
+}
+
+DetailsText detailsOf(const TAVIK::Atom& atom) {
+    const TAVIK::AtomDetails details = TAVIK::GetAtomDetails(&atom);
+    const TAVIK::LabelIds label = TAVIK::GetLabelIds(&atom);
+    return {details.serial,           atom.GetName(),           details.occupancy,
+            details.formalCharge,     details.alternative,      details.isHetero,
+            std::string(label.chain), std::string(label.number)};
 }
 
 std::vector<std::vector<std::string>> sortedAtoms(const std::vector<Compound*>& items) {

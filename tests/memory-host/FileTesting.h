@@ -90,6 +90,24 @@ std::vector<std::vector<std::string>> sortedAtoms(const std::vector<TAVIK::Compo
 /// The atoms of each model as gemmi's own readers see them, as sorted lines.
 std::vector<std::vector<std::string>> gemmiAtoms(const std::string& path);
 
+/// What a file says of an atom beside AtomText.
+struct DetailsText {
+    int serial = 0;
+    std::string name;
+    float occupancy = 0.0F;
+    int formalCharge = 0;
+    char alternative = '\0';
+    bool isHetero = false;
+    std::string labelChain;
+    std::string labelNumber;
+
+    std::string text() const;
+};
+DetailsText detailsOf(const TAVIK::Atom& atom);
+/// The details of the atoms of the first model by gemmi's own readers, as sorted lines; those of
+/// PDB files without label ids.
+std::vector<std::string> gemmiDetails(const std::string& path);
+
 /// Two bonded atoms, each as a line; the lower line first.
 using BondText = std::pair<std::string, std::string>;
 /// The bonds of the first model by gemmi's readers and neighbour search: those that the file lists,

@@ -170,6 +170,26 @@ GemmiBonds gemmiBonds(const std::string& path) {
     return bonds;
 }
 
+std::vector<std::string> gemmiDetails(const std::string& path) {
+    const gemmi::Structure structure = readStructure(path);
+    const bool hasLabels = structure.input_format == gemmi::CoorFormat::Mmcif;
+    std::vector<std::string> lines;
+    for (const gemmi::Chain& chain : structure.models.front().chains)
+        for (const gemmi::Residue& residue : chain.residues)
+            for (const gemmi::Atom& atom : residue.atoms) {
+                DetailsText details{atom.serial, atom.name,   atom.occ,
+                                    atom.charge, atom.altloc, residue.het_flag == 'H',
+                                    {},          {}};
+                if (hasLabels) {
+                    details.labelChain = residue.subchain;
+                    details.labelNumber = residue.label_seq ? residue.label_seq.str() : "";
+                }
+                lines.push_back(details.text());
+            }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
 std::vector<std::vector<std::string>> gemmiAtoms(const std::string& path) {
     const gemmi::Structure structure = readStructure(path);
     std::vector<std::vector<std::string>> models;

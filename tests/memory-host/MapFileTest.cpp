@@ -10,10 +10,13 @@
 #include <cmath>
 
 using namespace file_testing;
-using memory_host::gridValues;
 using memory_host::OpenedFile;
 
 namespace {
+
+const std::vector<float>& valuesOf(const QString& grid) {
+    return TAVIK::GetGridValues(dynamic_cast<TAVIK::Grid*>(item(grid)))->values;
+}
 
 // A map whose point (x, y, z) has the value 100 * z + 10 * y + x, whatever way it is stored.
 struct Map {
@@ -136,7 +139,7 @@ private slots:
         QCOMPARE(grid->m_points[0], word(2));
         QCOMPARE(grid->m_points[1], word(1));
         QCOMPARE(grid->m_points[2], word(3));
-        const std::vector<float>& values = gridValues(grid);
+        const std::vector<float>& values = TAVIK::GetGridValues(grid)->values;
         const std::size_t offset = static_cast<std::size_t>(1024 + word(24));
         std::size_t stored = 0;
         for (int z = 0; z < word(3); ++z)
@@ -187,7 +190,7 @@ private slots:
         map.stamp = stamp;
         const TAVIK::Grid* grid = openMap(map.content());
         QVERIFY(grid);
-        QCOMPARE(gridValues(item("/test")), map.values());
+        QCOMPARE(valuesOf("/test"), map.values());
         QVERIFY(isAt(grid, {3, 2, 1}, {6.0, 4.0, 2.0}));
     }
 
@@ -206,7 +209,7 @@ private slots:
         QCOMPARE(grid->m_points[0], 4);
         QCOMPARE(grid->m_points[1], 3);
         QCOMPARE(grid->m_points[2], 2);
-        QCOMPARE(gridValues(item("/test")), map.values());
+        QCOMPARE(valuesOf("/test"), map.values());
         QVERIFY(isAt(grid, {0, 0, 0}, {2.0, -4.0, 6.0}));
         QVERIFY(isAt(grid, {3, 2, 1}, {8.0, 0.0, 8.0}));
     }
@@ -217,7 +220,7 @@ private slots:
         map.cell = {4.0F, 3.0F, 2.0F, 90.0F, 90.0F, 90.0F};
         const TAVIK::Grid* grid = openMap(map.content());
         QVERIFY(grid);
-        QCOMPARE(gridValues(item("/test")), map.values());
+        QCOMPARE(valuesOf("/test"), map.values());
         QVERIFY(isAt(grid, {3, 2, 1}, {3.0, 2.0, 1.0}));
     }
 
@@ -267,7 +270,7 @@ private slots:
         Map map;
         map.symmetryBytes = 160;
         QVERIFY(openMap(map.content()));
-        QCOMPARE(gridValues(item("/test")), map.values());
+        QCOMPARE(valuesOf("/test"), map.values());
     }
 
     void bytesBehindTheValuesAreTold() {
@@ -275,7 +278,7 @@ private slots:
             openMap(Map().content() + "12345",
                     {path() + ": the file has 5 bytes more than the map's header promises; they "
                               "were left out"}));
-        QCOMPARE(gridValues(item("/test")), Map().values());
+        QCOMPARE(valuesOf("/test"), Map().values());
     }
 
     void contentDecidesAndMapsMayBePacked() {

@@ -74,7 +74,7 @@ void MemoryTest::onlyAtomsWithAPartialChargePayForIt() {
         const std::size_t before = heapInUse();
         Compound* const entry = makeDetached("entry", "Composite");
         for (int i = 0; i != count; ++i) {
-            AtomRecord record{"CA", "C", Vertex(0, 0, 0, true)};
+            AtomValues record{"CA", "C", Vertex(0, 0, 0, true)};
             record.partial = partial;
             addAtom(entry, record);
         }
@@ -83,8 +83,8 @@ void MemoryTest::onlyAtomsWithAPartialChargePayForIt() {
     };
     const std::size_t plain = bytesOf({});
     const std::size_t charged = bytesOf({0.5F, 1.5F, true});
-    // An atom's record of 64 bytes, and its place in the list of children.
-    QVERIFY2(plain <= 64 + sizeof(void*) + 1, qPrintable(QString::number(plain)));
+    // An atom's record of 80 bytes, and its place in the list of children.
+    QVERIFY2(plain <= 80 + sizeof(void*) + 1, qPrintable(QString::number(plain)));
     QVERIFY2(charged <= plain + 2 * sizeof(float) + 1, qPrintable(QString::number(charged)));
 }
 

@@ -126,7 +126,8 @@ void NamesTest::identifiersRiseInOrderOfCreationAlsoWhenDetached() {
 void NamesTest::oddNamesAreMadeComponents() {
     QCOMPARE(makeAtom(space(), 0, "O/1\n")->GetName(), std::string("O_1_"));
     QCOMPARE(makeAtom(space(), 0, "O5'\xb5")->GetName(), std::string("O5'\xb5"));
-    QCOMPARE(addGrid(space(), "a/b", {})->GetName(), std::string("a_b"));
+    QCOMPARE(DataMaker::makeGrid(space(), "a/b", {{1, 1, 1}, {}, {}, {0.0F}})->GetName(),
+             std::string("a_b"));
 }
 
 void NamesTest::namesOfItemsThatAreGoneAreGivenBack() {
@@ -136,7 +137,7 @@ void NamesTest::namesOfItemsThatAreGoneAreGivenBack() {
         make(box, i % 2 ? "Composite" : "Surface", "name " + std::to_string(i));
     DataMaker::makeSet(box, "set", {box});
     DataMaker::makePolyLine(box, "line", {});
-    addGrid(box, "grid", {});
+    DataMaker::makeGrid(box, "grid", {{1, 1, 1}, {}, {}, {0.0F}});
     QCOMPARE(nameCount(), before + 5004);
     DataMaker::Destroy(box);
     QCOMPARE(nameCount(), before);

@@ -86,7 +86,7 @@ void OutOfMemoryTest::makingFailsAsAWhole_data() {
         return addBond(space(), sample.atoms[0], sample.atoms[7]);
     });
     row("grid with values", [](const Sample&, const std::string& name) {
-        return addGrid(space(), name, {{1, 1, 1}, {}, {}, std::vector<float>(1)});
+        return DataMaker::makeGrid(space(), name, {{1, 1, 1}, {}, {}, std::vector<float>(1)});
     });
 }
 

@@ -153,7 +153,8 @@ private:
         Item* const a = pickKind(Kind::Atom);
         Item* const b = pickKind(Kind::Atom);
         Compound* const made = addBond(real(parent), real(a), real(b));
-        if ((made != nullptr) != (a != b))
+        const bool told = !test_support::TestCase::takeMessages().empty();
+        if ((made != nullptr) != (a != b) || told != (a == b))
             m_faults << QStringLiteral("a bond of an atom with itself, or none of two");
         if (!made)
             return QStringLiteral("making no bond");

@@ -5,6 +5,7 @@
 #include "DataDelete.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
+#include "Geometry.h"
 #include "Kinds.h"
 #include "PluginResult.h"
 #include "Space.h"
@@ -47,7 +48,7 @@ Compound* boxAround(Compound* item) {
     return boxOf(item);
 }
 
-memory_host::AtomRecord recordOf(const plain::AtomValues& values, const char* name) {
+TAVIK::AtomValues recordOf(const plain::AtomValues& values, const char* name) {
     const auto& at = values.position;
     return {name, values.type, TAVIK::Vertex(at[0], at[1], at[2], values.hasPosition),
             values.temperature, values.model};
@@ -61,13 +62,13 @@ void addLeaf(Compound* parent, const Edit& edit) {
         DataMaker::makePolyLine(parent, "leaf", {});
     } else {
         const GridValues values(leafValue(edit));
-        memory_host::GridRecord record;
+        TAVIK::GridValues record;
         record.points = values.points;
         record.origin = values.origin;
         for (const std::size_t axis : {0, 1, 2})
             record.steps[axis][axis] = values.step[axis];
         record.values.resize(std::size_t(values.points[0] * values.points[1] * values.points[2]));
-        memory_host::addGrid(parent, "leaf", std::move(record));
+        DataMaker::makeGrid(parent, "leaf", std::move(record));
     }
 }
 

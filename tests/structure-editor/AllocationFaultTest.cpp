@@ -70,11 +70,11 @@ Compound* fillSpace() {
         Compound* chain = TAVIK::DataMaker::makeCore(entry, "B", "Molecule");
         Compound* residue = TAVIK::DataMaker::makeCore(chain, "LYS 7", "Residue");
         memory_host::addAtom(residue, {"NZ", "N", at(40.0F), 10.0F, 0});
-        memory_host::addGrid(entry, longName,
-                             {{9, 9, 9},
-                              {},
-                              {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}},
-                              std::vector<float>(9 * 9 * 9)});
+        TAVIK::DataMaker::makeGrid(entry, longName,
+                                   {{9, 9, 9},
+                                    {},
+                                    {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}},
+                                    std::vector<float>(9 * 9 * 9)});
     }
     const DataPoint<Compound> guard(nullptr, entry);
     Compound* groups = itemAt(entry, {"A", "Groups"});

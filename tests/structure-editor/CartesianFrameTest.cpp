@@ -1,6 +1,7 @@
 // "Cartesian": a frame of three axes, whatever else there is.
 #include "CommandTools.h"
 #include "DataPoint.h"
+#include "Geometry.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "WindowTestCase.h"
@@ -29,7 +30,7 @@ qsizetype topLevelItems() {
 
 QString pointsOf(Compound* line) {
     QStringList points;
-    for (const Vertex& point : memory_host::polyLinePoints(line))
+    for (const Vertex& point : *TAVIK::GetPolyLinePoints(line))
         points << QStringLiteral("%1,%2,%3%4")
                       .arg(point[0])
                       .arg(point[1])

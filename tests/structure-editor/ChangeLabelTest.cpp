@@ -130,11 +130,11 @@ private slots:
                      {"HOH 2", {{"O", "O", at(3.0F)}, {"H", "H", at(4.0F)}}}});
         {
             const DataAdder<Compound> guard(nullptr, m_shown);
-            memory_host::addGrid(m_shown, "map",
-                                 {{9, 9, 9},
-                                  {},
-                                  {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}},
-                                  std::vector<float>(9 * 9 * 9)});
+            TAVIK::DataMaker::makeGrid(m_shown, "map",
+                                       {{9, 9, 9},
+                                        {},
+                                        {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}},
+                                        std::vector<float>(9 * 9 * 9)});
             TAVIK::DataMaker::makeCore(m_shown, "skin", "Surface");
         }
         addLine("2abc", {50.0F});

@@ -81,12 +81,12 @@ QString indented(const QStringList& path) {
 }
 
 TAVIK::Grid* addGrid(Compound* parent, const std::string& name) {
-    memory_host::GridRecord record;
+    TAVIK::GridValues record;
     record.points = {2, 2, 2};
     record.steps = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     record.values.resize(8);
     const DataAdder<Compound> guard(nullptr, parent);
-    return memory_host::addGrid(parent, name, std::move(record));
+    return TAVIK::DataMaker::makeGrid(parent, name, std::move(record));
 }
 
 Compound* addTopLevelSet(const std::vector<Compound*>& members) {

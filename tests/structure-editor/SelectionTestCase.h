@@ -3,6 +3,8 @@
 
 #include "CommandTools.h"
 #include "DataAdder.h"
+#include "DataMaker.h"
+#include "Geometry.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "WindowTestCase.h"
@@ -17,12 +19,12 @@ namespace selection_tools {
 
 /// A grid of 10 x 20 x 30 points, 1 Å apart, from the origin on.
 inline TAVIK::Grid* addGridItem(const std::string& name) {
-    memory_host::GridRecord record;
+    TAVIK::GridValues record;
     record.points = {10, 20, 30};
     record.steps = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     record.values.resize(10 * 20 * 30);
     const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
-    return memory_host::addGrid(TAVIK::Space::instance(), name, std::move(record));
+    return TAVIK::DataMaker::makeGrid(TAVIK::Space::instance(), name, std::move(record));
 }
 
 /// Its lower and upper indices.

@@ -1,5 +1,6 @@
 #include "HostTwin.h"
 
+#include "Geometry.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
@@ -30,7 +31,10 @@ std::vector<unsigned int> idsOf(Compound** begin, Compound** end) {
 
 std::vector<std::array<float, 3>> cornersOf(Compound* item) {
     std::vector<std::array<float, 3>> corners;
-    for (const TAVIK::Vertex& at : memory_host::polyLinePoints(item))
+    const std::vector<TAVIK::Vertex>* const points = TAVIK::GetPolyLinePoints(item);
+    if (!points)
+        return corners;
+    for (const TAVIK::Vertex& at : *points)
         if (at.isValid())
             corners.push_back({at[0], at[1], at[2]});
     return corners;

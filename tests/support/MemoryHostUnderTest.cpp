@@ -1,5 +1,7 @@
 // The in-memory host, made fit for the contract's tests.
 #include "HostUnderTest.h"
+
+#include "DataMaker.h"
 #include "files/Files.h"
 #include "items/Building.h"
 #include "items/Invariants.h"
@@ -43,18 +45,18 @@ TAVIK::Compound* addBond(TAVIK::Compound* parent, TAVIK::Compound* a, TAVIK::Com
 }
 
 TAVIK::Grid* addGrid(TAVIK::Compound* parent, const std::string& name, const GridShape& shape) {
-    memory_host::GridRecord record;
-    record.points = shape.points;
+    TAVIK::GridValues values;
+    values.points = shape.points;
     for (const std::size_t axis : {0, 1, 2}) {
-        record.origin[axis] = shape.origin[axis];
+        values.origin[axis] = shape.origin[axis];
         for (const std::size_t k : {0, 1, 2})
-            record.steps[axis][k] = shape.steps[axis][k];
+            values.steps[axis][k] = shape.steps[axis][k];
     }
     const auto count = static_cast<std::size_t>(shape.points[0]) *
                        static_cast<std::size_t>(shape.points[1]) *
                        static_cast<std::size_t>(shape.points[2]);
-    record.values.resize(count);
-    return memory_host::addGrid(parent, name, std::move(record));
+    values.values.resize(count);
+    return TAVIK::DataMaker::makeGrid(parent, name, std::move(values));
 }
 
 std::vector<TAVIK::Compound*> openFile(const std::string& path) {
