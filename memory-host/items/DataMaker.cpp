@@ -2,6 +2,7 @@
 
 #include "Attaching.h"
 #include "Destroying.h"
+#include "FocusedItem.h"
 #include "GeometryFaults.h"
 #include "Items.h"
 #include "Making.h"
@@ -111,6 +112,7 @@ void DataMaker::Destroy(Compound* item) {
         qWarning("Destroy: the data space itself stays");
         return;
     }
+    const FocusKeptAway away(item);
     tellBeforeDestroying(item);
     ++selectionChanges;
     forgetOrigin(HostItem::of(item));

@@ -1,6 +1,7 @@
 // Change guards and subscribers: who may change the data now, and who hears of it.
 #include "DataPointBase.h"
 #include "Destroying.h"
+#include "FocusedItem.h"
 #include "Logger.h"
 #include "SpaceLock.h"
 #include "Subscriber.h"
@@ -45,14 +46,15 @@ Publishing& publishing() {
     return *state;
 }
 
-const std::string failed = "a subscriber failed to take in a change: ";
-const std::string failedWithoutMemory = failed + "not enough memory"; // made before memory runs out
+// Made before memory runs out.
+const std::string failedWithoutMemory =
+    std::string(memory_host::changeFailed) + "not enough memory";
 
-void logFailure(const char* what) noexcept {
+void logFailure(const char* failed, const char* what) noexcept {
     try {
         std::string line;
         try {
-            line = failed + what;
+            line = std::string(failed) + what;
         } catch (const std::bad_alloc&) {
             Logger::Write(failedWithoutMemory);
             return;
@@ -176,6 +178,7 @@ std::vector<const void*> listeners() {
         if (subscriber)
             all.push_back(subscriber);
     addDestroyObservers(all);
+    addFocusObservers(all);
     return all;
 }
 
@@ -183,13 +186,13 @@ std::size_t subscriberCount() {
     return listeners().size();
 }
 
-void logHandlerFailure() noexcept {
+void logHandlerFailure(const char* failed) noexcept {
     try {
         throw;
     } catch (const std::exception& error) {
-        logFailure(error.what());
+        logFailure(failed, error.what());
     } catch (...) {
-        logFailure("unknown exception");
+        logFailure(failed, "unknown exception");
     }
 }
 

@@ -13,15 +13,18 @@ HOST_EXPORT std::size_t subscriberCount();
 /// The address of each subscriber's or observer's base class part, where its vtable pointer is.
 std::vector<const void*> listeners();
 
-/// Logs the exception in flight, out of a handler.
-void logHandlerFailure() noexcept;
+inline constexpr const char* changeFailed = "a subscriber failed to take in a change: ";
+
+/// Logs the exception in flight, out of a handler; the line begins with `failed`.
+void logHandlerFailure(const char* failed) noexcept;
 
 /// Calls a handler of a subscriber or observer; an exception out of it is only logged.
-template <class Handler> void callHandler(Handler handler) noexcept {
+template <class Handler>
+void callHandler(Handler handler, const char* failed = changeFailed) noexcept {
     try {
         handler();
     } catch (...) {
-        logHandlerFailure();
+        logHandlerFailure(failed);
     }
 }
 
