@@ -1,5 +1,6 @@
 #include "LibraryFile.h"
 
+#include "MessageObservers.h"
 #include "items/Subscribers.h"
 
 #include <QApplication>
@@ -72,7 +73,9 @@ QList<QPointer<QWidget>> widgetsOfLibrary(const void* address) {
 std::size_t subscribersOfLibrary(const void* address) {
     const void* const library = libraryOf(address);
     std::size_t count = 0;
-    for (const void* subscriber : listeners())
+    std::vector<const void*> all = listeners();
+    addMessageObservers(all);
+    for (const void* subscriber : all)
         if (libraryOfClass(subscriber) == library && libraryOf(subscriber) != library)
             ++count;
     return count;
