@@ -10,6 +10,8 @@
 
 namespace workbench {
 
+using memory_host::ProgressWindow;
+
 namespace {
 
 /// Thrown out of the progress callback when the user cancels.
@@ -26,7 +28,7 @@ Opening::Opening(Report report) : m_report(std::move(report)) {}
 Opening::~Opening() = default;
 
 std::size_t Opening::open(const std::vector<std::string>& files) {
-    ProgressWindow progress;
+    ProgressWindow progress(ProgressWindow::tr("Opening files"));
     std::size_t opened = 0;
     for (std::size_t i = 0; i < files.size(); ++i) {
         QString title = ProgressWindow::tr("Opening %1").arg(displayName(files[i]));
@@ -47,6 +49,7 @@ std::size_t Opening::open(const std::vector<std::string>& files) {
 bool Opening::openOne(const std::string& file, ProgressWindow& progress) {
     const auto showStage = [&progress](const std::string& stage, double fraction) {
         progress.setStage(QString::fromUtf8(stage.c_str()), fraction);
+        progress.handleEvents();
         if (progress.wasCancelled())
             throw Cancelled();
     };
@@ -67,6 +70,7 @@ bool Opening::openOne(const std::string& file, ProgressWindow& progress) {
 
 memory_host::ParsedFilePtr Opening::parse(const std::string& file, ProgressWindow& progress) {
     progress.setStage(ProgressWindow::tr("reading the file"), -1);
+    progress.handleEvents();
     QEventLoop loop;
     // Read in this thread only; null once the event loop has ended.
     const auto waiting = std::make_shared<QEventLoop*>(&loop);

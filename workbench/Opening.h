@@ -1,8 +1,8 @@
 // Opens the files of the command line, one after another, without freezing the screen.
 #pragma once
 
-#include "ProgressWindow.h"
 #include "files/Files.h"
+#include "services/ProgressWindow.h"
 
 #include <functional>
 #include <future>
@@ -28,8 +28,9 @@ public:
     std::size_t open(const std::vector<std::string>& files);
 
 private:
-    bool openOne(const std::string& file, ProgressWindow& progress);
-    memory_host::ParsedFilePtr parse(const std::string& file, ProgressWindow& progress);
+    bool openOne(const std::string& file, memory_host::ProgressWindow& progress);
+    memory_host::ParsedFilePtr parse(const std::string& file,
+                                     memory_host::ProgressWindow& progress);
 
     Report m_report;
     /// Cancelled files whose threads still run: reading can be interrupted, but parsing cannot.

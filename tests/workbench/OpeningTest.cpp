@@ -16,9 +16,9 @@
 class OpeningTest : public test_support::TestCase {
     Q_OBJECT
 
-    static workbench::ProgressWindow* progressWindow() {
+    static memory_host::ProgressWindow* progressWindow() {
         for (QWidget* widget : QApplication::topLevelWidgets())
-            if (auto* window = qobject_cast<workbench::ProgressWindow*>(widget))
+            if (auto* window = qobject_cast<memory_host::ProgressWindow*>(widget))
                 return window;
         return nullptr;
     }

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace workbench {
+namespace memory_host {
 
 ElidedLine::ElidedLine(QWidget* parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
@@ -41,4 +41,4 @@ void ElidedLine::changeEvent(QEvent* event) {
         elide();
 }
 
-} // namespace workbench
+} // namespace memory_host

@@ -1,14 +1,16 @@
 // A line of plain text that takes the width it is given.
 #pragma once
 
+#include "HostExport.h"
+
 #include <QLabel>
 #include <QString>
 
-namespace workbench {
+namespace memory_host {
 
 /// Shows plain text on one line, elided in the middle where it is too long; the tool tip is then
 /// the whole text. It never makes its window wider.
-class ElidedLine : public QLabel {
+class HOST_EXPORT ElidedLine : public QLabel {
     Q_OBJECT
 public:
     explicit ElidedLine(QWidget* parent);
@@ -26,4 +28,4 @@ private:
     QString m_line;
 };
 
-} // namespace workbench
+} // namespace memory_host

@@ -1,13 +1,14 @@
-// The window that says which file is being opened: names are plain text, and fit into it.
-#include "ProgressWindow.h"
-#include "ElidedLine.h"
+// The window that says how far long work is: names are plain text, and fit into it.
+#include "services/ProgressWindow.h"
+
 #include "TestSupport.h"
+#include "services/ElidedLine.h"
 
 #include <QImage>
 #include <QTextDocument>
 
-using workbench::ElidedLine;
-using workbench::ProgressWindow;
+using memory_host::ElidedLine;
+using memory_host::ProgressWindow;
 
 class ProgressWindowTest : public test_support::TestCase {
     Q_OBJECT
@@ -23,7 +24,7 @@ class ProgressWindowTest : public test_support::TestCase {
 
 private slots:
     void aNameIsPlainText() {
-        ProgressWindow window;
+        ProgressWindow window("Opening files");
         window.show();
         const QString name = "Opening <b>bold</b> &amp; <br> &x.pdb";
         window.setTitleLine(name);
@@ -35,7 +36,7 @@ private slots:
     }
 
     void aLongNameLeavesTheWindowAsItIs() {
-        ProgressWindow window;
+        ProgressWindow window("Opening files");
         window.setTitleLine("Opening a.pdb");
         window.setStage("reading the file", -1);
         window.show();
@@ -63,17 +64,17 @@ private slots:
     }
 
     void aWindowThatIsShownLateKeepsItsWidthAsWell() {
-        ProgressWindow brief;
+        ProgressWindow brief("Opening files");
         brief.setTitleLine("Opening a.pdb");
         brief.show();
-        ProgressWindow window;
+        ProgressWindow window("Opening files");
         window.setTitleLine("Opening " + QString(2000, u'm'));
         window.show();
         QCOMPARE(window.width(), brief.width());
     }
 
     void aWiderWindowShowsMore() {
-        ProgressWindow window;
+        ProgressWindow window("Opening files");
         window.show();
         const QString name = "Opening " + QString(60, u'm') + ".pdb";
         window.setTitleLine(name);

@@ -10,28 +10,26 @@
 
 #include <algorithm>
 
-namespace workbench {
+namespace memory_host {
 
 namespace {
-constexpr int showAfter = 500;   // ms
-constexpr int repaintEvery = 40; // ms
 constexpr int barSteps = 1000;
 } // namespace
 
-ProgressWindow::ProgressWindow()
-    : m_title(new ElidedLine(this)), m_bar(new QProgressBar(this)), m_stage(new ElidedLine(this)) {
-    setWindowTitle(tr("Opening files"));
+ProgressWindow::ProgressWindow(const QString& windowTitle)
+    : m_title(new ElidedLine(this)), m_bar(new QProgressBar(this)), m_stage(new ElidedLine(this)),
+      m_buttons(new QDialogButtonBox(QDialogButtonBox::Cancel, this)) {
+    setWindowTitle(windowTitle);
     setModal(true);
     setMinimumWidth(360);
     m_bar->setTextVisible(false);
     m_bar->setRange(0, 0);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
-    connect(buttons, &QDialogButtonBox::rejected, this, &ProgressWindow::reject);
+    connect(m_buttons, &QDialogButtonBox::rejected, this, &ProgressWindow::reject);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_title);
     layout->addWidget(m_bar);
     layout->addWidget(m_stage);
-    layout->addWidget(buttons);
+    layout->addWidget(m_buttons);
     QTimer::singleShot(showAfter, this, &QWidget::show);
     m_sinceRepaint.start();
 }
@@ -47,6 +45,9 @@ void ProgressWindow::setStage(const QString& text, double fraction) {
     m_bar->setRange(0, fraction < 0 ? 0 : barSteps);
     if (fraction >= 0)
         m_bar->setValue(static_cast<int>(std::min(fraction, 1.0) * barSteps));
+}
+
+void ProgressWindow::handleEvents() {
     if (m_sinceRepaint.elapsed() < repaintEvery)
         return;
     // The window is modal: no other one gets input meanwhile.
@@ -55,8 +56,17 @@ void ProgressWindow::setStage(const QString& text, double fraction) {
 }
 
 void ProgressWindow::reject() {
+    const bool isNews = !m_cancelled;
     m_cancelled = true;
-    QDialog::reject();
+    if (m_staysUntilDone) {
+        m_stage->setLine(tr("cancelling"));
+        m_bar->setRange(0, 0);
+        m_buttons->setEnabled(false);
+    } else {
+        QDialog::reject();
+    }
+    if (isNews)
+        emit cancelled();
 }
 
-} // namespace workbench
+} // namespace memory_host
