@@ -1,4 +1,5 @@
 // Spheres in a picture, against the closed form of a sphere seen from infinitely far away.
+#include "SmallScene.h"
 #include "TestSupport.h"
 #include "render/Renderer.h"
 #include "render/Shading.h"
@@ -6,32 +7,18 @@
 #include <cmath>
 #include <random>
 
+using small_scene::addBall;
+using small_scene::isSimilar;
+using small_scene::smallCamera;
+using small_scene::smallPicture;
 using view::Camera;
 using view::Picture;
 using view::Renderer;
 using view::Scene;
-using view::Settings;
 
 namespace {
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
-
-void addBall(Scene& scene, const view::Point& centre, float radius, view::Colour colour) {
-    scene.balls.push_back({static_cast<std::uint32_t>(scene.points.size()), radius});
-    scene.points.push_back(centre);
-    scene.colours.push_back(colour);
-    scene.ids.push_back(static_cast<view::Id>(scene.points.size()));
-}
-
-/// 200 x 100 pixels of 0.1 Å.
-Settings smallPicture() {
-    return {.width = 200, .height = 100, .background = 0x102030, .depthCue = 0};
-}
-Camera smallCamera() {
-    Camera camera;
-    camera.height = 10;
-    return camera;
-}
 
 /// The colour of a lit surface with a normal, by the constants of the shading.
 QRgb lit(view::Colour colour, double x, double y, double z) {
@@ -50,11 +37,6 @@ QRgb lit(view::Colour colour, double x, double y, double z) {
         return static_cast<int>(std::lround(std::min(255.0, own * light + shine)));
     };
     return qRgb(channel(qRed(colour)), channel(qGreen(colour)), channel(qBlue(colour)));
-}
-
-bool isSimilar(QRgb a, QRgb b) {
-    return std::abs(qRed(a) - qRed(b)) <= 1 && std::abs(qGreen(a) - qGreen(b)) <= 1 &&
-           std::abs(qBlue(a) - qBlue(b)) <= 1;
 }
 
 Scene manyBalls(int count) {

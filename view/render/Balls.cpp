@@ -65,9 +65,10 @@ Extent ballExtent(const Frame& frame, std::size_t ball) {
 }
 
 void BallPainter::draw(Tile& tile, const Frame& frame, const Bins& balls, std::size_t tileIndex) {
+    m_last = {{0, 0, 0}, 0, noNumber};
     for (const std::uint32_t ball : balls.large()) {
         const float front = ballExtent(frame, ball).front;
-        if (tile.hides(front))
+        if (tile.hides(front) || frame.stop.stop_requested())
             break;
         drawOne(tile, frame, seen(frame, ball));
     }
@@ -77,7 +78,7 @@ void BallPainter::draw(Tile& tile, const Frame& frame, const Bins& balls, std::s
         m_balls.push_back(seen(frame, ball));
         m_order.fronts.push_back(m_balls.back().centre.z + m_balls.back().radius);
     }
-    m_order.draw(tile, [&](std::uint32_t index) { drawOne(tile, frame, m_balls[index]); });
+    m_order.draw(tile, frame, [&](std::uint32_t index) { drawOne(tile, frame, m_balls[index]); });
 }
 
 BallPainter::Seen BallPainter::seen(const Frame& frame, std::uint32_t ball) {
@@ -87,12 +88,17 @@ BallPainter::Seen BallPainter::seen(const Frame& frame, std::uint32_t ball) {
 
 void BallPainter::drawOne(Tile& tile, const Frame& frame, const Seen& ball) {
     const auto& [centre, radius, number] = ball;
+    // Atoms without real coordinates are often all in one place; the first hides the others.
+    if (radius == m_last.radius && centre.z == m_last.centre.z && centre.x == m_last.centre.x &&
+        centre.y == m_last.centre.y && number > m_last.number)
+        return;
     const float front = centre.z + radius;
     const float reach = std::max(radius, leastRound);
     const Tile::Range range = tile.range(
         {centre.x - reach, centre.x + reach, centre.y - reach, centre.y + reach, front, front});
     if (range.isEmpty() || tile.hides(range, front))
         return;
+    m_last = ball;
     if (radius < leastRound)
         drawCentre(tile, frame, centre, radius, number);
     // A smaller one has no other sample.

@@ -28,9 +28,10 @@ private:
         Number number;
     };
     static Seen seen(const Frame& frame, std::uint32_t ball);
-    static void drawOne(Tile& tile, const Frame& frame, const Seen& ball);
+    void drawOne(Tile& tile, const Frame& frame, const Seen& ball);
 
     std::vector<Seen> m_balls;
+    Seen m_last; ///< of those drawn into the tile
     FrontToBack m_order;
 };
 

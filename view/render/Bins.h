@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <limits>
 #include <span>
-#include <stop_token>
 #include <utility>
 #include <vector>
 
@@ -37,8 +36,7 @@ public:
     /// depth range by them. What no sample of the picture can show is left out. Returns false after
     /// a stop request.
     template <class ExtentOf>
-    bool fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers& workers,
-              const std::stop_token& stop);
+    bool fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers& workers);
 
     /// The things of a tile, in ascending order; without the large ones.
     std::span<const std::uint32_t> inTile(std::size_t tile) const {
@@ -62,7 +60,8 @@ private:
     };
 
     static bool isBetweenPlanes(const Frame& frame, const Extent& extent) {
-        return extent.front >= frame.back && extent.back <= frame.front;
+        return frame.front >= frame.back && extent.front >= frame.back &&
+               extent.back <= frame.front;
     }
     static bool isOnScreen(const Frame& frame, const Extent& extent) {
         return extent.right >= 0 && extent.left <= static_cast<float>(frame.width) &&
@@ -84,8 +83,7 @@ private:
 };
 
 template <class ExtentOf>
-bool Bins::fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers& workers,
-                const std::stop_token& stop) {
+bool Bins::fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers& workers) {
     start(frame, count);
     // Calls use(thing, extent, tiles) for the things of a part that may be seen.
     const auto walk = [&](std::size_t part, const auto& meet, const auto& use) {
@@ -135,11 +133,11 @@ bool Bins::fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers
                     });
             });
     };
-    if (!workers.run(m_parts.size(), countPart, stop))
+    if (!workers.run(m_parts.size(), countPart, frame.stop))
         return false;
     mergeParts(frame);
     placeEntries();
-    return workers.run(m_parts.size(), fillPart, stop);
+    return workers.run(m_parts.size(), fillPart, frame.stop);
 }
 
 } // namespace view

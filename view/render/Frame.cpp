@@ -34,8 +34,7 @@ Place Frame::place(const Point& point) const {
 }
 
 // Each point is placed for itself, so that the parts need not be the same in every run.
-bool Frame::placeAll(const std::vector<Point>& from, Place* to, Workers& workers,
-                     const std::stop_token& stop) const {
+bool Frame::placeAll(const std::vector<Point>& from, Place* to, Workers& workers) const {
     return workers.run((from.size() + pointsAPart - 1) / pointsAPart,
                        [&](std::size_t part, std::size_t) {
                            const std::size_t end = std::min(from.size(), (part + 1) * pointsAPart);
@@ -45,7 +44,7 @@ bool Frame::placeAll(const std::vector<Point>& from, Place* to, Workers& workers
                        stop);
 }
 
-bool Frame::project(Workers& workers, const std::stop_token& stop) {
+bool Frame::project(Workers& workers) {
     scale = static_cast<float>(height / camera.height);
     front = static_cast<float>(camera.front * static_cast<double>(scale));
     back = static_cast<float>(camera.back * static_cast<double>(scale));
@@ -72,10 +71,10 @@ bool Frame::project(Workers& workers, const std::stop_token& stop) {
 
     points.resize(scene->points.size());
     vertices.resize(vertexCount);
-    if (!placeAll(scene->points, points.data(), workers, stop))
+    if (!placeAll(scene->points, points.data(), workers))
         return false;
     return std::all_of(meshes.begin(), meshes.end(), [&](const PlacedMesh& mesh) {
-        return placeAll(mesh.mesh->vertices, vertices.data() + mesh.firstVertex, workers, stop);
+        return placeAll(mesh.mesh->vertices, vertices.data() + mesh.firstVertex, workers);
     });
 }
 

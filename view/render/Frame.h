@@ -36,10 +36,11 @@ struct PlacedMesh {
 struct Frame {
     const Scene* scene = nullptr;
     Camera camera;
-    int width = 0;      ///< samples
-    int height = 0;     ///< samples
-    float lineHalf = 1; ///< half the width of a line, in samples
-    float dotHalf = 1;  ///< half the width of a dot, in samples
+    std::stop_token stop; ///< ends the picture
+    int width = 0;        ///< samples
+    int height = 0;       ///< samples
+    float lineHalf = 1;   ///< half the width of a line, in samples
+    float dotHalf = 1;    ///< half the width of a dot, in samples
 
     // What follows is derived from the above.
     float scale = 1;       ///< samples an Å
@@ -60,15 +61,14 @@ struct Frame {
 
     /// Counts the things of the scene and places its points and vertices. Returns false after a
     /// stop request. Throws std::length_error for more things than there are numbers.
-    bool project(Workers& workers, const std::stop_token& stop);
+    bool project(Workers& workers);
     /// Where a point is; NaN when it is no place.
     Place place(const Point& point) const;
     /// The mesh that has a triangle.
     const PlacedMesh& meshOf(Number triangle) const;
 
 private:
-    bool placeAll(const std::vector<Point>& from, Place* to, Workers& workers,
-                  const std::stop_token& stop) const;
+    bool placeAll(const std::vector<Point>& from, Place* to, Workers& workers) const;
 };
 
 } // namespace view

@@ -17,12 +17,15 @@ public:
     std::vector<float> fronts;
 
     /// Calls draw(index) for all things, nearest first but for those that are about equally near,
-    /// until the tile hides the rest.
-    template <class Draw> void draw(Tile& tile, const Draw& draw) {
+    /// until the tile hides the rest, or until a stop request.
+    template <class Draw> void draw(Tile& tile, const Frame& frame, const Draw& draw) {
         sort();
         for (std::size_t bucket = 0; bucket + 1 < m_starts.size(); ++bucket) {
-            for (std::uint32_t i = m_starts[bucket]; i < m_starts[bucket + 1]; ++i)
+            for (std::uint32_t i = m_starts[bucket]; i < m_starts[bucket + 1]; ++i) {
+                if (frame.stop.stop_requested())
+                    return;
                 draw(m_order[i]);
+            }
             // Whatever follows is farther away than anything in this bucket.
             if (m_starts[bucket] < m_starts[bucket + 1] &&
                 tile.hides(fronts[m_order[m_starts[bucket]]]))
@@ -32,10 +35,10 @@ public:
 
     /// Draws the things of a tile: front(thing) is z of its nearest point, draw(thing) draws it.
     template <class Front, class Draw>
-    void draw(Tile& tile, const Bins& bins, std::size_t tileIndex, const Front& front,
-              const Draw& draw) {
+    void draw(Tile& tile, const Frame& frame, const Bins& bins, std::size_t tileIndex,
+              const Front& front, const Draw& draw) {
         for (const std::uint32_t thing : bins.large()) {
-            if (tile.hides(front(thing)))
+            if (tile.hides(front(thing)) || frame.stop.stop_requested())
                 break;
             draw(thing);
         }
@@ -43,7 +46,7 @@ public:
         fronts.clear();
         for (const std::uint32_t thing : things)
             fronts.push_back(front(thing));
-        this->draw(tile, [&](std::uint32_t index) { draw(things[index]); });
+        this->draw(tile, frame, [&](std::uint32_t index) { draw(things[index]); });
     }
 
 private:

@@ -104,14 +104,16 @@ Extent dotExtent(const Frame& frame, std::size_t dot) {
 void drawLines(Tile& tile, const Frame& frame, const Bins& lines, std::size_t tileIndex,
                FrontToBack& order) {
     order.draw(
-        tile, lines, tileIndex, [&](std::uint32_t line) { return lineExtent(frame, line).front; },
+        tile, frame, lines, tileIndex,
+        [&](std::uint32_t line) { return lineExtent(frame, line).front; },
         [&](std::uint32_t line) { drawLine(tile, frame, line); });
 }
 
 void drawDots(Tile& tile, const Frame& frame, const Bins& dots, std::size_t tileIndex,
               FrontToBack& order) {
     order.draw(
-        tile, dots, tileIndex, [&](std::uint32_t dot) { return dotExtent(frame, dot).front; },
+        tile, frame, dots, tileIndex,
+        [&](std::uint32_t dot) { return dotExtent(frame, dot).front; },
         [&](std::uint32_t dot) { drawDot(tile, frame, dot); });
 }
 

@@ -123,7 +123,7 @@ void writeSampledTile(const Brush& brush, const Frame& frame, const Canvas& canv
 struct Renderer::Buffers {
     explicit Buffers(unsigned threads) : workers(threads), brushes(workers.count()) {}
 
-    bool arrange(const std::stop_token& stop);
+    bool arrange();
     void drawTile(std::size_t index, Brush& brush) const;
 
     Workers workers;
@@ -137,15 +137,15 @@ struct Renderer::Buffers {
 };
 
 // Puts all things where they are on the screen, and sorts them into tiles.
-bool Renderer::Buffers::arrange(const std::stop_token& stop) {
-    if (!frame.project(workers, stop))
+bool Renderer::Buffers::arrange() {
+    if (!frame.project(workers))
         return false;
     frame.nearZ = -std::numeric_limits<float>::infinity();
     frame.farZ = std::numeric_limits<float>::infinity();
     const auto sort = [&](Bins& bins, std::size_t count,
                           Extent (*extent)(const Frame&, std::size_t)) {
         return bins.fill(
-            frame, count, [&](std::size_t i) { return extent(frame, i); }, workers, stop);
+            frame, count, [&](std::size_t i) { return extent(frame, i); }, workers);
     };
     const Scene& scene = *frame.scene;
     if (!sort(balls, scene.balls.size(), ballExtent) ||
@@ -183,12 +183,13 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
     const int samples = settings.samples > 1 ? 2 : 1;
     frame.scene = &scene;
     frame.camera = camera;
+    frame.stop = stop;
     frame.width = settings.width * samples;
     frame.height = settings.height * samples;
     frame.lineHalf = halfWidth(settings.lineWidth, samples);
     frame.dotHalf = halfWidth(settings.dotSize, samples);
     Picture picture = blank(std::move(used), settings);
-    if (!buffers.arrange(stop))
+    if (!buffers.arrange())
         return {};
     const Canvas canvas = {reinterpret_cast<std::uint32_t*>(picture.image.bits()),
                            static_cast<std::size_t>(picture.image.bytesPerLine()) / 4,
@@ -207,7 +208,8 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
                 writeTile(brush, frame, canvas);
         },
         stop);
-    return isWhole ? std::move(picture) : Picture();
+    // A tile that noticed the request itself was left unfinished.
+    return isWhole && !stop.stop_requested() ? std::move(picture) : Picture();
 }
 
 } // namespace view

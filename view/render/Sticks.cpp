@@ -144,7 +144,7 @@ Extent stickExtent(const Frame& frame, std::size_t stick) {
 void drawSticks(Tile& tile, const Frame& frame, const Bins& sticks, std::size_t tileIndex,
                 FrontToBack& order) {
     order.draw(
-        tile, sticks, tileIndex,
+        tile, frame, sticks, tileIndex,
         [&](std::uint32_t stick) { return stickExtent(frame, stick).front; },
         [&](std::uint32_t stick) { drawStick(tile, frame, stick); });
 }

@@ -115,7 +115,7 @@ Extent triangleExtent(const Frame& frame, std::size_t triangle) {
 void drawTriangles(Tile& tile, const Frame& frame, const Bins& triangles, std::size_t tileIndex,
                    FrontToBack& order) {
     order.draw(
-        tile, triangles, tileIndex,
+        tile, frame, triangles, tileIndex,
         [&](std::uint32_t triangle) { return triangleExtent(frame, triangle).front; },
         [&](std::uint32_t triangle) { drawTriangle(tile, frame, triangle); });
 }
