@@ -220,13 +220,13 @@ private slots:
         view::DataReader reader;
         reader.read();
         SceneMaker maker;
-        QVERIFY(!maker.dots());
+        QVERIFY(!maker.quickScene());
         maker.scene(reader.snapshot(), {Representation::Spheres, false});
         std::vector<view::Id> ids;
-        for (const std::uint32_t dot : maker.dots()->dots)
-            ids.push_back(maker.dots()->ids[dot]);
+        for (const std::uint32_t dot : maker.quickScene()->dots)
+            ids.push_back(maker.quickScene()->ids[dot]);
         QCOMPARE(ids, (std::vector<view::Id>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13}));
-        QVERIFY(maker.dots()->balls.empty());
+        QVERIFY(maker.quickScene()->balls.empty());
     }
 
     void noPictureIsMadeOfNothing() {

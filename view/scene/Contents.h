@@ -6,10 +6,14 @@
 #include "render/Scene.h"
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <vector>
 
 namespace view {
+
+/// In place of the index of an atom: there is none.
+inline constexpr std::uint32_t noAtom = std::numeric_limits<std::uint32_t>::max();
 
 /// A residue: the atoms from `firstAtom` to the next residue's. Atoms that stand in no residue are
 /// gathered in residues of the kind Other.

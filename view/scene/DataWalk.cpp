@@ -33,8 +33,6 @@ Kind kindOf(const Compound* item) {
     return Kind::Other;
 }
 
-constexpr std::uint32_t noAtom = std::numeric_limits<std::uint32_t>::max();
-
 // The indices of atoms by the items' identifiers. These rise in the order of the data but for the
 // top level, and leave gaps where other items stand.
 class IndexById {

@@ -34,9 +34,9 @@ Drawing::Effort Drawing::effortFor(const Order& order) {
 
 void Drawing::learn(Effort effort, double milliseconds) {
     if (effort == Effort::Whole) {
-        // What four samples a pixel took says what to expect of one, or of a quarter.
-        const Effort guess = milliseconds > 16 * quickPicture  ? Effort::Dots
-                             : milliseconds > 4 * quickPicture ? Effort::HalfSize
+        // Four samples a pixel took about twice as long as one, or more in small scenes.
+        const Effort guess = milliseconds > 6 * quickPicture   ? Effort::Dots
+                             : milliseconds > 2 * quickPicture ? Effort::HalfSize
                                                                : Effort::OneSample;
         m_quick = std::max(m_quick, guess);
         return;
@@ -55,11 +55,15 @@ bool Drawing::isLast(const Order& order, Effort effort) const {
 std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& stop) {
     if (order.width <= 0 || order.height <= 0)
         return {};
-    const Effort effort = effortFor(order);
     const auto begin = std::chrono::steady_clock::now();
     std::shared_ptr<const Scene> scene = m_maker.scene(order.snapshot, order.look);
+    if (scene != m_known.lock()) {
+        m_known = scene;
+        m_quick = Effort::OneSample;
+    }
+    const Effort effort = effortFor(order);
     if (effort == Effort::Dots)
-        scene = m_maker.dots();
+        scene = m_maker.quickScene();
     const bool isSmall = effort == Effort::HalfSize || effort == Effort::Dots;
     if (scene != m_scene || !isLast(order, effort)) {
         Settings settings;

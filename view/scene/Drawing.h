@@ -69,6 +69,7 @@ private:
     Order m_order;                            ///< likewise, without the snapshot
     Effort m_effort = Effort::Whole;          ///< likewise
     Effort m_quick = Effort::OneSample;       ///< of the next quick picture
+    std::weak_ptr<const Scene> m_known;       ///< for which that holds
     bool m_wasMoving = false;
     double m_quickTime = 0; ///< milliseconds that the last quick picture took
 };

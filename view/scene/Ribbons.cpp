@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 namespace view {
 
 namespace {
-
-constexpr std::uint32_t noAtom = std::numeric_limits<std::uint32_t>::max();
 
 /// The atoms of one residue by role: of several the first one that is shown, else the first.
 class Found {
@@ -25,6 +22,11 @@ public:
         }
     }
     std::uint32_t operator[](Role role) const { return m_atoms[static_cast<std::size_t>(role)]; }
+    std::uint32_t guide(ResidueKind kind) const {
+        if (kind == ResidueKind::AminoAcid)
+            return (*this)[Role::CA];
+        return (*this)[Role::P] != noAtom ? (*this)[Role::P] : (*this)[Role::C4Sugar];
+    }
 
 private:
     std::array<std::uint32_t, std::size_t(Role::Base) + 1> m_atoms;
@@ -42,10 +44,9 @@ RibbonResidue ribbonResidue(const Contents& contents, const Marks& marks, std::s
                             const Found& found, SecondaryStructure structure) {
     RibbonResidue made;
     const ResidueEntry& entry = contents.residues[residue];
-    std::uint32_t guide = found[Role::CA];
+    const std::uint32_t guide = found.guide(entry.kind);
     if (entry.kind == ResidueKind::Nucleotide) {
         made.kind = RibbonResidue::Kind::Nucleotide;
-        guide = found[Role::P] != noAtom ? found[Role::P] : found[Role::C4Sugar];
         const std::uint32_t base =
             found[Role::Base] != noAtom ? found[Role::Base] : found[Role::C1Sugar];
         made.direction = difference(positionOf(contents, base), positionOf(contents, guide));
@@ -80,6 +81,10 @@ bool isSame(const std::vector<RibbonResidue>& a, const std::vector<RibbonResidue
 }
 
 } // namespace
+
+std::uint32_t guideOf(const Contents& contents, const Marks& marks, std::size_t residue) {
+    return Found(contents, marks, residue).guide(contents.residues[residue].kind);
+}
 
 // The entries are structures of their own, and may stand in one place as models of one molecule do.
 void Ribbons::assign(const Contents& contents, const std::vector<Backbone>& backbones) {

@@ -12,6 +12,10 @@
 
 namespace view {
 
+/// The atom that a ribbon passes in a residue of a polymer: CA of an amino acid, P of a nucleotide,
+/// or C4' where there is none; of alternative atoms the one that is shown. noAtom without any.
+std::uint32_t guideOf(const Contents& contents, const Marks& marks, std::size_t residue);
+
 /// For one thread at a time.
 class Ribbons {
 public:

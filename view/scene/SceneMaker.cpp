@@ -109,7 +109,7 @@ private:
     std::vector<bool> m_isBonded; ///< atoms that a stick or a line is drawn of
 };
 
-// Whether an atom is drawn: by itself, or as one of the backbone that a ribbon goes along.
+// Uses the atoms that are drawn, and those that a ribbon passes.
 template <class Use>
 void forDrawnAtoms(const Contents& contents, const Marks& marks, const Styles& styles, Use use) {
     for (std::size_t residue = 0; residue != contents.residues.size(); ++residue) {
@@ -122,6 +122,65 @@ void forDrawnAtoms(const Contents& contents, const Marks& marks, const Styles& s
     }
 }
 
+// Makes the scene that stands for another while it moves.
+class QuickMaking {
+public:
+    QuickMaking(const Contents& contents, const Marks& marks, const Styles& styles)
+        : m_contents(contents), m_marks(marks), m_styles(styles) {}
+
+    Scene run() {
+        std::size_t count = 0;
+        for (const Style style : m_styles.atoms)
+            count += style == Style::None ? 0 : 1;
+        m_step = count / SceneMaker::dotsWhileMoving + 1;
+        for (std::size_t residue = 0; residue != m_contents.residues.size(); ++residue) {
+            takeAtoms(residue);
+            if (m_styles.ribbon[residue])
+                takeGuide(residue);
+        }
+        return std::move(m_scene);
+    }
+
+private:
+    std::uint32_t addPoint(std::uint32_t atom) {
+        m_scene.points.push_back(m_contents.positions[atom]);
+        m_scene.colours.push_back(m_marks.colours[atom]);
+        m_scene.ids.push_back(idOf(atom));
+        return static_cast<std::uint32_t>(m_scene.points.size() - 1);
+    }
+
+    void takeAtoms(std::size_t residue) {
+        const std::uint32_t end = m_contents.atomEnd(residue);
+        for (std::uint32_t i = m_contents.residues[residue].firstAtom; i != end; ++i)
+            if (m_styles.atoms[i] != Style::None && m_passed++ % m_step == 0)
+                m_scene.dots.push_back(addPoint(i));
+    }
+
+    // A ribbon is a line from one atom that it passes to the next.
+    void takeGuide(std::size_t residue) {
+        const std::uint32_t guide = guideOf(m_contents, m_marks, residue);
+        if (guide == noAtom || !m_marks.shown[guide])
+            return;
+        const std::uint32_t point = addPoint(guide);
+        if (m_hasGuide && m_guideResidue + 1 == residue &&
+            m_contents.residues[residue].isLinkedToPrevious)
+            m_scene.lines.push_back({m_guidePoint, point});
+        m_hasGuide = true;
+        m_guideResidue = residue;
+        m_guidePoint = point;
+    }
+
+    const Contents& m_contents;
+    const Marks& m_marks;
+    const Styles& m_styles;
+    Scene m_scene;
+    std::size_t m_step = 1;
+    std::size_t m_passed = 0;
+    bool m_hasGuide = false;
+    std::size_t m_guideResidue = 0;
+    std::uint32_t m_guidePoint = 0;
+};
+
 } // namespace
 
 SceneMaker::SceneMaker() = default;
@@ -133,7 +192,7 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
         return m_scene;
     // What is not used by a picture any more goes before the next scene comes.
     m_scene = nullptr;
-    m_dots = nullptr;
+    m_quick = nullptr;
     m_snapshot = snapshot;
     m_look = look;
     m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
@@ -146,26 +205,12 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
     return m_scene;
 }
 
-std::shared_ptr<const Scene> SceneMaker::dots() {
-    if (m_dots || !m_scene)
-        return m_dots;
-    const Contents& contents = *m_snapshot.contents;
-    const Marks& marks = *m_snapshot.marks;
-    std::size_t count = 0;
-    forDrawnAtoms(contents, marks, m_styles, [&](std::uint32_t) { ++count; });
-    const std::size_t step = count / dotsWhileMoving + 1;
-    auto scene = std::make_shared<Scene>();
-    std::size_t passed = 0;
-    forDrawnAtoms(contents, marks, m_styles, [&](std::uint32_t i) {
-        if (passed++ % step != 0)
-            return;
-        scene->dots.push_back(static_cast<std::uint32_t>(scene->points.size()));
-        scene->points.push_back(contents.positions[i]);
-        scene->colours.push_back(marks.colours[i]);
-        scene->ids.push_back(idOf(i));
-    });
-    m_dots = std::move(scene);
-    return m_dots;
+std::shared_ptr<const Scene> SceneMaker::quickScene() {
+    if (m_quick || !m_scene)
+        return m_quick;
+    m_quick = std::make_shared<const Scene>(
+        QuickMaking(*m_snapshot.contents, *m_snapshot.marks, m_styles).run());
+    return m_quick;
 }
 
 std::vector<Point> drawnPoints(const Snapshot& snapshot, const Look& look) {

@@ -21,9 +21,9 @@ public:
 
     /// Everything that is shown, with the ids of idOf(). The same as before, if nothing changed.
     std::shared_ptr<const Scene> scene(const Snapshot& snapshot, const Look& look);
-    /// A scene of dots that stands for the last scene() while it moves: of at most
-    /// `dotsWhileMoving` points, so that some atoms of large scenes have none.
-    std::shared_ptr<const Scene> dots();
+    /// A scene that stands for the last scene() while it moves: atoms as dots, at most
+    /// `dotsWhileMoving` of them, so that some atoms of large scenes have none; ribbons as lines.
+    std::shared_ptr<const Scene> quickScene();
 
     static constexpr std::size_t dotsWhileMoving = 400'000;
 
@@ -33,7 +33,7 @@ private:
     Styles m_styles;
     Ribbons m_ribbons;
     std::shared_ptr<const Scene> m_scene;
-    std::shared_ptr<const Scene> m_dots;
+    std::shared_ptr<const Scene> m_quick;
 };
 
 /// The points of all that the view draws of a snapshot, as a camera is fitted to them.

@@ -9,7 +9,8 @@ namespace {
 
 view::View3D* theView = nullptr;
 
-/// "Picture": writes a picture, whose file and size are the call's argument, as "out.png 1600x1200".
+/// "Picture": writes a picture, whose file and size are the call's argument, as "out.png
+/// 1600x1200".
 void picture(const void*, PluginResult* result);
 void pictureWritable(void* input, PluginResult* result) {
     picture(input, result);
