@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -170,6 +171,21 @@ private slots:
         for (BackboneResidue& residue : residues)
             residue.n = residue.ca = residue.c = residue.o = {1, 2, 3};
         QCOMPARE(letters(residues), QByteArray(1000, '-'));
+    }
+
+    void noBondsAreSearchedWhereMoreResiduesCrowdThanFit() {
+        // The N-H of residue 1, whose hydrogen is 1 Å from N along x, and the C=O of residue 2.
+        Residues residues(3);
+        residues[0] = {{1, 2, 1}, {1, 1, 1}, {2, 1, 1}, {0.8F, 1, 1}, false, 0};
+        residues[1] = {{3, 1, 1}, {3, 2, 1}, {3, 3, 1}, {3, 4, 1}, false, 0};
+        residues[2] = {{7, 3, 1}, {7, 2, 1}, {7.1F, 1, 1}, {5.9F, 1, 1}, true, 1};
+        // Far away in the same cell of 10 Å, with no hydrogen.
+        const BackboneResidue other = {{9, 9, 8}, {9, 9, 9}, {8, 9, 9}, {9, 8, 9}, true, 2};
+        residues.resize(64, other);
+        const std::vector<std::uint32_t> segments(65, 0);
+        QCOMPARE(view::hydrogenBonds(residues, std::span(segments).first(64))[1][0], 2U);
+        residues.push_back(other);
+        QCOMPARE(view::hydrogenBonds(residues, segments)[1][0], view::noResidue);
     }
 
     void farFromTheOriginNothingChanges() {

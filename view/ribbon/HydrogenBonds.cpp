@@ -48,9 +48,9 @@ constexpr std::uint64_t nextInX = 1;
 constexpr std::uint64_t nextInY = std::uint64_t(1) << 21;
 constexpr std::uint64_t nextInZ = std::uint64_t(1) << 42;
 constexpr double cellLength = 10.0; // Å; longer than the distance of two neighbours
-// Even CA packed as densely as spheres 3.8 Å apart, their distance in a chain, are about 70 in a
-// cell. With a limit the search is linear.
-constexpr std::size_t mostInCell = 128;
+// The smallest amino acid takes up 60 Å³, so that 17 fill a cell. With a limit the search is
+// linear.
+constexpr std::size_t mostInCell = 64;
 
 std::uint64_t cellOf(const Point& place) {
     constexpr double middle = 1 << 20;

@@ -49,7 +49,7 @@ using Acceptors = std::array<std::uint32_t, 2>;
 /// C=O; the first residue of a segment, and proline, donate no bond.
 ///
 /// Bonds are searched between residues whose CA are less than 9 Å apart, in a grid: the time grows
-/// with the number of residues. Where more than 128 CA crowd in 10 x 10 x 10 Å, far more than in
+/// with the number of residues. Where more than 64 CA crowd in 10 x 10 x 10 Å, far more than in
 /// any protein, the residues there get no bonds.
 std::vector<Acceptors> hydrogenBonds(std::span<const BackboneResidue> residues,
                                      std::span<const std::uint32_t> segments);

@@ -254,6 +254,10 @@ Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& styl
     valid.subdivisions = std::max(2U, style.subdivisions + style.subdivisions % 2);
     valid.corners = std::max(3U, style.corners);
     BodyMaker bodies(mesh, valid.corners);
+    const auto shown = static_cast<std::size_t>(
+        std::count_if(residues.begin(), residues.end(),
+                      [](const RibbonResidue& residue) { return residue.isShown; }));
+    bodies.reserve(shown * valid.subdivisions);
     for (std::size_t from = 0; from < residues.size();) {
         std::size_t to = from + 1;
         if (isPlace(residues[from].guide)) {

@@ -1,5 +1,6 @@
 #include "RibbonBody.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -35,6 +36,17 @@ BodyMaker::Shape BodyMaker::flatShape() {
 BodyMaker::BodyMaker(Mesh& mesh, unsigned corners)
     : m_mesh(mesh), m_corners(corners), m_round(roundShape(corners)), m_flat(flatShape()) {}
 
+void BodyMaker::reserve(std::size_t sections) {
+    const std::size_t vertices = sections * std::max(m_round.corners.size(), m_flat.corners.size());
+    const std::size_t triangles =
+        sections * 2 * std::max(m_round.sides.size(), m_flat.sides.size());
+    m_mesh.vertices.reserve(vertices);
+    m_mesh.normals.reserve(vertices);
+    m_mesh.colours.reserve(vertices);
+    m_mesh.triangles.reserve(triangles);
+    m_mesh.ids.reserve(triangles);
+}
+
 void BodyMaker::addRound(const std::vector<BodySection>& sections) {
     add(m_round, sections);
 }
@@ -61,7 +73,7 @@ std::uint32_t BodyMaker::addSection(const Shape& shape, const BodySection& secti
     for (const Corner& corner : shape.corners) {
         const Vector place = at.place + at.across * (corner.across * section.halfWidth) +
                              at.up * (corner.up * section.halfThickness);
-        // The normal of an ellipse leans to its short axis, as does that of a rectangle trivially.
+        // The normal of an ellipse; a rectangle's are along one axis, so that the factor is lost.
         const double across = corner.normalAcross * section.halfThickness;
         const double up = corner.normalUp * section.halfWidth;
         const Vector normal =
@@ -75,7 +87,7 @@ void BodyMaker::addCap(const Shape& shape, const BodySection& section, bool isEn
                        Id id) {
     const PathPoint& at = section.point;
     const Vector normal = at.along * (isEnd ? 1 : -1);
-    std::vector<std::uint32_t>::size_type count = 0;
+    std::size_t count = 0;
     std::uint32_t first = 0;
     std::uint32_t before = 0;
     for (const std::uint32_t index : shape.outline) {

@@ -26,6 +26,8 @@ class BodyMaker {
 public:
     /// `corners` of round sections, at least 3.
     BodyMaker(Mesh& mesh, unsigned corners);
+    /// Makes room for so many sections of long bodies.
+    void reserve(std::size_t sections);
 
     /// A body with sections like an ellipse; at least two sections.
     void addRound(const std::vector<BodySection>& sections);
