@@ -55,15 +55,6 @@ void drawCentre(Tile& tile, const Frame& frame, const Place& centre, float radiu
 
 } // namespace
 
-Extent ballExtent(const Frame& frame, std::size_t ball) {
-    const auto& [point, radius] = frame.scene->balls[ball];
-    if (!(radius > 0 && radius <= farthest))
-        return nowhere;
-    const Place& at = frame.points[point];
-    const float r = radius * frame.scale;
-    return {at.x - r, at.x + r, at.y - r, at.y + r, at.z + r, at.z - r};
-}
-
 void BallPainter::draw(Tile& tile, const Frame& frame, const Bins& balls, std::size_t tileIndex) {
     m_last = {{0, 0, 0}, 0, noNumber};
     for (const std::uint32_t ball : balls.large()) {

@@ -14,7 +14,14 @@ namespace view {
 inline constexpr float leastRound = 0.70711F;
 
 /// Where a sphere is; nowhere when its radius is not positive or larger than any structure.
-Extent ballExtent(const Frame& frame, std::size_t ball);
+inline Extent ballExtent(const Frame& frame, std::size_t ball) {
+    const auto& [point, radius] = frame.scene->balls[ball];
+    if (!(radius > 0 && radius <= farthest))
+        return nowhere;
+    const Place& at = frame.points[point];
+    const float r = radius * frame.scale;
+    return {at.x - r, at.x + r, at.y - r, at.y + r, at.z + r, at.z - r};
+}
 
 /// Keeps its memory from one tile to the next.
 class BallPainter {

@@ -9,26 +9,11 @@ namespace {
 constexpr std::size_t thingsAPart = 1 << 15;
 constexpr std::size_t mostParts = 32;
 
-/// The tile of a coordinate, at most `last`; 0 for what is left of the picture.
-int tileOf(float coordinate, int last) {
-    const float tile = coordinate / tileSide;
-    if (!(tile > 0))
-        return 0;
-    return tile < static_cast<float>(last) ? static_cast<int>(tile) : last;
-}
-
 std::size_t tilesAlong(int samples) {
     return (static_cast<std::size_t>(samples) + tileSide - 1) / tileSide;
 }
 
 } // namespace
-
-Bins::TileRange Bins::tilesAt(const Frame& frame, const Extent& extent) {
-    const int lastColumn = (frame.width - 1) / tileSide;
-    const int lastRow = (frame.height - 1) / tileSide;
-    return {tileOf(extent.left, lastColumn), tileOf(extent.right, lastColumn),
-            tileOf(extent.top, lastRow), tileOf(extent.bottom, lastRow)};
-}
 
 void Bins::start(const Frame& frame, std::size_t count) {
     m_count = count;

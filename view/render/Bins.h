@@ -67,7 +67,19 @@ private:
         return extent.right >= 0 && extent.left <= static_cast<float>(frame.width) &&
                extent.bottom >= 0 && extent.top <= static_cast<float>(frame.height);
     }
-    static TileRange tilesAt(const Frame& frame, const Extent& extent);
+    /// The tile of a coordinate, at most `last`; 0 for what is left of the picture.
+    static int tileOf(float coordinate, int last) {
+        const float tile = coordinate * (1.0F / tileSide);
+        if (!(tile > 0))
+            return 0;
+        return tile < static_cast<float>(last) ? static_cast<int>(tile) : last;
+    }
+    static TileRange tilesAt(const Frame& frame, const Extent& extent) {
+        const int lastColumn = (frame.width - 1) / tileSide;
+        const int lastRow = (frame.height - 1) / tileSide;
+        return {tileOf(extent.left, lastColumn), tileOf(extent.right, lastColumn),
+                tileOf(extent.top, lastRow), tileOf(extent.bottom, lastRow)};
+    }
     void start(const Frame& frame, std::size_t count);
     /// Turns the numbers of things into places in `m_entries`.
     void placeEntries();

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -55,24 +56,48 @@ Picture blank(Picture used, const Settings& settings) {
     return used;
 }
 
+/// Writes a tile that shows nothing.
+void writeEmptyTile(const Tile& tile, const Look& look, int samples, const Canvas& canvas) {
+    const auto left = static_cast<std::size_t>(tile.left() / samples);
+    const auto width = static_cast<std::size_t>(tile.width() / samples);
+    for (int row = 0; row < tile.height(); row += samples) {
+        const auto y = static_cast<std::size_t>((tile.top() + row) / samples);
+        std::fill_n(canvas.image + y * canvas.stride + left, width, look.background | 0xFF000000U);
+        std::fill_n(canvas.ids + y * canvas.width + left, width, noId);
+        std::fill_n(canvas.depths + y * canvas.width + left, width,
+                    -std::numeric_limits<float>::infinity());
+    }
+}
+
 /// Writes a tile that has one sample a pixel.
 void writeTile(const Brush& brush, const Frame& frame, const Canvas& canvas) {
     const Tile& tile = brush.tile;
     const float pixel = 1 / frame.scale;
+    const auto left = static_cast<std::size_t>(tile.left());
+    const auto width = static_cast<std::size_t>(tile.width());
     for (int row = 0; row < tile.height(); ++row) {
         const auto y = static_cast<std::size_t>(tile.top() + row);
-        const auto left = static_cast<std::size_t>(tile.left());
-        const auto width = static_cast<std::size_t>(tile.width());
         const std::int32_t* const colours =
             brush.colours.data() + static_cast<std::ptrdiff_t>(row) * tileSide;
-        std::copy_n(colours, width, canvas.image + y * canvas.stride + left);
+        std::memcpy(canvas.image + y * canvas.stride + left, colours, width * sizeof *colours);
         Id* const ids = canvas.ids + y * canvas.width + left;
         float* const depths = canvas.depths + y * canvas.width + left;
+        // Neighbours mostly show the same thing.
+        Number last = noNumber;
+        Id id = noId;
         for (std::size_t x = 0; x < width; ++x) {
             const Number number = tile.numbers(row)[x];
-            ids[x] = number == noNumber ? noId : idOf(frame, number);
-            depths[x] = tile.depths(row)[x] * pixel;
+            if (number != last) {
+                last = number;
+                id = number == noNumber ? noId : idOf(frame, number);
+            }
+            ids[x] = id;
         }
+        std::size_t x = 0;
+        for (; x + 4 <= width; x += 4)
+            store(depths + x, load(tile.depths(row) + x) * all(pixel));
+        for (; x < width; ++x)
+            depths[x] = tile.depths(row)[x] * pixel;
     }
 }
 
@@ -142,16 +167,16 @@ bool Renderer::Buffers::arrange() {
         return false;
     frame.nearZ = -std::numeric_limits<float>::infinity();
     frame.farZ = std::numeric_limits<float>::infinity();
-    const auto sort = [&](Bins& bins, std::size_t count,
-                          Extent (*extent)(const Frame&, std::size_t)) {
-        return bins.fill(
-            frame, count, [&](std::size_t i) { return extent(frame, i); }, workers);
+    const auto sort = [this](Bins& bins, std::size_t count, const auto& extent) {
+        return bins.fill(frame, count, extent, workers);
     };
+    const Frame& f = frame;
     const Scene& scene = *frame.scene;
-    if (!sort(balls, scene.balls.size(), ballExtent) ||
-        !sort(sticks, scene.sticks.size(), stickExtent) ||
-        !sort(lines, scene.lines.size(), lineExtent) || !sort(dots, scene.dots.size(), dotExtent) ||
-        !sort(triangles, frame.triangleCount, triangleExtent))
+    if (!sort(balls, scene.balls.size(), [&](std::size_t i) { return ballExtent(f, i); }) ||
+        !sort(sticks, scene.sticks.size(), [&](std::size_t i) { return stickExtent(f, i); }) ||
+        !sort(lines, scene.lines.size(), [&](std::size_t i) { return lineExtent(f, i); }) ||
+        !sort(dots, scene.dots.size(), [&](std::size_t i) { return dotExtent(f, i); }) ||
+        !sort(triangles, frame.triangleCount, [&](std::size_t i) { return triangleExtent(f, i); }))
         return false;
     frame.nearZ = std::min(frame.nearZ, frame.front);
     frame.farZ = std::max(frame.farZ, frame.back);
@@ -201,6 +226,8 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
         [&](std::size_t index, std::size_t worker) {
             Brush& brush = buffers.brushes[worker];
             buffers.drawTile(index, brush);
+            if (brush.tile.isEmpty())
+                return writeEmptyTile(brush.tile, look, samples, canvas);
             shade(brush.tile, frame, look, brush.colours);
             if (samples == 2)
                 writeSampledTile(brush, frame, canvas);

@@ -11,13 +11,6 @@ constexpr float infinity = std::numeric_limits<float>::infinity();
 /// After so many touched samples it pays to look how far away a block is now.
 constexpr int touchesAnUpdate = 96;
 
-/// The sample of a coordinate relative to the tile, between `first` and `last`.
-int sampleOf(float coordinate, int first, int last) {
-    if (!(coordinate > static_cast<float>(first)))
-        return first;
-    return coordinate < static_cast<float>(last) ? static_cast<int>(coordinate) : last;
-}
-
 } // namespace
 
 void Tile::begin(int left, int top, int width, int height) {
@@ -25,6 +18,7 @@ void Tile::begin(int left, int top, int width, int height) {
     m_top = top;
     m_width = std::min(tileSide, width - left);
     m_height = std::min(tileSide, height - top);
+    m_isEmpty = true;
     m_depths.fill(-infinity);
     m_numbers.fill(noNumber);
     // Nothing is nearer than samples beyond the picture, so that they hide all.
@@ -33,13 +27,6 @@ void Tile::begin(int left, int top, int width, int height) {
     m_blockTouches.fill(0);
     for (std::size_t block = 0; block < m_blockDepths.size(); ++block)
         updateBlock(block);
-}
-
-Tile::Range Tile::range(const Extent& extent) const {
-    const float x = static_cast<float>(m_left) + 0.5F;
-    const float y = static_cast<float>(m_top) + 0.5F;
-    return {sampleOf(extent.left - x, 0, tileSide), sampleOf(extent.right - x, -1, m_width - 1),
-            sampleOf(extent.top - y, 0, tileSide), sampleOf(extent.bottom - y, -1, m_height - 1)};
 }
 
 bool Tile::hides(float front) {
@@ -51,6 +38,7 @@ bool Tile::hides(float front) {
 }
 
 void Tile::touch(const Range& range) {
+    m_isEmpty = false;
     for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
         const int rows = std::min(range.bottom, y * blockSide + blockSide - 1) -
                          std::max(range.top, y * blockSide) + 1;

@@ -55,7 +55,13 @@ public:
         bool isEmpty() const { return left > right || top > bottom; }
     };
     /// The samples whose centres lie in an extent, and perhaps a few more around it.
-    Range range(const Extent& extent) const;
+    Range range(const Extent& extent) const {
+        const float x = static_cast<float>(m_left) + 0.5F;
+        const float y = static_cast<float>(m_top) + 0.5F;
+        return {sampleOf(extent.left - x, 0, tileSide), sampleOf(extent.right - x, -1, m_width - 1),
+                sampleOf(extent.top - y, 0, tileSide),
+                sampleOf(extent.bottom - y, -1, m_height - 1)};
+    }
 
     /// Whether nothing at or behind `front` can be seen in the range.
     bool hides(const Range& range, float front) const {
@@ -70,8 +76,16 @@ public:
 
     /// Says that something was drawn in the range, which hides() learns now or later.
     void touch(const Range& range);
+    /// Whether nothing was drawn.
+    bool isEmpty() const { return m_isEmpty; }
 
 private:
+    /// The sample of a coordinate relative to the tile, between `first` and `last`.
+    static int sampleOf(float coordinate, int first, int last) {
+        if (!(coordinate > static_cast<float>(first)))
+            return first;
+        return coordinate < static_cast<float>(last) ? static_cast<int>(coordinate) : last;
+    }
     void updateBlock(std::size_t block);
 
     int m_left = 0;
@@ -80,6 +94,7 @@ private:
     int m_height = 0;
     float m_depth = 0; ///< of the farthest sample, or less
     bool m_isDepthOld = false;
+    bool m_isEmpty = true;
     alignas(16) std::array<float, tileSide * tileSide> m_depths;
     alignas(16) std::array<Number, tileSide * tileSide> m_numbers;
     /// Of each block's farthest sample, or less.
