@@ -45,8 +45,11 @@ int TreeView::automaticWidth(int column) const {
 }
 
 int TreeView::automaticWidthBesideNames() const {
-    return automaticWidth(TreeModel::Show) + automaticWidth(TreeModel::Select) +
-           automaticWidth(TreeModel::Partial);
+    int width = 0;
+    for (int column = 0; column != TreeModel::Columns; ++column)
+        if (column != TreeModel::Object)
+            width += automaticWidth(column);
+    return width;
 }
 
 // The width of the names' column if an atom is called `name`.

@@ -6,6 +6,7 @@
 #include "Traversal.h"
 #include "WindowTools.h"
 #include "files/Files.h"
+#include "plain/PlainMenus.h"
 #include "services/Settings.h"
 
 #include <QApplication>
@@ -259,7 +260,7 @@ private slots:
             for (const QAction* entry : menu->menu()->actions())
                 labels << entry->text();
         labels.removeOne(QStringLiteral("Exit"));
-        QCOMPARE(labels.size(), 40);
+        QCOMPARE(std::size_t(labels.size()), plain::menuEntries().size() - 1);
         for (const QString& label : labels)
             QVERIFY2(explained.contains(label), qPrintable(label));
     }

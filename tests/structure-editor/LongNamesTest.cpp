@@ -45,7 +45,7 @@ class LongNamesTest : public WindowTestCase {
 
     /// What is not in sight, or takes more than there is.
     QString outOfSight() const {
-        for (const int column : {1, 2, 3}) {
+        for (int column = 1; column != header()->count(); ++column) {
             const int left = header()->sectionViewportPosition(column);
             if (left < 0 || left + header()->sectionSize(column) > tree()->viewport()->width())
                 return QStringLiteral("column %1 ends at %2 of %3 pixels")
@@ -109,7 +109,8 @@ private slots:
             QScrollBar* const bar = tree()->horizontalScrollBar();
             QVERIFY(bar->maximum() > 0);
             bar->setValue(bar->maximum());
-            QCOMPARE(header()->sectionViewportPosition(3) + header()->sectionSize(3),
+            const int last = header()->count() - 1;
+            QCOMPARE(header()->sectionViewportPosition(last) + header()->sectionSize(last),
                      tree()->viewport()->width());
         }
         panes->setSizes(before);

@@ -182,9 +182,10 @@ private slots:
         QFETCH(QString, victim);
         QAccessibleInterface* const spoken =
             QAccessible::queryAccessibleInterface(treeOf(*m_window));
-        QVERIFY(readAloud(spoken) > 4);
+        const int header = treeOf(*m_window)->model()->columnCount();
+        QVERIFY(readAloud(spoken) > header);
         destroyWhile(victim, [&] {
-            QCOMPARE(readAloud(spoken), 4); // the header
+            QCOMPARE(readAloud(spoken), header);
             QWidget* const viewport = treeOf(*m_window)->viewport();
             for (int y = 2; y < viewport->height(); y += 10) {
                 const QPoint at(30, y);

@@ -61,7 +61,7 @@ private slots:
 
     void columnsAreAsWideAsTheirTitles() {
         const TreeView tree;
-        for (int column = 0; column != 4; ++column)
+        for (int column = 0; column != TreeModel::Columns; ++column)
             QVERIFY(tree.columnWidth(column) >=
                     tree.header()->fontMetrics().horizontalAdvance(
                         tree.model()->headerData(column, Qt::Horizontal).toString()));
@@ -105,7 +105,7 @@ private slots:
         font.setPixelSize(40);
         font.setStyleStrategy(QFont::NoAntialias);
         tree.setFont(font);
-        tree.resize(600, 600);
+        tree.resize(1000, 600);
         TreeItem* row = tree.populate(*space()->ChildBegin());
         for (TreeItem* open = row; open; open = open->firstChild())
             open->setOpen(true);

@@ -8,11 +8,17 @@
 
 using namespace tree_tools;
 
+namespace {
+
+const QStringList titlesInOrder = {"Object", "Show", "Select", "Partial"};
+
+} // namespace
+
 class TreeViewTest : public test_support::TestCase {
     Q_OBJECT
 
 private slots:
-    void aNewTreeIsEmptyAndHasFourColumns() {
+    void aNewTreeIsEmptyAndHasItsColumns() {
         QWidget parent;
         const TreeView tree(&parent, "tree");
         QCOMPARE(tree.objectName(), "tree");
@@ -23,7 +29,7 @@ private slots:
         QStringList titles;
         for (int column = 0; column != tree.model()->columnCount(); ++column)
             titles << tree.model()->headerData(column, Qt::Horizontal).toString();
-        QCOMPARE(titles, (QStringList{"Object", "Show", "Select", "Partial"}));
+        QCOMPARE(titles, titlesInOrder);
         QVERIFY(TreeView().objectName().isEmpty());
     }
 
