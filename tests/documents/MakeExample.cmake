@@ -1,6 +1,7 @@
 # Does what a section of a document says in copies of source files: each piece of code stands below
-# words that say where it goes, "In `FILE`, below `LINE`:", "At the end of `FILE`:" or "A new file,
-# `FILE`:".
+# words that say where it goes, "In `FILE`, below `LINE`:", "In `FILE`, in place of `LINE`:", "At the
+# end of `FILE`:" or "A new file, `FILE`:". A LINE is written without its indentation, and may be the
+# end of one where code is added below it.
 #   cmake -DDOCUMENT=... -DSECTION=TITLE -DROOT=... -DFILES=PATH,PATH... -DNEW=PATH,PATH... -DINTO=...
 #     -P this file
 # copies the FILES of the folder ROOT into the folder INTO, and writes the NEW ones beside them. The
@@ -38,9 +39,10 @@ while(TRUE)
   math(EXPR end "${end} + 4")
   string(SUBSTRING "${text}" ${end} -1 text)
 
-  if(before MATCHES "In `([^`]+)`,[ \n]below[ \n]`([^`]+)`:\n\n$")
+  if(before MATCHES "In[ \n]`([^`]+)`,[ \n](below|in[ \n]place[ \n]of)[ \n]`([^`]+)`:\n\n$")
     set(path "${CMAKE_MATCH_1}")
-    set(line "${CMAKE_MATCH_2}\n")
+    set(where "${CMAKE_MATCH_2}")
+    set(line "${CMAKE_MATCH_3}\n")
   elseif(before MATCHES "At the end of `([^`]+)`:\n\n$")
     set(path "${CMAKE_MATCH_1}")
     set(line)
@@ -65,9 +67,17 @@ while(TRUE)
       message(FATAL_ERROR "${DOCUMENT} names a line that ${path} has not, or more than once: ${line}")
     endif()
     string(LENGTH "${line}" length)
-    math(EXPR first "${first} + ${length}")
-    string(SUBSTRING "${content_${path}}" 0 ${first} head)
-    string(SUBSTRING "${content_${path}}" ${first} -1 tail)
+    math(EXPR after "${first} + ${length}")
+    string(SUBSTRING "${content_${path}}" ${after} -1 tail)
+    if(where STREQUAL "below")
+      string(SUBSTRING "${content_${path}}" 0 ${after} head)
+    else()
+      string(SUBSTRING "${content_${path}}" 0 ${first} head)
+      string(REGEX REPLACE " +$" "" head "${head}")
+      if(NOT head MATCHES "\n$")
+        message(FATAL_ERROR "${DOCUMENT} replaces a part of a line of ${path}: ${line}")
+      endif()
+    endif()
     set(content_${path} "${head}${piece}${tail}")
   else()
     string(APPEND content_${path} "\n${piece}")

@@ -1,40 +1,43 @@
-# The window with the command that docs/architecture.md adds to it as an example, and the plain model
-# that knows of it: copies of their files with the document's pieces in them, and the other objects of
-# the plug-in as they are.
-file(GLOB window_files RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
-  ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo*.cpp
-  ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo.h
-  ${CMAKE_SOURCE_DIR}/structure-editor/window/Plugin.cpp)
-list(APPEND window_files
-  tests/support/plain/PlainMenus.cpp tests/support/plain/PlainCommands.cpp)
-set(example_root ${CMAKE_CURRENT_BINARY_DIR}/example)
-set(example_folder ${example_root}/window)
-set(example_files)
-set(window_paths)
-foreach(path ${window_files})
-  get_filename_component(name ${path} NAME)
-  list(APPEND example_files ${example_folder}/${name})
-  list(APPEND window_paths ${CMAKE_SOURCE_DIR}/${path})
-endforeach()
-list(JOIN window_files "," window_files)
+# The window with the command and the tree with the column that docs/architecture.md adds to them as
+# examples, and the plain model that knows of the command: copies of their files with the document's
+# pieces in them, and the other objects of the plug-in as they are.
 set(document ${CMAKE_SOURCE_DIR}/docs/architecture.md)
 set(script ${CMAKE_CURRENT_SOURCE_DIR}/documents/MakeExample.cmake)
-add_custom_command(OUTPUT ${example_files}
-  COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} "-DSECTION=Adding a command"
-    -DROOT=${CMAKE_SOURCE_DIR} -DFILES=${window_files} -DNEW= -DINTO=${example_folder} -P ${script}
-  DEPENDS ${document} ${script} ${window_paths}
-  COMMENT "Adding the example command of docs/architecture.md" VERBATIM)
+set(example_root ${CMAKE_CURRENT_BINARY_DIR}/example)
+# add_example(SECTION FOLDER NAME PATH...): the files with what the section says, in a folder of the
+# examples.
+function(add_example section folder name)
+  set(copies)
+  set(originals)
+  foreach(path ${ARGN})
+    get_filename_component(file ${path} NAME)
+    list(APPEND copies ${example_root}/${folder}/${file})
+    list(APPEND originals ${CMAKE_SOURCE_DIR}/${path})
+  endforeach()
+  list(JOIN ARGN "," files)
+  add_custom_command(OUTPUT ${copies}
+    COMMAND ${CMAKE_COMMAND} -DDOCUMENT=${document} "-DSECTION=${section}"
+      -DROOT=${CMAKE_SOURCE_DIR} -DFILES=${files} -DNEW= -DINTO=${example_root}/${folder} -P ${script}
+    DEPENDS ${document} ${script} ${originals}
+    COMMENT "Adding the example ${name} of docs/architecture.md" VERBATIM)
+  target_sources(test-documents PRIVATE ${copies})
+endfunction()
+foreach(room window tree)
+  file(GLOB ${room}_files RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
+    ${CMAKE_SOURCE_DIR}/structure-editor/${room}/*.cpp ${CMAKE_SOURCE_DIR}/structure-editor/${room}/*.h)
+endforeach()
+add_example("Adding a command" window command ${window_files}
+  tests/support/plain/PlainMenus.cpp tests/support/plain/PlainCommands.cpp)
+add_example("Adding a column" tree column ${tree_files} tests/structure-editor/TreeViewTest.cpp)
 
-file(GLOB_RECURSE other_headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/structure-editor/*.h)
-list(REMOVE_ITEM other_headers ${CMAKE_SOURCE_DIR}/structure-editor/window/Vuxo.h)
 target_sources(test-documents PRIVATE
-  ${example_files} ${other_headers}
-  $<FILTER:$<TARGET_OBJECTS:structure-editor>,EXCLUDE,/Vuxo[A-Za-z]*\\.cpp|/mocs_compilation>
+  "$<FILTER:$<TARGET_OBJECTS:structure-editor>,EXCLUDE,/(window|tree)/[A-Za-z]+[.]cpp|/mocs_compilation>"
   structure-editor/WindowTools.cpp structure-editor/CommandTools.cpp)
-# The tests of all commands, and random sessions, as they are.
+# The tests of all commands and of all columns, and random sessions, as they are.
 target_sources(test-documents PRIVATE
   structure-editor/MenuTest.cpp structure-editor/AllSlotsTest.cpp structure-editor/RepaintTest.cpp
   structure-editor/SlotTools.cpp structure-editor/RepaintCount.cpp structure-editor/CompareRows.cpp
+  structure-editor/TreeItemTest.cpp structure-editor/TreeLookTest.cpp
   random-use/CommandUseTest.cpp random-use/SessionsTest.cpp random-use/Sessions.cpp
   random-use/Apart.cpp random-use/Compare.cpp random-use/Driver.cpp random-use/DriverGestures.cpp
   random-use/OtherUsers.cpp)
@@ -44,13 +47,13 @@ target_link_libraries(test-documents PRIVATE host-twin)
 target_link_options(test-documents PRIVATE -Wl,--wrap=_ZN8TreeView13triggerUpdateEv)
 add_dependencies(test-documents
   test-plugin-Good editor-test-plugin-SolidVolume editor-test-plugin-Electrostatics)
-foreach(class MenuTest AllSlotsTest RepaintTest CommandUseTest SessionsTest)
+foreach(class MenuTest AllSlotsTest RepaintTest TreeViewTest TreeItemTest TreeLookTest CommandUseTest
+    SessionsTest)
   add_test_class(documents ${class})
 endforeach()
 target_include_directories(test-documents BEFORE PRIVATE ${example_root})
 target_include_directories(test-documents PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/support/plain
-  ${CMAKE_CURRENT_SOURCE_DIR}/structure-editor ${CMAKE_SOURCE_DIR}/structure-editor
-  ${CMAKE_SOURCE_DIR}/structure-editor/window)
+  ${CMAKE_CURRENT_SOURCE_DIR}/structure-editor ${CMAKE_SOURCE_DIR}/structure-editor)
 target_link_libraries(test-documents PRIVATE Qt6::Core5Compat)
 # Compiled for one test: what that takes matters more than how fast it runs.
 target_compile_options(test-documents PRIVATE -O0)
