@@ -77,6 +77,7 @@ private slots:
             const DataPoint<TAVIK::Space> other(nullptr, TAVIK::Space::instance());
             QTest::mouseClick(&canvas(), Qt::LeftButton, {}, placeOf(made.atoms[1]));
             QCOMPARE(takeMessages(), QStringList("Cannot update CDB!"));
+            QCOMPARE(takeHostLog().size(), 1);
             QVERIFY(m_view->line().contains("data are being changed"));
             QCOMPARE(selectedNames(), QString("A"));
         }
@@ -131,6 +132,21 @@ private slots:
         settle();
         QTest::mouseClick(&canvas(), Qt::LeftButton, {}, place);
         QCOMPARE(selectedNames(), QString());
+    }
+
+    void aSelectionIsMarkedWithAnOutlineWhenTheHostSaysSo() {
+        const Structure made = fourAtoms().attach();
+        show();
+        const QImage before = canvas().drawn().image;
+        click(made.atoms[0]);
+        const QImage marked = canvas().drawn().image;
+        QVERIFY(marked != before);
+        TAVIK::Space::SetShowSelection(false);
+        { const DataPoint<TAVIK::Space> any(nullptr, TAVIK::Space::instance()); }
+        settle();
+        const QImage unmarked = canvas().drawn().image;
+        TAVIK::Space::SetShowSelection(true);
+        QCOMPARE(unmarked, before);
     }
 };
 

@@ -33,13 +33,15 @@ struct Entry {
     std::uint32_t firstResidue;
 };
 
-/// An item other than atoms and bonds that has something to draw.
+/// An item other than atoms and bonds that has something to draw: a mesh, or lines.
 struct Shape {
-    std::uint32_t item; ///< its index among the items
-    std::shared_ptr<const Mesh>
-        mesh;                      ///< of a surface, without colours of its own where it has none
-    std::vector<Point> line;       ///< of a poly-line: its points
-    std::vector<Segment> segments; ///< what of them is joined
+    std::uint32_t item = 0; ///< its index among the items
+    /// In the item's colour, as it was when the mesh was read, unless it has its own colours. Null
+    /// for a surface without a mesh.
+    std::shared_ptr<const Mesh> mesh;
+    bool hasOwnColours = false;
+    std::vector<Point> points;
+    std::vector<Segment> segments; ///< between the points
 };
 
 /// What does not change by selecting, showing and colouring. The items are the atoms in the order

@@ -2,6 +2,7 @@
 
 #include "DataWalk.h"
 #include "SelectionChanges.h"
+#include "Shapes.h"
 #include "Space.h"
 
 #include <algorithm>
@@ -55,7 +56,7 @@ void DataReader::refresh() {
         readSelection();
 }
 
-// Returns false when an atom has moved.
+// Returns false when an atom has moved, or a mesh or a line is another one.
 bool DataReader::readMarks() {
     const Contents& contents = *m_snapshot.contents;
     auto marks = std::make_shared<Marks>();
@@ -70,6 +71,9 @@ bool DataReader::readMarks() {
         if (i < contents.atomCount() && !isSame(positionOf(item), contents.positions[i]))
             return false;
     }
+    for (const Shape& shape : contents.shapes)
+        if (!isAsRead(shape, m_items[shape.item]))
+            return false;
     for (std::size_t i = 0; i != m_bonds.size(); ++i) {
         fetch(m_bonds, i);
         marks->bonds[i] = m_bonds[i]->IsVisible() ? 1 : 0;

@@ -24,8 +24,8 @@ public:
 
     /// Reads everything. Takes time and memory in proportion to the number of items.
     void read();
-    /// Reads colours, visibility and selection again, in one pass; all of it, if positions have
-    /// changed or items were destroyed.
+    /// Reads colours, visibility and selection again, in one pass; all of it, if positions, meshes
+    /// or lines have changed or items were destroyed.
     void refresh();
 
     const Snapshot& snapshot() const { return m_snapshot; }

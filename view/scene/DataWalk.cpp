@@ -2,11 +2,13 @@
 
 #include "ByClass.h"
 #include "Kinds.h"
+#include "Shapes.h"
 #include "VanDerWaals.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -89,6 +91,8 @@ bool areWithin(const Point& a, const Point& b, float distance) {
 class Walk {
 public:
     Collected take(Compound* root) {
+        if (!dynamic_cast<TAVIK::Composite*>(root))
+            visit(root);
         for (Compound** entry = root->ChildBegin(); entry != root->ChildEnd(); ++entry) {
             const auto firstResidue = static_cast<std::uint32_t>(m_contents.residues.size());
             m_isInResidue = false;
@@ -246,7 +250,12 @@ private:
         }
     }
 
-    void takeShape(Compound* item);
+    void takeShape(Compound* item) {
+        if (std::optional<Shape> shape = shapeOf(item, m_out.items.size())) {
+            m_contents.shapes.push_back(std::move(*shape));
+            m_out.items.push_back(item);
+        }
+    }
 
     void shrink() {
         m_contents.positions.shrink_to_fit();
@@ -267,8 +276,6 @@ private:
     std::string m_name; ///< of the residue whose atoms are being taken
     ResidueAtoms m_atoms;
 };
-
-void Walk::takeShape(Compound*) {}
 
 } // namespace
 

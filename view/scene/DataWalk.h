@@ -14,7 +14,8 @@ struct Collected {
     std::vector<TAVIK::Compound*> bonds; ///< likewise
 };
 
-/// Everything below `root`. Members of sets stand elsewhere, and are taken where they stand.
+/// Everything below `root`, or `root` itself if it is no composite. Members of sets stand
+/// elsewhere, and are taken where they stand.
 Collected collect(TAVIK::Compound* root);
 
 /// Where an atom is, as Contents has it.

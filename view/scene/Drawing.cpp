@@ -1,5 +1,7 @@
 #include "Drawing.h"
 
+#include "render/Outline.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -96,6 +98,13 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
     }
     Drawn drawn{m_picture->image,          m_picture,    order.camera,
                 order.snapshot.generation, order.number, effort == Effort::Whole};
+    const SelectionMarks& selection = *order.snapshot.selection;
+    if (order.outline && std::find(selection.begin(), selection.end(), 1) != selection.end()) {
+        std::vector<bool> isSelected(selection.size() + 1);
+        std::copy(selection.begin(), selection.end(), isSelected.begin() + idOf(0));
+        outline(drawn.image, *m_picture, isSelected, *order.outline,
+                isSmall ? (order.outlineWidth + 1) / 2 : order.outlineWidth);
+    }
     return drawn;
 }
 

@@ -1,5 +1,6 @@
 #include "SceneMaker.h"
 
+#include "Shapes.h"
 #include "VanDerWaals.h"
 
 #include <algorithm>
@@ -17,6 +18,15 @@ bool hasSticks(Style style) {
     return style == Style::Stick || style == Style::BallAndStick;
 }
 
+void addLines(const Shape& shape, Colour colour, Scene& scene) {
+    const auto first = static_cast<std::uint32_t>(scene.points.size());
+    scene.points.insert(scene.points.end(), shape.points.begin(), shape.points.end());
+    scene.colours.resize(scene.points.size(), colour);
+    scene.ids.resize(scene.points.size(), idOf(shape.item));
+    for (const Segment& segment : shape.segments)
+        scene.lines.push_back({first + segment.from, first + segment.to});
+}
+
 class Making {
 public:
     Making(const Contents& contents, const Marks& marks, const Styles& styles, Scene& scene)
@@ -26,6 +36,7 @@ public:
         takePoints();
         takeBonds();
         takeAtoms();
+        takeLines();
     }
 
 private:
@@ -95,6 +106,12 @@ private:
         }
     }
 
+    void takeLines() {
+        for (const Shape& shape : m_contents.shapes)
+            if (m_marks.shown[shape.item])
+                addLines(shape, m_marks.colours[shape.item], m_scene);
+    }
+
     float radiusOf(std::size_t atom, Style style) const {
         const float radius = vanDerWaalsRadius(m_contents.atomicNumbers[atom]);
         return style == Style::Sphere         ? radius
@@ -132,11 +149,19 @@ public:
         std::size_t count = 0;
         for (const Style style : m_styles.atoms)
             count += style == Style::None ? 0 : 1;
+        for (const Shape& shape : m_contents.shapes)
+            count += isMeshShown(shape) ? shape.mesh->vertices.size() : 0;
         m_step = count / SceneMaker::dotsWhileMoving + 1;
         for (std::size_t residue = 0; residue != m_contents.residues.size(); ++residue) {
             takeAtoms(residue);
             if (m_styles.ribbon[residue])
                 takeGuide(residue);
+        }
+        for (const Shape& shape : m_contents.shapes) {
+            if (m_marks.shown[shape.item])
+                addLines(shape, m_marks.colours[shape.item], m_scene);
+            if (isMeshShown(shape))
+                takeVertices(shape);
         }
         return std::move(m_scene);
     }
@@ -147,6 +172,21 @@ private:
         m_scene.colours.push_back(m_marks.colours[atom]);
         m_scene.ids.push_back(idOf(atom));
         return static_cast<std::uint32_t>(m_scene.points.size() - 1);
+    }
+
+    bool isMeshShown(const Shape& shape) const { return shape.mesh && m_marks.shown[shape.item]; }
+
+    void takeVertices(const Shape& shape) {
+        const Mesh& mesh = *shape.mesh;
+        for (std::size_t i = 0; i != mesh.vertices.size(); ++i) {
+            if (m_passed++ % m_step != 0)
+                continue;
+            m_scene.dots.push_back(static_cast<std::uint32_t>(m_scene.points.size()));
+            m_scene.points.push_back(mesh.vertices[i]);
+            m_scene.colours.push_back(shape.hasOwnColours ? mesh.colours[i]
+                                                          : m_marks.colours[shape.item]);
+            m_scene.ids.push_back(idOf(shape.item));
+        }
     }
 
     void takeAtoms(std::size_t residue) {
@@ -201,8 +241,34 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
     for (const auto& mesh : m_ribbons.meshes(snapshot.contents, *snapshot.marks, m_styles))
         if (!mesh->triangles.empty())
             scene->meshes.push_back(mesh);
+    for (const auto& mesh : coloured())
+        scene->meshes.push_back(mesh);
     m_scene = std::move(scene);
     return m_scene;
+}
+
+// The meshes of the shapes that are shown, in their colours.
+const std::vector<std::shared_ptr<const Mesh>>& SceneMaker::coloured() {
+    const Contents& contents = *m_snapshot.contents;
+    const Marks& marks = *m_snapshot.marks;
+    const bool isKnown = m_coloursOf.lock() == m_snapshot.contents;
+    std::vector<std::shared_ptr<const Mesh>> meshes;
+    for (const Shape& shape : contents.shapes) {
+        if (!shape.mesh || shape.mesh->triangles.empty() || !marks.shown[shape.item])
+            continue;
+        // One that was coloured for the last scene serves again.
+        const Colour colour = marks.colours[shape.item];
+        const auto isIt = [&](const auto& mesh) {
+            return mesh->ids == shape.mesh->ids && mesh->colours.front() == colour;
+        };
+        const auto last = shape.hasOwnColours || !isKnown
+                              ? m_coloured.end()
+                              : std::find_if(m_coloured.begin(), m_coloured.end(), isIt);
+        meshes.push_back(last != m_coloured.end() ? *last : inColour(shape, colour));
+    }
+    m_coloured = std::move(meshes);
+    m_coloursOf = m_snapshot.contents;
+    return m_coloured;
 }
 
 std::shared_ptr<const Scene> SceneMaker::quickScene() {
@@ -223,7 +289,7 @@ std::vector<Point> drawnPoints(const Snapshot& snapshot, const Look& look) {
     for (const Shape& shape : contents.shapes) {
         if (!marks.shown[shape.item])
             continue;
-        points.insert(points.end(), shape.line.begin(), shape.line.end());
+        points.insert(points.end(), shape.points.begin(), shape.points.end());
         if (shape.mesh)
             points.insert(points.end(), shape.mesh->vertices.begin(), shape.mesh->vertices.end());
     }

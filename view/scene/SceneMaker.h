@@ -28,10 +28,14 @@ public:
     static constexpr std::size_t dotsWhileMoving = 400'000;
 
 private:
+    const std::vector<std::shared_ptr<const Mesh>>& coloured();
+
     Snapshot m_snapshot;
     Look m_look;
     Styles m_styles;
     Ribbons m_ribbons;
+    std::vector<std::shared_ptr<const Mesh>> m_coloured; ///< of the shapes of the last scene
+    std::weak_ptr<const Contents> m_coloursOf;           ///< whose shapes these are
     std::shared_ptr<const Scene> m_scene;
     std::shared_ptr<const Scene> m_quick;
 };

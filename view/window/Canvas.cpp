@@ -1,5 +1,7 @@
 #include "Canvas.h"
 
+#include "render/Picking.h"
+
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -171,6 +173,7 @@ void Canvas::sendOrder() {
     const QSize size = pixels();
     m_order.width = size.width();
     m_order.height = size.height();
+    m_order.outlineWidth = std::max(2, static_cast<int>(std::lround(2 * devicePixelRatioF())));
     m_thread.order(m_order);
 }
 
@@ -184,33 +187,12 @@ void Canvas::take(Drawn drawn) {
 
 Id Canvas::idAt(const QPoint& place) const {
     const Picture* const picture = m_drawn.picture.get();
-    if (!picture || width() <= 0 || height() <= 0)
+    if (!picture || !rect().contains(place))
         return noId;
-    const int columns = picture->image.width();
-    const int rows = picture->image.height();
-    // The middle of the place, in pixels of the picture.
-    const double x = (place.x() + 0.5) * columns / width();
-    const double y = (place.y() + 0.5) * rows / height();
-    const double limit = double(reach) * columns / width();
-    Id found = noId;
-    double nearest = limit * limit;
-    const auto around = static_cast<int>(std::ceil(limit));
-    for (int row = int(y) - around; row <= int(y) + around; ++row)
-        for (int column = int(x) - around; column <= int(x) + around; ++column) {
-            if (row < 0 || row >= rows || column < 0 || column >= columns)
-                continue;
-            const Id id =
-                picture->ids[std::size_t(row) * std::size_t(columns) + std::size_t(column)];
-            const bool isHere = row == int(y) && column == int(x);
-            const double dx = column + 0.5 - x;
-            const double dy = row + 0.5 - y;
-            const double distance = isHere ? 0 : dx * dx + dy * dy;
-            if (id != noId && (isHere || distance < nearest)) {
-                nearest = distance;
-                found = id;
-            }
-        }
-    return found;
+    const double scale = double(picture->image.width()) / width();
+    return idNear(*picture, int((place.x() + 0.5) * scale),
+                  int((place.y() + 0.5) * picture->image.height() / height()),
+                  std::max(1, int(std::lround(reach * scale))));
 }
 
 Point Canvas::pointAt(const QPoint& place) const {

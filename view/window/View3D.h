@@ -3,6 +3,7 @@
 
 #include "BaseWindow.h"
 #include "Compound.h"
+#include "Focus.h"
 #include "Subscriber.h"
 #include "scene/DataReader.h"
 #include "scene/Look.h"
@@ -26,9 +27,9 @@ class ElidedLabel;
 /// the event loop that follows, once for any number of changes; while it is hidden it reads
 /// nothing.
 ///
-/// Qt's parents own all widgets. Notifications arrive through a base class and members, which are
+/// Qt's parents own all widgets. Notifications arrive through base classes and a member, which are
 /// destroyed before the widgets are.
-class View3D : public BaseWindow, public Subscriber {
+class View3D : public BaseWindow, public Subscriber, public TAVIK::FocusObserver {
     Q_OBJECT
 public:
     View3D();
@@ -37,6 +38,8 @@ public:
     void commUpdate() override;
     void commAdd() override;
     void commDelete() override;
+    /// Another window looks at an item: it goes to the middle, if that is asked for.
+    void focusMoved(TAVIK::Compound* item, bool center) override;
 
     /// Reads the data now, if they have changed since they were read.
     void bringUpToDate();
@@ -84,6 +87,8 @@ private:
     void hover(Id id, std::uint64_t generation);
     /// Opens a guard, changes the selection, and shows it. Says so if the guard is refused.
     template <class Change> void changeSelection(const char* command, Change change);
+    /// Says something to the user, here and in the host's window.
+    void say(const QString& text);
 
     Canvas* m_canvas;
     ElidedLabel* m_line;

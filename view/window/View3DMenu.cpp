@@ -141,8 +141,7 @@ void View3D::askForPicture() {
         return;
     const PictureRequest request = dialog.request();
     const std::string problem = savePicture(request.path, request.size);
-    m_line->setText(problem.empty() ? tr("%1 is written").arg(request.path)
-                                    : QString::fromStdString(problem));
+    say(problem.empty() ? tr("%1 is written").arg(request.path) : QString::fromStdString(problem));
 }
 
 } // namespace view

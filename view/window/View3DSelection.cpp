@@ -6,14 +6,54 @@
 #include "Changed.h"
 #include "DataPoint.h"
 #include "ElidedLabel.h"
+#include "Messages.h"
 #include "Space.h"
+#include "scene/DataWalk.h"
 
-#include <cmath>
+#include <limits>
+#include <vector>
 
 namespace view {
 
 using TAVIK::Compound;
 using TAVIK::Space;
+
+namespace {
+
+// The middle of the box around the points; no place without any.
+Point middleOf(const std::vector<Point>& points) {
+    constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
+    Camera camera;
+    camera.centre = {nowhere, nowhere, nowhere};
+    camera.fit(points, 1, 0);
+    return camera.centre;
+}
+
+// Where an item is: its position, or those of what it holds.
+void addPoints(Compound* item, std::vector<Point>& points) {
+    if (const TAVIK::Vertex at = item->GetPosition(); at.isValid()) {
+        points.push_back({at[0], at[1], at[2]});
+        return;
+    }
+    const Contents contents = collect(item).contents;
+    points.insert(points.end(), contents.positions.begin(), contents.positions.end());
+    for (const Shape& shape : contents.shapes) {
+        points.insert(points.end(), shape.points.begin(), shape.points.end());
+        if (shape.mesh)
+            points.insert(points.end(), shape.mesh->vertices.begin(), shape.mesh->vertices.end());
+    }
+}
+
+Point middleOf(Compound* item) {
+    std::vector<Point> points;
+    addPoints(item, points);
+    // Of a bond its atoms, of a set its members.
+    for (Compound** part = item->PartBegin(); part != item->PartEnd(); ++part)
+        addPoints(*part, points);
+    return middleOf(points);
+}
+
+} // namespace
 
 template <class Change> void View3D::changeSelection(const char* command, Change change) {
     bool isChanged = false;
@@ -22,7 +62,7 @@ template <class Change> void View3D::changeSelection(const char* command, Change
         isChanged = true;
     });
     if (!isChanged)
-        m_line->setText(tr("Nothing was selected: the data are being changed"));
+        say(tr("Nothing was selected: the data are being changed"));
     // The window is not told of its own changes.
     schedule(Due::Marks);
 }
@@ -45,6 +85,18 @@ void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifi
         item->SetSelected(selects);
         TAVIK::setLabel(guard, selects ? "Select" : "Unselect", TAVIK::Changed(*item));
     });
+    // Whoever was told of the selection may have destroyed the item.
+    TAVIK::Focus::set(m_reader.item(id, generation), this);
+}
+
+void View3D::focusMoved(Compound* item, bool center) {
+    if (item && center)
+        m_canvas->centreOn(middleOf(item));
+}
+
+void View3D::say(const QString& text) {
+    m_line->setText(text);
+    Messages::Show(text);
 }
 
 void View3D::doubleClick(Id id, std::uint64_t generation, const Point& point) {
@@ -70,11 +122,7 @@ void View3D::centreSelection() {
             points.push_back(snapshot.contents->positions[i]);
     if (points.empty())
         points = drawnPoints(snapshot, m_look);
-    Camera camera;
-    camera.height = 0;
-    camera.fit(points, 1, 0);
-    if (camera.height > 0 || !points.empty())
-        m_canvas->centreOn(camera.centre);
+    m_canvas->centreOn(middleOf(points));
 }
 
 } // namespace view

@@ -1,0 +1,21 @@
+// What is drawn of items that are neither atoms nor bonds: surfaces, lines, and the boxes of grids.
+#pragma once
+
+#include "Compound.h"
+#include "Contents.h"
+
+#include <optional>
+
+namespace view {
+
+/// What there is to draw of an item whose index among the items is `index`; nothing for a kind of
+/// which nothing is ever drawn. Of a grid the box is drawn whose edges its shown points span.
+std::optional<Shape> shapeOf(TAVIK::Compound* item, std::size_t index);
+
+/// Whether shapeOf() would give the same again, but for the colour of a mesh without its own.
+bool isAsRead(const Shape& shape, TAVIK::Compound* item);
+
+/// The mesh of a shape in that colour, if it is one without its own colours.
+std::shared_ptr<const Mesh> inColour(const Shape& shape, Colour colour);
+
+} // namespace view
