@@ -13,7 +13,7 @@ Chain::Chain(int count) : molecule(make(space(), "Molecule", "A")) {
             atoms.push_back(atom(backbone, static_cast<float>(atoms.size()), name));
         atoms.push_back(atom(side, static_cast<float>(atoms.size()), "CB"));
         for (std::size_t k = first == 0 ? 1 : first; k != atoms.size(); ++k)
-            bonds.push_back(host_under_test::addBond(molecule, atoms[k - 1], atoms[k]));
+            bonds.push_back(TAVIK::DataMaker::makeBond(molecule, atoms[k - 1], atoms[k]));
     }
 }
 

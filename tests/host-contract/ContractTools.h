@@ -2,6 +2,7 @@
 // it hears.
 #pragma once
 
+#include "AtomDetails.h"
 #include "DataMaker.h"
 #include "HostUnderTest.h"
 #include "Kinds.h"
@@ -29,7 +30,7 @@ inline Compound* make(Compound* parent, const std::string& kind, const std::stri
 /// An atom at (x, 0, 0).
 inline Compound* atom(Compound* parent, float x = 0.0F, const std::string& name = "CA",
                       unsigned int alternative = 0) {
-    return host_under_test::addAtom(
+    return TAVIK::DataMaker::makeAtom(
         parent, {name, "C", TAVIK::Vertex(x, 0.0F, 0.0F, true), 20.0F, alternative});
 }
 

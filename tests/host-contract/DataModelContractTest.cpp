@@ -254,7 +254,7 @@ void DataModelContractTest::identifiersAreNeverUsedTwice() {
 
 void DataModelContractTest::anAtomAnswersWithItsValues() {
     Compound* const item =
-        host_under_test::addAtom(space(), {"CU", "Cu", Vertex(1.5F, -2.25F, 1e6F, true), 37.5F, 0});
+        DataMaker::makeAtom(space(), {"CU", "Cu", Vertex(1.5F, -2.25F, 1e6F, true), 37.5F, 0});
     QCOMPARE(item->GetName(), std::string("CU"));
     QCOMPARE(item->GetType(), std::string("Cu"));
     const Vertex position = item->GetPosition();
@@ -266,7 +266,7 @@ void DataModelContractTest::anAtomAnswersWithItsValues() {
 }
 
 void DataModelContractTest::anAtomWithoutAPositionAnswersAnInvalidVertex() {
-    Compound* const item = host_under_test::addAtom(space(), {"CA", "C", Vertex(), 0.0F, 0});
+    Compound* const item = DataMaker::makeAtom(space(), {"CA", "C", Vertex(), 0.0F, 0});
     QVERIFY(!item->GetPosition().isValid());
 }
 
@@ -331,7 +331,7 @@ void DataModelContractTest::aPolyLineMayHaveNoPoints() {
 void DataModelContractTest::aBondHasItsTwoAtomsAsParts() {
     Compound* const a = atom(space());
     Compound* const b = atom(space());
-    Compound* const bond = host_under_test::addBond(space(), a, b);
+    Compound* const bond = DataMaker::makeBond(space(), a, b);
     QCOMPARE(partsOf(bond), (Items{a, b}));
     QVERIFY(bond->ChildBegin() == bond->ChildEnd());
 }

@@ -102,9 +102,9 @@ void DestroyContractTest::bondsGoWithTheirAtoms() {
     Compound* const b = atom(space());
     Compound* const c = atom(space());
     Compound* const box = make(space(), "Composite", "Bonds");
-    host_under_test::addBond(box, a, b);
-    Compound* const kept = host_under_test::addBond(box, b, c);
-    host_under_test::addBond(box, c, a);
+    DataMaker::makeBond(box, a, b);
+    Compound* const kept = DataMaker::makeBond(box, b, c);
+    DataMaker::makeBond(box, c, a);
     DataMaker::Destroy(a);
     QCOMPARE(childrenOf(box), (Items{kept}));
     QCOMPARE(partsOf(kept), (Items{b, c}));
@@ -116,10 +116,10 @@ void DestroyContractTest::bondsGoWithTheirAtoms() {
 void DestroyContractTest::atomsStayWhenTheirBondGoes() {
     Compound* const a = atom(space());
     Compound* const b = atom(space());
-    Compound* const bond = host_under_test::addBond(space(), a, b);
+    Compound* const bond = DataMaker::makeBond(space(), a, b);
     DataMaker::Destroy(bond);
     QCOMPARE(childrenOf(space()), (Items{a, b}));
-    Compound* const again = host_under_test::addBond(space(), b, a);
+    Compound* const again = DataMaker::makeBond(space(), b, a);
     QCOMPARE(partsOf(again), (Items{b, a}));
 }
 

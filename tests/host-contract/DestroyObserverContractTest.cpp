@@ -56,7 +56,7 @@ private slots:
         Compound* const box = make(space(), "Composite", "box");
         Compound* const first = atom(box, 0.0F, "C1");
         Compound* const second = atom(box, 0.0F, "C2");
-        host_under_test::addBond(space(), first, second);
+        DataMaker::makeBond(space(), first, second);
         make(box, "Composite", "inner");
         QStringList heard;
         const Watcher watcher(heard);

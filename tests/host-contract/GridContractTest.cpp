@@ -1,5 +1,6 @@
 // Grids: the counts and the shown range, which plug-ins use directly, and the nearest point.
 #include "ContractTools.h"
+#include "Geometry.h"
 #include "TestSupport.h"
 
 #include <QElapsedTimer>
@@ -8,10 +9,21 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <utility>
 
 using namespace contract;
 using namespace TAVIK;
 using Triple = std::array<int, 3>;
+
+namespace {
+
+struct GridShape {
+    Triple points{};                             ///< along x, y, z
+    std::array<float, 3> origin{};               ///< position of the first point in Å
+    std::array<std::array<float, 3>, 3> steps{}; ///< Å to the next point along each axis
+};
+
+} // namespace
 
 class GridContractTest : public test_support::TestCase {
     Q_OBJECT
@@ -33,6 +45,21 @@ private slots:
 
 namespace {
 
+// A grid in the space with all values 0.
+Grid* addGrid(const char* name, const GridShape& shape) {
+    GridValues values;
+    values.points = shape.points;
+    std::size_t count = 1;
+    for (const std::size_t axis : {0, 1, 2}) {
+        values.origin[axis] = shape.origin[axis];
+        for (const std::size_t k : {0, 1, 2})
+            values.steps[axis][k] = shape.steps[axis][k];
+        count *= static_cast<std::size_t>(shape.points[axis]);
+    }
+    values.values.resize(count);
+    return DataMaker::makeGrid(space(), name, std::move(values));
+}
+
 Vertex at(float x, float y, float z) {
     return {x, y, z, true};
 }
@@ -47,9 +74,8 @@ Triple nearest(const Grid& grid, const Vertex& point, bool* inside = nullptr) {
 
 // 11 x 21 x 31 points, half an Å apart, from (-1, -2, -3) on.
 Grid* rectangularGrid() {
-    return host_under_test::addGrid(
-        space(), "density",
-        {{11, 21, 31}, {-1, -2, -3}, {{{0.5F, 0, 0}, {0, 0.5F, 0}, {0, 0, 0.5F}}}});
+    return addGrid("density",
+                   {{11, 21, 31}, {-1, -2, -3}, {{{0.5F, 0, 0}, {0, 0.5F, 0}, {0, 0, 0.5F}}}});
 }
 
 } // namespace
@@ -130,8 +156,8 @@ void GridContractTest::everyVertexGivesATripleThatCanBeCalculatedWith_data() {
 void GridContractTest::everyVertexGivesATripleThatCanBeCalculatedWith() {
     QFETCH(float, coordinate);
     const Grid* const rectangular = rectangularGrid();
-    const Grid* const skewed = host_under_test::addGrid(
-        space(), "skewed", {{5, 5, 5}, {0, 0, 0}, {{{1, 0, 0}, {-0.5F, 0.9F, 0}, {0, 0.3F, 2}}}});
+    const Grid* const skewed =
+        addGrid("skewed", {{5, 5, 5}, {0, 0, 0}, {{{1, 0, 0}, {-0.5F, 0.9F, 0}, {0, 0.3F, 2}}}});
     for (const Grid* grid : {rectangular, skewed})
         for (const bool valid : {false, true}) {
             bool inside = true;
@@ -146,9 +172,9 @@ void GridContractTest::everyVertexGivesATripleThatCanBeCalculatedWith() {
 }
 
 void GridContractTest::theNearestPointOfASkewedGridIsTheNearest_data() {
-    QTest::addColumn<host_under_test::GridShape>("shape");
+    QTest::addColumn<GridShape>("shape");
     const auto row = [](const char* name, std::array<std::array<float, 3>, 3> steps) {
-        QTest::newRow(name) << host_under_test::GridShape{{6, 6, 6}, {1, -2, 3}, steps};
+        QTest::newRow(name) << GridShape{{6, 6, 6}, {1, -2, 3}, steps};
     };
     row("monoclinic", {{{0.5F, 0, 0}, {0, 0.7F, 0}, {-0.25F, 0, 0.6F}}});
     row("hexagonal", {{{0.5F, 0, 0}, {-0.25F, 0.433F, 0}, {0, 0, 0.8F}}});
@@ -158,8 +184,8 @@ void GridContractTest::theNearestPointOfASkewedGridIsTheNearest_data() {
 }
 
 void GridContractTest::theNearestPointOfASkewedGridIsTheNearest() {
-    QFETCH(host_under_test::GridShape, shape);
-    const Grid* const grid = host_under_test::addGrid(space(), "skewed", shape);
+    QFETCH(GridShape, shape);
+    const Grid* const grid = addGrid("skewed", shape);
     const auto squaredDistance = [&](const Triple& ijk, const Vertex& point) {
         double sum = 0.0;
         for (const std::size_t k : {0, 1, 2}) {
@@ -188,11 +214,11 @@ void GridContractTest::theNearestPointOfASkewedGridIsTheNearest() {
 }
 
 void GridContractTest::theNearestPointOfAnAllButFlatCellIsTheNearest_data() {
-    QTest::addColumn<host_under_test::GridShape>("shape");
+    QTest::addColumn<GridShape>("shape");
     QTest::addColumn<std::array<float, 3>>("spacing");
     const auto row = [](const char* name, std::array<std::array<float, 3>, 3> steps,
                         std::array<float, 3> spacing) {
-        QTest::newRow(name) << host_under_test::GridShape{{6, 6, 6}, {1, -2, 3}, steps} << spacing;
+        QTest::newRow(name) << GridShape{{6, 6, 6}, {1, -2, 3}, steps} << spacing;
     };
     const float thin = 1.0F / 1024; // so that sums are exact
     row("two steps apart by a hair", {{{1, 0, 0}, {1, thin, 0}, {0, 0, 1}}}, {1, thin, 1});
@@ -206,9 +232,9 @@ void GridContractTest::theNearestPointOfAnAllButFlatCellIsTheNearest_data() {
 // Each of these cells makes a lattice with right angles, in which the nearest point is plain.
 void GridContractTest::theNearestPointOfAnAllButFlatCellIsTheNearest() {
     using Spacing = std::array<float, 3>;
-    QFETCH(host_under_test::GridShape, shape);
+    QFETCH(GridShape, shape);
     QFETCH(Spacing, spacing);
-    const Grid* const grid = host_under_test::addGrid(space(), "flat", shape);
+    const Grid* const grid = addGrid("flat", shape);
     std::mt19937 random(5);
     std::uniform_real_distribution<float> coordinate(-3.0F, 3.0F);
     for (int i = 0; i != 300; ++i) {
@@ -250,7 +276,7 @@ void GridContractTest::theNearestPointOfAFlatCellCostsWhatItDoesInAnyOther() {
         return least;
     };
     const auto made = [](std::array<std::array<float, 3>, 3> steps) {
-        return host_under_test::addGrid(space(), "grid", {{6, 6, 6}, {0, 0, 0}, steps});
+        return addGrid("grid", {{6, 6, 6}, {0, 0, 0}, steps});
     };
     const double usual =
         secondsFor(*made({{{0.4F, 0, 0}, {0.15F, 0.5F, 0}, {-0.2F, 0.25F, 0.6F}}}));

@@ -1,14 +1,12 @@
-// What the tests need of a host beyond its interface: items with values, a locked space, the log,
+// What the tests need of a host beyond its interface: files opened, a locked space, the log,
 // settings. Whoever brings another host writes these functions for it, in the place of
 // tests/support/MemoryHostUnderTest.cpp; all tests in this folder then run on that host.
 #pragma once
 
 #include "Kinds.h"
-#include "PartialCharge.h"
 
 #include <QString>
 
-#include <array>
 #include <functional>
 #include <memory>
 #include <string>
@@ -25,26 +23,6 @@ void hearLog(std::function<void(const std::string& line)> hear);
 
 /// Replaces all settings of the host by the one given.
 void setOnlySetting(const std::string& section, const std::string& key, const std::string& value);
-
-struct AtomValues {
-    std::string name;             ///< as "CA"
-    std::string type;             ///< element symbol
-    TAVIK::Vertex position;       ///< Å
-    float temperature = 0.0F;     ///< Å²
-    unsigned int alternative = 0; ///< alternative model, from 1; 0 for what all of them share
-    TAVIK::PartialCharge partial{};
-};
-
-/// Add an item as the last child of a composite.
-TAVIK::Compound* addAtom(TAVIK::Compound* parent, const AtomValues& values);
-TAVIK::Compound* addBond(TAVIK::Compound* parent, TAVIK::Compound* a, TAVIK::Compound* b);
-
-struct GridShape {
-    std::array<int, 3> points{};                 ///< along x, y, z
-    std::array<float, 3> origin{};               ///< position of the first point in Å
-    std::array<std::array<float, 3>, 3> steps{}; ///< Å to the next point along each axis
-};
-TAVIK::Grid* addGrid(TAVIK::Compound* parent, const std::string& name, const GridShape& shape);
 
 /// Opens a structure file in PDB format; the new top-level items.
 std::vector<TAVIK::Compound*> openFile(const std::string& path);

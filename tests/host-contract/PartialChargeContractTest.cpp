@@ -19,9 +19,9 @@ private slots:
 namespace {
 
 Atom* charged(Compound* parent, float charge, float radius) {
-    host_under_test::AtomValues values{"CA", "C", Vertex(1, 2, 3, true)};
+    AtomValues values{"CA", "C", Vertex(1, 2, 3, true)};
     values.partial = {charge, radius, true};
-    return dynamic_cast<Atom*>(host_under_test::addAtom(parent, values));
+    return DataMaker::makeAtom(parent, values);
 }
 
 } // namespace
@@ -68,7 +68,7 @@ void PartialChargeContractTest::chargesGoWithTheirAtoms() {
     Compound* const entry = make(space(), "Composite");
     Atom* const first = charged(entry, 1.0F, 1.0F);
     Atom* const second = charged(entry, 2.0F, 2.0F);
-    host_under_test::addBond(entry, first, second);
+    DataMaker::makeBond(entry, first, second);
     DataMaker::Destroy(first);
     QCOMPARE(GetPartialCharge(second).charge, 2.0F);
     // A new atom may stand where the other one stood.

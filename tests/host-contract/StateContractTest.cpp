@@ -217,8 +217,8 @@ void StateContractTest::restoringGivesTheDefaultColourBack() {
 }
 
 void StateContractTest::atomsOfDifferentElementsStartInDifferentColours() {
-    Compound* const oxygen = host_under_test::addAtom(space(), {"O", "O", {}, 0.0F, 0});
-    Compound* const nitrogen = host_under_test::addAtom(space(), {"N", "N", {}, 0.0F, 0});
+    Compound* const oxygen = DataMaker::makeAtom(space(), {"O", "O", {}, 0.0F, 0});
+    Compound* const nitrogen = DataMaker::makeAtom(space(), {"N", "N", {}, 0.0F, 0});
     QVERIFY(!(oxygen->GetColor() == nitrogen->GetColor()));
 }
 

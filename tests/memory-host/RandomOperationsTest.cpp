@@ -282,6 +282,16 @@ private:
         if (!atom)
             return QStringLiteral("nothing");
         const auto model = static_cast<unsigned int>(number(0, 3));
+        if (coin()) {
+            atom->model = model;
+            atom->position = {4, 5, 6};
+            atom->hasPosition = true;
+            m_plain.settle();
+            auto* const changed = dynamic_cast<TAVIK::Atom*>(real(atom));
+            TAVIK::SetAtomModel(changed, model);
+            TAVIK::SetAtomPosition(changed, TAVIK::Vertex(4, 5, 6, true));
+            return "moving " + nameOf(*atom);
+        }
         m_plain.setAtom(*atom, {"N", {}, false, 0.0F, model});
         setAtom(real(atom), {"", "N", {}, 0.0F, model});
         return "changing " + nameOf(*atom);
