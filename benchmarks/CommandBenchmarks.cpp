@@ -1,6 +1,6 @@
 #include "Contest.h"
+#include "Peer.h"
 #include "RealStructures.h"
-#include "SelectPeer.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "Works.h"
@@ -171,7 +171,7 @@ public:
                                  ", " + atom.toStdString() + ") beside PyMOL";
         if (!isWanted(work))
             return;
-        SelectPeer peer(m_path);
+        Peer peer("select-peer.py", m_path);
         const QList<QLineEdit*> fields = m_window.findChildren<QLineEdit*>();
         fields.at(0)->setText(chain);
         fields.at(1)->setText(residue);
@@ -193,7 +193,7 @@ public:
                           QApplication::processEvents();
                       },
                       {}},
-             .theirs = {{}, [&] { theirs = peer.select(expression); }, {}}},
+             .theirs = {{}, [&] { theirs = peer.ask(expression); }, {}}},
             std::max(m_turns, 3));
         std::vector<TAVIK::Compound*> ours;
         prepare();

@@ -107,6 +107,8 @@ std::string cell(std::string text) {
 }
 
 std::string sizeName(std::size_t atoms) {
+    if (atoms < 2000)
+        return std::to_string(atoms);
     return atoms >= 900'000 ? number(std::round(static_cast<double>(atoms) / 1e5) / 10.0) + " M"
                             : std::to_string(atoms / 1000) + " k";
 }

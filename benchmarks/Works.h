@@ -15,4 +15,7 @@ void benchmarkTree(const std::string& path, int turns);
 /// window.
 void benchmarkCommands(const std::string& path, int turns);
 
+/// Drawing all atoms as spheres.
+void benchmarkPictures(const std::string& path, int turns);
+
 } // namespace benchmarks

@@ -43,6 +43,9 @@ int main(int argc, char** argv) {
     // Messages of the commands are not timed.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     try {
+        const std::string structures = argv[1];
+        for (const char* const name : {"/1ubq.pdb", "/1cbs.cif.gz"})
+            benchmarks::benchmarkPictures(structures + name, 5);
         for (int i = 2; i < argc; ++i) {
             const int copies = std::atoi(argv[i]);
             const std::string path = benchmarks::ribosomeFile(argv[1], copies);
@@ -50,6 +53,7 @@ int main(int argc, char** argv) {
             benchmarks::benchmarkFiles(path, turns);
             benchmarks::benchmarkTree(path, turns);
             benchmarks::benchmarkCommands(path, turns);
+            benchmarks::benchmarkPictures(path, turns);
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", program, error.what());

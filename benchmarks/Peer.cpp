@@ -1,26 +1,27 @@
-#include "SelectPeer.h"
+#include "Peer.h"
 
 namespace benchmarks {
 
-SelectPeer::SelectPeer(const std::string& path) {
+Peer::Peer(const std::string& script, const std::string& path) {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     // The system's Python: that one has the packages of the system.
-    m_process.start(QStringLiteral("/usr/bin/python3"),
-                    {QStringLiteral(SELECT_PEER), QString::fromStdString(path)});
+    m_process.start(
+        QStringLiteral("/usr/bin/python3"),
+        {QString::fromStdString(PEERS_FOLDER "/" + script), QString::fromStdString(path)});
     m_atoms = answer();
 }
 
-SelectPeer::~SelectPeer() {
+Peer::~Peer() {
     m_process.closeWriteChannel();
     m_process.waitForFinished();
 }
 
-std::size_t SelectPeer::select(const std::string& expression) {
-    m_process.write((expression + '\n').c_str());
+std::size_t Peer::ask(const std::string& line) {
+    m_process.write((line + '\n').c_str());
     return answer();
 }
 
-std::size_t SelectPeer::answer() {
+std::size_t Peer::answer() {
     while (!m_process.canReadLine())
         if (!m_process.waitForReadyRead(600'000))
             return 0;
