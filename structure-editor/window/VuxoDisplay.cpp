@@ -58,13 +58,18 @@ void Vuxo::hideUnselected(TAVIK::Compound* root, const char* slot) {
 
 namespace {
 
+/// The selected items below one: a composite whose atoms are all selected is selected, whatever its
+/// bonds are.
 template <class Change> void forSelectedBelow(TAVIK::Compound* item, const Change& change) {
     TAVIK::Compound** const end = item->ChildEnd();
     for (TAVIK::Compound** child = item->ChildBegin(); child != end; ++child) {
-        if (!*child || !(*child)->IsSelected())
+        if (!*child)
             continue;
-        change(*child);
-        forSelectedBelow(*child, change);
+        const bool isSelected = (*child)->IsSelected();
+        if (isSelected)
+            change(*child);
+        if (isSelected || (*child)->HasSelected())
+            forSelectedBelow(*child, change);
     }
 }
 

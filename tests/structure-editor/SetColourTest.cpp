@@ -53,6 +53,24 @@ private slots:
         QCOMPARE(takeMessages(), QStringList{setColor.line});
     }
 
+    // All atoms are selected, and so is the entry; "Bonds" is not, because one bond is not.
+    void aSelectedBondAmongUnselectedOnesGetsTheColour() {
+        Compound* shown = addLine("1abc", {0, 1, 2});
+        Compound* const box = itemAt(shown, {"A", "Bonds"});
+        const std::vector<Compound*> bonds(box->ChildBegin(), box->ChildEnd());
+        for (Compound* atom : atomsOf(shown))
+            atom->SetSelected(true);
+        bonds[1]->SetSelected(true);
+        QVERIFY(shown->IsSelected() && !box->IsSelected());
+        showWindow();
+        QVERIFY(run(setColor));
+        for (const Compound* item : itemsOf(shown))
+            QCOMPARE(item->GetColor() == teal, item->IsSelected());
+        QCOMPARE(bonds[1]->GetColor(), teal);
+        QVERIFY(bonds[0]->GetColor() != teal);
+        QCOMPARE(takeMessages(), QStringList{setColor.line});
+    }
+
     void theSelectionStays() {
         Compound* shown = addLine("1abc", {0, 1});
         atomsOf(shown)[1]->SetSelected(true);
