@@ -21,7 +21,7 @@ constexpr int restAfter = 150; // ms without a movement, until the whole picture
 constexpr double pi = 3.14159265358979323846;
 constexpr double smallestHeight = 0.5; // Å
 constexpr double greatestHeight = 1e7; // Å
-constexpr double margin = 3;           // Å around what is fitted, for the radii of its atoms
+constexpr double margin = 2;           // Å around what is fitted, for the radii of its atoms
 constexpr double thinnestSlab = 0.5;   // Å
 constexpr double zoomPerStep = 1.15;   // of the wheel
 constexpr int reach = 3;               // pixels around the pointer where something is found
@@ -247,6 +247,7 @@ void Canvas::mousePressEvent(QMouseEvent* event) {
     m_isClick = m_button == Qt::LeftButton || m_button == Qt::RightButton;
     if (m_button == Qt::MiddleButton)
         m_drag = Drag::Move;
+    hover();
 }
 
 void Canvas::drag(const QPoint& by) {
@@ -284,6 +285,7 @@ void Canvas::mouseMoveEvent(QMouseEvent* event) {
         m_drag = m_button == Qt::RightButton                      ? Drag::Slab
                  : event->modifiers().testFlag(Qt::ShiftModifier) ? Drag::Move
                                                                   : Drag::Turn;
+        hover();
     }
     m_last = place;
     m_isInside = rect().contains(place);
@@ -302,6 +304,7 @@ void Canvas::mouseReleaseEvent(QMouseEvent* event) {
     if (drag != Drag::None) {
         if (m_rest.isActive())
             order(false);
+        hover();
         return;
     }
     if (!isClick)
@@ -337,7 +340,7 @@ void Canvas::leaveEvent(QEvent* event) {
 }
 
 void Canvas::hover() {
-    const Id id = m_isInside ? idAt(m_last) : noId;
+    const Id id = m_isInside && m_drag == Drag::None ? idAt(m_last) : noId;
     if (id == std::exchange(m_hovered, id))
         return;
     emit hovered(id, m_drawn.generation);

@@ -1,0 +1,270 @@
+// The window between the data space and the picture: what it reads when, and what becomes of it
+// while items come and go.
+#include "PluginManager.h"
+#include "Subscriber.h"
+#include "ViewTestCase.h"
+#include "services/PluginFolder.h"
+#include "window/PictureFile.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <stdexcept>
+
+using namespace view_tools;
+
+namespace {
+
+class Throwing : public Subscriber {
+public:
+    void commUpdate() override { throw std::runtime_error("not today"); }
+    void commAdd() override { throw std::runtime_error("not today"); }
+    void commDelete() override { throw std::runtime_error("not today"); }
+};
+
+/// Runs an event loop when it is told of a deletion, as a dialog would.
+class Waiting : public Subscriber {
+public:
+    void commUpdate() override {}
+    void commAdd() override {}
+    void commDelete() override { QTest::qWait(30); }
+};
+
+} // namespace
+
+class ViewWindowTest : public ViewTestCase {
+    Q_OBJECT
+
+    std::size_t atomsInView() { return canvas().order().snapshot.contents->atomCount(); }
+
+    template <class Change> void update(Change change) {
+        const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+        change();
+    }
+
+private slots:
+    void anEmptySpaceIsThePlainBackground() {
+        show();
+        QImage plain = canvas().drawn().image.copy();
+        plain.fill(plain.pixel(0, 0));
+        QCOMPARE(canvas().drawn().image, plain);
+    }
+
+    void oneAtomIsInTheMiddle() {
+        Structure made;
+        made.add("UNL 1", {{"A", "C", {1e5F, -3, 7}}});
+        made.attach();
+        show();
+        QCOMPARE(canvas().camera().centre, (view::Point{1e5F, -3, 7}));
+        QCOMPARE(canvas().idAt(canvas().rect().center()), view::idOf(0));
+    }
+
+    void changesOfOthersAreShown() {
+        const Structure made = fourAtoms().attach();
+        show();
+        const QPoint place = placeOf(made.atoms[0]);
+        update([&] { made.atoms[0]->SetColor(Color(0xff00ff00U)); });
+        settle();
+        const QColor colour(canvas().drawn().image.pixel(place));
+        // Far from a carbon's grey, with whatever light and depth add.
+        QVERIFY(colour.green() > colour.red() + 60 && colour.green() > colour.blue() + 60);
+        update([&] { made.atoms[0]->SetVisible(false); });
+        settle();
+        QCOMPARE(canvas().idAt(place), view::noId);
+        {
+            const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::DataMaker::Destroy(made.atoms[1]);
+        }
+        settle();
+        QCOMPARE(atomsInView(), std::size_t(4));
+    }
+
+    void anyNumberOfChangesIsReadOnce() {
+        const Structure made = fourAtoms().attach();
+        show();
+        const QSignalSpy pictures(&canvas(), &view::Canvas::shown);
+        for (unsigned int i = 0; i != 1000; ++i)
+            update([&] { made.atoms[0]->SetColor(Color(0xff000000U + i)); });
+        settle();
+        QVERIFY(pictures.count() <= 2);
+        QCOMPARE(canvas().order().snapshot.marks->colours[0], 0xff0003e7U);
+    }
+
+    void aHiddenWindowReadsNothingUntilItIsShown() {
+        const Structure made = fourAtoms().attach();
+        m_view->commAdd();
+        QTest::qWait(10);
+        QCOMPARE(atomsInView(), std::size_t(0));
+        show();
+        QCOMPARE(atomsInView(), std::size_t(5));
+        m_view->hide();
+        update([&] { made.atoms[0]->SetVisible(false); });
+        QTest::qWait(10);
+        QCOMPARE(int(canvas().order().snapshot.marks->shown[0]), 1);
+        show();
+        QCOMPARE(int(canvas().order().snapshot.marks->shown[0]), 0);
+    }
+
+    void anAtomThatMovesIsFollowed() {
+        const Structure made = fourAtoms().attach();
+        show();
+        update([&] {
+            memory_host::setAtom(made.atoms[0], {"A", "C", TAVIK::Vertex(-8, 3, 0, true)});
+        });
+        settle();
+        QCOMPARE(canvas().idAt(placeOf(std::array<float, 3>{-8, 3, 0})), view::idOf(0));
+    }
+
+    void aModelThatIsSwitchedIsShown() {
+        Structure made;
+        TAVIK::Compound* residue = made.add(
+            "SER 1",
+            {{"CA", "C", {0, 0, 0}}, {"CB", "C", {6, 0, 0}, 1}, {"CB", "C", {0, 6, 0}, 2}});
+        made.attach();
+        show();
+        canvas().zoom(0.5); // only what is shown was fitted
+        settle();
+        QCOMPARE(canvas().idAt(placeOf(made.atoms[1])), view::idOf(1));
+        QCOMPARE(canvas().idAt(placeOf(made.atoms[2])), view::noId);
+        update([&] { residue->NextModel(); });
+        settle();
+        QCOMPARE(canvas().idAt(placeOf(made.atoms[1])), view::noId);
+        QCOMPARE(canvas().idAt(placeOf(made.atoms[2])), view::idOf(2));
+    }
+
+    void othersThatThrowDisturbNothing() {
+        const Throwing throwing;
+        const Structure made = fourAtoms().attach();
+        show();
+        click(made.atoms[0]);
+        QCOMPARE(selectedNames(), QString("A"));
+        {
+            const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::DataMaker::Destroy(made.atoms[1]);
+        }
+        settle();
+        QCOMPARE(atomsInView(), std::size_t(4));
+        const QStringList log = takeHostLog();
+        QVERIFY(log.size() >= 2);
+        for (const QString& line : log)
+            QVERIFY(line.contains("not today"));
+    }
+
+    // An id that a picture shows is no item any more once items were destroyed, and means another
+    // one after the next reading.
+    void itemsMayGoWhilePicturesAreDrawn() {
+        const Waiting waiting;
+        Structure made = fourAtoms();
+        for (int i = 0; i != 300; ++i)
+            made.add("UNL " + std::to_string(i), {{"X", "C", {float(i % 20), float(i / 20), 3}}});
+        made.attach();
+        show();
+        for (int round = 0; round != 20; ++round) {
+            canvas().turn(0.2, 0.1);
+            QTest::qWait(round % 4);
+            {
+                const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+                for (int i = 0; i != 5; ++i) {
+                    TAVIK::DataMaker::Destroy(made.residues.back());
+                    made.residues.pop_back();
+                    for (int x = 0; x < canvas().width(); x += 40)
+                        hover({x, canvas().height() / 2});
+                }
+            }
+            for (int x = 0; x < canvas().width(); x += 20)
+                QTest::mouseClick(&canvas(), Qt::LeftButton, {}, {x, canvas().height() / 2});
+        }
+        settle();
+        QCOMPARE(atomsInView(), std::size_t(205));
+        TAVIK::DataMaker::Destroy(made.entry);
+        settle();
+        QCOMPARE(atomsInView(), std::size_t(0));
+    }
+
+    void theWindowMayGoWhileAPictureIsDrawn() {
+        memory_host::openFile(structure("1ubq.pdb").toStdString());
+        for (int i = 0; i != 5; ++i) {
+            m_view = std::make_unique<view::View3D>();
+            m_view->resize(1200, 900);
+            m_view->show();
+            canvas().turn(0.1, 0);
+            QTest::qWait(2 * i);
+            m_view.reset();
+        }
+    }
+
+    void aPictureHasItsSizeAndWhatTheWindowShows() {
+        const Structure made = fourAtoms().attach();
+        show();
+        canvas().zoom(1.5);
+        settle();
+        QTemporaryDir folder;
+        const QString path = folder.filePath("p.png");
+        QCOMPARE(m_view->savePicture(path, canvas().size()), std::string());
+        QCOMPARE(QImage(path).convertToFormat(QImage::Format_RGB32), canvas().drawn().image);
+        QCOMPARE(m_view->savePicture(path, {123, 45}), std::string());
+        QCOMPARE(QImage(path).size(), QSize(123, 45));
+    }
+
+    void aPictureThatCannotBeWrittenLeavesTheOldFile() {
+        fourAtoms().attach();
+        QTemporaryDir folder;
+        const std::string problem = m_view->savePicture(folder.filePath("missing/p.png"), {10, 10});
+        QVERIFY(QString::fromStdString(problem).contains("the picture cannot be written"));
+        const QString path = folder.filePath("p.png");
+        QCOMPARE(m_view->savePicture(path, {10, 10}), std::string());
+        // No size: nothing is drawn.
+        QVERIFY(!m_view->savePicture(path, {0, 10}).empty());
+        QCOMPARE(QImage(path).size(), QSize(10, 10));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList("p.png"));
+    }
+
+    void aRequestOfAPictureIsAPathAndASize() {
+        const auto request = view::pictureRequest("a b.png 16x9");
+        QVERIFY(request);
+        QCOMPARE(request->path, QString("a b.png"));
+        QCOMPARE(request->size, QSize(16, 9));
+        for (const char* text : {"", " ", "a.png", " 16x9", "a.png 16", "a.png 16x", "a.png x9",
+                                 "a.png 0x9", "a.png -1x9", "a.png 16x9x2", "a.png 40000x1",
+                                 "a.png 20000x20000", "a.png 99999999999999999999x1"})
+            QVERIFY2(!view::pictureRequest(text), text);
+    }
+
+    void thePluginAnswersItsCommandsAndLeavesNothing() {
+        m_view.reset();
+        fourAtoms().attach();
+        const auto widgets = QApplication::topLevelWidgets().size();
+        QTemporaryDir folder;
+        const QString file = folder.filePath("plugins/Display/libView3D.so");
+        QVERIFY(QDir().mkpath(folder.filePath("plugins/Display")));
+        QVERIFY(QFile::copy(QStringLiteral(STAGE_PLUGINS "/Display/libView3D.so"), file));
+        QCOMPARE(memory_host::loadPlugins(folder.filePath("plugins")),
+                 QStringList("Display/View3D"));
+        const std::string path = folder.filePath("p.png").toStdString();
+        QVERIFY(
+            memory_host::commandPlugin("Display", "View3D", "test", "Picture", path + " 64x48"));
+        QCOMPARE(QImage(folder.filePath("p.png")).size(), QSize(64, 48));
+        QVERIFY(!memory_host::commandPlugin("Display", "View3D", "test", "Picture", path));
+        QVERIFY(takeHostLog().join(' ').contains("is no file and size of a picture"));
+        PluginManager::Command("Display", "View3D", "test", "Show", {},
+                               static_cast<const void*>(nullptr));
+        QVERIFY(!memory_host::allPluginsDone());
+        QTest::qWait(20);
+        PluginManager::Command("Display", "View3D", "test", "Kill", {},
+                               static_cast<const void*>(nullptr));
+        QVERIFY(memory_host::allPluginsDone());
+        PluginManager::Command("Display", "View3D", "test", "Show", {},
+                               static_cast<const void*>(nullptr));
+        memory_host::unloadPlugins();
+        QCOMPARE(QApplication::topLevelWidgets().size(), widgets);
+        QFile maps("/proc/self/maps");
+        QVERIFY(maps.open(QIODevice::ReadOnly));
+        QVERIFY(!maps.readAll().contains(QFile::encodeName(file)));
+        takeMessages(); // the frame's
+    }
+};
+
+REGISTER_TEST(ViewWindowTest)
+#include "ViewWindowTest.moc"
