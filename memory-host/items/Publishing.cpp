@@ -3,6 +3,7 @@
 #include "Destroying.h"
 #include "FocusedItem.h"
 #include "Logger.h"
+#include "MessageObservers.h"
 #include "SpaceLock.h"
 #include "Subscriber.h"
 #include "Subscribers.h"
@@ -179,6 +180,7 @@ std::vector<const void*> listeners() {
             all.push_back(subscriber);
     addDestroyObservers(all);
     addFocusObservers(all);
+    addMessageObservers(all);
     return all;
 }
 

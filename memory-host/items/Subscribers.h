@@ -8,7 +8,7 @@
 
 namespace memory_host {
 
-/// How many subscribers there are now, and observers of destructions.
+/// How many subscribers and observers there are now.
 HOST_EXPORT std::size_t subscriberCount();
 /// The address of each subscriber's or observer's base class part, where its vtable pointer is.
 std::vector<const void*> listeners();

@@ -1,6 +1,5 @@
 #include "LibraryFile.h"
 
-#include "MessageObservers.h"
 #include "items/Subscribers.h"
 
 #include <QApplication>
@@ -73,9 +72,7 @@ QList<QPointer<QWidget>> widgetsOfLibrary(const void* address) {
 std::size_t subscribersOfLibrary(const void* address) {
     const void* const library = libraryOf(address);
     std::size_t count = 0;
-    std::vector<const void*> all = listeners();
-    addMessageObservers(all);
-    for (const void* subscriber : all)
+    for (const void* subscriber : listeners())
         if (libraryOfClass(subscriber) == library && libraryOf(subscriber) != library)
             ++count;
     return count;

@@ -1,6 +1,8 @@
 // When plug-ins are done, and how they are unloaded: windows, code in memory, and calls meanwhile.
 #include "DataMaker.h"
 #include "DataPointBase.h"
+#include "Focus.h"
+#include "Messages.h"
 #include "PluginTestCase.h"
 #include "Space.h"
 #include "items/Subscribers.h"
@@ -13,13 +15,21 @@ using namespace plugin_tools;
 class PluginEndTest : public PluginTestCase {
     Q_OBJECT
 
-    /// What a library left behind still hears of changes, and is destroyed.
-    static void destroyHearing(const QString& file) {
-        QVERIFY(isInMemory(file));
-        { const DataPointBase change(nullptr, Publisher::Update); }
+    static void change() { const DataPointBase guard(nullptr, Publisher::Update); }
+    static void destroy() {
         TAVIK::DataMaker::Destroy(
             TAVIK::DataMaker::makeCore(TAVIK::Space::instance(), "surface", "Surface"));
-        QCOMPARE(takeHostLog(), QStringList("the subscriber that was left behind hears"));
+    }
+    static void moveFocus() { TAVIK::Focus::set(nullptr, nullptr, true); }
+    static void showMessage() { Messages::Show("a message"); }
+
+    /// What a library left behind still hears what there is to tell, and is destroyed.
+    static void destroyHearing(const QString& file, void (*tell)() = change) {
+        QVERIFY(isInMemory(file));
+        tell();
+        QStringList heard = takeHostLog();
+        heard.removeAll("a message");
+        QCOMPARE(heard, QStringList("the subscriber that was left behind hears"));
         void* const library = dlopen(QFile::encodeName(file).constData(), RTLD_LAZY | RTLD_NOLOAD);
         QVERIFY(library);
         reinterpret_cast<void (*)()>(dlsym(library, "DestroySubscriber"))();
@@ -135,11 +145,16 @@ private slots:
 
     void aSubscriberThatIsLeftBehindKeepsItsCodeInMemory_data() {
         QTest::addColumn<QString>("name");
-        QTest::newRow("of changes") << "Subscribing";
-        QTest::newRow("of destructions") << "Observing";
+        QTest::addColumn<void (*)()>("tell");
+        QTest::newRow("of changes") << "Subscribing" << &change;
+        QTest::newRow("of destructions") << "Observing" << &destroy;
+        QTest::newRow("of the focus") << "Following" << &moveFocus;
+        QTest::newRow("of messages") << "Reading" << &showMessage;
     }
     void aSubscriberThatIsLeftBehindKeepsItsCodeInMemory() {
+        using Tell = void (*)();
         QFETCH(const QString, name);
+        QFETCH(const Tell, tell);
         const std::size_t before = subscriberCount();
         const QString file = loadOne(name);
         QVERIFY(startPlugin("Create/" + name));
@@ -149,7 +164,7 @@ private slots:
                  QStringList("Plug-in Create/" + name + " (" + file +
                              ") stays in memory: after Cleanup 1 of its subscribers exist"));
         QVERIFY(!PluginManager::FindPlugin("Create", name.toStdString()));
-        destroyHearing(file);
+        destroyHearing(file, tell);
         QCOMPARE(subscriberCount(), before);
     }
 

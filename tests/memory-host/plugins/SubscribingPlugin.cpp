@@ -1,9 +1,12 @@
 // A plug-in whose Cleanup does not destroy its subscriber; with IS_STATIC it is a static object of
-// the library, and so goes with it. With IS_OBSERVER it hears of destructions instead of changes;
-// with LACKS_CLEANUP it is made when the library is loaded, which cannot be used.
+// the library, and so goes with it. With IS_OBSERVER it hears of destructions instead of changes,
+// with IS_FOLLOWER of moves of the focus, with IS_READER of messages; with LACKS_CLEANUP it is made
+// when the library is loaded, which cannot be used.
 #include "DestroyObserver.h"
+#include "Focus.h"
 #include "HostExport.h"
 #include "Logger.h"
+#include "Messages.h"
 #include "PluginResult.h"
 #include "Subscriber.h"
 
@@ -13,6 +16,14 @@ namespace {
 class LeftSubscriber : public TAVIK::DestroyObserver {
 public:
     void aboutToDestroy(TAVIK::Compound*) override { Logger::Write(m_name); }
+#elif defined IS_FOLLOWER
+class LeftSubscriber : public TAVIK::FocusObserver {
+public:
+    void focusMoved(TAVIK::Compound*, bool) override { Logger::Write(m_name); }
+#elif defined IS_READER
+class LeftSubscriber : public MessageObserver {
+public:
+    void messageShown(const QString&) override { Logger::Write(m_name); }
 #else
 class LeftSubscriber : public Subscriber {
 public:

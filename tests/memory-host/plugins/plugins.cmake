@@ -28,5 +28,7 @@ add_test_plugin(Subscribing SubscribingPlugin.cpp)
 add_test_plugin(SubscribingStatic SubscribingPlugin.cpp IS_STATIC)
 add_test_plugin(SubscribingUnusable SubscribingPlugin.cpp LACKS_CLEANUP)
 add_test_plugin(Observing SubscribingPlugin.cpp IS_OBSERVER)
+add_test_plugin(Following SubscribingPlugin.cpp IS_FOLLOWER)
+add_test_plugin(Reading SubscribingPlugin.cpp IS_READER)
 
 target_compile_definitions(test-memory-host PRIVATE TEST_PLUGINS="${TEST_PLUGINS}")

@@ -2,8 +2,8 @@
 
 #include "Logger.h"
 #include "MessageObservers.h"
-#include "items/ObserverList.h"
-#include "items/Subscribers.h"
+#include "ObserverList.h"
+#include "Subscribers.h"
 
 namespace memory_host {
 

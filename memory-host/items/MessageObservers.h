@@ -5,7 +5,7 @@
 
 namespace memory_host {
 
-/// Appends the observers to `listeners`, as in items/Subscribers.h.
+/// Appends the observers to `listeners`, as in Subscribers.h.
 void addMessageObservers(std::vector<const void*>& listeners);
 
 } // namespace memory_host
