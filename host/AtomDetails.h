@@ -17,7 +17,7 @@ struct AtomDetails {
     float occupancy = 1.0F;         ///< 1 where a file gives none
     std::int32_t serial = noSerial; ///< the file's number of the atom
     std::int8_t formalCharge = 0;   ///< elementary charges
-    char alternative = '\0';        ///< letter of the alternative location; 0 where it has none
+    char alternative = '\0';        ///< first letter of the alternative location, or 0
     bool isHetero = false;          ///< HETATM, as against ATOM
 
     bool operator==(const AtomDetails&) const = default;
