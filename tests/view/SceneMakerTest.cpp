@@ -26,15 +26,28 @@ Scene sceneOf(Representation representation, bool showWaters = false) {
     return sceneOf({representation, showWaters});
 }
 
-/// The points that balls are around.
-std::vector<std::uint32_t> balls(const Scene& scene) {
-    std::vector<std::uint32_t> points;
-    for (const view::Ball& ball : scene.balls)
-        points.push_back(ball.point);
-    return points;
-}
+using Atoms = std::vector<std::size_t>;
 
-using Points = std::vector<std::uint32_t>;
+/// The atom that a point of the scene is of.
+std::size_t atomOf(const Scene& scene, std::uint32_t point) {
+    return view::itemOf(scene.ids[point]);
+}
+Atoms balls(const Scene& scene) {
+    Atoms atoms;
+    for (const view::Ball& ball : scene.balls)
+        atoms.push_back(atomOf(scene, ball.point));
+    return atoms;
+}
+Atoms dots(const Scene& scene) {
+    Atoms atoms;
+    for (const std::uint32_t dot : scene.dots)
+        atoms.push_back(atomOf(scene, dot));
+    return atoms;
+}
+/// The atoms of the two ends of a stick or a line.
+std::pair<std::size_t, std::size_t> ends(const Scene& scene, const view::Segment& segment) {
+    return {atomOf(scene, segment.from), atomOf(scene, segment.to)};
+}
 
 /// Two linked amino acids, a ligand of two atoms, an ion and a water: atoms 0 to 9, 10 and 11, 12,
 /// 13. Bonds 0-1, 1-2, 10-11.
@@ -56,10 +69,10 @@ Structure mixed() {
 class SceneMakerTest : public test_support::TestCase {
     Q_OBJECT
 private slots:
-    void everyAtomHasAPointWithItsColourAndId() {
+    void everyAtomThatIsDrawnHasAPointWithItsColourAndId() {
         const Structure made = mixed().attach();
         made.atoms[3]->SetColor(Color(0xff102030U));
-        const Scene scene = sceneOf(Representation::Spheres);
+        const Scene scene = sceneOf(Representation::Spheres, true);
         QCOMPARE(scene.points.size(), std::size_t(14));
         QCOMPARE(scene.points[12], (view::Point{30, 0, 0}));
         for (std::size_t i = 0; i != made.atoms.size(); ++i) {
@@ -82,7 +95,7 @@ private slots:
     void pointsAreDotsAndNothingElse() {
         mixed().attach();
         const Scene scene = sceneOf(Representation::Points);
-        QCOMPARE(scene.dots, (Points{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+        QCOMPARE(dots(scene), (Atoms{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
         QVERIFY(scene.sticks.empty() && scene.lines.empty() && scene.balls.empty());
     }
 
@@ -90,12 +103,11 @@ private slots:
         mixed().attach();
         const Scene lines = sceneOf(Representation::Lines);
         QCOMPARE(lines.lines.size(), std::size_t(3));
-        QCOMPARE(lines.lines[2].from, 10U);
-        QCOMPARE(lines.lines[2].to, 11U);
-        QCOMPARE(lines.dots, (Points{3, 4, 5, 6, 7, 8, 9, 12}));
+        QCOMPARE(ends(lines, lines.lines[2]), std::pair(std::size_t(10), std::size_t(11)));
+        QCOMPARE(dots(lines), (Atoms{3, 4, 5, 6, 7, 8, 9, 12}));
         const Scene sticks = sceneOf(Representation::Sticks);
         QCOMPARE(sticks.sticks.size(), std::size_t(3));
-        QCOMPARE(balls(sticks), (Points{3, 4, 5, 6, 7, 8, 9, 12}));
+        QCOMPARE(balls(sticks), (Atoms{3, 4, 5, 6, 7, 8, 9, 12}));
         QVERIFY(sticks.balls[0].radius >= sticks.stickRadius);
     }
 
@@ -114,8 +126,8 @@ private slots:
         made.residues[0]->SetVisible(false);
         const Scene scene = sceneOf(Representation::BallAndStick);
         QVERIFY(scene.sticks.empty());
-        QCOMPARE(balls(scene), (Points{5, 6, 7, 8, 9, 11, 12}));
-        QCOMPARE(scene.points.size(), std::size_t(14));
+        QCOMPARE(balls(scene), (Atoms{5, 6, 7, 8, 9, 11, 12}));
+        QCOMPARE(scene.points.size(), std::size_t(7));
     }
 
     void onlyTheActiveModelIsDrawn() {
@@ -128,30 +140,30 @@ private slots:
         made.attach();
         Scene scene = sceneOf(Representation::Sticks);
         QCOMPARE(scene.sticks.size(), std::size_t(1));
-        QCOMPARE(scene.sticks[0].to, 1U);
+        QCOMPARE(ends(scene, scene.sticks[0]).second, std::size_t(1));
         residue->NextModel();
         scene = sceneOf(Representation::Sticks);
         QCOMPARE(scene.sticks.size(), std::size_t(1));
-        QCOMPARE(scene.sticks[0].to, 2U);
+        QCOMPARE(ends(scene, scene.sticks[0]).second, std::size_t(2));
     }
 
     void watersAreDrawnWhenAskedForOrWhenThereIsNothingElse() {
         const Structure made = mixed().attach();
-        QCOMPARE(balls(sceneOf(Representation::Spheres)).back(), 12U);
-        QCOMPARE(balls(sceneOf(Representation::Spheres, true)).back(), 13U);
+        QCOMPARE(balls(sceneOf(Representation::Spheres)).back(), std::size_t(12));
+        QCOMPARE(balls(sceneOf(Representation::Spheres, true)).back(), std::size_t(13));
         TAVIK::DataMaker::Destroy(made.entry);
         Structure waters;
         waters.add("HOH 1", {{"O", "O", {0, 0, 0}}});
         waters.attach();
-        QCOMPARE(balls(sceneOf(Representation::Spheres)), (Points{0}));
+        QCOMPARE(balls(sceneOf(Representation::Spheres)), (Atoms{0}));
     }
 
     void aRibbonLeavesLigandsAsSticksAndIonsAsSpheres() {
         mixed().attach();
         const Scene scene = sceneOf(Representation::Ribbon);
         QCOMPARE(scene.sticks.size(), std::size_t(1));
-        QCOMPARE(scene.sticks[0].from, 10U);
-        QCOMPARE(balls(scene), (Points{12}));
+        QCOMPARE(ends(scene, scene.sticks[0]).first, std::size_t(10));
+        QCOMPARE(balls(scene), (Atoms{12}));
         QCOMPARE(scene.balls[0].radius, 1.39F);
     }
 
@@ -160,10 +172,10 @@ private slots:
         made.bond(4, 10);
         made.attach();
         const Scene scene = sceneOf(Representation::Ribbon);
-        std::set<std::pair<std::uint32_t, std::uint32_t>> sticks;
+        std::set<std::pair<std::size_t, std::size_t>> sticks;
         for (const view::Segment& stick : scene.sticks)
-            sticks.insert({stick.from, stick.to});
-        QCOMPARE(sticks, (std::set<std::pair<std::uint32_t, std::uint32_t>>{
+            sticks.insert(ends(scene, stick));
+        QCOMPARE(sticks, (std::set<std::pair<std::size_t, std::size_t>>{
                              {0, 1}, {1, 2}, {4, 10}, {10, 11}}));
     }
 
@@ -176,7 +188,7 @@ private slots:
         made.attach();
         const Scene scene = sceneOf(Representation::Ribbon);
         QCOMPARE(scene.sticks.size(), std::size_t(1));
-        QCOMPARE(scene.sticks[0].from, 5U);
+        QCOMPARE(ends(scene, scene.sticks[0]).first, std::size_t(5));
     }
 
     void theFirstPictureOfAFewAtomsIsBallsAndSticks() {

@@ -62,6 +62,7 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
     if (scene != m_known.lock()) {
         m_known = scene;
         m_quick = Effort::OneSample;
+        m_quickTime = quickPicture;
     }
     const Effort effort = effortFor(order);
     if (effort == Effort::Dots)

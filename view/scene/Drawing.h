@@ -72,7 +72,7 @@ private:
     Effort m_quick = Effort::OneSample;       ///< of the next quick picture
     std::weak_ptr<const Scene> m_known;       ///< for which that holds
     bool m_wasMoving = false;
-    double m_quickTime = 0; ///< milliseconds that the last quick picture took
+    double m_quickTime = quickPicture; ///< milliseconds that the last quick picture took
 };
 
 } // namespace view

@@ -33,6 +33,7 @@ public:
         : m_contents(contents), m_marks(marks), m_styles(styles), m_scene(scene) {}
 
     void run() {
+        m_scene.stickRadius = stickRadius;
         takePoints();
         takeBonds();
         takeAtoms();
@@ -40,69 +41,76 @@ public:
     }
 
 private:
+    bool isDrawn(std::size_t atom) const { return m_styles.atoms[atom] != Style::None; }
+
+    // Only atoms that are drawn have points: of a ribbon few have.
     void takePoints() {
         const std::size_t count = m_contents.atomCount();
-        m_scene.points = m_contents.positions;
-        m_scene.colours.assign(m_marks.colours.begin(),
-                               m_marks.colours.begin() + static_cast<std::ptrdiff_t>(count));
-        m_scene.ids.resize(count);
+        std::size_t drawn = 0;
         for (std::size_t i = 0; i != count; ++i)
-            m_scene.ids[i] = idOf(i);
-        m_scene.stickRadius = stickRadius;
+            drawn += isDrawn(i) ? 1 : 0;
+        m_scene.points.reserve(drawn);
+        m_scene.colours.reserve(drawn);
+        m_scene.ids.reserve(drawn);
+        m_points.resize(count, noAtom);
+        for (std::size_t i = 0; i != count; ++i) {
+            if (!isDrawn(i))
+                continue;
+            m_points[i] = static_cast<std::uint32_t>(m_scene.points.size());
+            m_scene.points.push_back(m_contents.positions[i]);
+            m_scene.colours.push_back(m_marks.colours[i]);
+            m_scene.ids.push_back(idOf(i));
+        }
     }
 
+    // The largest arrays are counted before they are made: growing them would double the memory.
     void takeBonds() {
         m_isBonded.resize(m_contents.atomCount());
-        // Counted first: these are the largest arrays, and growing them would double the memory.
         std::size_t sticks = 0;
         std::size_t lines = 0;
-        for (const bool counting : {true, false}) {
-            if (!counting) {
-                m_scene.sticks.reserve(sticks);
-                m_scene.lines.reserve(lines);
-            }
-            for (std::size_t i = 0; i != m_contents.bonds.size(); ++i) {
-                const Segment& bond = m_contents.bonds[i];
-                const Style from = m_styles.atoms[bond.from];
-                const Style to = m_styles.atoms[bond.to];
-                if (!m_marks.bonds[i])
-                    continue;
-                const bool isStick = hasSticks(from) && hasSticks(to);
-                const bool isLine = from == Style::Line && to == Style::Line;
-                if (!isStick && !isLine)
-                    continue;
-                if (counting) {
-                    ++(isStick ? sticks : lines);
-                    continue;
-                }
-                (isStick ? m_scene.sticks : m_scene.lines).push_back(bond);
-                m_isBonded[bond.from] = m_isBonded[bond.to] = true;
-            }
+        forBonds([&](const Segment&, bool isStick) { ++(isStick ? sticks : lines); });
+        m_scene.sticks.reserve(sticks);
+        m_scene.lines.reserve(lines);
+        forBonds([&](const Segment& bond, bool isStick) {
+            (isStick ? m_scene.sticks : m_scene.lines)
+                .push_back({m_points[bond.from], m_points[bond.to]});
+            m_isBonded[bond.from] = m_isBonded[bond.to] = true;
+        });
+    }
+    template <class Use> void forBonds(Use use) const {
+        for (std::size_t i = 0; i != m_contents.bonds.size(); ++i) {
+            const Segment& bond = m_contents.bonds[i];
+            const Style from = m_styles.atoms[bond.from];
+            const Style to = m_styles.atoms[bond.to];
+            if (!m_marks.bonds[i])
+                continue;
+            if (hasSticks(from) && hasSticks(to))
+                use(bond, true);
+            else if (from == Style::Line && to == Style::Line)
+                use(bond, false);
         }
     }
 
     void takeAtoms() {
         std::size_t balls = 0;
         std::size_t dots = 0;
-        for (const bool counting : {true, false}) {
-            if (!counting) {
-                m_scene.balls.reserve(balls);
-                m_scene.dots.reserve(dots);
-            }
-            const std::size_t count = m_contents.atomCount();
-            for (std::size_t i = 0; i != count; ++i) {
-                const Style style = m_styles.atoms[i];
-                if (style == Style::None ||
-                    ((style == Style::Stick || style == Style::Line) && m_isBonded[i]))
-                    continue;
-                const bool isDot = style == Style::Dot || style == Style::Line;
-                if (counting)
-                    ++(isDot ? dots : balls);
-                else if (isDot)
-                    m_scene.dots.push_back(static_cast<std::uint32_t>(i));
-                else
-                    m_scene.balls.push_back({static_cast<std::uint32_t>(i), radiusOf(i, style)});
-            }
+        forSymbols([&](std::size_t, bool isDot) { ++(isDot ? dots : balls); });
+        m_scene.balls.reserve(balls);
+        m_scene.dots.reserve(dots);
+        forSymbols([&](std::size_t atom, bool isDot) {
+            if (isDot)
+                m_scene.dots.push_back(m_points[atom]);
+            else
+                m_scene.balls.push_back({m_points[atom], radiusOf(atom, m_styles.atoms[atom])});
+        });
+    }
+    // Uses the atoms that have a symbol of their own, beside their bonds.
+    template <class Use> void forSymbols(Use use) const {
+        for (std::size_t i = 0; i != m_contents.atomCount(); ++i) {
+            const Style style = m_styles.atoms[i];
+            const bool isInBonds = style == Style::Stick || style == Style::Line;
+            if (isDrawn(i) && !(isInBonds && m_isBonded[i]))
+                use(i, style == Style::Dot || style == Style::Line);
         }
     }
 
@@ -123,7 +131,8 @@ private:
     const Marks& m_marks;
     const Styles& m_styles;
     Scene& m_scene;
-    std::vector<bool> m_isBonded; ///< atoms that a stick or a line is drawn of
+    std::vector<std::uint32_t> m_points; ///< of the scene, by atom
+    std::vector<bool> m_isBonded;        ///< atoms that a stick or a line is drawn of
 };
 
 // Uses the atoms that are drawn, and those that a ribbon passes.
