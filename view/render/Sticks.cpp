@@ -14,18 +14,20 @@ constexpr float infinity = std::numeric_limits<float>::infinity();
 /// rest.
 constexpr float leastLength = 0.01F;
 
-/// A stick on the screen, and where a line of sight enters and leaves it.
+/// A stick on the screen.
 class Stick {
 public:
     Stick(const Place& from, const Place& to, float radius);
 
+    /// Whether four lines of sight may meet the stick.
+    bool isNear(Floats x, float y) const;
     /// Along four lines of sight.
     struct Hits {
         Ints mask;
-        Floats front;
-        Floats back;
+        Floats depth; ///< times `side`
     };
-    Hits hits(Floats x, float y) const;
+    /// Where they enter it, coming from the viewer; with a `side` of -1, where they leave it.
+    Hits hits(Floats x, float y, float side) const;
     /// Whether a point of the surface is nearer to the second end, -1 or 0.
     Ints isSecondHalf(Floats x, float y, Floats z) const;
 
@@ -33,16 +35,19 @@ private:
     Place m_from;
     Place m_to;
     float m_squaredRadius;
+    float m_squaredReach;
     /// The axis, of length 1.
     float m_x = 0;
     float m_y = 0;
     float m_z;
     float m_length;
+    float m_inverseFlatness = 0;
     float m_flatness = 0; ///< square of the axis' length on the screen; 0 when it is seen end-on
 };
 
 Stick::Stick(const Place& from, const Place& to, float radius)
-    : m_from(from), m_to(to), m_squaredRadius(radius * radius) {
+    : m_from(from), m_to(to), m_squaredRadius(radius * radius),
+      m_squaredReach((radius + leastLength * 2) * (radius + leastLength * 2)) {
     const float x = to.x - from.x;
     const float y = to.y - from.y;
     const float z = to.z - from.z;
@@ -56,26 +61,38 @@ Stick::Stick(const Place& from, const Place& to, float radius)
     m_y = y / m_length;
     m_z = z / m_length;
     m_flatness = m_x * m_x + m_y * m_y;
+    m_inverseFlatness = 1 / m_flatness;
+}
+
+// On the screen a stick is what lies within its radius of a line. A little more, so that rounding
+// takes nothing away.
+bool Stick::isNear(Floats x, float y) const {
+    const Floats dx = x - all(m_from.x);
+    const Floats dy = all(y - m_from.y);
+    const Floats along = (dx * all(m_x) + dy * all(m_y)) * all(m_inverseFlatness);
+    const Floats place = smaller(larger(along, all(0.0F)), all(m_length));
+    const Floats awayX = dx - place * all(m_x);
+    const Floats awayY = dy - place * all(m_y);
+    const Floats squared = awayX * awayX + awayY * awayY;
+    return isAny(squared <= all(m_squaredReach));
 }
 
 // With d from the first end to the line of sight on the screen, a the unit axis and t along the
 // line of sight, the cylinder is |d + t z - ((d + t z) . a) a| = r, a quadratic equation in t with
 // the leading coefficient ax^2 + ay^2.
-Stick::Hits Stick::hits(Floats x, float y) const {
+Stick::Hits Stick::hits(Floats x, float y, float side) const {
     const Floats zero = all(0.0F);
     const Floats squared = all(m_squaredRadius);
-    Hits hits = {all(0), all(-infinity), all(infinity)};
-    const auto meet = [&hits](Ints mask, Floats front, Floats back) {
+    Hits hits = {all(0), all(-infinity)};
+    const auto meet = [&hits](Ints mask, Floats depth) {
         hits.mask |= mask;
-        hits.front = select(mask, larger(hits.front, front), hits.front);
-        hits.back = select(mask, smaller(hits.back, back), hits.back);
+        hits.depth = select(mask, larger(hits.depth, depth), hits.depth);
     };
     for (const Place& end : {m_from, m_to}) {
         const Floats dx = x - all(end.x);
         const float dy = y - end.y;
         const Floats rest = squared - dx * dx - all(dy * dy);
-        const Floats half = squareRoot(larger(rest, zero));
-        meet(rest >= zero, all(end.z) + half, all(end.z) - half);
+        meet(rest >= zero, all(end.z * side) + squareRoot(larger(rest, zero)));
     }
     if (m_flatness > 0) {
         const Floats dx = x - all(m_from.x);
@@ -84,12 +101,10 @@ Stick::Hits Stick::hits(Floats x, float y) const {
         const Floats rest = all(m_flatness) * squared - across * across;
         const Floats root = squareRoot(larger(rest, zero));
         const Floats along = dx * all(m_x) + all(dy * m_y);
-        for (const Floats& signedRoot : {root, -root}) {
-            const Floats t = (along * all(m_z) + signedRoot) / all(m_flatness);
-            const Floats place = along + t * all(m_z);
-            const Ints mask = (rest >= zero) & (place >= zero) & (place <= all(m_length));
-            meet(mask, all(m_from.z) + t, all(m_from.z) + t);
-        }
+        const float slope = m_z * side;
+        const Floats t = (along * all(slope) + root) * all(m_inverseFlatness);
+        const Floats place = along + t * all(slope);
+        meet((rest >= zero) & (place >= zero) & (place <= all(m_length)), all(m_from.z * side) + t);
     }
     return hits;
 }
@@ -108,6 +123,7 @@ void drawStick(Tile& tile, const Frame& frame, std::uint32_t index) {
     const Segment& segment = frame.scene->sticks[index];
     const Stick stick(frame.points[segment.from], frame.points[segment.to],
                       frame.scene->stickRadius * frame.scale);
+    const bool isCut = extent.front > frame.front || extent.back < frame.back;
     const Ints first = all(frame.stickStart + static_cast<Number>(2 * index));
     const int firstColumn = range.left & ~3;
     const float left = static_cast<float>(tile.left() + firstColumn) + 0.5F;
@@ -115,12 +131,17 @@ void drawStick(Tile& tile, const Frame& frame, std::uint32_t index) {
         const float y = static_cast<float>(tile.top() + row) + 0.5F;
         Floats x = {left, left + 1, left + 2, left + 3};
         for (int column = firstColumn; column <= range.right; column += 4, x += all(4.0F)) {
-            const auto [isHit, surface, back] = stick.hits(x, y);
-            // Solid where it is cut open.
-            const Ints mask = isHit & (surface >= all(frame.back)) & (back <= all(frame.front));
+            if (!stick.isNear(x, y))
+                continue;
+            auto [mask, depth] = stick.hits(x, y, 1);
+            if (isCut) {
+                // Solid where it is cut open.
+                const Floats back = -stick.hits(x, y, -1).depth;
+                mask &= (depth >= all(frame.back)) & (back <= all(frame.front));
+                depth = smaller(depth, all(frame.front));
+            }
             if (!isAny(mask))
                 continue;
-            const Floats depth = smaller(surface, all(frame.front));
             tile.put(row, column, mask, depth, first - stick.isSecondHalf(x, y, depth));
         }
     }
