@@ -232,6 +232,21 @@ private slots:
             QVERIFY2(!view::pictureRequest(text), text);
     }
 
+    void theHelpPageHasEveryKeyOfTheMenu() {
+        QFile page(QStringLiteral(SOURCE_DIR "/data/help/") + m_view->helpPage() + ".md");
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(page.readAll());
+        int keys = 0;
+        for (const QAction* action : m_view->actions()) {
+            const QString key = action->shortcut().toString();
+            if (key.isEmpty())
+                continue;
+            ++keys;
+            QVERIFY2(text.contains("\n| " + key + " | "), qPrintable(key));
+        }
+        QCOMPARE(keys, 13);
+    }
+
     void thePluginAnswersItsCommandsAndLeavesNothing() {
         m_view.reset();
         fourAtoms().attach();
