@@ -25,6 +25,9 @@ public:
 
     QString helpPage() const;
 
+    /// Where the program gives windows a place in its own, a window that is shown goes there first.
+    void setVisible(bool visible) override;
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;

@@ -1,6 +1,8 @@
 #include "BaseWindow.h"
 #include "HelpViewer.h"
+#include "LoadedPlugins.h"
 #include "WidgetFactory.h"
+#include "WindowPlaces.h"
 
 #include <QCloseEvent>
 #include <QScreen>
@@ -37,6 +39,15 @@ void BaseWindow::Kill(BaseWindow* window) {
         window->close();
 }
 
+void BaseWindow::setVisible(bool visible) {
+    memory_host::WindowPlaces* const places = memory_host::windowPlaces();
+    if (places && visible)
+        places->aboutToShow(*this, memory_host::pluginOf(*this));
+    QMainWindow::setVisible(visible);
+    if (places && !visible)
+        places->wasHidden(*this);
+}
+
 void BaseWindow::closeEvent(QCloseEvent* event) {
     // The plug-in owns the window and will use its pointer again, whatever attribute was set.
     setAttribute(Qt::WA_DeleteOnClose, false);
@@ -50,7 +61,7 @@ void BaseWindow::showEvent(QShowEvent* event) {
     // The size that was asked for may be larger than the screen, and the screen that the window
     // was last shown on may be gone.
     const QRect area = screen()->availableVirtualGeometry();
-    if (!event->spontaneous() && !isMaximized() && !isFullScreen()) {
+    if (isWindow() && !event->spontaneous() && !isMaximized() && !isFullScreen()) {
         resize(size().boundedTo(area.size()));
         if (!area.intersects(frameGeometry()))
             move(area.topLeft());

@@ -57,13 +57,17 @@ std::string libraryProblem(const QString& path) {
     return {};
 }
 
+bool isOfLibrary(const QWidget& widget, const void* address) {
+    const void* const library = libraryOf(address);
+    return libraryOfClass(&widget) == library || libraryOf(widget.metaObject()) == library;
+}
+
 QList<QPointer<QWidget>> widgetsOfLibrary(const void* address) {
     QList<QPointer<QWidget>> found;
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
         return found;
-    const void* const library = libraryOf(address);
     for (QWidget* widget : QApplication::allWidgets()) {
-        if (libraryOfClass(widget) == library || libraryOf(widget->metaObject()) == library)
+        if (isOfLibrary(*widget, address))
             found << widget;
     }
     return found;

@@ -15,6 +15,8 @@ namespace memory_host {
 /// system's loader ends the process on a truncated library.
 std::string libraryProblem(const QString& path);
 
+/// Whether the class of `widget` is defined in the library that contains `address`.
+bool isOfLibrary(const QWidget& widget, const void* address);
 /// The windows and other widgets whose class is defined in the library that contains `address`.
 QList<QPointer<QWidget>> widgetsOfLibrary(const void* address);
 /// The number of subscribers and observers whose class is defined in the library that contains

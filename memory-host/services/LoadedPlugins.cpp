@@ -18,4 +18,11 @@ Plugin* findOrReport(const QString& type, const QString& name, const std::string
     return nullptr;
 }
 
+QString pluginOf(const QWidget& widget) {
+    for (const auto& [name, plugin] : loadedPlugins().byName)
+        if (plugin->defines(widget))
+            return name.first + u'/' + name.second;
+    return {};
+}
+
 } // namespace memory_host

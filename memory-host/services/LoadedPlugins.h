@@ -4,6 +4,7 @@
 #include "Plugin.h"
 
 #include <QString>
+#include <QWidget>
 
 #include <map>
 #include <memory>
@@ -22,5 +23,8 @@ LoadedPlugins& loadedPlugins();
 
 /// The loaded plug-in, or null and a line in the log that says what was not run.
 Plugin* findOrReport(const QString& type, const QString& name, const std::string& what);
+
+/// The loaded plug-in whose library defines the class of `widget`, as "type/name"; empty for none.
+QString pluginOf(const QWidget& widget);
 
 } // namespace memory_host

@@ -163,6 +163,10 @@ const void* Plugin::code() const {
     return nullptr;
 }
 
+bool Plugin::defines(const QWidget& widget) const {
+    return code() && memory_host::isOfLibrary(widget, code());
+}
+
 std::string Plugin::leftBehind() const {
     // Without any entry point there is no address in the library to search by.
     if (!code())

@@ -7,6 +7,7 @@
 
 #include <QLibrary>
 #include <QString>
+#include <QWidget>
 
 #include <functional>
 #include <string>
@@ -40,6 +41,9 @@ public:
     /// Runs `call(&result)`; returns whether it ended without an exception and with success. What
     /// went wrong is in the log, as a failure of `what`.
     bool run(const std::string& what, const std::function<void(PluginResult*)>& call) const;
+
+    /// Whether the class of `widget` stands in its library.
+    bool defines(const QWidget& widget) const;
 
     /// The plug-in's answer; true when it throws.
     bool isDone();
