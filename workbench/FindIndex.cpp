@@ -1,0 +1,213 @@
+#include "FindIndex.h"
+
+#include "AtomDetails.h"
+#include "Kinds.h"
+#include "Space.h"
+#include "Traversal.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace workbench {
+
+namespace {
+
+using TAVIK::Compound;
+
+bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// The usual names of water in coordinate files and in those of simulations.
+bool isWater(std::string_view name) {
+    return isOneOf(name, {"HOH", "WAT", "H2O", "DOD", "D2O", "TIP", "TIP3", "TP3", "SOL", "SPC"});
+}
+
+class IndexWalk : public TAVIK::AtomNameVisitor {
+public:
+    explicit IndexWalk(FindIndex& index) : m_index(index) {}
+
+    bool Enter(Compound* composite, std::string_view part) override {
+        m_levels.push_back({m_path.size(), m_chain});
+        m_path += part;
+        if (m_residueLevel != 0)
+            return true;
+        if (dynamic_cast<TAVIK::Residue*>(composite)) {
+            m_residueLevel = m_levels.size();
+            beginResidue(composite, part.substr(0, part.size() - 1));
+        } else {
+            m_place = none;
+            if (dynamic_cast<TAVIK::Molecule*>(composite)) {
+                m_chain = static_cast<std::uint32_t>(m_index.chains.size());
+                m_index.chains.emplace_back(part.substr(0, part.size() - 1));
+            }
+        }
+        return true;
+    }
+    void Leave() override {
+        if (m_residueLevel == 0)
+            m_place = none;
+        if (m_residueLevel == m_levels.size()) {
+            endResidue();
+            m_residueLevel = 0;
+        }
+        m_path.resize(m_levels.back().length);
+        m_chain = m_levels.back().chain;
+        m_levels.pop_back();
+    }
+    void Visit(Compound* atom, std::string_view name) override {
+        if (m_residueLevel == 0)
+            beginLoose();
+        m_index.atoms.push_back(atom);
+        m_index.atomNames.push_back(m_index.names.add(name));
+        m_index.residues.back().end = static_cast<std::uint32_t>(m_index.atoms.size());
+    }
+
+private:
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+    struct Level {
+        std::size_t length;
+        std::uint32_t chain;
+    };
+
+    std::uint32_t placeOf(std::string_view path) {
+        if (m_place == none) {
+            m_place = static_cast<std::uint32_t>(m_index.places.size());
+            m_index.places.emplace_back(path.substr(0, path.empty() ? 0 : path.size() - 1));
+        }
+        return m_place;
+    }
+    FindIndex::Residue& add(Compound* item, std::string_view place, std::string_view label) {
+        FindIndex::Residue residue{};
+        residue.item = item;
+        residue.begin = residue.end = static_cast<std::uint32_t>(m_index.atoms.size());
+        residue.place = placeOf(place);
+        residue.label = static_cast<std::uint32_t>(m_index.labels.size());
+        residue.chain = m_chain;
+        residue.insertion = ' ';
+        m_index.labels.insert(m_index.labels.end(), label.begin(), label.end());
+        m_index.labels.push_back('\0');
+        return m_index.residues.emplace_back(residue);
+    }
+    void beginResidue(Compound* item, std::string_view label) {
+        FindIndex::Residue& residue =
+            add(item, std::string_view(m_path).substr(0, m_path.size() - label.size() - 1), label);
+        std::string_view name = label;
+        if (const std::size_t blank = label.rfind(' '); blank != std::string_view::npos) {
+            const char* const end = label.data() + label.size();
+            const auto [rest, error] =
+                std::from_chars(label.data() + blank + 1, end, residue.number);
+            if (error == std::errc() && end - rest <= 1) {
+                residue.hasNumber = true;
+                residue.insertion = rest == end ? ' ' : *rest;
+                name = label.substr(0, blank);
+            }
+        }
+        residue.name = m_index.names.add(name);
+        residue.kind = kindOf(item, name);
+    }
+    // The atoms of amino acids and nucleotides stand in groups, those of other residues do not.
+    static FindIndex::Kind kindOf(Compound* item, std::string_view name) {
+        for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child) {
+            if (!*child || !dynamic_cast<TAVIK::Group*>(*child))
+                continue;
+            const std::string group = (*child)->GetName();
+            if (isOneOf(group, {"Backbone", "Side chain"}))
+                return FindIndex::Kind::Protein;
+            if (isOneOf(group, {"Phosphate", "Sugar", "Base"}))
+                return FindIndex::Kind::Nucleic;
+        }
+        return isWater(name) ? FindIndex::Kind::Water : FindIndex::Kind::Ligand;
+    }
+    // A single atom is an ion, in whatever number of alternative locations.
+    void endResidue() {
+        FindIndex::Residue& residue = m_index.residues.back();
+        const auto begin = m_index.atomNames.begin() + residue.begin;
+        if (residue.kind == FindIndex::Kind::Ligand && residue.begin != residue.end &&
+            std::all_of(begin, m_index.atomNames.end(),
+                        [first = *begin](NameKeys::Key name) { return name == first; }))
+            residue.kind = FindIndex::Kind::Ion;
+    }
+    void beginLoose() {
+        if (!m_index.residues.empty() && !m_index.residues.back().item && m_place != none &&
+            m_index.residues.back().place == m_place)
+            return;
+        FindIndex::Residue& residue = add(nullptr, m_path, {});
+        residue.name = NameKeys::none;
+        residue.kind = FindIndex::Kind::Ligand;
+    }
+
+    FindIndex& m_index;
+    std::string m_path;
+    std::vector<Level> m_levels;
+    std::uint32_t m_chain = none;
+    std::uint32_t m_place = none;
+    std::size_t m_residueLevel = 0; ///< of the residue around, from 1; 0 for none
+};
+
+} // namespace
+
+std::uint32_t FindIndex::residueOf(std::uint32_t atom) const {
+    const auto after =
+        std::upper_bound(residues.begin(), residues.end(), atom,
+                         [](std::uint32_t a, const Residue& residue) { return a < residue.begin; });
+    auto found = after - 1;
+    // Residues without atoms begin where the next one does.
+    while (found->end <= atom)
+        --found;
+    return static_cast<std::uint32_t>(found - residues.begin());
+}
+
+std::shared_ptr<const FindIndex> FindIndex::read() {
+    auto index = std::make_shared<FindIndex>();
+    IndexWalk walk(*index);
+    TAVIK::VisitAtomNames(TAVIK::Space::instance(), true, walk);
+    return index;
+}
+
+char alternateOf(const Compound* atom) {
+    const char letter = TAVIK::GetAtomDetails(static_cast<const TAVIK::Atom*>(atom)).alternative;
+    return letter == '\0' ? ' ' : letter;
+}
+
+void FindValues::read(const FindIndex& index, const FindExpression& expression) {
+    const auto make = [&index](auto& values, auto value) {
+        auto made = std::make_shared<std::vector<decltype(value(index.atoms.front()))>>();
+        made->reserve(index.atoms.size());
+        for (Compound* const atom : index.atoms)
+            made->push_back(value(atom));
+        values = std::move(made);
+    };
+    const auto mark = [&index](std::shared_ptr<const Bits>& bits, auto holds) {
+        auto made = std::make_shared<Bits>(index.atoms.size());
+        for (std::size_t i = 0; i != index.atoms.size(); ++i)
+            if (holds(index.atoms[i]))
+                made->add(i);
+        bits = std::move(made);
+    };
+    if (!positions && expression.has(FindStep::Kind::Within)) {
+        constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+        make(positions, [](Compound* atom) {
+            const TAVIK::Vertex at = atom->GetPosition();
+            return at.isValid() ? Position{at[0], at[1], at[2]} : Position{nan, nan, nan};
+        });
+    }
+    if (!elements && expression.has(FindTerm::Kind::Element)) {
+        const NameKeys& names = index.names;
+        make(elements, [&names](Compound* atom) { return names.find(atom->GetType()); });
+    }
+    if (!alternates && expression.has(FindTerm::Kind::Alternate))
+        make(alternates, [](Compound* atom) { return alternateOf(atom); });
+    if (!selected && expression.has(FindTerm::Kind::Selected))
+        mark(selected, [](Compound* atom) { return atom->IsSelected(); });
+    if (!hidden && expression.has(FindTerm::Kind::Hidden))
+        mark(hidden, [](Compound* atom) { return !atom->IsVisible(); });
+}
+
+void FindValues::forgetState() {
+    selected.reset();
+    hidden.reset();
+}
+
+} // namespace workbench
