@@ -1,0 +1,86 @@
+// Searches for what is typed in the find box: reads the data when they have changed, and lets a
+// thread look for the hits.
+#pragma once
+
+#include "DestroyObserver.h"
+#include "FindIndex.h"
+#include "FindLanguage.h"
+#include "FindMatch.h"
+#include "Subscriber.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <future>
+#include <memory>
+#include <stop_token>
+#include <vector>
+
+namespace workbench {
+
+class FindSearch : public QObject {
+    Q_OBJECT
+public:
+    FindSearch();
+    /// Waits for the threads that have been told to stop.
+    ~FindSearch() override;
+
+    /// Looks for `text` from now on: finished() follows, now and whenever the data change.
+    void setText(const QString& text);
+    /// Reads the data ahead of the first search.
+    void warmUp();
+
+    bool isRunning() const { return m_timer.isActive() || m_isSearching; }
+    /// What is wrong with the text; empty when nothing is.
+    const QString& problem() const { return m_problem; }
+    bool isEmpty() const { return m_expression.isEmpty(); }
+    std::size_t hitCount() const { return m_hits.hits.size(); }
+    std::size_t atomCount() const { return m_hits.atomCount; }
+    bool isOfAtoms() const { return m_hits.ofAtoms; }
+    QString hitText(std::size_t hit) const;
+    /// The residue or atom; for atoms outside of residues, the first of them.
+    TAVIK::Compound* hitItem(std::size_t hit) const;
+
+    /// Makes the found atoms the selection, or the residues that they are in. False, and nothing
+    /// changes, while another change is under way.
+    bool selectHits(bool wholeResidues);
+
+signals:
+    /// There are no hits any more, and perhaps others soon.
+    void cleared();
+    void finished();
+
+private:
+    class Listener : public Subscriber, public TAVIK::DestroyObserver {
+    public:
+        explicit Listener(FindSearch& search) : m_search(search) {}
+        void commUpdate() override { m_search.stateChanged(); }
+        void commAdd() override { m_search.itemsChanged(); }
+        void commDelete() override { m_search.itemsChanged(); }
+        void aboutToDestroy(TAVIK::Compound*) override { m_search.itemsChanged(); }
+
+    private:
+        FindSearch& m_search;
+    };
+
+    void stateChanged();
+    void itemsChanged();
+    void clear();
+    void start();
+    void take(std::uint64_t number, FindHits&& hits, const QString& problem);
+
+    FindExpression m_expression;
+    QString m_problem;
+    std::shared_ptr<const FindIndex> m_index; ///< null until it is needed
+    FindValues m_values;
+    FindHits m_hits; ///< of m_index
+    QTimer m_timer;  ///< before a search begins
+    std::stop_source m_stop;
+    std::uint64_t m_number = 0; ///< of the last search
+    bool m_isSearching = false;
+    /// Searches that may still be running: the last one, and those that were told to stop.
+    std::vector<std::future<void>> m_threads;
+    Listener m_listener;
+};
+
+} // namespace workbench
