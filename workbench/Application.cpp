@@ -26,9 +26,14 @@ std::unique_ptr<Application> Application::start(int& count, char** arguments) {
     return std::unique_ptr<Application>(new Application(count, arguments));
 }
 
+// Plug-ins are asked only when it matters: their answers may cost something, or throw.
+bool Application::isDone() const {
+    return (!m_mainWindow || !m_mainWindow->isVisible()) && memory_host::allPluginsDone();
+}
+
 int Application::runUntilDone() {
     m_running = true;
-    if (memory_host::allPluginsDone())
+    if (isDone())
         return 0;
     return exec();
 }
@@ -59,8 +64,8 @@ bool Application::notify(QObject* receiver, QEvent* event) {
     if (windowHides) {
         QMetaObject::invokeMethod(
             this,
-            [] {
-                if (memory_host::allPluginsDone())
+            [this] {
+                if (isDone())
                     quit();
             },
             Qt::QueuedConnection);

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <QApplication>
+#include <QPointer>
+#include <QWidget>
 
 #include <memory>
 
@@ -16,6 +18,8 @@ public:
     static std::unique_ptr<Application> start(int& count, char** arguments);
     ~Application() override;
 
+    /// The program runs as long as this window is shown, too.
+    void setMainWindow(QWidget* window) { m_mainWindow = window; }
     /// Runs until all plug-ins are done, or quit() is called.
     int runUntilDone();
 
@@ -25,6 +29,9 @@ public:
 private:
     Application(int& count, char** arguments);
 
+    bool isDone() const;
+
+    QPointer<QWidget> m_mainWindow;
     bool m_running = false;
 };
 

@@ -83,6 +83,10 @@ std::string readCommandLine(const std::vector<std::string>& arguments, CommandLi
             return {};
         } else if (*it == "--verbose") {
             out.verbose = true;
+        } else if (*it == "--windows") {
+            out.windows = true;
+        } else if (*it == "--new") {
+            out.isNew = true;
         } else if (*it == "--") {
             options = false;
         } else {
@@ -97,8 +101,8 @@ std::string helpText() {
     using memory_host::formatNames;
     return "Usage: workbench [OPTION...] [FILE...]\n"
            "\n"
-           "Opens molecular structures and density maps in the Structure Editor. Without a FILE\n"
-           "it opens a sample.\n"
+           "Opens molecular structures and density maps in the workbench. Without a FILE it\n"
+           "opens a sample. Where it runs already, it opens the files there.\n"
            "\n" +
            inLines("FILE is a structure as " + formatNames(FileFormat::Holds::Structure) +
                    ", each also gzipped, or a map as " + formatNames(FileFormat::Holds::Map) +
@@ -109,6 +113,8 @@ std::string helpText() {
            "  --data DIR     take colour maps, help pages and the sample from this folder\n"
            "  --picture FILE write a picture of the files (PNG) and end; needs no display\n"
            "  --size WxH     the width and height of the picture in pixels (1280x960)\n"
+           "  --new          start anew, also where the workbench runs already\n"
+           "  --windows      give every plug-in a window of its own, and start anew\n"
            "  --verbose      write the debug stream to standard error, and changes to the log\n"
            "  --version      print the version and end\n"
            "  --help         print this and end\n"

@@ -17,6 +17,8 @@ struct CommandLine {
     std::optional<std::string>
         picture;                   ///< file of a picture that is made instead of opening windows
     std::string size = "1280x960"; ///< of the picture, in pixels
+    bool windows = false;          ///< each plug-in has a window of its own
+    bool isNew = false;            ///< not handed to a program that is running
     bool verbose = false;          ///< debug stream to standard error, changes to the log
 };
 

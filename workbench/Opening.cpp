@@ -27,23 +27,27 @@ Opening::Opening(Report report) : m_report(std::move(report)) {}
 
 Opening::~Opening() = default;
 
-std::size_t Opening::open(const std::vector<std::string>& files) {
+std::size_t Opening::open(const std::vector<std::string>& files,
+                          const std::function<void(std::size_t file)>& opened) {
     ProgressWindow progress(ProgressWindow::tr("Opening files"));
-    std::size_t opened = 0;
+    std::size_t count = 0;
     for (std::size_t i = 0; i < files.size(); ++i) {
         QString title = ProgressWindow::tr("Opening %1").arg(displayName(files[i]));
         if (files.size() > 1)
             title += ProgressWindow::tr(" (%1 of %2)").arg(i + 1).arg(files.size());
         progress.setTitleLine(title);
         try {
-            if (openOne(files[i], progress))
-                ++opened;
+            if (!openOne(files[i], progress))
+                continue;
+            ++count;
+            if (opened)
+                opened(i);
         } catch (const Cancelled&) {
             m_report(files[i] + ": opening was cancelled");
             break;
         }
     }
-    return opened;
+    return count;
 }
 
 bool Opening::openOne(const std::string& file, ProgressWindow& progress) {

@@ -1,4 +1,4 @@
-// Opens the files of the command line, one after another, without freezing the screen.
+// Opens files one after another, without freezing the screen.
 #pragma once
 
 #include "files/Files.h"
@@ -24,8 +24,9 @@ public:
 
     /// Opens the files that can be opened; the others are reported and leave nothing behind. When
     /// the user cancels, the current file and those after it are not opened. Returns the number of
-    /// files that were opened.
-    std::size_t open(const std::vector<std::string>& files);
+    /// files that were opened. `opened`, which may be empty, hears of each as it is, by its index.
+    std::size_t open(const std::vector<std::string>& files,
+                     const std::function<void(std::size_t file)>& opened = {});
 
 private:
     bool openOne(const std::string& file, memory_host::ProgressWindow& progress);

@@ -39,6 +39,11 @@ QString settingsFile() {
            QStringLiteral("/settings.ini");
 }
 
+QString memoryFile() {
+    return QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) +
+           QStringLiteral("/window.ini");
+}
+
 QString logFile() {
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
     if (!QDir::isAbsolutePath(state))

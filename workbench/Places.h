@@ -15,6 +15,8 @@ QStringList samples(const QString& dataFolder);
 
 /// The user's settings, which need not exist.
 QString settingsFile();
+/// Where the program keeps what it remembers of its window; it need not exist.
+QString memoryFile();
 /// The user's log, which need not exist; one that has grown large is put aside first.
 QString logFile();
 

@@ -1,7 +1,9 @@
-// The program that people start: opens files, loads the plug-ins, and starts the Structure Editor.
+// The program that people start: opens files, loads the plug-ins, and starts them.
 #include "Application.h"
 #include "CommandLine.h"
 #include "Logger.h"
+#include "MainWindow.h"
+#include "OneInstance.h"
 #include "Opening.h"
 #include "Places.h"
 #include "StandardStreams.h"
@@ -18,10 +20,10 @@
 
 #include <cstdio>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
-
-constexpr const char* structureEditor = "Edit/Vuxo";
 
 enum ExitStatus { Done = 0, NothingToShow = 1, NotWritten = 1, WrongUsage = 2 };
 
@@ -43,19 +45,71 @@ bool isFolder(const std::string& kind, const QString& path) {
     return place.isDir();
 }
 
-/// Sends the Structure Editor its default action and runs until all plug-ins are done.
-int runPlugins(workbench::Application& application, const QString& plugins) {
-    if (!isFolder("plug-in", plugins))
-        return NothingToShow;
-    const QString editor = QString::fromLatin1(structureEditor);
-    if (!memory_host::loadPlugins(plugins).contains(editor)) {
-        report(
-            ("no Structure Editor (" + editor + ") could be loaded from " + plugins).toStdString());
+/// Opens the files of the command line, and those that other starts bring meanwhile. Returns those
+/// that could be opened.
+QStringList openFiles(const std::vector<std::string>& files, QStringList& came,
+                      workbench::Opening& opening) {
+    QStringList opened;
+    std::vector<std::string> next = files;
+    while (!next.empty()) {
+        opening.open(next,
+                     [&](std::size_t file) { opened << QFile::decodeName(next[file].c_str()); });
+        next.clear();
+        for (const QString& file : std::exchange(came, {}))
+            next.push_back(QFile::encodeName(file).toStdString());
+    }
+    return opened;
+}
+
+/// Starts the plug-ins, each with a window of its own, and runs until all are done.
+int runInWindows(workbench::Application& application, const QStringList& plugins) {
+    const workbench::StopSignals stopSignals;
+    for (const QString& plugin : plugins)
+        memory_host::startPlugin(plugin);
+    if (memory_host::allPluginsDone()) {
+        report("no plug-in shows a window");
         return NothingToShow;
     }
+    return application.runUntilDone();
+}
+
+/// The same in one window. `lines` are what went wrong before it was there.
+int runInOneWindow(workbench::Application& application, const QStringList& plugins,
+                   workbench::OneInstance& instance, const QStringList& opened,
+                   const std::vector<std::string>& lines) {
     const workbench::StopSignals stopSignals;
-    // If it did not start, the reason is in the log, and so on standard error.
-    return memory_host::startPlugin(editor) ? application.runUntilDone() : NothingToShow;
+    workbench::MainWindow window({plugins, memory_host::dataFolder(), workbench::memoryFile()});
+    application.setMainWindow(&window);
+    if (!window.startPlugins()) {
+        report("no plug-in shows a window");
+        memory_host::unloadPlugins();
+        return NothingToShow;
+    }
+    window.rememberFiles(opened);
+    for (const std::string& line : lines)
+        window.showError(line);
+    QObject::connect(&instance, &workbench::OneInstance::filesCame, &window,
+                     [&window](const QStringList& files) {
+                         window.present();
+                         window.openFiles(files);
+                     });
+    window.show();
+    const int status = application.runUntilDone();
+    // When the session ends the window is still open.
+    if (window.isVisible())
+        window.rememberWindow();
+    // The plug-ins destroy their windows before the one around them goes.
+    memory_host::unloadPlugins();
+    return status;
+}
+
+/// Whether a program that is running has taken the files over.
+bool handOver(const QString& socket, const std::vector<std::string>& files) {
+    QStringList names;
+    for (const std::string& file : files)
+        names << QFile::decodeName(file.c_str());
+    return workbench::OneInstance::canBeHandedOver(names) &&
+           workbench::OneInstance::handOver(socket, names);
 }
 
 /// Has the view write a picture.
@@ -98,13 +152,44 @@ int run(const workbench::CommandLine& line, char* program) {
             return NothingToShow;
         }
     }
-    workbench::Opening opening(Logger::Write);
-    if (opening.open(files) == 0)
+    // Other plug-ins, data or windows are another program.
+    const bool isUsual =
+        !line.isNew && !line.windows && !line.plugins && !line.data && !line.picture;
+    const QString socket = isUsual ? workbench::OneInstance::usualSocket() : QString();
+    if (isUsual && handOver(socket, line.files))
+        return Done;
+    workbench::OneInstance instance(socket);
+    QStringList came;
+    const auto taken = QObject::connect(&instance, &workbench::OneInstance::filesCame,
+                                        [&came](const QStringList& more) { came << more; });
+    instance.listen();
+
+    std::vector<std::string> lines;
+    workbench::Opening opening([&lines](const std::string& text) {
+        Logger::Write(text);
+        lines.push_back(text);
+    });
+    const QStringList opened = openFiles(files, came, opening);
+    QObject::disconnect(taken);
+    if (opened.isEmpty())
         return NothingToShow;
 
     const QString plugins = folder(line.plugins, workbench::installedPluginFolder());
-    const int status =
-        line.picture ? writePicture(line, plugins) : runPlugins(*application, plugins);
+    if (line.picture) {
+        const int status = writePicture(line, plugins);
+        memory_host::unloadPlugins();
+        return status;
+    }
+    if (!isFolder("plug-in", plugins))
+        return NothingToShow;
+    const QStringList loaded = memory_host::loadPlugins(plugins);
+    if (loaded.isEmpty()) {
+        report("no plug-in could be loaded from " + plugins.toStdString());
+        return NothingToShow;
+    }
+    if (!line.windows)
+        return runInOneWindow(*application, loaded, instance, opened, lines);
+    const int status = runInWindows(*application, loaded);
     memory_host::unloadPlugins();
     return status;
 }

@@ -116,7 +116,8 @@ private slots:
         Program program;
         // It closes its window after the faults; the help window that it opened does not hold the
         // program open.
-        const Ended ended = program.run({"--plugins", m_folder->path(), structure("1ubq.pdb")});
+        const Ended ended =
+            program.run({"--windows", "--plugins", m_folder->path(), structure("1ubq.pdb")});
         QVERIFY(ended.normally);
         QCOMPARE(ended.status, 0);
         QCOMPARE(ended.errors.size(), 2);
@@ -126,15 +127,27 @@ private slots:
                  qPrintable(ended.errors.at(1)));
     }
 
-    void aFolderWithoutTheStructureEditorIsOneLineAndStatus1() {
+    void aFolderWithoutAPluginIsOneLineAndStatus1() {
         pathOf("Edit/nothing");
         Program program;
         const Ended ended = program.run({"--plugins", m_folder->path(), structure("1ubq.pdb")});
         QVERIFY(ended.normally);
         QCOMPARE(ended.status, 1);
-        QCOMPARE(ended.errors, QStringList("workbench: no Structure Editor (Edit/Vuxo) could be "
-                                           "loaded from " +
-                                           m_folder->path()));
+        QCOMPARE(ended.errors,
+                 QStringList("workbench: no plug-in could be loaded from " + m_folder->path()));
+    }
+
+    void aFolderWithoutAWindowIsOneLineAndStatus1() {
+        placeTestPlugin("Good", "Create/libGood.so");
+        for (const QStringList& options : {QStringList(), QStringList("--windows")}) {
+            Program program;
+            const Ended ended = program.run(
+                options + QStringList{"--plugins", m_folder->path(), structure("1ubq.pdb")});
+            QVERIFY(ended.normally);
+            QCOMPARE(ended.status, 1);
+            QCOMPARE(ended.errors.filter("workbench: "),
+                     QStringList("workbench: no plug-in shows a window"));
+        }
     }
 
     void aFolderThatDoesNotExistIsOneLineAndStatus1() {

@@ -3,6 +3,9 @@
 #include "VirtualScreen.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <memory>
 
@@ -29,7 +32,8 @@ bool isEmpty(const QImage& part) {
 
 } // namespace
 
-/// The program on a screen of its own, driven by mouse and keyboard like a user's.
+/// The program on a screen of its own, driven by mouse and keyboard like a user's: with --windows,
+/// where the Structure Editor has a window of its own, and then with one window for all.
 class WindowOnScreenTest : public test_support::TestCase {
     Q_OBJECT
 
@@ -68,9 +72,14 @@ private slots:
     void cleanupTestCase() { m_screen.reset(); }
 
     void aRealFileIsShownClickedAndClosed() {
+        // The Structure Editor alone, so that its end is that of the program.
+        const QTemporaryDir plugins;
+        QDir(plugins.path()).mkdir("Edit");
+        QVERIFY(
+            QFile::copy(STAGE_PLUGINS "/Edit/libVuxo.so.0", plugins.filePath("Edit/libVuxo.so.0")));
         Program program;
         m_screen->show(program);
-        program.start({structure("1ubq.pdb")});
+        program.start({"--windows", "--plugins", plugins.path(), structure("1ubq.pdb")});
         const qint64 window = waitForEditor(program);
         QVERIFY(window);
 
@@ -104,7 +113,7 @@ private slots:
     void whatTakesLongToOpenShowsItsProgressBeforeTheWindow() {
         Program program;
         m_screen->show(program);
-        program.start(manyFiles());
+        program.start(QStringList("--windows") + manyFiles());
         QVERIFY(m_screen->waitForWindow(progressTitle, program));
         QCOMPARE(m_screen->findWindow(editor), 0);
         const qint64 window = waitForEditor(program);
@@ -118,7 +127,7 @@ private slots:
     void whatWasOpenedBeforeACancelIsShown() {
         Program program;
         m_screen->show(program);
-        program.start(manyFiles());
+        program.start(QStringList("--windows") + manyFiles());
         const qint64 progress = m_screen->waitForWindow(progressTitle, program);
         QVERIFY(progress);
         m_screen->key("Escape", progress);
@@ -135,7 +144,7 @@ private slots:
     void f1ShowsTheHelpPageOfTheDefaultSettings() {
         Program program;
         m_screen->show(program);
-        program.start({structure("1ubq.pdb")});
+        program.start({"--windows", structure("1ubq.pdb")});
         const qint64 window = waitForEditor(program);
         QVERIFY(window);
         // A click gives the window the focus.
@@ -148,10 +157,60 @@ private slots:
         QCOMPARE(ended.errors, QStringList());
     }
 
-    void theEndOfTheSessionEndsTheProgramInOrder() {
+    void oneWindowHoldsAllAndItsEndIsThatOfTheProgram() {
         Program program;
         m_screen->show(program);
         program.start({structure("1ubq.pdb")});
+        const qint64 window = m_screen->waitForWindow("1ubq - Workbench", program);
+        QVERIFY(window);
+        QCOMPARE(m_screen->findWindow(editor), 0);
+        // Typed in the find box, hits appear below it.
+        const QImage before = m_screen->picture(window);
+        QVERIFY(before.width() > 800 && !isEmpty(before));
+        m_screen->click(window, QPoint(before.width() / 2, before.height() - 8));
+        m_screen->key("ctrl+f");
+        for (const QString key : {"w", "a", "t", "e", "r"})
+            m_screen->key(key);
+        QVERIFY(
+            !changedPart(window, QRect(10, 80, 200, 60), before.copy(10, 80, 200, 60)).isNull());
+        m_screen->key("Escape");
+        m_screen->key("ctrl+q");
+        const Ended ended = program.finish();
+        QVERIFY(ended.normally);
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.output, QStringList());
+        QCOMPARE(ended.errors, QStringList());
+    }
+
+    void aSecondStartHandsItsFilesToTheFirst() {
+        Program first;
+        m_screen->show(first);
+        first.start({structure("1ubq.pdb")});
+        QVERIFY(m_screen->waitForWindow("1ubq - Workbench", first));
+        Program second;
+        m_screen->show(second);
+        second.set("XDG_RUNTIME_DIR", first.home());
+        const Ended ended = second.run({structure("1ejg.pdb")});
+        QVERIFY(ended.normally);
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.errors, QStringList());
+        QVERIFY(m_screen->waitForWindow("1ubq, 1ejg - Workbench", first));
+        // One that is to be new is.
+        Program third;
+        m_screen->show(third);
+        third.set("XDG_RUNTIME_DIR", first.home());
+        third.start({"--new", structure("1ejg.pdb")});
+        QVERIFY(m_screen->waitForWindow("1ejg - Workbench", third));
+        third.terminate();
+        QCOMPARE(third.finish().status, 0);
+        first.terminate();
+        QCOMPARE(first.finish().status, 0);
+    }
+
+    void theEndOfTheSessionEndsTheProgramInOrder() {
+        Program program;
+        m_screen->show(program);
+        program.start({"--windows", structure("1ubq.pdb")});
         QVERIFY(waitForEditor(program));
         program.terminate();
         const Ended ended = program.finish();

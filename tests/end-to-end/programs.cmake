@@ -5,7 +5,7 @@ set_target_properties(test-plugin-FaultyWindow PROPERTIES
   OUTPUT_NAME FaultyWindow LIBRARY_OUTPUT_DIRECTORY ${TEST_PLUGINS})
 add_dependencies(test-end-to-end workbench Vuxo View3D test-plugin-FaultyWindow
   test-plugin-LacksIsDone test-plugin-ThrowsStatic test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
-  test-plugin-ThrowsExecute0)
+  test-plugin-ThrowsExecute0 test-plugin-Good)
 # The one part of the program that no run of it shows.
 target_sources(test-end-to-end PRIVATE ${CMAKE_SOURCE_DIR}/workbench/StopSignals.cpp)
 target_include_directories(test-end-to-end PRIVATE ${CMAKE_SOURCE_DIR}/workbench)

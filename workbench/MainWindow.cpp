@@ -1,0 +1,322 @@
+#include "MainWindow.h"
+
+#include "ErrorBar.h"
+#include "FindBox.h"
+#include "Inspector.h"
+#include "Opening.h"
+#include "PluginDocks.h"
+#include "StatusLine.h"
+
+#include "ChangeData.h"
+#include "Changed.h"
+#include "DataMaker.h"
+#include "HelpViewer.h"
+#include "Logger.h"
+#include "PluginManager.h"
+#include "Space.h"
+#include "Traversal.h"
+#include "services/PluginFolder.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QFile>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QScopedValueRollback>
+#include <QScreen>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+namespace workbench {
+
+namespace {
+
+/// The top-level item that `item` is or stands in; null for null.
+TAVIK::Compound* entryOf(TAVIK::Compound* item) {
+    if (!item)
+        return nullptr;
+    const std::string name = item->GetFQName();
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    for (TAVIK::Compound** entry = space->ChildBegin(); entry != space->ChildEnd(); ++entry) {
+        if (!*entry)
+            continue;
+        const std::string whole = (*entry)->GetFQName();
+        if (name.starts_with(whole) && (name.size() == whole.size() || name[whole.size()] == '/'))
+            return *entry;
+    }
+    return nullptr;
+}
+
+QStringList filesOf(const QMimeData* data) {
+    QStringList files;
+    if (data)
+        for (const QUrl& url : data->urls())
+            if (url.isLocalFile())
+                files << url.toLocalFile();
+    return files;
+}
+
+/// Puts widgets below each other into a bar below the menus.
+QToolBar* addBar(QMainWindow* window, std::initializer_list<QWidget*> widgets) {
+    auto* const all = new QWidget(window);
+    auto* const column = new QVBoxLayout(all);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    for (QWidget* const widget : widgets)
+        column->addWidget(widget);
+    QToolBar* const bar = window->addToolBar(MainWindow::tr("Find"));
+    bar->setObjectName(QStringLiteral("bar"));
+    bar->setMovable(false);
+    bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    bar->addWidget(all);
+    return bar;
+}
+
+/// The first widget within `widget` that takes the keyboard; null for none.
+QWidget* firstForKeys(QWidget* widget) {
+    for (QWidget* next = widget->nextInFocusChain(); next && next != widget;
+         next = next->nextInFocusChain())
+        if (widget->isAncestorOf(next) && next->isVisible() && (next->focusPolicy() & Qt::TabFocus))
+            return next;
+    return nullptr;
+}
+
+} // namespace
+
+MainWindow::MainWindow(const Setup& setup)
+    : m_plugins(setup.plugins), m_dataFolder(setup.dataFolder), m_remembered(setup.memoryFile),
+      m_docks(std::make_unique<PluginDocks>(*this)), m_status(new StatusLine(this)),
+      m_find(new FindBox(this)), m_inspector(new Inspector(this)),
+      m_inspectorDock(new QDockWidget(tr("Inspector"), this)), m_errors(new ErrorBar(this)) {
+    setObjectName(QStringLiteral("workbench"));
+    setAcceptDrops(true);
+    setDockNestingEnabled(true);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    setStatusBar(m_status);
+    m_bar = addBar(this, {m_find, m_errors});
+
+    m_inspectorDock->setObjectName(QStringLiteral("inspector"));
+    m_inspectorDock->setWidget(m_inspector);
+    addDockWidget(Qt::RightDockWidgetArea, m_inspectorDock);
+
+    makeMenus();
+    connect(m_find, &FindBox::said, m_status, &StatusLine::say);
+    connect(m_inspector, &Inspector::done, m_status, &StatusLine::say);
+    connect(m_inspector, &Inspector::failed, this, [this](const QString& line) {
+        Logger::Write(line.toStdString());
+        showError(line.toStdString());
+    });
+    connect(m_status, &StatusLine::counted, this, &MainWindow::updateTitle);
+    m_opening = std::make_unique<Opening>([this](const std::string& line) {
+        Logger::Write(line);
+        showError(line);
+    });
+    updateTitle();
+}
+
+MainWindow::~MainWindow() {
+    // What plug-ins own is let go before the docks around it are deleted.
+    m_docks.reset();
+}
+
+bool MainWindow::startPlugins() {
+    if (!restoreGeometry(m_remembered.geometry()))
+        resize(usualSize());
+    m_isArranged = restoreState(m_remembered.docks());
+    m_bar->show();
+    m_docks->setStarting(true);
+    for (const QString& plugin : m_plugins)
+        memory_host::startPlugin(plugin);
+    m_docks->setStarting(false);
+    // All are asked: one that cannot say is in the log then.
+    const bool areDone = memory_host::allPluginsDone();
+    return !areDone || !m_docks->docks().isEmpty();
+}
+
+QSize MainWindow::usualSize() const {
+    const QSize room = screen()->availableGeometry().size();
+    return QSize(1280, 800).boundedTo(room * 9 / 10);
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (event->spontaneous())
+        return;
+    if (!std::exchange(m_isArranged, true))
+        showUsually();
+    // The last one gets the keyboard: the Structure Editor, which comes after the view.
+    for (const QDockWidget* const dock : m_docks->docks())
+        if (QWidget* const first = dock->isVisible() ? firstForKeys(dock->widget()) : nullptr)
+            first->setFocus();
+}
+
+void MainWindow::showUsually() {
+    m_inspectorDock->setFloating(false);
+    addDockWidget(Qt::RightDockWidgetArea, m_inspectorDock);
+    m_inspectorDock->show();
+    m_docks->arrange();
+    QList<QDockWidget*> docks = m_docks->docks();
+    docks << m_inspectorDock;
+    QList<int> widths;
+    int rest = width();
+    for (const QDockWidget* dock : docks)
+        rest -= dock->sizeHint().width();
+    // The middle takes what is left.
+    for (const QDockWidget* dock : docks)
+        widths << std::max(100,
+                           dock->sizeHint().width() +
+                               (dock->objectName().startsWith(u"plug-in Display/") ? rest : 0));
+    resizeDocks(docks, widths, Qt::Horizontal);
+}
+
+void MainWindow::showError(const std::string& line) {
+    m_errors->add(QString::fromStdString(line));
+}
+
+void MainWindow::rememberFiles(const QStringList& files) {
+    for (const QString& file : files)
+        m_remembered.addFile(file);
+}
+
+void MainWindow::rememberWindow() {
+    m_remembered.setWindow(saveGeometry(), saveState());
+}
+
+void MainWindow::openFiles(const QStringList& files) {
+    m_toOpen.insert(m_toOpen.end(), files.begin(), files.end());
+    if (m_isOpening)
+        return;
+    const QScopedValueRollback opening(m_isOpening, true);
+    while (!m_toOpen.empty()) {
+        std::vector<std::string> paths;
+        QStringList names;
+        for (const QString& file : std::exchange(m_toOpen, {})) {
+            paths.push_back(QFile::encodeName(file).toStdString());
+            names << file;
+        }
+        m_opening->open(paths, [this, &names](std::size_t file) {
+            rememberFiles({names[static_cast<qsizetype>(file)]});
+        });
+    }
+}
+
+void MainWindow::present() {
+    show();
+    if (isMinimized())
+        showNormal();
+    raise();
+    activateWindow();
+}
+
+TAVIK::Compound* MainWindow::entryToClose() const {
+    if (TAVIK::Compound* const entry = entryOf(TAVIK::Focus::item()))
+        return entry;
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    return space->ChildEnd() - space->ChildBegin() == 1 ? *space->ChildBegin() : nullptr;
+}
+
+void MainWindow::closeEntry() {
+    TAVIK::Compound* const entry = entryToClose();
+    if (!entry) {
+        m_status->say(TAVIK::Space::instance()->HasChildren()
+                          ? tr("Which entry is to be closed? Click on something in it first.")
+                          : tr("There is nothing to close."));
+        return;
+    }
+    bool isDone = false;
+    const auto close = [entry, &isDone](DataPointBase& guard) {
+        TAVIK::setLabel(guard, "Close", TAVIK::Changed(*entry));
+        TAVIK::DataMaker::Destroy(entry);
+        isDone = true;
+    };
+    changeData(DataPointBase(nullptr, Publisher::Delete), close, Refusal::Silent);
+    if (!isDone)
+        m_status->say(tr("The entry is not closed: another change is under way"));
+}
+
+void MainWindow::copy() {
+    if (m_inspector->isAncestorOf(QApplication::focusWidget()) &&
+        !m_inspector->textToCopy().isEmpty()) {
+        m_inspector->copy();
+        return;
+    }
+    std::vector<TAVIK::Compound*> items;
+    TAVIK::GetSelected(TAVIK::Space::instance(), items);
+    std::string names;
+    for (const TAVIK::Compound* item : items)
+        names.append(item->GetFQName()).append(1, '\n');
+    if (names.empty()) {
+        m_status->say(tr("Nothing is selected that could be copied."));
+        return;
+    }
+    QApplication::clipboard()->setText(
+        QString::fromLatin1(names.data(), static_cast<qsizetype>(names.size())));
+    m_status->say(items.size() == 1 ? tr("1 name copied")
+                                    : tr("%1 names copied").arg(items.size()));
+}
+
+void MainWindow::updateTitle() {
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    QStringList names;
+    for (TAVIK::Compound** entry = space->ChildBegin();
+         entry != space->ChildEnd() && names.size() < 4; ++entry)
+        if (*entry)
+            names << QString::fromLatin1((*entry)->GetName().c_str());
+    if (names.size() == 4)
+        names.back() = QChar(0x2026);
+    setWindowTitle(names.isEmpty() ? tr("Workbench")
+                                   : names.join(QStringLiteral(", ")) + tr(" - Workbench"));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    rememberWindow();
+    QMainWindow::closeEvent(event);
+    if (!event->isAccepted())
+        return;
+    // Floating docks are windows of their own.
+    for (QDockWidget* const dock : findChildren<QDockWidget*>())
+        if (dock->isFloating())
+            dock->hide();
+}
+
+void MainWindow::toggleFullScreen() {
+    setWindowState(windowState() ^ Qt::WindowFullScreen);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!filesOf(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    const QStringList files = filesOf(event->mimeData());
+    if (files.isEmpty())
+        return;
+    event->acceptProposedAction();
+    // Later, so that who drops them need not wait until they are open.
+    QMetaObject::invokeMethod(
+        this, [this, files] { openFiles(files); }, Qt::QueuedConnection);
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    // What has the keyboard comes first: the windows of plug-ins have a help page of their own.
+    if (event->key() == Qt::Key_F11 && event->modifiers() == Qt::NoModifier)
+        toggleFullScreen();
+    else if (event->key() == Qt::Key_F1 && event->modifiers() == Qt::NoModifier)
+        HelpViewer::Show(m_find->field()->hasFocus() ? QStringLiteral("find")
+                         : m_inspector->isAncestorOf(QApplication::focusWidget())
+                             ? QStringLiteral("inspector")
+                             : QStringLiteral("first-ten-minutes"));
+    else
+        QMainWindow::keyPressEvent(event);
+}
+
+} // namespace workbench

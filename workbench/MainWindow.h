@@ -1,0 +1,117 @@
+// The workbench's window: the windows of plug-ins as docks, the find box, the inspector, the status
+// line, and the menus.
+#pragma once
+
+#include "DestroyObserver.h"
+#include "Focus.h"
+#include "Messages.h"
+#include "Remembered.h"
+#include "Subscriber.h"
+
+#include <QMainWindow>
+#include <QStringList>
+
+#include <deque>
+#include <memory>
+#include <string>
+
+class QDockWidget;
+class QMenu;
+class QToolBar;
+
+namespace workbench {
+
+class ErrorBar;
+class FindBox;
+class Inspector;
+class Opening;
+class PluginDocks;
+class StatusLine;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    struct Setup {
+        QStringList plugins; ///< loaded ones, as "type/name"
+        QString dataFolder;  ///< with the help pages
+        QString memoryFile;  ///< see Remembered
+    };
+
+    explicit MainWindow(const Setup& setup);
+    /// The windows of plug-ins are let go, hidden.
+    ~MainWindow() override;
+
+    /// Starts every plug-in, with its windows in this one. Returns whether any shows something.
+    bool startPlugins();
+
+    StatusLine& status() { return *m_status; }
+    FindBox& find() { return *m_find; }
+    Inspector& inspector() { return *m_inspector; }
+    ErrorBar& errors() { return *m_errors; }
+    PluginDocks& docks() { return *m_docks; }
+    Remembered& remembered() { return m_remembered; }
+
+    /// A line on what went wrong, or was read other than as written. It is in the log already.
+    void showError(const std::string& line);
+    /// Remembers that these files were opened.
+    void rememberFiles(const QStringList& files);
+    /// Keeps where window and docks are for the next start.
+    void rememberWindow();
+
+public slots:
+    /// Opens files one after another, those that come meanwhile behind them. What cannot be opened
+    /// is said in the window and in the log.
+    void openFiles(const QStringList& files);
+    /// Shows the window in front of others.
+    void present();
+    /// Destroys the entry of the focus or, without one, the only one that there is.
+    void closeEntry();
+    /// Copies the inspector's text where that has the keyboard, else the names of what is selected.
+    void copy();
+    /// Asks for a name and a size, and lets the view draw a picture to it.
+    void savePicture();
+    void toggleFullScreen();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void makeMenus();
+    void makeFileMenu();
+    void makeEditMenu();
+    void makePluginMenu();
+    void makeHelpMenu();
+    void makeViewMenu();
+    void fillRecentFiles();
+    void fillViewMenu();
+    void askForFiles();
+    void drawPicture(const QString& file, const QString& size);
+    void showUsually();
+    void showAbout();
+    void updateTitle();
+    TAVIK::Compound* entryToClose() const;
+    QSize usualSize() const;
+
+    QStringList m_plugins;
+    QString m_dataFolder;
+    Remembered m_remembered;
+    std::unique_ptr<PluginDocks> m_docks;
+    StatusLine* m_status;
+    FindBox* m_find;
+    Inspector* m_inspector;
+    QDockWidget* m_inspectorDock;
+    ErrorBar* m_errors;
+    QToolBar* m_bar; ///< with the find box and the errors
+    QMenu* m_recent = nullptr;
+    QMenu* m_view = nullptr;
+    std::unique_ptr<Opening> m_opening;
+    std::deque<QString> m_toOpen;
+    bool m_isOpening = false;
+    bool m_isArranged = false;
+};
+
+} // namespace workbench

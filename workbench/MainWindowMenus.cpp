@@ -1,0 +1,198 @@
+// The menus of the main window.
+#include "MainWindow.h"
+
+#include "ErrorBar.h"
+#include "FindBox.h"
+#include "HelpPages.h"
+#include "Inspector.h"
+#include "PluginDocks.h"
+#include "StatusLine.h"
+
+#include "HelpViewer.h"
+#include "Logger.h"
+#include "PluginManager.h"
+#include "files/Formats.h"
+#include "services/PluginFolder.h"
+
+#include <QApplication>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <QToolBar>
+
+namespace workbench {
+
+namespace {
+
+constexpr const char* viewType = "Display";
+constexpr const char* viewName = "View3D";
+
+/// Shows a menu's "&" as it is.
+QString plainLabel(QString text) {
+    return text.replace(u'&', QStringLiteral("&&"));
+}
+
+} // namespace
+
+void MainWindow::makeMenus() {
+    makeFileMenu();
+    makeEditMenu();
+    makeViewMenu();
+    makePluginMenu();
+    makeHelpMenu();
+}
+
+void MainWindow::makeFileMenu() {
+    QMenu* const menu = menuBar()->addMenu(tr("&File"));
+    menu->addAction(tr("&Open..."), QKeySequence::Open, this, &MainWindow::askForFiles);
+    m_recent = menu->addMenu(tr("Open &Recent"));
+    connect(m_recent, &QMenu::aboutToShow, this, &MainWindow::fillRecentFiles);
+    // Also that the entry is there, and not empty, before it has been opened once.
+    fillRecentFiles();
+    if (PluginManager::FindPlugin(viewType, viewName))
+        menu->addAction(tr("Save &Picture..."), this, &MainWindow::savePicture);
+    menu->addSeparator();
+    menu->addAction(tr("&Close Entry"), QKeySequence::Close, this, &MainWindow::closeEntry);
+    menu->addAction(tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this, &QWidget::close);
+}
+
+void MainWindow::makeEditMenu() {
+    QMenu* const menu = menuBar()->addMenu(tr("&Edit"));
+    menu->addAction(tr("&Copy"), QKeySequence::Copy, this, &MainWindow::copy);
+    menu->addAction(tr("&Find"), QKeySequence::Find, m_find, &FindBox::begin);
+}
+
+void MainWindow::makeViewMenu() {
+    m_view = menuBar()->addMenu(tr("&View"));
+    connect(m_docks.get(), &PluginDocks::changed, this, &MainWindow::fillViewMenu);
+    fillViewMenu();
+}
+
+void MainWindow::fillViewMenu() {
+    // Submenus and actions of docks are not the menu's: only what it made itself is deleted.
+    m_view->clear();
+    for (QDockWidget* const dock : m_docks->docks())
+        m_view->addAction(dock->toggleViewAction());
+    m_view->addAction(m_inspectorDock->toggleViewAction());
+    m_view->addSeparator();
+    m_view->addAction(tr("&Usual Places"), this, &MainWindow::showUsually);
+    // The key is taken where nobody else does: a plug-in may have one of its own for it.
+    m_view->addAction(tr("Full &Screen\tF11"), this, &MainWindow::toggleFullScreen);
+}
+
+void MainWindow::makePluginMenu() {
+    QMenu* const menu = menuBar()->addMenu(tr("&Plug-ins"));
+    for (const QString& plugin : m_plugins) {
+        const std::string type = plugin.section(u'/', 0, 0).toLatin1().toStdString();
+        const std::string name = plugin.section(u'/', 1).toLatin1().toStdString();
+        menu->addAction(plainLabel(plugin), this, [type, name] {
+            const void* const none = nullptr;
+            PluginManager::Command(type, name, "workbench", "Show", "", none);
+        });
+    }
+}
+
+void MainWindow::makeHelpMenu() {
+    QMenu* const menu = menuBar()->addMenu(tr("&Help"));
+    for (const HelpPage& page : helpPages(m_dataFolder))
+        menu->addAction(plainLabel(page.title), this,
+                        [name = page.name] { HelpViewer::Show(name); });
+    menu->addSeparator();
+    menu->addAction(tr("&About"), this, &MainWindow::showAbout);
+}
+
+void MainWindow::fillRecentFiles() {
+    m_recent->clear();
+    const QStringList files = m_remembered.files();
+    for (const QString& file : files) {
+        QAction* const action = m_recent->addAction(plainLabel(QFileInfo(file).fileName()), this,
+                                                    [this, file] { openFiles({file}); });
+        action->setStatusTip(file);
+        action->setToolTip(file);
+    }
+    m_recent->setToolTipsVisible(true);
+    if (files.isEmpty()) {
+        m_recent->addAction(tr("(none yet)"))->setEnabled(false);
+        return;
+    }
+    m_recent->addSeparator();
+    m_recent->addAction(tr("Forget These"), this, [this] { m_remembered.forgetFiles(); });
+}
+
+void MainWindow::askForFiles() {
+    auto* const dialog = new QFileDialog(this, tr("Open"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFiles);
+    QStringList patterns;
+    for (const memory_host::FileFormat* const format : memory_host::fileFormats())
+        for (const std::string_view ending : format->endings) {
+            const QString pattern =
+                u'*' + QString::fromLatin1(ending.data(), static_cast<qsizetype>(ending.size()));
+            patterns << pattern;
+            if (format->holds == memory_host::FileFormat::Holds::Structure)
+                patterns << pattern + QStringLiteral(".gz");
+        }
+    dialog->setNameFilters(
+        {tr("Structures and maps (%1)").arg(patterns.join(u' ')), tr("All files (*)")});
+    if (const QStringList recent = m_remembered.files(); !recent.isEmpty())
+        dialog->setDirectory(QFileInfo(recent.constFirst()).path());
+    connect(dialog, &QFileDialog::filesSelected, this, &MainWindow::openFiles,
+            Qt::QueuedConnection);
+    dialog->open();
+}
+
+void MainWindow::savePicture() {
+    auto* const dialog =
+        new QFileDialog(this, tr("Save a picture of the view"), QString(), tr("Pictures (*.png)"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setDefaultSuffix(QStringLiteral("png"));
+    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
+        auto* const size = new QInputDialog(this);
+        size->setAttribute(Qt::WA_DeleteOnClose);
+        size->setWindowTitle(tr("Save a picture of the view"));
+        size->setLabelText(tr("Width and height, in pixels"));
+        size->setTextValue(QStringLiteral("1600x1200"));
+        connect(size, &QInputDialog::textValueSelected, this,
+                [this, file](const QString& text) { drawPicture(file, text); });
+        size->open();
+    });
+    dialog->open();
+}
+
+void MainWindow::drawPicture(const QString& file, const QString& size) {
+    static const QRegularExpression pattern(
+        QRegularExpression::anchoredPattern(QStringLiteral("\\s*(\\d+)\\s*[x×]\\s*(\\d+)\\s*")));
+    const QRegularExpressionMatch match = pattern.match(size);
+    if (!match.hasMatch()) {
+        showError(tr("“%1” is no size: two numbers are asked for, as in 1600x1200")
+                      .arg(size)
+                      .toStdString());
+        return;
+    }
+    const QString argument = file + u' ' + match.captured(1) + u'x' + match.captured(2);
+    if (memory_host::commandPlugin(viewType, viewName, "workbench", "Picture",
+                                   QFile::encodeName(argument).toStdString()))
+        m_status->say(tr("Picture written to %1").arg(file));
+    else
+        showError(tr("The picture is not written to %1; the log says why").arg(file).toStdString());
+}
+
+void MainWindow::showAbout() {
+    auto* const box = new QMessageBox(
+        QMessageBox::Information, tr("About"),
+        tr("Structure Editor %1\n\nMolecular structures and density maps: looking at them, "
+           "selecting in them, deleting what is not needed.\n\nMIT licence.")
+            .arg(QApplication::applicationVersion()),
+        QMessageBox::Close, this);
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+} // namespace workbench
