@@ -106,6 +106,20 @@ private slots:
         QVERIFY(contents.residues[1].isLinkedToPrevious);
     }
 
+    void alternativesOfAResidueOrAWaterChangeNoKind() {
+        Structure made;
+        made.add("PRO,SER 1", alanine(0));
+        made.add("ALA,MSE 2", alanine(3.8F));
+        made.add("HOH 3", {{"O", "O", {9, 8, 7}, 1}, {"O", "O", {9, 8, 8}, 2}});
+        made.attach();
+        DataReader reader;
+        reader.read();
+        const view::Contents& contents = *reader.snapshot().contents;
+        QCOMPARE(kinds(contents), QString("AAw"));
+        QVERIFY(contents.residues[0].isStandard);
+        QVERIFY(!contents.residues[1].isStandard);
+    }
+
     void tracesAndNucleotidesAreChains() {
         Structure made;
         for (int i = 0; i != 3; ++i)

@@ -27,7 +27,7 @@ Order orderOf(const view::Snapshot& snapshot) {
     order.camera.height = 6;
     order.width = 80;
     order.height = 60;
-    order.background = background;
+    order.look.background = background;
     return order;
 }
 

@@ -13,7 +13,7 @@ using view::SceneMaker;
 
 namespace {
 
-constexpr view::Look ribbon{Representation::Ribbon, false};
+constexpr view::Look ribbon{Representation::Ribbon, false, 0xff000000};
 
 std::set<view::Id> idsOf(const view::Mesh& mesh) {
     return {mesh.ids.begin(), mesh.ids.end()};
@@ -154,7 +154,8 @@ private slots:
         reader.read();
         SceneMaker maker;
         QVERIFY(!maker.scene(reader.snapshot(), ribbon)->meshes.empty());
-        QVERIFY(maker.scene(reader.snapshot(), {Representation::Spheres, false})->meshes.empty());
+        QVERIFY(maker.scene(reader.snapshot(), {Representation::Spheres, false, 0xff000000})
+                    ->meshes.empty());
     }
 };
 

@@ -23,7 +23,7 @@ Scene sceneOf(const Look& look) {
     return *SceneMaker().scene(reader.snapshot(), look);
 }
 Scene sceneOf(Representation representation, bool showWaters = false) {
-    return sceneOf({representation, showWaters});
+    return sceneOf({representation, showWaters, 0xff000000});
 }
 
 using Atoms = std::vector<std::size_t>;
@@ -233,12 +233,28 @@ private slots:
         reader.read();
         SceneMaker maker;
         QVERIFY(!maker.quickScene());
-        maker.scene(reader.snapshot(), {Representation::Spheres, false});
+        maker.scene(reader.snapshot(), {Representation::Spheres, false, 0xff000000});
         std::vector<view::Id> ids;
         for (const std::uint32_t dot : maker.quickScene()->dots)
             ids.push_back(maker.quickScene()->ids[dot]);
         QCOMPARE(ids, (std::vector<view::Id>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13}));
         QVERIFY(maker.quickScene()->balls.empty());
+    }
+
+    void linesAndDotsCanBeToldFromTheBackground() {
+        const Structure made = mixed().attach();
+        made.atoms[0]->SetColor(Color(0xffffffffU));
+        made.atoms[1]->SetColor(Color(0xff0000c0U));
+        for (const Representation representation :
+             {Representation::Lines, Representation::Points, Representation::Spheres}) {
+            const Scene onWhite = sceneOf({representation, false, 0xffffffff});
+            const Scene onBlack = sceneOf({representation, false, 0xff000000});
+            const bool isShaded = representation == Representation::Spheres;
+            QCOMPARE(onWhite.colours[0] == 0xffffffffU, isShaded);
+            QCOMPARE(onBlack.colours[0], 0xffffffffU);
+            QCOMPARE(onWhite.colours[1], 0xff0000c0U);
+            QCOMPARE(onBlack.colours[1] == 0xff0000c0U, isShaded);
+        }
     }
 
     void noPictureIsMadeOfNothing() {

@@ -50,7 +50,7 @@ void Drawing::learn(Effort effort, double milliseconds) {
 
 bool Drawing::isLast(const Order& order, Effort effort) const {
     return m_picture && effort == m_effort && order.width == m_order.width &&
-           order.height == m_order.height && order.background == m_order.background &&
+           order.height == m_order.height && order.look.background == m_order.look.background &&
            order.hasDepthCue == m_order.hasDepthCue && isSame(order.camera, m_order.camera);
 }
 
@@ -73,7 +73,7 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
         settings.width = isSmall ? (order.width + 1) / 2 : order.width;
         settings.height = isSmall ? (order.height + 1) / 2 : order.height;
         settings.samples = effort == Effort::Whole ? 2 : 1;
-        settings.background = order.background;
+        settings.background = order.look.background;
         settings.depthCue = order.hasDepthCue ? depthCue : 0;
         if (isSmall) {
             settings.lineWidth /= 2;

@@ -24,7 +24,6 @@ struct Order {
     Camera camera;
     int width = 0;  ///< pixels
     int height = 0; ///< pixels
-    Colour background = 0;
     bool hasDepthCue = true;
     std::optional<Colour> outline; ///< of what is selected; without one it is not marked
     int outlineWidth = 2;          ///< pixels

@@ -1,6 +1,8 @@
 // How the view shows what it has read: its own choices, which change no data.
 #pragma once
 
+#include "render/Scene.h"
+
 #include <cstdint>
 
 namespace view {
@@ -19,6 +21,9 @@ struct Look {
     Representation representation = Representation::Automatic;
     /// Without it, waters are drawn only in an entry that holds nothing else.
     bool showWaters = false;
+    /// Against it lines and dots keep a contrast, in the hue that they have; what is shaded does
+    /// not need it.
+    Colour background = 0xff000000;
 
     bool operator==(const Look&) const = default;
 };

@@ -61,7 +61,7 @@ void ResidueAtoms::add(Role role, std::uint8_t number) {
 ResidueKind residueKind(std::string_view name, const ResidueAtoms& atoms) {
     if (name == "DUM")
         return ResidueKind::Marker;
-    if (isOneOf(waters, name) && atoms.heavy == atoms.oxygens && atoms.heavy == 1)
+    if (isOneOf(waters, name) && atoms.heavy == atoms.oxygens)
         return ResidueKind::Water;
     if (atoms.has(Role::CA) && (atoms.heavy == 1 || (atoms.has(Role::N) && atoms.has(Role::C))))
         return ResidueKind::AminoAcid;
@@ -76,8 +76,15 @@ ResidueKind residueKind(std::string_view name, const ResidueAtoms& atoms) {
     return atoms.heavy == 1 ? ResidueKind::Ion : ResidueKind::Other;
 }
 
-bool isStandard(std::string_view name) {
-    return isOneOf(aminoAcids, name) || isOneOf(nucleotides, name);
+bool isStandard(std::string_view names) {
+    while (true) {
+        const std::string_view name = names.substr(0, names.find(','));
+        if (!isOneOf(aminoAcids, name) && !isOneOf(nucleotides, name))
+            return false;
+        if (name.size() == names.size())
+            return true;
+        names.remove_prefix(name.size() + 1);
+    }
 }
 
 } // namespace view

@@ -49,7 +49,8 @@ struct ResidueAtoms {
 /// alpha carbon, and nucleotides of their phosphorus, alone.
 ResidueKind residueKind(std::string_view name, const ResidueAtoms& atoms);
 
-/// Whether a residue is one of the common twenty amino acids or of the nucleotides of DNA and RNA.
-bool isStandard(std::string_view name);
+/// Whether a residue is one of the common twenty amino acids or of the nucleotides of DNA and RNA;
+/// of alternative ones, as "PRO,SER", whether each is.
+bool isStandard(std::string_view names);
 
 } // namespace view

@@ -1,5 +1,6 @@
 #include "SceneMaker.h"
 
+#include "LegibleColours.h"
 #include "Shapes.h"
 #include "VanDerWaals.h"
 
@@ -29,8 +30,10 @@ void addLines(const Shape& shape, Colour colour, Scene& scene) {
 
 class Making {
 public:
-    Making(const Contents& contents, const Marks& marks, const Styles& styles, Scene& scene)
-        : m_contents(contents), m_marks(marks), m_styles(styles), m_scene(scene) {}
+    Making(const Contents& contents, const Marks& marks, const Styles& styles, Colour background,
+           Scene& scene)
+        : m_contents(contents), m_marks(marks), m_styles(styles), m_legible(background),
+          m_scene(scene) {}
 
     void run() {
         m_scene.stickRadius = stickRadius;
@@ -58,7 +61,8 @@ private:
                 continue;
             m_points[i] = static_cast<std::uint32_t>(m_scene.points.size());
             m_scene.points.push_back(m_contents.positions[i]);
-            m_scene.colours.push_back(m_marks.colours[i]);
+            const bool isThin = m_styles.atoms[i] == Style::Dot || m_styles.atoms[i] == Style::Line;
+            m_scene.colours.push_back(isThin ? m_legible(m_marks.colours[i]) : m_marks.colours[i]);
             m_scene.ids.push_back(idOf(i));
         }
     }
@@ -117,7 +121,7 @@ private:
     void takeLines() {
         for (const Shape& shape : m_contents.shapes)
             if (m_marks.shown[shape.item])
-                addLines(shape, m_marks.colours[shape.item], m_scene);
+                addLines(shape, m_legible(m_marks.colours[shape.item]), m_scene);
     }
 
     float radiusOf(std::size_t atom, Style style) const {
@@ -130,6 +134,7 @@ private:
     const Contents& m_contents;
     const Marks& m_marks;
     const Styles& m_styles;
+    LegibleColours m_legible;
     Scene& m_scene;
     std::vector<std::uint32_t> m_points; ///< of the scene, by atom
     std::vector<bool> m_isBonded;        ///< atoms that a stick or a line is drawn of
@@ -151,8 +156,9 @@ void forDrawnAtoms(const Contents& contents, const Marks& marks, const Styles& s
 // Makes the scene that stands for another while it moves.
 class QuickMaking {
 public:
-    QuickMaking(const Contents& contents, const Marks& marks, const Styles& styles)
-        : m_contents(contents), m_marks(marks), m_styles(styles) {}
+    QuickMaking(const Contents& contents, const Marks& marks, const Styles& styles,
+                Colour background)
+        : m_contents(contents), m_marks(marks), m_styles(styles), m_legible(background) {}
 
     Scene run() {
         std::size_t count = 0;
@@ -168,7 +174,7 @@ public:
         }
         for (const Shape& shape : m_contents.shapes) {
             if (m_marks.shown[shape.item])
-                addLines(shape, m_marks.colours[shape.item], m_scene);
+                addLines(shape, m_legible(m_marks.colours[shape.item]), m_scene);
             if (isMeshShown(shape))
                 takeVertices(shape);
         }
@@ -178,7 +184,7 @@ public:
 private:
     std::uint32_t addPoint(std::uint32_t atom) {
         m_scene.points.push_back(m_contents.positions[atom]);
-        m_scene.colours.push_back(m_marks.colours[atom]);
+        m_scene.colours.push_back(m_legible(m_marks.colours[atom]));
         m_scene.ids.push_back(idOf(atom));
         return static_cast<std::uint32_t>(m_scene.points.size() - 1);
     }
@@ -192,8 +198,8 @@ private:
                 continue;
             m_scene.dots.push_back(static_cast<std::uint32_t>(m_scene.points.size()));
             m_scene.points.push_back(mesh.vertices[i]);
-            m_scene.colours.push_back(shape.hasOwnColours ? mesh.colours[i]
-                                                          : m_marks.colours[shape.item]);
+            m_scene.colours.push_back(
+                m_legible(shape.hasOwnColours ? mesh.colours[i] : m_marks.colours[shape.item]));
             m_scene.ids.push_back(idOf(shape.item));
         }
     }
@@ -222,6 +228,7 @@ private:
     const Contents& m_contents;
     const Marks& m_marks;
     const Styles& m_styles;
+    LegibleColours m_legible;
     Scene m_scene;
     std::size_t m_step = 1;
     std::size_t m_passed = 0;
@@ -246,7 +253,7 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
     m_look = look;
     m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
     auto scene = std::make_shared<Scene>();
-    Making(*snapshot.contents, *snapshot.marks, m_styles, *scene).run();
+    Making(*snapshot.contents, *snapshot.marks, m_styles, look.background, *scene).run();
     for (const auto& mesh : m_ribbons.meshes(snapshot.contents, *snapshot.marks, m_styles))
         if (!mesh->triangles.empty())
             scene->meshes.push_back(mesh);
@@ -284,7 +291,7 @@ std::shared_ptr<const Scene> SceneMaker::quickScene() {
     if (m_quick || !m_scene)
         return m_quick;
     m_quick = std::make_shared<const Scene>(
-        QuickMaking(*m_snapshot.contents, *m_snapshot.marks, m_styles).run());
+        QuickMaking(*m_snapshot.contents, *m_snapshot.marks, m_styles, m_look.background).run());
     return m_quick;
 }
 

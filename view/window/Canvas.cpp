@@ -60,11 +60,6 @@ void Canvas::setLook(const Look& look) {
     order(false);
 }
 
-void Canvas::setBackground(Colour background) {
-    m_order.background = background;
-    order(false);
-}
-
 void Canvas::setDepthCue(bool on) {
     m_order.hasDepthCue = on;
     order(false);
@@ -219,7 +214,7 @@ Point Canvas::pointAt(const QPoint& place) const {
 
 void Canvas::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), QColor::fromRgb(m_order.background));
+    painter.fillRect(rect(), QColor::fromRgb(m_order.look.background));
     if (m_drawn.image.isNull())
         return;
     painter.setRenderHint(QPainter::SmoothPixmapTransform, m_drawn.image.size() != pixels());

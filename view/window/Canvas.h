@@ -28,7 +28,6 @@ public:
     /// What is drawn from now on.
     void setSnapshot(const Snapshot& snapshot);
     void setLook(const Look& look);
-    void setBackground(Colour background);
     void setDepthCue(bool on);
     /// Marks what is selected with an outline in that colour; or does not.
     void setOutline(std::optional<Colour> outline);

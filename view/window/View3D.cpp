@@ -128,7 +128,8 @@ void View3D::setShowWaters(bool on) {
 
 void View3D::setLightBackground(bool on) {
     m_isLight = on;
-    m_canvas->setBackground(on ? lightBackground : darkBackground);
+    m_look.background = on ? lightBackground : darkBackground;
+    m_canvas->setLook(m_look);
     m_canvas->setOutline(outlineColour());
 }
 
