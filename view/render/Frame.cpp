@@ -78,11 +78,11 @@ bool Frame::project(Workers& workers) {
     });
 }
 
-const PlacedMesh& Frame::meshOf(Number triangle) const {
+std::size_t Frame::earlierMeshOf(Number triangle) const {
     const auto after =
         std::upper_bound(meshes.begin(), meshes.end(), triangle,
                          [](Number number, const PlacedMesh& mesh) { return number < mesh.start; });
-    return *(after - 1);
+    return static_cast<std::size_t>(after - meshes.begin()) - 1;
 }
 
 } // namespace view

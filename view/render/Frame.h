@@ -65,9 +65,16 @@ struct Frame {
     /// Where a point is; NaN when it is no place.
     Place place(const Point& point) const;
     /// The mesh that has a triangle.
-    const PlacedMesh& meshOf(Number triangle) const;
+    const PlacedMesh& meshOf(Number triangle) const {
+        std::size_t mesh = meshes.size() - 1;
+        if (triangle < meshes[mesh].start)
+            mesh = earlierMeshOf(triangle);
+        return meshes[mesh];
+    }
 
 private:
+    /// Likewise, for a triangle that is not in the last mesh.
+    std::size_t earlierMeshOf(Number triangle) const;
     bool placeAll(const std::vector<Point>& from, Place* to, Workers& workers) const;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace view {
 
@@ -20,6 +21,15 @@ Triangle triangleOf(const Frame& frame, std::size_t triangle) {
     const Place* const vertices = frame.vertices.data() + mesh.firstVertex;
     const auto& [a, b, c] = mesh.mesh->triangles[index];
     return {&mesh, index, {vertices[a], vertices[b], vertices[c]}};
+}
+
+/// Whether the middle of a sample lies between two coordinates; for large ones, perhaps.
+bool holdsSample(float from, float to) {
+    constexpr float exact = 1 << 20;
+    if (!(from > 0 && to < exact))
+        return true;
+    return static_cast<int>(from + 0.5F) < static_cast<int>(to + 0.5F) ||
+           static_cast<float>(static_cast<int>(from)) + 0.5F == from;
 }
 
 double twiceArea(const std::array<Place, 3>& corners) {
@@ -102,14 +112,23 @@ float along(const Point& axis, const std::array<double, 3>& vector) {
 
 } // namespace
 
+// Of the triangles of a fine mesh, many lie between the samples.
 Extent triangleExtent(const Frame& frame, std::size_t triangle) {
-    const auto& [a, b, c] = triangleOf(frame, triangle).corners;
+    const Number number = frame.triangleStart + static_cast<Number>(triangle);
+    const PlacedMesh& mesh = frame.meshOf(number);
+    const auto& corners = mesh.mesh->triangles[static_cast<std::size_t>(number - mesh.start)];
+    const Place* const vertices = frame.vertices.data() + mesh.firstVertex;
+    const Place& a = vertices[corners[0]];
+    const Place& b = vertices[corners[1]];
+    const Place& c = vertices[corners[2]];
     if (std::isnan(a.x) || std::isnan(b.x) || std::isnan(c.x))
         return nowhere;
-    const auto [left, right] = std::minmax({a.x, b.x, c.x});
-    const auto [top, bottom] = std::minmax({a.y, b.y, c.y});
-    const auto [back, front] = std::minmax({a.z, b.z, c.z});
-    return {left, right, top, bottom, front, back};
+    Extent extent = {std::min(std::min(a.x, b.x), c.x), std::max(std::max(a.x, b.x), c.x),
+                     std::min(std::min(a.y, b.y), c.y), std::max(std::max(a.y, b.y), c.y),
+                     std::max(std::max(a.z, b.z), c.z), std::min(std::min(a.z, b.z), c.z)};
+    if (!holdsSample(extent.left, extent.right) || !holdsSample(extent.top, extent.bottom))
+        extent.left = extent.right = -std::numeric_limits<float>::infinity();
+    return extent;
 }
 
 void drawTriangles(Tile& tile, const Frame& frame, const Bins& triangles, std::size_t tileIndex,
