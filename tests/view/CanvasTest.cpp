@@ -191,6 +191,18 @@ private slots:
         QCOMPARE(canvas().camera().axes, before.axes);
     }
 
+    void f11FillsTheScreenAndEscapeEndsIt() {
+        show();
+        QTest::keyClick(&canvas(), Qt::Key_F11);
+        QVERIFY(m_view->isFullScreen());
+        QTest::keyClick(&canvas(), Qt::Key_Escape);
+        QVERIFY(!m_view->isFullScreen());
+        QTest::keyClick(&canvas(), Qt::Key_F11);
+        QTest::keyClick(&canvas(), Qt::Key_F11);
+        QVERIFY(!m_view->isFullScreen());
+        settle();
+    }
+
     void everyRepresentationHasAKey() {
         fourAtoms().attach();
         show();

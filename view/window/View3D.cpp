@@ -8,8 +8,6 @@
 #include "PictureFile.h"
 #include "Space.h"
 
-#include <QEvent>
-
 #include <algorithm>
 #include <new>
 #include <utility>

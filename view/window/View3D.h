@@ -14,7 +14,6 @@
 #include <optional>
 #include <string>
 
-class QAction;
 class QActionGroup;
 class QMenu;
 
@@ -71,7 +70,6 @@ public slots:
 protected:
     void showEvent(QShowEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     enum class Due { Nothing, Marks, Everything };
@@ -94,7 +92,6 @@ private:
     ElidedLabel* m_line;
     QMenu* m_menu = nullptr;
     QActionGroup* m_representations = nullptr;
-    QAction* m_fullScreen = nullptr;
     Look m_look;
     bool m_isLight = false;
     bool m_isEmpty = true;   ///< nothing was there when the data were last read

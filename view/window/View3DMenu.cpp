@@ -53,7 +53,6 @@ void View3D::createMenu() {
         action->setChecked(on);
         connect(action, &QAction::toggled, this, slot);
         own(action, key);
-        return action;
     };
     const auto command = [this, own](const QString& label, const QKeySequence& key,
                                      void (View3D::*slot)()) {
@@ -80,8 +79,14 @@ void View3D::createMenu() {
     m_menu->addSeparator();
     command(tr("&Centre selection"), QKeySequence(Qt::Key_C), &View3D::centreSelection);
     command(tr("R&eset view"), QKeySequence(Qt::Key_Home), &View3D::resetView);
-    m_fullScreen =
-        toggle(tr("&Full screen"), QKeySequence(Qt::Key_F11), false, &View3D::setFullScreen);
+    QAction* const fullScreen = m_menu->addAction(tr("&Full screen"));
+    fullScreen->setCheckable(true);
+    connect(fullScreen, &QAction::triggered, this,
+            [this] { setFullScreen(!window()->isFullScreen()); });
+    // It may have been another window's command.
+    connect(m_menu, &QMenu::aboutToShow, this,
+            [this, fullScreen] { fullScreen->setChecked(window()->isFullScreen()); });
+    own(fullScreen, QKeySequence(Qt::Key_F11));
     m_menu->addSeparator();
     command(tr("Save p&icture..."), QKeySequence(), &View3D::askForPicture);
     QAction* const help = m_menu->addAction(tr("Hel&p"));
@@ -94,12 +99,6 @@ void View3D::setFullScreen(bool on) {
     QWidget* const window = this->window();
     const Qt::WindowStates states = window->windowState();
     window->setWindowState(on ? states | Qt::WindowFullScreen : states & ~Qt::WindowFullScreen);
-}
-
-void View3D::changeEvent(QEvent* event) {
-    BaseWindow::changeEvent(event);
-    if (event->type() == QEvent::WindowStateChange && m_fullScreen)
-        m_fullScreen->setChecked(window()->isFullScreen());
 }
 
 void View3D::keyPressEvent(QKeyEvent* event) {
@@ -124,8 +123,8 @@ void View3D::keyPressEvent(QKeyEvent* event) {
         m_canvas->zoom(1 / keyZoom);
         break;
     case Qt::Key_Escape:
-        if (m_fullScreen->isChecked()) {
-            m_fullScreen->setChecked(false);
+        if (window()->isFullScreen()) {
+            setFullScreen(false);
             break;
         }
         [[fallthrough]];
