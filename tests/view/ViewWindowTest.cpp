@@ -7,8 +7,12 @@
 #include "window/PictureFile.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QTemporaryDir>
 
 #include <stdexcept>
@@ -219,6 +223,38 @@ private slots:
         QVERIFY(!m_view->savePicture(path, {0, 10}).empty());
         QCOMPARE(QImage(path).size(), QSize(10, 10));
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList("p.png"));
+    }
+
+    void theMenuAsksForSizeAndFileAndWritesThePicture() {
+        fourAtoms().attach();
+        show();
+        QTemporaryDir folder;
+        for (const QString name : {"p.png", "missing/p.png"}) {
+            const QString path = folder.filePath(name);
+            QTimer::singleShot(0, [&] {
+                auto* const dialog = QApplication::activeModalWidget();
+                QVERIFY(dialog);
+                auto* const save =
+                    dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save);
+                QVERIFY(!save->isEnabled());
+                const auto sides = dialog->findChildren<QSpinBox*>();
+                QCOMPARE(QSize(sides[0]->value(), sides[1]->value()), canvas().size());
+                sides[0]->setValue(70);
+                sides[1]->setValue(50);
+                for (auto* const line : dialog->findChildren<QLineEdit*>())
+                    if (line->parent() == dialog)
+                        line->setText(path);
+                QVERIFY(save->isEnabled());
+                save->click();
+            });
+            m_view->askForPicture();
+            QTRY_VERIFY(m_view->line().startsWith(path));
+        }
+        QCOMPARE(QImage(folder.filePath("p.png")).size(), QSize(70, 50));
+        const QStringList log = takeHostLog();
+        QCOMPARE(log.size(), 2);
+        QVERIFY(log[0].contains("p.png is written"));
+        QVERIFY(log[1].contains("the picture cannot be written"));
     }
 
     void aRequestOfAPictureIsAPathAndASize() {

@@ -46,14 +46,14 @@ std::optional<PictureRequest> pictureRequest(const std::string& text) {
     return PictureRequest{QFile::decodeName(text.substr(0, blank).c_str()), *size};
 }
 
-std::string writePicture(const Order& order, const QString& path) {
+std::string writePicture(const Order& order, const QString& path, const std::stop_token& stop) {
     // Opened first: where nothing can be written, nothing needs to be drawn.
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return cannot(path, file.errorString());
     try {
         Drawing drawing;
-        const std::optional<Drawn> drawn = drawing.draw(order);
+        const std::optional<Drawn> drawn = drawing.draw(order, stop);
         if (!drawn)
             return cannot(path, QStringLiteral("nothing was drawn"));
         QImageWriter writer(&file, "PNG");

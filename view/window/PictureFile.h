@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -22,7 +23,7 @@ std::optional<QSize> sizeOf(std::string_view text);
 /// Draws a picture of the whole quality and writes it to a file in the format PNG. Returns what
 /// went wrong, as one line; empty when nothing did. An existing file stays unless the new one is
 /// complete.
-std::string writePicture(const Order& order, const QString& path);
+std::string writePicture(const Order& order, const QString& path, const std::stop_token& stop = {});
 
 /// "PATH WIDTHxHEIGHT", as a command's argument has it; the path may hold blanks.
 struct PictureRequest {

@@ -135,14 +135,18 @@ void View3D::setDepthCue(bool on) {
     m_canvas->setDepthCue(on);
 }
 
-std::string View3D::savePicture(const QString& path, const QSize& size) {
+Order View3D::pictureOrder(const QSize& size) {
     bringUpToDate();
     Order order = m_canvas->order();
     order.camera = m_canvas->cameraFor(size.width(), size.height());
     order.width = size.width();
     order.height = size.height();
     order.isMoving = false;
-    return writePicture(order, path);
+    return order;
+}
+
+std::string View3D::savePicture(const QString& path, const QSize& size) {
+    return writePicture(pictureOrder(size), path);
 }
 
 void View3D::showEvent(QShowEvent* event) {

@@ -6,6 +6,7 @@
 #include "Focus.h"
 #include "Subscriber.h"
 #include "scene/DataReader.h"
+#include "scene/Drawing.h"
 #include "scene/Look.h"
 
 #include <QSize>
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <thread>
 
 class QActionGroup;
 class QMenu;
@@ -64,7 +66,7 @@ public slots:
     void setLightBackground(bool on);
     void setDepthCue(bool on);
     void setFullScreen(bool on);
-    /// Asks for size and file, and saves a picture.
+    /// Asks for size and file, and saves a picture, on a thread of its own.
     void askForPicture();
 
 protected:
@@ -72,6 +74,9 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    /// What savePicture() draws.
+    Order pictureOrder(const QSize& size);
+
     enum class Due { Nothing, Marks, Everything };
 
     void createMenu();
@@ -98,7 +103,8 @@ private:
     bool m_isFitDue = false; ///< items were added since
     Due m_due = Due::Everything;
     bool m_isScheduled = false;
-    DataReader m_reader; ///< last, and so the first to be destroyed
+    std::jthread m_saving; ///< writes the picture that the user asked for last
+    DataReader m_reader;   ///< last, and so the first to be destroyed
 };
 
 } // namespace view

@@ -139,8 +139,19 @@ void View3D::askForPicture() {
     if (dialog.exec() != QDialog::Accepted)
         return;
     const PictureRequest request = dialog.request();
-    const std::string problem = savePicture(request.path, request.size);
-    say(problem.empty() ? tr("%1 is written").arg(request.path) : QString::fromStdString(problem));
+    // A large picture takes a while. One that is still being written is finished first.
+    if (m_saving.joinable())
+        m_saving.join();
+    m_saving = std::jthread([this, order = pictureOrder(request.size),
+                             path = request.path](const std::stop_token& stop) {
+        const QString problem = QString::fromStdString(writePicture(order, path, stop));
+        QMetaObject::invokeMethod(
+            this,
+            [this, path, problem] {
+                say(problem.isEmpty() ? tr("%1 is written").arg(path) : problem);
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 } // namespace view
