@@ -125,10 +125,9 @@ bool haveAllPlaces(const std::vector<Compound*>& atoms) {
 void measure(Inspection& out, const std::vector<Compound*>& atoms) {
     if (atoms.size() < 2 || atoms.size() > 4)
         return;
-    QStringList names;
+    int place = 0; // in the order in which they are measured
     for (const Compound* atom : atoms)
-        names << latin1(atom->GetFQName());
-    out.add(say("In the order"), names.join(QStringLiteral(" – ")));
+        out.add(say("Atom %1").arg(++place), latin1(atom->GetFQName()));
     const QString none = say("undefined: an atom has no position");
     const bool known = haveAllPlaces(atoms);
     std::vector<Place> at;

@@ -165,15 +165,18 @@ void MainWindow::showUsually() {
     m_docks->arrange();
     QList<QDockWidget*> docks = m_docks->docks();
     docks << m_inspectorDock;
+    // What is at the sides gets what it asks for, but not at the cost of the middle.
+    const auto isMiddle = [](const QDockWidget* dock) {
+        return dock->objectName().startsWith(u"plug-in Display/");
+    };
     QList<int> widths;
     int rest = width();
     for (const QDockWidget* dock : docks)
-        rest -= dock->sizeHint().width();
-    // The middle takes what is left.
+        if (!isMiddle(dock))
+            rest -= std::min(dock->sizeHint().width(), width() * 3 / 10);
     for (const QDockWidget* dock : docks)
-        widths << std::max(100,
-                           dock->sizeHint().width() +
-                               (dock->objectName().startsWith(u"plug-in Display/") ? rest : 0));
+        widths << std::max(
+            100, isMiddle(dock) ? rest : std::min(dock->sizeHint().width(), width() * 3 / 10));
     resizeDocks(docks, widths, Qt::Horizontal);
 }
 

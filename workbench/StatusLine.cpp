@@ -15,6 +15,8 @@ StatusLine::StatusLine(QWidget* parent)
     m_said->setObjectName(QStringLiteral("said"));
     m_state->setObjectName(QStringLiteral("state"));
     m_state->setTextFormat(Qt::PlainText);
+    m_said->setContentsMargins(4, 0, 4, 0);
+    m_state->setContentsMargins(4, 0, 4, 0);
     addWidget(m_said, 1);
     addPermanentWidget(m_state);
     connect(&m_timer, &QTimer::timeout, this, &StatusLine::goOn);

@@ -98,7 +98,9 @@ private slots:
         QCOMPARE(seenAfter(c).value("Distance"), QString::fromUtf8("5.000 Å"));
         Inspection seen = seenAfter(b);
         QCOMPARE(seen.value("Angle"), QString::fromUtf8("90.00°"));
-        QCOMPARE(seen.value("In the order"), QString::fromUtf8("/made/D – /made/C – /made/B"));
+        QCOMPARE(seen.value("Atom 1"), "/made/D");
+        QCOMPARE(seen.value("Atom 2"), "/made/C");
+        QCOMPARE(seen.value("Atom 3"), "/made/B");
         seen = seenAfter(a);
         QCOMPARE(seen.value("Torsion"), QString::fromUtf8("90.00°"));
         QCOMPARE(seen.value("Atoms"), "4");
