@@ -15,6 +15,7 @@
 #include "PluginManager.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "services/Log.h"
 #include "services/PluginFolder.h"
 
 #include <QApplication>
@@ -25,6 +26,7 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPointer>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QToolBar>
@@ -110,19 +112,16 @@ MainWindow::MainWindow(const Setup& setup)
     makeMenus();
     connect(m_find, &FindBox::said, m_status, &StatusLine::say);
     connect(m_inspector, &Inspector::done, m_status, &StatusLine::say);
-    connect(m_inspector, &Inspector::failed, this, [this](const QString& line) {
-        Logger::Write(line.toStdString());
-        showError(line.toStdString());
-    });
+    connect(m_inspector, &Inspector::failed, this,
+            [](const QString& line) { Logger::Write(line.toStdString()); });
     connect(m_status, &StatusLine::counted, this, &MainWindow::updateTitle);
-    m_opening = std::make_unique<Opening>([this](const std::string& line) {
-        Logger::Write(line);
-        showError(line);
-    });
+    m_opening = std::make_unique<Opening>(Logger::Write);
+    hearLog();
     updateTitle();
 }
 
 MainWindow::~MainWindow() {
+    memory_host::setLogListener({});
     // What plug-ins own is let go before the docks around it are deleted.
     m_docks.reset();
 }
@@ -182,6 +181,23 @@ void MainWindow::showUsually() {
 
 void MainWindow::showError(const std::string& line) {
     m_errors->add(QString::fromStdString(line));
+}
+
+// Lines come from any thread, and in the middle of anything.
+void MainWindow::hearLog() {
+    const QPointer<MainWindow> window(this);
+    memory_host::setLogListener([window](const std::string& line) {
+        const auto show = [window, text = QString::fromStdString(line)] {
+            if (window)
+                window->showLogLine(text);
+        };
+        QMetaObject::invokeMethod(qApp, show, Qt::QueuedConnection);
+    });
+}
+
+void MainWindow::showLogLine(const QString& line) {
+    if (!m_messages.messages.removeOne(line))
+        m_errors->add(line);
 }
 
 void MainWindow::rememberFiles(const QStringList& files) {

@@ -51,7 +51,8 @@ public:
     PluginDocks& docks() { return *m_docks; }
     Remembered& remembered() { return m_remembered; }
 
-    /// A line on what went wrong, or was read other than as written. It is in the log already.
+    /// A line on what went wrong, or was read other than as written. What is written to the log
+    /// while the window exists is shown by itself.
     void showError(const std::string& line);
     /// Remembers that these files were opened.
     void rememberFiles(const QStringList& files);
@@ -93,6 +94,8 @@ private:
     void showUsually();
     void showAbout();
     void updateTitle();
+    void hearLog();
+    void showLogLine(const QString& line);
     TAVIK::Compound* entryToClose() const;
     QSize usualSize() const;
 
@@ -110,6 +113,12 @@ private:
     QMenu* m_view = nullptr;
     std::unique_ptr<Opening> m_opening;
     std::deque<QString> m_toOpen;
+    /// Messages of plug-ins are in the log as well, and no errors.
+    class MessageWatch : public MessageObserver {
+    public:
+        void messageShown(const QString& text) override { messages << text; }
+        QStringList messages; ///< whose lines have not come yet
+    } m_messages;
     bool m_isOpening = false;
     bool m_isArranged = false;
 };

@@ -19,6 +19,7 @@
 #include <QLoggingCategory>
 
 #include <cstdio>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,6 +45,29 @@ bool isFolder(const std::string& kind, const QString& path) {
                (place.exists() ? " is no folder" : " does not exist"));
     return place.isDir();
 }
+
+/// RAII: gathers the lines of the log that are written before the window is there to show them.
+class EarlyLines {
+public:
+    EarlyLines() {
+        memory_host::setLogListener([this](const std::string& line) {
+            const std::lock_guard lock(m_mutex);
+            m_lines.push_back(line);
+        });
+    }
+    ~EarlyLines() { memory_host::setLogListener({}); }
+    EarlyLines(const EarlyLines&) = delete;
+    EarlyLines& operator=(const EarlyLines&) = delete;
+
+    std::vector<std::string> take() {
+        const std::lock_guard lock(m_mutex);
+        return std::exchange(m_lines, {});
+    }
+
+private:
+    std::mutex m_mutex;
+    std::vector<std::string> m_lines;
+};
 
 /// Opens the files of the command line, and those that other starts bring meanwhile. Returns those
 /// that could be opened.
@@ -73,10 +97,9 @@ int runInWindows(workbench::Application& application, const QStringList& plugins
     return application.runUntilDone();
 }
 
-/// The same in one window. `lines` are what went wrong before it was there.
+/// The same in one window. `early` are the lines from before it was there.
 int runInOneWindow(workbench::Application& application, const QStringList& plugins,
-                   workbench::OneInstance& instance, const QStringList& opened,
-                   const std::vector<std::string>& lines) {
+                   workbench::OneInstance& instance, const QStringList& opened, EarlyLines& early) {
     const workbench::StopSignals stopSignals;
     workbench::MainWindow window({plugins, memory_host::dataFolder(), workbench::memoryFile()});
     application.setMainWindow(&window);
@@ -86,7 +109,7 @@ int runInOneWindow(workbench::Application& application, const QStringList& plugi
         return NothingToShow;
     }
     window.rememberFiles(opened);
-    for (const std::string& line : lines)
+    for (const std::string& line : early.take())
         window.showError(line);
     QObject::connect(&instance, &workbench::OneInstance::filesCame, &window,
                      [&window](const QStringList& files) {
@@ -164,11 +187,8 @@ int run(const workbench::CommandLine& line, char* program) {
                                         [&came](const QStringList& more) { came << more; });
     instance.listen();
 
-    std::vector<std::string> lines;
-    workbench::Opening opening([&lines](const std::string& text) {
-        Logger::Write(text);
-        lines.push_back(text);
-    });
+    EarlyLines early;
+    workbench::Opening opening(Logger::Write);
     const QStringList opened = openFiles(files, came, opening);
     QObject::disconnect(taken);
     if (opened.isEmpty())
@@ -188,7 +208,8 @@ int run(const workbench::CommandLine& line, char* program) {
         return NothingToShow;
     }
     if (!line.windows)
-        return runInOneWindow(*application, loaded, instance, opened, lines);
+        return runInOneWindow(*application, loaded, instance, opened, early);
+    memory_host::setLogListener({}); // nobody will take the lines
     const int status = runInWindows(*application, loaded);
     memory_host::unloadPlugins();
     return status;

@@ -27,6 +27,7 @@ struct Log {
     std::FILE* file = nullptr;
     QString fileName;
     LogSink sink;
+    LogSink listener;
     bool isErrorLost = false; ///< a line could not be written to standard error
     std::atomic<LogLevel> level = LogLevel::Usual;
 };
@@ -155,12 +156,18 @@ LogSink setLogSink(LogSink sink) {
     return std::exchange(log.sink, std::move(sink));
 }
 
-} // namespace memory_host
+LogSink setLogListener(LogSink listener) {
+    Log& log = theLog();
+    const std::lock_guard lock(log.mutex);
+    return std::exchange(log.listener, std::move(listener));
+}
 
-void Logger::Write(const std::string& line) {
-    using namespace memory_host;
+namespace {
+
+void writeLine(const std::string& line, bool isHeard) {
     Log& log = theLog();
     LogSink sink;
+    LogSink listener;
     std::string problem;
     std::string errorProblem;
     std::string oneLine;
@@ -178,20 +185,32 @@ void Logger::Write(const std::string& line) {
             closeFile(log);
         }
         sink = log.sink;
+        if (isHeard)
+            listener = log.listener;
         // Standard error cannot report its own failure, so that the file does, once.
         if (!sink && !put(stderr, *text) && !std::exchange(log.isErrorLost, true))
             errorProblem = std::string("Standard error cannot be written: ") + std::strerror(errno);
     }
-    // Called without the lock, because a sink may write lines of its own.
+    // Called without the lock, because they may write lines of its own.
     if (sink)
         sink(*text);
+    if (listener)
+        listener(*text);
     for (const std::string& later : {problem, errorProblem})
         if (!later.empty())
-            Write(later);
+            writeLine(later, isHeard);
+}
+
+} // namespace
+
+} // namespace memory_host
+
+void Logger::Write(const std::string& line) {
+    memory_host::writeLine(line, true);
 }
 
 void Logger::Debug(const std::string& line) {
     using namespace memory_host;
     if (theLog().level == LogLevel::Debug)
-        Write(line);
+        writeLine(line, false);
 }

@@ -22,4 +22,8 @@ HOST_EXPORT void setLogLevel(LogLevel level);
 using LogSink = std::function<void(const std::string& line)>;
 HOST_EXPORT LogSink setLogSink(LogSink sink);
 
+/// Hears each line of the log beside all that is done with it, but for those at debug level; on the
+/// thread that writes it. Returns the previous one; an empty one hears nothing.
+HOST_EXPORT LogSink setLogListener(LogSink listener);
+
 } // namespace memory_host

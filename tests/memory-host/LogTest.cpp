@@ -92,6 +92,21 @@ private slots:
         QCOMPARE(takeHostLog(), QStringList({"a line", "", QString::fromLatin1("100% \\n \xe9")}));
     }
 
+    void aListenerHearsBesideTheSinkButNothingAtDebugLevel() {
+        QStringList heard;
+        LogSink before = setLogListener(
+            [&heard](const std::string& line) { heard << QString::fromStdString(line); });
+        QVERIFY(!before);
+        setLogLevel(LogLevel::Debug);
+        Logger::Write("two\nlines");
+        Logger::Debug("a change");
+        setLogLevel(LogLevel::Usual);
+        setLogListener({});
+        Logger::Write("later");
+        QCOMPARE(heard, QStringList("two lines"));
+        QCOMPARE(takeHostLog(), QStringList({"two lines", "a change", "later"}));
+    }
+
     void lineBreaksAreBlanks() {
         Logger::Write("a\nb\rc\r\nd\n\ne\n");
         QCOMPARE(takeHostLog(), QStringList("a b c d  e "));

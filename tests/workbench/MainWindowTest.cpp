@@ -6,6 +6,8 @@
 #include "FindBox.h"
 #include "Focus.h"
 #include "Inspector.h"
+#include "Logger.h"
+#include "Messages.h"
 #include "PluginDocks.h"
 #include "PluginManager.h"
 #include "StatusLine.h"
@@ -30,6 +32,7 @@
 #include <QTemporaryDir>
 
 #include <memory>
+#include <thread>
 
 using workbench::MainWindow;
 
@@ -234,10 +237,10 @@ private slots:
         QCOMPARE(m_window->status().said(), "+1 entry, +6,601 atoms");
         QTRY_COMPARE(m_window->windowTitle(), "sample - Workbench");
         // The one that is not there is told where the user looks, and in the log.
+        QTRY_VERIFY(m_window->errors().isVisible());
         const QStringList lines = m_window->errors().lines();
         QCOMPARE(lines.size(), 1);
         QVERIFY2(lines.constFirst().contains("/nowhere/none.pdb"), qPrintable(lines.constFirst()));
-        QVERIFY(m_window->errors().isVisible());
         QCOMPARE(takeHostLog(), lines);
         m_window->errors().dismiss();
         QVERIFY(!m_window->errors().isVisible());
@@ -248,6 +251,24 @@ private slots:
         QCOMPARE(recent->actions().constFirst()->text(), "sample.pdb");
         recent->actions().constFirst()->trigger();
         QCOMPARE(entries(), QStringList({"sample", "sample-2"}));
+    }
+
+    void errorsOfOthersAreShownAndMessagesAreNot() {
+        open();
+        const void* const none = nullptr;
+        PluginManager::Command("Create", "Nobody", "test", "Show", "", none);
+        Messages::Show("Surface of 3 atoms");
+        Logger::Debug("a change");
+        std::thread([] { Logger::Write("from another thread"); }).join();
+        const QStringList expected{"Plug-in Create/Nobody is not loaded (Show from test)",
+                                   "from another thread"};
+        QTRY_COMPARE(m_window->errors().lines(), expected);
+        QCOMPARE(m_window->status().said(), "Surface of 3 atoms");
+        QCOMPARE(takeHostLog(),
+                 QStringList({expected.at(0), "Surface of 3 atoms", expected.at(1)}));
+        m_window.reset();
+        Logger::Write("to nobody");
+        QCOMPARE(takeHostLog(), QStringList("to nobody"));
     }
 
     void filesThatAreDroppedOpen() {
