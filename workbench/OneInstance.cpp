@@ -136,7 +136,9 @@ void OneInstance::takeConnection() {
             }
             other->write(&confirmation, 1);
             other->flush();
-            emit filesCame(files);
+            // Later: who opens them may run an event loop, in which the socket is deleted.
+            QMetaObject::invokeMethod(
+                this, [this, files] { emit filesCame(files); }, Qt::QueuedConnection);
         };
         connect(other, &QLocalSocket::readyRead, other, read);
         read();

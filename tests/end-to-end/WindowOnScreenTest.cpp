@@ -165,7 +165,11 @@ private slots:
         QVERIFY(window);
         QCOMPARE(m_screen->findWindow(editor), 0);
         // Typed in the find box, hits appear below it.
-        const QImage before = m_screen->picture(window);
+        QImage before;
+        const QDeadlineTimer deadline(60'000);
+        do
+            before = m_screen->picture(window);
+        while (isEmpty(before) && !deadline.hasExpired());
         QVERIFY(before.width() > 800 && !isEmpty(before));
         m_screen->click(window, QPoint(before.width() / 2, before.height() - 8));
         m_screen->key("ctrl+f");

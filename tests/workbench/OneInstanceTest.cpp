@@ -56,11 +56,27 @@ private slots:
         });
         QVERIFY(first.listen());
         QVERIFY(handOver({"/a/1ubq.pdb", "relative file.cif"}));
-        QCOMPARE(came, QStringList({"/a/1ubq.pdb", QDir::current().filePath("relative file.cif")}));
+        QTRY_COMPARE(came,
+                     QStringList({"/a/1ubq.pdb", QDir::current().filePath("relative file.cif")}));
         QVERIFY(handOver({}));
-        QCOMPARE(times, 2);
+        QTRY_COMPARE(times, 2);
         QVERIFY(handOver(QStringList(1000, "/one/of/many.pdb")));
-        QCOMPARE(came.size(), 1002);
+        QTRY_COMPARE(came.size(), 1002);
+    }
+
+    // Opening files does, and the other side is gone long before it ends.
+    void whoTakesThemMayRunAnEventLoop() {
+        OneInstance first(socket());
+        int times = 0;
+        connect(&first, &OneInstance::filesCame, this, [&times] {
+            QTest::qWait(100);
+            ++times;
+        });
+        QVERIFY(first.listen());
+        for (int i = 1; i <= 3; ++i) {
+            QVERIFY(handOver({"/a.pdb"}));
+            QTRY_COMPARE(times, i);
+        }
     }
 
     void withoutOneThereIsNobodyToTakeThem() {
@@ -104,7 +120,7 @@ private slots:
         }
         QCOMPARE(times, 0);
         QVERIFY(handOver({}));
-        QCOMPARE(times, 1);
+        QTRY_COMPARE(times, 1);
     }
 
     void aPipeCannotBeHandedOver() {
