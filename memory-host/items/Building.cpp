@@ -89,9 +89,4 @@ unsigned int activeModel(Compound* residue) {
     return record.kind == Kind::Residue ? record.model : 0;
 }
 
-Compound* parentOf(Compound* item) {
-    const Holder* parent = HostItem::of(item).parent;
-    return parent ? parent->self : nullptr;
-}
-
 } // namespace memory_host

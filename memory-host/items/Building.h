@@ -34,7 +34,5 @@ HOST_EXPORT void setGrid(TAVIK::Compound* grid, TAVIK::GridValues&& values);
 
 /// The active alternative model of a residue, from 1; 0 for a residue that has none.
 HOST_EXPORT unsigned int activeModel(TAVIK::Compound* residue);
-/// The composite that holds `item`; null for the space and for a detached root.
-HOST_EXPORT TAVIK::Compound* parentOf(TAVIK::Compound* item);
 
 } // namespace memory_host

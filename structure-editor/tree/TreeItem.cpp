@@ -113,6 +113,11 @@ void TreeItem::commAdd(Batch& batch) {
     root()->model.insert(this, std::move(rows), batch.rows - before);
 }
 
+TreeItem* TreeItem::rowOf(const TAVIK::Compound* c) const {
+    const std::size_t at = find(c, notFound);
+    return at == notFound ? nullptr : m_children[at];
+}
+
 // Host children and rows are nearly always in the same order, so that the row is next to the
 // previous one; otherwise it is searched by its id.
 std::size_t TreeItem::find(const TAVIK::Compound* c, std::size_t expected) const {

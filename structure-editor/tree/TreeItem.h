@@ -54,6 +54,8 @@ public:
     TreeItem* nextSibling() const;
     /// The child row at `index` as shown; null outside 0 to childCount() - 1.
     TreeItem* child(int index) const;
+    /// The child row of an item; null if there is none.
+    TreeItem* rowOf(const TAVIK::Compound* c) const;
     /// 0 at the top level.
     int depth() const;
     /// The place among the siblings as shown, from 0.

@@ -73,6 +73,19 @@ void TreeView::setCurrentItem(TreeItem* row) {
         selectionModel()->setCurrentIndex(m_rows->indexOf(row), QItemSelectionModel::NoUpdate);
 }
 
+void TreeView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    QTreeView::currentChanged(current, previous);
+    emit currentRowChanged(false);
+}
+
+void TreeView::showRow(TreeItem* row) {
+    for (TreeItem* above = row->parent(); above; above = above->parent())
+        above->setOpen(true);
+    setCurrentItem(row);
+    scrollToRow(row);
+    triggerUpdate();
+}
+
 void TreeView::clear() {
     clearForOthers();
     trimMemory();
@@ -314,6 +327,8 @@ void TreeView::mouseDoubleClickEvent(QMouseEvent* event) {
     TreeItem* row = itemAt(event->position().toPoint());
     if (row && (row->isOpen() || row->childCount() > 0))
         row->setOpen(!row->isOpen());
+    if (row)
+        emit currentRowChanged(true);
 }
 
 // The last step of every gesture: listeners may delete rows, so none may be used afterwards.

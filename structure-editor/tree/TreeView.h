@@ -39,6 +39,8 @@ public:
     /// Makes `row` current, and changes neither the selection nor its anchor nor the scroll
     /// position. Null does nothing.
     void setCurrentItem(TreeItem* row);
+    /// Opens the rows above `row`, makes it current and scrolls to it; the selection stays.
+    void showRow(TreeItem* row);
     /// Deletes all rows, and frees their memory. Emits nothing.
     void clear();
     /// clear(), but keeps the memory for rows that follow at once; trimMemory() then frees what is
@@ -72,6 +74,8 @@ public:
 signals:
     /// The user selected or unselected rows; see TreeItem::isDirty().
     void selectionChanged();
+    /// Another row is current, or the user points to the one that is: by a double click, or Enter.
+    void currentRowChanged(bool isPointedTo);
     /// The user asks to delete the item of a row. The row may be gone after the signal.
     void killBranch(TreeItem* item);
 
@@ -84,6 +88,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void timerEvent(QTimerEvent* event) override;
     void drawBranches(QPainter* painter, const QRect& rect,
                       const QModelIndex& index) const override;

@@ -74,6 +74,10 @@ void TreeView::keyPressEvent(QKeyEvent* event) {
         scrollToRow(row);
         tellSelection();
         return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        emit currentRowChanged(true);
+        break;
     case Qt::Key_Plus:
     case Qt::Key_Minus:
         if (goOnTyping(row, *event))

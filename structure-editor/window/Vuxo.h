@@ -9,12 +9,14 @@
 #include "DataAdder.h"
 #include "DataDelete.h"
 #include "DataPoint.h"
+#include "FocusWatch.h"
 #include "Subscriber.h"
 #include "data/DestructionWatch.h"
 
 #include <QPointer>
 #include <QtGlobal>
 
+#include <memory>
 #include <string>
 #include <type_traits>
 
@@ -151,6 +153,8 @@ private:
     static QString entryToolTip(int index, const QString& text);
     /// Makes the rows of `item` in the empty tree.
     void showItem(TAVIK::Compound* item);
+    /// Shows the entry of an item, opens the branches above its row, and makes that current.
+    void showFocus(TAVIK::Compound* item);
     /// Updates the list after items in `shown`, and perhaps others with them, were destroyed.
     /// `shown` stays the current item; it is null if it was destroyed itself.
     void renewList(TAVIK::Compound* shown);
@@ -258,5 +262,7 @@ private:
     QLineEdit* m_ResidueEdit;
     QLineEdit* m_AtomEdit;
     QCheckBox* m_CurrentOnly;
-    DestructionWatch m_destructions; ///< last, and so the first to be destroyed
+    // Last, and so the first to be destroyed.
+    std::unique_ptr<FocusWatch> m_focus;
+    DestructionWatch m_destructions;
 };

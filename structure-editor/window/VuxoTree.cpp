@@ -2,10 +2,15 @@
 // the notifications of the host.
 #include "Vuxo.h"
 
+#include "Ancestry.h"
+#include "ListBox.h"
 #include "Space.h"
 #include "data/ItemRef.h"
 #include "tree/TreeItem.h"
 #include "tree/TreeView.h"
+
+#include <algorithm>
+#include <vector>
 
 TAVIK::Compound* Vuxo::rootItem() const {
     const TreeItem* top = m_Tree->firstChild();
@@ -43,6 +48,32 @@ void Vuxo::showItem(TAVIK::Compound* item) {
         throw;
     }
     m_Tree->triggerUpdate();
+}
+
+void Vuxo::showFocus(TAVIK::Compound* item) {
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    std::vector<TAVIK::Compound*> path; // up to the entry
+    for (; item && item != space; item = TAVIK::GetParent(item))
+        path.push_back(item);
+    if (!item || path.empty())
+        return;
+    if (m_hasStaleEntries) {
+        MakeList();
+        UpdateList();
+    }
+    TAVIK::Compound** const entry = std::find(space->ChildBegin(), space->ChildEnd(), path.back());
+    pick(static_cast<int>(entry - space->ChildBegin()));
+    m_List->setSelected(m_Current, true);
+    path.pop_back();
+    TreeItem* row = m_Tree->firstChild();
+    for (; row && !path.empty(); path.pop_back()) {
+        TreeItem* const below = row->rowOf(path.back());
+        if (!below)
+            break; // added by others, who have not told of it yet
+        row = below;
+    }
+    if (row)
+        m_Tree->showRow(row);
 }
 
 void Vuxo::SelectionChanged() {

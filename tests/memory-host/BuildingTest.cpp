@@ -1,4 +1,5 @@
 // Building aside and attaching, values of atoms and grids, and what is refused.
+#include "Ancestry.h"
 #include "Sample.h"
 #include "TestSupport.h"
 #include "items/Holder.h"
@@ -54,7 +55,7 @@ void BuildingTest::attachingPutsItLast() {
     Compound* const branch = makeDetached("branch", "Composite");
     attach(branch, space());
     QCOMPARE(childrenOf(space()), (Items{first, branch}));
-    QCOMPARE(parentOf(branch), space());
+    QCOMPARE(TAVIK::GetParent(branch), space());
 }
 
 void BuildingTest::attachingGivesUnusedMemoryBack() {
@@ -101,7 +102,7 @@ void BuildingTest::attachingRefusesWhatHoldsNothing() {
     QCOMPARE(takeMessages(),
              (QStringList{"attach: \"CA\" holds no items, so that \"branch\" cannot be made in it",
                           "attach: no parent for \"branch\""}));
-    QVERIFY(parentOf(branch) == nullptr);
+    QVERIFY(TAVIK::GetParent(branch) == nullptr);
     DataMaker::Destroy(branch);
 }
 
@@ -121,7 +122,7 @@ void BuildingTest::attachingRefusesAResidueInAResidueAndAGroupInAGroup() {
         (QStringList{"attach: \"box\" cannot stand in \"ALA 1\": no residue stands in a residue",
                      "attach: \"box\" cannot stand in \"Backbone\": no residue stands in a residue",
                      "attach: \"box\" cannot stand in \"Backbone\": no group stands in a group"}));
-    QVERIFY(parentOf(box) == nullptr);
+    QVERIFY(TAVIK::GetParent(box) == nullptr);
     QVERIFY(!group->HasChildren());
     attach(box, residue);
     QCOMPARE(childrenOf(residue), (Items{group, box}));
@@ -230,10 +231,10 @@ void BuildingTest::aFlatGridAnswersWithoutHarm() {
 
 void BuildingTest::parentsAreKnown() {
     const Sample sample;
-    QCOMPARE(parentOf(sample.atoms[0]), sample.groups[0]);
-    QCOMPARE(parentOf(sample.groups[0]), sample.residues[0]);
-    QCOMPARE(parentOf(sample.entry), space());
-    QVERIFY(parentOf(space()) == nullptr);
+    QCOMPARE(TAVIK::GetParent(sample.atoms[0]), sample.groups[0]);
+    QCOMPARE(TAVIK::GetParent(sample.groups[0]), sample.residues[0]);
+    QCOMPARE(TAVIK::GetParent(sample.entry), space());
+    QVERIFY(TAVIK::GetParent(space()) == nullptr);
 }
 
 void BuildingTest::atomsStartInTheColourOfTheirElement_data() {

@@ -1,4 +1,5 @@
 #include "FileTesting.h"
+#include "Ancestry.h"
 
 #include "Space.h"
 #include "Traversal.h"
@@ -173,8 +174,8 @@ QStringList atomPaths(Compound* root) {
     QStringList paths;
     for (TAVIK::Atom* atom : atoms(root)) {
         QString path = QString::fromLatin1(atom->GetName().c_str());
-        for (Compound* at = memory_host::parentOf(atom); at != TAVIK::Space::instance();
-             at = memory_host::parentOf(at))
+        for (Compound* at = TAVIK::GetParent(atom); at != TAVIK::Space::instance();
+             at = TAVIK::GetParent(at))
             path.prepend(QString::fromLatin1(at->GetName().c_str()) + u'/');
         paths << u'/' + path;
     }
@@ -187,11 +188,11 @@ std::string AtomText::text() const {
 }
 
 AtomText textOf(TAVIK::Atom& atom) {
-    Compound* residue = memory_host::parentOf(&atom);
+    Compound* residue = TAVIK::GetParent(&atom);
     while (!dynamic_cast<TAVIK::Residue*>(residue))
-        residue = memory_host::parentOf(residue);
+        residue = TAVIK::GetParent(residue);
     const std::string label = residue->GetName();
-    const Compound* chain = memory_host::parentOf(memory_host::parentOf(residue));
+    const Compound* chain = TAVIK::GetParent(TAVIK::GetParent(residue));
     const TAVIK::Vertex position = atom.GetPosition();
     return {chain->GetName(), label.substr(label.find(' ') + 1),
             atom.GetName(),   atom.GetType(),

@@ -1,4 +1,5 @@
 // How much heap the items need, and that it comes back.
+#include "Ancestry.h"
 #include "Sample.h"
 #include "TestSupport.h"
 
@@ -139,7 +140,7 @@ void MemoryTest::memoryIsUsedAgain() {
     // Every third atom goes, and others come in their place, again and again.
     for (int round = 0; round != 20; ++round) {
         for (std::size_t i = static_cast<std::size_t>(round) % 3; i < atoms.size(); i += 3) {
-            Compound* const parent = parentOf(atoms[i]);
+            Compound* const parent = TAVIK::GetParent(atoms[i]);
             DataMaker::Destroy(atoms[i]);
             atoms[i] = makeAtom(parent);
         }

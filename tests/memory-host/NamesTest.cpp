@@ -1,4 +1,5 @@
 // Names, qualified names, types and identifiers, as this host chooses them.
+#include "Ancestry.h"
 #include "Sample.h"
 #include "TestSupport.h"
 #include "items/ItemName.h"
@@ -60,7 +61,7 @@ void NamesTest::namesOfADetachedBranchBeginAtItsRoot() {
     Compound* const root = makeDetached("aside", "Composite");
     Compound* const atom = makeAtom(make(root, "Residue", "ALA 1"));
     QCOMPARE(atom->GetFQName(), std::string("/aside/ALA 1/CA"));
-    QVERIFY(parentOf(root) == nullptr);
+    QVERIFY(TAVIK::GetParent(root) == nullptr);
     DataMaker::Destroy(root);
 }
 

@@ -1,5 +1,6 @@
 // Memory that runs out in the middle of a change: the change fails as a whole, and what needs no
 // memory goes on.
+#include "Ancestry.h"
 #include "DataPointBase.h"
 #include "FailingMemory.h"
 #include "Logger.h"
@@ -118,7 +119,7 @@ void OutOfMemoryTest::attachingFailsAsAWhole() {
     Compound* const branch = makeDetached("branch", "Composite");
     makeAtom(branch);
     const int granted = failEachAllocation([&] { attach(branch, space()); },
-                                           [&] { QVERIFY(parentOf(branch) == nullptr); });
+                                           [&] { QVERIFY(TAVIK::GetParent(branch) == nullptr); });
     QVERIFY(granted >= 0);
     QCOMPARE(childrenOf(space()), (Items{branch}));
     QCOMPARE(faults(), QString());

@@ -1,5 +1,6 @@
 // Thousands of operations of every kind in a random order, each done in the host and in the plain
 // model, which counts everything anew; after each, both must say the same.
+#include "Ancestry.h"
 #include "DataMaker.h"
 #include "HostTwin.h"
 #include "Kinds.h"
@@ -265,7 +266,7 @@ private:
         Compound* const attached = real(branch);
         attach(attached, real(parent));
         const bool told = !test_support::TestCase::takeMessages().empty();
-        if (nests == (parentOf(attached) != nullptr) || nests != told)
+        if (nests == (TAVIK::GetParent(attached) != nullptr) || nests != told)
             m_faults << QStringLiteral("a branch with its own kind around it");
         if (!nests) {
             m_plain.attach(branch, parent);

@@ -1,4 +1,5 @@
 // What items a structure file becomes.
+#include "Ancestry.h"
 #include "FileTestCase.h"
 #include "Space.h"
 #include "items/Building.h"
@@ -290,8 +291,7 @@ private slots:
             auto* const a = dynamic_cast<TAVIK::Atom*>((*bond)->PartBegin()[0]);
             auto* const b = dynamic_cast<TAVIK::Atom*>((*bond)->PartBegin()[1]);
             QVERIFY(!(a->GetType() == "H" && b->GetType() == "H"));
-            if (memory_host::parentOf(memory_host::parentOf(a)) !=
-                    memory_host::parentOf(memory_host::parentOf(b)) ||
+            if (TAVIK::GetParent(TAVIK::GetParent(a)) != TAVIK::GetParent(TAVIK::GetParent(b)) ||
                 a->GetModelNumber() == "0" || b->GetModelNumber() == "0")
                 continue;
             ++inAlternatives;

@@ -1,4 +1,5 @@
 // What others do to the data of the host for real; see also PlainEdits.cpp.
+#include "Ancestry.h"
 #include "Driver.h"
 
 #include "DataAdder.h"
@@ -38,13 +39,13 @@ void collect(Compound* holder, std::vector<Compound*>& items) {
 // The item, or the composite that holds it.
 Compound* boxOf(Compound* item) {
     Compound* box = item ? item : Space::instance();
-    return dynamic_cast<TAVIK::Composite*>(box) ? box : memory_host::parentOf(box);
+    return dynamic_cast<TAVIK::Composite*>(box) ? box : TAVIK::GetParent(box);
 }
 
 // The top-level composite around an item, or else the space.
 Compound* boxAround(Compound* item) {
-    while (memory_host::parentOf(item) != Space::instance())
-        item = memory_host::parentOf(item);
+    while (TAVIK::GetParent(item) != Space::instance())
+        item = TAVIK::GetParent(item);
     return boxOf(item);
 }
 
@@ -77,7 +78,7 @@ bool isIn(Compound* box, const std::string& kind) {
     if (kind != "Residue" && kind != "Group")
         return false;
     while (box && box->GetType() != kind)
-        box = memory_host::parentOf(box);
+        box = TAVIK::GetParent(box);
     return box;
 }
 

@@ -1,4 +1,5 @@
 // "Cartesian": a frame of three axes, whatever else there is.
+#include "Ancestry.h"
 #include "CommandTools.h"
 #include "DataPoint.h"
 #include "Geometry.h"
@@ -54,7 +55,7 @@ class CartesianFrameTest : public WindowTestCase {
     static void checkFrame(Compound* frame) {
         QCOMPARE(frame->GetName(), std::string("Cartesian"));
         QVERIFY(dynamic_cast<TAVIK::Composite*>(frame));
-        QVERIFY(!memory_host::parentOf(memory_host::parentOf(frame)));
+        QVERIFY(!TAVIK::GetParent(TAVIK::GetParent(frame)));
         const struct {
             const char* name;
             const char* points;
