@@ -1,11 +1,13 @@
 // The program that people start: opens files, loads the plug-ins, and starts them.
 #include "Application.h"
 #include "CommandLine.h"
+#include "Focus.h"
 #include "Logger.h"
 #include "MainWindow.h"
 #include "OneInstance.h"
 #include "Opening.h"
 #include "Places.h"
+#include "Space.h"
 #include "StandardStreams.h"
 #include "StopSignals.h"
 #include "services/DataFolder.h"
@@ -116,6 +118,10 @@ int runInOneWindow(workbench::Application& application, const QStringList& plugi
                          window.present();
                          window.openFiles(files);
                      });
+    // The first entry is shown, and not an empty tree.
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    if (space->ChildBegin() != space->ChildEnd())
+        TAVIK::Focus::set(*space->ChildBegin(), nullptr);
     window.show();
     const int status = application.runUntilDone();
     // When the session ends the window is still open.
