@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace workbench {
 
@@ -199,12 +200,10 @@ void StateCounter::countAtoms(const std::vector<Compound*>& atoms) {
     if (!isAlternateHidden)
         return;
     // The active model is the one of which something is shown or, where all is hidden, the first.
-    std::string active;
+    std::string active(1, '1');
     for (const Compound* const atom : atoms)
-        if (const std::string model = modelOf(atom); model != sharedModel && atom->IsVisible())
-            active = model;
-    if (active.empty())
-        active = "1";
+        if (std::string model = modelOf(atom); model != sharedModel && atom->IsVisible())
+            active = std::move(model);
     for (const Compound* const atom : atoms)
         if (!atom->IsVisible() && modelOf(atom) == active)
             ++m_count.hiddenAtoms;

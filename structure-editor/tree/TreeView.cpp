@@ -82,7 +82,11 @@ void TreeView::showRow(TreeItem* row) {
     for (TreeItem* above = row->parent(); above; above = above->parent())
         above->setOpen(true);
     setCurrentItem(row);
-    scrollToRow(row);
+    // Into the middle, with what is around it: longer names may yet bring a scroll bar below.
+    const QRect rect = rectOf(row);
+    if (!viewport()->rect().contains({0, rect.top(), 1, rect.height()}))
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + rect.center().y() -
+                                      viewport()->rect().center().y());
     triggerUpdate();
 }
 

@@ -39,7 +39,8 @@ public:
     /// Makes `row` current, and changes neither the selection nor its anchor nor the scroll
     /// position. Null does nothing.
     void setCurrentItem(TreeItem* row);
-    /// Opens the rows above `row`, makes it current and scrolls to it; the selection stays.
+    /// Opens the rows above `row`, makes it current, and scrolls it into the middle unless it is in
+    /// sight; the selection stays.
     void showRow(TreeItem* row);
     /// Deletes all rows, and frees their memory. Emits nothing.
     void clear();

@@ -3,7 +3,7 @@
 #include "Space.h"
 #include "WindowTestCase.h"
 
-#include <optional>
+#include <QScrollBar>
 
 using namespace window_tools;
 using TAVIK::Compound;
@@ -64,7 +64,18 @@ private slots:
         settle();
         QCOMPARE(currentRow(*m_window), "H99");
         const TreeView* const tree = treeOf(*m_window);
-        QVERIFY(tree->viewport()->rect().contains(tree->visualRect(tree->currentIndex()).center()));
+        const QRect seen = tree->viewport()->rect();
+        const auto place = [tree] { return tree->visualRect(tree->currentIndex()); };
+        QVERIFY(place().bottom() <= seen.bottom());
+        Focus::set(itemAt(entry, {"A", "Groups", "HOH 2", "H50"}), nullptr);
+        settle();
+        QVERIFY(qAbs(place().center().y() - seen.center().y()) <= place().height());
+        // What is in sight stays where it is.
+        const int before = tree->verticalScrollBar()->value();
+        Focus::set(itemAt(entry, {"A", "Groups", "HOH 2", "H53"}), nullptr);
+        settle();
+        QCOMPARE(currentRow(*m_window), "H53");
+        QCOMPARE(tree->verticalScrollBar()->value(), before);
     }
 
     void theEntryOfTheFocusIsShown() {
