@@ -29,6 +29,41 @@ bool isSame(const Point& a, const Point& b) {
            std::bit_cast<std::array<std::uint32_t, 3>>(b);
 }
 
+// Null when an atom has moved, or a mesh or a line is another one.
+std::shared_ptr<const Marks> marksOf(const Contents& contents, const std::vector<Compound*>& items,
+                                     const std::vector<Compound*>& bonds) {
+    auto marks = std::make_shared<Marks>();
+    marks->colours.resize(items.size());
+    marks->shown.resize(items.size());
+    marks->bonds.resize(bonds.size());
+    for (std::size_t i = 0; i != items.size(); ++i) {
+        fetch(items, i);
+        const Compound* const item = items[i];
+        marks->colours[i] = item->GetColor().rgba();
+        marks->shown[i] = item->IsVisible() ? 1 : 0;
+        if (i < contents.atomCount() && !isSame(positionOf(item), contents.positions[i]))
+            return nullptr;
+    }
+    for (const Shape& shape : contents.shapes)
+        if (!isAsRead(shape, items[shape.item]))
+            return nullptr;
+    for (std::size_t i = 0; i != bonds.size(); ++i) {
+        fetch(bonds, i);
+        marks->bonds[i] = bonds[i]->IsVisible() ? 1 : 0;
+    }
+    return marks;
+}
+
+std::shared_ptr<const SelectionMarks> selectionOf(const std::vector<Compound*>& items) {
+    auto selection = std::make_shared<SelectionMarks>(items.size());
+    if (TAVIK::Space::instance()->HasSelected())
+        for (std::size_t i = 0; i != items.size(); ++i) {
+            fetch(items, i);
+            (*selection)[i] = items[i]->IsSelected() ? 1 : 0;
+        }
+    return selection;
+}
+
 } // namespace
 
 DataReader::DataReader(std::function<void()> gone) : m_gone(std::move(gone)) {}
@@ -37,65 +72,37 @@ DataReader::~DataReader() = default;
 
 void DataReader::read() {
     Collected collected = collect(TAVIK::Space::instance());
-    m_items = std::move(collected.items);
-    m_bonds = std::move(collected.bonds);
     Snapshot next;
     next.contents = std::make_shared<const Contents>(std::move(collected.contents));
+    next.marks = marksOf(*next.contents, collected.items, collected.bonds);
     next.generation = m_snapshot.generation + 1;
+    const std::uint64_t changes = TAVIK::SelectionChanges();
+    next.selection = selectionOf(collected.items);
+    // Nothing fails from here on: arrays of different readings would not fit each other.
+    m_items = std::move(collected.items);
+    m_bonds = std::move(collected.bonds);
     m_snapshot = std::move(next);
+    m_selectionChanges = changes;
     m_isStale = false;
-    readMarks();
-    m_selectionChanges = TAVIK::SelectionChanges() - 1;
-    readSelection();
 }
 
 void DataReader::refresh() {
-    if (m_isStale || !readMarks())
+    std::shared_ptr<const Marks> marks;
+    if (!m_isStale)
+        marks = marksOf(*m_snapshot.contents, m_items, m_bonds);
+    if (!marks) {
         read();
-    else
-        readSelection();
-}
-
-// Returns false when an atom has moved, or a mesh or a line is another one.
-bool DataReader::readMarks() {
-    const Contents& contents = *m_snapshot.contents;
-    auto marks = std::make_shared<Marks>();
-    marks->colours.resize(m_items.size());
-    marks->shown.resize(m_items.size());
-    marks->bonds.resize(m_bonds.size());
-    for (std::size_t i = 0; i != m_items.size(); ++i) {
-        fetch(m_items, i);
-        const Compound* const item = m_items[i];
-        marks->colours[i] = item->GetColor().rgba();
-        marks->shown[i] = item->IsVisible() ? 1 : 0;
-        if (i < contents.atomCount() && !isSame(positionOf(item), contents.positions[i]))
-            return false;
-    }
-    for (const Shape& shape : contents.shapes)
-        if (!isAsRead(shape, m_items[shape.item]))
-            return false;
-    for (std::size_t i = 0; i != m_bonds.size(); ++i) {
-        fetch(m_bonds, i);
-        marks->bonds[i] = m_bonds[i]->IsVisible() ? 1 : 0;
+        return;
     }
     if (*marks != *m_snapshot.marks)
         m_snapshot.marks = std::move(marks);
-    return true;
-}
-
-void DataReader::readSelection() {
     const std::uint64_t changes = TAVIK::SelectionChanges();
     if (changes == m_selectionChanges)
         return;
-    auto selection = std::make_shared<SelectionMarks>(m_items.size());
-    if (TAVIK::Space::instance()->HasSelected())
-        for (std::size_t i = 0; i != m_items.size(); ++i) {
-            fetch(m_items, i);
-            (*selection)[i] = m_items[i]->IsSelected() ? 1 : 0;
-        }
-    m_selectionChanges = changes;
+    auto selection = selectionOf(m_items);
     if (*selection != *m_snapshot.selection)
         m_snapshot.selection = std::move(selection);
+    m_selectionChanges = changes;
 }
 
 Compound* DataReader::item(Id id, std::uint64_t generation) const {

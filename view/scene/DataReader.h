@@ -22,10 +22,12 @@ public:
     explicit DataReader(std::function<void()> gone = {});
     ~DataReader() override;
 
-    /// Reads everything. Takes time and memory in proportion to the number of items.
+    /// Reads everything. Takes time and memory in proportion to the number of items. Throws
+    /// std::bad_alloc, and leaves what was read before.
     void read();
     /// Reads colours, visibility and selection again, in one pass; all of it, if positions, meshes
-    /// or lines have changed or items were destroyed.
+    /// or lines have changed or items were destroyed. Throws std::bad_alloc, and can be called
+    /// again.
     void refresh();
 
     const Snapshot& snapshot() const { return m_snapshot; }
@@ -38,8 +40,6 @@ public:
 
 private:
     void aboutToDestroy(TAVIK::Compound* item) override;
-    bool readMarks();
-    void readSelection();
 
     std::function<void()> m_gone;
     Snapshot m_snapshot;

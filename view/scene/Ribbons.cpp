@@ -120,13 +120,24 @@ Ribbons::meshes(const std::shared_ptr<const Contents>& contents, const Marks& ma
         *this = Ribbons();
         return m_meshes;
     }
+    try {
+        renew(contents, marks, styles, RibbonStyle::forResidues(count));
+    } catch (...) {
+        // What is kept must be of one time; without memory it may not be.
+        *this = Ribbons();
+        throw;
+    }
+    return m_meshes;
+}
+
+void Ribbons::renew(const std::shared_ptr<const Contents>& contents, const Marks& marks,
+                    const Styles& styles, const RibbonStyle& style) {
     std::vector<Backbone> backbones(contents->residues.size());
     for (std::size_t i = 0; i != backbones.size(); ++i)
         if (contents->residues[i].isPolymer) {
             const Found found(*contents, marks, i);
             backbones[i] = {found[Role::N], found[Role::CA], found[Role::C], found[Role::O]};
         }
-    const RibbonStyle style = RibbonStyle::forResidues(count);
     const bool isNew = m_contents != contents;
     if (isNew || backbones != m_backbones) {
         assign(*contents, backbones);
@@ -138,17 +149,22 @@ Ribbons::meshes(const std::shared_ptr<const Contents>& contents, const Marks& ma
         m_meshes.clear();
     }
     m_style = style;
+    makeMeshes(marks, styles);
+}
 
+// Only of the chains that are not as before.
+void Ribbons::makeMeshes(const Marks& marks, const Styles& styles) {
+    const Contents& contents = *m_contents;
     std::vector<std::vector<RibbonResidue>> chains;
     std::uint32_t chain = 0;
-    for (std::size_t i = 0; i != contents->residues.size(); ++i) {
+    for (std::size_t i = 0; i != contents.residues.size(); ++i) {
         if (!styles.ribbon[i])
             continue;
-        if (chains.empty() || contents->residues[i].chain != chain)
+        if (chains.empty() || contents.residues[i].chain != chain)
             chains.emplace_back();
-        chain = contents->residues[i].chain;
-        const Found found(*contents, marks, i);
-        chains.back().push_back(ribbonResidue(*contents, marks, i, found, m_structures[i]));
+        chain = contents.residues[i].chain;
+        const Found found(contents, marks, i);
+        chains.back().push_back(ribbonResidue(contents, marks, i, found, m_structures[i]));
     }
     m_chains.resize(chains.size());
     m_meshes.resize(chains.size());
@@ -159,7 +175,6 @@ Ribbons::meshes(const std::shared_ptr<const Contents>& contents, const Marks& ma
         m_meshes[i] = std::make_shared<const Mesh>(makeRibbon(chains[i], m_style));
     }
     m_chains = std::move(chains);
-    return m_meshes;
 }
 
 } // namespace view

@@ -30,7 +30,10 @@ private:
     /// The atoms that decide on a residue's structure: N, CA, C, O; their indices.
     using Backbone = std::array<std::uint32_t, 4>;
 
+    void renew(const std::shared_ptr<const Contents>& contents, const Marks& marks,
+               const Styles& styles, const RibbonStyle& style);
     void assign(const Contents& contents, const std::vector<Backbone>& backbones);
+    void makeMeshes(const Marks& marks, const Styles& styles);
 
     std::shared_ptr<const Contents> m_contents;
     std::vector<Backbone> m_backbones;            ///< of which the structures are
