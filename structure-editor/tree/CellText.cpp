@@ -56,12 +56,14 @@ bool takeFocus(QStyleOptionViewItem& option) {
     return hasFocus;
 }
 
-void drawFocus(QPainter* painter, const QStyleOptionViewItem& option) {
-    const QColor color = legible::text(option.palette.color(groupOf(option), QPalette::WindowText),
-                                       behindText(option));
+void drawFocus(QPainter* painter, const QStyleOptionViewItem& option, Keyboard keyboard) {
+    const bool isHere = keyboard == Keyboard::Here;
+    const QPalette::ColorRole role = isHere ? QPalette::WindowText : QPalette::Highlight;
+    const QColor color =
+        legible::text(option.palette.color(groupOf(option), role), behindText(option));
     painter->save();
     painter->setBrush(Qt::NoBrush);
-    painter->setPen(QPen(color, 1, Qt::DotLine));
+    painter->setPen(QPen(color, 1, isHere ? Qt::DotLine : Qt::SolidLine));
     // On a high-DPI screen half of the pen reaches out of the cell, where it would not be repainted
     // when the focus leaves.
     painter->setClipRect(option.rect, Qt::IntersectClip);

@@ -17,8 +17,12 @@ QColor textColorOf(const QStyleOptionViewItem& option);
 /// Removes the focus from what the style is to paint, because styles paint colours over the text.
 /// Returns whether the cell has the focus.
 bool takeFocus(QStyleOptionViewItem& option);
-/// Marks that cell with a frame around its text, and nothing over it.
-void drawFocus(QPainter* painter, const QStyleOptionViewItem& option);
+/// Who has the keyboard.
+enum class Keyboard { Here, Elsewhere };
+/// Marks that cell with a frame around its text, and nothing over it: a dotted one, or while the
+/// keyboard is elsewhere a line in the colour of the highlight.
+void drawFocus(QPainter* painter, const QStyleOptionViewItem& option,
+               Keyboard keyboard = Keyboard::Here);
 
 /// A tool tip with the text as it is, without markup; line breaks stay.
 QString plainToolTip(const QString& text);

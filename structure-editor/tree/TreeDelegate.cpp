@@ -18,12 +18,14 @@ void TreeDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelInd
 void TreeDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                          const QModelIndex& index) const {
     QStyleOptionViewItem cell = option;
-    const bool hasFocus = takeFocus(cell);
+    const Keyboard keyboard = takeFocus(cell) ? Keyboard::Here : Keyboard::Elsewhere;
     QStyledItemDelegate::paint(painter, cell, index);
-    if (!hasFocus)
+    // Also what became current by a click or a search elsewhere is to be found in the tree.
+    const auto* const view = qobject_cast<const QAbstractItemView*>(option.widget);
+    if (keyboard == Keyboard::Elsewhere && !(view && view->currentIndex() == index))
         return;
     initStyleOption(&cell, index);
-    drawFocus(painter, cell);
+    drawFocus(painter, cell, keyboard);
 }
 
 bool TreeDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,

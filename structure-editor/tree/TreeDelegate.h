@@ -4,8 +4,8 @@
 #include <QStyledItemDelegate>
 
 /// Highlights a selected row only in its first column, so that the colour of the item stays visible
-/// behind the second. Text is legible with any palette and item colour. A text that is too long for
-/// its cell has a tool tip.
+/// behind the second. The current row has a frame, wherever the keyboard is. Text is legible with
+/// any palette and item colour. A text that is too long for its cell has a tool tip.
 class TreeDelegate : public QStyledItemDelegate {
     Q_OBJECT
 public:

@@ -96,6 +96,34 @@ private slots:
         QCOMPARE(countOf(image, cellRect(tree, top->child(1), 0), highlight), 0);
     }
 
+    void theCurrentRowHasAFrameAlsoWhileTheKeyboardIsElsewhere() {
+        Compound* molecule = makeMolecule(2, 1);
+        ShownTree tree;
+        TreeItem* top = tree.populate(molecule);
+        tree.setCurrentItem(top->child(1));
+        tree.clearFocus();
+        const QColor highlight = tree.palette().color(QPalette::Highlight);
+        const QColor color = legible::text(highlight, tree.palette().color(QPalette::Base));
+        const auto isFramed = [&](const TreeItem* row) {
+            const QRect name = cellRect(tree, row, 0);
+            const QImage image = picture(tree);
+            const int upper = countOf(image, {name.topLeft(), QSize(name.width(), 1)}, color);
+            const int left = countOf(image, {name.topLeft(), QSize(1, name.height())}, color);
+            return upper == name.width() && left == name.height();
+        };
+        QVERIFY(!tree.hasFocus());
+        QVERIFY(isFramed(top->child(1)));
+        QVERIFY(!isFramed(top->child(0)));
+        tree.setCurrentItem(top->child(0));
+        QVERIFY(isFramed(top->child(0)));
+        QVERIFY(!isFramed(top->child(1)));
+        // With the keyboard it is dotted.
+        tree.activateWindow();
+        tree.setFocus();
+        QTRY_VERIFY(tree.hasFocus());
+        QVERIFY(!isFramed(top->child(0)));
+    }
+
     void namesArePaintedInTheColourOfTheirDepth() {
         Compound* item = DataMaker::makeCore(space(), "MMMM", "Composite");
         for (int depth = 1; depth != 7; ++depth)
