@@ -4,6 +4,7 @@
 #include <QDockWidget>
 #include <QMainWindow>
 #include <QScopedValueRollback>
+#include <QStatusBar>
 
 #include <algorithm>
 #include <utility>
@@ -88,6 +89,9 @@ void PluginDocks::make(BaseWindow& window, const QString& plugin) {
     // As a window within a window, so that its keys are its own: they act while it has the focus.
     window.setParent(dock, Qt::SubWindow);
     dock->setWidget(&window);
+    // It would change the size of the main window, from somewhere within.
+    for (auto* const bar : window.findChildren<QStatusBar*>(QString(), Qt::FindDirectChildrenOnly))
+        bar->setSizeGripEnabled(false);
     m_places.push_back({&window, dock, plugin});
     connect(&window, &QWidget::windowTitleChanged, dock, &QWidget::setWindowTitle);
     connect(&window, &QObject::destroyed, this, [this, dock] { forget(dock); });

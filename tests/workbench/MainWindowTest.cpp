@@ -28,6 +28,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPointer>
+#include <QStatusBar>
 #include <QTableWidget>
 #include <QTemporaryDir>
 
@@ -115,8 +116,11 @@ private slots:
         QVERIFY(left(dock(m_view)) < left(&m_window->inspector()));
         QVERIFY(dock(m_view)->width() > dock(m_editor)->width());
         QCOMPARE(dock(m_editor)->windowTitle(), "Structure Editor");
-        // The Structure Editor keeps its menus.
+        // The Structure Editor keeps its menus and its status bar, without a grip for a window.
         QVERIFY(windowIn(m_editor)->menuBar()->isVisible());
+        const auto* const bar = windowIn(m_editor)->findChild<QStatusBar*>();
+        QVERIFY(bar && bar->isVisible());
+        QVERIFY(!bar->isSizeGripEnabled());
     }
 
     void aDockThatIsClosedComesBackFromTheMenus() {
