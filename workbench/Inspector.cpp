@@ -21,6 +21,15 @@
 
 namespace workbench {
 
+namespace {
+
+/// A value as the table shows it: where a line ends, units stay with their numbers.
+QString unitsKept(QString value) {
+    return value.replace(QStringLiteral(" Å"), QStringLiteral("\u00A0Å"));
+}
+
+} // namespace
+
 Inspector::Inspector(QWidget* parent)
     : QWidget(parent), m_title(new QLabel(this)), m_table(new QTableWidget(0, 2, this)),
       m_copy(new QToolButton(this)), m_save(new QToolButton(this)),
@@ -114,7 +123,7 @@ void Inspector::show(Inspection inspection) {
     int at = 0;
     for (const Inspection::Row& row : m_inspection.rows) {
         m_table->setItem(at, 0, new QTableWidgetItem(row.label));
-        auto* const value = new QTableWidgetItem(row.value);
+        auto* const value = new QTableWidgetItem(unitsKept(row.value));
         value->setToolTip(Qt::convertFromPlainText(row.value));
         m_table->setItem(at++, 1, value);
     }
@@ -131,8 +140,10 @@ QString Inspector::textToCopy() const {
         return m_inspection.text();
     std::sort(rows.begin(), rows.end());
     QString text;
-    for (const int row : rows)
-        text += m_table->item(row, 0)->text() + u'\t' + m_table->item(row, 1)->text() + u'\n';
+    for (const int at : rows) {
+        const Inspection::Row& row = m_inspection.rows[static_cast<std::size_t>(at)];
+        text += row.label + u'\t' + row.value + u'\n';
+    }
     return text;
 }
 
