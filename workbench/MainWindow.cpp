@@ -172,10 +172,10 @@ void MainWindow::showUsually() {
     int rest = width();
     for (const QDockWidget* dock : docks)
         if (!isMiddle(dock))
-            rest -= std::min(dock->sizeHint().width(), width() * 3 / 10);
+            rest -= std::min(dock->sizeHint().width(), width() * 35 / 100);
     for (const QDockWidget* dock : docks)
         widths << std::max(
-            100, isMiddle(dock) ? rest : std::min(dock->sizeHint().width(), width() * 3 / 10));
+            100, isMiddle(dock) ? rest : std::min(dock->sizeHint().width(), width() * 35 / 100));
     resizeDocks(docks, widths, Qt::Horizontal);
 }
 
