@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace workbench {
 
@@ -90,12 +91,14 @@ FindBox::FindBox(QWidget* window)
 
     connect(m_field, &QLineEdit::textChanged, this, [this](const QString& text) {
         m_asked = Deed::None;
+        m_isTyped = true;
         m_search.setText(text);
     });
     connect(&m_search, &FindSearch::cleared, m_list, &HitList::renew);
     connect(&m_search, &FindSearch::finished, this, [this] {
         m_list->renew();
-        if (m_field->hasFocus())
+        // A list that was closed does not come back because data change.
+        if (m_field->hasFocus() && (std::exchange(m_isTyped, false) || m_panel->isVisible()))
             showHits();
         if (m_asked != Deed::None)
             doIt(std::exchange(m_asked, Deed::None));

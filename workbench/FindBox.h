@@ -55,6 +55,7 @@ private:
     HitList* m_list;
     /// What was asked for while the search was still running.
     Deed m_asked = Deed::None;
+    bool m_isTyped = false; ///< a new text, whose hits have not been shown
     FindSearch m_search;
 };
 

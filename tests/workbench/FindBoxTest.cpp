@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QSignalSpy>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -134,6 +135,24 @@ private slots:
         QTest::keyClick(m_window->find->field(), Qt::Key_Return,
                         Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(selected(), std::size_t{12});
+    }
+
+    void theListStaysClosedWhenTheHitsAreSelected() {
+        const test_data::Chains chains(2, 3);
+        m_window->type("within 1 of /A");
+        QVERIFY(m_window->showsHits());
+        QTest::keyClick(m_window->find->field(), Qt::Key_Return, Qt::ControlModifier);
+        QVERIFY(!m_window->showsHits());
+        // The hits are found anew, as the data have changed.
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            chains.residue(1, 1)->SetSelected(true);
+        }
+        QSignalSpy finished(&m_window->find->search(), &workbench::FindSearch::finished);
+        QVERIFY(finished.wait());
+        QVERIFY(!m_window->showsHits());
+        QTest::keyClick(m_window->find->field(), Qt::Key_Down);
+        QVERIFY(m_window->showsHits());
     }
 
     void aRefusedChangeIsSaid() {
