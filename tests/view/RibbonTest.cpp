@@ -365,6 +365,17 @@ private slots:
         }
     }
 
+    void aMeshTakesNoMoreMemoryThanItNeeds() {
+        const Residues residues = chain("--EEEE--HHHHHH--");
+        const auto isTight = [](const auto& array) { return array.capacity() == array.size(); };
+        const Mesh mesh = view::makeRibbon(residues, plainStyle());
+        QVERIFY(isTight(mesh.vertices) && isTight(mesh.normals) && isTight(mesh.colours) &&
+                isTight(mesh.triangles) && isTight(mesh.ids));
+        const Mesh plain = view::makeRibbon(inOneColour(residues), plainStyle());
+        QCOMPARE(plain.colours, std::vector<view::Colour>{0xFF123456U});
+        QVERIFY(isTight(plain.colours));
+    }
+
     void garbageMakesAWholeMesh() {
         std::mt19937 random(8);
         std::uniform_real_distribution<float> near(-2, 2);

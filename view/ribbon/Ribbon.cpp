@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace view {
 
@@ -233,6 +234,19 @@ private:
     std::vector<BodySection> m_sections;
 };
 
+// Room was made for the form that needs most, and most chains have one colour.
+void compact(Mesh& mesh) {
+    if (std::adjacent_find(mesh.colours.begin(), mesh.colours.end(), std::not_equal_to<>()) ==
+            mesh.colours.end() &&
+        !mesh.colours.empty())
+        mesh.colours.resize(1);
+    mesh.vertices.shrink_to_fit();
+    mesh.normals.shrink_to_fit();
+    mesh.colours.shrink_to_fit();
+    mesh.triangles.shrink_to_fit();
+    mesh.ids.shrink_to_fit();
+}
+
 } // namespace
 
 RibbonStyle RibbonStyle::forResidues(std::size_t count) {
@@ -268,6 +282,7 @@ Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& styl
         }
         from = to;
     }
+    compact(mesh);
     return mesh;
 }
 

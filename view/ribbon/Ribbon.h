@@ -57,7 +57,8 @@ struct RibbonStyle {
 /// A helix or strand of one residue is drawn as a tube. A residue that is linked to none is a ball
 /// around its guide point.
 ///
-/// A residue's part reaches half-way to its neighbours, and has its colour and its id.
+/// A residue's part reaches half-way to its neighbours, and has its colour and its id. The mesh has
+/// a single colour where all residues have the same, and takes no more memory than it needs.
 Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& style);
 
 } // namespace view
