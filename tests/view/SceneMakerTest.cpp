@@ -73,13 +73,30 @@ private slots:
         const Structure made = mixed().attach();
         made.atoms[3]->SetColor(Color(0xff102030U));
         const Scene scene = sceneOf(Representation::Spheres, true);
-        QCOMPARE(scene.points.size(), std::size_t(14));
-        QCOMPARE(scene.points[12], (view::Point{30, 0, 0}));
+        QCOMPARE(scene.pointCount(), std::size_t(14));
+        QCOMPARE(scene.point(12), (view::Point{30, 0, 0}));
         for (std::size_t i = 0; i != made.atoms.size(); ++i) {
             QCOMPARE(scene.colours[i], made.atoms[i]->GetColor().rgba());
             QCOMPARE(scene.ids[i], view::idOf(i));
         }
         QCOMPARE(scene.colours[3], 0xff102030U);
+    }
+
+    // A second copy of the positions would be among the largest arrays of the view.
+    void positionsServeAsPointsWhereMostAtomsAreDrawn() {
+        const Structure made = mixed().attach();
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        const auto all = maker.scene(reader.snapshot(), {Representation::Sticks, true, 0});
+        QCOMPARE(all->sharedPoints.get(), &reader.snapshot().contents->positions);
+        QVERIFY(all->points.empty());
+        for (std::size_t i = 4; i != made.atoms.size(); ++i)
+            made.atoms[i]->SetVisible(false);
+        reader.refresh();
+        const auto few = maker.scene(reader.snapshot(), {Representation::Sticks, true, 0});
+        QVERIFY(!few->sharedPoints);
+        QCOMPARE(few->points.size(), std::size_t(4));
     }
 
     void spheresHaveTheVanDerWaalsRadius() {
@@ -127,7 +144,7 @@ private slots:
         const Scene scene = sceneOf(Representation::BallAndStick);
         QVERIFY(scene.sticks.empty());
         QCOMPARE(balls(scene), (Atoms{5, 6, 7, 8, 9, 11, 12}));
-        QCOMPARE(scene.points.size(), std::size_t(7));
+        QCOMPARE(scene.pointCount(), std::size_t(7));
     }
 
     void onlyTheActiveModelIsDrawn() {
@@ -259,7 +276,7 @@ private slots:
 
     void noPictureIsMadeOfNothing() {
         const Scene scene = sceneOf(Representation::Automatic);
-        QVERIFY(scene.points.empty() && scene.balls.empty());
+        QVERIFY(scene.pointCount() == 0 && scene.balls.empty());
         QVERIFY(view::drawnPoints({}, {}).empty());
     }
 };

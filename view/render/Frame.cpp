@@ -69,9 +69,10 @@ bool Frame::project(Workers& workers) {
         throw std::length_error("too many things in a scene");
     triangleCount = number - static_cast<std::size_t>(triangleStart);
 
-    points.resize(scene->points.size());
+    points.resize(scene->pointCount());
     vertices.resize(vertexCount);
-    if (!placeAll(scene->points, points.data(), workers))
+    if ((scene->sharedPoints && !placeAll(*scene->sharedPoints, points.data(), workers)) ||
+        !placeAll(scene->points, points.data() + scene->sharedCount(), workers))
         return false;
     return std::all_of(meshes.begin(), meshes.end(), [&](const PlacedMesh& mesh) {
         return placeAll(mesh.mesh->vertices, vertices.data() + mesh.firstVertex, workers);

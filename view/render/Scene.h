@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -40,7 +41,9 @@ struct Mesh {
 /// Everything that is drawn. Indices are in range, which who makes the scene sees to. Coordinates
 /// may be anything: what is not finite, or too far away to be seen, is left out.
 struct Scene {
-    std::vector<Point> points;
+    /// The first points, which others may have as well; none if null.
+    std::shared_ptr<const std::vector<Point>> sharedPoints;
+    std::vector<Point> points;   ///< those that follow
     std::vector<Colour> colours; ///< one a point
     std::vector<Id> ids;         ///< one a point
 
@@ -53,6 +56,12 @@ struct Scene {
     /// Points drawn as dots of constant size on the screen: indices.
     std::vector<std::uint32_t> dots;
     std::vector<std::shared_ptr<const Mesh>> meshes;
+
+    std::size_t sharedCount() const { return sharedPoints ? sharedPoints->size() : 0; }
+    std::size_t pointCount() const { return sharedCount() + points.size(); }
+    const Point& point(std::size_t index) const {
+        return index < sharedCount() ? (*sharedPoints)[index] : points[index - sharedCount()];
+    }
 };
 
 } // namespace view

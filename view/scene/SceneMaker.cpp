@@ -20,20 +20,20 @@ bool hasSticks(Style style) {
 }
 
 void addLines(const Shape& shape, Colour colour, Scene& scene) {
-    const auto first = static_cast<std::uint32_t>(scene.points.size());
+    const auto first = static_cast<std::uint32_t>(scene.pointCount());
     scene.points.insert(scene.points.end(), shape.points.begin(), shape.points.end());
-    scene.colours.resize(scene.points.size(), colour);
-    scene.ids.resize(scene.points.size(), idOf(shape.item));
+    scene.colours.resize(scene.pointCount(), colour);
+    scene.ids.resize(scene.pointCount(), idOf(shape.item));
     for (const Segment& segment : shape.segments)
         scene.lines.push_back({first + segment.from, first + segment.to});
 }
 
 class Making {
 public:
-    Making(const Contents& contents, const Marks& marks, const Styles& styles, Colour background,
-           Scene& scene)
-        : m_contents(contents), m_marks(marks), m_styles(styles), m_legible(background),
-          m_scene(scene) {}
+    Making(const std::shared_ptr<const Contents>& contents, const Marks& marks,
+           const Styles& styles, Colour background, Scene& scene)
+        : m_shared(contents), m_contents(*contents), m_marks(marks), m_styles(styles),
+          m_legible(background), m_scene(scene) {}
 
     void run() {
         m_scene.stickRadius = stickRadius;
@@ -46,21 +46,27 @@ public:
 private:
     bool isDrawn(std::size_t atom) const { return m_styles.atoms[atom] != Style::None; }
 
-    // Only atoms that are drawn have points: of a ribbon few have.
+    // Where most atoms are drawn the positions serve as the points. Else only those that are drawn
+    // have points: of a ribbon few have.
     void takePoints() {
         const std::size_t count = m_contents.atomCount();
         std::size_t drawn = 0;
         for (std::size_t i = 0; i != count; ++i)
             drawn += isDrawn(i) ? 1 : 0;
-        m_scene.points.reserve(drawn);
-        m_scene.colours.reserve(drawn);
-        m_scene.ids.reserve(drawn);
+        const bool isShared = drawn > count / 4 * 3;
+        if (isShared)
+            m_scene.sharedPoints = {m_shared, &m_contents.positions};
+        else
+            m_scene.points.reserve(drawn);
+        m_scene.colours.reserve(isShared ? count : drawn);
+        m_scene.ids.reserve(isShared ? count : drawn);
         m_points.resize(count, noAtom);
         for (std::size_t i = 0; i != count; ++i) {
-            if (!isDrawn(i))
+            if (!isShared && !isDrawn(i))
                 continue;
-            m_points[i] = static_cast<std::uint32_t>(m_scene.points.size());
-            m_scene.points.push_back(m_contents.positions[i]);
+            m_points[i] = static_cast<std::uint32_t>(m_scene.ids.size());
+            if (!isShared)
+                m_scene.points.push_back(m_contents.positions[i]);
             const bool isThin = m_styles.atoms[i] == Style::Dot || m_styles.atoms[i] == Style::Line;
             m_scene.colours.push_back(isThin ? m_legible(m_marks.colours[i]) : m_marks.colours[i]);
             m_scene.ids.push_back(idOf(i));
@@ -131,6 +137,7 @@ private:
                                               : std::max(loneAtomPart * radius, stickRadius);
     }
 
+    const std::shared_ptr<const Contents>& m_shared;
     const Contents& m_contents;
     const Marks& m_marks;
     const Styles& m_styles;
@@ -167,6 +174,7 @@ public:
         for (const Shape& shape : m_contents.shapes)
             count += isMeshShown(shape) ? shape.mesh->vertices.size() : 0;
         m_step = count / SceneMaker::dotsWhileMoving + 1;
+        reserve(count / m_step + 1);
         for (std::size_t residue = 0; residue != m_contents.residues.size(); ++residue) {
             takeAtoms(residue);
             if (m_styles.ribbon[residue])
@@ -182,6 +190,16 @@ public:
     }
 
 private:
+    void reserve(std::size_t dots) {
+        const auto guides = static_cast<std::size_t>(
+            std::count(m_styles.ribbon.begin(), m_styles.ribbon.end(), true));
+        m_scene.dots.reserve(dots);
+        m_scene.lines.reserve(guides);
+        m_scene.points.reserve(dots + guides);
+        m_scene.colours.reserve(dots + guides);
+        m_scene.ids.reserve(dots + guides);
+    }
+
     std::uint32_t addPoint(std::uint32_t atom) {
         m_scene.points.push_back(m_contents.positions[atom]);
         m_scene.colours.push_back(m_legible(m_marks.colours[atom]));
@@ -253,7 +271,7 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
     m_look = look;
     m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
     auto scene = std::make_shared<Scene>();
-    Making(*snapshot.contents, *snapshot.marks, m_styles, look.background, *scene).run();
+    Making(snapshot.contents, *snapshot.marks, m_styles, look.background, *scene).run();
     for (const auto& mesh : m_ribbons.meshes(snapshot.contents, *snapshot.marks, m_styles))
         if (!mesh->triangles.empty())
             scene->meshes.push_back(mesh);

@@ -19,8 +19,7 @@ public:
     SceneMaker();
     ~SceneMaker();
 
-    /// Everything that is shown, with the ids of idOf(); only atoms that are drawn have points. The
-    /// same as before, if nothing changed.
+    /// Everything that is shown, with the ids of idOf(). The same as before, if nothing changed.
     std::shared_ptr<const Scene> scene(const Snapshot& snapshot, const Look& look);
     /// A scene that stands for the last scene() while it moves: atoms as dots, at most
     /// `dotsWhileMoving` of them, so that some atoms of large scenes have none; ribbons as lines.
