@@ -1,6 +1,5 @@
 #include "DataReader.h"
 
-#include "DataWalk.h"
 #include "SelectionChanges.h"
 #include "Shapes.h"
 #include "Space.h"
@@ -29,13 +28,31 @@ bool isSame(const Point& a, const Point& b) {
            std::bit_cast<std::array<std::uint32_t, 3>>(b);
 }
 
-// Null when an atom has moved, or a mesh or a line is another one.
+// Whether each bond is shown; false when one is not where it was.
+bool readBonds(const std::vector<BondRun>& runs, std::vector<std::uint8_t>& shown) {
+    for (const BondRun& run : runs) {
+        Compound** const children = run.parent->ChildBegin();
+        const auto end = std::size_t(run.first) + run.count;
+        if (static_cast<std::size_t>(run.parent->ChildEnd() - children) < end)
+            return false;
+        for (std::size_t i = run.first; i != end; ++i) {
+            if (i + ahead < end)
+                __builtin_prefetch(children[i + ahead]);
+            if (!children[i])
+                return false;
+            shown.push_back(children[i]->IsVisible() ? 1 : 0);
+        }
+    }
+    return true;
+}
+
+// Null when an atom has moved, a mesh or a line is another one, or a bond is not where it was.
 std::shared_ptr<const Marks> marksOf(const Contents& contents, const std::vector<Compound*>& items,
-                                     const std::vector<Compound*>& bonds) {
+                                     const std::vector<BondRun>& bonds) {
     auto marks = std::make_shared<Marks>();
     marks->colours.resize(items.size());
     marks->shown.resize(items.size());
-    marks->bonds.resize(bonds.size());
+    marks->bonds.reserve(contents.bonds.size());
     for (std::size_t i = 0; i != items.size(); ++i) {
         fetch(items, i);
         const Compound* const item = items[i];
@@ -47,10 +64,8 @@ std::shared_ptr<const Marks> marksOf(const Contents& contents, const std::vector
     for (const Shape& shape : contents.shapes)
         if (!isAsRead(shape, items[shape.item]))
             return nullptr;
-    for (std::size_t i = 0; i != bonds.size(); ++i) {
-        fetch(bonds, i);
-        marks->bonds[i] = bonds[i]->IsVisible() ? 1 : 0;
-    }
+    if (!readBonds(bonds, marks->bonds))
+        return nullptr;
     return marks;
 }
 

@@ -3,6 +3,7 @@
 
 #include "Compound.h"
 #include "Contents.h"
+#include "DataWalk.h"
 #include "DestroyObserver.h"
 #include "Vertex.h"
 
@@ -44,7 +45,7 @@ private:
     std::function<void()> m_gone;
     Snapshot m_snapshot;
     std::vector<TAVIK::Compound*> m_items;
-    std::vector<TAVIK::Compound*> m_bonds;
+    std::vector<BondRun> m_bonds;
     std::uint64_t m_selectionChanges = 0;
     bool m_isStale = false; ///< items were destroyed
 };

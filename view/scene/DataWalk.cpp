@@ -39,34 +39,27 @@ Kind kindOf(const Compound* item) {
 // top level, and leave gaps where other items stand.
 class IndexById {
 public:
-    explicit IndexById(const std::vector<Compound*>& atoms) {
-        if (atoms.empty())
+    explicit IndexById(const std::vector<unsigned int>& ids) {
+        if (ids.empty())
             return;
-        unsigned int last = 0;
-        m_first = std::numeric_limits<unsigned int>::max();
-        for (const Compound* atom : atoms) {
-            const unsigned int id = atom->GetId();
-            m_first = std::min(m_first, id);
-            last = std::max(last, id);
-        }
-        const std::size_t range = std::size_t(last) - m_first + 1;
-        m_isDense = range / 8 <= atoms.size();
+        const auto [least, greatest] = std::minmax_element(ids.begin(), ids.end());
+        m_first = *least;
+        const std::size_t range = std::size_t(*greatest) - m_first + 1;
+        m_isDense = range / 8 <= ids.size();
         if (m_isDense)
             m_table.assign(range, noAtom);
         else
-            m_sorted.reserve(atoms.size());
-        for (std::uint32_t i = 0; i != atoms.size(); ++i) {
-            const unsigned int id = atoms[i]->GetId();
+            m_sorted.reserve(ids.size());
+        for (std::uint32_t i = 0; i != ids.size(); ++i) {
             if (m_isDense)
-                m_table[id - m_first] = i;
+                m_table[ids[i] - m_first] = i;
             else
-                m_sorted.emplace_back(id, i);
+                m_sorted.emplace_back(ids[i], i);
         }
         std::sort(m_sorted.begin(), m_sorted.end());
     }
 
-    std::uint32_t of(const Compound* item) const {
-        const unsigned int id = item->GetId();
+    std::uint32_t of(unsigned int id) const {
         if (m_isDense)
             return id >= m_first && id - m_first < m_table.size() ? m_table[id - m_first] : noAtom;
         const auto found =
@@ -118,9 +111,7 @@ private:
             takeAtom(item);
             break;
         case Kind::Bond:
-            if (item->PartEnd() - item->PartBegin() == 2)
-                m_out.bonds.push_back(item);
-            break;
+            break; // without a parent, and so without atoms that are drawn
         case Kind::Residue:
             startResidue(item->GetName(), true);
             visitChildren(item);
@@ -143,10 +134,31 @@ private:
     }
 
     void visitChildren(Compound* item) {
+        Compound** const begin = item->ChildBegin();
         Compound** const end = item->ChildEnd();
-        for (Compound** child = item->ChildBegin(); child != end; ++child)
-            if (*child)
+        for (Compound** child = begin; child != end; ++child) {
+            if (!*child)
+                continue;
+            if (m_kinds.of(*child, kindOf) == Kind::Bond)
+                takeBond(*child, item, static_cast<std::uint32_t>(child - begin));
+            else
                 visit(*child);
+        }
+    }
+
+    void takeBond(Compound* bond, Compound* parent, std::uint32_t place) {
+        Compound* const* const parts = bond->PartBegin();
+        if (bond->PartEnd() - parts != 2)
+            return;
+        m_bondIds.push_back({parts[0]->GetId(), parts[1]->GetId()});
+        addToRuns(m_out.bonds, parent, place);
+    }
+    static void addToRuns(std::vector<BondRun>& runs, Compound* parent, std::uint32_t place) {
+        if (!runs.empty() && runs.back().parent == parent &&
+            runs.back().first + runs.back().count == place)
+            ++runs.back().count;
+        else
+            runs.push_back({parent, place, 1});
     }
 
     void startResidue(const std::string& name, bool isResidue) {
@@ -183,21 +195,28 @@ private:
         m_contents.atomicNumbers.push_back(number);
         m_contents.roles.push_back(role);
         m_out.items.push_back(atom);
+        m_ids.push_back(atom->GetId());
     }
 
+    // Bonds to atoms that are not among those that were collected are left out.
     void takeBonds() {
-        const IndexById indices(m_out.items);
-        std::vector<Compound*> kept;
-        kept.reserve(m_out.bonds.size());
-        m_contents.bonds.reserve(m_out.bonds.size());
-        for (Compound* bond : m_out.bonds) {
-            Compound* const* parts = bond->PartBegin();
-            const Segment segment{indices.of(parts[0]), indices.of(parts[1])};
-            if (segment.from == noAtom || segment.to == noAtom)
-                continue;
-            m_contents.bonds.push_back(segment);
-            kept.push_back(bond);
+        const IndexById indices(m_ids);
+        m_ids = {};
+        std::vector<BondRun> kept;
+        std::size_t bond = 0;
+        std::size_t last = 0;
+        for (const BondRun& run : m_out.bonds) {
+            for (std::uint32_t i = 0; i != run.count; ++i) {
+                const Segment& ids = m_bondIds[bond++];
+                const Segment segment{indices.of(ids.from), indices.of(ids.to)};
+                if (segment.from == noAtom || segment.to == noAtom)
+                    continue;
+                m_bondIds[last++] = segment;
+                addToRuns(kept, run.parent, run.first + i);
+            }
         }
+        m_bondIds.resize(last);
+        m_contents.bonds = std::move(m_bondIds);
         m_out.bonds = std::move(kept);
     }
 
@@ -271,6 +290,8 @@ private:
     Contents& m_contents = m_out.contents;
     ByClass<Kind> m_kinds;
     std::vector<Compound*> m_others;
+    std::vector<unsigned int> m_ids; ///< of the atoms
+    std::vector<Segment> m_bondIds;  ///< of the bonds' atoms
     std::uint32_t m_chain = 0;
     bool m_isInResidue = false;
     std::string m_name; ///< of the residue whose atoms are being taken

@@ -4,14 +4,22 @@
 #include "Compound.h"
 #include "Contents.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace view {
 
+/// Bonds that follow each other among the children of an item.
+struct BondRun {
+    TAVIK::Compound* parent;
+    std::uint32_t first; ///< index of a child
+    std::uint32_t count;
+};
+
 struct Collected {
     Contents contents;
     std::vector<TAVIK::Compound*> items; ///< by index, as Contents has them
-    std::vector<TAVIK::Compound*> bonds; ///< likewise
+    std::vector<BondRun> bonds;          ///< those of Contents, in that order
 };
 
 /// Everything below `root`, or `root` itself if it is no composite. Members of sets stand

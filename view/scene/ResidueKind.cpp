@@ -7,45 +7,71 @@ namespace view {
 
 namespace {
 
-template <std::size_t size>
-bool isOneOf(const std::array<std::string_view, size>& names, std::string_view name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
+// Names are compared as numbers, as there is one for each of a million atoms: their bytes, if there
+// are at most four; else 0, which is the name of nothing here.
+constexpr std::uint32_t packed(std::string_view name) {
+    if (name.size() > sizeof(std::uint32_t))
+        return 0;
+    std::uint32_t bytes = 0;
+    for (const char c : name)
+        bytes = bytes << 8U | static_cast<unsigned char>(c);
+    return bytes;
 }
 
-constexpr std::array<std::string_view, 9> waters = {"HOH", "DOD",  "WAT",  "H2O", "TIP",
-                                                    "SOL", "TIP3", "TIP4", "OH2"};
-constexpr std::array<std::string_view, 20> aminoAcids = {
-    "ALA", "ARG", "ASN", "ASP", "CYS", "GLN", "GLU", "GLY", "HIS", "ILE",
-    "LEU", "LYS", "MET", "PHE", "PRO", "SER", "THR", "TRP", "TYR", "VAL"};
-constexpr std::array<std::string_view, 10> nucleotides = {"A",  "C",  "G",  "U",  "T",
-                                                          "DA", "DC", "DG", "DT", "DU"};
+template <std::size_t size>
+constexpr std::array<std::uint32_t, size> packed(const std::string_view (&names)[size]) {
+    std::array<std::uint32_t, size> all{};
+    for (std::size_t i = 0; i != size; ++i)
+        all[i] = packed(names[i]);
+    return all;
+}
+
+template <std::size_t size>
+bool isOneOf(const std::array<std::uint32_t, size>& names, std::string_view name) {
+    return std::find(names.begin(), names.end(), packed(name)) != names.end();
+}
+
+constexpr auto waters = packed({"HOH", "DOD", "WAT", "H2O", "TIP", "SOL", "TIP3", "TIP4", "OH2"});
+constexpr auto aminoAcids =
+    packed({"ALA", "ARG", "ASN", "ASP", "CYS", "GLN", "GLU", "GLY", "HIS", "ILE",
+            "LEU", "LYS", "MET", "PHE", "PRO", "SER", "THR", "TRP", "TYR", "VAL"});
+constexpr auto nucleotides = packed({"A", "C", "G", "U", "T", "DA", "DC", "DG", "DT", "DU"});
 
 } // namespace
 
 Role roleOf(std::string_view name, std::uint8_t number) {
     enum : std::uint8_t { Carbon = 6, Nitrogen = 7, Oxygen = 8, Phosphorus = 15 };
+    const std::uint32_t bytes = packed(name);
     switch (number) {
     case Carbon:
-        if (name == "CA")
+        switch (bytes) {
+        case packed("CA"):
             return Role::CA;
-        if (name == "C")
+        case packed("C"):
             return Role::C;
-        if (name.size() == 3 && name[0] == 'C' && (name[2] == '\'' || name[2] == '*'))
-            return name[1] == '1'   ? Role::C1Sugar
-                   : name[1] == '3' ? Role::C3Sugar
-                   : name[1] == '4' ? Role::C4Sugar
-                                    : Role::None;
-        return Role::None;
+        case packed("C1'"):
+        case packed("C1*"):
+            return Role::C1Sugar;
+        case packed("C3'"):
+        case packed("C3*"):
+            return Role::C3Sugar;
+        case packed("C4'"):
+        case packed("C4*"):
+            return Role::C4Sugar;
+        default:
+            return Role::None;
+        }
     case Nitrogen:
-        if (name == "N")
+        if (bytes == packed("N"))
             return Role::N;
-        return name == "N1" || name == "N3" || name == "N9" ? Role::Base : Role::None;
+        return bytes == packed("N1") || bytes == packed("N3") || bytes == packed("N9") ? Role::Base
+                                                                                       : Role::None;
     case Oxygen:
-        if (name == "O")
+        if (bytes == packed("O"))
             return Role::O;
-        return name == "O3'" || name == "O3*" ? Role::O3Sugar : Role::None;
+        return bytes == packed("O3'") || bytes == packed("O3*") ? Role::O3Sugar : Role::None;
     case Phosphorus:
-        return name == "P" ? Role::P : Role::None;
+        return bytes == packed("P") ? Role::P : Role::None;
     default:
         return Role::None;
     }
