@@ -193,6 +193,28 @@ private slots:
         QCOMPARE(*reader.snapshot().selection, (view::SelectionMarks{0, 0, 1, 0, 0, 0, 0, 0}));
     }
 
+    void bondsAreFoundWhereverTheyStand() {
+        Structure made;
+        made.add("ALA 1", alanine(0));
+        made.bond(0, 1);
+        TAVIK::DataMaker::makeCore(made.bonds, "between", "Composite");
+        TAVIK::Compound* const second = made.bond(1, 2);
+        made.attach();
+        TAVIK::Compound* const loose = memory_host::addBond(space(), made.atoms[2], made.atoms[3]);
+        DataReader reader;
+        reader.read();
+        QCOMPARE(reader.snapshot().contents->bonds.size(), std::size_t(3));
+        QCOMPARE(reader.snapshot().contents->bonds[2].from, 2U);
+        second->SetVisible(false);
+        reader.refresh();
+        QCOMPARE(reader.snapshot().marks->bonds, (std::vector<std::uint8_t>{1, 0, 1}));
+        loose->SetVisible(false);
+        // One that came since, in a change that is still under way, moves none of the others.
+        made.bond(3, 4);
+        reader.refresh();
+        QCOMPARE(reader.snapshot().marks->bonds, (std::vector<std::uint8_t>{1, 0, 0}));
+    }
+
     void anUpdateWithoutAChangeGivesTheSameSnapshot() {
         Structure made;
         made.add("ALA 1", alanine(0));

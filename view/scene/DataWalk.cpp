@@ -91,7 +91,7 @@ public:
             m_isInResidue = false;
             ++m_chain;
             if (*entry)
-                visit(*entry);
+                visitChild(*entry, root, static_cast<std::uint32_t>(entry - root->ChildBegin()));
             closeResidue();
             if (m_contents.residues.size() != firstResidue)
                 m_contents.entries.push_back({firstResidue});
@@ -111,7 +111,7 @@ private:
             takeAtom(item);
             break;
         case Kind::Bond:
-            break; // without a parent, and so without atoms that are drawn
+            break; // the root, whose atoms are not below it
         case Kind::Residue:
             startResidue(item->GetName(), true);
             visitChildren(item);
@@ -136,14 +136,16 @@ private:
     void visitChildren(Compound* item) {
         Compound** const begin = item->ChildBegin();
         Compound** const end = item->ChildEnd();
-        for (Compound** child = begin; child != end; ++child) {
-            if (!*child)
-                continue;
-            if (m_kinds.of(*child, kindOf) == Kind::Bond)
-                takeBond(*child, item, static_cast<std::uint32_t>(child - begin));
-            else
-                visit(*child);
-        }
+        for (Compound** child = begin; child != end; ++child)
+            if (*child)
+                visitChild(*child, item, static_cast<std::uint32_t>(child - begin));
+    }
+
+    void visitChild(Compound* child, Compound* parent, std::uint32_t place) {
+        if (m_kinds.of(child, kindOf) == Kind::Bond)
+            takeBond(child, parent, place);
+        else
+            visit(child);
     }
 
     void takeBond(Compound* bond, Compound* parent, std::uint32_t place) {
