@@ -84,7 +84,7 @@ public:
              .items = m_atoms.size(),
              .itemName = "atom",
              .peer = "gemmi's NeighborSearch",
-             .target = scattered ? "" : "ratio at least 3",
+             .target = scattered ? "" : "ratio at least 5",
              .ours = {[&] {
                           m_item->SetSelected(false);
                           for (const std::size_t i : chosen)
@@ -126,9 +126,10 @@ public:
             {{"union", "applySelect"}, {"intersection", "applyMask"}, {"difference", "applyDiff"}}};
         for (const auto& [name, slot] : operations) {
             const bool all = QLatin1String(slot) != QLatin1String("applyMask");
+            const bool isUnion = QLatin1String(slot) == QLatin1String("applySelect");
             // A union that selects nothing new would leave the window nothing to do.
-            const auto prepare = [&, before = QLatin1String(slot) != QLatin1String("applySelect")] {
-                m_item->SetSelected(before);
+            const auto prepare = [&] {
+                m_item->SetSelected(!isUnion);
                 m_window.commUpdate();
             };
             run({.work = std::string(name) + " by (" + chain.toStdString() + ", " +
@@ -137,7 +138,7 @@ public:
                  .items = m_atoms.size(),
                  .itemName = "atom",
                  .peer = "one QRegExp match an atom",
-                 .target = "ratio at least 5",
+                 .target = isUnion ? "ratio at least 8" : "ratio at least 5",
                  .ours = {prepare,
                           [&, called = slot] {
                               QMetaObject::invokeMethod(&m_window, called);

@@ -12,10 +12,12 @@
 #include <iostream>
 #include <limits>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <vector>
 
 #include <malloc.h>
+#include <time.h>
 
 namespace benchmarks {
 
@@ -32,6 +34,8 @@ struct Line {
 };
 
 Clock::time_point started;
+double processorStarted = 0.0; // seconds
+std::optional<double> told;    // seconds, by setTime()
 std::vector<Line> lines;
 std::vector<MemoryLine> memoryLines;
 std::string wanted; // part of a work's name
@@ -70,24 +74,39 @@ private:
     std::map<std::string, double> m_best;
 };
 
-void registerTurns(const std::string& name, const Contestant& contestant, double& peak, int turns) {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [&contestant, &peak](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         if (contestant.prepare)
-                                             contestant.prepare();
-                                         resetPeak();
-                                         const double before = statusBytes("VmRSS:");
-                                         startClock();
-                                         contestant.work();
-                                         const std::chrono::duration<double> took =
-                                             Clock::now() - started;
-                                         state.SetIterationTime(took.count());
-                                         peak = std::max(peak, statusBytes("VmHWM:") - before);
-                                         if (contestant.finish)
-                                             contestant.finish();
-                                     }
-                                 })
+// Of all threads of this process, in seconds.
+double processorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+// In seconds, since startClock().
+double timeTaken(bool isProcessorTime) {
+    if (told)
+        return *told;
+    if (isProcessorTime)
+        return processorTime() - processorStarted;
+    return std::chrono::duration<double>(Clock::now() - started).count();
+}
+
+void registerTurns(const std::string& name, const Contestant& contestant, bool isProcessorTime,
+                   double& peak, int turns) {
+    const auto takeTurn = [&contestant, &peak, isProcessorTime](benchmark::State& state) {
+        for (auto _ : state) {
+            if (contestant.prepare)
+                contestant.prepare();
+            resetPeak();
+            const double before = statusBytes("VmRSS:");
+            startClock();
+            contestant.work();
+            state.SetIterationTime(timeTaken(isProcessorTime));
+            peak = std::max(peak, statusBytes("VmHWM:") - before);
+            if (contestant.finish)
+                contestant.finish();
+        }
+    };
+    benchmark::RegisterBenchmark(name.c_str(), takeTurn)
         ->UseManualTime()
         ->Iterations(1)
         ->Repetitions(turns);
@@ -116,7 +135,13 @@ std::string sizeName(std::size_t atoms) {
 } // namespace
 
 void startClock() {
+    told.reset();
+    processorStarted = processorTime();
     started = Clock::now();
+}
+
+void setTime(double seconds) {
+    told = seconds;
 }
 
 void runOnly(const std::string& text) {
@@ -133,10 +158,10 @@ void run(const Contest& contest, int turns) {
     Line line{contest};
     std::cerr << contest.work << ", " << contest.size << " atoms ..." << std::flush;
     benchmark::ClearRegisteredBenchmarks();
-    registerTurns("ours", line.contest.ours, line.ourPeak, turns);
+    registerTurns("ours", contest.ours, contest.isProcessorTime, line.ourPeak, turns);
     const bool theyRun = !contest.peer.empty() && hasMemory(contest.theirBytes);
     if (theyRun)
-        registerTurns("theirs", line.contest.theirs, line.theirPeak, turns);
+        registerTurns("theirs", contest.theirs, contest.isProcessorTime, line.theirPeak, turns);
     BestTimes best;
     benchmark::RunSpecifiedBenchmarks(&best);
     line.ourSeconds = best.seconds("ours");

@@ -25,6 +25,8 @@ struct Contest {
     std::string target{};  ///< the goal, as text
     double theirBytes = 0; ///< least memory that the competitor needs; it is left out on a
                            ///< machine with less
+    /// Processor time of all threads, ours and the competitor's, instead of what a clock shows.
+    bool isProcessorTime = false;
     Contestant ours;
     Contestant theirs{};
 };
@@ -44,6 +46,8 @@ struct MemoryLine {
 /// Restarts the clock of the work in progress: what came before, such as opening a dialog, does not
 /// count.
 void startClock();
+/// What the work in progress took, in seconds, where the clock of this process cannot tell.
+void setTime(double seconds);
 
 /// From now on only works whose name contains `text` are run.
 void runOnly(const std::string& text);

@@ -1,33 +1,143 @@
 #!/usr/bin/python3
-"""Draws the atoms of a structure file as spheres with PyMOL: picture-peer.py FILE.
+"""Draws a structure file with PyMOL, beside the view: picture-peer.py FILE.
 
-Writes the number of atoms to standard output, then draws a picture for each line of standard input,
-which is its size as "1280 800", and answers with its number of bytes. Without a display the program
-has its ray tracer only: on one thread, without shadows, each atom a sphere of 1.7 A.
+Writes the number of atoms to standard output, and then answers each line of standard input with a
+number, 0 if it could not be done:
+
+show points|spheres|sticks|ribbons
+    Shows the atoms so, and draws the first picture, for which everything is made.
+camera HEIGHT X Y Z
+    Looks from the front, with that many A from the lower to the upper edge of the picture, and that
+    point in the middle.
+draw, redraw, ray
+    Turns the camera a little and draws a picture of 1280 x 800 pixels with one sample each, into
+    memory with OpenGL, into the window with OpenGL, or with the ray tracer, without shadows. The
+    answer is the processor time that all threads of the program took, in nanoseconds.
+save PATH
+    Writes the picture of the window to a file.
+
+The window is on a display of its own, which Xvfb keeps in memory, and OpenGL is Mesa's on the
+processor.
 """
+import ctypes
+import math
 import os
+import subprocess
 import sys
+import time
 
-import pymol
-from pymol import cmd
+SIZE = (1280, 800)
 
-# What the program itself writes goes to standard error.
+# What the programs themselves write goes to standard error.
 answers = os.fdopen(os.dup(1), "w")
 os.dup2(2, 1)
-pymol.finish_launching(["pymol", "-cqk"])
-cmd.set("connect_mode", 1)  # as the file lists them: bonds are not drawn
-cmd.load(sys.argv[1], "loaded")
-cmd.remove("not present")  # made for residues that the file has no coordinates of
-cmd.alter("all", "vdw = 1.7")
-cmd.hide("everything")
-cmd.show("spheres")
-cmd.reset()
-cmd.zoom("all", 2, complete=1)
-for setting, value in (("orthoscopic", 1), ("antialias", 0), ("ray_shadows", 0),
-                       ("ray_trace_mode", 0), ("max_threads", 1)):
-    cmd.set(setting, value)
-print(cmd.count_atoms("all"), file=answers, flush=True)
-for line in sys.stdin:
-    width, height = map(int, line.split())
-    cmd.ray(width, height)
-    print(4 * width * height, file=answers, flush=True)
+
+
+def start_display():
+    """Starts Xvfb, which ends when this process closes the pipe that it holds."""
+    reading, writing = os.pipe()
+    server = subprocess.Popen(
+        ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1400x1000x24", "-nolisten", "tcp"],
+        pass_fds=[writing], stderr=subprocess.DEVNULL)
+    os.close(writing)
+    with os.fdopen(reading) as number:
+        os.environ["DISPLAY"] = ":" + number.readline().strip()
+    return server
+
+
+def answer(number):
+    print(number, file=answers, flush=True)
+
+
+def show(cmd, what):
+    cmd.hide("everything")
+    # Points are spheres that are drawn as the points of OpenGL.
+    cmd.set("sphere_mode", 1 if what == "points" else -1)
+    if what in ("points", "spheres"):
+        cmd.show("spheres")
+    elif what == "sticks":
+        cmd.show("sticks")
+        cmd.show("nb_spheres")  # atoms without a bond
+    else:
+        cmd.show("cartoon", "polymer")
+        cmd.show("sticks", "not polymer and not solvent")
+        cmd.show("nb_spheres", "not polymer and not solvent")
+
+
+def look(cmd, height, x, y, z):
+    distance = height / 2 / math.tan(math.radians(cmd.get_setting_float("field_of_view") / 2))
+    identity = [1, 0, 0, 0, 1, 0, 0, 0, 1]
+    # The clipping planes, all around everything.
+    planes = [max(distance - 2 * height, 0.1), distance + 2 * height]
+    cmd.set_view(identity + [0, 0, -distance, x, y, z] + planes + [1])
+
+
+def nanoseconds(cmd, finish, draw):
+    cmd.turn("y", 3)
+
+    def timed():
+        finish()
+        start = time.process_time_ns()
+        draw()
+        finish()
+        return time.process_time_ns() - start
+
+    # On the thread that has the OpenGL context.
+    return cmd._call_with_opengl_context(timed)
+
+
+def wait_for_window(cmd, gl):
+    """Before the window is on the screen, nothing is drawn."""
+    gl.glGetString.restype = ctypes.c_char_p
+    vendor = 0x1F00
+    for _ in range(600):
+        if (tuple(cmd.get_viewport()) == SIZE
+                and cmd._call_with_opengl_context(lambda: gl.glGetString(vendor))):
+            return
+        time.sleep(0.05)
+    raise RuntimeError("the window does not appear")
+
+
+def serve(cmd, finish):
+    draws = {"draw": lambda: cmd.draw(*SIZE, 0), "redraw": cmd.refresh, "ray": lambda: cmd.ray(*SIZE)}
+    for line in sys.stdin:
+        command, *words = line.split()
+        if command == "show":
+            show(cmd, words[0])
+            nanoseconds(cmd, finish, draws["redraw"])
+            answer(1)
+        elif command == "camera":
+            look(cmd, *map(float, words))
+            answer(1)
+        elif command == "save":
+            cmd.png(words[0], ray=0)
+            answer(1)
+        else:
+            answer(nanoseconds(cmd, finish, draws[command]))
+
+
+def main():
+    server = start_display()
+    try:
+        os.environ.update(LIBGL_ALWAYS_SOFTWARE="1", QT_QPA_PLATFORM="xcb")
+        import pymol
+        from pymol import cmd
+        pymol.finish_launching(["pymol", "-qxki", "-W", str(SIZE[0]), "-H", str(SIZE[1])])
+        gl = ctypes.CDLL("libGL.so.1")
+        cmd.viewport(*SIZE)
+        for setting, value in (("orthoscopic", 1), ("antialias", 0), ("ray_shadows", 0),
+                               ("ray_trace_mode", 0), ("max_threads", 1), ("valence", 0),
+                               ("stick_radius", 0.22), ("sphere_point_size", 3)):
+            cmd.set(setting, value)
+        cmd.load(sys.argv[1], "loaded")
+        cmd.remove("not present")  # made for residues that the file has no coordinates of
+        wait_for_window(cmd, gl)
+        answer(cmd.count_atoms("all"))
+        serve(cmd, gl.glFinish)
+    finally:
+        server.terminate()
+        answers.flush()
+        os._exit(0)  # its window's thread does not end by itself
+
+
+main()

@@ -9,8 +9,9 @@ packages_build=(cmake ninja-build g++ qt6-base-dev qt6-5compat-dev gemmi-dev tao
     zlib1g-dev libnanoflann-dev fonts-dejavu-core)
 packages_test=(binutils locales xvfb xdotool imagemagick dssp)
 packages_benchmarks=(libbenchmark-dev)
-# Competitors that are programs of their own; the benchmarks leave out those that are not there.
-packages_competitors=(python3-pymol)
+# Competitors that are programs of their own, and the display and the OpenGL on the processor with
+# which one draws; the benchmarks leave out those that are not there.
+packages_competitors=(python3-pymol xvfb libgl1-mesa-dri)
 packages_format=(clang-format)
 packages_fuzz=(clang libclang-rt-dev llvm)
 
