@@ -268,6 +268,30 @@ private slots:
         small.resize(100, 100);
         QTRY_VERIFY(small.isUpToDate());
     }
+
+    void theNameUnderThePointerIsThatOfTheItemThatIsThere() {
+        const Structure first = fourAtoms().attach();
+        show();
+        const QPoint place = placeOf(first.atoms[0]);
+        hover(place);
+        QCOMPARE(m_view->line(), "/1abc/A/Groups/UNL 1/A");
+        {
+            const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::DataMaker::Destroy(first.entry);
+        }
+        {
+            const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            Structure other("2xyz");
+            other.add("UNL 1", {{"X", "C", {0, 0, 0}},
+                                {"B", "C", {10, 0, 0}},
+                                {"C", "C", {0, 10, 0}},
+                                {"D", "O", {10, 0, -10}},
+                                {"E", "C", {-10, -10, 10}}});
+            other.attach();
+        }
+        settle();
+        QCOMPARE(m_view->line(), "/2xyz/A/Groups/UNL 1/X");
+    }
 };
 
 REGISTER_TEST(CanvasTest)

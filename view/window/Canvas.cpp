@@ -336,9 +336,13 @@ void Canvas::leaveEvent(QEvent* event) {
 
 void Canvas::hover() {
     const Id id = m_isInside && m_drag == Drag::None ? idAt(m_last) : noId;
-    if (id == std::exchange(m_hovered, id))
+    const std::uint64_t generation = m_drawn.generation;
+    const bool isSame = id == m_hovered && (id == noId || generation == m_hoveredIn);
+    m_hovered = id;
+    m_hoveredIn = generation;
+    if (isSame)
         return;
-    emit hovered(id, m_drawn.generation);
+    emit hovered(id, generation);
 }
 
 } // namespace view

@@ -114,7 +114,8 @@ private:
     QPoint m_last;           ///< where the pointer is
     bool m_isInside = false; ///< whether it is over the widget
     Id m_hovered = noId;
-    DrawingThread m_thread; ///< last, and so the first to be destroyed
+    std::uint64_t m_hoveredIn = 0; ///< the generation of that id
+    DrawingThread m_thread;        ///< last, and so the first to be destroyed
 };
 
 } // namespace view
