@@ -51,10 +51,13 @@ void PictureDialog::check() {
 }
 
 void PictureDialog::browse() {
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save picture"), m_path->text(),
-                                                      tr("Pictures (*.png)"));
-    if (!path.isEmpty())
-        m_path->setText(path);
+    auto* const dialog =
+        new QFileDialog(this, tr("Save picture"), m_path->text(), tr("Pictures (*.png)"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setDefaultSuffix(QStringLiteral("png"));
+    connect(dialog, &QFileDialog::fileSelected, m_path, &QLineEdit::setText);
+    dialog->open();
 }
 
 PictureRequest PictureDialog::request() const {

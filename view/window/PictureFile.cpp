@@ -5,6 +5,7 @@
 #include <QSaveFile>
 
 #include <charconv>
+#include <exception>
 #include <new>
 
 namespace view {
@@ -61,6 +62,8 @@ std::string writePicture(const Order& order, const QString& path, const std::sto
             return cannot(path, writer.errorString());
     } catch (const std::bad_alloc&) {
         return cannot(path, QStringLiteral("there is not enough memory"));
+    } catch (const std::exception& failure) {
+        return cannot(path, QString::fromLocal8Bit(failure.what()));
     }
     return file.commit() ? std::string() : cannot(path, file.errorString());
 }

@@ -23,6 +23,7 @@ namespace view {
 
 class Canvas;
 class ElidedLabel;
+struct PictureRequest;
 
 /// The view's one window. It owns no data. It is told of every change, and reads the data again in
 /// the event loop that follows, once for any number of changes; while it is hidden it reads
@@ -66,7 +67,7 @@ public slots:
     void setLightBackground(bool on);
     void setDepthCue(bool on);
     void setFullScreen(bool on);
-    /// Asks for size and file, and saves a picture, on a thread of its own.
+    /// Asks for size and file in a dialog, which saves a picture when it is accepted.
     void askForPicture();
 
 protected:
@@ -76,6 +77,8 @@ protected:
 private:
     /// What savePicture() draws.
     Order pictureOrder(const QSize& size);
+    /// Saves a picture on a thread of its own.
+    void startPicture(const PictureRequest& request);
 
     enum class Due { Nothing, Marks, Everything };
 

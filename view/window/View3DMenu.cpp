@@ -13,6 +13,8 @@
 #include <QMenuBar>
 
 #include <array>
+#include <stop_token>
+#include <utility>
 
 namespace view {
 
@@ -135,15 +137,21 @@ void View3D::keyPressEvent(QKeyEvent* event) {
 
 void View3D::askForPicture() {
     const QSize size = m_canvas->size() * m_canvas->devicePixelRatioF();
-    PictureDialog dialog(this, size);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    const PictureRequest request = dialog.request();
-    // A large picture takes a while. One that is still being written is finished first.
-    if (m_saving.joinable())
-        m_saving.join();
-    m_saving = std::jthread([this, order = pictureOrder(request.size),
-                             path = request.path](const std::stop_token& stop) {
+    auto* const dialog = new PictureDialog(this, size);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog] { startPicture(dialog->request()); });
+    dialog->open();
+}
+
+// A large picture takes a while.
+void View3D::startPicture(const PictureRequest& request) {
+    m_saving = std::jthread([this, before = std::move(m_saving), order = pictureOrder(request.size),
+                             path = request.path](const std::stop_token& stop) mutable {
+        // One that is still being written is finished first.
+        if (before.joinable()) {
+            const std::stop_callback both(stop, [&before] { before.request_stop(); });
+            before.join();
+        }
         const QString problem = QString::fromStdString(writePicture(order, path, stop));
         QMetaObject::invokeMethod(
             this,

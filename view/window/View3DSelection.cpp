@@ -10,6 +10,8 @@
 #include "Space.h"
 #include "scene/DataWalk.h"
 
+#include <QPointer>
+
 #include <limits>
 #include <vector>
 
@@ -56,15 +58,19 @@ Point middleOf(Compound* item) {
 } // namespace
 
 template <class Change> void View3D::changeSelection(const char* command, Change change) {
+    // Whoever is told of it may end the window.
+    const QPointer<View3D> window(this);
     bool isChanged = false;
     changeData(DataPoint<Space>(this, Space::instance(), command), [&](DataPoint<Space>& guard) {
         change(guard);
         isChanged = true;
     });
+    if (!window)
+        return;
+    // It is not told of its own changes.
+    schedule(Due::Marks);
     if (!isChanged)
         say(tr("Nothing was selected: the data are being changed"));
-    // The window is not told of its own changes.
-    schedule(Due::Marks);
 }
 
 void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers) {
@@ -79,14 +85,16 @@ void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifi
         return;
     }
     const bool selects = !toggles || !item->IsSelected();
+    const QPointer<View3D> window(this);
     changeSelection("Select", [&](DataPoint<Space>& guard) {
         if (!adds && !toggles)
             Space::instance()->SetSelected(false);
         item->SetSelected(selects);
         TAVIK::setLabel(guard, selects ? "Select" : "Unselect", TAVIK::Changed(*item));
     });
-    // Whoever was told of the selection may have destroyed the item.
-    TAVIK::Focus::set(m_reader.item(id, generation), this);
+    // Whoever was told of the selection may have destroyed the item, too.
+    if (window)
+        TAVIK::Focus::set(m_reader.item(id, generation), this);
 }
 
 void View3D::focusMoved(Compound* item, bool center) {
