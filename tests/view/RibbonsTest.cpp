@@ -5,7 +5,11 @@
 #include "SceneTools.h"
 #include "TestSupport.h"
 
+#include <algorithm>
+#include <chrono>
 #include <set>
+#include <stop_token>
+#include <thread>
 
 using namespace scene_tools;
 using view::Representation;
@@ -20,6 +24,14 @@ std::set<view::Id> idsOf(const view::Mesh& mesh) {
 }
 std::set<view::Colour> coloursOf(const view::Mesh& mesh) {
     return {mesh.colours.begin(), mesh.colours.end()};
+}
+
+bool areSame(const view::Scene& a, const view::Scene& b) {
+    const auto isSame = [](const auto& one, const auto& other) {
+        return one->vertices == other->vertices && one->triangles == other->triangles &&
+               one->colours == other->colours && one->ids == other->ids;
+    };
+    return std::equal(a.meshes.begin(), a.meshes.end(), b.meshes.begin(), b.meshes.end(), isSame);
 }
 
 /// Two chains of four alanines each, 40 Å apart: atoms 0 to 19 and 20 to 39. CA are the second of
@@ -146,6 +158,47 @@ private slots:
         QCOMPARE(SceneMaker().scene(reader.snapshot(), ribbon)->meshes.size(), std::size_t(1));
         QCOMPARE(SceneMaker().scene(reader.snapshot(), ribbon)->meshes[0]->triangles.size(),
                  together);
+    }
+
+    void aStopRequestEndsTheMakingOfAScene() {
+        TwoChains made;
+        view::DataReader reader;
+        reader.read();
+        std::stop_source stop;
+        stop.request_stop();
+        SceneMaker maker;
+        QVERIFY(!maker.scene(reader.snapshot(), ribbon, stop.get_token()));
+        QVERIFY(!maker.quickScene());
+        QVERIFY(areSame(*maker.scene(reader.snapshot(), ribbon),
+                        *SceneMaker().scene(reader.snapshot(), ribbon)));
+    }
+
+    // Colours and models change in between, as they do when data come faster than scenes.
+    void aSceneThatWasStoppedAnywhereIsWholeTheNextTime() {
+        memory_host::openFile(structure("6zu5.cif").toStdString());
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        int stopped = 0;
+        for (int i = 0; i != 12; ++i) {
+            Items atoms;
+            TAVIK::GetAtoms(space(), atoms, true);
+            for (std::size_t atom = 0; atom < atoms.size(); atom += 1000)
+                atoms[atom + std::size_t(i)]->SetColor(Color(0xff000000U + unsigned(i)));
+            reader.refresh();
+            std::stop_source stop;
+            std::jthread stopping([&] {
+                std::this_thread::sleep_for(std::chrono::milliseconds(2 * i));
+                stop.request_stop();
+            });
+            if (!maker.scene(reader.snapshot(), ribbon, stop.get_token()))
+                ++stopped;
+            if (i % 4 == 3) {
+                const auto again = maker.scene(reader.snapshot(), ribbon);
+                QVERIFY(areSame(*again, *SceneMaker().scene(reader.snapshot(), ribbon)));
+            }
+        }
+        QVERIFY(stopped > 0);
     }
 
     void otherRepresentationsHaveNoRibbon() {

@@ -58,7 +58,9 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
     if (order.width <= 0 || order.height <= 0)
         return {};
     const auto begin = std::chrono::steady_clock::now();
-    std::shared_ptr<const Scene> scene = m_maker.scene(order.snapshot, order.look);
+    std::shared_ptr<const Scene> scene = m_maker.scene(order.snapshot, order.look, stop);
+    if (!scene)
+        return {};
     if (scene != m_known.lock()) {
         m_known = scene;
         m_quick = Effort::OneSample;

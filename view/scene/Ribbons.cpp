@@ -87,7 +87,8 @@ std::uint32_t guideOf(const Contents& contents, const Marks& marks, std::size_t 
 }
 
 // The entries are structures of their own, and may stand in one place as models of one molecule do.
-void Ribbons::assign(const Contents& contents, const std::vector<Backbone>& backbones) {
+bool Ribbons::assign(const Contents& contents, const std::vector<Backbone>& backbones,
+                     const std::stop_token& stop) {
     m_structures.assign(contents.residues.size(), SecondaryStructure::Coil);
     std::vector<BackboneResidue> residues;
     std::vector<std::size_t> indices;
@@ -105,33 +106,36 @@ void Ribbons::assign(const Contents& contents, const std::vector<Backbone>& back
                                 residue.isProline, residue.chain});
             indices.push_back(i);
         }
+        if (stop.stop_requested())
+            return false;
         const std::vector<SecondaryStructure> found = secondaryStructure(residues);
         for (std::size_t i = 0; i != indices.size(); ++i)
             m_structures[indices[i]] = found[i];
     }
+    return true;
 }
 
-const std::vector<std::shared_ptr<const Mesh>>&
+const std::vector<std::shared_ptr<const Mesh>>*
 Ribbons::meshes(const std::shared_ptr<const Contents>& contents, const Marks& marks,
-                const Styles& styles) {
+                const Styles& styles, const std::stop_token& stop) {
     const auto count =
         static_cast<std::size_t>(std::count(styles.ribbon.begin(), styles.ribbon.end(), true));
     if (count == 0) {
         *this = Ribbons();
-        return m_meshes;
+        return &m_meshes;
     }
     try {
-        renew(contents, marks, styles, RibbonStyle::forResidues(count));
+        return renew(contents, marks, styles, RibbonStyle::forResidues(count), stop) ? &m_meshes
+                                                                                     : nullptr;
     } catch (...) {
         // What is kept must be of one time; without memory it may not be.
         *this = Ribbons();
         throw;
     }
-    return m_meshes;
 }
 
-void Ribbons::renew(const std::shared_ptr<const Contents>& contents, const Marks& marks,
-                    const Styles& styles, const RibbonStyle& style) {
+bool Ribbons::renew(const std::shared_ptr<const Contents>& contents, const Marks& marks,
+                    const Styles& styles, const RibbonStyle& style, const std::stop_token& stop) {
     std::vector<Backbone> backbones(contents->residues.size());
     for (std::size_t i = 0; i != backbones.size(); ++i)
         if (contents->residues[i].isPolymer) {
@@ -140,7 +144,9 @@ void Ribbons::renew(const std::shared_ptr<const Contents>& contents, const Marks
         }
     const bool isNew = m_contents != contents;
     if (isNew || backbones != m_backbones) {
-        assign(*contents, backbones);
+        m_contents = nullptr; // the structures are of no time until they are complete
+        if (!assign(*contents, backbones, stop))
+            return false;
         m_backbones = std::move(backbones);
         m_contents = contents;
     }
@@ -149,11 +155,11 @@ void Ribbons::renew(const std::shared_ptr<const Contents>& contents, const Marks
         m_meshes.clear();
     }
     m_style = style;
-    makeMeshes(marks, styles);
+    return makeMeshes(marks, styles, stop);
 }
 
 // Only of the chains that are not as before.
-void Ribbons::makeMeshes(const Marks& marks, const Styles& styles) {
+bool Ribbons::makeMeshes(const Marks& marks, const Styles& styles, const std::stop_token& stop) {
     const Contents& contents = *m_contents;
     std::vector<std::vector<RibbonResidue>> chains;
     std::uint32_t chain = 0;
@@ -171,10 +177,14 @@ void Ribbons::makeMeshes(const Marks& marks, const Styles& styles) {
     for (std::size_t i = 0; i != chains.size(); ++i) {
         if (m_meshes[i] && isSame(chains[i], m_chains[i]))
             continue;
+        if (stop.stop_requested())
+            return false;
         m_meshes[i] = nullptr;
-        m_meshes[i] = std::make_shared<const Mesh>(makeRibbon(chains[i], m_style));
+        m_chains[i] = std::move(chains[i]);
+        m_chains[i].shrink_to_fit();
+        m_meshes[i] = std::make_shared<const Mesh>(makeRibbon(m_chains[i], m_style));
     }
-    m_chains = std::move(chains);
+    return true;
 }
 
 } // namespace view

@@ -260,7 +260,8 @@ private:
 SceneMaker::SceneMaker() = default;
 SceneMaker::~SceneMaker() = default;
 
-std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const Look& look) {
+std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const Look& look,
+                                               const std::stop_token& stop) {
     if (m_scene && m_snapshot.contents == snapshot.contents && m_snapshot.marks == snapshot.marks &&
         m_look == look)
         return m_scene;
@@ -272,33 +273,35 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
     m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
     auto scene = std::make_shared<Scene>();
     Making(snapshot.contents, *snapshot.marks, m_styles, look.background, *scene).run();
-    for (const auto& mesh : m_ribbons.meshes(snapshot.contents, *snapshot.marks, m_styles))
+    const auto* const ribbons =
+        m_ribbons.meshes(snapshot.contents, *snapshot.marks, m_styles, stop);
+    if (!ribbons || stop.stop_requested())
+        return nullptr;
+    for (const auto& mesh : *ribbons)
         if (!mesh->triangles.empty())
             scene->meshes.push_back(mesh);
     for (const auto& mesh : coloured())
-        scene->meshes.push_back(mesh);
+        if (mesh)
+            scene->meshes.push_back(mesh);
     m_scene = std::move(scene);
     return m_scene;
 }
 
-// The meshes of the shapes that are shown, in their colours.
+// The meshes of the shapes, in their colours; null for what is not shown.
 const std::vector<std::shared_ptr<const Mesh>>& SceneMaker::coloured() {
     const Contents& contents = *m_snapshot.contents;
     const Marks& marks = *m_snapshot.marks;
     const bool isKnown = m_coloursOf.lock() == m_snapshot.contents;
-    std::vector<std::shared_ptr<const Mesh>> meshes;
-    for (const Shape& shape : contents.shapes) {
+    std::vector<std::shared_ptr<const Mesh>> meshes(contents.shapes.size());
+    for (std::size_t i = 0; i != meshes.size(); ++i) {
+        const Shape& shape = contents.shapes[i];
         if (!shape.mesh || shape.mesh->triangles.empty() || !marks.shown[shape.item])
             continue;
         // One that was coloured for the last scene serves again.
         const Colour colour = marks.colours[shape.item];
-        const auto isIt = [&](const auto& mesh) {
-            return mesh->ids == shape.mesh->ids && mesh->colours.front() == colour;
-        };
-        const auto last = shape.hasOwnColours || !isKnown
-                              ? m_coloured.end()
-                              : std::find_if(m_coloured.begin(), m_coloured.end(), isIt);
-        meshes.push_back(last != m_coloured.end() ? *last : inColour(shape, colour));
+        const auto* const last = isKnown ? m_coloured[i].get() : nullptr;
+        meshes[i] =
+            last && last->colours.front() == colour ? m_coloured[i] : inColour(shape, colour);
     }
     m_coloured = std::move(meshes);
     m_coloursOf = m_snapshot.contents;

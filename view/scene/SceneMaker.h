@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <stop_token>
 #include <vector>
 
 namespace view {
@@ -20,7 +21,9 @@ public:
     ~SceneMaker();
 
     /// Everything that is shown, with the ids of idOf(). The same as before, if nothing changed.
-    std::shared_ptr<const Scene> scene(const Snapshot& snapshot, const Look& look);
+    /// Null after a stop request.
+    std::shared_ptr<const Scene> scene(const Snapshot& snapshot, const Look& look,
+                                       const std::stop_token& stop = {});
     /// A scene that stands for the last scene() while it moves: atoms as dots, at most
     /// `dotsWhileMoving` of them, so that some atoms of large scenes have none; ribbons as lines.
     std::shared_ptr<const Scene> quickScene();
