@@ -7,6 +7,7 @@
 #include "PluginDocks.h"
 #include "StatusLine.h"
 
+#include "Ancestry.h"
 #include "ChangeData.h"
 #include "Changed.h"
 #include "DataMaker.h"
@@ -43,18 +44,13 @@ namespace {
 
 /// The top-level item that `item` is or stands in; null for null.
 TAVIK::Compound* entryOf(TAVIK::Compound* item) {
-    if (!item)
-        return nullptr;
-    const std::string name = item->GetFQName();
-    TAVIK::Space* const space = TAVIK::Space::instance();
-    for (TAVIK::Compound** entry = space->ChildBegin(); entry != space->ChildEnd(); ++entry) {
-        if (!*entry)
-            continue;
-        const std::string whole = (*entry)->GetFQName();
-        if (name.starts_with(whole) && (name.size() == whole.size() || name[whole.size()] == '/'))
-            return *entry;
+    while (item) {
+        TAVIK::Compound* const parent = TAVIK::GetParent(item);
+        if (parent == TAVIK::Space::instance())
+            break;
+        item = parent;
     }
-    return nullptr;
+    return item;
 }
 
 QStringList filesOf(const QMimeData* data) {

@@ -293,6 +293,16 @@ private slots:
         QVERIFY(!other.isAccepted());
     }
 
+    void ofEntriesOfOneNameTheOneInFocusIsClosed() {
+        open();
+        const test_data::Chains first(1, 1);
+        const test_data::Chains second(1, 2);
+        TAVIK::Focus::set(second.atom(0, 1, 0), nullptr);
+        entry("File", "Close Entry")->trigger();
+        QCOMPARE(entries().size(), 1);
+        QCOMPARE(TAVIK::Space::instance()->ChildBegin()[0], first.entry);
+    }
+
     void anEntryIsClosedByItsFocus() {
         open();
         const test_data::Chains first(1, 1);
