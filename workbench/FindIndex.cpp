@@ -206,6 +206,7 @@ void FindValues::read(const FindIndex& index, const FindExpression& expression) 
 }
 
 void FindValues::forgetState() {
+    positions.reset();
     selected.reset();
     hidden.reset();
 }

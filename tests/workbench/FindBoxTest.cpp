@@ -68,6 +68,20 @@ private slots:
         TestCase::cleanup();
     }
 
+    void whatIsNearFollowsAtomsThatMove() {
+        const test_data::Chains chains(2, 1);
+        m_window->type("within 2 of /A@N");
+        QCOMPARE(m_window->count(), "2 atoms");
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(chains.atom(1, 0, 0)),
+                                   TAVIK::Vertex(0.0F, 1.0F, 0.0F, true));
+        }
+        QTRY_VERIFY(!m_window->find->search().isRunning());
+        m_window->type("within 2 of /A@N");
+        QCOMPARE(m_window->count(), "3 atoms");
+    }
+
     void hitsAreListedAsOneTypes() {
         const test_data::Chains chains(2, 3);
         m_window->type("GLY");
