@@ -18,4 +18,7 @@ void benchmarkCommands(const std::string& path, int turns);
 /// Drawing all atoms as spheres.
 void benchmarkPictures(const std::string& path, int turns);
 
+/// Finding what is typed in the find box, timed from the key to the list of hits.
+void benchmarkFind(const std::string& path, int turns);
+
 } // namespace benchmarks

@@ -10,7 +10,7 @@ file(READ ${plots} picture)
 foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." "union by"
     "intersection by" "difference by" "Clear" "Invert" "Full groups" "Atoms by type" "Hide" "Show"
     "Set color" "Color by Temp" "Default color" "Colour Atoms by Residue" "Next Model" "Atom"
-    "Bond" "Residue" "picture of spheres")
+    "Bond" "Residue" "picture of spheres" "find @CA" "find within 5 of")
   foreach(text "${table}" "${picture}")
     string(FIND "${text}" "${work}" at)
     if(at EQUAL -1)

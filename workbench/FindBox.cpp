@@ -127,13 +127,12 @@ bool FindBox::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::KeyPress:
         return takeKey(*static_cast<QKeyEvent*>(event));
     case QEvent::FocusIn:
-        // So that the first key need not wait for it.
-        QMetaObject::invokeMethod(
-            this, [this] { m_search.warmUp(); }, Qt::QueuedConnection);
+        m_search.setReady(true);
         if (!m_search.isEmpty() || !m_search.problem().isEmpty())
             showHits();
         return false;
     case QEvent::FocusOut:
+        m_search.setReady(false);
         hideHits();
         return false;
     default:

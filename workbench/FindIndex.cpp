@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <limits>
 
 namespace workbench {
@@ -26,19 +27,26 @@ bool isWater(std::string_view name) {
 
 class IndexWalk : public TAVIK::AtomNameVisitor {
 public:
-    explicit IndexWalk(FindIndex& index) : m_index(index) {}
+    explicit IndexWalk(FindIndex& index) : m_index(index) {
+        // Counted first, which is quick: then nothing has to be moved while it grows.
+        std::vector<Compound*> atoms;
+        TAVIK::GetAtoms(TAVIK::Space::instance(), atoms, true);
+        index.atoms.reserve(atoms.size());
+        index.atomNames.reserve(atoms.size());
+    }
 
     bool Enter(Compound* composite, std::string_view part) override {
         m_levels.push_back({m_path.size(), m_chain});
         m_path += part;
         if (m_residueLevel != 0)
             return true;
-        if (dynamic_cast<TAVIK::Residue*>(composite)) {
+        const Role role = m_roles.of(composite, &roleOf);
+        if (role == Role::Residue) {
             m_residueLevel = m_levels.size();
             beginResidue(composite, part.substr(0, part.size() - 1));
         } else {
             m_place = none;
-            if (dynamic_cast<TAVIK::Molecule*>(composite)) {
+            if (role == Role::Chain) {
                 m_chain = static_cast<std::uint32_t>(m_index.chains.size());
                 m_index.chains.emplace_back(part.substr(0, part.size() - 1));
             }
@@ -70,6 +78,14 @@ private:
         std::size_t length;
         std::uint32_t chain;
     };
+
+    enum class Role { Residue, Chain, Group, Other };
+    static Role roleOf(const Compound* item) {
+        return dynamic_cast<const TAVIK::Residue*>(item)    ? Role::Residue
+               : dynamic_cast<const TAVIK::Molecule*>(item) ? Role::Chain
+               : dynamic_cast<const TAVIK::Group*>(item)    ? Role::Group
+                                                            : Role::Other;
+    }
 
     std::uint32_t placeOf(std::string_view path) {
         if (m_place == none) {
@@ -108,9 +124,9 @@ private:
         residue.kind = kindOf(item, name);
     }
     // The atoms of amino acids and nucleotides stand in groups, those of other residues do not.
-    static FindIndex::Kind kindOf(Compound* item, std::string_view name) {
+    FindIndex::Kind kindOf(Compound* item, std::string_view name) {
         for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child) {
-            if (!*child || !dynamic_cast<TAVIK::Group*>(*child))
+            if (!*child || m_roles.of(*child, &roleOf) != Role::Group)
                 continue;
             const std::string group = (*child)->GetName();
             if (isOneOf(group, {"Backbone", "Side chain"}))
@@ -139,6 +155,7 @@ private:
     }
 
     FindIndex& m_index;
+    TAVIK::detail::ByClass<Role> m_roles;
     std::string m_path;
     std::vector<Level> m_levels;
     std::uint32_t m_chain = none;
@@ -171,7 +188,23 @@ char alternateOf(const Compound* atom) {
     return letter == '\0' ? ' ' : letter;
 }
 
-void FindValues::read(const FindIndex& index, const FindExpression& expression) {
+bool FindValues::has(Part part) const {
+    switch (part) {
+    case Part::Positions:
+        return positions && !m_areOld;
+    case Part::Alternates:
+        return alternates != nullptr;
+    case Part::Elements:
+        return elements != nullptr;
+    case Part::Selected:
+        return selected != nullptr;
+    case Part::Hidden:
+        return hidden != nullptr;
+    }
+    return true;
+}
+
+void FindValues::read(const FindIndex& index, Part part) {
     const auto make = [&index](auto& values, auto value) {
         auto made = std::make_shared<std::vector<decltype(value(index.atoms.front()))>>();
         made->reserve(index.atoms.size());
@@ -186,27 +219,63 @@ void FindValues::read(const FindIndex& index, const FindExpression& expression) 
                 made->add(i);
         bits = std::move(made);
     };
-    if (!positions && expression.has(FindStep::Kind::Within)) {
-        constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-        make(positions, [](Compound* atom) {
-            const TAVIK::Vertex at = atom->GetPosition();
-            return at.isValid() ? Position{at[0], at[1], at[2]} : Position{nan, nan, nan};
-        });
-    }
-    if (!elements && expression.has(FindTerm::Kind::Element)) {
-        const NameKeys& names = index.names;
-        make(elements, [&names](Compound* atom) { return names.find(atom->GetType()); });
-    }
-    if (!alternates && expression.has(FindTerm::Kind::Alternate))
+    if (has(part))
+        return;
+    switch (part) {
+    case Part::Positions:
+        readPositions(index);
+        break;
+    case Part::Alternates:
         make(alternates, [](Compound* atom) { return alternateOf(atom); });
-    if (!selected && expression.has(FindTerm::Kind::Selected))
+        break;
+    case Part::Elements:
+        make(elements,
+             [&names = index.names](Compound* atom) { return names.find(atom->GetType()); });
+        break;
+    case Part::Selected:
         mark(selected, [](Compound* atom) { return atom->IsSelected(); });
-    if (!hidden && expression.has(FindTerm::Kind::Hidden))
+        break;
+    case Part::Hidden:
         mark(hidden, [](Compound* atom) { return !atom->IsVisible(); });
+        break;
+    }
+}
+
+// What was prepared of positions is kept while these are the same.
+void FindValues::readPositions(const FindIndex& index) {
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    auto made = std::make_shared<Positions>();
+    made->reserve(index.atoms.size());
+    for (const Compound* const atom : index.atoms) {
+        const TAVIK::Vertex at = atom->GetPosition();
+        made->push_back(at.isValid() ? NearSearch::Point{at[0], at[1], at[2]}
+                                     : NearSearch::Point{nan, nan, nan});
+    }
+    m_areOld = false;
+    // By their bits, as NaN is no number.
+    if (positions && positions->size() == made->size() &&
+        std::memcmp(positions->data(), made->data(), made->size() * sizeof(made->front())) == 0)
+        return;
+    positions = std::move(made);
+    near = std::async(std::launch::deferred,
+                      [from = positions] { return std::make_shared<const NearSearch>(*from); });
+}
+
+void FindValues::read(const FindIndex& index, const FindExpression& expression) {
+    if (expression.has(FindStep::Kind::Within))
+        read(index, Part::Positions);
+    if (expression.has(FindTerm::Kind::Element))
+        read(index, Part::Elements);
+    if (expression.has(FindTerm::Kind::Alternate))
+        read(index, Part::Alternates);
+    if (expression.has(FindTerm::Kind::Selected))
+        read(index, Part::Selected);
+    if (expression.has(FindTerm::Kind::Hidden))
+        read(index, Part::Hidden);
 }
 
 void FindValues::forgetState() {
-    positions.reset();
+    m_areOld = true;
     selected.reset();
     hidden.reset();
 }

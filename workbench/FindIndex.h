@@ -6,9 +6,10 @@
 #include "Compound.h"
 #include "FindLanguage.h"
 #include "NameKeys.h"
+#include "NearSearch.h"
 
-#include <array>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -54,18 +55,32 @@ struct FindIndex {
 char alternateOf(const TAVIK::Compound* atom);
 
 /// The parts of the data that only some expressions ask for, each by atom; null until it is needed.
+/// All but read() is for any thread.
 struct FindValues {
-    using Position = std::array<float, 3>; ///< Å; NaN where there is none
-    std::shared_ptr<const std::vector<Position>> positions;
+    using Positions = std::vector<NearSearch::Point>; ///< Å; NaN where there is none
+    enum class Part { Positions, Alternates, Elements, Selected, Hidden };
+
+    std::shared_ptr<const Positions> positions;
+    /// Of the positions; made by the first thread that asks for it.
+    std::shared_future<std::shared_ptr<const NearSearch>> near;
     std::shared_ptr<const std::vector<char>> alternates; ///< letters; a blank for none
     std::shared_ptr<const std::vector<NameKeys::Key>> elements;
     std::shared_ptr<const Bits> selected;
     std::shared_ptr<const Bits> hidden;
 
-    /// Reads what `expression` needs and is not there yet. GUI thread.
+    /// Whether `part` was read, and has not changed since.
+    bool has(Part part) const;
+    /// Reads `part`, if it is not there yet. GUI thread.
+    void read(const FindIndex& index, Part part);
+    /// Reads what `expression` needs. GUI thread.
     void read(const FindIndex& index, const FindExpression& expression);
     /// Forgets what changes without anything being made or destroyed.
     void forgetState();
+
+private:
+    void readPositions(const FindIndex& index);
+
+    bool m_areOld = false; ///< the positions, which may have changed
 };
 
 } // namespace workbench

@@ -224,7 +224,7 @@ FindHits findHits(const FindIndex& index, const FindValues& values,
             break;
         }
         case FindStep::Kind::Within:
-            stack.back() = pointsNear(*values.positions, stack.back(), step.radius, stop);
+            stack.back() = values.near.get()->near(stack.back(), step.radius, stop);
             break;
         }
     }

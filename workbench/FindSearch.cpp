@@ -5,12 +5,24 @@
 #include "Focus.h"
 #include "Space.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <utility>
 
 namespace workbench {
 
+namespace {
+
+/// What is read ahead. Selection and visibility change too often.
+constexpr auto partsAhead = std::to_array(
+    {FindValues::Part::Positions, FindValues::Part::Elements, FindValues::Part::Alternates});
+
+} // namespace
+
 FindSearch::FindSearch() : m_listener(*this) {
+    m_ahead.setSingleShot(true);
+    connect(&m_ahead, &QTimer::timeout, this, &FindSearch::readAhead);
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &FindSearch::start);
 }
@@ -27,7 +39,42 @@ void FindSearch::setText(const QString& text) {
     m_timer.start(0);
 }
 
-void FindSearch::warmUp() {
+void FindSearch::setReady(bool on) {
+    m_isReady = on;
+    if (on)
+        m_ahead.start(0);
+    else
+        m_ahead.stop();
+}
+
+bool FindSearch::isReady() const {
+    return hasReadAhead() &&
+           m_values.near.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
+
+bool FindSearch::hasReadAhead() const {
+    return m_index && std::all_of(partsAhead.begin(), partsAhead.end(),
+                                  [this](FindValues::Part part) { return m_values.has(part); });
+}
+
+// One piece, of some 20 ms for a million atoms, and then the next. What fails is tried again when
+// it is needed.
+void FindSearch::readAhead() {
+    const auto isMissing = [this](FindValues::Part part) { return !m_values.has(part); };
+    if (!m_index) {
+        readIndex();
+    } else if (const auto part = std::find_if(partsAhead.begin(), partsAhead.end(), isMissing);
+               part != partsAhead.end()) {
+        m_values.read(*m_index, *part);
+        if (*part == FindValues::Part::Positions)
+            m_threads.push_back(
+                std::async(std::launch::async, [near = m_values.near] { near.wait(); }));
+    }
+    if (!hasReadAhead())
+        m_ahead.start(0);
+}
+
+void FindSearch::readIndex() {
     if (!m_index)
         m_index = FindIndex::read();
 }
@@ -42,6 +89,8 @@ void FindSearch::clear() {
 
 void FindSearch::stateChanged() {
     m_values.forgetState();
+    if (m_isReady)
+        m_ahead.start(0);
     if (m_expression.has(FindTerm::Kind::Selected) || m_expression.has(FindTerm::Kind::Hidden) ||
         m_expression.has(FindStep::Kind::Within)) {
         clear();
@@ -57,6 +106,8 @@ void FindSearch::itemsChanged() {
     clear();
     m_index.reset();
     m_values = {};
+    if (m_isReady)
+        m_ahead.start(0);
     if (wasRead && !m_expression.isEmpty())
         m_timer.start(0);
 }
@@ -70,7 +121,7 @@ void FindSearch::start() {
         emit finished();
         return;
     }
-    warmUp();
+    readIndex();
     m_values.read(*m_index, m_expression);
     m_stop = std::stop_source();
     m_isSearching = true;

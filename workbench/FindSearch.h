@@ -27,8 +27,11 @@ public:
 
     /// Looks for `text` from now on: finished() follows, now and whenever the data change.
     void setText(const QString& text);
-    /// Reads the data ahead of the first search.
-    void warmUp();
+    /// While true, the data are read ahead of the searches, piece by piece when there is nothing
+    /// else to do: no key has to wait for that.
+    void setReady(bool on);
+    /// Whether all is read, and prepared, that can be ahead.
+    bool isReady() const;
 
     bool isRunning() const { return m_timer.isActive() || m_isSearching; }
     /// What is wrong with the text; empty when nothing is.
@@ -63,6 +66,9 @@ private:
         FindSearch& m_search;
     };
 
+    void readAhead();
+    bool hasReadAhead() const;
+    void readIndex();
     void stateChanged();
     void itemsChanged();
     void clear();
@@ -75,10 +81,12 @@ private:
     FindValues m_values;
     FindHits m_hits; ///< of m_index
     QTimer m_timer;  ///< before a search begins
+    QTimer m_ahead;  ///< while there is something to read ahead
     std::stop_source m_stop;
     std::uint64_t m_number = 0; ///< of the last search
     bool m_isSearching = false;
-    /// Searches that may still be running: the last one, and those that were told to stop.
+    bool m_isReady = false; ///< to be kept so
+    /// What may still be running: the last search, those that were told to stop, and preparations.
     std::vector<std::future<void>> m_threads;
     Listener m_listener;
 };

@@ -1,223 +1,358 @@
 #include "NearSearch.h"
 
+#include "AlongCurve.h"
+
 #include <algorithm>
-#include <cmath>
+#include <atomic>
+#include <bit>
 #include <cstdint>
-#include <numeric>
+#include <future>
+#include <limits>
+#include <thread>
 #include <utility>
 
 namespace workbench {
 
 namespace {
 
-using Point = std::array<float, 3>;
-using Cell = std::array<std::int64_t, 3>;
+using Point = NearSearch::Point;
 
-bool isFinite(const Point& point) {
-    return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
+constexpr std::size_t fanOut = 8;   ///< points of a leaf, and nodes below a node
+constexpr std::size_t inBlock = 64; ///< points that are looked at together
+
+/// Three coordinates and a zero, which the compiler works on at once.
+using Lanes = float __attribute__((vector_size(4 * sizeof(float))));
+
+Lanes lanesOf(const Point& point) {
+    return Lanes{point[0], point[1], point[2], 0.0F};
+}
+Lanes lesser(Lanes a, Lanes b) {
+    return a < b ? a : b;
+}
+Lanes greater(Lanes a, Lanes b) {
+    return a < b ? b : a;
+}
+float squareOf(Lanes a) {
+    a *= a;
+    return a[0] + a[1] + a[2];
 }
 
-/// A cell as a number. Cells far from the origin may share one, which only costs comparisons.
-std::uint64_t numberOf(const Cell& cell) {
-    constexpr std::uint64_t mask = (1U << 21) - 1;
-    return (static_cast<std::uint64_t>(cell[0]) & mask) << 42 |
-           (static_cast<std::uint64_t>(cell[1]) & mask) << 21 |
-           (static_cast<std::uint64_t>(cell[2]) & mask);
-}
+struct Box {
+    Lanes low;
+    Lanes high;
 
-/// A hash table from numbers of cells to small numbers.
-class CellTable {
-public:
-    static constexpr std::uint32_t none = ~std::uint32_t{0};
+    explicit Box(Lanes point) : low(point), high(point) {}
+    explicit Box(const Point& point) : Box(lanesOf(point)) {}
 
-    /// The value of a cell, which is `value` if it had none.
-    std::uint32_t add(std::uint64_t cell, std::uint32_t value) {
-        Slot& slot = m_slots[slotOf(cell)];
-        if (slot.value != none)
-            return slot.value;
-        slot = {cell, value};
-        if (2 * ++m_count > m_slots.size())
-            grow();
-        return value;
+    void add(Lanes point) {
+        low = lesser(low, point);
+        high = greater(high, point);
     }
-    std::uint32_t find(std::uint64_t cell) const { return m_slots[slotOf(cell)].value; }
+    void add(const Box& other) {
+        low = lesser(low, other.low);
+        high = greater(high, other.high);
+    }
+};
+
+/// The square of the distance between the closest places of two boxes.
+float leastSquare(const Box& a, const Box& b) {
+    return squareOf(greater(greater(a.low - b.high, b.low - a.high), Lanes{}));
+}
+/// The same of the places that are farthest from each other.
+float greatestSquare(const Box& a, const Box& b) {
+    return squareOf(greater(a.high - b.low, b.high - a.low));
+}
+
+/// Squares of distances are taken in single precision first. Only those around the radius's are
+/// taken again, in double precision.
+struct Limits {
+    double square;
+    float surelyIn;
+    float surelyOut;
+
+    explicit Limits(double radius)
+        : square(radius * radius), surelyIn(static_cast<float>(square * 0.99999 - 1e-30)),
+          surelyOut(static_cast<float>(square * 1.00001 + 1e-30)) {}
+};
+
+/// The centres of a search: leaves of eight each, and boxes around leaves, around eight of these
+/// boxes, and so on.
+class Centres {
+public:
+    struct Leaf {
+        std::array<float, fanOut> x, y, z; ///< the last one several times where there are less
+    };
+    struct Node {
+        std::uint32_t level; ///< 0: the box of a leaf
+        std::uint32_t number;
+    };
+
+    void add(const Point& point) {
+        const std::size_t at = m_count++ % fanOut;
+        if (at == 0) {
+            m_leaves.emplace_back();
+            m_levels.front().emplace_back(point);
+        }
+        Leaf& leaf = m_leaves.back();
+        std::fill(leaf.x.begin() + static_cast<std::ptrdiff_t>(at), leaf.x.end(), point[0]);
+        std::fill(leaf.y.begin() + static_cast<std::ptrdiff_t>(at), leaf.y.end(), point[1]);
+        std::fill(leaf.z.begin() + static_cast<std::ptrdiff_t>(at), leaf.z.end(), point[2]);
+        m_levels.front().back().add(lanesOf(point));
+    }
+    /// After the last point.
+    void finish() {
+        while (m_levels.back().size() > 1) {
+            const std::vector<Box>& below = m_levels.back();
+            std::vector<Box> above;
+            above.reserve(below.size() / fanOut + 1);
+            for (std::size_t i = 0; i != below.size(); ++i) {
+                if (i % fanOut == 0)
+                    above.push_back(below[i]);
+                else
+                    above.back().add(below[i]);
+            }
+            m_levels.push_back(std::move(above));
+        }
+    }
+
+    bool isEmpty() const { return m_count == 0; }
+    const Leaf& leaf(std::uint32_t number) const { return m_leaves[number]; }
+    const Box& box(Node node) const { return m_levels[node.level][node.number]; }
+    Node top() const { return {static_cast<std::uint32_t>(m_levels.size() - 1), 0}; }
+    std::uint32_t end(std::uint32_t level) const {
+        return static_cast<std::uint32_t>(m_levels[level].size());
+    }
 
 private:
-    struct Slot {
-        std::uint64_t cell = 0;
-        std::uint32_t value = none;
-    };
-    std::size_t slotOf(std::uint64_t cell) const {
-        std::size_t at = (cell * 0x9E3779B97F4A7C15ULL >> 20) & (m_slots.size() - 1);
-        while (m_slots[at].value != none && m_slots[at].cell != cell)
-            at = (at + 1) & (m_slots.size() - 1);
-        return at;
-    }
-    void grow() {
-        const std::vector<Slot> old = std::exchange(m_slots, std::vector<Slot>(4 * m_slots.size()));
-        for (const Slot& slot : old)
-            if (slot.value != none)
-                m_slots[slotOf(slot.cell)] = slot;
-    }
-    std::vector<Slot> m_slots = std::vector<Slot>(16);
     std::size_t m_count = 0;
+    std::vector<Leaf> m_leaves;
+    std::vector<std::vector<Box>> m_levels = std::vector<std::vector<Box>>(1);
 };
 
-/// Numbers of points, cell by cell (a counting sort).
-struct ByCell {
-    std::vector<std::uint32_t> points;
-    std::vector<std::uint32_t> begins; ///< of each cell in them, and the end
-
-    /// `cells` has the cell of each point, or none.
-    ByCell(const std::vector<std::uint32_t>& cells, std::size_t cellCount) : begins(cellCount + 1) {
-        for (const std::uint32_t cell : cells)
-            if (cell != CellTable::none)
-                ++begins[cell + 1];
-        std::partial_sum(begins.begin(), begins.end(), begins.begin());
-        points.resize(begins.back());
-        std::vector<std::uint32_t> next = begins;
-        for (std::size_t i = 0; i != cells.size(); ++i)
-            if (cells[i] != CellTable::none)
-                points[next[cells[i]]++] = static_cast<std::uint32_t>(i);
-    }
-};
-
-class Search {
+/// Looks which of some points are near centres; one for each thread.
+class Looker {
 public:
-    Search(const std::vector<Point>& points, double radius)
-        : m_points(points), m_size(std::max(radius, 1.0)), m_squared(radius * radius) {}
+    Looker(const Centres& centres, double radius) : m_centres(centres), m_limits(radius) {}
 
-    Bits run(const Bits& from, const std::stop_token& stop) {
-        sortCentres(from);
-        const ByCell candidates = sortCandidates(from);
-        Bits near = from;
-        for (std::size_t cell = 0; cell != m_reached.size(); ++cell) {
-            gatherAround(m_reached[cell]);
-            for (std::uint32_t i = candidates.begins[cell]; i != candidates.begins[cell + 1]; ++i) {
-                if (i % 64 == 0 && stop.stop_requested())
-                    return near;
-                if (isNear(m_points[candidates.points[i]], m_reached[cell]))
-                    near.add(candidates.points[i]);
+    /// Which of `wanted`, a bit for each of 64 points, are near a centre. `eights` are the boxes of
+    /// each eight of them.
+    std::uint64_t look(const Point* points, const Box& box, const Box* eights,
+                       std::uint64_t wanted) {
+        if (!gather(box))
+            return wanted;
+        std::uint64_t found = 0;
+        if (m_leaves.empty())
+            return found;
+        for (std::size_t first = 0; first != inBlock; first += fanOut) {
+            const std::uint64_t some = wanted & std::uint64_t{0xFF} << first;
+            if (some == 0)
+                continue;
+            if (!choose(eights[first / fanOut])) {
+                found |= some;
+                continue;
             }
+            if (m_chosen.empty())
+                continue;
+            for (std::size_t i = first; i != first + fanOut; ++i)
+                if ((some >> i & 1) != 0 && isNear(points[i]))
+                    found |= std::uint64_t{1} << i;
         }
-        return near;
+        return found;
     }
 
 private:
-    /// Centres in a cell beside the one that is worked on, or in that one.
-    struct Neighbour {
-        std::array<int, 3> offset; ///< in cells, from -1 to 1
-        std::uint32_t begin;
-        std::uint32_t end;
+    struct Reached {
+        Box box;
+        std::uint32_t leaf;
     };
 
-    Cell cellOf(const Point& point) const {
-        Cell cell{};
-        for (std::size_t axis = 0; axis != 3; ++axis)
-            cell[axis] = static_cast<std::int64_t>(
-                std::floor(std::clamp(static_cast<double>(point[axis]), -1e15, 1e15) / m_size));
-        return cell;
-    }
-    /// The cell itself comes first, as it is the likeliest to have something near.
-    template <class Visit> static void forNeighbours(const Cell& cell, const Visit& visit) {
-        visit(std::array<int, 3>{}, cell);
-        for (int x = -1; x <= 1; ++x)
-            for (int y = -1; y <= 1; ++y)
-                for (int z = -1; z <= 1; ++z)
-                    if (x != 0 || y != 0 || z != 0)
-                        visit(std::array<int, 3>{x, y, z}, {cell[0] + x, cell[1] + y, cell[2] + z});
-    }
-
-    /// Sorts the points of `from` by cells, and gathers the cells that are in reach of them.
-    void sortCentres(const Bits& from) {
-        std::vector<Cell> cells;
-        std::vector<std::uint32_t> cellOfPoint(m_points.size(), CellTable::none);
-        for (std::size_t i = from.next(0); i != from.size(); i = from.next(i + 1)) {
-            if (!isFinite(m_points[i]))
+    /// Gathers the leaves that are in reach of something in `box`; false if all of it is near.
+    bool gather(const Box& box) {
+        m_leaves.clear();
+        m_open.assign(1, m_centres.top());
+        while (!m_open.empty()) {
+            const Centres::Node node = m_open.back();
+            m_open.pop_back();
+            const Box& around = m_centres.box(node);
+            if (leastSquare(box, around) > m_limits.surelyOut)
                 continue;
-            const Cell cell = cellOf(m_points[i]);
-            const auto next = static_cast<std::uint32_t>(cells.size());
-            cellOfPoint[i] = m_occupied.add(numberOf(cell), next);
-            if (cellOfPoint[i] == next)
-                cells.push_back(cell);
-        }
-        const ByCell sorted(cellOfPoint, cells.size());
-        m_begins = sorted.begins;
-        m_centres.reserve(sorted.points.size());
-        for (const std::uint32_t i : sorted.points) {
-            const Point& point = m_points[i];
-            m_centres.push_back({static_cast<double>(point[0]), static_cast<double>(point[1]),
-                                 static_cast<double>(point[2])});
-        }
-        for (const Cell& occupied : cells)
-            forNeighbours(occupied, [this](const auto&, const Cell& cell) {
-                const auto next = static_cast<std::uint32_t>(m_reached.size());
-                if (m_reachedTable.add(numberOf(cell), next) == next)
-                    m_reached.push_back(cell);
-            });
-    }
-    /// Sorts the other points by the cells in reach; those elsewhere are near nothing.
-    ByCell sortCandidates(const Bits& from) const {
-        std::vector<std::uint32_t> cells(m_points.size(), CellTable::none);
-        for (std::size_t i = 0; i != m_points.size(); ++i)
-            if (!from.has(i) && isFinite(m_points[i]))
-                cells[i] = m_reachedTable.find(numberOf(cellOf(m_points[i])));
-        return {cells, m_reached.size()};
-    }
-    void gatherAround(const Cell& cell) {
-        m_around.clear();
-        forNeighbours(cell, [this](const std::array<int, 3>& offset, const Cell& other) {
-            if (const std::uint32_t found = m_occupied.find(numberOf(other));
-                found != CellTable::none)
-                m_around.push_back({offset, m_begins[found], m_begins[found + 1]});
-        });
-    }
-    bool isNear(const Point& point, const Cell& cell) const {
-        // To the neighbouring cells on either side, along each axis.
-        std::array<std::array<double, 3>, 3> gaps{};
-        std::array<double, 3> at{};
-        for (std::size_t axis = 0; axis != 3; ++axis) {
-            at[axis] = static_cast<double>(point[axis]);
-            const double below = at[axis] - static_cast<double>(cell[axis]) * m_size;
-            gaps[axis] = {below * below, 0.0, (m_size - below) * (m_size - below)};
-        }
-        // Cells far away may share a number: then their places say nothing.
-        const bool isPlain = cellOf(point) == cell;
-        for (const Neighbour& other : m_around) {
-            double gap = 0.0;
-            for (std::size_t axis = 0; axis != 3; ++axis)
-                gap += gaps[axis][static_cast<std::size_t>(other.offset[axis] + 1)];
-            // A little more, as the gaps are rounded.
-            if (isPlain && gap > m_squared * 1.001 + 0.001)
+            if (greatestSquare(box, around) < m_limits.surelyIn)
+                return false;
+            if (node.level == 0) {
+                m_leaves.push_back({around, node.number});
                 continue;
-            for (std::uint32_t i = other.begin; i != other.end; ++i) {
-                const std::array<double, 3>& centre = m_centres[i];
-                const double x = at[0] - centre[0];
-                const double y = at[1] - centre[1];
-                const double z = at[2] - centre[2];
-                if (x * x + y * y + z * z <= m_squared)
-                    return true;
             }
+            openBelow(node, box);
+        }
+        return true;
+    }
+    /// The closest comes last, which is the next to be looked at.
+    void openBelow(Centres::Node node, const Box& box) {
+        const std::uint32_t level = node.level - 1;
+        const auto first = static_cast<std::uint32_t>(node.number * fanOut);
+        const std::uint32_t end = std::min<std::uint32_t>(first + fanOut, m_centres.end(level));
+        float least = std::numeric_limits<float>::infinity();
+        for (std::uint32_t i = first; i != end; ++i) {
+            const float square = leastSquare(box, m_centres.box({level, i}));
+            if (square > m_limits.surelyOut)
+                continue;
+            m_open.push_back({level, i});
+            if (square < least)
+                least = square;
+            else if (m_open.size() > 1)
+                std::swap(m_open.back(), m_open[m_open.size() - 2]);
+        }
+    }
+    /// Chooses of the gathered leaves those in reach of `box`, the closest first; false if all of
+    /// it is near.
+    bool choose(const Box& box) {
+        m_chosen.clear();
+        float least = std::numeric_limits<float>::infinity();
+        for (const Reached& reached : m_leaves) {
+            const float square = leastSquare(box, reached.box);
+            if (square > m_limits.surelyOut)
+                continue;
+            if (greatestSquare(box, reached.box) < m_limits.surelyIn)
+                return false;
+            m_chosen.push_back(reached);
+            if (square < least) {
+                least = square;
+                std::swap(m_chosen.front(), m_chosen.back());
+            }
+        }
+        return true;
+    }
+    bool isNear(const Point& point) const {
+        const Box place(point);
+        for (const Reached& reached : m_chosen)
+            if (leastSquare(place, reached.box) <= m_limits.surelyOut &&
+                isNear(point, m_centres.leaf(reached.leaf)))
+                return true;
+        return false;
+    }
+    bool isNear(const Point& point, const Centres::Leaf& leaf) const {
+        std::array<float, fanOut> squares;
+        for (std::size_t i = 0; i != fanOut; ++i) {
+            const float x = point[0] - leaf.x[i];
+            const float y = point[1] - leaf.y[i];
+            const float z = point[2] - leaf.z[i];
+            squares[i] = x * x + y * y + z * z;
+        }
+        bool isClose = false;
+        for (std::size_t i = 0; i != fanOut; ++i) {
+            if (squares[i] < m_limits.surelyIn)
+                return true;
+            isClose |= squares[i] <= m_limits.surelyOut;
+        }
+        return isClose && isExactlyNear(point, leaf);
+    }
+    bool isExactlyNear(const Point& point, const Centres::Leaf& leaf) const {
+        for (std::size_t i = 0; i != fanOut; ++i) {
+            const double x = static_cast<double>(point[0]) - static_cast<double>(leaf.x[i]);
+            const double y = static_cast<double>(point[1]) - static_cast<double>(leaf.y[i]);
+            const double z = static_cast<double>(point[2]) - static_cast<double>(leaf.z[i]);
+            if (x * x + y * y + z * z <= m_limits.square)
+                return true;
         }
         return false;
     }
 
-    const std::vector<Point>& m_points;
-    double m_size; ///< of a cell, in Å
-    double m_squared;
-    std::vector<std::array<double, 3>> m_centres; ///< the points of `from`, cell by cell
-    std::vector<std::uint32_t> m_begins;          ///< of each occupied cell in them, and the end
-    CellTable m_occupied;                         ///< cells with centres
-    CellTable m_reachedTable;                     ///< those and the ones around them
-    std::vector<Cell> m_reached;                  ///< in the order of the table
-    std::vector<Neighbour> m_around;              ///< the cell that is worked on
+    const Centres& m_centres;
+    const Limits m_limits;
+    std::vector<Centres::Node> m_open;
+    std::vector<Reached> m_leaves; ///< in reach of the points that are looked at
+    std::vector<Reached> m_chosen; ///< in reach of eight of them
 };
+
+/// Calls `f` with the index of each bit that is set.
+template <class F> void forEach(const std::vector<std::uint64_t>& words, const F& f) {
+    for (std::size_t i = 0; i != words.size(); ++i)
+        for (std::uint64_t rest = words[i]; rest != 0; rest &= rest - 1)
+            f(i * 64 + static_cast<std::size_t>(std::countr_zero(rest)));
+}
+
+/// The box of each `count` points.
+std::vector<Box> boxesOf(const std::vector<Point>& points, std::size_t count) {
+    std::vector<Box> boxes;
+    boxes.reserve(points.size() / count + 1);
+    for (std::size_t i = 0; i != points.size(); ++i) {
+        if (i % count == 0)
+            boxes.emplace_back(points[i]);
+        else
+            boxes.back().add(lanesOf(points[i]));
+    }
+    return boxes;
+}
 
 } // namespace
 
-Bits pointsNear(const std::vector<Point>& points, const Bits& from, double radius,
-                const std::stop_token& stop) {
-    return Search(points, radius).run(from, stop);
+struct NearSearch::Prepared {
+    std::vector<Point> points;          ///< the finite ones, along the curve
+    std::vector<std::uint32_t> numbers; ///< theirs, in what the search was made of
+    std::vector<Box> blocks;            ///< of each 64 points
+    std::vector<Box> eights;            ///< of each eight
+
+    /// A bit for each point, whether it is in `from`; 64 in a word, as the points in a block.
+    std::vector<std::uint64_t> along(const Bits& from) const {
+        std::vector<std::uint64_t> words(blocks.size());
+        for (std::size_t i = 0; i != numbers.size(); ++i)
+            words[i / inBlock] |= std::uint64_t{from.has(numbers[i])} << i % inBlock;
+        return words;
+    }
+    /// Looks at a block, in place of which `word` is, and adds what is near.
+    void look(std::size_t block, Looker& looker, std::uint64_t& word) const {
+        const std::size_t first = block * inBlock;
+        const std::size_t count = std::min(inBlock, points.size() - first);
+        const std::uint64_t all = ~std::uint64_t{0} >> (inBlock - count);
+        if (const std::uint64_t wanted = all & ~word)
+            word |= looker.look(&points[first], blocks[block], &eights[first / fanOut], wanted);
+    }
+};
+
+NearSearch::NearSearch(const std::vector<Point>& points) {
+    auto prepared = std::make_unique<Prepared>();
+    prepared->numbers = alongCurve(points);
+    prepared->points.reserve(prepared->numbers.size());
+    for (const std::uint32_t number : prepared->numbers)
+        prepared->points.push_back(points[number]);
+    prepared->blocks = boxesOf(prepared->points, inBlock);
+    prepared->eights = boxesOf(prepared->points, fanOut);
+    m_prepared = std::move(prepared);
+}
+
+NearSearch::~NearSearch() = default;
+
+Bits NearSearch::near(const Bits& from, double radius, const std::stop_token& stop) const {
+    std::vector<std::uint64_t> words = m_prepared->along(from);
+    Centres centres;
+    forEach(words, [&](std::size_t i) { centres.add(m_prepared->points[i]); });
+    Bits near = from;
+    if (centres.isEmpty())
+        return near;
+    centres.finish();
+
+    constexpr std::size_t piece = 64; ///< blocks that a thread takes at once
+    std::atomic<std::size_t> next{0};
+    const auto work = [&] {
+        Looker looker(centres, radius);
+        while (!stop.stop_requested()) {
+            const std::size_t first = next.fetch_add(piece);
+            if (first >= words.size())
+                break;
+            const std::size_t end = std::min(first + piece, words.size());
+            for (std::size_t block = first; block != end; ++block)
+                m_prepared->look(block, looker, words[block]);
+        }
+    };
+    std::vector<std::future<void>> helpers;
+    const std::size_t most = std::min<std::size_t>(8, std::thread::hardware_concurrency());
+    while (helpers.size() + 1 < most && (helpers.size() + 1) * 4 * piece < words.size())
+        helpers.push_back(std::async(std::launch::async, work));
+    work();
+    for (std::future<void>& helper : helpers)
+        helper.get();
+    forEach(words, [&](std::size_t i) { near.add(m_prepared->numbers[i]); });
+    return near;
 }
 
 } // namespace workbench

@@ -68,20 +68,6 @@ private slots:
         TestCase::cleanup();
     }
 
-    void whatIsNearFollowsAtomsThatMove() {
-        const test_data::Chains chains(2, 1);
-        m_window->type("within 2 of /A@N");
-        QCOMPARE(m_window->count(), "2 atoms");
-        {
-            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
-            TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(chains.atom(1, 0, 0)),
-                                   TAVIK::Vertex(0.0F, 1.0F, 0.0F, true));
-        }
-        QTRY_VERIFY(!m_window->find->search().isRunning());
-        m_window->type("within 2 of /A@N");
-        QCOMPARE(m_window->count(), "3 atoms");
-    }
-
     void hitsAreListedAsOneTypes() {
         const test_data::Chains chains(2, 3);
         m_window->type("GLY");
@@ -198,6 +184,43 @@ private slots:
             chains.residue(1, 1)->SetSelected(true);
         }
         QTRY_COMPARE(m_window->hits(), 1);
+    }
+
+    void whatIsNearFollowsAtomsThatAreMoved() {
+        const test_data::Chains chains(2, 3);
+        m_window->type("within 2 of /A:1@N");
+        QCOMPARE(m_window->count(), "2 atoms");
+        const auto move = [](TAVIK::Compound* atom, float x) {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(atom), TAVIK::Vertex(x, 0, 0, true));
+        };
+        move(chains.atom(1, 2, 0), 1.5F);
+        QTRY_COMPARE(m_window->count(), "3 atoms");
+        // A field that is not in use is not kept up to date, and yet is when it is used again.
+        m_window->other->setFocus();
+        m_window->find->field()->clear();
+        move(chains.atom(1, 2, 0), 50.0F);
+        m_window->find->begin();
+        m_window->type("within 2 of /A:1@N");
+        QCOMPARE(m_window->count(), "2 atoms");
+    }
+
+    void theDataAreReadWhileTheFieldHasTheKeyboard() {
+        const test_data::Chains chains(2, 3);
+        const workbench::FindSearch& search = m_window->find->search();
+        QTRY_VERIFY(search.isReady());
+        {
+            const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::DataMaker::Destroy(chains.residue(0, 0));
+            QVERIFY(!search.isReady());
+        }
+        QTRY_VERIFY(search.isReady());
+        m_window->type("within 2 of /A@N");
+        QCOMPARE(m_window->count(), "4 atoms");
+        m_window->other->setFocus();
+        const test_data::Chains more(1, 1);
+        QTest::qWait(20);
+        QVERIFY(!search.isReady());
     }
 
     void escapeClosesTheListAndThenEmptiesTheField() {

@@ -2,29 +2,34 @@
 #include "NearSearch.h"
 #include "TestSupport.h"
 
+#include <cmath>
 #include <limits>
 #include <random>
 
 using workbench::Bits;
-using workbench::pointsNear;
-using Points = std::vector<std::array<float, 3>>;
+using workbench::NearSearch;
+using Points = std::vector<NearSearch::Point>;
 
 class NearSearchTest : public test_support::TestCase {
     Q_OBJECT
 
     static Bits plainly(const Points& points, const Bits& from, double radius) {
         Bits near = from;
-        for (std::size_t i = 0; i != points.size(); ++i)
-            for (std::size_t j = 0; j != points.size(); ++j) {
+        for (std::size_t j = from.next(0); j != from.size(); j = from.next(j + 1))
+            for (std::size_t i = 0; i != points.size(); ++i) {
                 double sum = 0.0;
                 for (std::size_t axis = 0; axis != 3; ++axis) {
                     const double d = double(points[i][axis]) - double(points[j][axis]);
                     sum += d * d;
                 }
-                if (from.has(j) && sum <= radius * radius)
+                if (sum <= radius * radius)
                     near.add(i);
             }
         return near;
+    }
+
+    static Bits pointsNear(const Points& points, const Bits& from, double radius) {
+        return NearSearch(points).near(from, radius);
     }
 
 private slots:
@@ -42,6 +47,52 @@ private slots:
                 QVERIFY(pointsNear(points, from, radius) == plainly(points, from, radius));
             }
         }
+    }
+
+    // So many that they are shared out among threads.
+    void itIsThePlainDefinitionOfManyPoints() {
+        std::mt19937 random(5);
+        std::uniform_real_distribution<float> place(0.0F, 60.0F);
+        Points points(50'000);
+        for (auto& point : points)
+            point = {place(random), place(random), place(random)};
+        // Some far away, and some all in one place.
+        for (std::size_t i = 0; i != 100; ++i) {
+            points[i] = {1e7F + static_cast<float>(i), -1e7F, 3e8F};
+            points[i + 100] = {7.0F, 7.0F, 7.0F};
+        }
+        const NearSearch search(points);
+        for (const std::size_t every : {25U, 1000U, 20'000U}) {
+            Bits from(points.size());
+            for (std::size_t i = 50; i < points.size(); i += every)
+                from.add(i);
+            for (const double radius : {0.5, 3.0, 15.0, 100.0})
+                QVERIFY(search.near(from, radius) == plainly(points, from, radius));
+        }
+    }
+
+    void distancesAreComparedInDoublePrecision() {
+        // 0.1 Å as a float is a little more than 0.1.
+        const Points points{{0, 0, 0}, {0.1F, 0, 0}, {std::nextafter(0.1F, 0.0F), 0, 0}};
+        Bits from(3);
+        from.add(0);
+        const Bits near = pointsNear(points, from, 0.1);
+        QVERIFY(!near.has(1));
+        QVERIFY(near.has(2));
+        QVERIFY(pointsNear(points, from, static_cast<double>(0.1F)).has(1));
+        QCOMPARE(pointsNear({{0, 0, 0}, {0, 0, 0}, {1e-30F, 0, 0}}, from, 1e-200).count(),
+                 std::size_t{2});
+    }
+
+    void aSearchThatIsStoppedEnds() {
+        Points points(100'000);
+        for (std::size_t i = 0; i != points.size(); ++i)
+            points[i] = {static_cast<float>(i), 0, 0};
+        Bits from(points.size());
+        from.add(50'000);
+        std::stop_source stop;
+        stop.request_stop();
+        QCOMPARE(NearSearch(points).near(from, 10.0, stop.get_token()).count(), std::size_t{1});
     }
 
     void theBorderBelongsToIt() {
