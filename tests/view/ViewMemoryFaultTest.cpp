@@ -3,8 +3,7 @@
 // and the next reading and the next picture are as if nothing had happened.
 #include "DataPoint.h"
 #include "FailingMemory.h"
-#include "SceneTools.h"
-#include "TestSupport.h"
+#include "ViewTestCase.h"
 #include "scene/DataReader.h"
 #include "scene/Drawing.h"
 
@@ -13,7 +12,7 @@
 #include <limits>
 #include <new>
 
-using namespace scene_tools;
+using namespace view_tools;
 using view::DataReader;
 using view::Drawing;
 using view::Order;
@@ -70,7 +69,7 @@ Order orderOf(const view::Snapshot& snapshot, view::Representation representatio
 
 } // namespace
 
-class ViewMemoryFaultTest : public test_support::TestCase {
+class ViewMemoryFaultTest : public ViewTestCase {
     Q_OBJECT
 
     /// Does it, with one allocation after another refused, until none is; calls `check` after each
@@ -149,6 +148,53 @@ private slots:
                 reader.refresh();
                 return isSame(reader.snapshot(), expected->snapshot());
             });
+    }
+
+    void theWindowGoesOnAfterAFailure_data() { aReadingThatFailsLeavesWhatWasRead_data(); }
+    void theWindowGoesOnAfterAFailure() {
+        QFETCH(int, refused);
+        float x = 0;
+        failAtEach(
+            refused,
+            [&] {
+                TestCase::init();
+                m_view = std::make_unique<view::View3D>();
+                m_view->setRepresentation(view::Representation::Sticks);
+                show();
+                x += 10;
+                Structure made;
+                made.add("UNL 1", {{"A", "C", {x, 0, 0}}, {"B", "C", {x + 4, 0, 0}}});
+                made.attach();
+            },
+            [&] {
+                m_view->commAdd();
+                m_view->bringUpToDate();
+            },
+            [&](bool) {
+                takeHostLog();
+                m_view->commUpdate();
+                settle();
+                return canvas().order().snapshot.contents->atomCount() == 2 &&
+                       canvas().camera().centre == view::Point{x + 2, 0, 0} &&
+                       canvas().idAt(canvas().rect().center() / 4) == view::noId &&
+                       canvas().idAt(placeOf({x, 0, 0})) == view::idOf(0);
+            });
+        QCOMPARE(takeHostLog(), QStringList());
+    }
+
+    void theThreadGoesOnAfterAFailure() {
+        helix().attach();
+        show();
+        {
+            const FailingMemory memory(0, all);
+            m_view->resize(500, 350);
+            QTRY_VERIFY(FailingMemory::refusals() > 0);
+            QTest::qWait(50);
+        }
+        QVERIFY(!takeHostLog().filter("the picture cannot be drawn").isEmpty());
+        m_view->resize(400, 300);
+        settle();
+        QCOMPARE(canvas().drawn().image.size(), canvas().size());
     }
 
     void aPictureThatFailsCanBeMadeAgain_data() {

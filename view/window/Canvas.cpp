@@ -158,9 +158,10 @@ void Canvas::order(bool isMoving) {
         m_rest.start();
     else
         m_rest.stop();
-    if (std::exchange(m_isOrdered, true))
+    if (m_isOrdered)
         return;
     QMetaObject::invokeMethod(this, &Canvas::sendOrder, Qt::QueuedConnection);
+    m_isOrdered = true; // not where there was no memory for it
 }
 
 void Canvas::sendOrder() {

@@ -3,6 +3,7 @@
 #include "Logger.h"
 
 #include <exception>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,14 @@ namespace {
 
 // However fast orders come, a whole picture is finished from time to time.
 constexpr int stoppedAtMost = 3;
+
+void report(const std::exception& failure) noexcept {
+    try {
+        Logger::Write(std::string("the picture cannot be drawn: ") + failure.what());
+    } catch (const std::bad_alloc&) {
+        // Not even that can be said.
+    }
+}
 
 } // namespace
 
@@ -41,32 +50,36 @@ void DrawingThread::order(Order order) {
 
 void DrawingThread::run(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
-        Order order;
-        std::stop_token current;
-        {
-            std::unique_lock lock(m_mutex);
-            m_isWhole = false;
-            if (!m_changed.wait(lock, stop, [this] { return m_next.has_value(); }))
-                return;
-            order = std::move(*m_next);
-            m_next.reset();
-            m_current = {};
-            m_isWhole = !order.isMoving;
-            current = m_current.get_token();
-            if (stop.stop_requested())
-                return;
-        }
         try {
-            if (std::optional<Drawn> drawn = m_drawing.draw(order, current)) {
-                {
-                    const std::lock_guard lock(m_mutex);
-                    m_stopped = 0;
-                }
-                m_done(std::move(*drawn));
-            }
+            drawNext(stop);
         } catch (const std::exception& failure) {
-            Logger::Write(std::string("the picture cannot be drawn: ") + failure.what());
+            report(failure);
         }
+    }
+}
+
+void DrawingThread::drawNext(const std::stop_token& stop) {
+    Order order;
+    std::stop_token current;
+    {
+        std::unique_lock lock(m_mutex);
+        m_isWhole = false;
+        if (!m_changed.wait(lock, stop, [this] { return m_next.has_value(); }))
+            return;
+        order = std::move(*m_next);
+        m_next.reset();
+        m_current = {};
+        m_isWhole = !order.isMoving;
+        current = m_current.get_token();
+        if (stop.stop_requested())
+            return;
+    }
+    if (std::optional<Drawn> drawn = m_drawing.draw(order, current)) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stopped = 0;
+        }
+        m_done(std::move(*drawn));
     }
 }
 

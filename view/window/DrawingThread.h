@@ -15,7 +15,7 @@ namespace view {
 /// Draws the order that was given last; those that came between are left out.
 class DrawingThread {
 public:
-    /// `done` is called on that thread with each picture; it must not throw.
+    /// `done` is called on that thread with each picture. What goes wrong there is logged.
     explicit DrawingThread(std::function<void(Drawn)> done);
     /// Waits until the thread has ended, which stops what it draws.
     ~DrawingThread();
@@ -27,6 +27,8 @@ public:
 
 private:
     void run(const std::stop_token& stop);
+    /// Waits for an order, and carries it out.
+    void drawNext(const std::stop_token& stop);
 
     std::function<void(Drawn)> m_done;
     Drawing m_drawing;

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace view {
 
@@ -63,7 +64,6 @@ void View3D::schedule(Due due) {
     m_due = std::max(m_due, due);
     if (m_isScheduled || m_due == Due::Nothing || !isVisible())
         return;
-    m_isScheduled = true;
     QMetaObject::invokeMethod(
         this,
         [this] {
@@ -71,31 +71,35 @@ void View3D::schedule(Due due) {
             bringUpToDate();
         },
         Qt::QueuedConnection);
+    m_isScheduled = true; // not where there was no memory for it
 }
 
 void View3D::bringUpToDate() {
     const Due due = std::exchange(m_due, Due::Nothing);
-    if (due != Due::Nothing) {
-        try {
+    try {
+        if (due != Due::Nothing) {
             due == Due::Everything ? m_reader.read() : m_reader.refresh();
-        } catch (const std::bad_alloc&) {
-            m_due = Due::Everything;
-            Logger::Write("3-D view: there is not enough memory to show the data");
-            return;
+            showData();
         }
-        showData();
+        // A program may switch the marking without telling.
+        m_canvas->setOutline(outlineColour());
+    } catch (const std::bad_alloc&) {
+        m_due = Due::Everything;
+        Logger::Write("3-D view: there is not enough memory to show the data");
     }
-    // A program may switch the marking without telling.
-    m_canvas->setOutline(outlineColour());
 }
 
 void View3D::showData() {
     const Snapshot& snapshot = m_reader.snapshot();
-    const bool wasEmpty = std::exchange(m_isEmpty, snapshot.contents->itemCount() == 0);
-    const bool isFitDue = std::exchange(m_isFitDue, false);
+    const bool isEmpty = snapshot.contents->itemCount() == 0;
+    const bool isFitted = !isEmpty && (m_isEmpty || (m_isFitDue && !m_canvas->isMovedByUser()));
+    const std::vector<Point> points =
+        isFitted ? drawnPoints(snapshot, m_look) : std::vector<Point>();
     m_canvas->setSnapshot(snapshot);
-    if (!m_isEmpty && (wasEmpty || (isFitDue && !m_canvas->isMovedByUser())))
-        m_canvas->fit(drawnPoints(snapshot, m_look));
+    if (isFitted)
+        m_canvas->fit(points);
+    m_isEmpty = isEmpty;
+    m_isFitDue = false;
 }
 
 std::optional<Colour> View3D::outlineColour() const {
