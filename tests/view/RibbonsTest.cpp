@@ -168,7 +168,6 @@ private slots:
         stop.request_stop();
         SceneMaker maker;
         QVERIFY(!maker.scene(reader.snapshot(), ribbon, stop.get_token()));
-        QVERIFY(!maker.quickScene());
         QVERIFY(areSame(*maker.scene(reader.snapshot(), ribbon),
                         *SceneMaker().scene(reader.snapshot(), ribbon)));
     }

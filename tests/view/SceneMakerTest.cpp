@@ -249,13 +249,13 @@ private slots:
         view::DataReader reader;
         reader.read();
         SceneMaker maker;
-        QVERIFY(!maker.quickScene());
-        maker.scene(reader.snapshot(), {Representation::Spheres, false, 0xff000000});
+        const Look look{Representation::Spheres, false, 0xff000000};
+        const auto scene = maker.quickScene(reader.snapshot(), look);
         std::vector<view::Id> ids;
-        for (const std::uint32_t dot : maker.quickScene()->dots)
-            ids.push_back(maker.quickScene()->ids[dot]);
+        for (const std::uint32_t dot : scene->dots)
+            ids.push_back(scene->ids[dot]);
         QCOMPARE(ids, (std::vector<view::Id>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13}));
-        QVERIFY(maker.quickScene()->balls.empty());
+        QVERIFY(scene->balls.empty());
     }
 
     void linesAndDotsCanBeToldFromTheBackground() {

@@ -139,10 +139,11 @@ private slots:
     void whileMovingMeshesAreDotsAndLinesStay() {
         TAVIK::DataMaker::makeSurface(space(), "surface", triangle(0));
         TAVIK::DataMaker::makeGrid(space(), "grid", grid());
-        readScene();
-        QCOMPARE(m_maker.quickScene()->dots.size(), std::size_t(3));
-        QCOMPARE(m_maker.quickScene()->lines.size(), std::size_t(12));
-        QVERIFY(m_maker.quickScene()->meshes.empty());
+        m_reader.read();
+        const auto scene = m_maker.quickScene(m_reader.snapshot(), {});
+        QCOMPARE(scene->dots.size(), std::size_t(3));
+        QCOMPARE(scene->lines.size(), std::size_t(12));
+        QVERIFY(scene->meshes.empty());
         QCOMPARE(view::drawnPoints(m_reader.snapshot(), {}).size(), std::size_t(11));
     }
 };

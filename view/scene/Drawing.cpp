@@ -12,6 +12,10 @@ namespace {
 
 constexpr float depthCue = 0.6F;
 
+// The first quick picture of more balls and triangles than that would take too long as they are,
+// and so would making them.
+constexpr std::size_t manyThings = 250'000;
+
 bool isSame(const Camera& a, const Camera& b) {
     return a.axes == b.axes && a.centre == b.centre && a.height == b.height && a.front == b.front &&
            a.back == b.back;
@@ -40,9 +44,11 @@ void Drawing::learn(Effort effort, double milliseconds) {
         const Effort guess = milliseconds > 6 * quickPicture   ? Effort::Dots
                              : milliseconds > 2 * quickPicture ? Effort::HalfSize
                                                                : Effort::OneSample;
-        m_quick = std::max(m_quick, guess);
+        m_quick = m_isGuess ? guess : std::max(m_quick, guess);
+        m_isGuess = false;
         return;
     }
+    m_isGuess = false;
     m_quickTime = milliseconds;
     if (milliseconds > quickPicture && m_quick != Effort::Dots)
         m_quick = static_cast<Effort>(static_cast<int>(m_quick) + 1);
@@ -57,18 +63,19 @@ bool Drawing::isLast(const Order& order, Effort effort) const {
 std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& stop) {
     if (order.width <= 0 || order.height <= 0)
         return {};
-    const auto begin = std::chrono::steady_clock::now();
-    std::shared_ptr<const Scene> scene = m_maker.scene(order.snapshot, order.look, stop);
-    if (!scene)
-        return {};
-    if (scene != m_known.lock()) {
-        m_known = scene;
-        m_quick = Effort::OneSample;
+    m_maker.prepare(order.snapshot, order.look);
+    if (m_maker.version() != m_known) {
+        m_known = m_maker.version();
+        m_quick = m_maker.size() > manyThings ? Effort::Dots : Effort::OneSample;
+        m_isGuess = true;
         m_quickTime = quickPicture;
     }
     const Effort effort = effortFor(order);
-    if (effort == Effort::Dots)
-        scene = m_maker.quickScene();
+    std::shared_ptr<const Scene> scene = effort == Effort::Dots
+                                             ? m_maker.quickScene(order.snapshot, order.look)
+                                             : m_maker.scene(order.snapshot, order.look, stop);
+    if (!scene)
+        return {};
     const bool isSmall = effort == Effort::HalfSize || effort == Effort::Dots;
     if (scene != m_scene || !isLast(order, effort)) {
         Settings settings;
@@ -87,6 +94,7 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
             used = std::move(const_cast<Picture&>(*m_picture)); // NOLINT: nobody else has it
         m_picture = nullptr;
         m_scene = nullptr;
+        const auto begin = std::chrono::steady_clock::now();
         Picture picture = m_renderer.draw(*scene, order.camera, settings, stop, std::move(used));
         if (picture.image.isNull() || stop.stop_requested())
             return {};

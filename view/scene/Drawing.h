@@ -69,7 +69,8 @@ private:
     Order m_order;                            ///< likewise, without the snapshot
     Effort m_effort = Effort::Whole;          ///< likewise
     Effort m_quick = Effort::OneSample;       ///< of the next quick picture
-    std::weak_ptr<const Scene> m_known;       ///< for which that holds
+    bool m_isGuess = true;                    ///< and no picture was timed for it
+    std::uint64_t m_known = 0;                ///< the version of the scene for which that holds
     bool m_wasMoving = false;
     double m_quickTime = quickPicture; ///< milliseconds that the last quick picture took
 };

@@ -1,6 +1,7 @@
 #include "SceneMaker.h"
 
 #include "LegibleColours.h"
+#include "QuickScene.h"
 #include "Shapes.h"
 #include "VanDerWaals.h"
 
@@ -160,117 +161,42 @@ void forDrawnAtoms(const Contents& contents, const Marks& marks, const Styles& s
     }
 }
 
-// Makes the scene that stands for another while it moves.
-class QuickMaking {
-public:
-    QuickMaking(const Contents& contents, const Marks& marks, const Styles& styles,
-                Colour background)
-        : m_contents(contents), m_marks(marks), m_styles(styles), m_legible(background) {}
-
-    Scene run() {
-        std::size_t count = 0;
-        for (const Style style : m_styles.atoms)
-            count += style == Style::None ? 0 : 1;
-        for (const Shape& shape : m_contents.shapes)
-            count += isMeshShown(shape) ? shape.mesh->vertices.size() : 0;
-        m_step = count / SceneMaker::dotsWhileMoving + 1;
-        reserve(count / m_step + 1);
-        for (std::size_t residue = 0; residue != m_contents.residues.size(); ++residue) {
-            takeAtoms(residue);
-            if (m_styles.ribbon[residue])
-                takeGuide(residue);
-        }
-        for (const Shape& shape : m_contents.shapes) {
-            if (m_marks.shown[shape.item])
-                addLines(shape, m_legible(m_marks.colours[shape.item]), m_scene);
-            if (isMeshShown(shape))
-                takeVertices(shape);
-        }
-        return std::move(m_scene);
-    }
-
-private:
-    void reserve(std::size_t dots) {
-        const auto guides = static_cast<std::size_t>(
-            std::count(m_styles.ribbon.begin(), m_styles.ribbon.end(), true));
-        m_scene.dots.reserve(dots);
-        m_scene.lines.reserve(guides);
-        m_scene.points.reserve(dots + guides);
-        m_scene.colours.reserve(dots + guides);
-        m_scene.ids.reserve(dots + guides);
-    }
-
-    std::uint32_t addPoint(std::uint32_t atom) {
-        m_scene.points.push_back(m_contents.positions[atom]);
-        m_scene.colours.push_back(m_legible(m_marks.colours[atom]));
-        m_scene.ids.push_back(idOf(atom));
-        return static_cast<std::uint32_t>(m_scene.points.size() - 1);
-    }
-
-    bool isMeshShown(const Shape& shape) const { return shape.mesh && m_marks.shown[shape.item]; }
-
-    void takeVertices(const Shape& shape) {
-        const Mesh& mesh = *shape.mesh;
-        for (std::size_t i = 0; i != mesh.vertices.size(); ++i) {
-            if (m_passed++ % m_step != 0)
-                continue;
-            m_scene.dots.push_back(static_cast<std::uint32_t>(m_scene.points.size()));
-            m_scene.points.push_back(mesh.vertices[i]);
-            m_scene.colours.push_back(
-                m_legible(shape.hasOwnColours ? mesh.colours[i] : m_marks.colours[shape.item]));
-            m_scene.ids.push_back(idOf(shape.item));
-        }
-    }
-
-    void takeAtoms(std::size_t residue) {
-        const std::uint32_t end = m_contents.atomEnd(residue);
-        for (std::uint32_t i = m_contents.residues[residue].firstAtom; i != end; ++i)
-            if (m_styles.atoms[i] != Style::None && m_passed++ % m_step == 0)
-                m_scene.dots.push_back(addPoint(i));
-    }
-
-    // A ribbon is a line from one atom that it passes to the next.
-    void takeGuide(std::size_t residue) {
-        const std::uint32_t guide = guideOf(m_contents, m_marks, residue);
-        if (guide == noAtom || !m_marks.shown[guide])
-            return;
-        const std::uint32_t point = addPoint(guide);
-        if (m_hasGuide && m_guideResidue + 1 == residue &&
-            m_contents.residues[residue].isLinkedToPrevious)
-            m_scene.lines.push_back({m_guidePoint, point});
-        m_hasGuide = true;
-        m_guideResidue = residue;
-        m_guidePoint = point;
-    }
-
-    const Contents& m_contents;
-    const Marks& m_marks;
-    const Styles& m_styles;
-    LegibleColours m_legible;
-    Scene m_scene;
-    std::size_t m_step = 1;
-    std::size_t m_passed = 0;
-    bool m_hasGuide = false;
-    std::size_t m_guideResidue = 0;
-    std::uint32_t m_guidePoint = 0;
-};
-
 } // namespace
 
 SceneMaker::SceneMaker() = default;
 SceneMaker::~SceneMaker() = default;
 
-std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const Look& look,
-                                               const std::stop_token& stop) {
-    if (m_scene && m_snapshot.contents == snapshot.contents && m_snapshot.marks == snapshot.marks &&
-        m_look == look)
-        return m_scene;
+void SceneMaker::prepare(const Snapshot& snapshot, const Look& look) {
+    if (m_version != 0 && m_snapshot.contents == snapshot.contents &&
+        m_snapshot.marks == snapshot.marks && m_look == look)
+        return;
     // What is not used by a picture any more goes before the next scene comes.
     m_scene = nullptr;
     m_quick = nullptr;
+    m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
     m_snapshot = snapshot;
     m_look = look;
-    m_styles = chooseStyles(*snapshot.contents, *snapshot.marks, look);
+    ++m_version;
+}
+
+std::size_t SceneMaker::size() const {
+    constexpr std::size_t trianglesAResidue = 16; // at least
+    std::size_t things = 0;
+    for (const Style style : m_styles.atoms)
+        things += style == Style::None ? 0 : 1;
+    for (const bool isRibbon : m_styles.ribbon)
+        things += isRibbon ? trianglesAResidue : 0;
+    for (const Shape& shape : m_snapshot.contents->shapes)
+        if (m_snapshot.marks->shown[shape.item])
+            things += shape.segments.size() + (shape.mesh ? shape.mesh->triangles.size() : 0);
+    return things;
+}
+
+std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const Look& look,
+                                               const std::stop_token& stop) {
+    prepare(snapshot, look);
+    if (m_scene)
+        return m_scene;
     auto scene = std::make_shared<Scene>();
     Making(snapshot.contents, *snapshot.marks, m_styles, look.background, *scene).run();
     const auto* const ribbons =
@@ -308,11 +234,11 @@ const std::vector<std::shared_ptr<const Mesh>>& SceneMaker::coloured() {
     return m_coloured;
 }
 
-std::shared_ptr<const Scene> SceneMaker::quickScene() {
-    if (m_quick || !m_scene)
-        return m_quick;
-    m_quick = std::make_shared<const Scene>(
-        QuickMaking(*m_snapshot.contents, *m_snapshot.marks, m_styles, m_look.background).run());
+std::shared_ptr<const Scene> SceneMaker::quickScene(const Snapshot& snapshot, const Look& look) {
+    prepare(snapshot, look);
+    if (!m_quick)
+        m_quick = std::make_shared<const Scene>(
+            makeQuickScene(*snapshot.contents, *snapshot.marks, m_styles, look.background));
     return m_quick;
 }
 

@@ -8,6 +8,7 @@
 #include "render/Scene.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <stop_token>
 #include <vector>
@@ -24,15 +25,23 @@ public:
     /// Null after a stop request.
     std::shared_ptr<const Scene> scene(const Snapshot& snapshot, const Look& look,
                                        const std::stop_token& stop = {});
-    /// A scene that stands for the last scene() while it moves: atoms as dots, at most
-    /// `dotsWhileMoving` of them, so that some atoms of large scenes have none; ribbons as lines.
-    std::shared_ptr<const Scene> quickScene();
+    /// A coarse scene that stands for scene() while it moves; see QuickScene.h. It does not need
+    /// scene() to be made.
+    std::shared_ptr<const Scene> quickScene(const Snapshot& snapshot, const Look& look);
 
-    static constexpr std::size_t dotsWhileMoving = 400'000;
+    /// Chooses what both show; they do so by themselves. Nothing, if nothing changed.
+    void prepare(const Snapshot& snapshot, const Look& look);
+    /// Rises with each prepare() that changed something; 0 before the first one.
+    std::uint64_t version() const { return m_version; }
+    /// About how many balls, lines and triangles scene() has, at the last prepare(). Takes time in
+    /// proportion to the number of atoms.
+    std::size_t size() const;
 
 private:
     const std::vector<std::shared_ptr<const Mesh>>& coloured();
 
+    std::uint64_t m_version = 0;
+    // What was prepared.
     Snapshot m_snapshot;
     Look m_look;
     Styles m_styles;
