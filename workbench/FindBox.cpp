@@ -128,7 +128,9 @@ bool FindBox::eventFilter(QObject* watched, QEvent* event) {
         return takeKey(*static_cast<QKeyEvent*>(event));
     case QEvent::FocusIn:
         m_search.setReady(true);
-        if (!m_search.isEmpty() || !m_search.problem().isEmpty())
+        // After a menu or another window the list would lie over what is wanted next.
+        if (const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+            reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason)
             showHits();
         return false;
     case QEvent::FocusOut:

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QVBoxLayout>
 
@@ -238,6 +239,24 @@ private slots:
         m_window->type("GLY");
         m_window->other->setFocus();
         QTRY_VERIFY(!m_window->showsHits());
+    }
+
+    void theListStaysClosedAfterAMenu() {
+        const test_data::Chains chains(1, 1);
+        m_window->type("GLY");
+        QVERIFY(m_window->showsHits());
+        QMenu menu;
+        menu.addAction("Hide");
+        menu.popup(m_window->mapToGlobal(QPoint(5, 5)));
+        QTRY_VERIFY(!m_window->showsHits());
+        QTest::keyClick(&menu, Qt::Key_Escape);
+        QVERIFY(!menu.isVisible());
+        QVERIFY(m_window->find->field()->hasFocus());
+        QVERIFY(!m_window->showsHits());
+        // It comes back with the keyboard.
+        m_window->other->setFocus();
+        m_window->find->begin();
+        QTRY_VERIFY(m_window->showsHits());
     }
 
     void aTextOf100000CharactersIsRefusedInWords() {
