@@ -10,6 +10,16 @@ namespace end_to_end {
 namespace {
 constexpr int patience = 120'000; // ms
 constexpr int lookAgainAfter = 20;
+
+QString number(Qt::MouseButton button) {
+    return button == Qt::LeftButton ? "1" : button == Qt::MiddleButton ? "2" : "3";
+}
+
+/// What moves the mouse to a place in a window.
+QStringList move(qint64 window, QPoint to) {
+    return {"mousemove", "--window", QString::number(window), QString::number(to.x()),
+            QString::number(to.y())};
+}
 } // namespace
 
 VirtualScreen::VirtualScreen() : m_environment(QProcessEnvironment::systemEnvironment()) {
@@ -51,6 +61,11 @@ qint64 VirtualScreen::findWindow(const QString& title) const {
     return found.split('\n').constFirst().toLongLong();
 }
 
+int VirtualScreen::windowCount() const {
+    return static_cast<int>(
+        runTool("xdotool", {"search", "--onlyvisible", "--class", "."}).count('\n'));
+}
+
 qint64 VirtualScreen::waitForWindow(const QString& title, Program& program) const {
     const QDeadlineTimer deadline(patience);
     while (true) {
@@ -63,10 +78,23 @@ qint64 VirtualScreen::waitForWindow(const QString& title, Program& program) cons
 }
 
 void VirtualScreen::click(qint64 window, QPoint position, Qt::MouseButton button) const {
-    const QString number = button == Qt::LeftButton ? "1" : button == Qt::MiddleButton ? "2" : "3";
-    runTool("xdotool",
-            {"mousemove", "--window", QString::number(window), QString::number(position.x()),
-             QString::number(position.y()), "click", number});
+    runTool("xdotool", move(window, position) + QStringList{"click", number(button)});
+}
+
+void VirtualScreen::drag(qint64 window, QPoint from, QPoint to, Qt::MouseButton button) const {
+    constexpr int steps = 8;
+    QStringList all = move(window, from) + QStringList{"mousedown", number(button)};
+    for (int step = 1; step <= steps; ++step)
+        all += move(window, from + (to - from) * step / steps);
+    runTool("xdotool", all + QStringList{"mouseup", number(button)});
+}
+
+void VirtualScreen::focus(qint64 window) const {
+    runTool("xdotool", {"windowfocus", "--sync", QString::number(window)});
+}
+
+void VirtualScreen::type(const QString& text) const {
+    runTool("xdotool", {"type", "--delay", "5", text});
 }
 
 void VirtualScreen::key(const QString& key) const {
@@ -83,10 +111,11 @@ void VirtualScreen::moveMouseAway() const {
 
 QImage VirtualScreen::picture(qint64 window) const {
     moveMouseAway();
-    const QByteArray png =
-        runTool("import", {"-silent", "-window", QString::number(window), "png:-"});
+    // A format that takes no time to write.
+    const QByteArray bytes =
+        runTool("import", {"-silent", "-window", QString::number(window), "-depth", "8", "ppm:-"});
     // In one format and without a colour space, so that pictures can be compared.
-    QImage image = QImage::fromData(png).convertToFormat(QImage::Format_RGB32);
+    QImage image = QImage::fromData(bytes).convertToFormat(QImage::Format_RGB32);
     image.setColorSpace({});
     return image;
 }

@@ -25,8 +25,17 @@ public:
     qint64 waitForWindow(const QString& title, Program& program) const;
     /// The visible window with exactly this title; 0 when there is none.
     qint64 findWindow(const QString& title) const;
+    /// How many windows are visible, open menus included.
+    int windowCount() const;
 
     void click(qint64 window, QPoint position, Qt::MouseButton button = Qt::LeftButton) const;
+    /// Presses the button at `from`, moves the mouse to `to` on the way that a hand would, and lets
+    /// go there.
+    void drag(qint64 window, QPoint from, QPoint to, Qt::MouseButton button = Qt::LeftButton) const;
+    /// Gives a window the keyboard, as a window manager would.
+    void focus(qint64 window) const;
+    /// Types a text in the window that has the focus.
+    void type(const QString& text) const;
     /// Presses and releases a key, by its name in X, in the window that has the focus.
     void key(const QString& key) const;
     /// The same in a window that may not have it.

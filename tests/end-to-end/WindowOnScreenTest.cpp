@@ -1,3 +1,4 @@
+#include "Pictures.h"
 #include "Program.h"
 #include "TestSupport.h"
 #include "VirtualScreen.h"
@@ -22,13 +23,6 @@ constexpr QPoint fileMenu{15, 10};
 constexpr QRect treeRows{200, 60, 200, 60};
 constexpr QRect entry{2, 20, 60, 14};
 constexpr QRect lastOfManyEntries = entry.translated(0, 7 * 14);
-
-/// Whether nothing is drawn there but the background.
-bool isEmpty(const QImage& part) {
-    QImage background(part.size(), part.format());
-    background.fill(part.pixelColor(0, 0));
-    return part == background;
-}
 
 } // namespace
 
