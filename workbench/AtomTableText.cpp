@@ -5,6 +5,7 @@
 #include "PartialCharge.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace workbench {
@@ -58,11 +59,14 @@ bool writeAtomTable(const std::vector<TAVIK::Compound*>& atoms, QIODevice& out) 
 }
 
 QString saveAtomTable(const std::vector<TAVIK::Compound*>& atoms, const QString& file) {
+    const QString cannot = QCoreApplication::translate("Inspector", "%1 cannot be written: %2");
+    // The table takes the place of what has its name: of a device or a pipe it would be the end.
+    if (const QFileInfo place(file); place.exists() && !place.isFile())
+        return cannot.arg(file, QCoreApplication::translate("Inspector", "it is no regular file"));
     QSaveFile out(file);
     if (out.open(QIODevice::WriteOnly) && writeAtomTable(atoms, out) && out.commit())
         return {};
-    return QCoreApplication::translate("Inspector", "%1 cannot be written: %2")
-        .arg(file, out.errorString());
+    return cannot.arg(file, out.errorString());
 }
 
 } // namespace workbench

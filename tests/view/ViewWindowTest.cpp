@@ -16,6 +16,7 @@
 #include <QTemporaryDir>
 
 #include <stdexcept>
+#include <sys/stat.h>
 
 using namespace view_tools;
 
@@ -223,6 +224,20 @@ private slots:
         QVERIFY(!m_view->savePicture(path, {0, 10}).empty());
         QCOMPARE(QImage(path).size(), QSize(10, 10));
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList("p.png"));
+    }
+
+    void aPictureTakesThePlaceOfNoPipeAndNoFolder() {
+        fourAtoms().attach();
+        const QTemporaryDir folder;
+        const QString pipe = folder.filePath("pipe");
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const QString& path : {pipe, folder.path()}) {
+            const std::string problem = m_view->savePicture(path, {10, 10});
+            QVERIFY(QString::fromStdString(problem).endsWith("it is no regular file"));
+        }
+        struct stat found {};
+        QCOMPARE(stat(QFile::encodeName(pipe).constData(), &found), 0);
+        QVERIFY(S_ISFIFO(found.st_mode));
     }
 
     void theMenuAsksForSizeAndFileAndWritesThePicture() {

@@ -8,7 +8,10 @@
 #include "TestSupport.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QTemporaryDir>
+
+#include <sys/stat.h>
 
 using namespace workbench;
 using Items = std::vector<TAVIK::Compound*>;
@@ -173,6 +176,12 @@ private slots:
         QVERIFY2(problem.startsWith("/nowhere/atoms.csv cannot be written: "), qPrintable(problem));
         const QTemporaryDir folder;
         QCOMPARE(saveAtomTable({}, folder.filePath("atoms.csv")), QString());
+        const QString pipe = folder.filePath("pipe");
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        QCOMPARE(saveAtomTable({}, pipe), pipe + " cannot be written: it is no regular file");
+        struct stat found {};
+        QCOMPARE(stat(QFile::encodeName(pipe).constData(), &found), 0);
+        QVERIFY(S_ISFIFO(found.st_mode));
     }
 };
 

@@ -1,6 +1,7 @@
 #include "PictureFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QImageWriter>
 #include <QSaveFile>
 
@@ -48,6 +49,9 @@ std::optional<PictureRequest> pictureRequest(const std::string& text) {
 }
 
 std::string writePicture(const Order& order, const QString& path, const std::stop_token& stop) {
+    // The file takes the place of what has its name: of a device or a pipe it would be the end.
+    if (const QFileInfo place(path); place.exists() && !place.isFile())
+        return cannot(path, QStringLiteral("it is no regular file"));
     // Opened first: where nothing can be written, nothing needs to be drawn.
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
