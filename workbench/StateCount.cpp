@@ -2,7 +2,6 @@
 
 #include "Kinds.h"
 #include "Space.h"
-#include "Traversal.h"
 
 #include <QCoreApplication>
 #include <QLocale>
@@ -18,7 +17,7 @@ namespace {
 
 using TAVIK::Compound;
 
-constexpr std::size_t atomsOfStep = 100'000;
+constexpr std::size_t itemsOfStep = 100'000;
 
 /// Spreads the bits of a number (the finalizer of MurmurHash3), so that sums of few numbers differ.
 std::uint64_t mixed(std::uint64_t x) {
@@ -37,6 +36,13 @@ QString say(const char* text) {
     return QCoreApplication::translate("Status", text);
 }
 
+/// Whether both atoms of a bond are shown: a bond of a hidden atom is hidden with it, and not
+/// counted again.
+bool areShown(Compound* bond) {
+    return std::all_of(bond->PartBegin(), bond->PartEnd(),
+                       [](const Compound* atom) { return atom->IsVisible(); });
+}
+
 /// "1 atom", "1,213 atoms".
 QString several(std::size_t count, const char* one, const char* many) {
     static const QLocale plain(QLocale::English, QLocale::UnitedStates);
@@ -45,17 +51,49 @@ QString several(std::size_t count, const char* one, const char* many) {
 QString atoms(std::size_t count) {
     return several(count, "atom", "atoms");
 }
-QString others(std::size_t count) {
-    return several(count, "other item", "other items");
+/// By OtherKind.
+QString others(std::size_t count, std::size_t kind) {
+    static constexpr const char* names[][2] = {
+        {"bond", "bonds"}, {"set", "sets"},           {"surface", "surfaces"},
+        {"grid", "grids"}, {"polyline", "polylines"}, {"other item", "other items"}};
+    static_assert(std::size(names) == std::tuple_size_v<OtherCounts>);
+    return several(count, names[kind][0], names[kind][1]);
 }
 
 /// "+915 atoms selected", "-3 atoms selected"; nothing where the counts are the same.
-void addDifference(QStringList& out, std::size_t before, std::size_t after,
-                   QString (*what)(std::size_t), const QString& state) {
+template <class What>
+void addDifference(QStringList& out, std::size_t before, std::size_t after, const What& what,
+                   const QString& state) {
     if (after > before)
         out << u'+' + what(after - before) + state;
     else if (after < before)
         out << QChar(0x2212) + what(before - after) + state;
+}
+void addDifferences(QStringList& out, const OtherCounts& before, const OtherCounts& after,
+                    const QString& state) {
+    for (std::size_t kind = 0; kind != before.size(); ++kind)
+        addDifference(
+            out, before[kind], after[kind],
+            [kind](std::size_t count) { return others(count, kind); }, state);
+}
+void addOthers(QStringList& out, const OtherCounts& counts) {
+    for (std::size_t kind = 0; kind != counts.size(); ++kind)
+        if (counts[kind] > 0)
+            out << others(counts[kind], kind);
+}
+
+/// "; 2 hidden", and nothing where nothing is.
+QString hiddenText(const StateCount& state) {
+    QStringList hidden;
+    if (state.hiddenAtoms > 0)
+        hidden << atoms(state.hiddenAtoms);
+    const qsizetype kinds = hidden.size();
+    addOthers(hidden, state.hiddenOthers);
+    if (hidden.isEmpty())
+        return {};
+    const QString what = hidden.size() > kinds ? hidden.join(QStringLiteral(", ")) + say(" hidden")
+                                               : several(state.hiddenAtoms, "hidden", "hidden");
+    return QStringLiteral("; ") + what;
 }
 
 } // namespace
@@ -68,13 +106,11 @@ QString stateText(const StateCount& state) {
         selected << atoms(state.selectedAtoms)
                  << several(state.selectedResidues, "residue", "residues")
                  << several(state.selectedChains, "chain", "chains");
-    if (state.selectedOthers > 0)
-        selected << others(state.selectedOthers);
+    addOthers(selected, state.selectedOthers);
     const QString text = selected.isEmpty()
                              ? say("nothing selected")
                              : selected.join(QStringLiteral(", ")) + say(" selected");
-    const std::size_t hidden = state.hiddenAtoms + state.hiddenOthers;
-    return hidden == 0 ? text : text + QStringLiteral("; ") + several(hidden, "hidden", "hidden");
+    return text + hiddenText(state);
 }
 
 QString changeText(const StateCount& before, const StateCount& after) {
@@ -83,9 +119,9 @@ QString changeText(const StateCount& before, const StateCount& after) {
     addDifference(done, before.entries, after.entries, entries, QString());
     addDifference(done, before.atoms, after.atoms, &atoms, QString());
     addDifference(done, before.selectedAtoms, after.selectedAtoms, &atoms, say(" selected"));
-    addDifference(done, before.selectedOthers, after.selectedOthers, &others, say(" selected"));
+    addDifferences(done, before.selectedOthers, after.selectedOthers, say(" selected"));
     addDifference(done, before.hiddenAtoms, after.hiddenAtoms, &atoms, say(" hidden"));
-    addDifference(done, before.hiddenOthers, after.hiddenOthers, &others, say(" hidden"));
+    addDifferences(done, before.hiddenOthers, after.hiddenOthers, say(" hidden"));
     if (!done.isEmpty())
         return done.join(QStringLiteral(", "));
     if (before.selection != after.selection)
@@ -99,91 +135,119 @@ QString changeText(const StateCount& before, const StateCount& after) {
 
 StateCounter::StateCounter() {
     TAVIK::Space* const space = TAVIK::Space::instance();
-    for (Compound** entry = space->ChildBegin(); entry != space->ChildEnd(); ++entry) {
-        if (!*entry)
+    Compound** const begin = space->ChildBegin();
+    Compound** const end = space->ChildEnd();
+    m_count.entries = static_cast<std::size_t>(
+        std::count_if(begin, end, [](const Compound* entry) { return entry != nullptr; }));
+    gather(begin, end);
+}
+
+StateCounter::Role StateCounter::roleOf(const Compound* item) {
+    return m_roles.of(item, [](const Compound* one) {
+        return dynamic_cast<const TAVIK::Atom*>(one)        ? Role::Atom
+               : dynamic_cast<const TAVIK::Residue*>(one)   ? Role::Residue
+               : dynamic_cast<const TAVIK::Molecule*>(one)  ? Role::Chain
+               : dynamic_cast<const TAVIK::Composite*>(one) ? Role::Composite
+                                                            : Role::Leaf;
+    });
+}
+
+// A composite may hold a million bonds: not all that is in it is looked at, only where a piece
+// begins.
+void StateCounter::gather(Compound** begin, Compound** end) {
+    constexpr std::ptrdiff_t longest = 10'000;
+    while (begin != end) {
+        const Role role = *begin ? roleOf(*begin) : Role::Leaf;
+        if (role == Role::Composite) {
+            gather((*begin)->ChildBegin(), (*begin)->ChildEnd());
+            ++begin;
             continue;
-        ++m_count.entries;
-        gather(*entry);
+        }
+        Compound** const next = begin + (role == Role::Chain ? 1 : std::min(longest, end - begin));
+        m_pieces.push_back({begin, next});
+        begin = next;
     }
 }
 
-void StateCounter::gather(Compound* item) {
-    if (!dynamic_cast<TAVIK::Composite*>(item)) {
-        if (dynamic_cast<TAVIK::Atom*>(item))
-            m_pieces.push_back(item);
-        else
-            countOther(item);
-        return;
+bool StateCounter::step() {
+    const std::size_t end = m_done + itemsOfStep;
+    while (m_next != m_pieces.size() && m_done < end) {
+        const Piece& piece = m_pieces[m_next++];
+        countAll(piece.begin, piece.end);
+        countGathered();
     }
-    // What holds leaves may hold a million bonds: it is not looked through, but asked for atoms.
-    Compound** const first = item->ChildBegin();
-    if (dynamic_cast<TAVIK::Molecule*>(item) || dynamic_cast<TAVIK::Residue*>(item) ||
-        first == item->ChildEnd() || !dynamic_cast<TAVIK::Composite*>(*first)) {
-        m_pieces.push_back(item);
-        return;
-    }
-    for (Compound** child = first; child != item->ChildEnd(); ++child)
-        if (*child)
-            gather(*child);
+    return m_next == m_pieces.size();
 }
 
-// Bonds and sets stand for atoms, which are counted.
-void StateCounter::countOther(const Compound* item) {
-    if (item->GetType() == "Set" || dynamic_cast<const TAVIK::Bond*>(item))
-        return;
+void StateCounter::countAll(Compound** begin, Compound** end) {
+    for (Compound** child = begin; child != end; ++child) {
+        if (!*child)
+            continue;
+        switch (roleOf(*child)) {
+        case Role::Atom:
+            m_gathered.push_back(*child);
+            break;
+        case Role::Leaf:
+            countOther(*child);
+            break;
+        case Role::Residue:
+            countResidue(*child);
+            break;
+        case Role::Chain:
+            countChain(*child);
+            break;
+        case Role::Composite:
+            countAll((*child)->ChildBegin(), (*child)->ChildEnd());
+            break;
+        }
+    }
+}
+
+void StateCounter::countChain(Compound* chain) {
+    countGathered();
+    const std::size_t before = m_count.selectedAtoms;
+    countAll(chain->ChildBegin(), chain->ChildEnd());
+    countGathered();
+    if (m_count.selectedAtoms != before)
+        ++m_count.selectedChains;
+}
+
+void StateCounter::countResidue(Compound* residue) {
+    countGathered();
+    countAll(residue->ChildBegin(), residue->ChildEnd());
+    countGathered();
+    if (residue->HasSelected())
+        ++m_count.selectedResidues;
+}
+
+void StateCounter::countOther(Compound* item) {
+    const OtherKind kind = m_kinds.of(item, [](const Compound* one) {
+        return dynamic_cast<const TAVIK::Bond*>(one)      ? OtherKind::Bond
+               : dynamic_cast<const TAVIK::Surface*>(one) ? OtherKind::Surface
+               : dynamic_cast<const TAVIK::Grid*>(one)    ? OtherKind::Grid
+               : one->GetType() == "Set"                  ? OtherKind::Set
+               : one->GetType() == "PolyLine"             ? OtherKind::PolyLine
+                                                          : OtherKind::Other;
+    });
+    ++m_done;
     if (item->IsSelected()) {
-        ++m_count.selectedOthers;
+        ++m_count.selectedOthers[static_cast<std::size_t>(kind)];
         m_count.selection += mixed(item->GetId());
     }
     if (item->IsVisible())
         m_count.visibility += mixed(item->GetId());
-    else
-        ++m_count.hiddenOthers;
+    else if (kind != OtherKind::Bond || areShown(item))
+        ++m_count.hiddenOthers[static_cast<std::size_t>(kind)];
     m_count.colors += mixed(std::uint64_t{item->GetColor().rgba()} << 32 | item->GetId());
-}
-
-bool StateCounter::step() {
-    const std::size_t end = m_count.atoms + atomsOfStep;
-    while (m_next != m_pieces.size() && m_count.atoms < end)
-        countPiece(m_pieces[m_next++]);
-    return m_next == m_pieces.size();
-}
-
-void StateCounter::countPiece(Compound* piece) {
-    const std::size_t before = m_count.selectedAtoms;
-    m_residues.clear();
-    TAVIK::GetResidues(piece, m_residues, true);
-    std::size_t inResidues = 0;
-    for (Compound* const residue : m_residues) {
-        m_items.clear();
-        TAVIK::GetAtoms(residue, m_items, true);
-        inResidues += m_items.size();
-        countAtoms(m_items);
-        if (residue->HasSelected())
-            ++m_count.selectedResidues;
-    }
-    m_items.clear();
-    TAVIK::GetAtoms(piece, m_items, true);
-    if (m_items.size() != inResidues) {
-        std::vector<Compound*> counted;
-        for (Compound* const residue : m_residues)
-            TAVIK::GetAtoms(residue, counted, true);
-        std::sort(counted.begin(), counted.end());
-        std::erase_if(m_items, [&counted](Compound* atom) {
-            return std::binary_search(counted.begin(), counted.end(), atom);
-        });
-        countAtoms(m_items);
-    }
-    if (m_count.selectedAtoms != before && dynamic_cast<TAVIK::Molecule*>(piece))
-        ++m_count.selectedChains;
 }
 
 // Of one residue, or of none: an atom of an alternative model counts as hidden where its model is
 // the active one.
-void StateCounter::countAtoms(const std::vector<Compound*>& atoms) {
-    m_count.atoms += atoms.size();
+void StateCounter::countGathered() {
+    m_done += m_gathered.size();
+    m_count.atoms += m_gathered.size();
     bool isAlternateHidden = false;
-    for (const Compound* const atom : atoms) {
+    for (const Compound* const atom : m_gathered) {
         const std::uint32_t id = atom->GetId();
         if (atom->IsSelected()) {
             ++m_count.selectedAtoms;
@@ -197,14 +261,18 @@ void StateCounter::countAtoms(const std::vector<Compound*>& atoms) {
             isAlternateHidden = true;
         m_count.colors += mixed(std::uint64_t{atom->GetColor().rgba()} << 32 | id);
     }
-    if (!isAlternateHidden)
-        return;
-    // The active model is the one of which something is shown or, where all is hidden, the first.
+    if (isAlternateHidden)
+        countHiddenAlternates();
+    m_gathered.clear();
+}
+
+// The active model is the one of which something is shown or, where all is hidden, the first.
+void StateCounter::countHiddenAlternates() {
     std::string active(1, '1');
-    for (const Compound* const atom : atoms)
+    for (const Compound* const atom : m_gathered)
         if (std::string model = modelOf(atom); model != sharedModel && atom->IsVisible())
             active = std::move(model);
-    for (const Compound* const atom : atoms)
+    for (const Compound* const atom : m_gathered)
         if (!atom->IsVisible() && modelOf(atom) == active)
             ++m_count.hiddenAtoms;
 }

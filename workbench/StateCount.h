@@ -3,14 +3,20 @@
 #pragma once
 
 #include "Compound.h"
+#include "detail/ByClass.h"
 
 #include <QString>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace workbench {
+
+/// What is counted beside atoms.
+enum class OtherKind { Bond, Set, Surface, Grid, PolyLine, Other };
+using OtherCounts = std::array<std::size_t, static_cast<std::size_t>(OtherKind::Other) + 1>;
 
 struct StateCount {
     std::size_t entries = 0;
@@ -18,9 +24,9 @@ struct StateCount {
     std::size_t selectedAtoms = 0;
     std::size_t selectedResidues = 0; ///< in which something is selected
     std::size_t selectedChains = 0;   ///< likewise
-    std::size_t selectedOthers = 0;   ///< maps, surfaces and others of which none holds atoms
+    OtherCounts selectedOthers{};     ///< by OtherKind
     std::size_t hiddenAtoms = 0;      ///< without those of alternative models that are not active
-    std::size_t hiddenOthers = 0;
+    OtherCounts hiddenOthers{};       ///< without the bonds of hidden atoms
     /// Sums over the identifiers of what is selected and shown, and over the colours: another sum
     /// means another state.
     std::uint64_t selection = 0;
@@ -30,7 +36,8 @@ struct StateCount {
     bool operator==(const StateCount&) const = default;
 };
 
-/// "915 atoms, 915 residues, 68 chains selected; 2 hidden".
+/// "915 atoms, 915 residues, 68 chains, 2 bonds selected; 2 hidden". Where more than atoms is
+/// hidden, "2 atoms, 1 surface hidden".
 QString stateText(const StateCount& state);
 /// What a change has done, from the counts before and after it: "+915 atoms selected".
 QString changeText(const StateCount& before, const StateCount& after);
@@ -40,20 +47,33 @@ class StateCounter {
 public:
     /// Begins with the data space as it is.
     StateCounter();
-    /// Counts some 100,000 atoms more; returns whether that was the last.
+    /// Counts some 100,000 items more; returns whether those were the last.
     bool step();
     const StateCount& count() const { return m_count; }
 
 private:
-    void gather(TAVIK::Compound* item);
-    void countPiece(TAVIK::Compound* piece);
-    void countOther(const TAVIK::Compound* item);
-    void countAtoms(const std::vector<TAVIK::Compound*>& atoms);
+    enum class Role { Atom, Residue, Chain, Composite, Leaf };
+    /// Children that follow each other.
+    struct Piece {
+        TAVIK::Compound** begin;
+        TAVIK::Compound** end;
+    };
 
-    std::vector<TAVIK::Compound*> m_pieces; ///< chains, and whatever else may hold atoms
+    Role roleOf(const TAVIK::Compound* item);
+    void gather(TAVIK::Compound** begin, TAVIK::Compound** end);
+    void countAll(TAVIK::Compound** begin, TAVIK::Compound** end);
+    void countChain(TAVIK::Compound* chain);
+    void countResidue(TAVIK::Compound* residue);
+    void countOther(TAVIK::Compound* item);
+    void countGathered();
+    void countHiddenAlternates();
+
+    TAVIK::detail::ByClass<Role> m_roles;
+    TAVIK::detail::ByClass<OtherKind> m_kinds;
+    std::vector<Piece> m_pieces;
     std::size_t m_next = 0;
-    std::vector<TAVIK::Compound*> m_residues; ///< kept for their memory
-    std::vector<TAVIK::Compound*> m_items;
+    std::size_t m_done = 0;                   ///< items
+    std::vector<TAVIK::Compound*> m_gathered; ///< atoms of one residue, or of none, to be counted
     StateCount m_count;
 };
 

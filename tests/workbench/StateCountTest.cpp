@@ -2,6 +2,7 @@
 #include "StateCount.h"
 #include "DataDelete.h"
 #include "DataPoint.h"
+#include "Geometry.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "StatusLine.h"
@@ -91,6 +92,73 @@ private slots:
         QCOMPARE(counted().atoms, std::size_t{5});
         change([&] { loose->SetSelected(true); });
         QCOMPARE(stateText(counted()), "1 atom, 0 residues, 1 chain selected");
+    }
+
+    void bondsSetsSurfacesAndGridsAreCountedByKind() {
+        using TAVIK::DataMaker;
+        const test_data::Chains chains(1, 2);
+        TAVIK::Compound* bond = nullptr;
+        TAVIK::Compound* surface = nullptr;
+        TAVIK::Compound* grid = nullptr;
+        {
+            const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::Compound* const bonds =
+                DataMaker::makeCore(chains.chain(0), "Bonds", "Composite");
+            bond = DataMaker::makeBond(bonds, chains.atom(0, 0, 0), chains.atom(0, 0, 1));
+            DataMaker::makeBond(bonds, chains.atom(0, 1, 0), chains.atom(0, 1, 1));
+            DataMaker::makeSet(chains.entry, "site", {chains.atom(0, 0, 0), chains.atom(0, 0, 1)});
+            surface = DataMaker::makeSurface(TAVIK::Space::instance(), "skin", {});
+            TAVIK::GridValues values;
+            values.points = {1, 1, 1};
+            values.values = {1.0F};
+            grid = DataMaker::makeGrid(TAVIK::Space::instance(), "map", std::move(values));
+        }
+        QVERIFY(surface && grid);
+        QCOMPARE(stateText(counted()), "nothing selected");
+        change([&] { bond->SetSelected(true); });
+        const StateCount one = counted();
+        QCOMPARE(stateText(one), "1 bond selected");
+        change([&] {
+            surface->SetSelected(true);
+            grid->SetSelected(true);
+            chains.residue(0, 0)->SetSelected(true);
+        });
+        QCOMPARE(stateText(counted()),
+                 "2 atoms, 1 residue, 1 chain, 1 bond, 1 set, 1 surface, 1 grid selected");
+        QCOMPARE(changeText(one, counted()), "+2 atoms selected, +1 set selected, "
+                                             "+1 surface selected, +1 grid selected");
+        change([&] {
+            TAVIK::Space::instance()->SetSelected(false);
+            surface->SetVisible(false);
+            chains.atom(0, 1, 0)->SetVisible(false);
+        });
+        QCOMPARE(stateText(counted()), "nothing selected; 1 atom, 1 surface hidden");
+        // A bond of a hidden atom is hidden with it, and counts when it is hidden by itself.
+        change([&] { bond->SetVisible(false); });
+        QCOMPARE(stateText(counted()), "nothing selected; 1 atom, 1 bond, 1 surface hidden");
+        change([&] { chains.chain(0)->SetVisible(false); });
+        QCOMPARE(stateText(counted()), "nothing selected; 4 atoms, 1 set, 1 surface hidden");
+        change([&] { chains.chain(0)->SetSelected(true); });
+        QVERIFY(stateText(counted()).startsWith("4 atoms, 2 residues, 1 chain, 2 bonds, 1 set"));
+    }
+
+    // Far more than what is counted at once.
+    void manyBondsAreCountedInPieces() {
+        const test_data::Chains chains(1, 1);
+        TAVIK::Compound* bonds = nullptr;
+        {
+            const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            bonds = TAVIK::DataMaker::makeCore(chains.entry, "Bonds", "Composite");
+            for (int i = 0; i != 250'000; ++i)
+                TAVIK::DataMaker::makeBond(bonds, chains.atom(0, 0, 0), chains.atom(0, 0, 1));
+        }
+        change([&] { bonds->SetSelected(true); });
+        StateCounter counter;
+        int steps = 1;
+        while (!counter.step())
+            ++steps;
+        QCOMPARE(stateText(counter.count()), "250,000 bonds selected");
+        QVERIFY(steps > 2);
     }
 
     void anotherSelectionOfTheSameSizeIsAChange() {
