@@ -1,9 +1,9 @@
 #include "Inspector.h"
 
-#include "AtomTableText.h"
+#include "AtomTable.h"
+#include "Progress.h"
 #include "SelectionChanges.h"
 #include "Space.h"
-#include "Traversal.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -12,6 +12,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
+#include <QPointer>
 #include <QScopedValueRollback>
 #include <QTableWidget>
 #include <QToolButton>
@@ -158,17 +159,30 @@ void Inspector::saveTable() {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(QStringLiteral("csv"));
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        // Asked for only now: anything may have changed while the dialog was open.
-        std::vector<TAVIK::Compound*> atoms;
-        TAVIK::GetAtoms(TAVIK::Space::instance(), atoms, false);
-        const QString problem = saveAtomTable(atoms, file);
-        if (problem.isEmpty())
-            emit done(tr("%1 atoms written to %2").arg(atoms.size()).arg(file));
-        else
-            emit failed(problem);
-    });
+    // Later, when the dialog is closed: what it takes may have a window of its own.
+    connect(dialog, &QFileDialog::fileSelected, this, &Inspector::writeTable, Qt::QueuedConnection);
     dialog->open();
+}
+
+void Inspector::writeTable(const QString& file) {
+    // Read only now: anything may have changed while the dialog was open.
+    const AtomTable table = AtomTable::ofSelected(TAVIK::Space::instance());
+    QString problem;
+    const QPointer<Inspector> inspector(this);
+    const bool isWhole =
+        Progress::Run(tr("Save the selected atoms"),
+                      [&](ProgressReporter& reporter, const std::stop_token& stop) {
+                          problem = table.save(file, &reporter, stop);
+                      });
+    if (!inspector)
+        return;
+    if (!isWhole)
+        emit done(tr("%1 is not written").arg(file));
+    else if (!problem.isEmpty())
+        emit failed(problem);
+    else
+        emit done(table.size() == 1 ? tr("1 atom written to %1").arg(file)
+                                    : tr("%1 atoms written to %2").arg(table.size()).arg(file));
 }
 
 } // namespace workbench

@@ -60,6 +60,7 @@ private:
 
     void dataChanged();
     void focusMoved(TAVIK::Compound* item);
+    void writeTable(const QString& file);
     void look();
     void show(Inspection inspection);
 

@@ -1,6 +1,6 @@
 // What the inspector says, against values that were put in and closed forms.
 #include "Inspection.h"
-#include "AtomTableText.h"
+#include "AtomTable.h"
 #include "DataPoint.h"
 #include "Geometry.h"
 #include "SelectedInOrder.h"
@@ -151,7 +151,6 @@ private slots:
     }
 
     void aTableHasALineForEachAtom() {
-        TAVIK::Compound* atom = nullptr;
         {
             const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
             TAVIK::Compound* const entry =
@@ -159,11 +158,12 @@ private slots:
             TAVIK::AtomDetails details;
             details.alternative = ',';
             details.formalCharge = -1;
-            atom = test_data::addAtom(entry, "O", "O", 1, 2, -3.5F, details);
+            test_data::addAtom(entry, "O", "O", 1, 2, -3.5F, details)->SetSelected(true);
+            test_data::addAtom(entry, "H", "H", 1, 2, 3);
         }
         QBuffer buffer;
         QVERIFY(buffer.open(QIODevice::WriteOnly));
-        QVERIFY(writeAtomTable({atom}, buffer));
+        QVERIFY(AtomTable::ofSelected(TAVIK::Space::instance()).write(buffer));
         QCOMPARE(QString::fromUtf8(buffer.data()),
                  QString::fromUtf8("name,element,x,y,z,occupancy,temperature factor,alternative,"
                                    "charge,partial charge\r\n"
@@ -172,13 +172,13 @@ private slots:
     }
 
     void aTableThatCannotBeWrittenIsSaidInOneLine() {
-        const QString problem = saveAtomTable({}, "/nowhere/atoms.csv");
+        const QString problem = AtomTable().save("/nowhere/atoms.csv");
         QVERIFY2(problem.startsWith("/nowhere/atoms.csv cannot be written: "), qPrintable(problem));
         const QTemporaryDir folder;
-        QCOMPARE(saveAtomTable({}, folder.filePath("atoms.csv")), QString());
+        QCOMPARE(AtomTable().save(folder.filePath("atoms.csv")), QString());
         const QString pipe = folder.filePath("pipe");
         QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-        QCOMPARE(saveAtomTable({}, pipe), pipe + " cannot be written: it is no regular file");
+        QCOMPARE(AtomTable().save(pipe), pipe + " cannot be written: it is no regular file");
         struct stat found {};
         QCOMPARE(stat(QFile::encodeName(pipe).constData(), &found), 0);
         QVERIFY(S_ISFIFO(found.st_mode));
