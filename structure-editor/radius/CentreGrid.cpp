@@ -4,23 +4,26 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <utility>
 
 namespace {
 
-// With these limits the cells for real atoms are about as long as the radius, even when the centres
-// are few and scattered. The grid takes 20 MB at most.
-constexpr std::size_t cellsPerCentre = 512;
+// Few cells are fast to fill, and long ones fast to look up. Where one would hold more centres than
+// these, shorter and more cells are tried, of at most 17 MB, and then the k-d tree is used.
+struct Measure {
+    std::size_t cellsPerCentre;
+    double length; // of a cell at least, in radii
+};
+constexpr std::array<Measure, 2> measures = {{{4, 2.0}, {512, 1.0}}};
 constexpr std::size_t fewCells = 4096;
 constexpr std::size_t mostCells = std::size_t{1} << 22;
-// With more centres in one cell the k-d tree is used.
-constexpr std::uint32_t mostInCell = 64;
+constexpr std::uint32_t mostInCell = 128;
 
-// Empty cells at both ends of each axis, so that no look-up checks bounds: a point in the inner one
-// may still be near a centre, and the outer one is its neighbour.
-constexpr double border = 2.0;
+// Points of a run, and cells around one that is not divided: a single point has at most 27.
+constexpr std::size_t runLength = 32;
+constexpr std::size_t mostInBlock = 64;
 
 constexpr std::size_t laneCount = sizeof(Lanes) / sizeof(float);
+constexpr float infinity = std::numeric_limits<float>::infinity();
 
 Lanes lanesAt(const float* values) {
     Lanes lanes;
@@ -28,49 +31,148 @@ Lanes lanesAt(const float* values) {
     return lanes;
 }
 
-} // namespace
-
-std::optional<CentreGrid> CentreGrid::of(const std::vector<Point>& centres, const Reach& reach) {
-    CentreGrid grid(centres, reach);
-    if (!grid.fill(centres))
-        return std::nullopt;
-    grid.markSurroundings();
-    return grid;
+Lanes lanesOf(float value) {
+    return Lanes{value, value, value, value};
 }
 
-CentreGrid::CentreGrid(const std::vector<Point>& centres, const Reach& reach)
-    : m_squaredLimit(reach.squaredLimit) {
+// Where either is NaN, the first.
+Lanes smaller(Lanes a, Lanes b) {
+    return b < a ? b : a;
+}
+Lanes larger(Lanes a, Lanes b) {
+    return a < b ? b : a;
+}
+
+// Some points in lanes, the box around them, and which of them are found to be near.
+class PointRun {
+public:
+    explicit PointRun(std::span<const Point> points)
+        : m_count(points.size()), m_lanes((points.size() + laneCount - 1) / laneCount) {
+        for (std::size_t i = 0; i != m_lanes; ++i)
+            takeLanes(points, i);
+        for (const std::size_t axis : {0, 1, 2}) {
+            Lanes low = lanesOf(infinity);
+            Lanes high = -low;
+            for (std::size_t i = 0; i != m_lanes; ++i) {
+                low = smaller(low, m_points[axis][i]);
+                high = larger(high, m_points[axis][i]);
+            }
+            m_low[axis] = std::min(std::min(low[0], low[1]), std::min(low[2], low[3]));
+            m_high[axis] = std::max(std::max(high[0], high[1]), std::max(high[2], high[3]));
+        }
+    }
+
+    /// The corners of the box; NaN is left out.
+    const Point& low() const { return m_low; }
+    const Point& high() const { return m_high; }
+
+    /// areWithin() of a centre and any place in the box: rounding keeps the order of differences,
+    /// squares and sums, so that this is true where a point is within the radius.
+    LaneAnswers areNearBox(float squaredLimit, Lanes x, Lanes y, Lanes z) const {
+        const std::array<Lanes, 3> centres = {x, y, z};
+        Lanes sum{};
+        for (const std::size_t axis : {0, 1, 2}) {
+            const Lanes outside =
+                larger(Lanes{}, larger(m_low[axis] - centres[axis], centres[axis] - m_high[axis]));
+            sum += outside * outside;
+        }
+        return sum <= squaredLimit;
+    }
+
+    void test(float squaredLimit, const Point& centre) {
+        for (std::size_t i = 0; i != m_lanes; ++i)
+            m_found[i] |=
+                areWithin(squaredLimit, centre, m_points[0][i], m_points[1][i], m_points[2][i]);
+    }
+    bool isEveryFound() const {
+        bool all = true;
+        for (std::size_t i = 0; i != m_lanes; ++i)
+            all = all && (m_found[i][0] & m_found[i][1] & m_found[i][2] & m_found[i][3]);
+        return all;
+    }
+    void tell(std::uint8_t* near) const {
+        for (std::size_t i = 0; i != m_count; ++i)
+            near[i] = m_found[i / laneCount][i % laneCount] ? 1 : 0;
+    }
+
+private:
+    static constexpr std::size_t mostLanes = runLength / laneCount;
+
+    // Four points, coordinate by coordinate. Lanes that are left over hold the last point again.
+    void takeLanes(std::span<const Point> points, std::size_t at) {
+        std::array<Point, laneCount> four;
+        const std::size_t first = at * laneCount;
+        if (first + laneCount <= points.size())
+            std::memcpy(&four, &points[first], sizeof four);
+        else
+            for (std::size_t i = 0; i != laneCount; ++i)
+                four[i] = points[std::min(first + i, points.size() - 1)];
+        const Lanes a = lanesAt(four[0].data());     // x0 y0 z0 x1
+        const Lanes b = lanesAt(four[0].data() + 4); // y1 z1 x2 y2
+        const Lanes c = lanesAt(four[0].data() + 8); // z2 x3 y3 z3
+        m_points[0][at] =
+            __builtin_shufflevector(a, __builtin_shufflevector(b, c, 2, 5, 2, 5), 0, 3, 4, 5);
+        m_points[1][at] =
+            __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 1, 4),
+                                    __builtin_shufflevector(b, c, 3, 6, 3, 6), 0, 1, 4, 5);
+        m_points[2][at] =
+            __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 5, 2, 5), c, 0, 1, 4, 7);
+    }
+
+    std::size_t m_count;
+    std::size_t m_lanes;
+    std::array<std::array<Lanes, mostLanes>, 3> m_points;
+    std::array<LaneAnswers, mostLanes> m_found{};
+    Point m_low;
+    Point m_high;
+};
+
+} // namespace
+
+// The cells from one to another, both included, along each axis.
+struct CentreGrid::Block {
+    std::array<Cell, 3> from{};
+    std::array<Cell, 3> to{};
+    std::size_t count = 0;
+};
+
+std::optional<CentreGrid> CentreGrid::of(const std::vector<Point>& centres, const Reach& reach) {
+    for (const Measure& measure : measures) {
+        const std::size_t cells = centres.size() * measure.cellsPerCentre + fewCells;
+        CentreGrid grid(centres, reach, reach.distance * measure.length,
+                        std::min(cells, mostCells));
+        if (grid.fill(centres))
+            return grid;
+    }
+    return std::nullopt;
+}
+
+CentreGrid::CentreGrid(const std::vector<Point>& centres, const Reach& reach, double length,
+                       std::size_t most)
+    : m_squaredLimit(reach.squaredLimit), m_distance(reach.distance) {
     const auto [low, high] = boundsOf(centres);
-    const auto most =
-        static_cast<double>(std::min(centres.size() * cellsPerCentre + fewCells, mostCells));
     double total = 0.0;
-    double length = reach.distance;
-    for (bool fits = false; !fits; length *= fits ? 1.0 : 1.25) {
+    for (bool fits = false; !fits; length *= 1.25) {
+        m_perLength = 1.0 / length;
         total = 1.0;
         for (const std::size_t axis : {0, 1, 2}) {
             m_low[axis] = static_cast<double>(low[axis]);
+            // As in cellOf(), to the bit.
             m_cells[axis] =
-                std::floor((static_cast<double>(high[axis]) - m_low[axis]) / length) + 1.0;
-            total *= m_cells[axis] + 2.0 * border;
+                std::floor((static_cast<double>(high[axis]) - m_low[axis]) * m_perLength) + 1.0;
+            total *= m_cells[axis];
         }
-        fits = total <= most;
+        fits = total <= static_cast<double>(most);
     }
-    m_perLength = 1.0 / length;
-    m_stride = {1, static_cast<Cell>(m_cells[0] + 2.0 * border), 0};
-    m_stride[2] = m_stride[1] * static_cast<Cell>(m_cells[1] + 2.0 * border);
+    m_stride = {1, static_cast<Cell>(m_cells[0]), static_cast<Cell>(m_cells[0] * m_cells[1])};
     m_first.assign(static_cast<std::size_t>(total) + 1, 0);
-    std::size_t row = 0;
-    for (const auto& [y, z] :
-         {std::pair(0, 0), {1, 0}, {-1, 0}, {0, 1}, {0, -1}, {1, 1}, {1, -1}, {-1, 1}, {-1, -1}})
-        m_rows[row++] = static_cast<Cell>(y) * m_stride[1] + static_cast<Cell>(z) * m_stride[2];
 }
 
 CentreGrid::Cell CentreGrid::cellOf(const Point& centre) const {
     Cell cell = 0;
     for (const std::size_t axis : {0, 1, 2})
         cell += m_stride[axis] *
-                static_cast<Cell>((static_cast<double>(centre[axis]) - m_low[axis]) * m_perLength +
-                                  border);
+                static_cast<Cell>((static_cast<double>(centre[axis]) - m_low[axis]) * m_perLength);
     return cell;
 }
 
@@ -88,7 +190,7 @@ bool CentreGrid::fill(const std::vector<Point>& centres) {
         first = sum += first;
     // Padding, because a test of four centres at once may read beyond the last.
     for (std::vector<float>& values : m_coordinates)
-        values.resize(centres.size() + laneCount, std::numeric_limits<float>::infinity());
+        values.resize(centres.size() + laneCount, infinity);
     for (std::size_t i = centres.size(); i-- > 0;) {
         const std::uint32_t place = --m_first[cells[i]];
         for (const std::size_t axis : {0, 1, 2})
@@ -97,68 +199,75 @@ bool CentreGrid::fill(const std::vector<Point>& centres) {
     return true;
 }
 
-void CentreGrid::markSurroundings() {
-    m_surrounded.assign(m_first.size(), 0);
-    for (std::size_t cell = 0; cell + 1 < m_first.size(); ++cell)
-        if (m_first[cell] != m_first[cell + 1])
-            for (const Cell row : m_rows)
-                std::memset(&m_surrounded[static_cast<Cell>(cell) + row - 1], 1, 3);
-}
-
-CentreGrid::Cell CentreGrid::cellAround(const Point& point) const {
-    Cell cell = 0;
+CentreGrid::Block CentreGrid::blockAround(const Point& low, const Point& high) const {
+    Block block;
+    std::size_t count = 1;
     for (const std::size_t axis : {0, 1, 2}) {
-        const double place = (static_cast<double>(point[axis]) - m_low[axis]) * m_perLength;
-        // False for NaN, too.
-        const bool isInside = place >= -1.0 && place < m_cells[axis] + 1.0;
-        cell += m_stride[axis] * static_cast<Cell>(isInside ? place + border : 0.0);
+        const double from =
+            (static_cast<double>(low[axis]) - m_distance - m_low[axis]) * m_perLength;
+        const double to =
+            (static_cast<double>(high[axis]) + m_distance - m_low[axis]) * m_perLength;
+        const double last = m_cells[axis] - 1.0;
+        if (!(from < last + 1.0 && to >= 0.0))
+            return block;
+        block.from[axis] = static_cast<Cell>(std::max(from, 0.0));
+        block.to[axis] = static_cast<Cell>(std::min(to, last));
+        count *= block.to[axis] - block.from[axis] + 1;
     }
-    return cell;
+    block.count = count;
+    return block;
 }
 
-bool CentreGrid::isNear(const Point& point, Cell cell) const {
-    const auto passes = [this, &point](std::uint32_t i) {
-        return areWithin(m_squaredLimit, point, lanesAt(&m_coordinates[0][i]),
-                         lanesAt(&m_coordinates[1][i]), lanesAt(&m_coordinates[2][i]));
+void CentreGrid::searchRun(std::span<const Point> points, std::uint8_t* near) const {
+    PointRun run(points);
+    const Block block = blockAround(run.low(), run.high());
+    if (block.count == 0)
+        return;
+    if (block.count > mostInBlock && points.size() > 1) {
+        const std::size_t half = points.size() / 2;
+        searchRun(points.first(half), near);
+        searchRun(points.subspan(half), near + half);
+        return;
+    }
+    // The centres near the box, collected without a branch.
+    constexpr std::size_t room = 32;
+    std::array<std::uint32_t, room + laneCount> close;
+    std::size_t count = 0;
+    const auto testClose = [&] {
+        for (std::size_t k = 0; k != count; ++k)
+            run.test(m_squaredLimit, {m_coordinates[0][close[k]], m_coordinates[1][close[k]],
+                                      m_coordinates[2][close[k]]});
+        count = 0;
     };
-    // The first four of each row at once, without a branch. Most rows hold no more; what follows a
-    // shorter row are other centres, and testing them does no harm.
-    LaneAnswers found{};
-    bool isAll = true;
-    for (const Cell row : m_rows) {
-        const std::uint32_t first = m_first[cell + row - 1];
-        found |= passes(first);
-        isAll &= m_first[cell + row + 2] - first <= laneCount;
-    }
-    if (anyOf(found))
-        return true;
-    if (isAll)
-        return false;
-    for (const Cell row : m_rows) {
-        const std::uint32_t end = m_first[cell + row + 2];
-        for (std::uint32_t i = m_first[cell + row - 1] + laneCount; i < end; i += laneCount)
-            if (anyOf(passes(i)))
-                return true;
-    }
-    return false;
+    for (Cell z = block.from[2]; z <= block.to[2]; ++z)
+        for (Cell y = block.from[1]; y <= block.to[1]; ++y) {
+            const Cell row = z * m_stride[2] + y * m_stride[1];
+            const std::uint32_t end = m_first[row + block.to[0] + 1];
+            // What follows the last of a row are other centres: to test them does no harm.
+            for (std::uint32_t i = m_first[row + block.from[0]]; i < end; i += laneCount) {
+                const LaneAnswers isClose =
+                    run.areNearBox(m_squaredLimit, lanesAt(&m_coordinates[0][i]),
+                                   lanesAt(&m_coordinates[1][i]), lanesAt(&m_coordinates[2][i]));
+                for (std::uint32_t lane = 0; lane != laneCount; ++lane) {
+                    close[count] = i + lane;
+                    count += static_cast<std::size_t>(isClose[lane] & 1);
+                }
+                if (count > room) {
+                    testClose();
+                    if (run.isEveryFound()) {
+                        run.tell(near);
+                        return;
+                    }
+                }
+            }
+        }
+    testClose();
+    run.tell(near);
 }
 
 void CentreGrid::search(const std::vector<Point>& points, std::vector<std::uint8_t>& near) const {
-    // First collects, without a branch, the points whose cells have a centre in or around them; in
-    // batches, so that nothing is allocated.
-    constexpr std::size_t part = 256;
-    std::array<std::size_t, part> candidates{};
-    std::array<Cell, part> cells{};
-    for (std::size_t begin = 0; begin < points.size(); begin += part) {
-        std::size_t count = 0;
-        const std::size_t end = std::min(begin + part, points.size());
-        for (std::size_t i = begin; i != end; ++i) {
-            const Cell cell = cellAround(points[i]);
-            candidates[count] = i;
-            cells[count] = cell;
-            count += m_surrounded[cell];
-        }
-        for (std::size_t k = 0; k != count; ++k)
-            near[candidates[k]] = isNear(points[candidates[k]], cells[k]) ? 1 : 0;
+    for (std::size_t first = 0; first < points.size(); first += runLength) {
+        const std::size_t count = std::min(runLength, points.size() - first);
+        searchRun({points.data() + first, count}, near.data() + first);
     }
 }

@@ -8,11 +8,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 /// The cells are at least as long as the radius (linked cells; Quentrec and Brot, J. Comput. Phys.
-/// 13, 430, 1973), so that every centre near a point is in the point's cell or in one of the 26
-/// around it.
+/// 13, 430, 1973). Points are searched in runs: neighbours in a structure's order are mostly
+/// neighbours in space, so that the cells around a run are looked up once for all its points.
 class CentreGrid {
 public:
     /// The grid of finite centres, at least one; nullopt when a cell would hold too many of them,
@@ -25,26 +26,26 @@ public:
 
 private:
     using Cell = std::uint32_t;
+    struct Block;
 
-    CentreGrid(const std::vector<Point>& centres, const Reach& reach);
+    /// The cells are of `length` Å or longer, and at most `most`.
+    CentreGrid(const std::vector<Point>& centres, const Reach& reach, double length,
+               std::size_t most);
     Cell cellOf(const Point& centre) const;
-    /// The cell of a point; cell 0, which has no centre near, for a point far from all centres.
-    Cell cellAround(const Point& point) const;
-    /// Whether a centre is near a point in that cell.
-    bool isNear(const Point& point, Cell cell) const;
     /// Sorts the centres by their cells; returns whether no cell holds too many.
     bool fill(const std::vector<Point>& centres);
-    /// Marks the cells that have a centre in or around them.
-    void markSurroundings();
+    /// The cells that may hold a centre near a point between two corners; none are there when a
+    /// coordinate of `low` is above that of `high`.
+    Block blockAround(const Point& low, const Point& high) const;
+    /// search() for a few points.
+    void searchRun(std::span<const Point> points, std::uint8_t* near) const;
 
     float m_squaredLimit;
+    double m_distance;
     std::array<double, 3> m_low{};
-    std::array<double, 3> m_cells{}; ///< along each axis, without the empty ones at both ends
-    double m_perLength = 0.0;        ///< cells per Å
-    std::array<Cell, 3> m_stride{};  ///< from a cell to the next along each axis; 1 along x
-    std::vector<Cell> m_first;       ///< index of each cell's first centre; one more at the end
-    std::vector<std::uint8_t> m_surrounded;
+    std::array<double, 3> m_cells{};    ///< along each axis
+    double m_perLength = 0.0;           ///< cells per Å
+    std::array<Cell, 3> m_stride{};     ///< from a cell to the next along each axis
+    std::vector<std::uint32_t> m_first; ///< index of each cell's first centre; one more at the end
     std::array<std::vector<float>, 3> m_coordinates; ///< of the centres, in order of their cells
-    std::array<Cell, 9> m_rows{}; ///< offsets from a cell to the rows of three around it, the
-                                  ///< nearest first; they wrap around
 };
