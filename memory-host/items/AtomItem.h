@@ -53,6 +53,8 @@ public:
     std::string GetModelNumber() const override { return std::to_string(m_record.model); }
     float GetTemperature() const override { return m_temperature; }
 
+    HostItem& record() { return m_record; }
+
     /// Takes all values but the name, the partial charge and marks.
     void setValues(const TAVIK::AtomValues& values);
     /// A position that is not finite counts as none.

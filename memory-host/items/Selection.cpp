@@ -1,5 +1,6 @@
 #include "Selection.h"
 
+#include "AtomItem.h"
 #include "Holder.h"
 #include "SelectionChanges.h"
 #include "Sets.h"
@@ -62,6 +63,28 @@ void setSelected(HostItem& item, bool on) {
     changeState(item, [&] { item.set(HostItem::Selected, on); });
     const std::int32_t change = on ? 1 : -1;
     countSelected(item, change, item.kind == Kind::Atom ? change : 0);
+}
+
+void selectAtoms(std::span<Compound* const> atoms, bool on) {
+    const HostItem* last = nullptr;
+    std::int32_t count = 0; // changed, but not counted above, around the last one
+    const auto countAbove = [&] {
+        if (count != 0)
+            countSelected(*last, on ? count : -count, on ? count : -count);
+        count = 0;
+    };
+    for (Compound* const atom : atoms) {
+        HostItem& record = static_cast<AtomItem*>(atom)->record();
+        if (record.has(HostItem::Selected) == on)
+            continue;
+        ++selectionChanges;
+        if (last && last->parent != record.parent)
+            countAbove();
+        changeState(record, [&] { record.set(HostItem::Selected, on); });
+        last = &record;
+        ++count;
+    }
+    countAbove();
 }
 
 } // namespace memory_host

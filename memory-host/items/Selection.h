@@ -4,6 +4,7 @@
 #include "HostItem.h"
 
 #include <cstdint>
+#include <span>
 
 namespace memory_host {
 
@@ -13,5 +14,8 @@ inline std::uint64_t selectionChanges = 0;
 
 /// Sets the mark of an item and of all that it holds.
 void setSelected(HostItem& item, bool on);
+/// Sets the marks of atoms; what is above those that follow one another in a composite is counted
+/// once.
+void selectAtoms(std::span<Compound* const> atoms, bool on);
 
 } // namespace memory_host

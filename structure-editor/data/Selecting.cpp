@@ -1,6 +1,7 @@
 #include "Selecting.h"
 
 #include "Kinds.h"
+#include "ManyAtoms.h"
 #include "Traversal.h"
 #include "radius/RadiusSearch.h"
 
@@ -8,13 +9,61 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <span>
+#include <utility>
 #include <vector>
 
 namespace {
 
-Point pointOf(const TAVIK::Vertex& vertex) {
-    return {vertex[0], vertex[1], vertex[2]};
-}
+using Atoms = std::span<TAVIK::Compound* const>;
+using Places = std::span<const TAVIK::AtomPlace>;
+
+struct Centres : TAVIK::AtomPlaceVisitor {
+    void Visit(Atoms atoms, Places places) override {
+        (void)atoms;
+        for (const TAVIK::AtomPlace& place : places)
+            points.push_back(place.position);
+    }
+
+    std::vector<Point> points;
+};
+
+// Selects those of the atoms that are near a centre.
+class NearAtoms : public TAVIK::AtomPlaceVisitor {
+public:
+    explicit NearAtoms(const RadiusSearch& search) : m_search(search) {
+        // No allocation fails between two calls.
+        m_atoms.reserve(most);
+        m_points.reserve(most);
+        m_near.reserve(most);
+    }
+
+    void Visit(Atoms atoms, Places places) override {
+        m_atoms.clear();
+        m_points.clear();
+        for (std::size_t i = 0; i != atoms.size(); ++i)
+            if (places[i].isValid && m_search.isInReach(places[i].position)) {
+                m_atoms.push_back(atoms[i]);
+                m_points.push_back(places[i].position);
+            }
+        m_search.search(m_points, m_near);
+        std::size_t count = 0;
+        for (std::size_t i = 0; i != m_atoms.size(); ++i)
+            if (m_near[i]) {
+                selected.add(m_atoms[i]);
+                m_atoms[count++] = m_atoms[i];
+            }
+        TAVIK::SelectAtoms({m_atoms.data(), count}, true);
+    }
+
+    TAVIK::Changed selected{"atom"};
+
+private:
+    const RadiusSearch& m_search;
+    std::vector<TAVIK::Compound*> m_atoms;
+    std::vector<Point> m_points;
+    std::vector<std::uint8_t> m_near;
+};
 
 using Indices = std::array<std::int64_t, 3>; // Wide enough for an index and a margin.
 
@@ -69,52 +118,14 @@ TAVIK::Changed SelectType::select() const {
 }
 
 TAVIK::Changed selectAround(TAVIK::Compound* root, double radius) {
-    TAVIK::Changed selected("atom");
-    std::vector<TAVIK::Compound*> atoms;
-    TAVIK::GetAtoms(root, atoms, false);
-    if (atoms.empty())
-        return selected;
-    std::vector<Point> centres;
-    centres.reserve(atoms.size());
-    for (const TAVIK::Compound* atom : atoms)
-        centres.push_back(pointOf(atom->GetPosition()));
-
-    const RadiusSearch search(std::move(centres), radius);
-
-    // In batches, whose points stay in the processor's cache.
-    constexpr std::size_t batch = 4096;
-    std::vector<TAVIK::Compound*> candidates;
-    std::vector<Point> points;
-    std::vector<std::uint8_t> near;
-    candidates.reserve(batch); // so that no allocation fails between two batches
-    points.reserve(batch);
-    near.reserve(batch);
-    const auto selectNear = [&] {
-        search.search(points, near);
-        for (std::size_t i = 0; i != candidates.size(); ++i)
-            if (near[i]) {
-                candidates[i]->SetSelected(true);
-                selected.add(candidates[i]);
-            }
-        candidates.clear();
-        points.clear();
-    };
-    atoms.clear();
-    TAVIK::GetAtoms(root, atoms, true);
-    for (TAVIK::Compound* atom : atoms) {
-        if (atom->IsSelected())
-            continue;
-        const TAVIK::Vertex position = atom->GetPosition();
-        const Point point = pointOf(position);
-        if (!position.isValid() || !search.isInReach(point))
-            continue;
-        candidates.push_back(atom);
-        points.push_back(point);
-        if (points.size() == batch)
-            selectNear();
-    }
-    selectNear();
-    return selected;
+    Centres centres;
+    TAVIK::VisitAtomPlaces(root, true, centres);
+    if (centres.points.empty())
+        return TAVIK::Changed("atom");
+    const RadiusSearch search(std::move(centres.points), radius);
+    NearAtoms near(search);
+    TAVIK::VisitAtomPlaces(root, false, near);
+    return near.selected;
 }
 
 TAVIK::Changed boundGrids(TAVIK::Compound* root) {

@@ -1,0 +1,180 @@
+// Many atoms at once: where they are, and selecting them.
+#include "ContractTools.h"
+#include "ManyAtoms.h"
+#include "SelectionChanges.h"
+#include "TestSupport.h"
+#include "Traversal.h"
+
+#include <functional>
+#include <stdexcept>
+
+using namespace contract;
+using namespace TAVIK;
+
+namespace {
+
+// Writes down what it is shown, and then does what `answer` says.
+struct Visitor : AtomPlaceVisitor {
+    void Visit(std::span<Compound* const> some, std::span<const AtomPlace> theirPlaces) override {
+        ++calls;
+        largest = std::max(largest, some.size());
+        QVERIFY(!some.empty());
+        QCOMPARE(theirPlaces.size(), some.size());
+        atoms.insert(atoms.end(), some.begin(), some.end());
+        places.insert(places.end(), theirPlaces.begin(), theirPlaces.end());
+        if (answer)
+            answer(some);
+    }
+
+    std::function<void(std::span<Compound* const>)> answer;
+    Items atoms;
+    std::vector<AtomPlace> places;
+    std::size_t calls = 0;
+    std::size_t largest = 0;
+};
+
+Items visited(Compound* root, bool selected) {
+    Visitor visitor;
+    VisitAtomPlaces(root, selected, visitor);
+    return visitor.atoms;
+}
+
+Items atomsOf(Compound* root, bool selected) {
+    Items atoms;
+    GetAtoms(root, atoms, true);
+    std::erase_if(atoms, [&](const Compound* atom) { return atom->IsSelected() != selected; });
+    return atoms;
+}
+
+// What any item may answer about the selection.
+std::vector<int> stateOf(Compound* root) {
+    std::vector<int> state{root->IsSelected(), root->HasSelected()};
+    for (Compound* child : childrenOf(root)) {
+        const std::vector<int> below = stateOf(child);
+        state.insert(state.end(), below.begin(), below.end());
+    }
+    return state;
+}
+
+} // namespace
+
+class ManyAtomsContractTest : public test_support::TestCase {
+    Q_OBJECT
+private slots:
+    void nothingIsVisitedWhereThereAreNoAtoms() {
+        Chain chain(2);
+        QVERIFY(visited(nullptr, false).empty());
+        QVERIFY(visited(chain.bonds[0], false).empty());
+        QVERIFY(visited(make(space(), "Composite"), false).empty());
+        QVERIFY(visited(space(), true).empty());
+        chain.bonds[0]->SetSelected(true);
+        QVERIFY(visited(space(), true).empty());
+    }
+
+    void aRootThatIsAnAtomIsVisitedItself() {
+        Chain chain(1);
+        QCOMPARE(visited(chain.atoms[1], false), Items{chain.atoms[1]});
+        QVERIFY(visited(chain.atoms[1], true).empty());
+    }
+
+    void atomsAreVisitedInOrderByWhetherTheyAreSelected() {
+        Chain chain(50);
+        for (std::size_t i = 0; i < chain.atoms.size(); i += 3)
+            chain.atoms[i]->SetSelected(true);
+        chain.residues[7]->SetSelected(true);
+        for (const bool selected : {false, true}) {
+            QCOMPARE(visited(space(), selected), atomsOf(space(), selected));
+            QCOMPARE(visited(chain.residues[3], selected), atomsOf(chain.residues[3], selected));
+        }
+    }
+
+    void placesAreThePositions() {
+        Compound* residue = make(space(), "Residue");
+        DataMaker::makeAtom(residue, {"CA", "C", Vertex(1.5F, -2.0F, 3.25F, true), 20.0F, 0});
+        DataMaker::makeAtom(residue, {"CB", "C", Vertex(1.0F, 2.0F, 3.0F, false), 20.0F, 0});
+        Visitor visitor;
+        VisitAtomPlaces(residue, false, visitor);
+        QCOMPARE(visitor.places.size(), std::size_t{2});
+        for (std::size_t i = 0; i != 2; ++i) {
+            const Vertex position = visitor.atoms[i]->GetPosition();
+            QCOMPARE(visitor.places[i].isValid, position.isValid());
+            for (const std::size_t axis : {0, 1, 2})
+                QCOMPARE(visitor.places[i].position[axis], position[axis]);
+        }
+        QVERIFY(visitor.places[0].isValid);
+        QVERIFY(!visitor.places[1].isValid);
+    }
+
+    void manyComeInCallsOfBoundedLength() {
+        Chain chain(1500);
+        Visitor visitor;
+        VisitAtomPlaces(space(), false, visitor);
+        QCOMPARE(visitor.atoms, chain.atoms);
+        QVERIFY(visitor.calls > 1 && visitor.calls < 100);
+        QVERIFY(visitor.largest <= AtomPlaceVisitor::most);
+    }
+
+    void whatIsVisitedMayBeSelectedMeanwhile() {
+        Chain chain(1500);
+        Visitor visitor;
+        visitor.answer = [](std::span<Compound* const> atoms) { SelectAtoms(atoms, true); };
+        VisitAtomPlaces(space(), false, visitor);
+        QCOMPARE(visitor.atoms, chain.atoms);
+        QVERIFY(std::ranges::all_of(chain.residues, &Compound::IsSelected));
+    }
+
+    void anExceptionEndsTheVisit() {
+        Chain chain(1500);
+        Visitor visitor;
+        visitor.answer = [](std::span<Compound* const>) { throw std::runtime_error("enough"); };
+        QVERIFY_EXCEPTION_THROWN(VisitAtomPlaces(space(), false, visitor), std::runtime_error);
+        QCOMPARE(visitor.calls, std::size_t{1});
+    }
+
+    // Any atoms, in any order and twice, with a set that lists some of them and a residue.
+    void selectingManyIsSelectingEachOfThem_data() {
+        QTest::addColumn<int>("step");
+        QTest::newRow("all") << 1;
+        QTest::newRow("every second") << 2;
+        QTest::newRow("every seventh") << 7;
+        QTest::newRow("out of order") << 1111;
+    }
+    void selectingManyIsSelectingEachOfThem() {
+        QFETCH(int, step);
+        Chain chain(300);
+        Items members(chain.atoms.begin() + 10, chain.atoms.begin() + 30);
+        members.push_back(chain.residues[100]);
+        members.push_back(chain.molecule);
+        Compound* set = DataMaker::makeSet(space(), "set", members);
+        Items some;
+        for (std::size_t i = 0, at = 0; i < chain.atoms.size(); ++i, at += std::size_t(step))
+            some.push_back(chain.atoms[at % chain.atoms.size()]);
+        if (step == 2 || step == 7)
+            some.resize(some.size() / std::size_t(step));
+        for (const bool on : {true, false}) {
+            // Some are as they are to be before.
+            chain.molecule->SetSelected(!on);
+            for (std::size_t i = 0; i < chain.atoms.size(); i += 5)
+                chain.atoms[i]->SetSelected(on);
+            const std::vector<int> before = stateOf(space());
+            for (Compound* atom : some)
+                atom->SetSelected(on);
+            const std::vector<int> expected = stateOf(space());
+            const bool setHas = set->HasSelected();
+            const bool setIs = set->IsSelected();
+            QVERIFY(expected != before);
+            chain.molecule->SetSelected(!on);
+            for (std::size_t i = 0; i < chain.atoms.size(); i += 5)
+                chain.atoms[i]->SetSelected(on);
+            const std::uint64_t changes = SelectionChanges();
+            SelectAtoms(some, on);
+            QCOMPARE(stateOf(space()), expected);
+            QCOMPARE(set->HasSelected(), setHas);
+            QCOMPARE(set->IsSelected(), setIs);
+            QVERIFY(SelectionChanges() > changes);
+        }
+    }
+};
+
+REGISTER_TEST(ManyAtomsContractTest)
+#include "ManyAtomsContractTest.moc"
