@@ -164,14 +164,25 @@ void MainWindow::showUsually() {
     const auto isMiddle = [](const QDockWidget* dock) {
         return dock->objectName().startsWith(u"plug-in Display/");
     };
+    const auto wanted = [this](const QDockWidget* dock) {
+        return std::max(100, std::min(dock->sizeHint().width(), width() * 35 / 100));
+    };
+    // Those on the left stand side by side, those on the right one below the other.
+    int left = 0;
+    int right = 0;
+    for (QDockWidget* const dock : docks) {
+        if (isMiddle(dock))
+            continue;
+        if (dockWidgetArea(dock) == Qt::RightDockWidgetArea)
+            right = std::max(right, wanted(dock));
+        else
+            left += wanted(dock);
+    }
     QList<int> widths;
-    int rest = width();
-    for (const QDockWidget* dock : docks)
-        if (!isMiddle(dock))
-            rest -= std::min(dock->sizeHint().width(), width() * 35 / 100);
-    for (const QDockWidget* dock : docks)
-        widths << std::max(
-            100, isMiddle(dock) ? rest : std::min(dock->sizeHint().width(), width() * 35 / 100));
+    for (QDockWidget* const dock : docks)
+        widths << (isMiddle(dock) ? std::max(100, width() - left - right)
+                   : dockWidgetArea(dock) == Qt::RightDockWidgetArea ? right
+                                                                     : wanted(dock));
     resizeDocks(docks, widths, Qt::Horizontal);
 }
 

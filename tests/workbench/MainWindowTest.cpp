@@ -123,6 +123,22 @@ private slots:
         QVERIFY(!bar->isSizeGripEnabled());
     }
 
+    void docksBelowEachOtherTakeNoMoreOfTheViewThanTheWidest() {
+        open();
+        entry("View", "Usual Places")->trigger();
+        QCoreApplication::processEvents();
+        const int before = dock(m_view)->width();
+        BaseWindow made("Made", QSize(150, 40), QString(), false, nullptr, nullptr);
+        m_window->docks().aboutToShow(made, "Surface/Made");
+        entry("View", "Usual Places")->trigger();
+        QCoreApplication::processEvents();
+        const QDockWidget* const below = dock("plug-in Surface/Made");
+        QVERIFY(below && below->isVisible());
+        QCOMPARE(below->x(), dock("inspector")->x());
+        QCOMPARE(below->width(), dock("inspector")->width());
+        QVERIFY2(dock(m_view)->width() >= before - 10, qPrintable(QString::number(before)));
+    }
+
     void aDockThatIsClosedComesBackFromTheMenus() {
         open();
         for (const QString& name : {m_editor, m_view}) {
