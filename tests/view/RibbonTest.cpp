@@ -3,6 +3,7 @@
 
 #include "Backbones.h"
 #include "MeshChecks.h"
+#include "RibbonTools.h"
 #include "TestSupport.h"
 #include "ribbon/Vectors.h"
 
@@ -15,6 +16,11 @@
 #include <set>
 #include <vector>
 
+using ribbon_tools::chain;
+using ribbon_tools::inOneColour;
+using ribbon_tools::plainStyle;
+using ribbon_tools::Residues;
+using ribbon_tools::spacing;
 using view::Mesh;
 using view::Point;
 using view::RibbonResidue;
@@ -30,40 +36,7 @@ using view_testing::volume;
 
 namespace {
 
-using Residues = std::vector<RibbonResidue>;
-
-constexpr double spacing = 3.8; // Å
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
-
-RibbonStyle plainStyle() {
-    RibbonStyle style;
-    style.subdivisions = 4;
-    style.corners = 6;
-    return style;
-}
-
-/// Residues along the x axis, each with a colour and an id of its own.
-Residues chain(const QByteArray& structures) {
-    Residues residues;
-    for (const char letter : structures) {
-        RibbonResidue residue;
-        const auto i = static_cast<std::uint32_t>(residues.size());
-        residue.guide = {static_cast<float>(spacing * i), 0, 0};
-        residue.direction = {0, 1, 0};
-        residue.structure =
-            letter == '-' ? SecondaryStructure::Coil : static_cast<SecondaryStructure>(letter);
-        residue.colour = 0xFF000000U + i;
-        residue.id = 100 + i;
-        residues.push_back(residue);
-    }
-    return residues;
-}
-
-Residues inOneColour(Residues residues) {
-    for (RibbonResidue& residue : residues)
-        residue.colour = 0xFF123456U;
-    return residues;
-}
 
 /// The residues of a protein in a file.
 Residues protein(const QString& path) {
@@ -186,6 +159,17 @@ private slots:
                     1e-5);
         QVERIFY(
             std::all_of(mesh.ids.begin(), mesh.ids.end(), [](view::Id id) { return id == 100; }));
+    }
+
+    void residuesInOnePlaceAreBalls() {
+        Residues residues = chain("HHHH");
+        for (RibbonResidue& residue : residues)
+            residue.guide = {1, 2, 3};
+        const Mesh mesh = view::makeRibbon(residues, plainStyle());
+        QVERIFY(isWhole(mesh));
+        QVERIFY(isClosed(view::makeRibbon({residues.data(), 1}, plainStyle())));
+        QCOMPARE(mesh.triangles.size(),
+                 4 * view::makeRibbon({residues.data(), 1}, plainStyle()).triangles.size());
     }
 
     void eachPartHasTheColourAndTheIdOfTheNearestResidue() {
@@ -350,30 +334,6 @@ private slots:
         style.subdivisions = 3;
         QCOMPARE(view::makeRibbon(inOneColour(chain("----")), style).vertices.size(),
                  (13U + 2) * 3);
-    }
-
-    void largeStructuresHaveFewerTriangles() {
-        for (const std::size_t count : {2'000U, 2'001U, 20'000U, 20'001U}) {
-            const QByteArray helix(static_cast<qsizetype>(count), 'H');
-            const Mesh mesh =
-                view::makeRibbon(inOneColour(chain(helix)), RibbonStyle::forResidues(count));
-            const std::size_t most = count <= 2'000    ? 500'000
-                                     : count <= 20'000 ? 1'000'000
-                                                       : 350'000;
-            QVERIFY2(mesh.triangles.size() <= most, qPrintable(QString::number(count)));
-            QVERIFY(mesh.triangles.size() > 90'000);
-        }
-    }
-
-    void aMeshTakesNoMoreMemoryThanItNeeds() {
-        const Residues residues = chain("--EEEE--HHHHHH--");
-        const auto isTight = [](const auto& array) { return array.capacity() == array.size(); };
-        const Mesh mesh = view::makeRibbon(residues, plainStyle());
-        QVERIFY(isTight(mesh.vertices) && isTight(mesh.normals) && isTight(mesh.colours) &&
-                isTight(mesh.triangles) && isTight(mesh.ids));
-        const Mesh plain = view::makeRibbon(inOneColour(residues), plainStyle());
-        QCOMPARE(plain.colours, std::vector<view::Colour>{0xFF123456U});
-        QVERIFY(isTight(plain.colours));
     }
 
     void garbageMakesAWholeMesh() {

@@ -18,6 +18,8 @@ using Kind = RibbonResidue::Kind;
 // peptide bond that is one; P up to 7.5 Å.
 constexpr double farthestAminoAcid = 5.5;
 constexpr double farthestNucleotide = 9.0;
+// Nearer than that there is no path from one to the next.
+constexpr double nearest = 0.5;
 
 bool isPlace(const Point& point) {
     return std::all_of(point.begin(), point.end(), [](float x) { return std::abs(x) <= farthest; });
@@ -25,8 +27,10 @@ bool isPlace(const Point& point) {
 
 bool areLinked(const RibbonResidue& a, const RibbonResidue& b) {
     const double limit = a.kind == Kind::AminoAcid ? farthestAminoAcid : farthestNucleotide;
-    return a.chain == b.chain && a.kind == b.kind &&
-           distance(vectorOf(a.guide), vectorOf(b.guide)) <= limit;
+    if (a.chain != b.chain || a.kind != b.kind)
+        return false;
+    const double apart = distance(vectorOf(a.guide), vectorOf(b.guide));
+    return apart >= nearest && apart <= limit;
 }
 
 bool isHelix(SecondaryStructure structure) {

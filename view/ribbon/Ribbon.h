@@ -10,8 +10,8 @@
 namespace view {
 
 /// A residue as the ribbon passes it. Residues that follow each other are linked when they have the
-/// same chain and kind and their guide points are near enough: 5.5 Å for amino acids, 9 Å for
-/// nucleotides.
+/// same chain and kind and their guide points are near enough, 5.5 Å for amino acids and 9 Å for
+/// nucleotides, and not in one place: 0.5 Å.
 struct RibbonResidue {
     enum class Kind : std::uint8_t { AminoAcid, Nucleotide };
 
