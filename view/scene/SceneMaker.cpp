@@ -249,13 +249,9 @@ std::vector<Point> drawnPoints(const Snapshot& snapshot, const Look& look) {
     std::vector<Point> points;
     forDrawnAtoms(contents, marks, styles,
                   [&](std::uint32_t i) { points.push_back(contents.positions[i]); });
-    for (const Shape& shape : contents.shapes) {
-        if (!marks.shown[shape.item])
-            continue;
-        points.insert(points.end(), shape.points.begin(), shape.points.end());
-        if (shape.mesh)
-            points.insert(points.end(), shape.mesh->vertices.begin(), shape.mesh->vertices.end());
-    }
+    for (const Shape& shape : contents.shapes)
+        if (marks.shown[shape.item])
+            addPoints(shape, points);
     return points;
 }
 

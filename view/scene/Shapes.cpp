@@ -110,6 +110,12 @@ bool isAsRead(const Shape& shape, Compound* item) {
     return isSame(shape.points, now.points) && isSame(shape.segments, now.segments);
 }
 
+void addPoints(const Shape& shape, std::vector<Point>& points) {
+    points.insert(points.end(), shape.points.begin(), shape.points.end());
+    if (shape.mesh)
+        points.insert(points.end(), shape.mesh->vertices.begin(), shape.mesh->vertices.end());
+}
+
 std::shared_ptr<const Mesh> inColour(const Shape& shape, Colour colour) {
     if (!shape.mesh || shape.hasOwnColours || shape.mesh->colours.front() == colour)
         return shape.mesh;

@@ -9,6 +9,7 @@
 #include "Messages.h"
 #include "Space.h"
 #include "scene/DataWalk.h"
+#include "scene/Shapes.h"
 
 #include <QPointer>
 
@@ -39,11 +40,8 @@ void addPoints(Compound* item, std::vector<Point>& points) {
     }
     const Contents contents = collect(item).contents;
     points.insert(points.end(), contents.positions.begin(), contents.positions.end());
-    for (const Shape& shape : contents.shapes) {
-        points.insert(points.end(), shape.points.begin(), shape.points.end());
-        if (shape.mesh)
-            points.insert(points.end(), shape.mesh->vertices.begin(), shape.mesh->vertices.end());
-    }
+    for (const Shape& shape : contents.shapes)
+        addPoints(shape, points);
 }
 
 Point middleOf(Compound* item) {
@@ -128,6 +126,9 @@ void View3D::centreSelection() {
     for (std::size_t i = 0; i != snapshot.contents->atomCount(); ++i)
         if ((*snapshot.selection)[i])
             points.push_back(snapshot.contents->positions[i]);
+    for (const Shape& shape : snapshot.contents->shapes)
+        if ((*snapshot.selection)[shape.item])
+            addPoints(shape, points);
     if (points.empty())
         points = drawnPoints(snapshot, m_look);
     m_canvas->centreOn(middleOf(points));
