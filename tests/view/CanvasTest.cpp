@@ -248,6 +248,18 @@ private slots:
         QVERIFY(canvas().drawn().isWhole);
     }
 
+    void theWindowMayBeAsLargeAsFourScreens() {
+        const Structure made = fourAtoms().attach();
+        canvas().setFixedSize(7680, 4320);
+        show();
+        QCOMPARE(canvas().drawn().image.size(), canvas().size());
+        for (std::size_t i = 0; i != 3; ++i)
+            QCOMPARE(canvas().idAt(placeOf(made.atoms[i])), view::idOf(i));
+        QTest::mouseClick(&canvas(), Qt::LeftButton, {}, placeOf(made.atoms[1]));
+        settle();
+        QCOMPARE(selectedNames(), QString("B"));
+    }
+
     void theCanvasMayHaveOnePixelOrNone() {
         fourAtoms().attach();
         show();

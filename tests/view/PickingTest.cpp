@@ -1,5 +1,8 @@
 // Selecting by clicks, and what the pointer is over.
+#include "Focus.h"
 #include "ViewTestCase.h"
+
+#include <algorithm>
 
 using namespace view_tools;
 
@@ -100,6 +103,25 @@ private slots:
         QCOMPARE(m_view->line(), QString("/1abc/A/Groups/UNL 1/C"));
         hover({2, 2});
         QCOMPARE(m_view->line(), QString());
+    }
+
+    void thePointerNamesAnAtomOfARealFileByItsQualifiedName() {
+        memory_host::openFile(structure("1cbs.cif.gz").toStdString());
+        m_view->setRepresentation(view::Representation::Points);
+        show();
+        Items atoms;
+        TAVIK::GetAtoms(space(), atoms, true);
+        const auto arginine = std::find_if(atoms.begin(), atoms.end(), [](const auto* atom) {
+            return atom->GetFQName() == "/1cbs/A/Groups/ARG 111/CZ";
+        });
+        QVERIFY(arginine != atoms.end());
+        TAVIK::Focus::set(*arginine, nullptr, true);
+        canvas().zoom(8);
+        settle();
+        hover(placeOf(*arginine));
+        QCOMPARE(m_view->line(), QString("/1cbs/A/Groups/ARG 111/CZ"));
+        hover(placeOf(*arginine) + QPoint(2, -1));
+        QCOMPARE(m_view->line(), QString("/1cbs/A/Groups/ARG 111/CZ"));
     }
 
     void aDoubleClickCentresTheAtomAndSelectsOnce() {

@@ -3,6 +3,8 @@
 #include "PluginManager.h"
 #include "Subscriber.h"
 #include "ViewTestCase.h"
+#include "scene/DataReader.h"
+#include "scene/Drawing.h"
 #include "services/PluginFolder.h"
 #include "window/PictureFile.h"
 
@@ -15,6 +17,8 @@
 #include <QSpinBox>
 #include <QTemporaryDir>
 
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <sys/stat.h>
 
@@ -186,6 +190,73 @@ private slots:
         TAVIK::DataMaker::Destroy(made.entry);
         settle();
         QCOMPARE(atomsInView(), std::size_t(0));
+    }
+
+    // The last picture is that of a window that has seen no other data.
+    void modelsColoursAndVisibilityMayChangeWhilePicturesAreDrawn() {
+        memory_host::openFile(structure("1ejg.pdb").toStdString());
+        m_view->setRepresentation(view::Representation::BallAndStick);
+        show();
+        Items residues;
+        TAVIK::GetResidues(space(), residues, true);
+        Items atoms;
+        TAVIK::GetAtoms(space(), atoms, true);
+        for (std::size_t round = 0; round != 30; ++round) {
+            canvas().turn(0.2, 0.1);
+            update([&] {
+                residues[7 * round % residues.size()]->NextModel();
+                atoms[11 * round % atoms.size()]->SetColor(Color(0xff00ff00U));
+                atoms[13 * round % atoms.size()]->SetVisible(round % 2 == 0);
+            });
+            QTest::qWait(int(round % 5));
+        }
+        settle();
+        view::DataReader reader;
+        reader.read();
+        view::Order order = canvas().order();
+        order.snapshot = reader.snapshot();
+        order.isMoving = false;
+        QCOMPARE(canvas().drawn().image, view::Drawing(1).draw(order)->image);
+    }
+
+    void atomsInOnePointAreInTheMiddleInEveryRepresentation() {
+        Structure made;
+        const std::vector<AtomSpec> atoms = {{"N", "N", {1, 2, 3}},
+                                             {"CA", "C", {1, 2, 3}},
+                                             {"C", "C", {1, 2, 3}},
+                                             {"O", "O", {1, 2, 3}}};
+        for (int i = 0; i != 50; ++i)
+            made.add("ALA " + std::to_string(i), atoms);
+        made.bond(0, 1);
+        made.attach();
+        show();
+        for (int i = 0; i <= 6; ++i) {
+            QTest::keyClick(&canvas(), Qt::Key(Qt::Key_0 + i));
+            QTest::keyClick(&canvas(), Qt::Key_Home);
+            settle();
+            QCOMPARE(canvas().camera().centre, (view::Point{1, 2, 3}));
+            QVERIFY(canvas().idAt(canvas().rect().center()) != view::noId);
+        }
+    }
+
+    // What is no place is neither drawn nor centred, and the others are where they belong.
+    void coordinatesThatAreNoPlacesLeaveTheOthersInSight() {
+        Structure made = fourAtoms();
+        made.add("UNL 2", {{"X", "C", {1e30F, 0, 0}},
+                           {"Y", "C", {NAN, NAN, NAN}},
+                           {"Z", "C", {0, -std::numeric_limits<float>::infinity(), 0}}});
+        made.bond(0, 5);
+        made.bond(5, 6);
+        made.attach();
+        show();
+        for (std::size_t i = 0; i != 3; ++i)
+            QCOMPARE(canvas().idAt(placeOf(made.atoms[i])), view::idOf(i));
+        const view::Camera before = canvas().camera();
+        made.atoms[5]->SetSelected(true);
+        m_view->commUpdate();
+        QTest::keyClick(&canvas(), Qt::Key_C);
+        settle();
+        QCOMPARE(canvas().camera().centre, before.centre);
     }
 
     void theWindowMayGoWhileAPictureIsDrawn() {
