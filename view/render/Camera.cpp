@@ -40,10 +40,6 @@ void turnAxes(std::array<Point, 3>& axes, std::size_t from, std::size_t to, doub
     axes[1] = cross(axes[2], axes[0]);
 }
 
-bool isPlace(const Point& point) {
-    return std::all_of(point.begin(), point.end(), [](float x) { return std::abs(x) <= farthest; });
-}
-
 } // namespace
 
 void Camera::turn(double right, double up) {

@@ -4,6 +4,7 @@
 
 #include "Scene.h"
 
+#include <cmath>
 #include <limits>
 #include <span>
 
@@ -37,5 +38,10 @@ struct Camera {
 
 /// Å. Coordinates beyond it are no places in a structure: files have no room to write them.
 inline constexpr float farthest = 1e7F;
+/// False for NaN, too.
+inline bool isPlace(const Point& point) {
+    return std::abs(point[0]) <= farthest && std::abs(point[1]) <= farthest &&
+           std::abs(point[2]) <= farthest;
+}
 
 } // namespace view

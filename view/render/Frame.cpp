@@ -12,11 +12,6 @@ namespace {
 constexpr std::size_t pointsAPart = 1 << 16;
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
-bool isPlace(const Point& point) {
-    return std::abs(point[0]) <= farthest && std::abs(point[1]) <= farthest &&
-           std::abs(point[2]) <= farthest;
-}
-
 float along(const Point& axis, const Point& from) {
     return axis[0] * from[0] + axis[1] * from[1] + axis[2] * from[2];
 }

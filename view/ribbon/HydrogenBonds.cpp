@@ -19,10 +19,6 @@ constexpr double lowestBondEnergy = -9.9;   // kcal/mol
 constexpr double shortestDistance = 0.5;    // Å, between two atoms
 constexpr double farthestAlphaCarbon = 9.0; // Å, between the two residues of a bond
 
-bool isPlace(const Point& point) {
-    return std::all_of(point.begin(), point.end(), [](float x) { return std::abs(x) <= farthest; });
-}
-
 bool isComplete(const BackboneResidue& residue) {
     return isPlace(residue.n) && isPlace(residue.ca) && isPlace(residue.c) && isPlace(residue.o);
 }

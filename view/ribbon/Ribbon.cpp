@@ -21,10 +21,6 @@ constexpr double farthestNucleotide = 9.0;
 // Nearer than that there is no path from one to the next.
 constexpr double nearest = 0.5;
 
-bool isPlace(const Point& point) {
-    return std::all_of(point.begin(), point.end(), [](float x) { return std::abs(x) <= farthest; });
-}
-
 bool areLinked(const RibbonResidue& a, const RibbonResidue& b) {
     const double limit = a.kind == Kind::AminoAcid ? farthestAminoAcid : farthestNucleotide;
     if (a.chain != b.chain || a.kind != b.kind)

@@ -26,10 +26,6 @@ constexpr double thinnestSlab = 0.5;   // Å
 constexpr double zoomPerStep = 1.15;   // of the wheel
 constexpr int reach = 3;               // pixels around the pointer where something is found
 
-bool isPlace(const Point& point) {
-    return std::all_of(point.begin(), point.end(), [](float x) { return std::abs(x) <= farthest; });
-}
-
 } // namespace
 
 Canvas::Canvas(QWidget* parent)
