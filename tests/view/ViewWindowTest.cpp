@@ -384,7 +384,9 @@ private slots:
             memory_host::commandPlugin("Display", "View3D", "test", "Picture", path + " 64x48"));
         QCOMPARE(QImage(folder.filePath("p.png")).size(), QSize(64, 48));
         QVERIFY(!memory_host::commandPlugin("Display", "View3D", "test", "Picture", path));
-        QVERIFY(takeHostLog().join(' ').contains("is no file and size of a picture"));
+        const QString told = takeHostLog().join(' ');
+        QVERIFY(told.contains("is no file and size of a picture"));
+        QVERIFY(told.contains("up to 32768 pixels a side"));
         PluginManager::Command("Display", "View3D", "test", "Show", {},
                                static_cast<const void*>(nullptr));
         QVERIFY(!memory_host::allPluginsDone());

@@ -30,7 +30,10 @@ void picture(const void*, PluginResult* result) {
     const PluginCall* const call = PluginManager::CurrentCall();
     const std::string argument = call ? call->argument : std::string();
     std::string problem =
-        "\"" + argument + "\" is no file and size of a picture, as \"out.png 1600x1200\"";
+        "\"" + argument +
+        "\" is no file and size of a picture, as \"out.png 1600x1200\", of up to " +
+        std::to_string(view::largestSide) + " pixels a side and " +
+        std::to_string(view::largestArea) + " in all";
     if (const auto request = view::pictureRequest(argument))
         problem = theView->savePicture(request->path, request->size);
     if (problem.empty())
