@@ -115,6 +115,17 @@ private slots:
         QCOMPARE(canvas().camera().centre, before.centre);
     }
 
+    void aWheelToTheSideMovesNothing() {
+        fourAtoms().attach();
+        show();
+        const std::uint64_t number = canvas().order().number;
+        QWheelEvent wheel({10, 10}, canvas().mapToGlobal(QPointF(10, 10)), {}, {120, 0},
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&canvas(), &wheel);
+        QVERIFY(!canvas().isMovedByUser());
+        QCOMPARE(canvas().order().number, number);
+    }
+
     void zoomingEndsBeforeTheNumbersDo() {
         fourAtoms().attach();
         show();

@@ -320,6 +320,10 @@ void Canvas::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void Canvas::wheelEvent(QWheelEvent* event) {
+    if (event->angleDelta().y() == 0) {
+        event->ignore(); // a wheel to the side
+        return;
+    }
     constexpr double step = 120; // eighths of a degree
     zoom(std::pow(zoomPerStep, event->angleDelta().y() / step));
     event->accept();
