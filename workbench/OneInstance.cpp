@@ -16,7 +16,7 @@ namespace workbench {
 namespace {
 
 constexpr quint32 mark = 0x57424631; // "WBF1", the protocol and its version
-constexpr qint64 largest = 1 << 20;  // bytes of a request
+constexpr qint64 largest = 1 << 24;  // bytes of a request: tens of thousands of paths
 constexpr int connectWithin = 1000;  // ms
 constexpr int confirmWithin = 15'000;
 constexpr char confirmation = 'k';
