@@ -221,6 +221,24 @@ private slots:
         QVERIFY(isSame(reversed, whole));
     }
 
+    // Only what changes is written into the memory of the picture before.
+    void whatMovedLeavesNothingInTheMemoryOfThePictureBefore() {
+        Renderer renderer(2);
+        Settings settings = {.width = 200, .height = 150};
+        view::Camera camera = smallCamera();
+        const Scene scene = mixedScene(20);
+        Picture used;
+        for (int turn = 0; turn < 6; ++turn) {
+            camera.turn(0.3, 0.2);
+            camera.move(turn % 2 == 0 ? 4 : -4, 1);
+            settings.background = turn < 4 ? 0xFF102030 : 0xFFFFFFFF;
+            settings.samples = turn % 3 == 2 ? 2 : 1;
+            const Picture fresh = Renderer(1).draw(scene, camera, settings);
+            used = renderer.draw(scene, camera, settings, {}, std::move(used));
+            QVERIFY(isSame(used, fresh));
+        }
+    }
+
     void buffersOfOtherPicturesLeaveNoTrace() {
         Renderer renderer;
         const Scene scene = mixedScene(3000);

@@ -99,9 +99,10 @@ bool Bins::fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers
     start(frame, count);
     // Calls use(thing, extent, tiles) for the things of a part that may be seen.
     const auto walk = [&](std::size_t part, const auto& meet, const auto& use) {
+        ExtentOf extentHere = extent; // which may remember something of the last one
         const std::size_t end = m_count * (part + 1) / m_parts.size();
         for (std::size_t i = m_count * part / m_parts.size(); i < end; ++i) {
-            const Extent at = extent(i);
+            const Extent at = extentHere(i);
             if (!isBetweenPlanes(frame, at))
                 continue;
             meet(at);

@@ -5,6 +5,7 @@
 
 #include <QImage>
 
+#include <cstdint>
 #include <vector>
 
 namespace view {
@@ -15,6 +16,16 @@ struct Picture {
     std::vector<Id> ids;
     /// Distance from the camera's centre towards the viewer in Å; -infinity where nothing is seen.
     std::vector<float> depths;
+
+    /// For the next picture in the same memory: where this one shows something. The rest need not
+    /// be written again. For the renderer alone.
+    struct Drawn {
+        std::vector<std::uint64_t> blocks; ///< by tile, a bit a block
+        int width = 0;                     ///< samples; 0 when nothing is known
+        int height = 0;                    ///< likewise
+        Colour background = 0;
+    };
+    Drawn drawn;
 };
 
 } // namespace view

@@ -15,6 +15,8 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
+#include <vector>
 
 namespace view {
 
@@ -25,6 +27,7 @@ struct Brush {
     Tile tile;
     TileColours colours;
     BallPainter balls;
+    TrianglePainter triangles;
     FrontToBack order;
 };
 
@@ -45,8 +48,10 @@ float halfWidth(float width, int samples) {
 
 Picture blank(Picture used, const Settings& settings) {
     const QSize size(settings.width, settings.height);
-    if (used.image.size() != size || used.image.format() != QImage::Format_RGB32)
+    if (used.image.size() != size || used.image.format() != QImage::Format_RGB32) {
         used.image = QImage(size, QImage::Format_RGB32);
+        used.drawn = {};
+    }
     if (used.image.isNull())
         throw std::bad_alloc();
     const auto pixels =
@@ -56,49 +61,67 @@ Picture blank(Picture used, const Settings& settings) {
     return used;
 }
 
-/// Writes a tile that shows nothing.
-void writeEmptyTile(const Tile& tile, const Look& look, int samples, const Canvas& canvas) {
-    const auto left = static_cast<std::size_t>(tile.left() / samples);
-    const auto width = static_cast<std::size_t>(tile.width() / samples);
-    for (int row = 0; row < tile.height(); row += samples) {
-        const auto y = static_cast<std::size_t>((tile.top() + row) / samples);
-        std::fill_n(canvas.image + y * canvas.stride + left, width, look.background | 0xFF000000U);
-        std::fill_n(canvas.ids + y * canvas.width + left, width, noId);
-        std::fill_n(canvas.depths + y * canvas.width + left, width,
-                    -std::numeric_limits<float>::infinity());
+/// Writes pixels of a row that show nothing.
+void writeBlank(const Canvas& canvas, const Look& look, std::size_t x, std::size_t y,
+                std::size_t count) {
+    std::fill_n(canvas.image + y * canvas.stride + x, count, look.background | 0xFF000000U);
+    std::fill_n(canvas.ids + y * canvas.width + x, count, noId);
+    std::fill_n(canvas.depths + y * canvas.width + x, count,
+                -std::numeric_limits<float>::infinity());
+}
+
+/// Calls use(from, end, isBlank) for the samples of a row of a tile, where something was drawn near
+/// by or where nothing was; not for blocks that show nothing now as before.
+template <class Use>
+void forRuns(const Tile& tile, std::uint64_t drawnBefore, int row, const Use& use) {
+    const int shift = row / Tile::blockSide * Tile::blocksASide;
+    const std::uint64_t now = tile.drawnBlocks() >> shift;
+    const std::uint64_t before = drawnBefore >> shift;
+    const auto kind = [&](int sample) {
+        const int block = sample / Tile::blockSide;
+        return std::pair(now >> block & 1U, before >> block & 1U);
+    };
+    for (int from = 0, end = 0; from < tile.width(); from = end) {
+        const auto [isDrawn, wasDrawn] = kind(from);
+        do
+            end += Tile::blockSide;
+        while (end < tile.width() && kind(end) == kind(from));
+        end = std::min(end, tile.width());
+        if (isDrawn || wasDrawn)
+            use(from, end, !isDrawn);
     }
 }
 
-/// Writes a tile that has one sample a pixel.
-void writeTile(const Brush& brush, const Frame& frame, const Canvas& canvas) {
+/// Writes samples of a row, each of them a pixel.
+void writeSamples(const Brush& brush, const Frame& frame, const Canvas& canvas, int row, int from,
+                  int end) {
     const Tile& tile = brush.tile;
     const float pixel = 1 / frame.scale;
-    const auto left = static_cast<std::size_t>(tile.left());
-    const auto width = static_cast<std::size_t>(tile.width());
-    for (int row = 0; row < tile.height(); ++row) {
-        const auto y = static_cast<std::size_t>(tile.top() + row);
-        const std::int32_t* const colours =
-            brush.colours.data() + static_cast<std::ptrdiff_t>(row) * tileSide;
-        std::memcpy(canvas.image + y * canvas.stride + left, colours, width * sizeof *colours);
-        Id* const ids = canvas.ids + y * canvas.width + left;
-        float* const depths = canvas.depths + y * canvas.width + left;
-        // Neighbours mostly show the same thing.
-        Number last = noNumber;
-        Id id = noId;
-        for (std::size_t x = 0; x < width; ++x) {
-            const Number number = tile.numbers(row)[x];
-            if (number != last) {
-                last = number;
-                id = number == noNumber ? noId : idOf(frame, number);
-            }
-            ids[x] = id;
+    const auto y = static_cast<std::size_t>(tile.top() + row);
+    const auto left = static_cast<std::size_t>(tile.left() + from);
+    const auto width = static_cast<std::size_t>(end - from);
+    const std::int32_t* const colours =
+        brush.colours.data() + static_cast<std::ptrdiff_t>(row) * tileSide + from;
+    std::memcpy(canvas.image + y * canvas.stride + left, colours, width * sizeof *colours);
+    Id* const ids = canvas.ids + y * canvas.width + left;
+    float* const depths = canvas.depths + y * canvas.width + left;
+    const Number* const numbers = tile.numbers(row) + from;
+    const float* const nearest = tile.depths(row) + from;
+    // Neighbours mostly show the same thing.
+    Number last = noNumber;
+    Id id = noId;
+    for (std::size_t x = 0; x < width; ++x) {
+        if (numbers[x] != last) {
+            last = numbers[x];
+            id = last == noNumber ? noId : idOf(frame, last);
         }
-        std::size_t x = 0;
-        for (; x + 4 <= width; x += 4)
-            store(depths + x, load(tile.depths(row) + x) * all(pixel));
-        for (; x < width; ++x)
-            depths[x] = tile.depths(row)[x] * pixel;
+        ids[x] = id;
     }
+    std::size_t x = 0;
+    for (; x + 4 <= width; x += 4)
+        store(depths + x, load(nearest + x) * all(pixel));
+    for (; x < width; ++x)
+        depths[x] = nearest[x] * pixel;
 }
 
 /// The mean of four colours, rounded.
@@ -112,35 +135,49 @@ std::uint32_t mean(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint3
     return result;
 }
 
-/// Writes a tile that has 2 x 2 samples a pixel.
-void writeSampledTile(const Brush& brush, const Frame& frame, const Canvas& canvas) {
+/// Writes the pixel of 2 x 2 samples.
+void writeMean(const Brush& brush, const Frame& frame, const Canvas& canvas, int row, int column) {
     const Tile& tile = brush.tile;
-    const float pixel = 1 / frame.scale;
-    for (int row = 0; row < tile.height(); row += 2) {
-        const auto y = static_cast<std::size_t>((tile.top() + row) / 2);
-        for (int column = 0; column < tile.width(); column += 2) {
-            const auto x = static_cast<std::size_t>((tile.left() + column) / 2);
-            float depth = -std::numeric_limits<float>::infinity();
-            Number number = noNumber;
-            std::array<std::uint32_t, 4> colours;
-            for (int sample = 0; sample < 4; ++sample) {
-                const int at = row + sample / 2;
-                const int beside = column + sample % 2;
-                colours[static_cast<std::size_t>(sample)] = static_cast<std::uint32_t>(
-                    brush.colours[static_cast<std::size_t>(at * tileSide + beside)]);
-                const float depthHere = tile.depths(at)[beside];
-                const Number numberHere = tile.numbers(at)[beside];
-                if (depthHere > depth || (depthHere == depth && numberHere < number)) {
-                    depth = depthHere;
-                    number = numberHere;
-                }
-            }
-            canvas.image[y * canvas.stride + x] =
-                mean(colours[0], colours[1], colours[2], colours[3]);
-            canvas.ids[y * canvas.width + x] = number == noNumber ? noId : idOf(frame, number);
-            canvas.depths[y * canvas.width + x] = depth * pixel;
+    const auto y = static_cast<std::size_t>((tile.top() + row) / 2);
+    const auto x = static_cast<std::size_t>((tile.left() + column) / 2);
+    float depth = -std::numeric_limits<float>::infinity();
+    Number number = noNumber;
+    std::array<std::uint32_t, 4> colours;
+    for (int sample = 0; sample < 4; ++sample) {
+        const int at = row + sample / 2;
+        const int beside = column + sample % 2;
+        colours[static_cast<std::size_t>(sample)] = static_cast<std::uint32_t>(
+            brush.colours[static_cast<std::size_t>(at * tileSide + beside)]);
+        const float depthHere = tile.depths(at)[beside];
+        const Number numberHere = tile.numbers(at)[beside];
+        if (depthHere > depth || (depthHere == depth && numberHere < number)) {
+            depth = depthHere;
+            number = numberHere;
         }
     }
+    canvas.image[y * canvas.stride + x] = mean(colours[0], colours[1], colours[2], colours[3]);
+    canvas.ids[y * canvas.width + x] = number == noNumber ? noId : idOf(frame, number);
+    canvas.depths[y * canvas.width + x] = depth * (1 / frame.scale);
+}
+
+/// Writes a tile that has so many samples along each side of a pixel.
+void writeTile(const Brush& brush, const Frame& frame, const Look& look, int samples,
+               const Canvas& canvas, std::uint64_t drawnBefore) {
+    const Tile& tile = brush.tile;
+    if ((tile.drawnBlocks() | drawnBefore) == 0)
+        return;
+    for (int row = 0; row < tile.height(); row += samples)
+        forRuns(tile, drawnBefore, row, [&](int from, int end, bool isBlank) {
+            if (isBlank)
+                return writeBlank(canvas, look,
+                                  static_cast<std::size_t>((tile.left() + from) / samples),
+                                  static_cast<std::size_t>((tile.top() + row) / samples),
+                                  static_cast<std::size_t>((end - from) / samples));
+            if (samples == 1)
+                return writeSamples(brush, frame, canvas, row, from, end);
+            for (int column = from; column < end; column += 2)
+                writeMean(brush, frame, canvas, row, column);
+        });
 }
 
 } // namespace
@@ -176,7 +213,7 @@ bool Renderer::Buffers::arrange() {
         !sort(sticks, scene.sticks.size(), [&](std::size_t i) { return stickExtent(f, i); }) ||
         !sort(lines, scene.lines.size(), [&](std::size_t i) { return lineExtent(f, i); }) ||
         !sort(dots, scene.dots.size(), [&](std::size_t i) { return dotExtent(f, i); }) ||
-        !sort(triangles, frame.triangleCount, [&](std::size_t i) { return triangleExtent(f, i); }))
+        !sort(triangles, frame.triangleCount, TriangleExtents(f)))
         return false;
     frame.nearZ = std::min(frame.nearZ, frame.front);
     frame.farZ = std::max(frame.farZ, frame.back);
@@ -189,7 +226,7 @@ void Renderer::Buffers::drawTile(std::size_t index, Brush& brush) const {
                      static_cast<int>(index / columns) * tileSide, frame.width, frame.height);
     brush.balls.draw(brush.tile, frame, balls, index);
     drawSticks(brush.tile, frame, sticks, index, brush.order);
-    drawTriangles(brush.tile, frame, triangles, index, brush.order);
+    brush.triangles.draw(brush.tile, frame, triangles, index);
     drawLines(brush.tile, frame, lines, index, brush.order);
     drawDots(brush.tile, frame, dots, index, brush.order);
 }
@@ -221,18 +258,22 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
                            picture.ids.data(), picture.depths.data(),
                            static_cast<std::size_t>(settings.width)};
     const Look look = {settings.background, std::clamp(settings.depthCue, 0.0F, 1.0F)};
+    const std::size_t tiles = buffers.balls.tiles();
+    // Where the picture that is written over showed something.
+    Picture::Drawn& drawn = picture.drawn;
+    if (drawn.width != frame.width || drawn.height != frame.height ||
+        drawn.background != look.background)
+        drawn = {std::vector<std::uint64_t>(tiles, ~std::uint64_t{0}), frame.width, frame.height,
+                 look.background};
     const bool isWhole = buffers.workers.run(
-        buffers.balls.tiles(),
+        tiles,
         [&](std::size_t index, std::size_t worker) {
             Brush& brush = buffers.brushes[worker];
             buffers.drawTile(index, brush);
-            if (brush.tile.isEmpty())
-                return writeEmptyTile(brush.tile, look, samples, canvas);
-            shade(brush.tile, frame, look, brush.colours);
-            if (samples == 2)
-                writeSampledTile(brush, frame, canvas);
-            else
-                writeTile(brush, frame, canvas);
+            if (!brush.tile.isEmpty())
+                shade(brush.tile, frame, look, brush.colours);
+            writeTile(brush, frame, look, samples, canvas,
+                      std::exchange(drawn.blocks[index], brush.tile.drawnBlocks()));
         },
         stop);
     // A tile that noticed the request itself was left unfinished.

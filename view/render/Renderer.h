@@ -39,8 +39,8 @@ public:
     /// so is what is not finite. However small, a ball is seen at its centre.
     ///
     /// The picture is null after a stop request, and when the settings have no size or the camera
-    /// no height. `used` is a picture that is not needed any more; its memory is. Throws
-    /// std::bad_alloc.
+    /// no height. `used` is a picture that is not needed any more, as a renderer made it; its
+    /// memory is written over, where that changes something. Throws std::bad_alloc.
     Picture draw(const Scene& scene, const Camera& camera, const Settings& settings,
                  const std::stop_token& stop = {}, Picture used = {});
 

@@ -210,24 +210,27 @@ void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& 
     const Ints background = all(plain(look.background | 0xFF000000U));
     const std::array<float, 3> axis = halfway(mainLight);
     const Surface highlightAxis = {all(axis[0]), all(axis[1]), all(axis[2]), {}, {}};
-    for (int row = 0; row < tile.height(); ++row) {
-        const Floats y = all(static_cast<float>(tile.top() + row) + 0.5F);
-        for (int column = 0; column < tile.width(); column += 4) {
-            const Ints numbers = load(tile.numbers(row) + column);
-            const Ints isSeen = numbers != all(noNumber);
-            Ints result = background;
-            if (isAny(isSeen)) {
-                const Floats depth = load(tile.depths(row) + column);
-                const float left = static_cast<float>(tile.left() + column) + 0.5F;
-                const Floats x = {left, left + 1, left + 2, left + 3};
-                const bool isMixed = isAny(numbers >= all(frame.stickStart));
-                result = lit(isMixed ? mixedSurface(frame, numbers, x, y, depth)
-                                     : ballSurface(frame, numbers, x, y, depth),
-                             depth, cue, highlightAxis);
-                result = select(isSeen, result, background);
-            }
-            store(colours.data() + row * tileSide + column, result);
+    const auto shadeGroup = [&](int row, int column) {
+        const Ints numbers = load(tile.numbers(row) + column);
+        const Ints isSeen = numbers != all(noNumber);
+        Ints result = background;
+        if (isAny(isSeen)) {
+            const Floats y = all(static_cast<float>(tile.top() + row) + 0.5F);
+            const Floats depth = load(tile.depths(row) + column);
+            const float left = static_cast<float>(tile.left() + column) + 0.5F;
+            const Floats x = {left, left + 1, left + 2, left + 3};
+            const bool isMixed = isAny(numbers >= all(frame.stickStart));
+            result = lit(isMixed ? mixedSurface(frame, numbers, x, y, depth)
+                                 : ballSurface(frame, numbers, x, y, depth),
+                         depth, cue, highlightAxis);
+            result = select(isSeen, result, background);
         }
+        store(colours.data() + row * tileSide + column, result);
+    };
+    for (int row = 0; row < tile.height(); ++row) {
+        for (int column = 0; column < tile.width(); column += 4)
+            if (!tile.isBlank(column / Tile::blockSide, row / Tile::blockSide))
+                shadeGroup(row, column);
     }
 }
 

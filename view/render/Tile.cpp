@@ -1,6 +1,7 @@
 #include "Tile.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 
 namespace view {
@@ -16,17 +17,30 @@ constexpr int touchesAnUpdate = 96;
 void Tile::begin(int left, int top, int width, int height) {
     m_left = left;
     m_top = top;
-    m_width = std::min(tileSide, width - left);
-    m_height = std::min(tileSide, height - top);
-    m_isEmpty = true;
-    m_depths.fill(-infinity);
-    m_numbers.fill(noNumber);
-    // Nothing is nearer than samples beyond the picture, so that they hide all.
-    for (int row = 0; row < tileSide; ++row)
-        std::fill(depths(row) + (row < m_height ? m_width : 0), depths(row) + tileSide, infinity);
-    m_blockTouches.fill(0);
-    for (std::size_t block = 0; block < m_blockDepths.size(); ++block)
-        updateBlock(block);
+    const int tileWidth = std::min(tileSide, width - left);
+    const int tileHeight = std::min(tileSide, height - top);
+    if (tileWidth != m_width || tileHeight != m_height)
+        m_drawn = ~std::uint64_t{0};
+    m_width = tileWidth;
+    m_height = tileHeight;
+    // The other blocks are as they were made empty.
+    for (; m_drawn != 0; m_drawn &= m_drawn - 1)
+        emptyBlock(static_cast<std::size_t>(std::countr_zero(m_drawn)));
+    m_isDepthOld = true;
+}
+
+void Tile::emptyBlock(std::size_t block) {
+    const int top = static_cast<int>(block) / blocksASide * blockSide;
+    const int left = static_cast<int>(block) % blocksASide * blockSide;
+    const int width = std::clamp(m_width - left, 0, blockSide);
+    for (int row = top; row < top + blockSide; ++row) {
+        // Nothing is nearer than samples beyond the picture, so that they hide all.
+        float* const depth = depths(row) + left;
+        std::fill_n(depth, blockSide, infinity);
+        std::fill_n(depth, row < m_height ? width : 0, -infinity);
+        std::fill_n(numbers(row) + left, blockSide, noNumber);
+    }
+    updateBlock(block);
 }
 
 bool Tile::hides(float front) {
@@ -38,7 +52,6 @@ bool Tile::hides(float front) {
 }
 
 void Tile::touch(const Range& range) {
-    m_isEmpty = false;
     for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
         const int rows = std::min(range.bottom, y * blockSide + blockSide - 1) -
                          std::max(range.top, y * blockSide) + 1;
@@ -46,6 +59,7 @@ void Tile::touch(const Range& range) {
             const int columns = std::min(range.right, x * blockSide + blockSide - 1) -
                                 std::max(range.left, x * blockSide) + 1;
             const auto block = static_cast<std::size_t>(y * blocksASide + x);
+            m_drawn |= std::uint64_t{1} << block;
             m_blockTouches[block] += rows * columns;
             if (m_blockTouches[block] >= touchesAnUpdate)
                 updateBlock(block);

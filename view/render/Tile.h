@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 namespace view {
 
@@ -76,8 +77,12 @@ public:
 
     /// Says that something was drawn in the range, which hides() learns now or later.
     void touch(const Range& range);
+    /// Whether nothing was drawn into a block; x and y count blocks.
+    bool isBlank(int x, int y) const { return (m_drawn >> (y * blocksASide + x) & 1U) == 0; }
+    /// A bit for each block that something was drawn into, row by row.
+    std::uint64_t drawnBlocks() const { return m_drawn; }
     /// Whether nothing was drawn.
-    bool isEmpty() const { return m_isEmpty; }
+    bool isEmpty() const { return m_drawn == 0; }
 
 private:
     /// The sample of a coordinate relative to the tile, between `first` and `last`.
@@ -87,14 +92,16 @@ private:
         return coordinate < static_cast<float>(last) ? static_cast<int>(coordinate) : last;
     }
     void updateBlock(std::size_t block);
+    void emptyBlock(std::size_t block);
 
+    static_assert(blocksASide * blocksASide == 64);
+    std::uint64_t m_drawn = ~std::uint64_t{0}; ///< a bit a block; at first none is empty
     int m_left = 0;
     int m_top = 0;
     int m_width = 0;
     int m_height = 0;
     float m_depth = 0; ///< of the farthest sample, or less
     bool m_isDepthOld = false;
-    bool m_isEmpty = true;
     alignas(16) std::array<float, tileSide * tileSide> m_depths;
     alignas(16) std::array<Number, tileSide * tileSide> m_numbers;
     /// Of each block's farthest sample, or less.

@@ -63,46 +63,27 @@ private:
     float m_sign;
 };
 
-void drawTriangle(Tile& tile, const Frame& frame, std::uint32_t triangle) {
-    const Extent extent = triangleExtent(frame, triangle);
-    const Tile::Range range = tile.range(extent);
-    if (range.isEmpty() || tile.hides(range, extent.front))
-        return;
-    const std::array<Place, 3> corners = triangleOf(frame, triangle).corners;
-    const double area = twiceArea(corners);
-    // What is seen from its edge covers no sample.
-    if (!(area != 0))
-        return;
-    const float turn = area > 0 ? 1.0F : -1.0F;
+Extent extentOf(const std::array<Place, 3>& corners) {
     const auto& [a, b, c] = corners;
-    const std::array<Edge, 3> edges = {Edge(a, b, turn), Edge(b, c, turn), Edge(c, a, turn)};
+    return {std::min(std::min(a.x, b.x), c.x), std::max(std::max(a.x, b.x), c.x),
+            std::min(std::min(a.y, b.y), c.y), std::max(std::max(a.y, b.y), c.y),
+            std::max(std::max(a.z, b.z), c.z), std::min(std::min(a.z, b.z), c.z)};
+}
+
+/// How fast the depth changes along x and y.
+struct Slope {
+    float x;
+    float y;
+};
+
+Slope slopeOf(const std::array<Place, 3>& corners, double area) {
+    const auto& [a, b, c] = corners;
     const double bz = double(b.z) - double(a.z);
     const double cz = double(c.z) - double(a.z);
-    const auto slopeX = static_cast<float>(
-        (bz * (double(c.y) - double(a.y)) - cz * (double(b.y) - double(a.y))) / area);
-    const auto slopeY = static_cast<float>(
-        (cz * (double(b.x) - double(a.x)) - bz * (double(c.x) - double(a.x))) / area);
-    const Ints number = all(frame.triangleStart + static_cast<Number>(triangle));
-    const int first = range.left & ~3;
-    const float left = static_cast<float>(tile.left() + first) + 0.5F;
-    for (int row = range.top; row <= range.bottom; ++row) {
-        const float y = static_cast<float>(tile.top() + row) + 0.5F;
-        const Floats rowDepth = all(a.z + slopeY * (y - a.y));
-        Floats x = {left, left + 1, left + 2, left + 3};
-        for (int column = first; column <= range.right; column += 4, x += all(4.0F)) {
-            Ints mask = (edges[0].inside(x, y) >= all(0.0F)) &
-                        (edges[1].inside(x, y) >= all(0.0F)) & (edges[2].inside(x, y) >= all(0.0F));
-            if (!isAny(mask))
-                continue;
-            // The plane of a narrow triangle is steep: rounding must not lead out of it.
-            const Floats depth =
-                smaller(larger(rowDepth + all(slopeX) * (x - all(a.x)), all(extent.back)),
-                        all(extent.front));
-            mask &= (depth >= all(frame.back)) & (depth <= all(frame.front));
-            tile.put(row, column, mask, depth, number);
-        }
-    }
-    tile.touch(range);
+    return {static_cast<float>(
+                (bz * (double(c.y) - double(a.y)) - cz * (double(b.y) - double(a.y))) / area),
+            static_cast<float>(
+                (cz * (double(b.x) - double(a.x)) - bz * (double(c.x) - double(a.x))) / area)};
 }
 
 float along(const Point& axis, const std::array<double, 3>& vector) {
@@ -113,30 +94,88 @@ float along(const Point& axis, const std::array<double, 3>& vector) {
 } // namespace
 
 // Of the triangles of a fine mesh, many lie between the samples.
-Extent triangleExtent(const Frame& frame, std::size_t triangle) {
-    const Number number = frame.triangleStart + static_cast<Number>(triangle);
-    const PlacedMesh& mesh = frame.meshOf(number);
-    const auto& corners = mesh.mesh->triangles[static_cast<std::size_t>(number - mesh.start)];
-    const Place* const vertices = frame.vertices.data() + mesh.firstVertex;
-    const Place& a = vertices[corners[0]];
-    const Place& b = vertices[corners[1]];
-    const Place& c = vertices[corners[2]];
-    if (std::isnan(a.x) || std::isnan(b.x) || std::isnan(c.x))
+Extent TriangleExtents::operator()(std::size_t triangle) {
+    const Number number = m_frame->triangleStart + static_cast<Number>(triangle);
+    if (!m_mesh || number < m_mesh->start || number >= m_end) {
+        m_mesh = &m_frame->meshOf(number);
+        m_end = m_mesh->start + static_cast<Number>(m_mesh->mesh->triangles.size());
+    }
+    const auto& corners = m_mesh->mesh->triangles[static_cast<std::size_t>(number - m_mesh->start)];
+    const Place* const vertices = m_frame->vertices.data() + m_mesh->firstVertex;
+    const std::array<Place, 3> at = {vertices[corners[0]], vertices[corners[1]],
+                                     vertices[corners[2]]};
+    if (std::isnan(at[0].x) || std::isnan(at[1].x) || std::isnan(at[2].x))
         return nowhere;
-    Extent extent = {std::min(std::min(a.x, b.x), c.x), std::max(std::max(a.x, b.x), c.x),
-                     std::min(std::min(a.y, b.y), c.y), std::max(std::max(a.y, b.y), c.y),
-                     std::max(std::max(a.z, b.z), c.z), std::min(std::min(a.z, b.z), c.z)};
+    Extent extent = extentOf(at);
     if (!holdsSample(extent.left, extent.right) || !holdsSample(extent.top, extent.bottom))
         extent.left = extent.right = -std::numeric_limits<float>::infinity();
     return extent;
 }
 
-void drawTriangles(Tile& tile, const Frame& frame, const Bins& triangles, std::size_t tileIndex,
-                   FrontToBack& order) {
-    order.draw(
-        tile, frame, triangles, tileIndex,
-        [&](std::uint32_t triangle) { return triangleExtent(frame, triangle).front; },
-        [&](std::uint32_t triangle) { drawTriangle(tile, frame, triangle); });
+void TrianglePainter::draw(Tile& tile, const Frame& frame, const Bins& triangles,
+                           std::size_t tileIndex) {
+    for (const std::uint32_t triangle : triangles.large()) {
+        const Seen large = seen(frame, triangle);
+        if (tile.hides(extentOf(large.corners).front) || frame.stop.stop_requested())
+            break;
+        drawOne(tile, frame, large);
+    }
+    m_triangles.clear();
+    m_order.fronts.clear();
+    for (const std::uint32_t triangle : triangles.inTile(tileIndex)) {
+        m_triangles.push_back(seen(frame, triangle));
+        m_order.fronts.push_back(extentOf(m_triangles.back().corners).front);
+    }
+    m_order.draw(tile, frame,
+                 [&](std::uint32_t index) { drawOne(tile, frame, m_triangles[index]); });
+}
+
+TrianglePainter::Seen TrianglePainter::seen(const Frame& frame, std::uint32_t triangle) {
+    const Number number = frame.triangleStart + static_cast<Number>(triangle);
+    return {triangleOf(frame, triangle).corners, number};
+}
+
+void TrianglePainter::drawOne(Tile& tile, const Frame& frame, const Seen& triangle) {
+    const std::array<Place, 3>& corners = triangle.corners;
+    const Extent extent = extentOf(corners);
+    const Tile::Range range = tile.range(extent);
+    if (range.isEmpty() || tile.hides(range, extent.front))
+        return;
+    const double area = twiceArea(corners);
+    // What is seen from its edge covers no sample.
+    if (!(area != 0))
+        return;
+    const float turn = area > 0 ? 1.0F : -1.0F;
+    const auto& [a, b, c] = corners;
+    const std::array<Edge, 3> edges = {Edge(a, b, turn), Edge(b, c, turn), Edge(c, a, turn)};
+    const Ints number = all(triangle.number);
+    const int first = range.left & ~3;
+    const float left = static_cast<float>(tile.left() + first) + 0.5F;
+    // Many small ones cover no sample: their slope is not needed.
+    Slope slope{};
+    bool isDrawn = false;
+    for (int row = range.top; row <= range.bottom; ++row) {
+        const float y = static_cast<float>(tile.top() + row) + 0.5F;
+        Floats x = {left, left + 1, left + 2, left + 3};
+        for (int column = first; column <= range.right; column += 4, x += all(4.0F)) {
+            Ints mask = (edges[0].inside(x, y) >= all(0.0F)) &
+                        (edges[1].inside(x, y) >= all(0.0F)) & (edges[2].inside(x, y) >= all(0.0F));
+            if (!isAny(mask))
+                continue;
+            if (!isDrawn)
+                slope = slopeOf(corners, area);
+            isDrawn = true;
+            const Floats rowDepth = all(a.z + slope.y * (y - a.y));
+            // The plane of a narrow triangle is steep: rounding must not lead out of it.
+            const Floats depth =
+                smaller(larger(rowDepth + all(slope.x) * (x - all(a.x)), all(extent.back)),
+                        all(extent.front));
+            mask &= (depth >= all(frame.back)) & (depth <= all(frame.front));
+            tile.put(row, column, mask, depth, number);
+        }
+    }
+    if (isDrawn)
+        tile.touch(range);
 }
 
 TrianglePoint trianglePoint(const Frame& frame, Number number, float x, float y) {
