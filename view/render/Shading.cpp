@@ -108,13 +108,8 @@ Surface flatSurface(const Frame& frame, Ints numbers) {
 }
 
 Surface triangleSurface(const Frame& frame, Ints numbers, Floats x, Floats y) {
-    const auto point = [&](int i) { return trianglePoint(frame, numbers[i], x[i], y[i]); };
-    const std::array<TrianglePoint, 4> points = {point(0), point(1), point(2), point(3)};
-    const auto& [a, b, c, d] = points;
-    return {Floats{a.normal[0], b.normal[0], c.normal[0], d.normal[0]},
-            Floats{a.normal[1], b.normal[1], c.normal[1], d.normal[1]},
-            Floats{a.normal[2], b.normal[2], c.normal[2], d.normal[2]},
-            Ints{plain(a.colour), plain(b.colour), plain(c.colour), plain(d.colour)}, all(0)};
+    const TrianglePoints points = trianglePoints(frame, numbers, x, y);
+    return {points.x, points.y, points.z, points.colour, all(0)};
 }
 
 /// Four samples that show things of several kinds, or nothing.

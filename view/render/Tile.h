@@ -59,9 +59,8 @@ public:
     Range range(const Extent& extent) const {
         const float x = static_cast<float>(m_left) + 0.5F;
         const float y = static_cast<float>(m_top) + 0.5F;
-        return {sampleOf(extent.left - x, 0, tileSide), sampleOf(extent.right - x, -1, m_width - 1),
-                sampleOf(extent.top - y, 0, tileSide),
-                sampleOf(extent.bottom - y, -1, m_height - 1)};
+        return {sampleFrom(extent.left - x), sampleOf(extent.right - x, -1, m_width - 1),
+                sampleFrom(extent.top - y), sampleOf(extent.bottom - y, -1, m_height - 1)};
     }
 
     /// Whether nothing at or behind `front` can be seen in the range.
@@ -90,6 +89,11 @@ private:
         if (!(coordinate > static_cast<float>(first)))
             return first;
         return coordinate < static_cast<float>(last) ? static_cast<int>(coordinate) : last;
+    }
+    /// The first sample that is not before a coordinate.
+    static int sampleFrom(float coordinate) {
+        const int sample = sampleOf(coordinate, 0, tileSide);
+        return sample + (static_cast<float>(sample) < coordinate ? 1 : 0);
     }
     void updateBlock(std::size_t block);
     void emptyBlock(std::size_t block);

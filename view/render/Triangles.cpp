@@ -47,20 +47,19 @@ public:
         const bool isForward = from.x != to.x ? from.x < to.x : from.y < to.y;
         m_start = isForward ? from : to;
         const Place& end = isForward ? to : from;
-        m_dx = end.x - m_start.x;
-        m_dy = end.y - m_start.y;
-        m_sign = isForward ? turn : -turn;
+        const float sign = isForward ? turn : -turn;
+        m_dx = sign * (end.x - m_start.x);
+        m_dy = sign * (end.y - m_start.y);
     }
     /// Not below 0 on the inner side of the edge.
     Floats inside(Floats x, float y) const {
-        return (all(m_dx * (y - m_start.y)) - all(m_dy) * (x - all(m_start.x))) * all(m_sign);
+        return all(m_dx * (y - m_start.y)) - all(m_dy) * (x - all(m_start.x));
     }
 
 private:
     Place m_start;
     float m_dx;
     float m_dy;
-    float m_sign;
 };
 
 Extent extentOf(const std::array<Place, 3>& corners) {
@@ -86,9 +85,66 @@ Slope slopeOf(const std::array<Place, 3>& corners, double area) {
                 (cz * (double(b.x) - double(a.x)) - bz * (double(c.x) - double(a.x))) / area)};
 }
 
-float along(const Point& axis, const std::array<double, 3>& vector) {
-    return static_cast<float>(double(axis[0]) * vector[0] + double(axis[1]) * vector[1] +
-                              double(axis[2]) * vector[2]);
+/// A corner of four triangles.
+struct Corner {
+    Floats x, y;             ///< on the screen
+    std::array<Floats, 3> n; ///< the normal in the space of the scene
+    Ints colour;
+};
+
+struct Vertex {
+    const PlacedMesh* mesh;
+    std::size_t index; ///< in the mesh
+
+    const Place& at(const Frame& frame) const { return frame.vertices[mesh->firstVertex + index]; }
+    const Point& normal() const { return mesh->mesh->normals[index]; }
+    std::int32_t colour() const {
+        const std::vector<Colour>& colours = mesh->mesh->colours;
+        return static_cast<std::int32_t>(colours[colours.size() == 1 ? 0 : index]);
+    }
+};
+
+Corner cornerOf(const Frame& frame, const std::array<Vertex, 4>& vertices) {
+    const auto& [a, b, c, d] = vertices;
+    Corner corner = {{a.at(frame).x, b.at(frame).x, c.at(frame).x, d.at(frame).x},
+                     {a.at(frame).y, b.at(frame).y, c.at(frame).y, d.at(frame).y},
+                     {},
+                     {a.colour(), b.colour(), c.colour(), d.colour()}};
+    for (std::size_t i = 0; i < 3; ++i)
+        corner.n[i] = Floats{a.normal()[i], b.normal()[i], c.normal()[i], d.normal()[i]};
+    return corner;
+}
+
+std::array<Corner, 3> cornersOf(const Frame& frame, Ints triangles) {
+    std::array<std::array<Vertex, 4>, 3> vertices;
+    for (int lane = 0; lane < 4; ++lane) {
+        const PlacedMesh& mesh = frame.meshOf(triangles[lane]);
+        const auto& triangle =
+            mesh.mesh->triangles[static_cast<std::size_t>(triangles[lane] - mesh.start)];
+        for (std::size_t corner = 0; corner < 3; ++corner)
+            vertices[corner][static_cast<std::size_t>(lane)] = {&mesh, triangle[corner]};
+    }
+    return {cornerOf(frame, vertices[0]), cornerOf(frame, vertices[1]),
+            cornerOf(frame, vertices[2])};
+}
+
+Floats twiceArea(Floats ax, Floats ay, Floats bx, Floats by, Floats cx, Floats cy) {
+    return (bx - ax) * (cy - ay) - (by - ay) * (cx - ax);
+}
+
+Ints mixed(const std::array<Corner, 3>& corners, const std::array<Floats, 3>& weights) {
+    const Ints first = corners[0].colour;
+    if (!isAny((first != corners[1].colour) | (first != corners[2].colour)))
+        return first;
+    Ints result = all(0);
+    for (const int shift : {0, 8, 16}) {
+        Floats channel = all(0.5F);
+        for (std::size_t i = 0; i < 3; ++i)
+            channel += weights[i] *
+                       __builtin_convertvector((corners[i].colour >> shift) & all(255), Floats);
+        result |= __builtin_convertvector(channel, Ints) << shift;
+    }
+    return result;
 }
 
 } // namespace
@@ -178,46 +234,32 @@ void TrianglePainter::drawOne(Tile& tile, const Frame& frame, const Seen& triang
         tile.touch(range);
 }
 
-TrianglePoint trianglePoint(const Frame& frame, Number number, float x, float y) {
-    const auto [placed, index, corners] =
-        triangleOf(frame, static_cast<std::size_t>(number - frame.triangleStart));
-    const Mesh& mesh = *placed->mesh;
-    const Place at = {x, y, 0};
-    const double area = twiceArea(corners);
+TrianglePoints trianglePoints(const Frame& frame, Ints triangles, Floats x, Floats y) {
+    const std::array<Corner, 3> corners = cornersOf(frame, triangles);
+    const auto& [a, b, c] = corners;
     // Barycentric coordinates: the parts of the area opposite to each corner.
-    std::array<double, 3> weights = {twiceArea({at, corners[1], corners[2]}) / area,
-                                     twiceArea({corners[0], at, corners[2]}) / area, 0};
-    weights[0] = std::clamp(weights[0], 0.0, 1.0);
-    weights[1] = std::clamp(weights[1], 0.0, 1 - weights[0]);
-    weights[2] = 1 - weights[0] - weights[1];
-
-    std::array<double, 3> normal{};
-    std::array<double, 3> channels{};
-    for (std::size_t corner = 0; corner < 3; ++corner) {
-        const std::uint32_t vertex = mesh.triangles[index][corner];
-        const Colour colour = mesh.colours[mesh.colours.size() == 1 ? 0 : vertex];
-        for (std::size_t i = 0; i < 3; ++i) {
-            normal[i] += weights[corner] * double(mesh.normals[vertex][i]);
-            channels[i] += weights[corner] * (colour >> (8 * i) & 255U);
-        }
-    }
-    TrianglePoint point = {{along(frame.camera.axes[0], normal),
-                            along(frame.camera.axes[1], normal),
-                            along(frame.camera.axes[2], normal)},
-                           0};
-    const float length =
-        std::sqrt(point.normal[0] * point.normal[0] + point.normal[1] * point.normal[1] +
-                  point.normal[2] * point.normal[2]);
-    if (length > 0 && std::isfinite(length)) {
-        const float factor = (point.normal[2] < 0 ? -1 : 1) / length;
-        for (float& x3 : point.normal)
-            x3 *= factor;
-    } else {
-        point.normal = {0, 0, 1};
-    }
+    const Floats inverse = all(1.0F) / twiceArea(a.x, a.y, b.x, b.y, c.x, c.y);
+    std::array<Floats, 3> weights;
+    weights[0] =
+        smaller(larger(twiceArea(x, y, b.x, b.y, c.x, c.y) * inverse, all(0.0F)), all(1.0F));
+    weights[1] = smaller(larger(twiceArea(a.x, a.y, x, y, c.x, c.y) * inverse, all(0.0F)),
+                         all(1.0F) - weights[0]);
+    weights[2] = all(1.0F) - weights[0] - weights[1];
+    std::array<Floats, 3> normal;
     for (std::size_t i = 0; i < 3; ++i)
-        point.colour |= static_cast<Colour>(channels[i] + 0.5) << (8 * i);
-    return point;
+        normal[i] = weights[0] * a.n[i] + weights[1] * b.n[i] + weights[2] * c.n[i];
+    const auto along = [&](const Point& axis) {
+        return all(axis[0]) * normal[0] + all(axis[1]) * normal[1] + all(axis[2]) * normal[2];
+    };
+    const Floats right = along(frame.camera.axes[0]);
+    const Floats up = along(frame.camera.axes[1]);
+    const Floats near = along(frame.camera.axes[2]);
+    const Floats squared = right * right + up * up + near * near;
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    const Ints isKnown = (squared > all(0.0F)) & (squared < all(infinity));
+    const Floats factor = select(near < all(0.0F), all(-1.0F), all(1.0F)) / squareRoot(squared);
+    return {select(isKnown, right * factor, all(0.0F)), select(isKnown, up * factor, all(0.0F)),
+            select(isKnown, near * factor, all(1.0F)), mixed(corners, weights)};
 }
 
 } // namespace view

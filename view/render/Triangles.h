@@ -40,11 +40,11 @@ private:
     FrontToBack m_order;
 };
 
-/// The surface of a triangle at a place on the screen.
-struct TrianglePoint {
-    std::array<float, 3> normal; ///< unit vector: right, up, and towards the viewer (not below 0)
-    Colour colour;
+/// The surfaces of triangles at four places on the screen, which are in them.
+struct TrianglePoints {
+    Floats x, y, z; ///< unit vectors: right, up, and towards the viewer (z not below 0)
+    Ints colour;
 };
-TrianglePoint trianglePoint(const Frame& frame, Number triangle, float x, float y);
+TrianglePoints trianglePoints(const Frame& frame, Ints triangles, Floats x, Floats y);
 
 } // namespace view
