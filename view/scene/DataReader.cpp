@@ -86,10 +86,10 @@ DataReader::DataReader(std::function<void()> gone) : m_gone(std::move(gone)) {}
 DataReader::~DataReader() = default;
 
 void DataReader::read() {
-    Collected collected = collect(TAVIK::Space::instance());
+    Collected collected = collect(TAVIK::Space::instance(), *m_snapshot.contents);
     Snapshot next;
     next.contents = std::make_shared<const Contents>(std::move(collected.contents));
-    next.marks = marksOf(*next.contents, collected.items, collected.bonds);
+    next.marks = std::make_shared<const Marks>(std::move(collected.marks));
     next.generation = m_snapshot.generation + 1;
     const std::uint64_t changes = TAVIK::SelectionChanges();
     next.selection = selectionOf(collected.items);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <optional>
 #include <string>
@@ -18,6 +19,9 @@ namespace view {
 namespace {
 
 using TAVIK::Compound;
+
+// How many items before its turn one is fetched.
+constexpr std::ptrdiff_t ahead = 8;
 
 enum class Kind : std::uint8_t { Atom, Bond, Residue, Chain, Composite, Other };
 
@@ -83,7 +87,8 @@ bool areWithin(const Point& a, const Point& b, float distance) {
 
 class Walk {
 public:
-    Collected take(Compound* root) {
+    Collected take(Compound* root, const Contents& before) {
+        reserve(before);
         if (!dynamic_cast<TAVIK::Composite*>(root))
             visit(root);
         for (Compound** entry = root->ChildBegin(); entry != root->ChildEnd(); ++entry) {
@@ -105,6 +110,19 @@ public:
     }
 
 private:
+    void reserve(const Contents& before) {
+        m_contents.positions.reserve(before.atomCount());
+        m_contents.atomicNumbers.reserve(before.atomCount());
+        m_contents.roles.reserve(before.atomCount());
+        m_contents.residues.reserve(before.residues.size());
+        m_out.items.reserve(before.itemCount());
+        m_out.marks.colours.reserve(before.itemCount());
+        m_out.marks.shown.reserve(before.itemCount());
+        m_out.marks.bonds.reserve(before.bonds.size());
+        m_ids.reserve(before.atomCount());
+        m_bondIds.reserve(before.bonds.size());
+    }
+
     void visit(Compound* item) {
         switch (m_kinds.of(item, kindOf)) {
         case Kind::Atom:
@@ -136,9 +154,14 @@ private:
     void visitChildren(Compound* item) {
         Compound** const begin = item->ChildBegin();
         Compound** const end = item->ChildEnd();
-        for (Compound** child = begin; child != end; ++child)
+        for (Compound** child = begin; child != end && child != begin + ahead; ++child)
+            __builtin_prefetch(*child);
+        for (Compound** child = begin; child != end; ++child) {
+            if (end - child > ahead)
+                __builtin_prefetch(child[ahead]);
             if (*child)
                 visitChild(*child, item, static_cast<std::uint32_t>(child - begin));
+        }
     }
 
     void visitChild(Compound* child, Compound* parent, std::uint32_t place) {
@@ -148,11 +171,19 @@ private:
             visit(child);
     }
 
+    // Items lie scattered in memory: what is asked of one later, too, is asked while it is at hand.
+    void takeItem(Compound* item) {
+        m_out.items.push_back(item);
+        m_out.marks.colours.push_back(item->GetColor().rgba());
+        m_out.marks.shown.push_back(item->IsVisible() ? 1 : 0);
+    }
+
     void takeBond(Compound* bond, Compound* parent, std::uint32_t place) {
         Compound* const* const parts = bond->PartBegin();
         if (bond->PartEnd() - parts != 2)
             return;
         m_bondIds.push_back({parts[0]->GetId(), parts[1]->GetId()});
+        m_out.marks.bonds.push_back(bond->IsVisible() ? 1 : 0);
         addToRuns(m_out.bonds, parent, place);
     }
     static void addToRuns(std::vector<BondRun>& runs, Compound* parent, std::uint32_t place) {
@@ -196,8 +227,8 @@ private:
         m_contents.positions.push_back(positionOf(atom));
         m_contents.atomicNumbers.push_back(number);
         m_contents.roles.push_back(role);
-        m_out.items.push_back(atom);
         m_ids.push_back(atom->GetId());
+        takeItem(atom);
     }
 
     // Bonds to atoms that are not among those that were collected are left out.
@@ -209,15 +240,18 @@ private:
         std::size_t last = 0;
         for (const BondRun& run : m_out.bonds) {
             for (std::uint32_t i = 0; i != run.count; ++i) {
+                const std::uint8_t isShown = m_out.marks.bonds[bond];
                 const Segment& ids = m_bondIds[bond++];
                 const Segment segment{indices.of(ids.from), indices.of(ids.to)};
                 if (segment.from == noAtom || segment.to == noAtom)
                     continue;
+                m_out.marks.bonds[last] = isShown;
                 m_bondIds[last++] = segment;
                 addToRuns(kept, run.parent, run.first + i);
             }
         }
         m_bondIds.resize(last);
+        m_out.marks.bonds.resize(last);
         m_contents.bonds = std::move(m_bondIds);
         m_out.bonds = std::move(kept);
     }
@@ -274,7 +308,7 @@ private:
     void takeShape(Compound* item) {
         if (std::optional<Shape> shape = shapeOf(item, m_out.items.size())) {
             m_contents.shapes.push_back(std::move(*shape));
-            m_out.items.push_back(item);
+            takeItem(item);
         }
     }
 
@@ -285,6 +319,9 @@ private:
         m_contents.residues.shrink_to_fit();
         m_contents.bonds.shrink_to_fit();
         m_out.items.shrink_to_fit();
+        m_out.marks.colours.shrink_to_fit();
+        m_out.marks.shown.shrink_to_fit();
+        m_out.marks.bonds.shrink_to_fit();
         m_out.bonds.shrink_to_fit();
     }
 
@@ -308,8 +345,8 @@ Point positionOf(const Compound* atom) {
     return at.isValid() ? Point{at[0], at[1], at[2]} : Point{nowhere, nowhere, nowhere};
 }
 
-Collected collect(Compound* root) {
-    return Walk().take(root);
+Collected collect(Compound* root, const Contents& before) {
+    return Walk().take(root, before);
 }
 
 } // namespace view

@@ -1,4 +1,4 @@
-// The walk over the data space that collects what is drawn.
+// The walk over the data space that collects what is drawn, and how it looks.
 #pragma once
 
 #include "Compound.h"
@@ -18,13 +18,15 @@ struct BondRun {
 
 struct Collected {
     Contents contents;
+    Marks marks;
     std::vector<TAVIK::Compound*> items; ///< by index, as Contents has them
     std::vector<BondRun> bonds;          ///< those of Contents, in that order
 };
 
 /// Everything below `root`, or `root` itself if it is no composite. Members of sets stand
 /// elsewhere, and are taken where they stand.
-Collected collect(TAVIK::Compound* root);
+/// Room is made at once for as much as there was in `before`.
+Collected collect(TAVIK::Compound* root, const Contents& before = {});
 
 /// Where an atom is, as Contents has it.
 Point positionOf(const TAVIK::Compound* atom);
