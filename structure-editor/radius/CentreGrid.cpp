@@ -91,8 +91,11 @@ public:
         return all;
     }
     void tell(std::uint8_t* near) const {
-        for (std::size_t i = 0; i != m_count; ++i)
-            near[i] = m_found[i / laneCount][i % laneCount] ? 1 : 0;
+        using Bytes [[gnu::vector_size(laneCount)]] = std::uint8_t;
+        std::array<Bytes, mostLanes> answers;
+        for (std::size_t i = 0; i != m_lanes; ++i)
+            answers[i] = __builtin_convertvector(m_found[i] & 1, Bytes);
+        std::memcpy(near, answers.data(), m_count);
     }
 
 private:
