@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 
+class QAction;
 class QDockWidget;
 class QMenu;
 class QToolBar;
@@ -90,6 +91,7 @@ private:
     void fillRecentFiles();
     void fillViewMenu();
     void askForFiles();
+    void nameEntryToClose();
     void drawPicture(const QString& file, const QString& size);
     void showUsually();
     void showAbout();
@@ -111,6 +113,7 @@ private:
     QToolBar* m_bar; ///< with the find box and the errors
     QMenu* m_recent = nullptr;
     QMenu* m_view = nullptr;
+    QAction* m_close = nullptr; ///< closes the entry of the focus
     std::unique_ptr<Opening> m_opening;
     std::deque<QString> m_toOpen;
     /// Messages of plug-ins are in the log as well, and no errors.

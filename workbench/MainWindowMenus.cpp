@@ -5,6 +5,7 @@
 #include "FindBox.h"
 #include "HelpPages.h"
 #include "Inspector.h"
+#include "MenuLetters.h"
 #include "PluginDocks.h"
 #include "StatusLine.h"
 
@@ -45,6 +46,7 @@ void MainWindow::makeMenus() {
     makeViewMenu();
     makePluginMenu();
     makeHelpMenu();
+    new MenuLetters(menuBar());
 }
 
 void MainWindow::makeFileMenu() {
@@ -57,8 +59,18 @@ void MainWindow::makeFileMenu() {
     if (PluginManager::FindPlugin(viewType, viewName))
         menu->addAction(tr("Save &Picture..."), this, &MainWindow::savePicture);
     menu->addSeparator();
-    menu->addAction(tr("&Close Entry"), QKeySequence::Close, this, &MainWindow::closeEntry);
+    m_close =
+        menu->addAction(tr("&Close Entry"), QKeySequence::Close, this, &MainWindow::closeEntry);
+    connect(menu, &QMenu::aboutToShow, this, &MainWindow::nameEntryToClose);
     menu->addAction(tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), this, &QWidget::close);
+}
+
+void MainWindow::nameEntryToClose() {
+    const TAVIK::Compound* const entry = entryToClose();
+    const QString name = entry ? QString::fromLatin1(entry->GetName().c_str()) : tr("Entry");
+    constexpr int widest = 300; // pixels
+    m_close->setText(
+        tr("&Close %1").arg(plainLabel(fontMetrics().elidedText(name, Qt::ElideMiddle, widest))));
 }
 
 void MainWindow::makeEditMenu() {

@@ -1,12 +1,11 @@
 // The main window with the plug-ins of the build: docks, menus, files, and what it leaves behind.
-#include "MainWindow.h"
-#include "BaseWindow.h"
 #include "DataPoint.h"
 #include "ErrorBar.h"
 #include "FindBox.h"
 #include "Focus.h"
 #include "Inspector.h"
 #include "Logger.h"
+#include "MainWindowCase.h"
 #include "Messages.h"
 #include "PluginDocks.h"
 #include "PluginManager.h"
@@ -30,75 +29,14 @@
 #include <QPointer>
 #include <QStatusBar>
 #include <QTableWidget>
-#include <QTemporaryDir>
 
 #include <memory>
 #include <thread>
 
-using workbench::MainWindow;
-
-class MainWindowTest : public test_support::TestCase {
+class MainWindowTest : public test_support::MainWindowCase {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<MainWindow> m_window;
-    const QString m_editor = "plug-in Edit/Vuxo";
-    const QString m_view = "plug-in Display/View3D";
-
-    void open() {
-        const QStringList plugins = memory_host::loadPlugins(STAGE_PLUGINS);
-        QVERIFY(plugins.contains("Edit/Vuxo"));
-        QVERIFY(plugins.contains("Display/View3D"));
-        m_window = std::make_unique<MainWindow>(
-            MainWindow::Setup{plugins, SOURCE_DIR "/data", m_folder->filePath("window.ini")});
-        QVERIFY(m_window->startPlugins());
-        m_window->resize(1200, 800);
-        m_window->show();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        takeMessages(); // plug-ins say what they do on the debug stream
-    }
-    void end() {
-        memory_host::unloadPlugins();
-        m_window.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        takeMessages();
-    }
-    QDockWidget* dock(const QString& name) const { return m_window->findChild<QDockWidget*>(name); }
-    BaseWindow* windowIn(const QString& name) const {
-        return dock(name) ? qobject_cast<BaseWindow*>(dock(name)->widget()) : nullptr;
-    }
-    /// An entry of a menu by their labels, without the marks of keys.
-    QAction* entry(const QString& menu, const QString& label) const {
-        for (const QAction* action : m_window->menuBar()->actions())
-            if (action->text().remove('&') == menu)
-                for (QAction* each : action->menu()->actions())
-                    if (each->text().remove('&').section('\t', 0, 0) == label)
-                        return each;
-        return nullptr;
-    }
-    static void send(const std::string& command) {
-        const void* const none = nullptr;
-        PluginManager::Command("Edit", "Vuxo", "test", command, "", none);
-    }
-    static QStringList entries() {
-        QStringList names;
-        TAVIK::Space* const space = TAVIK::Space::instance();
-        for (TAVIK::Compound** item = space->ChildBegin(); item != space->ChildEnd(); ++item)
-            names << QString::fromStdString((*item)->GetName());
-        return names;
-    }
-    static QString sample() { return SOURCE_DIR "/data/sample.pdb"; }
-
 private slots:
-    void init() override {
-        TestCase::init();
-        m_folder = std::make_unique<QTemporaryDir>();
-    }
-    void cleanup() override {
-        end();
-        TestCase::cleanup();
-    }
-
     void theWindowsOfPluginsAreDocksByTheirType() {
         open();
         QCOMPARE(m_window->dockWidgetArea(dock(m_editor)), Qt::LeftDockWidgetArea);
