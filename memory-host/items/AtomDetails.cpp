@@ -9,7 +9,7 @@ using namespace memory_host;
 
 AtomDetails GetAtomDetails(const Atom* atom) {
     const auto* const item = dynamic_cast<const AtomItem*>(atom);
-    return item ? item->m_details : AtomDetails();
+    return item ? item->details() : AtomDetails();
 }
 
 LabelIds GetLabelIds(const Compound* item) {

@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
+#include <type_traits>
+#include <utility>
 
 namespace memory_host {
 
@@ -86,6 +89,13 @@ void BondItem::hide() {
     countShown(m_record, memory_host::markShown(m_record, false));
 }
 
+AtomItem::AtomItem(Name name) : LeafItem(std::move(name)) {
+    static_assert(sizeof(AtomItem) <= 64, "an atom is larger than a cache line");
+    static_assert(sizeof(TAVIK::AtomDetails) <= annexSize);
+    static_assert(std::is_trivially_destructible_v<TAVIK::AtomDetails>);
+    ::new (annexOf(this)) TAVIK::AtomDetails;
+}
+
 std::int32_t AtomItem::markShown() {
     const std::int32_t change = memory_host::markShown(
         m_record, m_record.has(HostItem::Visible) && !m_record.has(HostItem::OtherModel));
@@ -108,7 +118,7 @@ void AtomItem::setValues(const TAVIK::AtomValues& values) {
     setPosition(values.position);
     m_temperature = values.temperature;
     setModel(values.model);
-    m_details = values.details;
+    ::new (annexOf(this)) TAVIK::AtomDetails(values.details);
     m_record.color = defaultColor(m_record).rgba();
 }
 

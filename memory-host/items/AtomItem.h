@@ -45,7 +45,14 @@ public:
 
 class AtomItem : public LeafItem<TAVIK::Atom, Kind::Atom> {
 public:
-    using LeafItem::LeafItem;
+    // The details are in the block's annex: commands walk all atoms and read none of them, and
+    // what is left of an atom fills a cache line.
+    static void* operator new(std::size_t size) { return takeBlock(size, Annex::Present); }
+    static void operator delete(void* atom, std::size_t size) noexcept {
+        giveBlock(atom, size, Annex::Present);
+    }
+
+    explicit AtomItem(Name name);
     std::string GetType() const override { return m_record.type.text(); }
     TAVIK::Vertex GetPosition() const override {
         return {m_position[0], m_position[1], m_position[2], m_record.has(HostItem::HasPosition)};
@@ -66,10 +73,13 @@ public:
     std::int32_t markShown();
     void updateShown();
 
+    const TAVIK::AtomDetails& details() const {
+        return *static_cast<const TAVIK::AtomDetails*>(annexOf(this));
+    }
+
     BondItem* m_bonds = nullptr;
     std::array<float, 3> m_position{};
     float m_temperature = 0.0F;
-    TAVIK::AtomDetails m_details;
 };
 
 /// An atom with a partial charge and a radius; other atoms have no memory for them.

@@ -22,45 +22,57 @@ constexpr std::size_t slabAlignment = 32768;
 constexpr std::size_t slabSize = slabAlignment - 64;
 constexpr std::size_t unit = 8;
 constexpr std::size_t largestBlock = 256;
+constexpr std::size_t cacheLine = 64;
+// Before a block that comes from the heap itself there is its annex.
+constexpr std::size_t heapAnnex = 16;
+static_assert(heapAnnex >= annexSize);
 
 struct FreeBlock {
     FreeBlock* next;
 };
 
-struct Slab {
+// The blocks follow this record; a block that is a multiple of a cache line long begins with one.
+// The annexes stand at the slab's end, the first block's the last.
+struct alignas(cacheLine) Slab {
+    static Slab& of(const void* block) {
+        return *reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(block) &
+                                        ~(slabAlignment - 1));
+    }
+
+    char* memory() { return reinterpret_cast<char*>(this + 1); }
+    char* end() { return reinterpret_cast<char*>(this) + slabSize; }
+    bool isFull() const { return !free && cut == blocks; }
+
     Slab* next = nullptr; ///< next and previous in the list of slabs with room
     Slab* previous = nullptr;
     FreeBlock* free = nullptr; ///< freed blocks
-    std::uint32_t used = 0;    ///< blocks in use
-    std::uint32_t cut = 0;     ///< bytes after this record that have ever been part of a block
-
-    char* memory() { return reinterpret_cast<char*>(this + 1); }
+    std::uint16_t size;        ///< of a block
+    std::uint16_t blocks;      ///< how many have room
+    std::uint16_t used = 0;    ///< blocks in use
+    std::uint16_t cut = 0;     ///< blocks that have ever been in use
 };
 
-// The slabs for blocks of one size.
+// The slabs for blocks of one size, all with an annex or all without.
 class Slabs {
 public:
-    void* take(std::size_t size) {
+    void* take(std::size_t size, Annex annex) {
         if (!m_withRoom)
-            link(newSlab());
+            link(newSlab(size, annex));
         Slab& slab = *m_withRoom;
         void* block = slab.free;
-        if (block) {
+        if (block)
             slab.free = slab.free->next;
-        } else {
-            block = slab.memory() + slab.cut;
-            slab.cut += static_cast<std::uint32_t>(size);
-        }
+        else
+            block = slab.memory() + size * slab.cut++;
         ++slab.used;
-        if (isFull(slab, size))
+        if (slab.isFull())
             unlink(slab);
         return block;
     }
 
-    void give(void* block, std::size_t size) noexcept {
-        Slab& slab = *reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(block) &
-                                              ~(slabAlignment - 1));
-        if (isFull(slab, size))
+    void give(void* block) noexcept {
+        Slab& slab = Slab::of(block);
+        if (slab.isFull())
             link(&slab);
         slab.free = ::new (block) FreeBlock{slab.free};
         // The last slab with room is kept: the next block is likely to be asked for soon.
@@ -71,16 +83,16 @@ public:
     }
 
 private:
-    static Slab* newSlab() {
+    static Slab* newSlab(std::size_t size, Annex annex) {
         // Aligned operator new would round the size up, and leave a hole behind every slab.
         void* memory = nullptr;
         if (posix_memalign(&memory, slabAlignment, slabSize) != 0)
             throw std::bad_alloc();
-        return ::new (memory) Slab;
-    }
-
-    static bool isFull(const Slab& slab, std::size_t size) {
-        return !slab.free && slab.cut + size > slabSize - sizeof(Slab);
+        Slab* const slab = ::new (memory) Slab;
+        const std::size_t each = annex == Annex::Present ? size + annexSize : size;
+        slab->size = static_cast<std::uint16_t>(size);
+        slab->blocks = static_cast<std::uint16_t>((slabSize - sizeof(Slab)) / each);
+        return slab;
     }
 
     void link(Slab* slab) {
@@ -102,7 +114,11 @@ private:
 
 // Never destroyed, and usable before any constructor has run: items may live as long as static
 // objects.
-constinit std::array<Slabs, largestBlock / unit + 1> slabs{};
+constinit std::array<std::array<Slabs, 2>, largestBlock / unit + 1> slabs{};
+
+Slabs& slabsFor(std::size_t size, Annex annex) {
+    return slabs[size / unit][static_cast<std::size_t>(annex)];
+}
 
 bool isFromSlab(std::size_t size) {
     return isUsed && size <= largestBlock && size % unit == 0;
@@ -110,15 +126,29 @@ bool isFromSlab(std::size_t size) {
 
 } // namespace
 
-void* takeBlock(std::size_t size) {
-    return isFromSlab(size) ? slabs[size / unit].take(size) : ::operator new(size);
+void* takeBlock(std::size_t size, Annex annex) {
+    if (isFromSlab(size))
+        return slabsFor(size, annex).take(size, annex);
+    if (annex == Annex::None)
+        return ::operator new(size);
+    return static_cast<char*>(::operator new(heapAnnex + size)) + heapAnnex;
 }
 
-void giveBlock(void* block, std::size_t size) noexcept {
+void giveBlock(void* block, std::size_t size, Annex annex) noexcept {
     if (isFromSlab(size))
-        slabs[size / unit].give(block, size);
-    else
+        slabsFor(size, annex).give(block);
+    else if (annex == Annex::None)
         ::operator delete(block, size);
+    else
+        ::operator delete(static_cast<char*>(block) - heapAnnex, heapAnnex + size);
+}
+
+void* annexOf(const void* block) {
+    if constexpr (!isUsed)
+        return static_cast<char*>(const_cast<void*>(block)) - heapAnnex;
+    Slab& slab = Slab::of(block);
+    const auto place = static_cast<std::size_t>(static_cast<const char*>(block) - slab.memory());
+    return slab.end() - annexSize * (place / slab.size + 1);
 }
 
 } // namespace memory_host

@@ -6,9 +6,19 @@
 
 namespace memory_host {
 
-/// A block of `size` bytes for an object of ordinary alignment. Throws std::bad_alloc.
-void* takeBlock(std::size_t size);
+/// What a block may have beside it: some bytes, for what is seldom read, that do not part those
+/// that are often read.
+enum class Annex : bool { None, Present };
+
+/// The size of an annex; its alignment is that of a float.
+inline constexpr std::size_t annexSize = 12;
+
+/// A block of `size` bytes for an object of ordinary alignment; with an annex, a multiple of 8 and
+/// at most 256 bytes. Throws std::bad_alloc.
+void* takeBlock(std::size_t size, Annex annex = Annex::None);
 /// Frees a block of that size. A slab without blocks in use goes back to the heap.
-void giveBlock(void* block, std::size_t size) noexcept;
+void giveBlock(void* block, std::size_t size, Annex annex = Annex::None) noexcept;
+/// The annex of a block that was taken with one.
+void* annexOf(const void* block);
 
 } // namespace memory_host

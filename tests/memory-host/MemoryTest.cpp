@@ -84,8 +84,9 @@ void MemoryTest::onlyAtomsWithAPartialChargePayForIt() {
     };
     const std::size_t plain = bytesOf({});
     const std::size_t charged = bytesOf({0.5F, 1.5F, true});
-    // An atom's record of 80 bytes, and its place in the list of children.
-    QVERIFY2(plain <= 80 + sizeof(void*) + 1, qPrintable(QString::number(plain)));
+    // An atom's record, its details, and its place in the list of children.
+    QVERIFY2(plain <= 64 + sizeof(AtomDetails) + sizeof(void*) + 1,
+             qPrintable(QString::number(plain)));
     QVERIFY2(charged <= plain + 2 * sizeof(float) + 1, qPrintable(QString::number(charged)));
 }
 
