@@ -9,6 +9,7 @@
 #include "detail/ByClass.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -51,7 +52,10 @@ enum class WalkStep { Take, Enter, Skip };
 template <class T>
 void CollectItems(Compound** begin, Compound** end, std::vector<Compound*>& out, bool all,
                   ByClass<WalkStep>& steps) {
+    constexpr std::ptrdiff_t ahead = 8; // prefetched: most of the time is waiting for memory
     for (Compound** it = begin; it != end; ++it) {
+        if (end - it > ahead)
+            __builtin_prefetch(it[ahead]);
         Compound* child = *it;
         if (!child)
             continue;

@@ -32,6 +32,9 @@ bool isInSpace(const HostItem& item) {
 }
 
 void freeBond(BondItem* bond) {
+    // Prefetched: bonds made one after another lie so in memory, and go so with their atoms.
+    for (const std::size_t ahead : {1024, 1088})
+        __builtin_prefetch(reinterpret_cast<const char*>(bond) + ahead, 1);
     detach(bond);
     freeItem(bond);
 }
