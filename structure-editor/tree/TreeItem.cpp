@@ -59,6 +59,7 @@ const TreeRoot* TreeItem::root() const {
 }
 
 void TreeItem::setup() {
+    leavePlain();
     m_expandable = m_count >= 1;
     m_configured = true;
 }
@@ -66,6 +67,7 @@ void TreeItem::setup() {
 void TreeItem::setOpen(bool open) {
     if (m_open == open)
         return;
+    leavePlain();
     m_open = open;
     if (open && m_count > 0)
         setup();
@@ -148,13 +150,16 @@ void TreeItem::buildChildren(Batch& batch) {
     TAVIK::Compound** const begin = m_Compound->ChildBegin();
     TAVIK::Compound** const end = m_Compound->ChildEnd();
     reserve(static_cast<std::size_t>(end - begin));
+    bool holdComposites = false;
     for (TAVIK::Compound** it = begin; it != end; ++it) {
         TreeItem* const below = build(*it, batch).release();
         append(below);
         m_marked |= below->m_marked;
         m_elsewhere |= below->m_elsewhere;
+        holdComposites |= below->m_composite;
     }
     sort();
+    m_plain = !holdComposites;
 }
 
 // Comparing addresses is enough to find rows of destroyed items: no items are made meanwhile.
@@ -166,6 +171,10 @@ void TreeItem::comeBack(Batch& batch) {
         return;
     TAVIK::Compound** item = m_Compound->ChildBegin();
     TAVIK::Compound** const end = m_Compound->ChildEnd();
+    if (m_plain && showsAll(item, end)) {
+        batch.rows += m_count;
+        return;
+    }
     bool holdComposites = false;
     keepOnly([&](TreeItem* row) {
         if (item == end || row->m_Compound != *item ||
@@ -181,6 +190,7 @@ void TreeItem::comeBack(Batch& batch) {
     for (std::uint32_t i = 0; holdComposites && i != m_count; ++i)
         if (m_children[i]->m_composite)
             m_children[i]->comeBack(batch);
+    m_plain = !holdComposites;
     if (item == end)
         return;
     // Some items have no row, or the order differs.
@@ -189,7 +199,20 @@ void TreeItem::comeBack(Batch& batch) {
     buildChildren(batch);
 }
 
+// A new child is the last one, with a new id: as many children as before of which the last is the
+// same are all the same, unless null stands for one that is gone.
+bool TreeItem::showsAll(TAVIK::Compound** begin, TAVIK::Compound** end) const {
+    if (end - begin != static_cast<std::ptrdiff_t>(m_count))
+        return false;
+    if (m_count == 0)
+        return true;
+    const TreeItem& last = *m_children[m_count - 1];
+    return last.m_Compound == end[-1] && last.m_id == idOf(end[-1]) &&
+           std::find(begin, end, nullptr) == end;
+}
+
 void TreeItem::markFor(std::span<TreeItem* const> rows) {
+    m_plain = false;
     if (std::any_of(rows.begin(), rows.end(), [](const TreeItem* row) { return row->m_marked; }))
         expectSelection();
     if (std::any_of(rows.begin(), rows.end(), [](const TreeItem* row) { return row->m_elsewhere; }))
@@ -208,6 +231,7 @@ void TreeItem::addRows(TAVIK::Compound* c) {
 void TreeItem::setSelected(bool s) {
     if (s)
         expectSelection();
+    leavePlain();
     m_Dirty = true;
     m_selected = s;
     if (TreeRoot* tree = root())

@@ -198,6 +198,14 @@ private:
     /// Makes a row and all below it like new, closed and for the items that exist now, at much less
     /// cost than making them. The selection is not updated.
     void comeBack(Batch& batch);
+    /// Whether the child rows, which are plain, are known to be those of the items that a composite
+    /// holds now, without reading any of them.
+    bool showsAll(TAVIK::Compound** begin, TAVIK::Compound** end) const;
+    /// The row is not as it was made any more.
+    void leavePlain() {
+        if (m_parent)
+            m_parent->m_plain = false;
+    }
     /// Makes the rows of all that the item holds now; there must be none before.
     void buildChildren(Batch& batch);
     /// Marks what rows that come below this one say of those above them.
@@ -214,6 +222,8 @@ private:
     bool m_open : 1 = false;
     bool m_expandable : 1 = false;
     bool m_configured : 1 = false; ///< setup() was done
+    bool m_plain : 1 = false;      ///< all child rows are of items that are no composites, and as
+                                   ///< they were made
     TAVIK::Compound* m_Compound = nullptr;
 };
 
