@@ -172,7 +172,8 @@ private:
                             const char* slot = __builtin_FUNCTION());
     void setSelectedVisible(bool on, const char* slot = __builtin_FUNCTION());
     void hideUnselected(TAVIK::Compound* root, const char* slot = __builtin_FUNCTION());
-    template <class Change> TAVIK::Changed forSelectedRows(Change apply) const;
+    template <class Change, class Leave>
+    TAVIK::Changed forSelectedRows(Change apply, Leave leave) const;
     void ForSelectedResidues(void (*function)(TAVIK::Compound*),
                              const char* slot = __builtin_FUNCTION());
     void makeSurface(const char* command, const char* argument,

@@ -59,23 +59,29 @@ void Vuxo::hideUnselected(TAVIK::Compound* root, const char* slot) {
 namespace {
 
 /// The selected items below one: a composite whose atoms are all selected is selected, whatever its
-/// bonds are.
-template <class Change> void forSelectedBelow(TAVIK::Compound* item, const Change& change) {
+/// bonds are. `leave` is called with each item that holds others, when all of these were visited.
+template <class Change, class Leave>
+void forSelectedBelow(TAVIK::Compound* item, const Change& change, const Leave& leave) {
+    constexpr std::ptrdiff_t ahead = 8; // prefetched: most of the time is waiting for memory
     TAVIK::Compound** const end = item->ChildEnd();
     for (TAVIK::Compound** child = item->ChildBegin(); child != end; ++child) {
+        if (end - child > ahead)
+            __builtin_prefetch(child[ahead], 1);
         if (!*child)
             continue;
         const bool isSelected = (*child)->IsSelected();
         if (isSelected)
             change(*child);
-        if (isSelected || (*child)->HasSelected())
-            forSelectedBelow(*child, change);
+        if ((isSelected || (*child)->HasSelected()) && (*child)->HasChildren())
+            forSelectedBelow(*child, change, leave);
     }
+    leave(item);
 }
 
 } // namespace
 
-template <class Change> TAVIK::Changed Vuxo::forSelectedRows(Change apply) const {
+template <class Change, class Leave>
+TAVIK::Changed Vuxo::forSelectedRows(Change apply, Leave leave) const {
     TAVIK::Changed changed;
     const auto change = [&](TAVIK::Compound* item) {
         apply(item);
@@ -94,7 +100,7 @@ template <class Change> TAVIK::Changed Vuxo::forSelectedRows(Change apply) const
             change(item);
         // All below a selected item is in the data, where it takes less memory to be read.
         if (isSelected && inStep && !row->holdsSets()) {
-            forSelectedBelow(item, change);
+            forSelectedBelow(item, change, leave);
             at.skipBelow();
         } else {
             ++at;
@@ -112,7 +118,8 @@ void Vuxo::SelectedColor() {
             return;
         const Color color(chosen->rgba());
         withGuard<DataPoint>(slot, rootItem(), [this, &color](TAVIK::Compound*) {
-            return forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); });
+            return forSelectedRows([&color](TAVIK::Compound* item) { item->SetColor(color); },
+                                   [](TAVIK::Compound*) {});
         });
     });
 }
@@ -120,8 +127,16 @@ void Vuxo::SelectedColor() {
 void Vuxo::SelectedUnColor() {
     qDebug("%s", "ProteinPage::RestoreColor()");
     change<DataPoint>(rootItem(), [this](TAVIK::Compound* root) {
+        // Items are unselected while they are still in the cache, unless a set lists them a second
+        // time further down.
+        const TreeItem* const top = m_Tree->firstChild();
+        const bool isListedOnce = top && !top->holdsSets();
         const TAVIK::Changed restored =
-            forSelectedRows([](TAVIK::Compound* item) { item->RestoreColor(); });
+            forSelectedRows([](TAVIK::Compound* item) { item->RestoreColor(); },
+                            [isListedOnce](TAVIK::Compound* item) {
+                                if (isListedOnce)
+                                    item->SetSelected(false);
+                            });
         root->SetSelected(false);
         return restored;
     });
