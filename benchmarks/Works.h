@@ -15,8 +15,10 @@ void benchmarkTree(const std::string& path, int turns);
 /// window.
 void benchmarkCommands(const std::string& path, int turns);
 
-/// Drawing all atoms as spheres.
+/// Pictures in several representations.
 void benchmarkPictures(const std::string& path, int turns);
+/// The view's window after a click and after commands, and what it takes in memory.
+void benchmarkView(const std::string& path, int turns);
 
 /// Finding what is typed in the find box, timed from the key to the list of hits.
 void benchmarkFind(const std::string& path, int turns);

@@ -54,6 +54,7 @@ int main(int argc, char** argv) {
             benchmarks::benchmarkTree(path, turns);
             benchmarks::benchmarkCommands(path, turns);
             benchmarks::benchmarkPictures(path, turns);
+            benchmarks::benchmarkView(path, turns);
             benchmarks::benchmarkFind(path, turns);
         }
     } catch (const std::exception& error) {
