@@ -34,7 +34,7 @@ os.dup2(2, 1)
 
 
 def start_display():
-    """Starts Xvfb, which ends when this process closes the pipe that it holds."""
+    """Starts Xvfb on a display that is free, and returns its process."""
     reading, writing = os.pipe()
     server = subprocess.Popen(
         ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1400x1000x24", "-nolisten", "tcp"],
@@ -136,6 +136,7 @@ def main():
         serve(cmd, gl.glFinish)
     finally:
         server.terminate()
+        server.wait()
         answers.flush()
         os._exit(0)  # its window's thread does not end by itself
 
