@@ -5,6 +5,7 @@
 #include "DestroyObserver.h"
 #include "Holder.h"
 #include "Sets.h"
+#include "Slabs.h"
 #include "Subscribers.h"
 
 #include <algorithm>
@@ -32,9 +33,9 @@ bool isInSpace(const HostItem& item) {
 }
 
 void freeBond(BondItem* bond) {
-    // Prefetched: bonds made one after another lie so in memory, and go so with their atoms.
-    for (const std::size_t ahead : {1024, 1088})
-        __builtin_prefetch(reinterpret_cast<const char*>(bond) + ahead, 1);
+    // Bonds go with their atoms in the order in which they were made.
+    prefetchAfter(bond);
+    prefetchAfter(bond + 1);
     detach(bond);
     freeItem(bond);
 }

@@ -1,5 +1,7 @@
 #include "Holder.h"
 
+#include "Slabs.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <new>
@@ -23,7 +25,7 @@ void Holder::resize(std::uint32_t slotCount) {
 void Holder::appendChild(Compound* child) {
     if (end == capacity) {
         if (begin + holes > capacity / 2)
-            closeHoles();
+            closeHoles(0);
         if (end == capacity)
             resize(std::max<std::uint32_t>(4, capacity * 2));
     }
@@ -53,24 +55,28 @@ void Holder::removeChild(std::uint32_t slot) {
         begin = end = holes = 0;
 }
 
-void Holder::closeHoles() {
-    constexpr std::uint32_t ahead = 16; // prefetched: all children are written to
-    std::uint32_t to = 0;
+void Holder::closeHoles(std::uint32_t slot) {
+    std::uint32_t to = slot;
     for (std::uint32_t from = begin; from != end; ++from) {
-        if (end - from > ahead)
-            __builtin_prefetch(children[from + ahead], 1);
-        if (Compound* child = children[from]) {
-            HostItem::of(child).position = to;
-            children[to++] = child;
+        Compound* const child = children[from];
+        if (!child)
+            continue;
+        // Only those that move are touched: most of the time is waiting for memory.
+        if (from != to) {
+            HostItem& record = HostItem::of(child);
+            prefetchAfter(&record);
+            record.position = to;
+            children[to] = child;
         }
+        ++to;
     }
-    begin = 0;
+    begin = slot;
     end = to;
     holes = 0;
 }
 
 void Holder::shrink() {
-    closeHoles();
+    closeHoles(0);
     if (end < capacity)
         resize(end);
 }

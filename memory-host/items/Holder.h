@@ -22,12 +22,12 @@ struct Holder : HostItem {
     std::uint32_t childCount() const { return end - begin - holes; }
     Compound** childBegin() {
         if (holes)
-            closeHoles();
+            closeHoles(begin);
         return children + begin;
     }
     Compound** childEnd() {
         if (holes)
-            closeHoles();
+            closeHoles(begin);
         return children + end;
     }
     /// Whether its name is a component of the qualified names of what it holds.
@@ -53,7 +53,8 @@ struct Holder : HostItem {
     Compound* self;
 
 private:
-    void closeHoles();
+    /// Moves the children together, the first to `slot`, which is not beyond `begin`.
+    void closeHoles(std::uint32_t slot);
     void resize(std::uint32_t slotCount);
 };
 

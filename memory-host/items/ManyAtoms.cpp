@@ -2,6 +2,7 @@
 
 #include "AtomItem.h"
 #include "Selection.h"
+#include "Slabs.h"
 
 #include <cstddef>
 
@@ -36,8 +37,7 @@ public:
         }
     }
     void add(AtomItem& atom) {
-        // Items made one after another lie so in memory.
-        __builtin_prefetch(reinterpret_cast<const char*>(&atom) + 1024);
+        prefetchAfter(&atom);
         if (atom.record().has(HostItem::Selected) != m_selected)
             return;
         m_atoms[m_count] = &atom;

@@ -4,6 +4,7 @@
 #include "Holder.h"
 #include "SelectionChanges.h"
 #include "Sets.h"
+#include "Slabs.h"
 
 namespace memory_host {
 
@@ -19,8 +20,7 @@ void selectBelow(Holder& holder, bool on) {
     Compound** const last = holder.childEnd();
     for (Compound** child = holder.childBegin(); child != last; ++child) {
         HostItem& record = HostItem::of(*child);
-        // Items made one after another lie so in memory.
-        __builtin_prefetch(reinterpret_cast<const char*>(&record) + 1024, 1);
+        prefetchAfter(&record);
         if (record.isHolder() && record.asHolder().sum.leaves > 0)
             selectBelow(record.asHolder(), on);
         else if (record.has(HostItem::Selected) != on && !listsMembers(record))
