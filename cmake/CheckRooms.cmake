@@ -32,7 +32,7 @@ folder(view/window ${contract} view/render view/ribbon view/scene)
 folder(memory-host/items host)
 folder(memory-host/files host memory-host/items)
 folder(memory-host/services host memory-host/items memory-host/files)
-folder(workbench host memory-host/items memory-host/files memory-host/services)
+folder(workbench ${contract} memory-host/items memory-host/files memory-host/services)
 
 # The contract's tests run against any host: only tests/support/MemoryHostUnderTest.cpp knows which.
 folder(tests/host-contract ${contract} tests/support)

@@ -1,4 +1,4 @@
-// The cache by class, for plug-ins.
+// The cache by class, for plug-ins and programs.
 #pragma once
 
 #include "detail/ByClass.h"

@@ -1,6 +1,7 @@
 #include "FindIndex.h"
 
 #include "AtomDetails.h"
+#include "ByClass.h"
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
@@ -155,7 +156,7 @@ private:
     }
 
     FindIndex& m_index;
-    TAVIK::detail::ByClass<Role> m_roles;
+    ByClass<Role> m_roles;
     std::string m_path;
     std::vector<Level> m_levels;
     std::uint32_t m_chain = none;

@@ -2,8 +2,8 @@
 // that a large count never holds up the program.
 #pragma once
 
+#include "ByClass.h"
 #include "Compound.h"
-#include "detail/ByClass.h"
 
 #include <QString>
 
@@ -68,8 +68,8 @@ private:
     void countGathered();
     void countHiddenAlternates();
 
-    TAVIK::detail::ByClass<Role> m_roles;
-    TAVIK::detail::ByClass<OtherKind> m_kinds;
+    ByClass<Role> m_roles;
+    ByClass<OtherKind> m_kinds;
     std::vector<Piece> m_pieces;
     std::size_t m_next = 0;
     std::size_t m_done = 0;                   ///< items
