@@ -13,20 +13,26 @@ class TreeView;
 /// anything, and the focus may move in the middle of a command.
 class FocusWatch : public TAVIK::FocusObserver {
 public:
-    /// `show` makes the row of an item current.
-    FocusWatch(TreeView* tree, std::function<void(TAVIK::Compound* item)> show);
+    /// `show` makes the row of an item current; `entry` says what the tree shows, or null.
+    FocusWatch(TreeView* tree, std::function<void(TAVIK::Compound* item)> show,
+               std::function<TAVIK::Compound*()> entry);
+
+    /// The user has picked what the tree shows.
+    void entryPicked();
 
     void focusMoved(TAVIK::Compound* item, bool center) override;
 
 private:
-    enum class Then { Nothing, ShowFocus, MoveFocus };
+    enum class Then { Nothing, ShowFocus, MoveFocus, MoveToEntry };
 
     void currentRowChanged(bool isPointedTo);
     void wait(Then then);
     void act();
+    void moveToEntry();
 
     TreeView* m_tree;
     std::function<void(TAVIK::Compound* item)> m_show;
+    std::function<TAVIK::Compound*()> m_entry;
     Then m_then = Then::Nothing;
     bool m_center = false;
     bool m_isShowing = false; ///< the row that becomes current is that of the focus

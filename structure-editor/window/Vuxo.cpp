@@ -70,7 +70,8 @@ Vuxo::Vuxo()
     connect(m_Tree, SIGNAL(selectionChanged()), SLOT(SelectionChanged()));
     connect(m_Tree, SIGNAL(killBranch(TreeItem*)), SLOT(KillBranch(TreeItem*)));
     m_focus = std::make_unique<FocusWatch>(
-        m_Tree, [this](TAVIK::Compound* item) { attempt([&] { showFocus(item); }, "showFocus"); });
+        m_Tree, [this](TAVIK::Compound* item) { attempt([&] { showFocus(item); }, "showFocus"); },
+        [this] { return rootItem(); });
 
     // The list keeps its width when the window grows; the tree gets the rest.
     splitter->setStretchFactor(0, 0);

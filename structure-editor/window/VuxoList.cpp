@@ -76,12 +76,14 @@ void Vuxo::ListEvent(int button, QListWidgetItem* item, const QPoint&) {
         const int index = m_List->row(item);
         checkThat(-1 != index, "-1 != index", source, 436);
         const std::string name = entryName(item);
-        if (button == Qt::LeftButton)
+        if (button == Qt::LeftButton) {
             pick(index);
-        else if (button == Qt::RightButton)
+            m_focus->entryPicked();
+        } else if (button == Qt::RightButton) {
             toggleVisible(index, name);
-        else if (button == Qt::MiddleButton)
+        } else if (button == Qt::MiddleButton) {
             killTopLevel(index, name);
+        }
     });
     if (!window)
         return;

@@ -92,6 +92,23 @@ private slots:
         QCOMPARE(currentRow(*m_window), "2abc");
     }
 
+    void anEntryThatIsPickedInTheListIsTheFocus() {
+        addStructure("1abc");
+        Compound* const second = addStructure("2abc");
+        openWindow();
+        OtherWindow other;
+        clickEntry(*m_window, 1);
+        settle();
+        QCOMPARE(Focus::item(), second);
+        QCOMPARE(other.moves, QStringList("2abc"));
+        // Within it, the focus stays where it is.
+        Focus::set(itemAt(second, sulphur.mid(1)), nullptr);
+        settle();
+        clickEntry(*m_window, 1);
+        settle();
+        QCOMPARE(Focus::item(), itemAt(second, sulphur.mid(1)));
+    }
+
     void theSelectionStaysAndNobodyIsToldOfAChange() {
         Compound* const entry = addStructure("1abc");
         itemAt(entry, {"A", "Groups", "HOH 2"})->SetSelected(true);

@@ -118,6 +118,23 @@ private slots:
         }
         QCOMPARE(closingText(), "&Close a && b");
     }
+
+    void theEntryThatTheStructureEditorShowsIsNamedAndClosed() {
+        open();
+        m_window->openFiles({sample(), structure("1ubq.pdb"), structure("1ejg.pdb")});
+        auto* const list = windowIn(m_editor)->findChild<QListWidget*>();
+        const auto press = [list](int row) {
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                              list->visualItemRect(list->item(row)).center());
+        };
+        press(1);
+        QTRY_COMPARE(closingText(), "&Close 1ubq");
+        press(2);
+        QTRY_COMPARE(closingText(), "&Close 1ejg");
+        pressClose();
+        QCOMPARE(entries(), QStringList({"sample", "1ubq"}));
+        takeMessages();
+    }
 };
 
 REGISTER_TEST(MainWindowMenusTest)
