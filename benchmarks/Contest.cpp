@@ -39,6 +39,7 @@ std::optional<double> told;    // seconds, by setTime()
 std::vector<Line> lines;
 std::vector<MemoryLine> memoryLines;
 std::string wanted; // part of a work's name
+std::vector<std::string> unwanted;
 
 // A field of the kernel's status of this process, in bytes. Writing to clear_refs resets the peak
 // of its memory.
@@ -148,8 +149,15 @@ void runOnly(const std::string& text) {
     wanted = text;
 }
 
+void leaveOut(const std::string& text) {
+    unwanted.push_back(text);
+}
+
 bool isWanted(const std::string& work) {
-    return work.find(wanted) != std::string::npos;
+    const auto isIn = [&work](const std::string& text) {
+        return work.find(text) != std::string::npos;
+    };
+    return isIn(wanted) && std::none_of(unwanted.begin(), unwanted.end(), isIn);
 }
 
 void run(const Contest& contest, int turns) {

@@ -51,6 +51,8 @@ void setTime(double seconds);
 
 /// From now on only works whose name contains `text` are run.
 void runOnly(const std::string& text);
+/// From now on works whose name contains `text` are left out; for each of several calls.
+void leaveOut(const std::string& text);
 bool isWanted(const std::string& work);
 /// Runs a contest in `turns` turns each and keeps its line.
 void run(const Contest& contest, int turns);

@@ -1,7 +1,8 @@
-// benchmarks [--only=TEXT] [--plots=FILE] STRUCTURES COPIES...: times our works beside their
-// competitors on so many copies of the ribosome each, and writes the table to standard output. With
-// --only, just the works whose name holds TEXT; with --plots, also a picture of all times. 0 copies
-// are the ribosome's first atoms: a quick check that all works can be done.
+// benchmarks [--only=TEXT] [--without=TEXT...] [--plots=FILE] STRUCTURES COPIES...: times our works
+// beside their competitors on so many copies of the ribosome each, and writes the table to standard
+// output. With --only, just the works whose name holds TEXT, with --without just the others; with
+// --plots, also a picture of all times. 0 copies are the ribosome's first atoms: a quick check that
+// all works can be done.
 #include "Contest.h"
 #include "RealStructures.h"
 #include "Works.h"
@@ -28,14 +29,18 @@ int main(int argc, char** argv) {
         const std::string option = argv[1];
         if (option.rfind("--only=", 0) == 0)
             benchmarks::runOnly(option.substr(option.find('=') + 1));
+        else if (option.rfind("--without=", 0) == 0)
+            benchmarks::leaveOut(option.substr(option.find('=') + 1));
         else if (option.rfind("--plots=", 0) == 0)
             plots = option.substr(option.find('=') + 1);
         else
             argc = 1;
     }
     if (argc < 3) {
-        std::fprintf(stderr, "usage: %s [--only=TEXT] [--plots=FILE] STRUCTURES COPIES...\n",
-                     program);
+        std::fprintf(
+            stderr,
+            "usage: %s [--only=TEXT] [--without=TEXT...] [--plots=FILE] STRUCTURES COPIES...\n",
+            program);
         return 2;
     }
     memory_host::setLogFile(QString());
