@@ -5,6 +5,7 @@
 #include "Kinds.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "Waters.h"
 
 #include <algorithm>
 #include <charconv>
@@ -19,11 +20,6 @@ using TAVIK::Compound;
 
 bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
     return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-/// The usual names of water in coordinate files and in those of simulations.
-bool isWater(std::string_view name) {
-    return isOneOf(name, {"HOH", "WAT", "H2O", "DOD", "D2O", "TIP", "TIP3", "TP3", "SOL", "SPC"});
 }
 
 class IndexWalk : public TAVIK::AtomNameVisitor {
@@ -135,7 +131,7 @@ private:
             if (isOneOf(group, {"Phosphate", "Sugar", "Base"}))
                 return FindIndex::Kind::Nucleic;
         }
-        return isWater(name) ? FindIndex::Kind::Water : FindIndex::Kind::Ligand;
+        return TAVIK::isWater(name) ? FindIndex::Kind::Water : FindIndex::Kind::Ligand;
     }
     // A single atom is an ion, in whatever number of alternative locations.
     void endResidue() {

@@ -2,6 +2,7 @@
 
 #include "FileReport.h"
 #include "ResidueKinds.h"
+#include "Waters.h"
 
 #include <array>
 #include <optional>
@@ -196,7 +197,7 @@ std::string_view insertionCode(std::string_view line) {
 
 // If known residues have chains of two letters, other residues of the file may have them, too.
 bool ResidueColumns::isChainOfTwo(std::string_view residue, std::string_view chain) {
-    if (residueKind(residue) == ResidueKind::Other && !isWater(residue))
+    if (residueKind(residue) == ResidueKind::Other && !TAVIK::isWater(residue))
         return m_chains.contains(chain);
     m_chains.insert(chain);
     return true;

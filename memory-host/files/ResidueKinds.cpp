@@ -71,10 +71,6 @@ ResidueKind residueKind(std::string_view name) {
     return lookUp(name).kind;
 }
 
-bool isWater(std::string_view name) {
-    return gemmi::find_tabulated_residue(std::string(name)).is_water();
-}
-
 std::span<const char* const> groupNames(ResidueKind kind) {
     switch (kind) {
     case ResidueKind::AminoAcid:

@@ -11,8 +11,6 @@ enum class ResidueKind : std::uint8_t { Other, AminoAcid, Nucleotide };
 
 /// The kind that a residue name is known for.
 ResidueKind residueKind(std::string_view name);
-/// Whether a residue of this name is a water.
-bool isWater(std::string_view name);
 /// The names of a kind's groups, in their order; none for other residues.
 std::span<const char* const> groupNames(ResidueKind kind);
 

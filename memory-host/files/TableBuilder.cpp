@@ -3,6 +3,7 @@
 #include "FileLimits.h"
 
 #include "ResidueKinds.h"
+#include "Waters.h"
 
 #include <algorithm>
 #include <iterator>
@@ -185,7 +186,7 @@ std::uint32_t TableBuilder::newResidue(const ResidueKey& key) {
     entry.firstAtom = static_cast<std::uint32_t>(model.table.atoms.size());
     entry.name = entry.allNames = key.name;
     model.table.residues.push_back(entry);
-    model.isWatched.push_back(key.number == 0 && isWater(m_structure.names->text(key.name)));
+    model.isWatched.push_back(key.number == 0 && TAVIK::isWater(m_structure.names->text(key.name)));
     model.hasAlternatives.push_back(false);
     model.residues[key] = residue;
     return residue;

@@ -1,5 +1,7 @@
 #include "ResidueKind.h"
 
+#include "Waters.h"
+
 #include <algorithm>
 #include <array>
 
@@ -31,7 +33,6 @@ bool isOneOf(const std::array<std::uint32_t, size>& names, std::string_view name
     return std::find(names.begin(), names.end(), packed(name)) != names.end();
 }
 
-constexpr auto waters = packed({"HOH", "DOD", "WAT", "H2O", "TIP", "SOL", "TIP3", "TIP4", "OH2"});
 constexpr auto aminoAcids =
     packed({"ALA", "ARG", "ASN", "ASP", "CYS", "GLN", "GLU", "GLY", "HIS", "ILE",
             "LEU", "LYS", "MET", "PHE", "PRO", "SER", "THR", "TRP", "TYR", "VAL"});
@@ -87,7 +88,7 @@ void ResidueAtoms::add(Role role, std::uint8_t number) {
 ResidueKind residueKind(std::string_view name, const ResidueAtoms& atoms) {
     if (name == "DUM")
         return ResidueKind::Marker;
-    if (isOneOf(waters, name) && atoms.heavy == atoms.oxygens)
+    if (TAVIK::isWater(name) && atoms.heavy == atoms.oxygens)
         return ResidueKind::Water;
     if (atoms.has(Role::CA) && (atoms.heavy == 1 || (atoms.has(Role::N) && atoms.has(Role::C))))
         return ResidueKind::AminoAcid;
