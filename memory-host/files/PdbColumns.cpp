@@ -207,8 +207,8 @@ ResidueColumns::Fields ResidueColumns::read(std::string_view five) {
     const bool isJoined = !isBlank(column(five, 3)) && !isBlank(column(five, 4));
     if (isJoined && five != m_lastColumns) {
         m_lastColumns = five;
-        m_wasChainOfTwo =
-            !isBlank(column(five, 5)) && isChainOfTwo(field(five, 1, 3), five.substr(3));
+        m_wasChainOfTwo = !isBlank(column(five, 5)) && !TAVIK::isWater(field(five, 1, 4)) &&
+                          isChainOfTwo(field(five, 1, 3), five.substr(3));
     }
     const std::size_t nameEnd = isJoined && !m_wasChainOfTwo ? 4 : 3;
     return {field(five, 1, nameEnd), field(five, nameEnd + 1, 5)};
