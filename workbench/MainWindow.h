@@ -70,7 +70,7 @@ public slots:
     void closeEntry();
     /// Copies the inspector's text where that has the keyboard, else the names of what is selected.
     void copy();
-    /// Asks for a name and a size, and lets the view draw a picture to it.
+    /// Lets the view ask for a size and a file, and draw a picture.
     void savePicture();
     void toggleFullScreen();
 
@@ -92,7 +92,6 @@ private:
     void fillViewMenu();
     void askForFiles();
     void nameEntryToClose();
-    void drawPicture(const QString& file, const QString& size);
     void showUsually();
     void showAbout();
     void updateTitle();

@@ -1,29 +1,23 @@
 // The menus of the main window.
 #include "MainWindow.h"
 
-#include "ErrorBar.h"
 #include "FindBox.h"
 #include "HelpPages.h"
 #include "Inspector.h"
 #include "MenuLetters.h"
 #include "PluginDocks.h"
-#include "StatusLine.h"
 
 #include "HelpViewer.h"
-#include "Logger.h"
 #include "PluginManager.h"
 #include "files/Formats.h"
-#include "services/PluginFolder.h"
 
 #include <QApplication>
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QInputDialog>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QRegularExpression>
 #include <QToolBar>
 
 namespace workbench {
@@ -32,6 +26,11 @@ namespace {
 
 constexpr const char* viewType = "Display";
 constexpr const char* viewName = "View3D";
+
+void commandPlugin(const std::string& type, const std::string& name, const std::string& command) {
+    const void* const none = nullptr;
+    PluginManager::Command(type, name, "workbench", command, "", none);
+}
 
 /// Shows a menu's "&" as it is.
 QString plainLabel(QString text) {
@@ -102,10 +101,8 @@ void MainWindow::makePluginMenu() {
     for (const QString& plugin : m_plugins) {
         const std::string type = plugin.section(u'/', 0, 0).toLatin1().toStdString();
         const std::string name = plugin.section(u'/', 1).toLatin1().toStdString();
-        menu->addAction(plainLabel(plugin), this, [type, name] {
-            const void* const none = nullptr;
-            PluginManager::Command(type, name, "workbench", "Show", "", none);
-        });
+        menu->addAction(plainLabel(plugin), this,
+                        [type, name] { commandPlugin(type, name, "Show"); });
     }
 }
 
@@ -159,38 +156,7 @@ void MainWindow::askForFiles() {
 }
 
 void MainWindow::savePicture() {
-    auto* const dialog =
-        new QFileDialog(this, tr("Save a picture of the view"), QString(), tr("Pictures (*.png)"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setDefaultSuffix(QStringLiteral("png"));
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        auto* const size = new QInputDialog(this);
-        size->setAttribute(Qt::WA_DeleteOnClose);
-        size->setWindowTitle(tr("Save a picture of the view"));
-        size->setLabelText(tr("Width and height, in pixels"));
-        size->setTextValue(QStringLiteral("1600x1200"));
-        connect(size, &QInputDialog::textValueSelected, this,
-                [this, file](const QString& text) { drawPicture(file, text); });
-        size->open();
-    });
-    dialog->open();
-}
-
-void MainWindow::drawPicture(const QString& file, const QString& size) {
-    static const QRegularExpression pattern(
-        QRegularExpression::anchoredPattern(QStringLiteral("\\s*(\\d+)\\s*[x×]\\s*(\\d+)\\s*")));
-    const QRegularExpressionMatch match = pattern.match(size);
-    if (!match.hasMatch()) {
-        showError(tr("“%1” is no size: two numbers are asked for, as in 1600x1200")
-                      .arg(size)
-                      .toStdString());
-        return;
-    }
-    const QString argument = file + u' ' + match.captured(1) + u'x' + match.captured(2);
-    if (memory_host::commandPlugin(viewType, viewName, "workbench", "Picture",
-                                   QFile::encodeName(argument).toStdString()))
-        m_status->say(tr("Picture written to %1").arg(file));
+    commandPlugin(viewType, viewName, "AskForPicture");
 }
 
 void MainWindow::showAbout() {

@@ -2,9 +2,11 @@
 
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QSpinBox>
 
@@ -56,8 +58,33 @@ void PictureDialog::browse() {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(QStringLiteral("png"));
-    connect(dialog, &QFileDialog::fileSelected, m_path, &QLineEdit::setText);
+    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& path) {
+        m_replaced = path;
+        m_path->setText(path);
+    });
     dialog->open();
+}
+
+void PictureDialog::accept() {
+    const QString path = m_path->text();
+    if (path == m_replaced || !QFileInfo(path).isFile()) {
+        QDialog::accept();
+        return;
+    }
+    auto* const question = new QMessageBox(QMessageBox::Question, windowTitle(),
+                                           tr("%1 exists. Replace it?").arg(path),
+                                           QMessageBox::Yes | QMessageBox::No, this);
+    question->setTextFormat(Qt::PlainText);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    question->setDefaultButton(QMessageBox::No);
+    connect(question, &QMessageBox::buttonClicked, this,
+            [this, question, path](QAbstractButton* button) {
+                if (question->buttonRole(button) != QMessageBox::YesRole)
+                    return;
+                m_replaced = path;
+                accept();
+            });
+    question->open();
 }
 
 PictureRequest PictureDialog::request() const {

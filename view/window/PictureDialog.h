@@ -18,6 +18,9 @@ public:
 
     PictureRequest request() const;
 
+    /// Asks before another file is replaced.
+    void accept() override;
+
 private:
     void browse();
     void check();
@@ -25,6 +28,7 @@ private:
     QSpinBox* m_width;
     QSpinBox* m_height;
     QLineEdit* m_path;
+    QString m_replaced; ///< the file that may be replaced: the user was asked
     QWidget* m_ok = nullptr;
 };
 

@@ -60,7 +60,8 @@ std::string writePicture(const Order& order, const QString& path, const std::sto
         Drawing drawing;
         const std::optional<Drawn> drawn = drawing.draw(order, stop);
         if (!drawn)
-            return cannot(path, QStringLiteral("nothing was drawn"));
+            return cannot(path, stop.stop_requested() ? QStringLiteral("it was cancelled")
+                                                      : QStringLiteral("nothing was drawn"));
         QImageWriter writer(&file, "PNG");
         if (!writer.write(drawn->image))
             return cannot(path, writer.errorString());
@@ -69,6 +70,8 @@ std::string writePicture(const Order& order, const QString& path, const std::sto
     } catch (const std::exception& failure) {
         return cannot(path, QString::fromLocal8Bit(failure.what()));
     }
+    if (stop.stop_requested())
+        return cannot(path, QStringLiteral("it was cancelled"));
     return file.commit() ? std::string() : cannot(path, file.errorString());
 }
 

@@ -16,12 +16,20 @@ void pictureWritable(void* input, PluginResult* result) {
     picture(input, result);
 }
 
+/// "AskForPicture": asks the user for size and file, and writes a picture.
+void pictureDialog(const void*, PluginResult*);
+void pictureDialogWritable(void* input, PluginResult* result) {
+    pictureDialog(input, result);
+}
+
 class ViewPlugin : public view::View3D {
 public:
     ViewPlugin() {
         theView = this;
         GUIPlugin<ViewPlugin>::addAction("Picture", &pictureWritable);
         GUIPlugin<ViewPlugin>::addAction("Picture", &picture);
+        GUIPlugin<ViewPlugin>::addAction("AskForPicture", &pictureDialogWritable);
+        GUIPlugin<ViewPlugin>::addAction("AskForPicture", &pictureDialog);
     }
     ~ViewPlugin() override { theView = nullptr; }
 };
@@ -40,6 +48,10 @@ void picture(const void*, PluginResult* result) {
         return;
     result->SetResultCode(PluginResult::Failure);
     result->SetResultText(problem);
+}
+
+void pictureDialog(const void*, PluginResult*) {
+    theView->askForPicture();
 }
 
 } // namespace

@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <thread>
 
 class QActionGroup;
 class QMenu;
@@ -77,8 +76,8 @@ protected:
 private:
     /// What savePicture() draws.
     Order pictureOrder(const QSize& size);
-    /// Saves a picture on a thread of its own.
-    void startPicture(const PictureRequest& request);
+    /// Saves a picture, on another thread, while the user can see that and cancel it.
+    void drawPicture(const PictureRequest& request);
 
     enum class Due { Nothing, Marks, Everything };
 
@@ -106,8 +105,7 @@ private:
     bool m_isFitDue = false; ///< items were added since
     Due m_due = Due::Everything;
     bool m_isScheduled = false;
-    std::jthread m_saving; ///< writes the picture that the user asked for last
-    DataReader m_reader;   ///< last, and so the first to be destroyed
+    DataReader m_reader; ///< last, and so the first to be destroyed
 };
 
 } // namespace view

@@ -4,17 +4,20 @@
 #include "Canvas.h"
 #include "ElidedLabel.h"
 #include "HelpViewer.h"
+#include "Logger.h"
 #include "PictureDialog.h"
+#include "Progress.h"
 
 #include <QAction>
 #include <QActionGroup>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPointer>
 
 #include <array>
 #include <stop_token>
-#include <utility>
+#include <string>
 
 namespace view {
 
@@ -139,27 +142,36 @@ void View3D::askForPicture() {
     const QSize size = m_canvas->size() * m_canvas->devicePixelRatioF();
     auto* const dialog = new PictureDialog(this, size);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QDialog::accepted, this, [this, dialog] { startPicture(dialog->request()); });
+    // Later, when the dialog is closed: what it takes may have a window of its own.
+    connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        QMetaObject::invokeMethod(
+            this, [this, request = dialog->request()] { drawPicture(request); },
+            Qt::QueuedConnection);
+    });
     dialog->open();
 }
 
-// A large picture takes a while.
-void View3D::startPicture(const PictureRequest& request) {
-    m_saving = std::jthread([this, before = std::move(m_saving), order = pictureOrder(request.size),
-                             path = request.path](const std::stop_token& stop) mutable {
-        // One that is still being written is finished first.
-        if (before.joinable()) {
-            const std::stop_callback both(stop, [&before] { before.request_stop(); });
-            before.join();
-        }
-        const QString problem = QString::fromStdString(writePicture(order, path, stop));
-        QMetaObject::invokeMethod(
-            this,
-            [this, path, problem] {
-                say(problem.isEmpty() ? tr("%1 is written").arg(path) : problem);
-            },
-            Qt::QueuedConnection);
+void View3D::drawPicture(const PictureRequest& request) {
+    const Order order = pictureOrder(request.size);
+    std::string problem;
+    const QPointer<View3D> window(this);
+    // A large picture takes a while.
+    const bool isDone = Progress::Run(tr("Save picture"), [&](ProgressReporter& reporter,
+                                                              const std::stop_token& stop) {
+        reporter.report(
+            tr("drawing %1 x %2 pixels").arg(request.size.width()).arg(request.size.height()), -1);
+        problem = writePicture(order, request.path, stop);
     });
+    if (!window)
+        return;
+    if (!isDone) {
+        say(tr("%1 is not written").arg(request.path));
+    } else if (problem.empty()) {
+        say(tr("%1 is written").arg(request.path));
+    } else {
+        m_line->setText(QString::fromStdString(problem));
+        Logger::Write(problem);
+    }
 }
 
 } // namespace view
