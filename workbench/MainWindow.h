@@ -86,6 +86,7 @@ private:
     void makeFileMenu();
     void makeEditMenu();
     void makePluginMenu();
+    void namePlugins(const QList<QAction*>& actions);
     void makeHelpMenu();
     void makeViewMenu();
     void fillRecentFiles();

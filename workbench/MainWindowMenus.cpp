@@ -101,8 +101,28 @@ void MainWindow::makePluginMenu() {
     for (const QString& plugin : m_plugins) {
         const std::string type = plugin.section(u'/', 0, 0).toLatin1().toStdString();
         const std::string name = plugin.section(u'/', 1).toLatin1().toStdString();
-        menu->addAction(plainLabel(plugin), this,
-                        [type, name] { commandPlugin(type, name, "Show"); });
+        QAction* const action =
+            menu->addAction(QString(), this, [type, name] { commandPlugin(type, name, "Show"); });
+        action->setObjectName(plugin);
+    }
+    const auto nameAll = [this, menu] { namePlugins(menu->actions()); };
+    connect(m_docks.get(), &PluginDocks::changed, menu, nameAll);
+    connect(menu, &QMenu::aboutToShow, this, nameAll);
+    nameAll();
+}
+
+void MainWindow::namePlugins(const QList<QAction*>& actions) {
+    QStringList titles;
+    for (const QAction* action : actions)
+        titles << m_docks->title(action->objectName());
+    for (qsizetype i = 0; i != actions.size(); ++i) {
+        const QString plugin = actions[i]->objectName();
+        const QString& title = titles[i];
+        actions[i]->setEnabled(!title.isEmpty());
+        actions[i]->setText(
+            plainLabel(title.isEmpty() ? tr("%1 (no window)").arg(plugin.section(u'/', 1))
+                       : titles.count(title) == 1 ? title
+                                                  : tr("%1 (%2)").arg(title, plugin)));
     }
 }
 

@@ -93,7 +93,12 @@ void PluginDocks::make(BaseWindow& window, const QString& plugin) {
     for (auto* const bar : window.findChildren<QStatusBar*>(QString(), Qt::FindDirectChildrenOnly))
         bar->setSizeGripEnabled(false);
     m_places.push_back({&window, dock, plugin});
-    connect(&window, &QWidget::windowTitleChanged, dock, &QWidget::setWindowTitle);
+    m_titles[plugin] = window.windowTitle();
+    connect(&window, &QWidget::windowTitleChanged, dock,
+            [this, dock, plugin](const QString& title) {
+                dock->setWindowTitle(title);
+                m_titles[plugin] = title;
+            });
     connect(&window, &QObject::destroyed, this, [this, dock] { forget(dock); });
     // What was closed by itself has to be shown again with its dock.
     connect(dock, &QDockWidget::visibilityChanged, this, [this, dock](bool visible) {

@@ -3,6 +3,7 @@
 
 #include "services/WindowPlaces.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -31,6 +32,8 @@ public:
 
     /// The docks in the order in which they came.
     QList<QDockWidget*> docks() const;
+    /// The title of a plug-in's window, also of one that is gone; empty where it never had one.
+    QString title(const QString& plugin) const { return m_titles.value(plugin); }
     /// While true, a new dock is shown or not as it was when the window was remembered.
     void setStarting(bool on) { m_isStarting = on; }
     /// Puts every dock where it is without anything remembered, and shows it.
@@ -56,6 +59,7 @@ private:
 
     QMainWindow& m_window;
     std::vector<Place> m_places;
+    QHash<QString, QString> m_titles; ///< by plug-in
     bool m_isStarting = false;
     bool m_isPlacing = false;
 };

@@ -1,9 +1,7 @@
 # The programs and folders that the end-to-end tests start and look into.
-add_library(test-plugin-FaultyWindow MODULE end-to-end/plugins/FaultyWindow.cpp)
-target_link_libraries(test-plugin-FaultyWindow PRIVATE plugin-frame)
-set_target_properties(test-plugin-FaultyWindow PROPERTIES
-  OUTPUT_NAME FaultyWindow LIBRARY_OUTPUT_DIRECTORY ${TEST_PLUGINS})
-add_dependencies(test-end-to-end workbench Vuxo View3D test-plugin-FaultyWindow
+add_test_plugin_of(end-to-end FaultyWindow FaultyWindow.cpp)
+add_test_plugin_of(end-to-end Waiting Waiting.cpp)
+add_dependencies(test-end-to-end workbench Vuxo View3D
   test-plugin-LacksIsDone test-plugin-ThrowsStatic test-plugin-ThrowsIsDone test-plugin-ThrowsCleanup
   test-plugin-ThrowsExecute0 test-plugin-Good)
 # The one part of the program that no run of it shows.

@@ -85,7 +85,7 @@ private slots:
             entry("View", dock(name)->windowTitle())->trigger();
             QVERIFY(windowIn(name)->isVisible());
             dock(name)->close();
-            entry("Plug-ins", name.section(' ', 1))->trigger();
+            entry("Plug-ins", dock(name)->windowTitle())->trigger();
             QVERIFY(windowIn(name)->isVisible());
         }
         takeMessages();

@@ -33,7 +33,7 @@ QString helpSetting() {
 } // namespace
 
 View3D::View3D()
-    : BaseWindow(tr("View"), startSize, helpSetting(), false, nullptr, "View3D"),
+    : BaseWindow(tr("3-D View"), startSize, helpSetting(), false, nullptr, "View3D"),
       m_canvas(new Canvas(this)), m_line(new ElidedLabel(m_canvas)),
       m_reader([this] { schedule(Due::Everything); }) {
     setCentralWidget(m_canvas);

@@ -1,15 +1,6 @@
 # Small plug-ins that the plug-in manager's tests load, one for each thing that can be wrong.
-set(TEST_PLUGINS ${CMAKE_CURRENT_BINARY_DIR}/plugins)
-
 function(add_test_plugin name source)
-  set(target test-plugin-${name})
-  add_library(${target} MODULE memory-host/plugins/${source})
-  # As for every plug-in, the host's symbols are resolved when the host loads it.
-  target_link_libraries(${target} PRIVATE plugin-frame)
-  target_compile_definitions(${target} PRIVATE ${ARGN})
-  set_target_properties(${target} PROPERTIES
-    OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY ${TEST_PLUGINS})
-  add_dependencies(test-memory-host ${target})
+  add_test_plugin_of(memory-host ${name} ${source} ${ARGN})
 endfunction()
 
 add_test_plugin(Good TestPlugin.cpp)
