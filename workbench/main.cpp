@@ -71,9 +71,34 @@ private:
     std::vector<std::string> m_lines;
 };
 
+/// Gathers the files that other starts bring before the window is there to open them. Those that
+/// nobody takes are reported: who brought them has ended.
+class EarlyFiles {
+public:
+    explicit EarlyFiles(const workbench::OneInstance& instance) {
+        m_connection = QObject::connect(&instance, &workbench::OneInstance::filesCame,
+                                        [this](const QStringList& files) { m_files << files; });
+    }
+    ~EarlyFiles() {
+        end();
+        for (const QString& file : std::as_const(m_files))
+            report(file.toStdString() + " is not opened: the program ends");
+    }
+    EarlyFiles(const EarlyFiles&) = delete;
+    EarlyFiles& operator=(const EarlyFiles&) = delete;
+
+    QStringList take() { return std::exchange(m_files, {}); }
+    /// Gathers no more.
+    void end() { QObject::disconnect(m_connection); }
+
+private:
+    QMetaObject::Connection m_connection;
+    QStringList m_files;
+};
+
 /// Opens the files of the command line, and those that other starts bring meanwhile. Returns those
 /// that could be opened.
-QStringList openFiles(const std::vector<std::string>& files, QStringList& came,
+QStringList openFiles(const std::vector<std::string>& files, EarlyFiles& early,
                       workbench::Opening& opening) {
     QStringList opened;
     std::vector<std::string> next = files;
@@ -81,7 +106,7 @@ QStringList openFiles(const std::vector<std::string>& files, QStringList& came,
         opening.open(next,
                      [&](std::size_t file) { opened << QFile::decodeName(next[file].c_str()); });
         next.clear();
-        for (const QString& file : std::exchange(came, {}))
+        for (const QString& file : early.take())
             next.push_back(QFile::encodeName(file).toStdString());
     }
     return opened;
@@ -99,9 +124,10 @@ int runInWindows(workbench::Application& application, const QStringList& plugins
     return application.runUntilDone();
 }
 
-/// The same in one window. `early` are the lines from before it was there.
+/// The same in one window, which takes over what came early.
 int runInOneWindow(workbench::Application& application, const QStringList& plugins,
-                   workbench::OneInstance& instance, const QStringList& opened, EarlyLines& early) {
+                   workbench::OneInstance& instance, const QStringList& opened, EarlyLines& lines,
+                   EarlyFiles& files) {
     const workbench::StopSignals stopSignals;
     workbench::MainWindow window({plugins, memory_host::dataFolder(), workbench::memoryFile()});
     application.setMainWindow(&window);
@@ -111,13 +137,18 @@ int runInOneWindow(workbench::Application& application, const QStringList& plugi
         return NothingToShow;
     }
     window.rememberFiles(opened);
-    for (const std::string& line : early.take())
+    for (const std::string& line : lines.take())
         window.showError(line);
+    files.end();
     QObject::connect(&instance, &workbench::OneInstance::filesCame, &window,
-                     [&window](const QStringList& files) {
+                     [&window](const QStringList& more) {
                          window.present();
-                         window.openFiles(files);
+                         window.openFiles(more);
                      });
+    // Plug-ins may have run an event loop when they started.
+    if (const QStringList came = files.take(); !came.isEmpty())
+        QMetaObject::invokeMethod(
+            &window, [&window, came] { window.openFiles(came); }, Qt::QueuedConnection);
     // The first entry is shown, and not an empty tree.
     TAVIK::Space* const space = TAVIK::Space::instance();
     if (space->ChildBegin() != space->ChildEnd())
@@ -188,15 +219,12 @@ int run(const workbench::CommandLine& line, char* program) {
     if (isUsual && handOver(socket, line.files))
         return Done;
     workbench::OneInstance instance(socket);
-    QStringList came;
-    const auto taken = QObject::connect(&instance, &workbench::OneInstance::filesCame,
-                                        [&came](const QStringList& more) { came << more; });
+    EarlyFiles earlyFiles(instance);
     instance.listen();
 
-    EarlyLines early;
+    EarlyLines earlyLines;
     workbench::Opening opening(Logger::Write);
-    const QStringList opened = openFiles(files, came, opening);
-    QObject::disconnect(taken);
+    const QStringList opened = openFiles(files, earlyFiles, opening);
     if (opened.isEmpty())
         return NothingToShow;
 
@@ -214,7 +242,7 @@ int run(const workbench::CommandLine& line, char* program) {
         return NothingToShow;
     }
     if (!line.windows)
-        return runInOneWindow(*application, loaded, instance, opened, early);
+        return runInOneWindow(*application, loaded, instance, opened, earlyLines, earlyFiles);
     memory_host::setLogListener({}); // nobody will take the lines
     const int status = runInWindows(*application, loaded);
     memory_host::unloadPlugins();
