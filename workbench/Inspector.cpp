@@ -130,7 +130,7 @@ void Inspector::show(Inspection inspection) {
     }
     m_table->resizeRowsToContents();
     m_copy->setEnabled(!isEmpty);
-    m_save->setEnabled(TAVIK::Space::instance()->HasSelected());
+    m_save->setEnabled(m_selected.hasAtoms());
 }
 
 QString Inspector::textToCopy() const {
@@ -167,6 +167,10 @@ void Inspector::saveTable() {
 void Inspector::writeTable(const QString& file) {
     // Read only now: anything may have changed while the dialog was open.
     const AtomTable table = AtomTable::ofSelected(TAVIK::Space::instance());
+    if (table.size() == 0) {
+        emit failed(tr("%1 is not written: no atom is selected any more").arg(file));
+        return;
+    }
     QString problem;
     const QPointer<Inspector> inspector(this);
     const bool isWhole =

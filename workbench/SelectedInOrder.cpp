@@ -34,6 +34,7 @@ std::vector<Compound*> selectedAtoms(Compound* root, std::size_t most) {
 
 void SelectedInOrder::update() {
     m_atoms = selectedAtoms(TAVIK::Space::instance(), most + 1);
+    m_hasAtoms = !m_atoms.empty();
     if (m_atoms.size() > most)
         m_atoms.clear();
     const auto rank = [this](const Compound* atom) {

@@ -21,12 +21,15 @@ public:
     void update();
     /// The atoms of the last update, which must still exist; empty if there were more than four.
     const std::vector<TAVIK::Compound*>& atoms() const { return m_atoms; }
+    /// Whether there were any atoms, however many.
+    bool hasAtoms() const { return m_hasAtoms; }
     /// Before anything is destroyed.
     void forget();
 
 private:
     std::vector<TAVIK::Compound*> m_atoms;
     std::vector<unsigned int> m_ids; ///< in their order
+    bool m_hasAtoms = false;
 };
 
 } // namespace workbench

@@ -2,6 +2,8 @@
 #include "DataDelete.h"
 #include "DataPoint.h"
 #include "ErrorBar.h"
+#include "Focus.h"
+#include "Geometry.h"
 #include "Inspector.h"
 #include "MainWindowCase.h"
 #include "StatusLine.h"
@@ -15,6 +17,8 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QTimer>
+#include <QToolButton>
 
 class FileDialogTest : public test_support::MainWindowCase {
     Q_OBJECT
@@ -109,6 +113,79 @@ private slots:
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll().count('\n'), 5);
+    }
+
+    void aTableThatIsCancelledIsNotWritten() {
+        open();
+        const test_data::Chains chains(2, 20'000);
+        select(chains.entry);
+        const QString path = m_folder->filePath("atoms.csv");
+        QFile old(path);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        m_window->inspector().saveTable();
+        emit dialog()->fileSelected(path);
+        // As soon as there is something to cancel, be it seen yet or not.
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, this, [] {
+            for (QWidget* const window : QApplication::topLevelWidgets())
+                if (window->inherits("memory_host::ProgressWindow"))
+                    QTest::keyClick(window, Qt::Key_Escape);
+        });
+        watch.start(0);
+        cancel();
+        QTRY_COMPARE(m_window->status().said(), path + " is not written");
+        QVERIFY(old.open(QIODevice::ReadOnly));
+        QCOMPARE(old.readAll(), "old");
+        QCOMPARE(QDir(m_folder->path()).entryList({"atoms.csv*"}, QDir::Files).size(), 1);
+        QVERIFY(!m_window->errors().isVisible());
+    }
+
+    void aTableOfNothingIsNotWritten() {
+        open();
+        const test_data::Chains chains(1, 1);
+        const QString path = m_folder->filePath("atoms.csv");
+        select(chains.entry);
+        m_window->inspector().saveTable();
+        QVERIFY(dialog());
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::Space::instance()->SetSelected(false);
+        }
+        answer(path);
+        verifyError("no atom is selected");
+        QVERIFY(!QFile::exists(path));
+    }
+
+    void aTableIsOfferedWhereAtomsAreSelected() {
+        open();
+        const test_data::Chains chains(1, 1);
+        TAVIK::Compound* surface = nullptr;
+        {
+            const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::SurfaceMesh mesh;
+            mesh.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+            mesh.normals.assign(3, {0, 0, 1});
+            mesh.triangles = {{0, 1, 2}};
+            surface = TAVIK::DataMaker::makeSurface(TAVIK::Space::instance(), "surface", mesh);
+        }
+        QToolButton* table = nullptr;
+        for (auto* const button : m_window->inspector().findChildren<QToolButton*>())
+            if (button->text() == "CSV...")
+                table = button;
+        QVERIFY(table);
+        const auto isOffered = [&] {
+            return QTest::qWaitFor([this] { return m_window->inspector().isUpToDate(); }) &&
+                   table->isEnabled();
+        };
+        QVERIFY(!isOffered());
+        TAVIK::Focus::set(surface, nullptr);
+        QVERIFY(!isOffered());
+        select(surface);
+        QVERIFY(TAVIK::Space::instance()->HasSelected());
+        QVERIFY(!isOffered());
+        select(chains.atom(0, 0, 1));
+        QVERIFY(isOffered());
     }
 
     void aTableThatCannotBeWrittenIsSaid() {
