@@ -102,7 +102,7 @@ bool isWhole(const Mesh& mesh) {
             return *std::max_element(triangle.begin(), triangle.end()) < mesh.vertices.size();
         });
     return isFinite && isInRange && mesh.normals.size() == mesh.vertices.size() &&
-           (mesh.colours.size() == mesh.vertices.size() || mesh.colours.size() == 1) &&
+           (mesh.colours.size() == mesh.vertices.size() || mesh.colours.size() <= 1) &&
            mesh.ids.size() == mesh.triangles.size() && areNormalsOfLengthOne(mesh);
 }
 

@@ -3,7 +3,7 @@
 #include "TestSupport.h"
 
 using ribbon_tools::chain;
-using ribbon_tools::inOneColour;
+using ribbon_tools::meshOf;
 using ribbon_tools::plainStyle;
 using ribbon_tools::Residues;
 using view::Mesh;
@@ -15,8 +15,7 @@ private slots:
     void largeStructuresHaveFewerTriangles() {
         for (const std::size_t count : {2'000U, 2'001U, 20'000U, 20'001U}) {
             const QByteArray helix(static_cast<qsizetype>(count), 'H');
-            const Mesh mesh =
-                view::makeRibbon(inOneColour(chain(helix)), RibbonStyle::forResidues(count));
+            const Mesh mesh = meshOf(chain(helix), RibbonStyle::forResidues(count));
             const std::size_t most = count <= 2'000    ? 500'000
                                      : count <= 20'000 ? 1'000'000
                                                        : 350'000;
@@ -28,12 +27,11 @@ private slots:
     void aMeshTakesNoMoreMemoryThanItNeeds() {
         const Residues residues = chain("--EEEE--HHHHHH--");
         const auto isTight = [](const auto& array) { return array.capacity() == array.size(); };
-        const Mesh mesh = view::makeRibbon(residues, plainStyle());
-        QVERIFY(isTight(mesh.vertices) && isTight(mesh.normals) && isTight(mesh.colours) &&
-                isTight(mesh.triangles) && isTight(mesh.ids));
-        const Mesh plain = view::makeRibbon(inOneColour(residues), plainStyle());
-        QCOMPARE(plain.colours, std::vector<view::Colour>{0xFF123456U});
-        QVERIFY(isTight(plain.colours));
+        const view::Ribbon ribbon = view::makeRibbon(residues, plainStyle());
+        const Mesh& mesh = ribbon.mesh;
+        QVERIFY(isTight(mesh.vertices) && isTight(mesh.normals) && isTight(mesh.triangles) &&
+                isTight(mesh.ids) && isTight(ribbon.cuts));
+        QVERIFY(mesh.colours.empty());
     }
 };
 

@@ -17,7 +17,7 @@
 #include <vector>
 
 using ribbon_tools::chain;
-using ribbon_tools::inOneColour;
+using ribbon_tools::meshOf;
 using ribbon_tools::plainStyle;
 using ribbon_tools::Residues;
 using ribbon_tools::spacing;
@@ -50,7 +50,6 @@ Residues protein(const QString& path) {
         residue.direction = view::pointOf(vectorOf(backbone.o) - vectorOf(backbone.c));
         residue.structure = structures[i];
         residue.chain = backbone.chain;
-        residue.colour = static_cast<view::Colour>(i % 7);
         residue.id = static_cast<view::Id>(i + 1);
         residues.push_back(residue);
     }
@@ -66,19 +65,42 @@ double extent(const Mesh& mesh, double x, std::size_t axis) {
     return largest;
 }
 
+/// What is seen of a ribbon of which some is hidden, as one mesh.
+Mesh seenOf(const view::Ribbon& ribbon, const std::vector<std::uint8_t>& shown) {
+    Mesh seen = ribbon.mesh;
+    seen.triangles.clear();
+    seen.ids.clear();
+    for (std::size_t i = 0; i < ribbon.mesh.triangles.size(); ++i) {
+        const view::Id id = ribbon.mesh.ids[i];
+        if (shown[id - 1] == 0)
+            continue;
+        seen.triangles.push_back(ribbon.mesh.triangles[i]);
+        seen.ids.push_back(id);
+    }
+    Mesh caps;
+    view::addCaps(ribbon, shown, caps);
+    const auto first = static_cast<std::uint32_t>(seen.vertices.size());
+    seen.vertices.insert(seen.vertices.end(), caps.vertices.begin(), caps.vertices.end());
+    seen.normals.insert(seen.normals.end(), caps.normals.begin(), caps.normals.end());
+    seen.ids.insert(seen.ids.end(), caps.ids.begin(), caps.ids.end());
+    for (const auto& [a, b, c] : caps.triangles)
+        seen.triangles.push_back({first + a, first + b, first + c});
+    return seen;
+}
+
 } // namespace
 
 class RibbonTest : public test_support::TestCase {
     Q_OBJECT
 private slots:
     void noResiduesMakeNoMesh() {
-        const Mesh mesh = view::makeRibbon({}, plainStyle());
+        const Mesh mesh = meshOf({}, plainStyle());
         QVERIFY(mesh.vertices.empty() && mesh.triangles.empty());
     }
 
     void aStraightTubeIsAPrism() {
         const RibbonStyle style = plainStyle();
-        const Mesh mesh = view::makeRibbon(inOneColour(chain("-----")), style);
+        const Mesh mesh = meshOf(chain("-----"), style);
         // Sections at 4 * 4 + 1 points, and a cap at each end.
         QCOMPARE(mesh.vertices.size(), (17U + 2) * 6);
         QCOMPARE(mesh.triangles.size(), 16U * 6 * 2 + 2 * 4);
@@ -91,7 +113,7 @@ private slots:
 
     void aStrandIsAnArrow() {
         const RibbonStyle style = plainStyle();
-        const Mesh mesh = view::makeRibbon(chain("EEEEE"), style);
+        const Mesh mesh = meshOf(chain("EEEEE"), style);
         QCOMPARE(bodyCount(mesh), 2U);
         QVERIFY(isWhole(mesh));
         QVERIFY(isClosed(mesh));
@@ -109,7 +131,7 @@ private slots:
 
     void aHelixIsWideAndFlatAndNarrowsToTheTube() {
         const RibbonStyle style = plainStyle();
-        const Mesh mesh = view::makeRibbon(chain("--HGI--"), style);
+        const Mesh mesh = meshOf(chain("--HGI--"), style);
         QCOMPARE(bodyCount(mesh), 1U);
         QVERIFY(isClosed(mesh));
         QCOMPARE(inwardNormals(mesh), 0U);
@@ -126,7 +148,7 @@ private slots:
         Residues residues = chain("----");
         for (RibbonResidue& residue : residues)
             residue.kind = RibbonResidue::Kind::Nucleotide;
-        const Mesh mesh = view::makeRibbon(residues, style);
+        const Mesh mesh = meshOf(residues, style);
         QVERIFY(isClosed(mesh));
         // The direction to the bases is y, and so the width is along z.
         QVERIFY(std::abs(extent(mesh, spacing, 2) - style.nucleicHalfWidth) < 1e-5);
@@ -134,22 +156,22 @@ private slots:
     }
 
     void aHelixOrStrandOfOneResidueIsATube() {
-        const Mesh tube = view::makeRibbon(chain("-----"), plainStyle());
-        QCOMPARE(view::makeRibbon(chain("--E--"), plainStyle()).vertices, tube.vertices);
-        QCOMPARE(view::makeRibbon(chain("H--H-"), plainStyle()).vertices, tube.vertices);
-        QVERIFY(view::makeRibbon(chain("-EE--"), plainStyle()).vertices != tube.vertices);
+        const Mesh tube = meshOf(chain("-----"), plainStyle());
+        QCOMPARE(meshOf(chain("--E--"), plainStyle()).vertices, tube.vertices);
+        QCOMPARE(meshOf(chain("H--H-"), plainStyle()).vertices, tube.vertices);
+        QVERIFY(meshOf(chain("-EE--"), plainStyle()).vertices != tube.vertices);
     }
 
     void turnsBendsAndBridgesAreTubes() {
-        QCOMPARE(view::makeRibbon(chain("-TSBT-"), plainStyle()).vertices,
-                 view::makeRibbon(chain("------"), plainStyle()).vertices);
+        QCOMPARE(meshOf(chain("-TSBT-"), plainStyle()).vertices,
+                 meshOf(chain("------"), plainStyle()).vertices);
     }
 
     void aResidueOnItsOwnIsABall() {
         const RibbonStyle style = plainStyle();
         Residues residues = chain("-");
         residues[0].guide = {1, 2, 3};
-        const Mesh mesh = view::makeRibbon(residues, style);
+        const Mesh mesh = meshOf(residues, style);
         QVERIFY(!mesh.triangles.empty());
         QVERIFY(isWhole(mesh));
         QVERIFY(isClosed(mesh));
@@ -165,15 +187,15 @@ private slots:
         Residues residues = chain("HHHH");
         for (RibbonResidue& residue : residues)
             residue.guide = {1, 2, 3};
-        const Mesh mesh = view::makeRibbon(residues, plainStyle());
+        const Mesh mesh = meshOf(residues, plainStyle());
         QVERIFY(isWhole(mesh));
-        QVERIFY(isClosed(view::makeRibbon({residues.data(), 1}, plainStyle())));
+        QVERIFY(isClosed(meshOf({residues.data(), 1}, plainStyle())));
         QCOMPARE(mesh.triangles.size(),
-                 4 * view::makeRibbon({residues.data(), 1}, plainStyle()).triangles.size());
+                 4 * meshOf({residues.data(), 1}, plainStyle()).triangles.size());
     }
 
-    void eachPartHasTheColourAndTheIdOfTheNearestResidue() {
-        const Mesh mesh = view::makeRibbon(chain("--HHHH--EEEE--"), plainStyle());
+    void eachPartHasTheIdOfTheNearestResidue() {
+        const Mesh mesh = meshOf(chain("--HHHH--EEEE--"), plainStyle());
         std::set<view::Id> ids;
         for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
             const double x =
@@ -183,8 +205,6 @@ private slots:
             const bool isBetween = std::abs(std::abs(x - nearest) - 0.5) < 1e-3;
             if (!isBetween)
                 QCOMPARE(mesh.ids[i], 100 + static_cast<view::Id>(nearest));
-            for (const std::uint32_t vertex : mesh.triangles[i])
-                QCOMPARE(mesh.colours[vertex], 0xFF000000U + mesh.ids[i] - 100);
             ids.insert(mesh.ids[i]);
         }
         QCOMPARE(ids.size(), 14U);
@@ -210,7 +230,7 @@ private slots:
         }
         if (what > 2)
             residues[4].guide[1] = what == 3 ? notANumber : 1e20F;
-        const Mesh mesh = view::makeRibbon(residues, plainStyle());
+        const Mesh mesh = meshOf(residues, plainStyle());
         QVERIFY(isWhole(mesh));
         QVERIFY(isClosed(mesh));
         QCOMPARE(bodyCount(mesh), 2U);
@@ -226,50 +246,63 @@ private slots:
     void linkedResiduesMayBeAsFarApartAsAStretchedBond() {
         Residues residues = chain("--");
         residues[1].guide[0] = 5.4F;
-        QCOMPARE(bodyCount(view::makeRibbon(residues, plainStyle())), 1U);
+        QCOMPARE(bodyCount(meshOf(residues, plainStyle())), 1U);
         residues[1].guide[0] = 5.6F;
-        QCOMPARE(bodyCount(view::makeRibbon(residues, plainStyle())), 2U);
+        QCOMPARE(bodyCount(meshOf(residues, plainStyle())), 2U);
     }
 
     void hiddenResiduesLeaveAGapAndChangeNothingElse() {
-        Residues residues = protein(structure("1ubq.pdb"));
-        const Mesh all = view::makeRibbon(residues, plainStyle());
-        std::set<view::Id> hidden;
-        for (std::size_t i = 0; i < residues.size(); ++i) {
-            residues[i].isShown = i % 7 > 2;
-            if (!residues[i].isShown)
-                hidden.insert(residues[i].id);
-        }
-        const Mesh some = view::makeRibbon(residues, plainStyle());
+        const Residues residues = protein(structure("1ubq.pdb"));
+        const view::Ribbon ribbon = view::makeRibbon(residues, plainStyle());
+        std::vector<std::uint8_t> shown;
+        for (std::size_t i = 0; i < residues.size(); ++i)
+            shown.push_back(i % 7 > 2);
+        const Mesh some = seenOf(ribbon, shown);
         QVERIFY(isWhole(some));
         QVERIFY(isClosed(some));
-        const std::set<Point> places(all.vertices.begin(), all.vertices.end());
+        QVERIFY(volume(some) > 0 && volume(some) < volume(ribbon.mesh));
+        // Caps stand where the ribbon was cut, and face away from it.
+        const std::set<Point> places(ribbon.mesh.vertices.begin(), ribbon.mesh.vertices.end());
         for (const Point& vertex : some.vertices)
             QVERIFY(places.contains(vertex));
-        // All of what is shown is there: the triangles but for those of caps.
-        std::map<view::Id, int> before;
-        std::map<view::Id, int> after;
-        for (const view::Id id : all.ids)
-            ++before[id];
-        for (const view::Id id : some.ids)
-            ++after[id];
-        for (const RibbonResidue& residue : residues) {
-            if (hidden.contains(residue.id))
-                QCOMPARE(after[residue.id], 0);
-            else
-                QVERIFY(after[residue.id] >= before[residue.id]);
+        Mesh caps;
+        view::addCaps(ribbon, shown, caps);
+        QVERIFY(!caps.triangles.empty());
+        QCOMPARE(inwardNormals(caps), 0U);
+        for (const view::Id id : caps.ids)
+            QVERIFY(shown[id - 1] != 0);
+    }
+
+    void whatIsShownOrHiddenAltogetherHasNoCaps() {
+        const view::Ribbon ribbon = view::makeRibbon(protein(structure("1ubq.pdb")), plainStyle());
+        for (const std::uint8_t isShown : {0, 1}) {
+            Mesh caps;
+            view::addCaps(ribbon, std::vector<std::uint8_t>(76, isShown), caps);
+            QVERIFY(caps.vertices.empty() && caps.triangles.empty());
         }
-        for (RibbonResidue& residue : residues)
-            residue.isShown = false;
-        QVERIFY(view::makeRibbon(residues, plainStyle()).vertices.empty());
-        QVERIFY(view::makeRibbon(std::span(residues).first(1), plainStyle()).vertices.empty());
+    }
+
+    void eachResidueMayBeAloneInSight() {
+        const Residues residues = chain("--HHHH--EEEE--");
+        const view::Ribbon ribbon = view::makeRibbon(residues, plainStyle());
+        double sum = 0;
+        for (std::size_t i = 0; i < residues.size(); ++i) {
+            std::vector<std::uint8_t> shown(residues.back().id, 0);
+            shown[residues[i].id - 1] = 1;
+            const Mesh one = seenOf(ribbon, shown);
+            QVERIFY(isWhole(one) && isClosed(one));
+            QVERIFY(volume(one) > 0);
+            sum += volume(one);
+        }
+        // Together they are the whole.
+        QVERIFY(std::abs(sum - volume(ribbon.mesh)) < 1e-3 * sum);
     }
 
     void strandsDoNotZigzag() {
         Residues residues = chain("EEEEEEEE");
         for (std::size_t i = 0; i < residues.size(); ++i)
             residues[i].guide[2] = i % 2 == 0 ? 0.9F : -0.9F;
-        const Mesh mesh = view::makeRibbon(residues, plainStyle());
+        const Mesh mesh = meshOf(residues, plainStyle());
         // It is flat but for the ends, which have no neighbours.
         for (const Point& vertex : mesh.vertices)
             if (vertex[0] > 1.9 * spacing && vertex[0] < 5.1 * spacing)
@@ -279,10 +312,10 @@ private slots:
     void directionsThatAlternateChangeNothing() {
         for (const char* structures : {"EEEEEEEE", "--EEEE--", "--HHHH--", "--------"}) {
             Residues residues = chain(structures);
-            const Mesh mesh = view::makeRibbon(residues, plainStyle());
+            const Mesh mesh = meshOf(residues, plainStyle());
             for (std::size_t i = 1; i < residues.size(); i += 2)
                 residues[i].direction[1] = -1;
-            QCOMPARE(view::makeRibbon(residues, plainStyle()).vertices, mesh.vertices);
+            QCOMPARE(meshOf(residues, plainStyle()).vertices, mesh.vertices);
         }
     }
 
@@ -291,7 +324,7 @@ private slots:
         for (const Point& direction : {Point{}, Point{notANumber, 0, 0}, Point{1, 0, 0}}) {
             for (RibbonResidue& residue : residues)
                 residue.direction = direction;
-            const Mesh mesh = view::makeRibbon(residues, plainStyle());
+            const Mesh mesh = meshOf(residues, plainStyle());
             QVERIFY(isWhole(mesh));
             QVERIFY(isClosed(mesh));
             QCOMPARE(inwardNormals(mesh), 0U);
@@ -315,7 +348,7 @@ private slots:
         for (const auto& [subdivisions, most] : mostInward) {
             RibbonStyle style = plainStyle();
             style.subdivisions = subdivisions;
-            const Mesh mesh = view::makeRibbon(residues, style);
+            const Mesh mesh = meshOf(residues, style);
             QVERIFY(isWhole(mesh));
             QVERIFY(isClosed(mesh));
             QVERIFY(volume(mesh) > 0);
@@ -328,12 +361,11 @@ private slots:
         RibbonStyle style;
         style.subdivisions = 0;
         style.corners = 0;
-        const Mesh mesh = view::makeRibbon(inOneColour(chain("----")), style);
+        const Mesh mesh = meshOf(chain("----"), style);
         QCOMPARE(mesh.vertices.size(), (7U + 2) * 3);
         QVERIFY(isClosed(mesh));
         style.subdivisions = 3;
-        QCOMPARE(view::makeRibbon(inOneColour(chain("----")), style).vertices.size(),
-                 (13U + 2) * 3);
+        QCOMPARE(meshOf(chain("----"), style).vertices.size(), (13U + 2) * 3);
     }
 
     void garbageMakesAWholeMesh() {
@@ -350,8 +382,7 @@ private slots:
                 residue.direction = {near(random), near(random), near(random)};
                 residue.structure =
                     static_cast<SecondaryStructure>(letters[random() % letters.size()]);
-                residue.isShown = random() % 10 != 0;
-                residue.colour = static_cast<view::Colour>(random() % 3);
+                residue.id = static_cast<view::Id>(random() % residues.size() + 1);
                 if (i > 0 && random() % 4 == 0)
                     residue.guide = residues[i - 1].guide;
                 if (random() % 20 == 0)
@@ -361,7 +392,12 @@ private slots:
                 if (random() % 10 == 0)
                     residue.kind = RibbonResidue::Kind::Nucleotide;
             }
-            QVERIFY(isWhole(view::makeRibbon(residues, plainStyle())));
+            const view::Ribbon ribbon = view::makeRibbon(residues, plainStyle());
+            QVERIFY(isWhole(ribbon.mesh));
+            std::vector<std::uint8_t> shown;
+            for (std::size_t i = 0; i < residues.size(); ++i)
+                shown.push_back(random() % 2);
+            QVERIFY(isWhole(seenOf(ribbon, shown)));
         }
     }
 };

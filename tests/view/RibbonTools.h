@@ -6,6 +6,7 @@
 #include <QByteArray>
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace ribbon_tools {
@@ -21,7 +22,13 @@ inline view::RibbonStyle plainStyle() {
     return style;
 }
 
-/// Residues along the x axis, each with a colour and an id of its own.
+/// The mesh of the ribbon alone.
+inline view::Mesh meshOf(std::span<const view::RibbonResidue> residues,
+                         const view::RibbonStyle& style) {
+    return view::makeRibbon(residues, style).mesh;
+}
+
+/// Residues along the x axis, each with an id of its own.
 inline Residues chain(const QByteArray& structures) {
     Residues residues;
     for (const char letter : structures) {
@@ -31,16 +38,9 @@ inline Residues chain(const QByteArray& structures) {
         residue.direction = {0, 1, 0};
         residue.structure = letter == '-' ? view::SecondaryStructure::Coil
                                           : static_cast<view::SecondaryStructure>(letter);
-        residue.colour = 0xFF000000U + i;
         residue.id = 100 + i;
         residues.push_back(residue);
     }
-    return residues;
-}
-
-inline Residues inOneColour(Residues residues) {
-    for (view::RibbonResidue& residue : residues)
-        residue.colour = 0xFF123456U;
     return residues;
 }
 

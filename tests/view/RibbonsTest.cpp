@@ -22,16 +22,21 @@ constexpr view::Look ribbon{Representation::Ribbon, false, 0xff000000};
 std::set<view::Id> idsOf(const view::Mesh& mesh) {
     return {mesh.ids.begin(), mesh.ids.end()};
 }
-std::set<view::Colour> coloursOf(const view::Mesh& mesh) {
-    return {mesh.colours.begin(), mesh.colours.end()};
+/// The colours in which a mesh of a scene is drawn.
+std::set<view::Colour> coloursOf(const view::Scene& scene, const view::Mesh& mesh) {
+    std::set<view::Colour> colours;
+    for (const view::Id id : mesh.ids)
+        colours.insert(scene.idColours->at(id - 1));
+    return colours;
 }
 
 bool areSame(const view::Scene& a, const view::Scene& b) {
     const auto isSame = [](const auto& one, const auto& other) {
         return one->vertices == other->vertices && one->triangles == other->triangles &&
-               one->colours == other->colours && one->ids == other->ids;
+               one->normals == other->normals && one->ids == other->ids;
     };
-    return std::equal(a.meshes.begin(), a.meshes.end(), b.meshes.begin(), b.meshes.end(), isSame);
+    return *a.idColours == *b.idColours && *a.idShown == *b.idShown &&
+           std::equal(a.meshes.begin(), a.meshes.end(), b.meshes.begin(), b.meshes.end(), isSame);
 }
 
 /// Two chains of four alanines each, 40 Å apart: atoms 0 to 19 and 20 to 39. CA are the second of
@@ -65,13 +70,13 @@ private slots:
         const auto id = [](std::size_t atom) { return view::idOf(atom); };
         QCOMPARE(idsOf(*scene->meshes[0]), (std::set<view::Id>{id(1), id(6), id(11), id(16)}));
         QCOMPARE(idsOf(*scene->meshes[1]), (std::set<view::Id>{id(21), id(26), id(31), id(36)}));
-        QVERIFY(coloursOf(*scene->meshes[0]).count(0xff0000ffU));
-        QCOMPARE(coloursOf(*scene->meshes[1]),
+        QVERIFY(coloursOf(*scene, *scene->meshes[0]).count(0xff0000ffU));
+        QCOMPARE(coloursOf(*scene, *scene->meshes[1]),
                  std::set<view::Colour>{made.first.atoms[1]->GetColor().rgba()});
         QVERIFY(scene->balls.empty() && scene->sticks.empty());
     }
 
-    void onlyTheChainThatChangedIsMadeAgain() {
+    void coloursNeedNoOtherMeshes() {
         TwoChains made;
         view::DataReader reader;
         reader.read();
@@ -80,14 +85,54 @@ private slots:
         made.first.atoms[36]->SetColor(Color(0xff00ff00U));
         reader.refresh();
         const auto after = maker.scene(reader.snapshot(), ribbon);
-        QCOMPARE(after->meshes.size(), std::size_t(2));
+        QCOMPARE(after->meshes, before->meshes);
+        QVERIFY(!coloursOf(*before, *before->meshes[1]).count(0xff00ff00U));
+        QVERIFY(coloursOf(*after, *after->meshes[1]).count(0xff00ff00U));
+    }
+
+    void whatIsHiddenNeedsCapsAlone() {
+        TwoChains made;
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        const auto before = maker.scene(reader.snapshot(), ribbon);
+        // The ribbon passes the second atom of a residue, and no other.
+        made.first.atoms[29]->SetVisible(false);
+        reader.refresh();
+        QCOMPARE(maker.scene(reader.snapshot(), ribbon)->meshes, before->meshes);
+        made.first.atoms[26]->SetVisible(false);
+        reader.refresh();
+        const auto after = maker.scene(reader.snapshot(), ribbon);
+        QCOMPARE(after->meshes.size(), std::size_t(3));
+        QCOMPARE(after->meshes[0], before->meshes[0]);
+        QCOMPARE(after->meshes[1], before->meshes[1]);
+        QCOMPARE(idsOf(*after->meshes[2]), (std::set<view::Id>{view::idOf(21), view::idOf(31)}));
+        made.first.atoms[26]->SetVisible(true);
+        reader.refresh();
+        QCOMPARE(maker.scene(reader.snapshot(), ribbon)->meshes, before->meshes);
+    }
+
+    void onlyTheChainWhoseModelChangedIsMadeAgain() {
+        TwoChains made;
+        for (const int model : {1, 2})
+            memory_host::addAtom(made.first.residues[5],
+                                 {"CA", "C", TAVIK::Vertex(65.1F, 0.5F, float(model), true), 10.0F,
+                                  unsigned(model)});
+        view::DataReader reader;
+        reader.read();
+        SceneMaker maker;
+        const auto before = maker.scene(reader.snapshot(), ribbon);
+        made.first.atoms[26]->SetVisible(false);
+        reader.refresh();
+        const auto after = maker.scene(reader.snapshot(), ribbon);
         QCOMPARE(after->meshes[0], before->meshes[0]);
         QVERIFY(after->meshes[1] != before->meshes[1]);
-        QVERIFY(coloursOf(*after->meshes[1]).count(0xff00ff00U));
-        // What no ribbon passes changes none.
-        made.first.atoms[39]->SetColor(Color(0xff00ff00U));
+        QVERIFY(areSame(*after, *SceneMaker().scene(reader.snapshot(), ribbon)));
+        made.first.residues[5]->NextModel();
         reader.refresh();
-        QCOMPARE(maker.scene(reader.snapshot(), ribbon)->meshes, after->meshes);
+        const auto next = maker.scene(reader.snapshot(), ribbon);
+        QVERIFY(next->meshes[1] != after->meshes[1]);
+        QVERIFY(areSame(*next, *SceneMaker().scene(reader.snapshot(), ribbon)));
     }
 
     void aHiddenResidueLeavesAGap() {
@@ -96,8 +141,9 @@ private slots:
         view::DataReader reader;
         reader.read();
         const auto scene = SceneMaker().scene(reader.snapshot(), ribbon);
-        QVERIFY(!idsOf(*scene->meshes[0]).count(view::idOf(6)));
-        QVERIFY(idsOf(*scene->meshes[0]).count(view::idOf(1)));
+        QVERIFY(!scene->isShown(view::idOf(6)));
+        QVERIFY(scene->isShown(view::idOf(1)) && scene->isShown(view::idOf(11)));
+        QCOMPARE(idsOf(*scene->meshes[2]), (std::set<view::Id>{view::idOf(1), view::idOf(11)}));
     }
 
     void aRibbonGoesAlongTheActiveModel() {
@@ -185,6 +231,8 @@ private slots:
             for (std::size_t atom = 0; atom < atoms.size(); atom += 1000)
                 atoms[atom + std::size_t(i)]->SetColor(Color(0xff000000U + unsigned(i)));
             reader.refresh();
+            if (i % 4 == 0)
+                maker = SceneMaker();
             std::stop_source stop;
             std::jthread stopping([&] {
                 std::this_thread::sleep_for(std::chrono::milliseconds(2 * i));

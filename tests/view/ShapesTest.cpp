@@ -57,17 +57,20 @@ private slots:
         QCOMPARE(scene->meshes.size(), std::size_t(1));
         QCOMPARE(scene->meshes[0]->vertices, triangle(5).vertices);
         QCOMPARE(scene->meshes[0]->triangles, triangle(5).triangles);
-        QCOMPARE(scene->meshes[0]->colours, std::vector<view::Colour>{0xff336699U});
+        QVERIFY(scene->meshes[0]->colours.empty());
+        QCOMPARE(scene->idColours->at(1), 0xff336699U);
         QCOMPARE(scene->meshes[0]->ids, std::vector<view::Id>{view::idOf(1)});
         QCOMPARE(m_reader.item(view::idOf(1), m_reader.snapshot().generation), surface);
 
-        // Another colour costs a copy once, and reading nothing again.
+        // Another colour costs no other mesh, and reading nothing again.
+        const auto meshes = scene->meshes;
         const std::uint64_t generation = m_reader.snapshot().generation;
         surface->SetColor(Color(0xff112233U));
         scene = refreshedScene();
-        QCOMPARE(scene->meshes[0]->colours, std::vector<view::Colour>{0xff112233U});
+        QCOMPARE(scene->meshes, meshes);
+        QCOMPARE(scene->idColours->at(1), 0xff112233U);
         made.atoms[0]->SetColor(Color(0xff00ff00U));
-        QCOMPARE(refreshedScene()->meshes, scene->meshes);
+        QCOMPARE(refreshedScene()->meshes, meshes);
         QCOMPARE(m_reader.snapshot().generation, generation);
         surface->SetVisible(false);
         QVERIFY(refreshedScene()->meshes.empty());

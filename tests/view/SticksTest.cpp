@@ -216,6 +216,52 @@ private slots:
         QVERIFY(std::abs(qRed(middle) - qGreen(middle)) < 8);
         QVERIFY(std::abs(qRed(middle) - qBlue(middle)) < 8);
     }
+
+    void aMeshWithoutColoursHasThoseOfItsIds() {
+        auto mesh = std::make_shared<view::Mesh>();
+        mesh->vertices = {{-4, -4, 0}, {4, -4, 0}, {4, 4, 0}, {-4, 4, 0}};
+        mesh->normals.assign(4, {0, 0, 1});
+        mesh->triangles = {{0, 1, 2}, {0, 2, 3}};
+        mesh->ids = {3, 1};
+        auto coloured = std::make_shared<view::Mesh>(*mesh);
+        coloured->vertices = {{-4, -4, 0}, {4, -4, 0}, {4, 4, 0},
+                              {-4, -4, 0}, {4, 4, 0},  {-4, 4, 0}};
+        coloured->normals.assign(6, {0, 0, 1});
+        coloured->triangles = {{0, 1, 2}, {3, 4, 5}};
+        coloured->colours = {0xFF0000, 0xFF0000, 0xFF0000, 0x00FF00, 0x00FF00, 0x00FF00};
+        Scene one;
+        one.meshes = {mesh};
+        one.idColours = std::make_shared<std::vector<view::Colour>>(
+            std::vector<view::Colour>{0x00FF00, 0x123456, 0xFF0000});
+        Scene other;
+        other.meshes = {coloured};
+        const Picture picture = Renderer().draw(one, smallCamera(), smallPicture());
+        QCOMPARE(picture.image, Renderer().draw(other, smallCamera(), smallPicture()).image);
+        QVERIFY(qRed(colourAt(picture, 2, -2)) > 200 && qGreen(colourAt(picture, -2, 2)) > 200);
+    }
+
+    void trianglesOfIdsThatAreNotShownAreLeftOut() {
+        auto mesh = std::make_shared<view::Mesh>();
+        mesh->vertices = {{-4, -4, 2}, {4, -4, 2}, {4, 4, 2}, {-4, 4, 2}};
+        mesh->normals.assign(4, {0, 0, 1});
+        mesh->triangles = {{0, 1, 2}, {0, 2, 3}};
+        mesh->ids = {1, 2};
+        mesh->colours = {0xFF0000};
+        Scene scene;
+        scene.meshes = {mesh};
+        scene.idShown =
+            std::make_shared<std::vector<std::uint8_t>>(std::vector<std::uint8_t>{1, 0});
+        const Picture picture = Renderer().draw(scene, smallCamera(), smallPicture());
+        QVERIFY(pixelsOf(picture, 1) > 0);
+        QCOMPARE(pixelsOf(picture, 2), 0);
+        // As if they were not there: also for the depth cue.
+        auto half = std::make_shared<view::Mesh>(*mesh);
+        half->triangles.pop_back();
+        half->ids.pop_back();
+        Scene other;
+        other.meshes = {half};
+        QCOMPARE(picture.image, Renderer().draw(other, smallCamera(), smallPicture()).image);
+    }
 };
 
 REGISTER_TEST(SticksTest)

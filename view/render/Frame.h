@@ -31,6 +31,9 @@ struct PlacedMesh {
     const Mesh* mesh;
     Number start; ///< the first triangle's number
     std::size_t firstVertex;
+
+    /// The id of a triangle by its index in the mesh.
+    Id id(std::size_t triangle) const { return mesh->ids[mesh->ids.size() == 1 ? 0 : triangle]; }
 };
 
 struct Frame {

@@ -32,8 +32,8 @@ struct Ball {
 /// Triangles, shaded by the normals of their vertices and seen from both sides.
 struct Mesh {
     std::vector<Point> vertices;
-    std::vector<Point> normals;                          ///< unit vectors, one a vertex
-    std::vector<Colour> colours;                         ///< one a vertex, or a single one
+    std::vector<Point> normals;  ///< unit vectors, one a vertex
+    std::vector<Colour> colours; ///< one a vertex, a single one, or none: then those of the ids
     std::vector<std::array<std::uint32_t, 3>> triangles; ///< indices of vertices
     std::vector<Id> ids;                                 ///< one a triangle, or a single one
 };
@@ -56,9 +56,14 @@ struct Scene {
     /// Points drawn as dots of constant size on the screen: indices.
     std::vector<std::uint32_t> dots;
     std::vector<std::shared_ptr<const Mesh>> meshes;
+    /// By id, from 1 on: the colours of the triangles of meshes that have none, and whether (not 0)
+    /// a triangle is drawn; all are, if null. So what was coloured or hidden needs no other mesh.
+    std::shared_ptr<const std::vector<Colour>> idColours;
+    std::shared_ptr<const std::vector<std::uint8_t>> idShown;
 
     std::size_t sharedCount() const { return sharedPoints ? sharedPoints->size() : 0; }
     std::size_t pointCount() const { return sharedCount() + points.size(); }
+    bool isShown(Id id) const { return !idShown || id == noId || (*idShown)[id - 1] != 0; }
     const Point& point(std::size_t index) const {
         return index < sharedCount() ? (*sharedPoints)[index] : points[index - sharedCount()];
     }

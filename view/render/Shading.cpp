@@ -233,8 +233,7 @@ Id idOf(const Frame& frame, Number number) {
     if (number < frame.triangleStart)
         return frame.scene->ids[pointOf(frame, number)];
     const PlacedMesh& placed = frame.meshOf(number);
-    const std::vector<Id>& ids = placed.mesh->ids;
-    return ids[ids.size() == 1 ? 0 : static_cast<std::size_t>(number - placed.start)];
+    return placed.id(static_cast<std::size_t>(number - placed.start));
 }
 
 } // namespace view

@@ -95,11 +95,14 @@ struct Corner {
 struct Vertex {
     const PlacedMesh* mesh;
     std::size_t index; ///< in the mesh
+    Colour byId;       ///< where the mesh has no colours
 
     const Place& at(const Frame& frame) const { return frame.vertices[mesh->firstVertex + index]; }
     const Point& normal() const { return mesh->mesh->normals[index]; }
     std::int32_t colour() const {
         const std::vector<Colour>& colours = mesh->mesh->colours;
+        if (colours.empty())
+            return static_cast<std::int32_t>(byId);
         return static_cast<std::int32_t>(colours[colours.size() == 1 ? 0 : index]);
     }
 };
@@ -119,10 +122,12 @@ std::array<Corner, 3> cornersOf(const Frame& frame, Ints triangles) {
     std::array<std::array<Vertex, 4>, 3> vertices;
     for (int lane = 0; lane < 4; ++lane) {
         const PlacedMesh& mesh = frame.meshOf(triangles[lane]);
-        const auto& triangle =
-            mesh.mesh->triangles[static_cast<std::size_t>(triangles[lane] - mesh.start)];
+        const auto index = static_cast<std::size_t>(triangles[lane] - mesh.start);
+        const auto& triangle = mesh.mesh->triangles[index];
+        const Colour byId =
+            mesh.mesh->colours.empty() ? (*frame.scene->idColours)[mesh.id(index) - 1] : 0;
         for (std::size_t corner = 0; corner < 3; ++corner)
-            vertices[corner][static_cast<std::size_t>(lane)] = {&mesh, triangle[corner]};
+            vertices[corner][static_cast<std::size_t>(lane)] = {&mesh, triangle[corner], byId};
     }
     return {cornerOf(frame, vertices[0]), cornerOf(frame, vertices[1]),
             cornerOf(frame, vertices[2])};
@@ -156,7 +161,10 @@ Extent TriangleExtents::operator()(std::size_t triangle) {
         m_mesh = &m_frame->meshOf(number);
         m_end = m_mesh->start + static_cast<Number>(m_mesh->mesh->triangles.size());
     }
-    const auto& corners = m_mesh->mesh->triangles[static_cast<std::size_t>(number - m_mesh->start)];
+    const auto index = static_cast<std::size_t>(number - m_mesh->start);
+    if (!m_frame->scene->isShown(m_mesh->id(index)))
+        return nowhere;
+    const auto& corners = m_mesh->mesh->triangles[index];
     const Place* const vertices = m_frame->vertices.data() + m_mesh->firstVertex;
     const std::array<Place, 3> at = {vertices[corners[0]], vertices[corners[1]],
                                      vertices[corners[2]]};

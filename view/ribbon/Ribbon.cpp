@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
 namespace view {
 
@@ -18,6 +17,8 @@ using Kind = RibbonResidue::Kind;
 // peptide bond that is one; P up to 7.5 Å.
 constexpr double farthestAminoAcid = 5.5;
 constexpr double farthestNucleotide = 9.0;
+// As many as a section may have.
+constexpr unsigned mostCorners = 1000;
 // Nearer than that there is no path from one to the next.
 constexpr double nearest = 0.5;
 
@@ -74,9 +75,7 @@ public:
 
     void draw() {
         if (m_residues.size() == 1) {
-            if (m_residues[0].isShown)
-                m_bodies.addBall(m_guides[0], m_style.loneRadius, m_residues[0].colour,
-                                 m_residues[0].id);
+            m_bodies.addBall(m_guides[0], m_style.loneRadius, m_residues[0].id);
             return;
         }
         smoothStrands();
@@ -150,9 +149,7 @@ private:
     BodySection section(std::size_t point, double halfWidth, double halfThickness,
                         double narrowing = 0) const {
         const std::size_t residue = std::min(residueAfter(point), m_residues.size() - 1);
-        return {
-            m_path[point],         halfWidth, halfThickness, narrowing, m_residues[residue].colour,
-            m_residues[residue].id};
+        return {m_path[point], halfWidth, halfThickness, narrowing, m_residues[residue].id};
     }
 
     BodySection roundSection(std::size_t point) const {
@@ -165,31 +162,13 @@ private:
                        fromThickness + (toThickness - fromThickness) * way);
     }
 
-    // Calls `draw` for the points of each body that shows what is shown between two points of the
-    // path, both included.
-    template <class Draw>
-    void forEachShown(std::size_t from, std::size_t to, const Draw& draw) const {
-        for (std::size_t at = from; at < to;) {
-            const std::size_t first = residueAfter(at);
-            std::size_t last = first;
-            while (end(last) < to && m_residues[last + 1].isShown == m_residues[first].isShown)
-                ++last;
-            const std::size_t next = std::min(end(last), to);
-            if (m_residues[first].isShown)
-                draw(at, next);
-            at = next;
-        }
-    }
-
     void drawRound(std::size_t from, std::size_t to) {
         if (from == to)
             return;
-        forEachShown(begin(from), end(to - 1), [&](std::size_t first, std::size_t last) {
-            m_sections.clear();
-            for (std::size_t point = first; point <= last; ++point)
-                m_sections.push_back(roundSection(point));
-            m_bodies.addRound(m_sections);
-        });
+        m_sections.clear();
+        for (std::size_t point = begin(from); point <= end(to - 1); ++point)
+            m_sections.push_back(roundSection(point));
+        m_bodies.addRound(m_sections);
     }
 
     void drawStrand(std::size_t from, std::size_t to) {
@@ -199,28 +178,26 @@ private:
         const std::size_t headSteps = std::min(m_steps + m_steps / 2, strandEnd - strandBegin);
         const std::size_t headBegin = strandEnd - headSteps;
         const double thickness = m_style.strandHalfThickness;
-        forEachShown(strandBegin, headBegin, [&](std::size_t first, std::size_t last) {
-            m_sections.clear();
-            for (std::size_t point = first; point <= last; ++point)
-                m_sections.push_back(section(point, m_style.strandHalfWidth, thickness));
+        m_sections.clear();
+        for (std::size_t point = strandBegin; point <= headBegin; ++point)
+            m_sections.push_back(section(point, m_style.strandHalfWidth, thickness));
+        if (m_sections.size() > 1)
             m_bodies.addFlat(m_sections);
-        });
         double headLength = 0;
         for (std::size_t point = headBegin; point < strandEnd; ++point)
             headLength += distance(m_path[point].place, m_path[point + 1].place);
         // The tip is as wide as the tube that goes on there.
         const double narrowing = m_style.arrowHalfWidth - m_style.coilRadius;
         const double slope = headLength > 0 ? narrowing / headLength : 0;
-        forEachShown(headBegin, strandEnd, [&](std::size_t first, std::size_t last) {
-            m_sections.clear();
-            for (std::size_t point = first; point <= last; ++point) {
-                const double way =
-                    static_cast<double>(point - headBegin) / static_cast<double>(headSteps);
-                m_sections.push_back(
-                    section(point, m_style.arrowHalfWidth - narrowing * way, thickness, slope));
-            }
+        m_sections.clear();
+        for (std::size_t point = headBegin; point <= strandEnd; ++point) {
+            const double way =
+                static_cast<double>(point - headBegin) / static_cast<double>(headSteps);
+            m_sections.push_back(
+                section(point, m_style.arrowHalfWidth - narrowing * way, thickness, slope));
+        }
+        if (m_sections.size() > 1)
             m_bodies.addFlat(m_sections);
-        });
     }
 
     std::span<const RibbonResidue> m_residues;
@@ -234,17 +211,32 @@ private:
     std::vector<BodySection> m_sections;
 };
 
-// Room was made for the form that needs most, and most chains have one colour.
-void compact(Mesh& mesh) {
-    if (std::adjacent_find(mesh.colours.begin(), mesh.colours.end(), std::not_equal_to<>()) ==
-            mesh.colours.end() &&
-        !mesh.colours.empty())
-        mesh.colours.resize(1);
-    mesh.vertices.shrink_to_fit();
-    mesh.normals.shrink_to_fit();
-    mesh.colours.shrink_to_fit();
-    mesh.triangles.shrink_to_fit();
-    mesh.ids.shrink_to_fit();
+// Room was made for the form that needs most.
+void compact(Ribbon& ribbon) {
+    ribbon.mesh.vertices.shrink_to_fit();
+    ribbon.mesh.normals.shrink_to_fit();
+    ribbon.mesh.triangles.shrink_to_fit();
+    ribbon.mesh.ids.shrink_to_fit();
+    ribbon.cuts.shrink_to_fit();
+}
+
+// Closes what ends at a cut, or else what begins there. The corners go counter-clockwise, seen from
+// where the ribbon goes.
+void addCap(const Mesh& mesh, const RibbonCut& cut, bool isEnd, Mesh& caps) {
+    const auto first = static_cast<std::uint32_t>(caps.vertices.size());
+    for (std::uint32_t i = 0; i < cut.corners; ++i)
+        caps.vertices.push_back(mesh.vertices[cut.firstVertex + i * cut.step]);
+    Vector area;
+    for (std::uint32_t i = 2; i < cut.corners; ++i) {
+        const std::uint32_t before = first + i - (isEnd ? 1 : 0);
+        const std::uint32_t after = first + i - (isEnd ? 0 : 1);
+        caps.triangles.push_back({first, before, after});
+        caps.ids.push_back(isEnd ? cut.before : cut.after);
+        const Vector corner = vectorOf(caps.vertices[first]);
+        area = area + cross(vectorOf(caps.vertices[before]) - corner,
+                            vectorOf(caps.vertices[after]) - corner);
+    }
+    caps.normals.resize(caps.vertices.size(), pointOf(unitOr(area, {0, 0, 1})));
 }
 
 } // namespace
@@ -262,16 +254,13 @@ RibbonStyle RibbonStyle::forResidues(std::size_t count) {
     return style;
 }
 
-Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& style) {
-    Mesh mesh;
+Ribbon makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& style) {
+    Ribbon ribbon;
     RibbonStyle valid = style;
     valid.subdivisions = std::max(2U, style.subdivisions + style.subdivisions % 2);
-    valid.corners = std::max(3U, style.corners);
-    BodyMaker bodies(mesh, valid.corners);
-    const auto shown = static_cast<std::size_t>(
-        std::count_if(residues.begin(), residues.end(),
-                      [](const RibbonResidue& residue) { return residue.isShown; }));
-    bodies.reserve(shown * valid.subdivisions);
+    valid.corners = std::clamp(style.corners, 3U, mostCorners);
+    BodyMaker bodies(ribbon, valid.corners);
+    bodies.reserve(residues.size() * valid.subdivisions);
     for (std::size_t from = 0; from < residues.size();) {
         std::size_t to = from + 1;
         if (isPlace(residues[from].guide)) {
@@ -282,8 +271,15 @@ Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& styl
         }
         from = to;
     }
-    compact(mesh);
-    return mesh;
+    compact(ribbon);
+    return ribbon;
+}
+
+void addCaps(const Ribbon& ribbon, std::span<const std::uint8_t> idShown, Mesh& caps) {
+    const auto isShown = [&](Id id) { return id == noId || idShown[id - 1] != 0; };
+    for (const RibbonCut& cut : ribbon.cuts)
+        if (isShown(cut.before) != isShown(cut.after))
+            addCap(ribbon.mesh, cut, isShown(cut.before), caps);
 }
 
 } // namespace view

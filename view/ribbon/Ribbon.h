@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace view {
 
@@ -23,9 +24,7 @@ struct RibbonResidue {
     Point direction{};
     SecondaryStructure structure = SecondaryStructure::Coil;
     Kind kind = Kind::AminoAcid;
-    bool isShown = true; ///< if not, the ribbon has a gap here, and its path is as if it were shown
     std::uint32_t chain = 0;
-    Colour colour = 0;
     Id id = noId;
 };
 
@@ -50,6 +49,20 @@ struct RibbonStyle {
     static RibbonStyle forResidues(std::size_t count);
 };
 
+/// A section of a body where one residue's part ends and another's begins.
+struct RibbonCut {
+    std::uint32_t firstVertex; ///< of the section
+    Id before;
+    Id after;
+    std::uint16_t corners; ///< how many the section has
+    std::uint16_t step;    ///< from the vertex of one corner to that of the next
+};
+
+struct Ribbon {
+    Mesh mesh; ///< in the colours of its ids
+    std::vector<RibbonCut> cuts;
+};
+
 /// The ribbons of all chains, as bodies that are closed each: helices (H, G, I) as bands with a
 /// cross-section like an ellipse, strands (E) as arrows with sharp edges, everything else as tubes,
 /// nucleic acids as bands whose flat sides face the bases. The path of strands is smoothed.
@@ -57,8 +70,13 @@ struct RibbonStyle {
 /// A helix or strand of one residue is drawn as a tube. A residue that is linked to none is a ball
 /// around its guide point.
 ///
-/// A residue's part reaches half-way to its neighbours, and has its colour and its id. The mesh has
-/// a single colour where all residues have the same, and takes no more memory than it needs.
-Mesh makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& style);
+/// A residue's part reaches half-way to its neighbours, and has its id. The ribbon takes no more
+/// memory than it needs.
+Ribbon makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& style);
+
+/// Appends what closes a ribbon where some of its residues are hidden: a cap, with the id of what
+/// is shown, at each cut between what is shown and what is not. `idShown` says which is, not 0, by
+/// id from 1 on; noId is.
+void addCaps(const Ribbon& ribbon, std::span<const std::uint8_t> idShown, Mesh& caps);
 
 } // namespace view

@@ -33,8 +33,9 @@ BodyMaker::Shape BodyMaker::flatShape() {
             {0, 2, 4, 6}};
 }
 
-BodyMaker::BodyMaker(Mesh& mesh, unsigned corners)
-    : m_mesh(mesh), m_corners(corners), m_round(roundShape(corners)), m_flat(flatShape()) {}
+BodyMaker::BodyMaker(Ribbon& ribbon, unsigned corners)
+    : m_mesh(ribbon.mesh), m_cuts(ribbon.cuts), m_corners(corners), m_round(roundShape(corners)),
+      m_flat(flatShape()) {}
 
 void BodyMaker::reserve(std::size_t sections) {
     const std::size_t vertices = sections * std::max(m_round.corners.size(), m_flat.corners.size());
@@ -42,7 +43,6 @@ void BodyMaker::reserve(std::size_t sections) {
         sections * 2 * std::max(m_round.sides.size(), m_flat.sides.size());
     m_mesh.vertices.reserve(vertices);
     m_mesh.normals.reserve(vertices);
-    m_mesh.colours.reserve(vertices);
     m_mesh.triangles.reserve(triangles);
     m_mesh.ids.reserve(triangles);
 }
@@ -55,10 +55,9 @@ void BodyMaker::addFlat(const std::vector<BodySection>& sections) {
     add(m_flat, sections);
 }
 
-std::uint32_t BodyMaker::addVertex(const Vector& place, const Vector& normal, Colour colour) {
+std::uint32_t BodyMaker::addVertex(const Vector& place, const Vector& normal) {
     m_mesh.vertices.push_back(pointOf(place));
     m_mesh.normals.push_back(pointOf(normal));
-    m_mesh.colours.push_back(colour);
     return static_cast<std::uint32_t>(m_mesh.vertices.size() - 1);
 }
 
@@ -67,7 +66,7 @@ void BodyMaker::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, I
     m_mesh.ids.push_back(id);
 }
 
-std::uint32_t BodyMaker::addSection(const Shape& shape, const BodySection& section, Colour colour) {
+std::uint32_t BodyMaker::addSection(const Shape& shape, const BodySection& section) {
     const auto first = static_cast<std::uint32_t>(m_mesh.vertices.size());
     const PathPoint& at = section.point;
     for (const Corner& corner : shape.corners) {
@@ -78,13 +77,12 @@ std::uint32_t BodyMaker::addSection(const Shape& shape, const BodySection& secti
         const double up = corner.normalUp * section.halfWidth;
         const Vector normal =
             at.across * across + at.up * up + at.along * (std::abs(across) * section.narrowing);
-        addVertex(place, unitOr(normal, at.across), colour);
+        addVertex(place, unitOr(normal, at.across));
     }
     return first;
 }
 
-void BodyMaker::addCap(const Shape& shape, const BodySection& section, bool isEnd, Colour colour,
-                       Id id) {
+void BodyMaker::addCap(const Shape& shape, const BodySection& section, bool isEnd, Id id) {
     const PathPoint& at = section.point;
     const Vector normal = at.along * (isEnd ? 1 : -1);
     std::size_t count = 0;
@@ -94,7 +92,7 @@ void BodyMaker::addCap(const Shape& shape, const BodySection& section, bool isEn
         const Corner& corner = shape.corners[index];
         const Vector place = at.place + at.across * (corner.across * section.halfWidth) +
                              at.up * (corner.up * section.halfThickness);
-        const std::uint32_t vertex = addVertex(place, normal, colour);
+        const std::uint32_t vertex = addVertex(place, normal);
         if (count == 0)
             first = vertex;
         else if (count > 1 && isEnd)
@@ -107,29 +105,31 @@ void BodyMaker::addCap(const Shape& shape, const BodySection& section, bool isEn
 }
 
 void BodyMaker::add(const Shape& shape, const std::vector<BodySection>& sections) {
-    addCap(shape, sections.front(), false, sections.front().colour, sections.front().id);
-    std::uint32_t from = addSection(shape, sections.front(), sections.front().colour);
+    addCap(shape, sections.front(), false, sections.front().id);
+    std::uint32_t from = addSection(shape, sections.front());
     const std::size_t last = sections.size() - 1;
     for (std::size_t i = 0; i < last; ++i) {
         const BodySection& begin = sections[i];
-        const std::uint32_t to = addSection(shape, sections[i + 1], begin.colour);
+        const std::uint32_t to = addSection(shape, sections[i + 1]);
         for (const auto& [a, b] : shape.sides) {
             addTriangle(from + a, from + b, to + b, begin.id);
             addTriangle(from + a, to + b, to + a, begin.id);
         }
-        // Where the colour changes, it does so sharply.
-        const bool isOther = i + 1 < last && sections[i + 1].colour != begin.colour;
-        from = isOther ? addSection(shape, sections[i + 1], sections[i + 1].colour) : to;
+        if (i + 1 < last && sections[i + 1].id != begin.id)
+            m_cuts.push_back({to, begin.id, sections[i + 1].id,
+                              static_cast<std::uint16_t>(shape.outline.size()),
+                              static_cast<std::uint16_t>(shape.outline[1])});
+        from = to;
     }
-    addCap(shape, sections.back(), true, sections[last - 1].colour, sections[last - 1].id);
+    addCap(shape, sections.back(), true, sections[last - 1].id);
 }
 
-void BodyMaker::addBall(const Vector& centre, double radius, Colour colour, Id id) {
+void BodyMaker::addBall(const Vector& centre, double radius, Id id) {
     const unsigned rings = std::max(2U, m_corners / 2);
     const auto vertexAt = [&](double angle, const Corner& corner) {
         const Vector normal = {std::sin(angle) * corner.across, std::sin(angle) * corner.up,
                                -std::cos(angle)};
-        return addVertex(centre + normal * radius, normal, colour);
+        return addVertex(centre + normal * radius, normal);
     };
     const std::uint32_t bottom = vertexAt(0, {0, 0, 0, 0});
     std::uint32_t from = 0;

@@ -1,6 +1,7 @@
 // Closed bodies along a path, as triangles.
 #pragma once
 
+#include "Ribbon.h"
 #include "RibbonPath.h"
 #include "render/Scene.h"
 
@@ -15,17 +16,15 @@ struct BodySection {
     double halfWidth;     ///< Å, across
     double halfThickness; ///< Å, up
     double narrowing = 0; ///< Å of half-width that are lost for each Å along
-    /// Of the part of the body that begins here.
-    Colour colour;
-    Id id;
+    Id id;                ///< of the part of the body that begins here
 };
 
-/// Adds bodies to a mesh whose colours are one a vertex and ids one a triangle. A body has a closed
-/// surface of triangles whose corners go counter-clockwise, seen from outside.
+/// Adds bodies to a ribbon, with cuts where the id changes. A body has a closed surface of
+/// triangles whose corners go counter-clockwise, seen from outside.
 class BodyMaker {
 public:
     /// `corners` of round sections, at least 3.
-    BodyMaker(Mesh& mesh, unsigned corners);
+    BodyMaker(Ribbon& ribbon, unsigned corners);
     /// Makes room for so many sections of long bodies.
     void reserve(std::size_t sections);
 
@@ -33,7 +32,7 @@ public:
     void addRound(const std::vector<BodySection>& sections);
     /// A body with rectangular sections and sharp edges; at least two sections.
     void addFlat(const std::vector<BodySection>& sections);
-    void addBall(const Vector& centre, double radius, Colour colour, Id id);
+    void addBall(const Vector& centre, double radius, Id id);
 
 private:
     /// A corner of a section of half-width and half-thickness 1.
@@ -51,13 +50,14 @@ private:
 
     static Shape roundShape(unsigned corners);
     static Shape flatShape();
-    std::uint32_t addVertex(const Vector& place, const Vector& normal, Colour colour);
+    std::uint32_t addVertex(const Vector& place, const Vector& normal);
     void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Id id);
     void add(const Shape& shape, const std::vector<BodySection>& sections);
-    std::uint32_t addSection(const Shape& shape, const BodySection& section, Colour colour);
-    void addCap(const Shape& shape, const BodySection& section, bool isEnd, Colour colour, Id id);
+    std::uint32_t addSection(const Shape& shape, const BodySection& section);
+    void addCap(const Shape& shape, const BodySection& section, bool isEnd, Id id);
 
     Mesh& m_mesh;
+    std::vector<RibbonCut>& m_cuts;
     unsigned m_corners;
     Shape m_round;
     Shape m_flat;

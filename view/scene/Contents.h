@@ -36,10 +36,8 @@ struct Entry {
 /// An item other than atoms and bonds that has something to draw: a mesh, or lines.
 struct Shape {
     std::uint32_t item = 0; ///< its index among the items
-    /// In the item's colour, as it was when the mesh was read, unless it has its own colours. Null
-    /// for a surface without a mesh.
+    /// In the item's colour, unless it has its own colours. Null for a surface without a mesh.
     std::shared_ptr<const Mesh> mesh;
-    bool hasOwnColours = false;
     std::vector<Point> points;
     std::vector<Segment> segments; ///< between the points
 };

@@ -81,7 +81,7 @@ private:
             if (m_dots++ % m_dotStep == 0)
                 m_scene.dots.push_back(
                     addPoint(mesh.vertices[i],
-                             shape.hasOwnColours ? mesh.colours[i] : m_marks.colours[shape.item],
+                             mesh.colours.empty() ? m_marks.colours[shape.item] : mesh.colours[i],
                              shape.item));
     }
 

@@ -63,10 +63,18 @@ Role roleOf(std::string_view name, std::uint8_t number) {
             return Role::None;
         }
     case Nitrogen:
-        if (bytes == packed("N"))
+        switch (bytes) {
+        case packed("N"):
             return Role::N;
-        return bytes == packed("N1") || bytes == packed("N3") || bytes == packed("N9") ? Role::Base
-                                                                                       : Role::None;
+        case packed("N9"):
+            return Role::N9Base;
+        case packed("N1"):
+            return Role::N1Base;
+        case packed("N3"):
+            return Role::N3Base;
+        default:
+            return Role::None;
+        }
     case Oxygen:
         if (bytes == packed("O"))
             return Role::O;
@@ -96,7 +104,9 @@ ResidueKind residueKind(std::string_view name, const ResidueAtoms& atoms) {
         atoms.has(Role::C1Sugar) && atoms.has(Role::C3Sugar) && atoms.has(Role::C4Sugar);
     // Sugars and ligands such as ATP have the same atoms: what is not linked in a chain is told
     // apart later.
-    if (isSugar && (atoms.has(Role::Base) || atoms.has(Role::P)))
+    const bool isBase =
+        atoms.has(Role::N9Base) || atoms.has(Role::N1Base) || atoms.has(Role::N3Base);
+    if (isSugar && (isBase || atoms.has(Role::P)))
         return ResidueKind::Nucleotide;
     if (atoms.has(Role::P) && atoms.heavy == 1)
         return ResidueKind::Nucleotide;

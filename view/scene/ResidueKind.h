@@ -19,8 +19,12 @@ enum class Role : std::uint8_t {
     C3Sugar, ///< C3'
     C4Sugar, ///< C4'
     O3Sugar, ///< O3'
-    Base     ///< N1, N3 or N9 of the base
+    // Of the base: purines are bound to the sugar by N9, pyrimidines by N1.
+    N9Base,
+    N1Base,
+    N3Base
 };
+inline constexpr std::size_t roleCount = std::size_t(Role::N3Base) + 1;
 
 /// The role of an atom by its name, as "CA" or "C4'" ("C4*" in old files), and its atomic number:
 /// a calcium is no alpha carbon.

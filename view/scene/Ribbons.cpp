@@ -9,28 +9,35 @@ namespace view {
 
 namespace {
 
-/// The atoms of one residue by role: of several the first one that is shown, else the first.
-class Found {
-public:
-    Found(const Contents& contents, const Marks& marks, std::size_t residue) {
-        m_atoms.fill(noAtom);
-        const std::uint32_t end = contents.atomEnd(residue);
-        for (std::uint32_t i = contents.residues[residue].firstAtom; i != end; ++i) {
-            std::uint32_t& atom = m_atoms[static_cast<std::size_t>(contents.roles[i])];
-            if (atom == noAtom || (!marks.shown[atom] && marks.shown[i]))
-                atom = i;
-        }
+// Whether there are several atoms of one role is said in `hasAlternatives`, if given.
+AtomsByRole atomsByRole(const Contents& contents, const Marks& marks, std::size_t residue,
+                        bool* hasAlternatives = nullptr) {
+    AtomsByRole atoms;
+    atoms.fill(noAtom);
+    const std::uint32_t end = contents.atomEnd(residue);
+    for (std::uint32_t i = contents.residues[residue].firstAtom; i != end; ++i) {
+        const Role role = contents.roles[i];
+        if (role == Role::None)
+            continue;
+        std::uint32_t& atom = atoms[static_cast<std::size_t>(role)];
+        if (hasAlternatives && atom != noAtom)
+            *hasAlternatives = true;
+        if (atom == noAtom || (!marks.shown[atom] && marks.shown[i]))
+            atom = i;
     }
-    std::uint32_t operator[](Role role) const { return m_atoms[static_cast<std::size_t>(role)]; }
-    std::uint32_t guide(ResidueKind kind) const {
-        if (kind == ResidueKind::AminoAcid)
-            return (*this)[Role::CA];
-        return (*this)[Role::P] != noAtom ? (*this)[Role::P] : (*this)[Role::C4Sugar];
-    }
+    return atoms;
+}
 
-private:
-    std::array<std::uint32_t, std::size_t(Role::Base) + 1> m_atoms;
-};
+std::uint32_t atomOf(const AtomsByRole& atoms, Role role) {
+    return atoms[static_cast<std::size_t>(role)];
+}
+
+std::uint32_t guideOf(const AtomsByRole& atoms, ResidueKind kind) {
+    if (kind == ResidueKind::AminoAcid)
+        return atomOf(atoms, Role::CA);
+    const std::uint32_t phosphorus = atomOf(atoms, Role::P);
+    return phosphorus != noAtom ? phosphorus : atomOf(atoms, Role::C4Sugar);
+}
 
 Point positionOf(const Contents& contents, std::uint32_t atom) {
     return atom == noAtom ? missingAtom : contents.positions[atom];
@@ -40,28 +47,31 @@ Point difference(const Point& a, const Point& b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 
-RibbonResidue ribbonResidue(const Contents& contents, const Marks& marks, std::size_t residue,
-                            const Found& found, SecondaryStructure structure) {
+// Where the base of a nucleotide begins; C1' of the sugar, where there is none.
+std::uint32_t baseOf(const AtomsByRole& atoms) {
+    for (const Role role : {Role::N9Base, Role::N1Base, Role::N3Base})
+        if (atomOf(atoms, role) != noAtom)
+            return atomOf(atoms, role);
+    return atomOf(atoms, Role::C1Sugar);
+}
+
+RibbonResidue ribbonResidue(const Contents& contents, std::size_t residue, const AtomsByRole& atoms,
+                            SecondaryStructure structure) {
     RibbonResidue made;
     const ResidueEntry& entry = contents.residues[residue];
-    const std::uint32_t guide = found.guide(entry.kind);
+    const std::uint32_t guide = guideOf(atoms, entry.kind);
+    const auto at = [&](Role role) { return positionOf(contents, atomOf(atoms, role)); };
+    made.guide = positionOf(contents, guide);
     if (entry.kind == ResidueKind::Nucleotide) {
         made.kind = RibbonResidue::Kind::Nucleotide;
-        const std::uint32_t base =
-            found[Role::Base] != noAtom ? found[Role::Base] : found[Role::C1Sugar];
-        made.direction = difference(positionOf(contents, base), positionOf(contents, guide));
+        made.direction = difference(positionOf(contents, baseOf(atoms)), made.guide);
     } else {
         made.structure = structure;
-        made.direction =
-            difference(positionOf(contents, found[Role::O]), positionOf(contents, found[Role::C]));
+        made.direction = difference(at(Role::O), at(Role::C));
     }
-    made.guide = positionOf(contents, guide);
     made.chain = entry.chain;
-    made.isShown = guide != noAtom && marks.shown[guide];
-    if (guide != noAtom) {
-        made.colour = marks.colours[guide];
+    if (guide != noAtom)
         made.id = idOf(guide);
-    }
     return made;
 }
 
@@ -70,8 +80,7 @@ bool isSame(const Point& a, const Point& b) {
 }
 
 bool isSame(const RibbonResidue& a, const RibbonResidue& b) {
-    return a.id == b.id && a.colour == b.colour && a.isShown == b.isShown &&
-           a.structure == b.structure && a.kind == b.kind && a.chain == b.chain &&
+    return a.id == b.id && a.structure == b.structure && a.kind == b.kind && a.chain == b.chain &&
            isSame(a.guide, b.guide) && isSame(a.direction, b.direction);
 }
 
@@ -83,7 +92,7 @@ bool isSame(const std::vector<RibbonResidue>& a, const std::vector<RibbonResidue
 } // namespace
 
 std::uint32_t guideOf(const Contents& contents, const Marks& marks, std::size_t residue) {
-    return Found(contents, marks, residue).guide(contents.residues[residue].kind);
+    return guideOf(atomsByRole(contents, marks, residue), contents.residues[residue].kind);
 }
 
 // The entries are structures of their own, and may stand in one place as models of one molecule do.
@@ -125,8 +134,13 @@ Ribbons::meshes(const std::shared_ptr<const Contents>& contents, const Marks& ma
         return &m_meshes;
     }
     try {
-        return renew(contents, marks, styles, RibbonStyle::forResidues(count), stop) ? &m_meshes
-                                                                                     : nullptr;
+        if (m_contents != contents || m_isRibbon != styles.ribbon ||
+            !hasSameAtoms(*contents, marks)) {
+            if (!renew(contents, marks, styles, RibbonStyle::forResidues(count), stop))
+                return nullptr;
+        }
+        close(marks);
+        return &m_meshes;
     } catch (...) {
         // What is kept must be of one time; without memory it may not be.
         *this = Ribbons();
@@ -136,15 +150,17 @@ Ribbons::meshes(const std::shared_ptr<const Contents>& contents, const Marks& ma
 
 bool Ribbons::renew(const std::shared_ptr<const Contents>& contents, const Marks& marks,
                     const Styles& styles, const RibbonStyle& style, const std::stop_token& stop) {
+    m_isRibbon.clear(); // the chains are of no time until they are complete
     std::vector<Backbone> backbones(contents->residues.size());
     for (std::size_t i = 0; i != backbones.size(); ++i)
         if (contents->residues[i].isPolymer) {
-            const Found found(*contents, marks, i);
-            backbones[i] = {found[Role::N], found[Role::CA], found[Role::C], found[Role::O]};
+            const AtomsByRole atoms = atomsByRole(*contents, marks, i);
+            backbones[i] = {atomOf(atoms, Role::N), atomOf(atoms, Role::CA), atomOf(atoms, Role::C),
+                            atomOf(atoms, Role::O)};
         }
     const bool isNew = m_contents != contents;
     if (isNew || backbones != m_backbones) {
-        m_contents = nullptr; // the structures are of no time until they are complete
+        m_contents = nullptr; // likewise the structures
         if (!assign(*contents, backbones, stop))
             return false;
         m_backbones = std::move(backbones);
@@ -152,39 +168,66 @@ bool Ribbons::renew(const std::shared_ptr<const Contents>& contents, const Marks
     }
     if (isNew || style.subdivisions != m_style.subdivisions || style.corners != m_style.corners) {
         m_chains.clear();
-        m_meshes.clear();
+        m_ribbons.clear();
     }
     m_style = style;
-    return makeMeshes(marks, styles, stop);
+    if (!makeRibbons(marks, styles, stop))
+        return false;
+    m_isRibbon = styles.ribbon;
+    return true;
 }
 
 // Only of the chains that are not as before.
-bool Ribbons::makeMeshes(const Marks& marks, const Styles& styles, const std::stop_token& stop) {
+bool Ribbons::makeRibbons(const Marks& marks, const Styles& styles, const std::stop_token& stop) {
     const Contents& contents = *m_contents;
     std::vector<std::vector<RibbonResidue>> chains;
     std::uint32_t chain = 0;
+    m_alternatives.clear();
     for (std::size_t i = 0; i != contents.residues.size(); ++i) {
         if (!styles.ribbon[i])
             continue;
         if (chains.empty() || contents.residues[i].chain != chain)
             chains.emplace_back();
         chain = contents.residues[i].chain;
-        const Found found(contents, marks, i);
-        chains.back().push_back(ribbonResidue(contents, marks, i, found, m_structures[i]));
+        bool hasAlternatives = false;
+        const AtomsByRole atoms = atomsByRole(contents, marks, i, &hasAlternatives);
+        chains.back().push_back(ribbonResidue(contents, i, atoms, m_structures[i]));
+        if (hasAlternatives)
+            m_alternatives.push_back({static_cast<std::uint32_t>(i), atoms});
     }
     m_chains.resize(chains.size());
-    m_meshes.resize(chains.size());
+    m_ribbons.resize(chains.size());
     for (std::size_t i = 0; i != chains.size(); ++i) {
-        if (m_meshes[i] && isSame(chains[i], m_chains[i]))
+        if (m_ribbons[i] && isSame(chains[i], m_chains[i]))
             continue;
         if (stop.stop_requested())
             return false;
-        m_meshes[i] = nullptr;
+        m_ribbons[i] = nullptr;
         m_chains[i] = std::move(chains[i]);
         m_chains[i].shrink_to_fit();
-        m_meshes[i] = std::make_shared<const Mesh>(makeRibbon(m_chains[i], m_style));
+        m_ribbons[i] = std::make_shared<const Ribbon>(makeRibbon(m_chains[i], m_style));
     }
     return true;
+}
+
+bool Ribbons::hasSameAtoms(const Contents& contents, const Marks& marks) const {
+    return std::all_of(m_alternatives.begin(), m_alternatives.end(), [&](const auto& one) {
+        return atomsByRole(contents, marks, one.residue) == one.atoms;
+    });
+}
+
+// What is hidden is left out of the ribbons when they are drawn, and where they end then is closed.
+void Ribbons::close(const Marks& marks) {
+    auto caps = std::make_shared<Mesh>();
+    m_meshes.clear();
+    for (const std::shared_ptr<const Ribbon>& ribbon : m_ribbons) {
+        if (ribbon->mesh.triangles.empty())
+            continue;
+        m_meshes.emplace_back(ribbon, &ribbon->mesh);
+        addCaps(*ribbon, marks.shown, *caps);
+    }
+    if (!caps->triangles.empty())
+        m_meshes.push_back(std::move(caps));
 }
 
 } // namespace view

@@ -199,39 +199,18 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
         return m_scene;
     auto scene = std::make_shared<Scene>();
     Making(snapshot.contents, *snapshot.marks, m_styles, look.background, *scene).run();
-    const auto* const ribbons =
-        m_ribbons.meshes(snapshot.contents, *snapshot.marks, m_styles, stop);
+    const Marks& marks = *snapshot.marks;
+    scene->idColours = {snapshot.marks, &marks.colours};
+    scene->idShown = {snapshot.marks, &marks.shown};
+    const auto* const ribbons = m_ribbons.meshes(snapshot.contents, marks, m_styles, stop);
     if (!ribbons || stop.stop_requested())
         return nullptr;
-    for (const auto& mesh : *ribbons)
-        if (!mesh->triangles.empty())
-            scene->meshes.push_back(mesh);
-    for (const auto& mesh : coloured())
-        if (mesh)
-            scene->meshes.push_back(mesh);
+    scene->meshes = *ribbons;
+    for (const Shape& shape : snapshot.contents->shapes)
+        if (shape.mesh && !shape.mesh->triangles.empty() && marks.shown[shape.item])
+            scene->meshes.push_back(shape.mesh);
     m_scene = std::move(scene);
     return m_scene;
-}
-
-// The meshes of the shapes, in their colours; null for what is not shown.
-const std::vector<std::shared_ptr<const Mesh>>& SceneMaker::coloured() {
-    const Contents& contents = *m_snapshot.contents;
-    const Marks& marks = *m_snapshot.marks;
-    const bool isKnown = m_coloursOf.lock() == m_snapshot.contents;
-    std::vector<std::shared_ptr<const Mesh>> meshes(contents.shapes.size());
-    for (std::size_t i = 0; i != meshes.size(); ++i) {
-        const Shape& shape = contents.shapes[i];
-        if (!shape.mesh || shape.mesh->triangles.empty() || !marks.shown[shape.item])
-            continue;
-        // One that was coloured for the last scene serves again.
-        const Colour colour = marks.colours[shape.item];
-        const auto* const last = isKnown ? m_coloured[i].get() : nullptr;
-        meshes[i] =
-            last && last->colours.front() == colour ? m_coloured[i] : inColour(shape, colour);
-    }
-    m_coloured = std::move(meshes);
-    m_coloursOf = m_snapshot.contents;
-    return m_coloured;
 }
 
 std::shared_ptr<const Scene> SceneMaker::quickScene(const Snapshot& snapshot, const Look& look) {

@@ -38,16 +38,12 @@ public:
     std::size_t size() const;
 
 private:
-    const std::vector<std::shared_ptr<const Mesh>>& coloured();
-
     std::uint64_t m_version = 0;
     // What was prepared.
     Snapshot m_snapshot;
     Look m_look;
     Styles m_styles;
     Ribbons m_ribbons;
-    std::vector<std::shared_ptr<const Mesh>> m_coloured; ///< of the shapes of the last scene
-    std::weak_ptr<const Contents> m_coloursOf;           ///< whose shapes these are
     std::shared_ptr<const Scene> m_scene;
     std::shared_ptr<const Scene> m_quick;
 };

@@ -19,14 +19,12 @@ template <class T> bool isSame(const std::vector<T>& a, const std::vector<T>& b)
            (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
 }
 
-std::shared_ptr<const Mesh> meshOf(const TAVIK::SurfaceMesh& surface, Colour colour, Id id) {
+std::shared_ptr<const Mesh> meshOf(const TAVIK::SurfaceMesh& surface, Id id) {
     auto mesh = std::make_shared<Mesh>();
     mesh->vertices = surface.vertices;
     mesh->normals = surface.normals;
     mesh->triangles = surface.triangles;
     mesh->colours = surface.colors;
-    if (mesh->colours.empty())
-        mesh->colours.assign(1, colour);
     mesh->ids.assign(1, id);
     return mesh;
 }
@@ -83,10 +81,8 @@ std::optional<Shape> shapeOf(Compound* item, std::size_t index) {
     Shape shape;
     shape.item = static_cast<std::uint32_t>(index);
     if (const auto* const surface = dynamic_cast<const TAVIK::Surface*>(item)) {
-        if (const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface)) {
-            shape.mesh = meshOf(*mesh, item->GetColor().rgba(), idOf(index));
-            shape.hasOwnColours = !mesh->colors.empty();
-        }
+        if (const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface))
+            shape.mesh = meshOf(*mesh, idOf(index));
         return shape;
     }
     if (!takeLines(item, shape))
@@ -99,8 +95,7 @@ bool isAsRead(const Shape& shape, Compound* item) {
         const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface);
         if (!mesh || !shape.mesh)
             return !mesh && !shape.mesh;
-        return shape.hasOwnColours == !mesh->colors.empty() &&
-               (!shape.hasOwnColours || isSame(shape.mesh->colours, mesh->colors)) &&
+        return isSame(shape.mesh->colours, mesh->colors) &&
                isSame(shape.mesh->vertices, mesh->vertices) &&
                isSame(shape.mesh->triangles, mesh->triangles) &&
                isSame(shape.mesh->normals, mesh->normals);
@@ -114,14 +109,6 @@ void addPoints(const Shape& shape, std::vector<Point>& points) {
     points.insert(points.end(), shape.points.begin(), shape.points.end());
     if (shape.mesh)
         points.insert(points.end(), shape.mesh->vertices.begin(), shape.mesh->vertices.end());
-}
-
-std::shared_ptr<const Mesh> inColour(const Shape& shape, Colour colour) {
-    if (!shape.mesh || shape.hasOwnColours || shape.mesh->colours.front() == colour)
-        return shape.mesh;
-    auto mesh = std::make_shared<Mesh>(*shape.mesh);
-    mesh->colours.assign(1, colour);
-    return mesh;
 }
 
 } // namespace view

@@ -13,13 +13,10 @@ namespace view {
 /// which nothing is ever drawn. Of a grid the box is drawn whose edges its shown points span.
 std::optional<Shape> shapeOf(TAVIK::Compound* item, std::size_t index);
 
-/// Whether shapeOf() would give the same again, but for the colour of a mesh without its own.
+/// Whether shapeOf() would give the same again.
 bool isAsRead(const Shape& shape, TAVIK::Compound* item);
 
 /// Appends all points of a shape, as a camera is fitted to them.
 void addPoints(const Shape& shape, std::vector<Point>& points);
-
-/// The mesh of a shape in that colour, if it is one without its own colours.
-std::shared_ptr<const Mesh> inColour(const Shape& shape, Colour colour);
 
 } // namespace view
