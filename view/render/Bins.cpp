@@ -15,6 +15,13 @@ std::size_t tilesAlong(int samples) {
 
 } // namespace
 
+Bins::Limits::Limits(const Frame& frame, std::size_t tiles)
+    : m_front(frame.front >= frame.back ? frame.front : nan), m_back(frame.back),
+      m_width(static_cast<float>(frame.width)), m_height(static_cast<float>(frame.height)),
+      m_lastColumn(static_cast<float>((frame.width - 1) / tileSide)),
+      m_lastRow(static_cast<float>((frame.height - 1) / tileSide)), m_isNumbered(tiles <= several) {
+}
+
 void Bins::start(const Frame& frame, std::size_t count) {
     m_count = count;
     m_columns = tilesAlong(frame.width);
@@ -25,6 +32,7 @@ void Bins::start(const Frame& frame, std::size_t count) {
     for (Part& part : m_parts)
         part.large.clear();
     m_large.clear();
+    m_tileOf.resize(count);
 }
 
 void Bins::mergeParts(Frame& frame) {

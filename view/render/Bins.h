@@ -2,9 +2,11 @@
 #pragma once
 
 #include "Frame.h"
+#include "Lanes.h"
 #include "Workers.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -26,6 +28,11 @@ struct Extent {
     float back;  ///< the least z
 };
 
+/// Four of them.
+struct Extents {
+    Floats left, right, top, bottom, front, back;
+};
+
 inline constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 inline constexpr Extent nowhere = {nan, nan, nan, nan, nan, nan};
 
@@ -33,8 +40,8 @@ inline constexpr Extent nowhere = {nan, nan, nan, nan, nan, nan};
 class Bins {
 public:
     /// Sorts `count` things, of which extent(index) says where they are, and widens the frame's
-    /// depth range by them. What no sample of the picture can show is left out. Returns false after
-    /// a stop request.
+    /// depth range by them. What no sample of the picture can show is left out. If there is an
+    /// extent.four(indices), it says it of four at once. Returns false after a stop request.
     template <class ExtentOf>
     bool fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers& workers);
 
@@ -58,27 +65,70 @@ private:
         int left, right, top, bottom;
         bool isLarge() const { return (right - left + 1) * (bottom - top + 1) > 16; }
     };
+    /// Instead of the only tile of a thing: that it touches several, or none.
+    static constexpr std::uint16_t several = 0xFFFE;
+    static constexpr std::uint16_t none = 0xFFFF;
 
-    static bool isBetweenPlanes(const Frame& frame, const Extent& extent) {
-        return frame.front >= frame.back && extent.front >= frame.back &&
-               extent.back <= frame.front;
+    /// What a picture shows.
+    class Limits {
+    public:
+        explicit Limits(const Frame& frame, std::size_t tiles);
+        Ints isBetweenPlanes(const Extents& extents) const {
+            return (extents.front >= all(m_back)) & (extents.back <= all(m_front));
+        }
+        /// The only tile of each of four things between the planes, or one of the above.
+        Ints tilesOf(const Extents& extents) const;
+        TileRange tileRange(const Extent& extent) const {
+            return {tileOf(extent.left, m_lastColumn), tileOf(extent.right, m_lastColumn),
+                    tileOf(extent.top, m_lastRow), tileOf(extent.bottom, m_lastRow)};
+        }
+
+    private:
+        /// The tile of a coordinate, at most `last`; 0 for what is left of the picture.
+        static int tileOf(float coordinate, float last) {
+            const float tile = std::max(0.0F, coordinate * (1.0F / tileSide));
+            return static_cast<int>(std::min(tile, last));
+        }
+        static Ints tileOf(Floats coordinates, float last) {
+            return toInts(
+                smaller(larger(coordinates * all(1.0F / tileSide), all(0.0F)), all(last)));
+        }
+
+        float m_front; ///< NaN when nothing lies between the planes
+        float m_back;
+        float m_width;
+        float m_height;
+        float m_lastColumn; ///< of tiles
+        float m_lastRow;    ///< likewise
+        bool m_isNumbered;  ///< whether there are no more tiles than numbers
+    };
+
+    /// Where four things are. They are numbered from `first` on, but none is from `end` on: the
+    /// last one stands for those.
+    template <class ExtentOf>
+    static Extents extentsOf(ExtentOf& extent, std::size_t first, std::size_t end) {
+        const std::array<std::size_t, 4> i = {first, std::min(first + 1, end - 1),
+                                              std::min(first + 2, end - 1),
+                                              std::min(first + 3, end - 1)};
+        if constexpr (requires { extent.four(i); }) {
+            return extent.four(i);
+        } else {
+            const std::array<Extent, 4> e = {extent(i[0]), extent(i[1]), extent(i[2]),
+                                             extent(i[3])};
+            const auto four = [&e](float Extent::*side) {
+                return Floats{e[0].*side, e[1].*side, e[2].*side, e[3].*side};
+            };
+            return {four(&Extent::left),   four(&Extent::right), four(&Extent::top),
+                    four(&Extent::bottom), four(&Extent::front), four(&Extent::back)};
+        }
     }
-    static bool isOnScreen(const Frame& frame, const Extent& extent) {
-        return extent.right >= 0 && extent.left <= static_cast<float>(frame.width) &&
-               extent.bottom >= 0 && extent.top <= static_cast<float>(frame.height);
-    }
-    /// The tile of a coordinate, at most `last`; 0 for what is left of the picture.
-    static int tileOf(float coordinate, int last) {
-        const float tile = coordinate * (1.0F / tileSide);
-        if (!(tile > 0))
-            return 0;
-        return tile < static_cast<float>(last) ? static_cast<int>(tile) : last;
-    }
-    static TileRange tilesAt(const Frame& frame, const Extent& extent) {
-        const int lastColumn = (frame.width - 1) / tileSide;
-        const int lastRow = (frame.height - 1) / tileSide;
-        return {tileOf(extent.left, lastColumn), tileOf(extent.right, lastColumn),
-                tileOf(extent.top, lastRow), tileOf(extent.bottom, lastRow)};
+    std::size_t firstOf(std::size_t part) const { return m_count * part / m_parts.size(); }
+    template <class ExtentOf> void countPart(const Frame& frame, ExtentOf extent, std::size_t part);
+    template <class ExtentOf> void fillPart(const Frame& frame, ExtentOf extent, std::size_t part);
+    template <class Use> void eachTile(const TileRange& range, const Use& use) const {
+        for (int row = range.top; row <= range.bottom; ++row)
+            for (int column = range.left; column <= range.right; ++column)
+                use(static_cast<std::size_t>(row) * m_columns + static_cast<std::size_t>(column));
     }
     void start(const Frame& frame, std::size_t count);
     /// Turns the numbers of things into places in `m_entries`.
@@ -92,65 +142,87 @@ private:
     std::vector<std::size_t> m_starts;
     std::vector<std::uint32_t> m_entries;
     std::vector<std::uint32_t> m_large;
+    std::vector<std::uint16_t> m_tileOf; ///< by thing: its only tile, or one of the above
 };
+
+inline Ints Bins::Limits::tilesOf(const Extents& extents) const {
+    const Ints isOnScreen = (extents.right >= all(0.0F)) & (extents.left <= all(m_width)) &
+                            (extents.bottom >= all(0.0F)) & (extents.top <= all(m_height));
+    const Ints left = tileOf(extents.left, m_lastColumn);
+    const Ints top = tileOf(extents.top, m_lastRow);
+    const Ints isInOne = (left == tileOf(extents.right, m_lastColumn)) &
+                         (top == tileOf(extents.bottom, m_lastRow)) & all(m_isNumbered ? -1 : 0);
+    const Ints tile = top * all(static_cast<std::int32_t>(m_lastColumn) + 1) + left;
+    return select(isOnScreen, select(isInOne, tile, all(std::int32_t{several})),
+                  all(std::int32_t{none}));
+}
 
 template <class ExtentOf>
 bool Bins::fill(Frame& frame, std::size_t count, const ExtentOf& extent, Workers& workers) {
     start(frame, count);
-    // Calls use(thing, extent, tiles) for the things of a part that may be seen.
-    const auto walk = [&](std::size_t part, const auto& meet, const auto& use) {
-        ExtentOf extentHere = extent; // which may remember something of the last one
-        const std::size_t end = m_count * (part + 1) / m_parts.size();
-        for (std::size_t i = m_count * part / m_parts.size(); i < end; ++i) {
-            const Extent at = extentHere(i);
-            if (!isBetweenPlanes(frame, at))
-                continue;
-            meet(at);
-            if (isOnScreen(frame, at))
-                use(static_cast<std::uint32_t>(i), at, tilesAt(frame, at));
-        }
-    };
-    const auto eachTile = [this](const TileRange& range, const auto& use) {
-        for (int row = range.top; row <= range.bottom; ++row)
-            for (int column = range.left; column <= range.right; ++column)
-                use(static_cast<std::size_t>(row) * m_columns + static_cast<std::size_t>(column));
-    };
-    const auto countPart = [&](std::size_t index, std::size_t) {
-        Part& part = m_parts[index];
-        part.counts.assign(m_tiles, 0);
-        float nearZ = -std::numeric_limits<float>::infinity();
-        float farZ = std::numeric_limits<float>::infinity();
-        walk(
-            index,
-            [&](const Extent& at) {
-                nearZ = std::max(nearZ, at.front);
-                farZ = std::min(farZ, at.back);
-            },
-            [&](std::uint32_t thing, const Extent& at, const TileRange& range) {
-                if (range.isLarge())
-                    part.large.emplace_back(at.front, thing);
-                else
-                    eachTile(range, [&](std::size_t tile) { ++part.counts[tile]; });
-            });
-        part.nearZ = nearZ;
-        part.farZ = farZ;
-    };
-    const auto fillPart = [&](std::size_t index, std::size_t) {
-        Part& part = m_parts[index];
-        walk(
-            index, [](const Extent&) {},
-            [&](std::uint32_t thing, const Extent&, const TileRange& range) {
-                if (!range.isLarge())
-                    eachTile(range, [&](std::size_t tile) {
-                        m_entries[m_starts[tile] + part.counts[tile]++] = thing;
-                    });
-            });
-    };
-    if (!workers.run(m_parts.size(), countPart, frame.stop))
+    if (!workers.run(
+            m_parts.size(), [&](std::size_t part, std::size_t) { countPart(frame, extent, part); },
+            frame.stop))
         return false;
     mergeParts(frame);
     placeEntries();
-    return workers.run(m_parts.size(), fillPart, frame.stop);
+    return workers.run(
+        m_parts.size(), [&](std::size_t part, std::size_t) { fillPart(frame, extent, part); },
+        frame.stop);
+}
+
+// `extent` is a copy, as it may remember something of the last thing.
+template <class ExtentOf>
+void Bins::countPart(const Frame& frame, ExtentOf extent, std::size_t index) {
+    Part& part = m_parts[index];
+    part.counts.assign(m_tiles, 0);
+    const Limits limits(frame, m_tiles);
+    std::uint32_t* const counts = part.counts.data();
+    Floats nearZ = all(-std::numeric_limits<float>::infinity());
+    Floats farZ = all(std::numeric_limits<float>::infinity());
+    const std::size_t end = firstOf(index + 1);
+    for (std::size_t i = firstOf(index); i < end; i += 4) {
+        const Extents at = extentsOf(extent, i, end);
+        const Ints isThere = limits.isBetweenPlanes(at);
+        nearZ = larger(select(isThere, at.front, nearZ), nearZ);
+        farZ = smaller(select(isThere, at.back, farZ), farZ);
+        const Ints tiles = select(isThere, limits.tilesOf(at), all(std::int32_t{none}));
+        for (std::size_t lane = 0; lane < std::min<std::size_t>(end - i, 4); ++lane) {
+            const auto tile = static_cast<std::uint16_t>(tiles[lane]);
+            m_tileOf[i + lane] = tile;
+            if (tile < several) {
+                ++counts[tile];
+            } else if (tile == several) {
+                const TileRange range = limits.tileRange(extent(i + lane));
+                if (range.isLarge())
+                    part.large.emplace_back(at.front[lane], static_cast<std::uint32_t>(i + lane));
+                else
+                    eachTile(range, [&](std::size_t t) { ++counts[t]; });
+            }
+        }
+    }
+    part.nearZ = std::max({nearZ[0], nearZ[1], nearZ[2], nearZ[3]});
+    part.farZ = std::min({farZ[0], farZ[1], farZ[2], farZ[3]});
+}
+
+template <class ExtentOf>
+void Bins::fillPart(const Frame& frame, ExtentOf extent, std::size_t index) {
+    const Limits limits(frame, m_tiles);
+    std::uint32_t* const counts = m_parts[index].counts.data();
+    const auto put = [&](std::size_t tile, std::size_t thing) {
+        m_entries[m_starts[tile] + counts[tile]++] = static_cast<std::uint32_t>(thing);
+    };
+    const std::size_t end = firstOf(index + 1);
+    for (std::size_t i = firstOf(index); i < end; ++i) {
+        const std::uint16_t tile = m_tileOf[i];
+        if (tile < several) {
+            put(tile, i);
+        } else if (tile == several) {
+            const TileRange range = limits.tileRange(extent(i));
+            if (!range.isLarge())
+                eachTile(range, [&](std::size_t t) { put(t, i); });
+        }
+    }
 }
 
 } // namespace view

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Camera.h"
+#include "Lanes.h"
 #include "Scene.h"
 #include "Workers.h"
 
@@ -18,6 +19,13 @@ struct Place {
     float x; ///< NaN, like the others, when the point cannot be drawn
     float y;
     float z;
+};
+
+/// Four of them.
+struct Places {
+    Floats x, y, z;
+    Places(const Place& a, const Place& b, const Place& c, const Place& d)
+        : x{a.x, b.x, c.x, d.x}, y{a.y, b.y, c.y, d.y}, z{a.z, b.z, c.z, d.z} {}
 };
 
 /// Every drawn thing has a number, counted through the balls, the two halves of each stick, those

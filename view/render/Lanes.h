@@ -48,12 +48,28 @@ inline Floats select(Ints mask, Floats yes, Floats no) {
     return Floats(select(mask, Ints(yes), Ints(no)));
 }
 
-/// `b` where a lane of `a` is NaN.
+/// `b` where a lane of one of them is NaN.
 inline Floats larger(Floats a, Floats b) {
+#ifdef __SSE2__
+    return _mm_max_ps(a, b);
+#else
     return select(a > b, a, b);
+#endif
 }
 inline Floats smaller(Floats a, Floats b) {
+#ifdef __SSE2__
+    return _mm_min_ps(a, b);
+#else
     return select(a < b, a, b);
+#endif
+}
+
+inline Floats toFloats(Ints x) {
+    return __builtin_convertvector(x, Floats);
+}
+/// Towards 0.
+inline Ints toInts(Floats x) {
+    return __builtin_convertvector(x, Ints);
 }
 
 inline Floats squareRoot(Floats x) {

@@ -58,48 +58,7 @@ void drawLine(Tile& tile, const Frame& frame, std::uint32_t index) {
     tile.touch(range);
 }
 
-void drawDot(Tile& tile, const Frame& frame, std::uint32_t index) {
-    const Extent extent = dotExtent(frame, index);
-    const Tile::Range range = tile.range(extent);
-    if (range.isEmpty() || tile.hides(range, extent.front))
-        return;
-    const Place& centre = frame.points[frame.scene->dots[index]];
-    const Floats squaredHalf = all(frame.dotHalf * frame.dotHalf);
-    const Floats depth = all(centre.z);
-    const Ints number = all(frame.dotStart + static_cast<Number>(index));
-    const Ints isThere = isBetweenPlanes(frame, depth);
-    // The sample that holds the centre, which a small dot may otherwise miss.
-    const float row = std::floor(centre.y) + 0.5F;
-    const float column = std::floor(centre.x) + 0.5F;
-    eachGroup(tile, range, [&](int tileRow, int tileColumn, Floats x, float y) {
-        const Floats dx = x - all(centre.x);
-        const Floats dy = all(y - centre.y);
-        const Ints isCentre = y == row ? x == all(column) : all(0);
-        const Ints mask = ((dx * dx + dy * dy <= squaredHalf) | isCentre) & isThere;
-        tile.put(tileRow, tileColumn, mask, depth, number);
-    });
-    tile.touch(range);
-}
-
 } // namespace
-
-Extent lineExtent(const Frame& frame, std::size_t line) {
-    const auto& [from, to] = frame.scene->lines[line];
-    const Place& a = frame.points[from];
-    const Place& b = frame.points[to];
-    if (std::isnan(a.x) || std::isnan(b.x))
-        return nowhere;
-    const float half = frame.lineHalf;
-    return {std::min(a.x, b.x) - half, std::max(a.x, b.x) + half, std::min(a.y, b.y) - half,
-            std::max(a.y, b.y) + half, std::max(a.z, b.z),        std::min(a.z, b.z)};
-}
-
-// At least a sample's diagonal wide, so that it holds the sample at the centre.
-Extent dotExtent(const Frame& frame, std::size_t dot) {
-    const Place& at = frame.points[frame.scene->dots[dot]];
-    const float half = std::max(frame.dotHalf, 0.70711F);
-    return {at.x - half, at.x + half, at.y - half, at.y + half, at.z, at.z};
-}
 
 void drawLines(Tile& tile, const Frame& frame, const Bins& lines, std::size_t tileIndex,
                FrontToBack& order) {
@@ -107,14 +66,6 @@ void drawLines(Tile& tile, const Frame& frame, const Bins& lines, std::size_t ti
         tile, frame, lines, tileIndex,
         [&](std::uint32_t line) { return lineExtent(frame, line).front; },
         [&](std::uint32_t line) { drawLine(tile, frame, line); });
-}
-
-void drawDots(Tile& tile, const Frame& frame, const Bins& dots, std::size_t tileIndex,
-              FrontToBack& order) {
-    order.draw(
-        tile, frame, dots, tileIndex,
-        [&](std::uint32_t dot) { return dotExtent(frame, dot).front; },
-        [&](std::uint32_t dot) { drawDot(tile, frame, dot); });
 }
 
 } // namespace view

@@ -5,10 +5,14 @@
 
 #include <QImage>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
 namespace view {
+
+/// Where something was drawn into a tile, as Tile says.
+using DrawnRuns = std::array<std::uint64_t, 8>;
 
 struct Picture {
     QImage image; ///< Format_RGB32
@@ -20,9 +24,9 @@ struct Picture {
     /// For the next picture in the same memory: where this one shows something. The rest need not
     /// be written again. For the renderer alone.
     struct Drawn {
-        std::vector<std::uint64_t> blocks; ///< by tile, a bit a block
-        int width = 0;                     ///< samples; 0 when nothing is known
-        int height = 0;                    ///< likewise
+        std::vector<DrawnRuns> tiles;
+        int width = 0;  ///< samples; 0 when nothing is known
+        int height = 0; ///< likewise
         Colour background = 0;
     };
     Drawn drawn;

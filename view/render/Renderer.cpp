@@ -2,6 +2,7 @@
 
 #include "Balls.h"
 #include "Bins.h"
+#include "Dots.h"
 #include "Frame.h"
 #include "Lines.h"
 #include "Shading.h"
@@ -28,6 +29,7 @@ struct Brush {
     TileColours colours;
     BallPainter balls;
     TrianglePainter triangles;
+    DotPainter dots;
     FrontToBack order;
 };
 
@@ -68,28 +70,6 @@ void writeBlank(const Canvas& canvas, const Look& look, std::size_t x, std::size
     std::fill_n(canvas.ids + y * canvas.width + x, count, noId);
     std::fill_n(canvas.depths + y * canvas.width + x, count,
                 -std::numeric_limits<float>::infinity());
-}
-
-/// Calls use(from, end, isBlank) for the samples of a row of a tile, where something was drawn near
-/// by or where nothing was; not for blocks that show nothing now as before.
-template <class Use>
-void forRuns(const Tile& tile, std::uint64_t drawnBefore, int row, const Use& use) {
-    const int shift = row / Tile::blockSide * Tile::blocksASide;
-    const std::uint64_t now = tile.drawnBlocks() >> shift;
-    const std::uint64_t before = drawnBefore >> shift;
-    const auto kind = [&](int sample) {
-        const int block = sample / Tile::blockSide;
-        return std::pair(now >> block & 1U, before >> block & 1U);
-    };
-    for (int from = 0, end = 0; from < tile.width(); from = end) {
-        const auto [isDrawn, wasDrawn] = kind(from);
-        do
-            end += Tile::blockSide;
-        while (end < tile.width() && kind(end) == kind(from));
-        end = std::min(end, tile.width());
-        if (isDrawn || wasDrawn)
-            use(from, end, !isDrawn);
-    }
 }
 
 /// Writes samples of a row, each of them a pixel.
@@ -160,24 +140,28 @@ void writeMean(const Brush& brush, const Frame& frame, const Canvas& canvas, int
     canvas.depths[y * canvas.width + x] = depth * (1 / frame.scale);
 }
 
-/// Writes a tile that has so many samples along each side of a pixel.
+/// Writes a tile that has so many samples along each side of a pixel, but for what shows nothing
+/// now as before.
 void writeTile(const Brush& brush, const Frame& frame, const Look& look, int samples,
-               const Canvas& canvas, std::uint64_t drawnBefore) {
+               const Canvas& canvas, const Tile::Runs& drawnBefore) {
     const Tile& tile = brush.tile;
-    if ((tile.drawnBlocks() | drawnBefore) == 0)
-        return;
-    for (int row = 0; row < tile.height(); row += samples)
-        forRuns(tile, drawnBefore, row, [&](int from, int end, bool isBlank) {
-            if (isBlank)
-                return writeBlank(canvas, look,
-                                  static_cast<std::size_t>((tile.left() + from) / samples),
-                                  static_cast<std::size_t>((tile.top() + row) / samples),
-                                  static_cast<std::size_t>((end - from) / samples));
+    const unsigned inPicture = (2U << ((tile.width() - 1) / Tile::blockSide)) - 1;
+    for (int row = 0; row < tile.height(); row += samples) {
+        const unsigned now = Tile::runsOf(tile.drawnRuns(), row);
+        const unsigned before = Tile::runsOf(drawnBefore, row) & inPicture;
+        Tile::eachRun(before & ~now, [&](int from, int end) {
+            writeBlank(canvas, look, static_cast<std::size_t>((tile.left() + from) / samples),
+                       static_cast<std::size_t>((tile.top() + row) / samples),
+                       static_cast<std::size_t>((std::min(end, tile.width()) - from) / samples));
+        });
+        Tile::eachRun(now, [&](int from, int end) {
+            end = std::min(end, tile.width());
             if (samples == 1)
                 return writeSamples(brush, frame, canvas, row, from, end);
             for (int column = from; column < end; column += 2)
                 writeMean(brush, frame, canvas, row, column);
         });
+    }
 }
 
 } // namespace
@@ -212,7 +196,7 @@ bool Renderer::Buffers::arrange() {
     if (!sort(balls, scene.balls.size(), [&](std::size_t i) { return ballExtent(f, i); }) ||
         !sort(sticks, scene.sticks.size(), [&](std::size_t i) { return stickExtent(f, i); }) ||
         !sort(lines, scene.lines.size(), [&](std::size_t i) { return lineExtent(f, i); }) ||
-        !sort(dots, scene.dots.size(), [&](std::size_t i) { return dotExtent(f, i); }) ||
+        !sort(dots, scene.dots.size(), DotExtents(f)) ||
         !sort(triangles, frame.triangleCount, TriangleExtents(f)))
         return false;
     frame.nearZ = std::min(frame.nearZ, frame.front);
@@ -228,7 +212,7 @@ void Renderer::Buffers::drawTile(std::size_t index, Brush& brush) const {
     drawSticks(brush.tile, frame, sticks, index, brush.order);
     brush.triangles.draw(brush.tile, frame, triangles, index);
     drawLines(brush.tile, frame, lines, index, brush.order);
-    drawDots(brush.tile, frame, dots, index, brush.order);
+    brush.dots.draw(brush.tile, frame, dots, index);
 }
 
 Renderer::Renderer(unsigned threads) : m_buffers(std::make_unique<Buffers>(threads)) {}
@@ -263,17 +247,21 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
     Picture::Drawn& drawn = picture.drawn;
     if (drawn.width != frame.width || drawn.height != frame.height ||
         drawn.background != look.background)
-        drawn = {std::vector<std::uint64_t>(tiles, ~std::uint64_t{0}), frame.width, frame.height,
+        drawn = {std::vector<Tile::Runs>(tiles, Tile::allRuns), frame.width, frame.height,
                  look.background};
     const bool isWhole = buffers.workers.run(
         tiles,
         [&](std::size_t index, std::size_t worker) {
             Brush& brush = buffers.brushes[worker];
             buffers.drawTile(index, brush);
-            if (!brush.tile.isEmpty())
-                shade(brush.tile, frame, look, brush.colours);
+            Tile::Runs& before = drawn.tiles[index];
+            if (brush.tile.isEmpty() && before == Tile::Runs())
+                return;
+            if (samples == 2)
+                brush.tile.touchPairs();
+            shade(brush.tile, frame, look, brush.colours);
             writeTile(brush, frame, look, samples, canvas,
-                      std::exchange(drawn.blocks[index], brush.tile.drawnBlocks()));
+                      std::exchange(before, brush.tile.drawnRuns()));
         },
         stop);
     // A tile that noticed the request itself was left unfinished.

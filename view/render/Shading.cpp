@@ -98,13 +98,16 @@ Surface stickSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Float
             all(0)};
 }
 
-/// Lines and dots.
-Surface flatSurface(const Frame& frame, Ints numbers) {
+/// Of lines and dots.
+Ints flatColour(const Frame& frame, Ints numbers) {
     const auto colour = [&](int i) {
         return plain(frame.scene->colours[pointOf(frame, numbers[i])]);
     };
-    return {all(0.0F), all(0.0F), all(1.0F), Ints{colour(0), colour(1), colour(2), colour(3)},
-            all(-1)};
+    return Ints{colour(0), colour(1), colour(2), colour(3)};
+}
+
+Surface flatSurface(const Frame& frame, Ints numbers) {
+    return {all(0.0F), all(0.0F), all(1.0F), flatColour(frame, numbers), all(-1)};
 }
 
 Surface triangleSurface(const Frame& frame, Ints numbers, Floats x, Floats y) {
@@ -112,7 +115,7 @@ Surface triangleSurface(const Frame& frame, Ints numbers, Floats x, Floats y) {
     return {points.x, points.y, points.z, points.colour, all(0)};
 }
 
-/// Four samples that show things of several kinds, or nothing.
+/// Four samples that show things of several kinds.
 Surface mixedSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
     Surface surface = {all(0.0F), all(0.0F), all(1.0F), all(0), all(-1)};
     // Lanes of other kinds are calculated as copies of the first lane of the kind.
@@ -158,17 +161,16 @@ std::array<float, 3> halfway(const std::array<float, 3>& light) {
 Ints channel(Ints colour, int shift) {
     return (colour >> shift) & all(255);
 }
-Floats toFloats(Ints x) {
-    return __builtin_convertvector(x, Floats);
-}
 Ints rounded(Floats x) {
-    return __builtin_convertvector(x + all(0.5F), Ints);
+    return toInts(x + all(0.5F));
 }
 
+/// What all samples of a tile share.
 struct Cue {
     Floats nearest;
     Floats factor;
     Ints background;
+    std::array<float, 3> highlightAxis = halfway(mainLight);
 
     Cue(const Frame& frame, const Look& look)
         : nearest(all(frame.nearZ)), background(all(plain(look.background))) {
@@ -177,25 +179,47 @@ struct Cue {
     }
 };
 
-Ints lit(const Surface& surface, Floats depth, const Cue& cue, const Surface& highlightAxis) {
-    const Floats light = select(surface.isFlat, all(1.0F),
-                                all(ambientPart) + all(mainPart) * cosine(surface, mainLight) +
-                                    all(fillPart) * cosine(surface, fillLight));
-    Floats shine = larger(surface.x * highlightAxis.x + surface.y * highlightAxis.y +
-                              surface.z * highlightAxis.z,
-                          all(0.0F));
-    for (int power = 1; power < 32; power *= 2)
-        shine *= shine;
-    shine = select(surface.isFlat, all(0.0F), shine * all(highlightPart * 255));
+/// Colours at a depth: own(shift) is a channel of theirs, 0 to 255.
+template <class Own> Ints cued(const Cue& cue, Floats depth, const Own& own) {
     const Floats away = smaller(larger((cue.nearest - depth) * cue.factor, all(0.0F)), all(1.0F));
     Ints result = all(plain(0xFF000000U));
     for (const int shift : {0, 8, 16}) {
-        const Floats own =
-            smaller(toFloats(channel(surface.colour, shift)) * light + shine, all(255.0F));
-        const Floats mixed = own + (toFloats(channel(cue.background, shift)) - own) * away;
+        const Floats near = own(shift);
+        const Floats mixed = near + (toFloats(channel(cue.background, shift)) - near) * away;
         result |= rounded(mixed) << shift;
     }
     return result;
+}
+
+Ints lit(const Surface& surface, Floats depth, const Cue& cue) {
+    const Floats light = select(surface.isFlat, all(1.0F),
+                                all(ambientPart) + all(mainPart) * cosine(surface, mainLight) +
+                                    all(fillPart) * cosine(surface, fillLight));
+    Floats shine = cosine(surface, cue.highlightAxis);
+    for (int power = 1; power < 32; power *= 2)
+        shine *= shine;
+    shine = select(surface.isFlat, all(0.0F), shine * all(highlightPart * 255));
+    return cued(cue, depth, [&](int shift) {
+        return smaller(toFloats(channel(surface.colour, shift)) * light + shine, all(255.0F));
+    });
+}
+
+/// Colours of four samples that show something.
+Ints coloursOf(const Frame& frame, const Cue& cue, Ints numbers, Floats x, Floats y, Floats depth) {
+    const auto isAll = [numbers](Number start, Number end) {
+        return !isAny((numbers < all(start)) | (numbers >= all(end)));
+    };
+    if (isAll(0, frame.stickStart))
+        return lit(ballSurface(frame, numbers, x, y, depth), depth, cue);
+    if (isAll(frame.stickStart, frame.lineStart))
+        return lit(stickSurface(frame, numbers, x, y, depth), depth, cue);
+    if (isAll(frame.triangleStart, noNumber))
+        return lit(triangleSurface(frame, numbers, x, y), depth, cue);
+    if (isAll(frame.lineStart, frame.triangleStart)) {
+        const Ints colour = flatColour(frame, numbers);
+        return cued(cue, depth, [colour](int shift) { return toFloats(channel(colour, shift)); });
+    }
+    return lit(mixedSurface(frame, numbers, x, y, depth), depth, cue);
 }
 
 } // namespace
@@ -203,30 +227,33 @@ Ints lit(const Surface& surface, Floats depth, const Cue& cue, const Surface& hi
 void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& colours) {
     const Cue cue(frame, look);
     const Ints background = all(plain(look.background | 0xFF000000U));
-    const std::array<float, 3> axis = halfway(mainLight);
-    const Surface highlightAxis = {all(axis[0]), all(axis[1]), all(axis[2]), {}, {}};
     const auto shadeGroup = [&](int row, int column) {
-        const Ints numbers = load(tile.numbers(row) + column);
+        Ints numbers = load(tile.numbers(row) + column);
         const Ints isSeen = numbers != all(noNumber);
         Ints result = background;
         if (isAny(isSeen)) {
-            const Floats y = all(static_cast<float>(tile.top() + row) + 0.5F);
-            const Floats depth = load(tile.depths(row) + column);
+            Floats depth = load(tile.depths(row) + column);
             const float left = static_cast<float>(tile.left() + column) + 0.5F;
-            const Floats x = {left, left + 1, left + 2, left + 3};
-            const bool isMixed = isAny(numbers >= all(frame.stickStart));
-            result = lit(isMixed ? mixedSurface(frame, numbers, x, y, depth)
-                                 : ballSurface(frame, numbers, x, y, depth),
-                         depth, cue, highlightAxis);
-            result = select(isSeen, result, background);
+            Floats x = {left, left + 1, left + 2, left + 3};
+            if (isAny(~isSeen)) {
+                // The others are calculated as copies of one.
+                int lane = 0;
+                while (isSeen[lane] == 0)
+                    ++lane;
+                numbers = select(isSeen, numbers, all(numbers[lane]));
+                depth = select(isSeen, depth, all(depth[lane]));
+                x = select(isSeen, x, all(x[lane]));
+            }
+            const Floats y = all(static_cast<float>(tile.top() + row) + 0.5F);
+            result = select(isSeen, coloursOf(frame, cue, numbers, x, y, depth), background);
         }
         store(colours.data() + row * tileSide + column, result);
     };
-    for (int row = 0; row < tile.height(); ++row) {
-        for (int column = 0; column < tile.width(); column += 4)
-            if (!tile.isBlank(column / Tile::blockSide, row / Tile::blockSide))
+    for (int row = 0; row < tile.height(); ++row)
+        Tile::eachRun(Tile::runsOf(tile.drawnRuns(), row), [&](int from, int end) {
+            for (int column = from; column < end; column += 4)
                 shadeGroup(row, column);
-    }
+        });
 }
 
 Id idOf(const Frame& frame, Number number) {

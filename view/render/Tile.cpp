@@ -11,6 +11,7 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 /// After so many touched samples it pays to look how far away a block is now.
 constexpr int touchesAnUpdate = 96;
+constexpr std::uint64_t everyByte = 0x0101010101010101;
 
 } // namespace
 
@@ -19,28 +20,48 @@ void Tile::begin(int left, int top, int width, int height) {
     m_top = top;
     const int tileWidth = std::min(tileSide, width - left);
     const int tileHeight = std::min(tileSide, height - top);
-    if (tileWidth != m_width || tileHeight != m_height)
-        m_drawn = ~std::uint64_t{0};
-    m_width = tileWidth;
-    m_height = tileHeight;
-    // The other blocks are as they were made empty.
-    for (; m_drawn != 0; m_drawn &= m_drawn - 1)
-        emptyBlock(static_cast<std::size_t>(std::countr_zero(m_drawn)));
     m_isDepthOld = true;
+    if (tileWidth != m_width || tileHeight != m_height) {
+        m_width = tileWidth;
+        m_height = tileHeight;
+        emptyAll();
+        return;
+    }
+    // The rest is as it was made empty.
+    for (int row = 0; row < blocksASide; ++row)
+        if (m_drawn[static_cast<std::size_t>(row)] != 0)
+            emptyRows(row);
 }
 
-void Tile::emptyBlock(std::size_t block) {
-    const int top = static_cast<int>(block) / blocksASide * blockSide;
-    const int left = static_cast<int>(block) % blocksASide * blockSide;
-    const int width = std::clamp(m_width - left, 0, blockSide);
-    for (int row = top; row < top + blockSide; ++row) {
-        // Nothing is nearer than samples beyond the picture, so that they hide all.
-        float* const depth = depths(row) + left;
-        std::fill_n(depth, blockSide, infinity);
-        std::fill_n(depth, row < m_height ? width : 0, -infinity);
-        std::fill_n(numbers(row) + left, blockSide, noNumber);
+void Tile::emptyAll() {
+    // Nothing is nearer than samples beyond the picture, so that they hide all.
+    m_depths.fill(infinity);
+    m_numbers.fill(noNumber);
+    for (int row = 0; row < m_height; ++row)
+        std::fill_n(depths(row), m_width, -infinity);
+    for (std::size_t block = 0; block < m_blockDepths.size(); ++block)
+        updateBlock(block);
+    m_drawn = {};
+}
+
+void Tile::emptyRows(int blockRow) {
+    unsigned columns = 0;
+    for (int i = 0; i < blockSide; ++i) {
+        const int row = blockRow * blockSide + i;
+        const unsigned runs = runsOf(m_drawn, row);
+        columns |= runs;
+        eachRun(runs, [&](int from, int end) {
+            std::fill(depths(row) + from, depths(row) + std::min(end, m_width), -infinity);
+            std::fill(numbers(row) + from, numbers(row) + end, noNumber);
+        });
     }
-    updateBlock(block);
+    for (; columns != 0; columns &= columns - 1) {
+        const auto block =
+            static_cast<std::size_t>(blockRow * blocksASide + std::countr_zero(columns));
+        m_blockDepths[block] = -infinity;
+        m_blockTouches[block] = 0;
+    }
+    m_drawn[static_cast<std::size_t>(blockRow)] = 0;
 }
 
 bool Tile::hides(float front) {
@@ -51,7 +72,20 @@ bool Tile::hides(float front) {
     return m_depth > front;
 }
 
+void Tile::mark(const Range& range) {
+    // The runs of a row, in each byte.
+    const std::uint64_t runs =
+        everyByte * ((2U << range.right / blockSide) - (1U << range.left / blockSide));
+    for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
+        const int first = std::max(range.top - y * blockSide, 0);
+        const int last = std::min(range.bottom - y * blockSide, blockSide - 1);
+        m_drawn[static_cast<std::size_t>(y)] |=
+            runs & (~std::uint64_t{0} << (first * 8)) & (~std::uint64_t{0} >> ((7 - last) * 8));
+    }
+}
+
 void Tile::touch(const Range& range) {
+    mark(range);
     for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
         const int rows = std::min(range.bottom, y * blockSide + blockSide - 1) -
                          std::max(range.top, y * blockSide) + 1;
@@ -59,12 +93,17 @@ void Tile::touch(const Range& range) {
             const int columns = std::min(range.right, x * blockSide + blockSide - 1) -
                                 std::max(range.left, x * blockSide) + 1;
             const auto block = static_cast<std::size_t>(y * blocksASide + x);
-            m_drawn |= std::uint64_t{1} << block;
             m_blockTouches[block] += rows * columns;
             if (m_blockTouches[block] >= touchesAnUpdate)
                 updateBlock(block);
         }
     }
+}
+
+void Tile::touchPairs() {
+    constexpr std::uint64_t evenBytes = 0x00FF00FF00FF00FF;
+    for (std::uint64_t& drawn : m_drawn)
+        drawn |= (drawn & evenBytes) << 8 | (drawn >> 8 & evenBytes);
 }
 
 void Tile::updateBlock(std::size_t block) {

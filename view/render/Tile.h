@@ -4,10 +4,13 @@
 
 #include "Bins.h"
 #include "Lanes.h"
+#include "Picture.h"
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <tuple>
 
 namespace view {
 
@@ -15,6 +18,30 @@ class Tile {
 public:
     static constexpr int blockSide = 8;
     static constexpr int blocksASide = tileSide / blockSide;
+
+    /// Where something was drawn: by row of blocks a byte for each row of samples, the uppermost in
+    /// the lowest byte, and in it a bit for each run of blockSide samples, the leftmost in the
+    /// lowest bit.
+    using Runs = DrawnRuns;
+    static_assert(blocksASide == 8 && blockSide == 8 && std::tuple_size_v<Runs> == blocksASide);
+    static constexpr Runs allRuns = [] {
+        Runs runs;
+        runs.fill(~std::uint64_t{0});
+        return runs;
+    }();
+    /// The bits of a row.
+    static unsigned runsOf(const Runs& runs, int row) {
+        return runs[static_cast<std::size_t>(row / blockSide)] >> (row % blockSide * 8) & 0xFFU;
+    }
+    /// Calls use(from, end) for the samples of a row that have bits, as few times as can be.
+    template <class Use> static void eachRun(unsigned bits, const Use& use) {
+        while (bits != 0) {
+            const int first = std::countr_zero(bits);
+            const int last = first + std::countr_one(bits >> first);
+            use(first * blockSide, last * blockSide);
+            bits &= ~0U << last;
+        }
+    }
 
     /// Empties the tile and moves it: `left` and `top` are the first sample's place in a picture of
     /// width x height samples. Nothing is ever drawn beyond the picture.
@@ -76,12 +103,15 @@ public:
 
     /// Says that something was drawn in the range, which hides() learns now or later.
     void touch(const Range& range);
-    /// Whether nothing was drawn into a block; x and y count blocks.
-    bool isBlank(int x, int y) const { return (m_drawn >> (y * blocksASide + x) & 1U) == 0; }
-    /// A bit for each block that something was drawn into, row by row.
-    std::uint64_t drawnBlocks() const { return m_drawn; }
+    /// Likewise, where hides() need not learn it.
+    void mark(const Range& range);
+    /// Says that the rows above and below, in pairs from the first row on, are to be taken for
+    /// drawn where one of them is: they make up pixels.
+    void touchPairs();
+    /// Where something was drawn, and perhaps a little more.
+    const Runs& drawnRuns() const { return m_drawn; }
     /// Whether nothing was drawn.
-    bool isEmpty() const { return m_drawn == 0; }
+    bool isEmpty() const { return m_drawn == Runs(); }
 
 private:
     /// The sample of a coordinate relative to the tile, between `first` and `last`.
@@ -96,13 +126,13 @@ private:
         return sample + (static_cast<float>(sample) < coordinate ? 1 : 0);
     }
     void updateBlock(std::size_t block);
-    void emptyBlock(std::size_t block);
+    void emptyAll();
+    void emptyRows(int blockRow);
 
-    static_assert(blocksASide * blocksASide == 64);
-    std::uint64_t m_drawn = ~std::uint64_t{0}; ///< a bit a block; at first none is empty
+    Runs m_drawn;
     int m_left = 0;
     int m_top = 0;
-    int m_width = 0;
+    int m_width = 0; ///< 0 before the first use
     int m_height = 0;
     float m_depth = 0; ///< of the farthest sample, or less
     bool m_isDepthOld = false;
