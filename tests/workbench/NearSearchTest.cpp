@@ -2,6 +2,7 @@
 #include "NearSearch.h"
 #include "TestSupport.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -68,6 +69,52 @@ private slots:
                 from.add(i);
             for (const double radius : {0.5, 3.0, 15.0, 100.0})
                 QVERIFY(search.near(from, radius) == plainly(points, from, radius));
+        }
+    }
+
+    // Of every number of points around those of eights, blocks and runs, in clusters and strewn,
+    // with few centres and many.
+    void itIsThePlainDefinitionOfAnyNumberOfPoints() {
+        std::mt19937 random(11);
+        std::normal_distribution<float> scatter(0.0F, 2.0F);
+        std::uniform_real_distribution<double> anyRadius(0.1, 25.0);
+        for (const std::size_t count : {1U, 7U, 8U, 9U, 63U, 64U, 65U, 511U, 513U, 1200U, 5000U})
+            for (int turn = 0; turn != 8; ++turn) {
+                std::uniform_real_distribution<float> place(0.0F, turn % 2 == 0 ? 20.0F : 90.0F);
+                Points points;
+                while (points.size() != count) {
+                    const NearSearch::Point middle{place(random), place(random), place(random)};
+                    for (std::size_t i = random() % 60; i != 0 && points.size() != count; --i)
+                        points.push_back({middle[0] + scatter(random), middle[1] + scatter(random),
+                                          middle[2] + scatter(random)});
+                }
+                Bits from(count);
+                const std::size_t every = std::size_t{1} << random() % 10;
+                for (std::size_t i = 0; i != count; ++i)
+                    if (random() % every == 0)
+                        from.add(i);
+                const double radius = anyRadius(random);
+                QVERIFY(pointsNear(points, from, radius) == plainly(points, from, radius));
+            }
+    }
+
+    // Many distances that are exactly the radius, or the least that differs from it.
+    void itIsThePlainDefinitionOnALattice() {
+        std::mt19937 random(12);
+        for (const float step : {1.0F, 0.1F}) {
+            Points points;
+            for (int x = 0; x != 14; ++x)
+                for (int y = 0; y != 14; ++y)
+                    for (int z = 0; z != 14; ++z)
+                        points.push_back({float(x) * step, float(y) * step, float(z) * step});
+            std::shuffle(points.begin(), points.end(), random);
+            for (const std::size_t centres : {1U, 5U, 300U}) {
+                Bits from(points.size());
+                from.add(0, centres);
+                for (const double radius : {1.0, 1.4142135623730951, 3.0, 5.0, 7.0})
+                    QVERIFY(pointsNear(points, from, radius * double(step)) ==
+                            plainly(points, from, radius * double(step)));
+            }
         }
     }
 
