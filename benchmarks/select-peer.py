@@ -7,13 +7,15 @@ that holds the number of atoms selected. The first line of all is the number of 
 import os
 import sys
 
-import pymol
-from pymol import cmd
+import pymol2
 
 # What the program itself writes goes to standard error.
 answers = os.fdopen(os.dup(1), "w")
 os.dup2(2, 1)
-pymol.finish_launching(["pymol", "-cqk"])
+# Without the thread of its own that the whole program has: that one never rests.
+session = pymol2.PyMOL()
+session.start()
+cmd = session.cmd
 cmd.set("connect_mode", 1)  # as the file lists them: bonds do not count here
 cmd.load(sys.argv[1], "loaded")
 cmd.remove("not present")  # made for residues that the file has no coordinates of

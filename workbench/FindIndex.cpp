@@ -3,6 +3,7 @@
 #include "AtomDetails.h"
 #include "ByClass.h"
 #include "Kinds.h"
+#include "ManyAtoms.h"
 #include "Space.h"
 #include "Traversal.h"
 #include "Waters.h"
@@ -11,6 +12,8 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
+#include <span>
+#include <utility>
 
 namespace workbench {
 
@@ -24,13 +27,7 @@ bool isOneOf(std::string_view name, std::initializer_list<std::string_view> name
 
 class IndexWalk : public TAVIK::AtomNameVisitor {
 public:
-    explicit IndexWalk(FindIndex& index) : m_index(index) {
-        // Counted first, which is quick: then nothing has to be moved while it grows.
-        std::vector<Compound*> atoms;
-        TAVIK::GetAtoms(TAVIK::Space::instance(), atoms, true);
-        index.atoms.reserve(atoms.size());
-        index.atomNames.reserve(atoms.size());
-    }
+    explicit IndexWalk(FindIndex& index) : m_index(index) {}
 
     bool Enter(Compound* composite, std::string_view part) override {
         m_levels.push_back({m_path.size(), m_chain});
@@ -160,6 +157,41 @@ private:
     std::size_t m_residueLevel = 0; ///< of the residue around, from 1; 0 for none
 };
 
+/// The places of atoms that are visited, in that order.
+class PlaceList : public TAVIK::AtomPlaceVisitor {
+public:
+    FindValues::Positions positions;
+
+    PlaceList(bool selected, std::size_t expected) {
+        positions.reserve(expected);
+        TAVIK::VisitAtomPlaces(TAVIK::Space::instance(), selected, *this);
+    }
+    void Visit(std::span<Compound* const>, std::span<const TAVIK::AtomPlace> places) override {
+        constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+        for (const TAVIK::AtomPlace& place : places)
+            positions.push_back(place.isValid ? place.position : NearSearch::Point{nan, nan, nan});
+    }
+};
+
+/// The positions of all atoms, in the order of GetAtoms(); `expected` is about their number.
+FindValues::Positions readPlaces(std::size_t expected) {
+    PlaceList selected(true, 0);
+    PlaceList others(false, expected);
+    if (selected.positions.empty())
+        return std::move(others.positions);
+    if (others.positions.empty())
+        return std::move(selected.positions);
+    std::vector<Compound*> atoms;
+    TAVIK::GetAtoms(TAVIK::Space::instance(), atoms, true);
+    FindValues::Positions all;
+    all.reserve(atoms.size());
+    auto nextSelected = selected.positions.begin();
+    auto nextOther = others.positions.begin();
+    for (const Compound* const atom : atoms)
+        all.push_back(atom->IsSelected() ? *nextSelected++ : *nextOther++);
+    return all;
+}
+
 } // namespace
 
 std::uint32_t FindIndex::residueOf(std::uint32_t atom) const {
@@ -173,8 +205,16 @@ std::uint32_t FindIndex::residueOf(std::uint32_t atom) const {
     return static_cast<std::uint32_t>(found - residues.begin());
 }
 
-std::shared_ptr<const FindIndex> FindIndex::read() {
+std::shared_ptr<const FindIndex> FindIndex::read(std::size_t atomCount) {
+    if (atomCount == 0) {
+        // Counted first, which is quick: then nothing has to be moved while it grows.
+        std::vector<Compound*> counted;
+        TAVIK::GetAtoms(TAVIK::Space::instance(), counted, true);
+        atomCount = counted.size();
+    }
     auto index = std::make_shared<FindIndex>();
+    index->atoms.reserve(atomCount);
+    index->atomNames.reserve(atomCount);
     IndexWalk walk(*index);
     TAVIK::VisitAtomNames(TAVIK::Space::instance(), true, walk);
     return index;
@@ -220,7 +260,7 @@ void FindValues::read(const FindIndex& index, Part part) {
         return;
     switch (part) {
     case Part::Positions:
-        readPositions(index);
+        readPositions();
         break;
     case Part::Alternates:
         make(alternates, [](Compound* atom) { return alternateOf(atom); });
@@ -239,15 +279,9 @@ void FindValues::read(const FindIndex& index, Part part) {
 }
 
 // What was prepared of positions is kept while these are the same.
-void FindValues::readPositions(const FindIndex& index) {
-    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
-    auto made = std::make_shared<Positions>();
-    made->reserve(index.atoms.size());
-    for (const Compound* const atom : index.atoms) {
-        const TAVIK::Vertex at = atom->GetPosition();
-        made->push_back(at.isValid() ? NearSearch::Point{at[0], at[1], at[2]}
-                                     : NearSearch::Point{nan, nan, nan});
-    }
+void FindValues::readPositions() {
+    auto made = std::make_shared<const Positions>(readPlaces(m_expected));
+    m_expected = made->size() + made->size() / 16;
     m_areOld = false;
     // By their bits, as NaN is no number.
     if (positions && positions->size() == made->size() &&
@@ -269,6 +303,12 @@ void FindValues::read(const FindIndex& index, const FindExpression& expression) 
         read(index, Part::Selected);
     if (expression.has(FindTerm::Kind::Hidden))
         read(index, Part::Hidden);
+}
+
+void FindValues::forgetItems() {
+    const std::size_t expected = m_expected;
+    *this = {};
+    m_expected = expected;
 }
 
 void FindValues::forgetState() {

@@ -47,8 +47,8 @@ struct FindIndex {
     /// The residue of an atom.
     std::uint32_t residueOf(std::uint32_t atom) const;
 
-    /// Reads the data space.
-    static std::shared_ptr<const FindIndex> read();
+    /// Reads the data space, which has `atomCount` atoms; 0 when that is not known.
+    static std::shared_ptr<const FindIndex> read(std::size_t atomCount = 0);
 };
 
 /// The letter of an atom's alternative location, or a blank.
@@ -74,13 +74,16 @@ struct FindValues {
     void read(const FindIndex& index, Part part);
     /// Reads what `expression` needs. GUI thread.
     void read(const FindIndex& index, const FindExpression& expression);
+    /// Reads the positions, which needs no index. GUI thread.
+    void readPositions();
+    /// Forgets everything that was read.
+    void forgetItems();
     /// Forgets what changes without anything being made or destroyed.
     void forgetState();
 
 private:
-    void readPositions(const FindIndex& index);
-
-    bool m_areOld = false; ///< the positions, which may have changed
+    bool m_areOld = false;      ///< the positions, which may have changed
+    std::size_t m_expected = 0; ///< room for positions that are read next
 };
 
 } // namespace workbench

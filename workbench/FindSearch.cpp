@@ -65,10 +65,10 @@ void FindSearch::readAhead() {
         readIndex();
     } else if (const auto part = std::find_if(partsAhead.begin(), partsAhead.end(), isMissing);
                part != partsAhead.end()) {
-        m_values.read(*m_index, *part);
         if (*part == FindValues::Part::Positions)
-            m_threads.push_back(
-                std::async(std::launch::async, [near = m_values.near] { near.wait(); }));
+            readPositions();
+        else
+            m_values.read(*m_index, *part);
     }
     if (!hasReadAhead())
         m_ahead.start(0);
@@ -76,7 +76,12 @@ void FindSearch::readAhead() {
 
 void FindSearch::readIndex() {
     if (!m_index)
-        m_index = FindIndex::read();
+        m_index = FindIndex::read(m_values.positions ? m_values.positions->size() : 0);
+}
+
+void FindSearch::readPositions() {
+    m_values.readPositions();
+    m_threads.push_back(std::async(std::launch::async, [near = m_values.near] { near.wait(); }));
 }
 
 void FindSearch::clear() {
@@ -100,12 +105,12 @@ void FindSearch::stateChanged() {
 
 void FindSearch::itemsChanged() {
     // Told of each of a million destructions, it has something to do at the first.
-    if (!m_index && !m_isSearching && m_hits.hits.empty())
+    if (!m_index && !m_values.positions && !m_isSearching && m_hits.hits.empty())
         return;
     const bool wasRead = m_index != nullptr;
     clear();
     m_index.reset();
-    m_values = {};
+    m_values.forgetItems();
     if (m_isReady)
         m_ahead.start(0);
     if (wasRead && !m_expression.isEmpty())
@@ -121,6 +126,9 @@ void FindSearch::start() {
         emit finished();
         return;
     }
+    // The positions first, which are prepared while the index is read.
+    if (m_expression.has(FindStep::Kind::Within) && !m_values.has(FindValues::Part::Positions))
+        readPositions();
     readIndex();
     m_values.read(*m_index, m_expression);
     m_stop = std::stop_source();

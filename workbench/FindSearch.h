@@ -69,6 +69,7 @@ private:
     void readAhead();
     bool hasReadAhead() const;
     void readIndex();
+    void readPositions();
     void stateChanged();
     void itemsChanged();
     void clear();

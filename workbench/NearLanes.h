@@ -23,10 +23,18 @@ inline Lanes all(float x) {
     return Lanes{x, x, x, x};
 }
 inline Lanes lesser(Lanes a, Lanes b) {
+#ifdef __SSE2__
+    return _mm_min_ps(a, b);
+#else
     return a < b ? a : b;
+#endif
 }
 inline Lanes greater(Lanes a, Lanes b) {
-    return a < b ? b : a;
+#ifdef __SSE2__
+    return _mm_max_ps(a, b);
+#else
+    return a > b ? a : b;
+#endif
 }
 /// A bit for each lane.
 inline unsigned bitsOf(LaneMask mask) {
@@ -124,14 +132,17 @@ inline EightNear nearOf(const EightBoxes& boxes, const Box& box, const NearLimit
     for (std::size_t half = 0; half != 2; ++half) {
         Lanes least{};
         Lanes greatest{};
-        for (std::size_t axis = 0; axis != 3; ++axis) {
+        const auto add = [&](std::size_t axis) {
             const Lanes above = all(box.low[axis]) - boxes.high[axis].lanes[half];
             const Lanes below = boxes.low[axis].lanes[half] - all(box.high[axis]);
             const Lanes gap = greater(greater(above, below), Lanes{});
             const Lanes span = lesser(above, below);
             least += gap * gap;
             greatest += span * span;
-        }
+        };
+        add(0);
+        add(1);
+        add(2);
         near.greatest.lanes[half] = greatest;
         near.wholly |= bitsOf(greatest < all(limits.surelyIn)) << 4 * half;
         near.partly |= bitsOf(least <= all(limits.surelyOut)) << 4 * half;
@@ -143,13 +154,13 @@ inline EightNear nearOf(const EightBoxes& boxes, const Box& box, const NearLimit
 inline unsigned mayBeNear(const EightPoints& points, const Box& box, const NearLimits& limits) {
     unsigned near = 0;
     for (std::size_t half = 0; half != 2; ++half) {
-        Lanes least{};
-        for (std::size_t axis = 0; axis != 3; ++axis) {
+        const auto square = [&](std::size_t axis) {
             const Lanes at = points[axis].lanes[half];
             const Lanes gap =
                 greater(greater(all(box.low[axis]) - at, at - all(box.high[axis])), Lanes{});
-            least += gap * gap;
-        }
+            return gap * gap;
+        };
+        const Lanes least = square(0) + square(1) + square(2);
         near |= bitsOf(least <= all(limits.surelyOut)) << 4 * half;
     }
     return near;
