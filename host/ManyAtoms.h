@@ -1,5 +1,5 @@
-// Many atoms at once: reading where they are, and selecting them, at a fraction of the time that a
-// call for each atom takes.
+// Many items at once: reading where atoms are and how items look, and selecting atoms, at a
+// fraction of the time that a call for each item takes.
 #pragma once
 
 #include "Compound.h"
@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace TAVIK {
@@ -37,5 +38,17 @@ HOST_EXPORT void VisitAtomPlaces(Compound* root, bool selected, AtomPlaceVisitor
 /// Selects or unselects each of these atoms, as its SetSelected() does. Cheapest where atoms of one
 /// composite follow one another.
 HOST_EXPORT void SelectAtoms(std::span<Compound* const> atoms, bool on);
+
+/// What an item answers to GetColor(), IsVisible() and IsSelected().
+struct ItemLook {
+    std::uint32_t rgba = 0; ///< as Color packs it
+    bool isVisible = false;
+    bool isSelected = false;
+    AtomPlace place{}; ///< of an atom; of other items not valid
+};
+
+/// Writes the looks of these items to `looks`, which has as many places. A null item has none: it
+/// is transparent, hidden and not selected.
+HOST_EXPORT void GetLooks(std::span<Compound* const> items, std::span<ItemLook> looks);
 
 } // namespace TAVIK

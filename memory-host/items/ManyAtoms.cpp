@@ -78,6 +78,32 @@ void VisitAtomPlaces(Compound* root, bool selected, AtomPlaceVisitor& visitor) {
     walk.visit();
 }
 
+void GetLooks(std::span<Compound* const> items, std::span<ItemLook> looks) {
+    // The items may lie anywhere: the one that comes soon is fetched while this one is read.
+    constexpr std::size_t ahead = 12;
+    for (std::size_t i = 0; i != items.size(); ++i) {
+        if (i + ahead < items.size())
+            __builtin_prefetch(items[i + ahead]);
+        ItemLook& look = looks[i];
+        look = {};
+        Compound* const item = items[i];
+        if (!item)
+            continue;
+        const HostItem& record = HostItem::of(item);
+        look.rgba = record.color;
+        if (record.kind == Kind::Atom) {
+            look.place = {static_cast<const AtomItem*>(item)->m_position,
+                          record.has(HostItem::HasPosition)};
+        } else if (record.kind != Kind::Bond) {
+            look.isVisible = item->IsVisible();
+            look.isSelected = item->IsSelected();
+            continue;
+        }
+        look.isVisible = record.has(HostItem::Shown);
+        look.isSelected = record.has(HostItem::Selected);
+    }
+}
+
 void SelectAtoms(std::span<Compound* const> atoms, bool on) {
     selectAtoms(atoms, on);
 }

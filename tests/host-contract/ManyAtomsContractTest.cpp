@@ -1,4 +1,4 @@
-// Many atoms at once: where they are, and selecting them.
+// Many items at once: where they are, how they look, and selecting them.
 #include "ContractTools.h"
 #include "ManyAtoms.h"
 #include "SelectionChanges.h"
@@ -103,6 +103,62 @@ private slots:
         }
         QVERIFY(visitor.places[0].isValid);
         QVERIFY(!visitor.places[1].isValid);
+    }
+
+    void looksAreWhatTheItemsAnswer() {
+        Chain chain(20);
+        TAVIK::Compound* const surface = make(space(), "Surface");
+        TAVIK::Compound* const set = DataMaker::makeSet(space(), "set", {chain.atoms[0]});
+        Items items = chain.atoms;
+        items.insert(items.end(), chain.bonds.begin(), chain.bonds.end());
+        items.insert(items.end(), chain.residues.begin(), chain.residues.end());
+        items.insert(items.end(), {surface, set, space()});
+        // Any order, and an item more than once.
+        std::reverse(items.begin() + 3, items.begin() + 30);
+        items.push_back(items.front());
+        DataMaker::makeAtom(chain.residues[0], {"X", "C", Vertex(1, 2, 3, false), 20.0F, 0});
+        items.push_back(childrenOf(chain.residues[0]).back());
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (i % 3 == 0)
+                items[i]->SetColor(Color(0x80112200U + unsigned(i)));
+            // What holds all the others would make them alike.
+            if (dynamic_cast<Composite*>(items[i]))
+                continue;
+            if (i % 4 == 1)
+                items[i]->SetSelected(i % 8 == 1);
+            if (i % 5 == 2)
+                items[i]->SetVisible(i % 10 == 2);
+        }
+        std::vector<ItemLook> looks(items.size());
+        GetLooks(items, looks);
+        std::array<int, 4> seen{};
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            const ItemLook& look = looks[i];
+            QCOMPARE(look.rgba, items[i]->GetColor().rgba());
+            QCOMPARE(look.isVisible, items[i]->IsVisible());
+            QCOMPARE(look.isSelected, items[i]->IsSelected());
+            const bool isAtom = dynamic_cast<Atom*>(items[i]) != nullptr;
+            const Vertex position = items[i]->GetPosition();
+            QCOMPARE(look.place.isValid, isAtom && position.isValid());
+            for (const std::size_t axis : {0, 1, 2})
+                if (look.place.isValid)
+                    QCOMPARE(look.place.position[axis], position[axis]);
+            ++seen[std::size_t(look.isVisible) * 2 + std::size_t(look.isSelected)];
+        }
+        QVERIFY(*std::min_element(seen.begin(), seen.end()) > 0);
+    }
+
+    void nullItemsHaveNoLook() {
+        Chain chain(1);
+        const Items items = {nullptr, chain.atoms[0], nullptr};
+        std::vector<ItemLook> looks(3, {1, true, true, {{1, 2, 3}, true}});
+        GetLooks(items, looks);
+        for (const std::size_t i : {0, 2}) {
+            QCOMPARE(looks[i].rgba, 0U);
+            QVERIFY(!looks[i].isVisible && !looks[i].isSelected && !looks[i].place.isValid);
+        }
+        QVERIFY(looks[1].isVisible && looks[1].place.isValid);
+        GetLooks({}, {});
     }
 
     void manyComeInCallsOfBoundedLength() {

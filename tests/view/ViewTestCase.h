@@ -63,7 +63,7 @@ protected:
     /// Waits until the picture shows the data as they are.
     void settle() {
         QCoreApplication::processEvents();
-        QTRY_VERIFY_WITH_TIMEOUT(canvas().isUpToDate(), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_view->isUpToDate(), 20000);
     }
     view::Canvas& canvas() { return *m_view->canvas(); }
 

@@ -16,6 +16,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <cmath>
 #include <limits>
@@ -54,6 +55,30 @@ class ViewWindowTest : public ViewTestCase {
     }
 
 private slots:
+    void otherEventsHaveTheirTurnWhileMuchIsRead() {
+        show();
+        memory_host::openFile(structure("6zu5.cif").toStdString());
+        int turns = 0;
+        QTimer tick;
+        tick.setInterval(0);
+        connect(&tick, &QTimer::timeout, this, [&] { turns += atomsInView() == 0 ? 1 : 0; });
+        tick.start();
+        QTRY_VERIFY(atomsInView() > 100'000);
+        QVERIFY(turns > 1);
+        // Items go, and others look different, while they are being read.
+        settle();
+        TAVIK::Compound* const entry = *space()->ChildBegin();
+        update([&] { entry->SetColor(Color(0xff0000ffU)); });
+        QCoreApplication::processEvents();
+        update([&] {
+            TAVIK::DataMaker::Destroy(*(*(*entry->ChildBegin())->ChildBegin())->ChildBegin());
+        });
+        settle();
+        Items atoms;
+        TAVIK::GetAtoms(space(), atoms, true);
+        QCOMPARE(atomsInView(), atoms.size());
+    }
+
     void anEmptySpaceIsThePlainBackground() {
         show();
         QImage plain = canvas().drawn().image.copy();

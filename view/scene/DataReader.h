@@ -5,31 +5,59 @@
 #include "Contents.h"
 #include "DataWalk.h"
 #include "DestroyObserver.h"
-#include "Vertex.h"
+#include "LooksReading.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <future>
+#include <memory>
+#include <optional>
 #include <vector>
 
 namespace view {
 
-/// Reads the data space when it is told to; whoever owns it is told of changes. Its pointers to
-/// items are given up before any item is destroyed: from then on until the next read() no id has an
-/// item. For the GUI thread.
+/// Reads the data space when it is told to, in one piece or in many; whoever owns it is told of
+/// changes. Its pointers to items are given up before any item is destroyed: from then on until
+/// everything is read again no id has an item. For the GUI thread.
 class DataReader : private TAVIK::DestroyObserver {
 public:
-    /// `gone` is called, once until the next read(), when items are about to be destroyed. It must
+    enum class What : std::uint8_t {
+        /// Colours, visibility and selection, in one pass; everything, if positions, meshes or
+        /// lines have changed or items were destroyed.
+        Looks,
+        Everything
+    };
+    enum class State : std::uint8_t {
+        Done,   ///< nothing is being read
+        Due,    ///< there is more to read
+        Waiting ///< all is read, and another thread puts it together
+    };
+
+    /// `gone` is called when items are about to be destroyed, of which this one holds any. It must
     /// not read the data.
     explicit DataReader(std::function<void()> gone = {});
+    /// Waits for the other thread.
     ~DataReader() override;
 
-    /// Reads everything. Takes time and memory in proportion to the number of items. Throws
-    /// std::bad_alloc, and leaves what was read before.
+    /// Begins to read; what is being read is given up. The snapshot stays until all is read.
+    ///
+    /// The data may change between two pieces: whoever is told of a change then begins to read
+    /// again after it, and a reading that is still going on reads items that exist.
+    void begin(What what);
+    /// Reads for about so long, or until all is read. Throws std::bad_alloc: then nothing is being
+    /// read, and what was read before is left.
+    State advance(std::chrono::microseconds time);
+
+    /// Begins to read everything, and reads it in one piece. Takes time and memory in proportion to
+    /// the number of items. Throws like advance().
     void read();
-    /// Reads colours, visibility and selection again, in one pass; all of it, if positions, meshes
-    /// or lines have changed or items were destroyed. Throws std::bad_alloc, and can be called
-    /// again.
+    /// Likewise, of looks.
     void refresh();
+    /// Reads the rest of what was begun in one piece. Throws like advance().
+    void finish();
+
+    bool isReading() const { return m_looks || m_walk || m_isJoining; }
 
     const Snapshot& snapshot() const { return m_snapshot; }
     /// The item of an id of a picture that was made of a snapshot with that number; null for noId,
@@ -41,13 +69,25 @@ public:
 
 private:
     void aboutToDestroy(TAVIK::Compound* item) override;
+    void giveUp();
+    /// A small piece; `mayWait` puts together on this thread.
+    State step(bool mayWait);
+    State stepLooks();
+    State endWalk(bool mayWait);
+    State endJoining(bool mayWait);
+    void take(Collected collected);
 
     std::function<void()> m_gone;
     Snapshot m_snapshot;
     std::vector<TAVIK::Compound*> m_items;
     std::vector<BondRun> m_bonds;
-    std::uint64_t m_selectionChanges = 0;
     bool m_isStale = false; ///< items were destroyed
+
+    // What is being read: one of these.
+    std::optional<LooksReading> m_looks;
+    std::shared_ptr<DataWalk> m_walk;
+    bool m_isJoining = false;
+    std::future<Collected> m_joined; ///< of no use unless joining
 };
 
 } // namespace view

@@ -1,12 +1,13 @@
 #include "DataWalk.h"
 
 #include "ByClass.h"
+#include "InParts.h"
 #include "Kinds.h"
+#include "ResidueLinks.h"
 #include "Shapes.h"
 #include "VanDerWaals.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <optional>
@@ -21,7 +22,7 @@ namespace {
 using TAVIK::Compound;
 
 // How many items before its turn one is fetched.
-constexpr std::ptrdiff_t ahead = 8;
+constexpr std::size_t ahead = 8;
 
 enum class Kind : std::uint8_t { Atom, Bond, Residue, Chain, Composite, Other };
 
@@ -78,104 +79,139 @@ private:
     std::vector<std::pair<unsigned int, std::uint32_t>> m_sorted;
 };
 
-bool areWithin(const Point& a, const Point& b, float distance) {
-    float squares = 0;
-    for (std::size_t i = 0; i != 3; ++i)
-        squares += (a[i] - b[i]) * (a[i] - b[i]);
-    return squares <= distance * distance; // false for NaN
-}
+} // namespace
 
-class Walk {
+class DataWalk::Walk {
 public:
-    Collected take(Compound* root, const Contents& before) {
-        reserve(before);
-        if (!dynamic_cast<TAVIK::Composite*>(root))
-            visit(root);
-        for (Compound** entry = root->ChildBegin(); entry != root->ChildEnd(); ++entry) {
-            const auto firstResidue = static_cast<std::uint32_t>(m_contents.residues.size());
-            m_isInResidue = false;
-            ++m_chain;
-            if (*entry)
-                visitChild(*entry, root, static_cast<std::uint32_t>(entry - root->ChildBegin()));
-            closeResidue();
-            if (m_contents.residues.size() != firstResidue)
-                m_contents.entries.push_back({firstResidue});
-        }
-        takeBonds();
-        linkResidues();
-        for (Compound* item : m_others)
-            takeShape(item);
-        shrink();
-        return std::move(m_out);
+    explicit Walk(Compound* root) {
+        if (dynamic_cast<TAVIK::Composite*>(root))
+            m_levels.push_back({root, 0, Kind::Composite});
+        else if (root && kindOf(root) != Kind::Bond) // whose atoms are not below it
+            visit(root, root, 0);
+    }
+
+    bool advance(std::size_t items) {
+        while (items != 0 && !m_levels.empty())
+            items -= std::min(items, visitChildren(items));
+        for (; items != 0 && m_levels.empty() && m_shapes != m_others.size(); ++m_shapes)
+            items -= std::min(items, takeShape(m_others[m_shapes]));
+        return !m_levels.empty() || m_shapes != m_others.size();
+    }
+
+    std::size_t size() const { return m_items.size(); }
+
+    Collected finish() {
+        Collected out;
+        Contents& contents = out.contents;
+        contents.positions = m_positions.join();
+        contents.atomicNumbers = m_atomicNumbers.join();
+        contents.roles = m_roles.join();
+        contents.residues = m_residues.join();
+        contents.entries = std::move(m_entries);
+        contents.shapes = std::move(m_collectedShapes);
+        out.items = m_items.join();
+        out.marks.colours = m_colours.join();
+        out.marks.shown = m_shown.join();
+        out.selection = m_selected.join();
+        takeBonds(out);
+        linkResidues(contents);
+        return out;
     }
 
 private:
-    void reserve(const Contents& before) {
-        m_contents.positions.reserve(before.atomCount());
-        m_contents.atomicNumbers.reserve(before.atomCount());
-        m_contents.roles.reserve(before.atomCount());
-        m_contents.residues.reserve(before.residues.size());
-        m_out.items.reserve(before.itemCount());
-        m_out.marks.colours.reserve(before.itemCount());
-        m_out.marks.shown.reserve(before.itemCount());
-        m_out.marks.bonds.reserve(before.bonds.size());
-        m_ids.reserve(before.atomCount());
-        m_bondIds.reserve(before.bonds.size());
+    /// A composite whose children are being visited. Its vector may be another one in each piece.
+    struct Level {
+        Compound* item;
+        std::uint32_t next; ///< index of a child
+        Kind kind;
+    };
+
+    // Visits at most so many children of the innermost level, and returns how many it visited, and
+    // 1 for the end of the level.
+    std::size_t visitChildren(std::size_t most) {
+        const std::size_t level = m_levels.size() - 1;
+        Compound* const item = m_levels[level].item;
+        Compound** const children = item->ChildBegin();
+        const auto count = static_cast<std::size_t>(item->ChildEnd() - children);
+        std::size_t i = m_levels[level].next;
+        const std::size_t first = i;
+        const std::size_t end = std::min(count, i + most);
+        for (std::size_t near = i; near < std::min(count, i + ahead); ++near)
+            __builtin_prefetch(children[near]);
+        while (i < end && m_levels.size() == level + 1) {
+            if (i + ahead < count)
+                __builtin_prefetch(children[i + ahead]);
+            Compound* const child = children[i];
+            if (level == 0)
+                beginEntry();
+            if (child)
+                visit(child, item, static_cast<std::uint32_t>(i));
+            ++i;
+        }
+        m_levels[level].next = static_cast<std::uint32_t>(i);
+        if (i >= count && m_levels.size() == level + 1)
+            leave();
+        return i - first + 1;
     }
 
-    void visit(Compound* item) {
-        switch (m_kinds.of(item, kindOf)) {
+    void leave() {
+        const Kind kind = m_levels.back().kind;
+        m_levels.pop_back();
+        if (kind == Kind::Chain)
+            ++m_chain;
+        if (kind == Kind::Chain || kind == Kind::Residue)
+            m_isInResidue = false;
+        if (m_levels.empty())
+            endEntry();
+    }
+
+    // The entries are the children of the root.
+    void beginEntry() {
+        endEntry();
+        m_isInResidue = false;
+        ++m_chain;
+    }
+    void endEntry() {
+        closeResidue();
+        if (m_residues.size() != m_firstResidue)
+            m_entries.push_back({m_firstResidue});
+        m_firstResidue = static_cast<std::uint32_t>(m_residues.size());
+    }
+
+    void visit(Compound* item, Compound* parent, std::uint32_t place) {
+        const Kind kind = m_kinds.of(item, kindOf);
+        switch (kind) {
         case Kind::Atom:
             takeAtom(item);
-            break;
+            return;
         case Kind::Bond:
-            break; // the root, whose atoms are not below it
+            takeBond(item, parent, place);
+            return;
+        case Kind::Other:
+            m_others.push_back(item);
+            return;
         case Kind::Residue:
             startResidue(item->GetName(), true);
-            visitChildren(item);
-            m_isInResidue = false;
             break;
         case Kind::Chain:
             ++m_chain;
             m_isInResidue = false;
-            visitChildren(item);
-            ++m_chain;
-            m_isInResidue = false;
             break;
         case Kind::Composite:
-            visitChildren(item);
-            break;
-        case Kind::Other:
-            m_others.push_back(item);
             break;
         }
-    }
-
-    void visitChildren(Compound* item) {
-        Compound** const begin = item->ChildBegin();
-        Compound** const end = item->ChildEnd();
-        for (Compound** child = begin; child != end && child != begin + ahead; ++child)
-            __builtin_prefetch(*child);
-        for (Compound** child = begin; child != end; ++child) {
-            if (end - child > ahead)
-                __builtin_prefetch(child[ahead]);
-            if (*child)
-                visitChild(*child, item, static_cast<std::uint32_t>(child - begin));
-        }
-    }
-
-    void visitChild(Compound* child, Compound* parent, std::uint32_t place) {
-        if (m_kinds.of(child, kindOf) == Kind::Bond)
-            takeBond(child, parent, place);
-        else
-            visit(child);
+        m_levels.push_back({item, 0, kind});
     }
 
     // Items lie scattered in memory: what is asked of one later, too, is asked while it is at hand.
-    void takeItem(Compound* item) {
-        m_out.items.push_back(item);
-        m_out.marks.colours.push_back(item->GetColor().rgba());
-        m_out.marks.shown.push_back(item->IsVisible() ? 1 : 0);
+    TAVIK::AtomPlace takeItem(Compound* item) {
+        TAVIK::ItemLook look;
+        TAVIK::GetLooks({&item, 1}, {&look, 1});
+        m_items.push_back(item);
+        m_colours.push_back(look.rgba);
+        m_shown.push_back(look.isVisible ? 1 : 0);
+        m_selected.push_back(look.isSelected ? 1 : 0);
+        return look.place;
     }
 
     void takeBond(Compound* bond, Compound* parent, std::uint32_t place) {
@@ -183,8 +219,8 @@ private:
         if (bond->PartEnd() - parts != 2)
             return;
         m_bondIds.push_back({parts[0]->GetId(), parts[1]->GetId()});
-        m_out.marks.bonds.push_back(bond->IsVisible() ? 1 : 0);
-        addToRuns(m_out.bonds, parent, place);
+        m_bondsShown.push_back(bond->IsVisible() ? 1 : 0);
+        addToRuns(m_runs, parent, place);
     }
     static void addToRuns(std::vector<BondRun>& runs, Compound* parent, std::uint32_t place) {
         if (!runs.empty() && runs.back().parent == parent &&
@@ -199,17 +235,17 @@ private:
         m_name = isResidue ? name.substr(0, name.find(' ')) : std::string();
         m_atoms = {};
         m_isInResidue = true;
-        m_contents.residues.push_back({static_cast<std::uint32_t>(m_contents.positions.size()),
-                                       m_chain, ResidueKind::Other, false});
+        m_residues.push_back(
+            {static_cast<std::uint32_t>(m_positions.size()), m_chain, ResidueKind::Other, false});
     }
 
     // Once its atoms are known; a residue without any is none to the view.
     void closeResidue() {
-        if (m_contents.residues.empty())
+        if (m_residues.empty())
             return;
-        ResidueEntry& residue = m_contents.residues.back();
-        if (residue.firstAtom == m_contents.positions.size()) {
-            m_contents.residues.pop_back();
+        ResidueEntry& residue = m_residues.back();
+        if (residue.firstAtom == m_positions.size()) {
+            m_residues.pop_back();
         } else if (!m_name.empty()) {
             residue.kind = residueKind(m_name, m_atoms);
             residue.isStandard = isStandard(m_name);
@@ -224,129 +260,103 @@ private:
         const std::uint8_t number = atomicNumber(atom->GetType());
         const Role role = m_name.empty() ? Role::None : roleOf(atom->GetName(), number);
         m_atoms.add(role, number);
-        m_contents.positions.push_back(positionOf(atom));
-        m_contents.atomicNumbers.push_back(number);
-        m_contents.roles.push_back(role);
+        m_positions.push_back(pointOf(takeItem(atom)));
+        m_atomicNumbers.push_back(number);
+        m_roles.push_back(role);
         m_ids.push_back(atom->GetId());
-        takeItem(atom);
+    }
+
+    // Returns how many items it is worth: a mesh is copied.
+    std::size_t takeShape(Compound* item) {
+        std::optional<Shape> shape = shapeOf(item, m_items.size());
+        if (!shape)
+            return 1;
+        const std::size_t size =
+            shape->points.size() + (shape->mesh ? shape->mesh->vertices.size() : 0);
+        m_collectedShapes.push_back(std::move(*shape));
+        takeItem(item);
+        return 1 + size;
     }
 
     // Bonds to atoms that are not among those that were collected are left out.
-    void takeBonds() {
-        const IndexById indices(m_ids);
-        m_ids = {};
-        std::vector<BondRun> kept;
+    void takeBonds(Collected& out) {
+        const IndexById indices(m_ids.join());
+        std::vector<Segment> bonds = m_bondIds.join();
+        out.marks.bonds = m_bondsShown.join();
         std::size_t bond = 0;
         std::size_t last = 0;
-        for (const BondRun& run : m_out.bonds) {
+        for (const BondRun& run : m_runs) {
             for (std::uint32_t i = 0; i != run.count; ++i) {
-                const std::uint8_t isShown = m_out.marks.bonds[bond];
-                const Segment& ids = m_bondIds[bond++];
+                const std::uint8_t isShown = out.marks.bonds[bond];
+                const Segment& ids = bonds[bond++];
                 const Segment segment{indices.of(ids.from), indices.of(ids.to)};
                 if (segment.from == noAtom || segment.to == noAtom)
                     continue;
-                m_out.marks.bonds[last] = isShown;
-                m_bondIds[last++] = segment;
-                addToRuns(kept, run.parent, run.first + i);
+                out.marks.bonds[last] = isShown;
+                bonds[last++] = segment;
+                addToRuns(out.bonds, run.parent, run.first + i);
             }
         }
-        m_bondIds.resize(last);
-        m_out.marks.bonds.resize(last);
-        m_contents.bonds = std::move(m_bondIds);
-        m_out.bonds = std::move(kept);
+        bonds.resize(last);
+        out.marks.bonds.resize(last);
+        bonds.shrink_to_fit();
+        out.marks.bonds.shrink_to_fit();
+        out.bonds.shrink_to_fit();
+        out.contents.bonds = std::move(bonds);
     }
 
-    // An atom of that role in a residue; its first position where there are alternatives.
-    const Point* find(std::size_t residue, Role role) const {
-        for (std::uint32_t i = m_contents.residues[residue].firstAtom;
-             i != m_contents.atomEnd(residue); ++i)
-            if (m_contents.roles[i] == role)
-                return &m_contents.positions[i];
-        return nullptr;
-    }
-    bool areNear(std::size_t one, Role role, std::size_t other, Role otherRole,
-                 float distance) const {
-        const Point* const a = find(one, role);
-        const Point* const b = find(other, otherRole);
-        return a && b && areWithin(*a, *b, distance);
-    }
-    bool has(std::size_t residue, Role role) const { return find(residue, role) != nullptr; }
-
-    // The bond between residues is 1.3 to 1.6 Å long; alpha carbons are 3.8 Å apart, and phosphorus
-    // atoms at most 7.5 Å. The limits leave room for poor models, and none for a missing residue.
-    bool areLinked(std::size_t one, std::size_t next) const {
-        constexpr float bond = 2.5F;
-        constexpr float alphaCarbons = 4.6F;
-        constexpr float phosphates = 8.0F;
-        const ResidueKind kind = m_contents.residues[one].kind;
-        if (kind == ResidueKind::AminoAcid) {
-            if (has(one, Role::C) && has(next, Role::N))
-                return areNear(one, Role::C, next, Role::N, bond);
-            return areNear(one, Role::CA, next, Role::CA, alphaCarbons);
-        }
-        if (has(one, Role::O3Sugar) && has(next, Role::P))
-            return areNear(one, Role::O3Sugar, next, Role::P, bond);
-        return areNear(one, Role::P, next, Role::P, phosphates);
-    }
-
-    void linkResidues() {
-        std::vector<ResidueEntry>& residues = m_contents.residues;
-        for (std::size_t i = 1; i < residues.size(); ++i) {
-            ResidueEntry& before = residues[i - 1];
-            ResidueEntry& residue = residues[i];
-            if (before.chain != residue.chain || before.kind != residue.kind ||
-                (residue.kind != ResidueKind::AminoAcid &&
-                 residue.kind != ResidueKind::Nucleotide) ||
-                !areLinked(i - 1, i))
-                continue;
-            residue.isLinkedToPrevious = true;
-            residue.isPolymer = true;
-            before.isPolymer = true;
-        }
-    }
-
-    void takeShape(Compound* item) {
-        if (std::optional<Shape> shape = shapeOf(item, m_out.items.size())) {
-            m_contents.shapes.push_back(std::move(*shape));
-            takeItem(item);
-        }
-    }
-
-    void shrink() {
-        m_contents.positions.shrink_to_fit();
-        m_contents.atomicNumbers.shrink_to_fit();
-        m_contents.roles.shrink_to_fit();
-        m_contents.residues.shrink_to_fit();
-        m_contents.bonds.shrink_to_fit();
-        m_out.items.shrink_to_fit();
-        m_out.marks.colours.shrink_to_fit();
-        m_out.marks.shown.shrink_to_fit();
-        m_out.marks.bonds.shrink_to_fit();
-        m_out.bonds.shrink_to_fit();
-    }
-
-    Collected m_out;
-    Contents& m_contents = m_out.contents;
     ByClass<Kind> m_kinds;
+    std::vector<Level> m_levels;
     std::vector<Compound*> m_others;
-    std::vector<unsigned int> m_ids; ///< of the atoms
-    std::vector<Segment> m_bondIds;  ///< of the bonds' atoms
+    std::size_t m_shapes = 0; ///< how many of the others were asked for a shape
     std::uint32_t m_chain = 0;
+    std::uint32_t m_firstResidue = 0; ///< of the entry
     bool m_isInResidue = false;
     std::string m_name; ///< of the residue whose atoms are being taken
     ResidueAtoms m_atoms;
+
+    // As Collected has them.
+    InParts<Point> m_positions;
+    InParts<std::uint8_t> m_atomicNumbers;
+    InParts<Role> m_roles;
+    InParts<ResidueEntry> m_residues;
+    InParts<Compound*> m_items;
+    InParts<Colour> m_colours;
+    InParts<std::uint8_t> m_shown;
+    InParts<std::uint8_t> m_selected;
+    InParts<std::uint8_t> m_bondsShown;
+    std::vector<BondRun> m_runs;
+    std::vector<Entry> m_entries;
+    std::vector<Shape> m_collectedShapes;
+    InParts<unsigned int> m_ids; ///< of the atoms
+    InParts<Segment> m_bondIds;  ///< of the bonds' atoms
 };
 
-} // namespace
+DataWalk::DataWalk(Compound* root) : m_walk(std::make_unique<Walk>(root)) {}
+DataWalk::~DataWalk() = default;
 
-Point positionOf(const Compound* atom) {
-    const TAVIK::Vertex at = atom->GetPosition();
-    constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
-    return at.isValid() ? Point{at[0], at[1], at[2]} : Point{nowhere, nowhere, nowhere};
+bool DataWalk::advance(std::size_t items) {
+    return m_walk->advance(items);
 }
 
-Collected collect(Compound* root, const Contents& before) {
-    return Walk().take(root, before);
+std::size_t DataWalk::size() const {
+    return m_walk->size();
+}
+
+Collected DataWalk::finish() {
+    return m_walk->finish();
+}
+
+Point pointOf(const TAVIK::AtomPlace& place) {
+    constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
+    return place.isValid ? place.position : Point{nowhere, nowhere, nowhere};
+}
+
+Collected collect(Compound* root) {
+    DataWalk walk(root);
+    while (walk.advance(std::numeric_limits<std::size_t>::max())) {
+    }
+    return walk.finish();
 }
 
 } // namespace view

@@ -71,12 +71,15 @@ private:
             const bool isThin = m_styles.atoms[i] == Style::Dot || m_styles.atoms[i] == Style::Line;
             m_scene.colours.push_back(isThin ? m_legible(m_marks.colours[i]) : m_marks.colours[i]);
             m_scene.ids.push_back(idOf(i));
+            m_hasBonds |= m_styles.atoms[i] == Style::Line || hasSticks(m_styles.atoms[i]);
         }
     }
 
     // The largest arrays are counted before they are made: growing them would double the memory.
     void takeBonds() {
         m_isBonded.resize(m_contents.atomCount());
+        if (!m_hasBonds)
+            return;
         std::size_t sticks = 0;
         std::size_t lines = 0;
         forBonds([&](const Segment&, bool isStick) { ++(isStick ? sticks : lines); });
@@ -145,6 +148,7 @@ private:
     LegibleColours m_legible;
     Scene& m_scene;
     std::vector<std::uint32_t> m_points; ///< of the scene, by atom
+    bool m_hasBonds = false;             ///< whether bonds of any atom are drawn
     std::vector<bool> m_isBonded;        ///< atoms that a stick or a line is drawn of
 };
 

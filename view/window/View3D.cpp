@@ -9,6 +9,7 @@
 #include "Space.h"
 
 #include <algorithm>
+#include <chrono>
 #include <new>
 #include <utility>
 #include <vector>
@@ -24,6 +25,12 @@ constexpr Colour darkBackground = 0xff0c0f14;
 constexpr Colour outlineOnLight = 0xffd000b0;
 constexpr Colour outlineOnDark = 0xffffe000;
 
+// Of reading, between which other events have their turn.
+constexpr std::chrono::milliseconds pieceOfReading(10);
+constexpr std::chrono::milliseconds noWait(0);
+// Until another thread may have put together what was read.
+constexpr std::chrono::milliseconds waitForThread(2);
+
 QString helpSetting() {
     bool isSet = false;
     const std::string page = Config::GetSetting("View3D", "Help").ToString(&isSet);
@@ -35,12 +42,14 @@ QString helpSetting() {
 View3D::View3D()
     : BaseWindow(tr("3-D View"), startSize, helpSetting(), false, nullptr, "View3D"),
       m_canvas(new Canvas(this)), m_line(new ElidedLabel(m_canvas)),
-      m_reader([this] { schedule(Due::Everything); }) {
+      m_reader([this] { schedule(DataReader::What::Everything); }) {
     setCentralWidget(m_canvas);
     connect(m_canvas, &Canvas::clicked, this, &View3D::click);
     connect(m_canvas, &Canvas::doubleClicked, this, &View3D::doubleClick);
     connect(m_canvas, &Canvas::hovered, this, &View3D::hover);
     m_isLight = legible::luminance(palette().color(QPalette::Window)) > 0.5;
+    m_nextPiece.setSingleShot(true);
+    connect(&m_nextPiece, &QTimer::timeout, this, &View3D::readPiece);
     createMenu();
     setLightBackground(m_isLight);
 }
@@ -48,45 +57,74 @@ View3D::View3D()
 View3D::~View3D() = default;
 
 void View3D::commUpdate() {
-    schedule(Due::Marks);
+    schedule(DataReader::What::Looks);
 }
 
 void View3D::commAdd() {
     m_isFitDue = true;
-    schedule(Due::Everything);
+    schedule(DataReader::What::Everything);
 }
 
 void View3D::commDelete() {
-    schedule(Due::Everything);
+    schedule(DataReader::What::Everything);
 }
 
-void View3D::schedule(Due due) {
-    m_due = std::max(m_due, due);
-    if (m_isScheduled || m_due == Due::Nothing || !isVisible())
-        return;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            m_isScheduled = false;
-            bringUpToDate();
-        },
-        Qt::QueuedConnection);
-    m_isScheduled = true; // not where there was no memory for it
+void View3D::schedule(DataReader::What what) {
+    m_due = std::max(m_due.value_or(what), what);
+    if (isVisible() && !m_nextPiece.isActive())
+        m_nextPiece.start(noWait);
+}
+
+void View3D::beginReading() {
+    // Looks are read to the end before they are read again: commands that come faster than that
+    // would hold up the picture for ever.
+    const bool isDue = m_due && (!m_reader.isReading() || *m_due == DataReader::What::Everything);
+    if (isDue)
+        m_reader.begin(*std::exchange(m_due, std::nullopt));
+}
+
+void View3D::readPiece() {
+    try {
+        beginReading();
+        const bool isNew = m_reader.isReading();
+        const DataReader::State state = m_reader.advance(pieceOfReading);
+        if (state == DataReader::State::Done) {
+            if (isNew)
+                showData();
+            m_canvas->setOutline(outlineColour());
+        }
+        if (isVisible() && (m_due || m_reader.isReading()))
+            m_nextPiece.start(state == DataReader::State::Waiting ? waitForThread : noWait);
+    } catch (const std::bad_alloc&) {
+        reportNoMemory();
+    }
 }
 
 void View3D::bringUpToDate() {
-    const Due due = std::exchange(m_due, Due::Nothing);
     try {
-        if (due != Due::Nothing) {
-            due == Due::Everything ? m_reader.read() : m_reader.refresh();
+        beginReading();
+        if (m_reader.isReading()) {
+            m_reader.finish();
+            if (m_due) {
+                beginReading();
+                m_reader.finish();
+            }
             showData();
         }
         // A program may switch the marking without telling.
         m_canvas->setOutline(outlineColour());
     } catch (const std::bad_alloc&) {
-        m_due = Due::Everything;
-        Logger::Write("3-D view: there is not enough memory to show the data");
+        reportNoMemory();
     }
+}
+
+bool View3D::isUpToDate() const {
+    return !m_due && !m_reader.isReading() && m_canvas->isUpToDate();
+}
+
+void View3D::reportNoMemory() {
+    m_due = DataReader::What::Everything;
+    Logger::Write("3-D view: there is not enough memory to show the data");
 }
 
 void View3D::showData() {
@@ -155,7 +193,8 @@ std::string View3D::savePicture(const QString& path, const QSize& size) {
 
 void View3D::showEvent(QShowEvent* event) {
     BaseWindow::showEvent(event);
-    schedule(m_due);
+    if (m_due || m_reader.isReading())
+        m_nextPiece.start(noWait);
 }
 
 } // namespace view

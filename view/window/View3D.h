@@ -10,6 +10,7 @@
 #include "scene/Look.h"
 
 #include <QSize>
+#include <QTimer>
 
 #include <cstdint>
 #include <optional>
@@ -25,8 +26,8 @@ class ElidedLabel;
 struct PictureRequest;
 
 /// The view's one window. It owns no data. It is told of every change, and reads the data again in
-/// the event loop that follows, once for any number of changes; while it is hidden it reads
-/// nothing.
+/// the event loop that follows, once for any number of changes and in pieces between which other
+/// events have their turn; while it is hidden it reads nothing.
 ///
 /// Qt's parents own all widgets. Notifications arrive through base classes and a member, which are
 /// destroyed before the widgets are.
@@ -44,6 +45,8 @@ public:
 
     /// Reads the data now, if they have changed since they were read.
     void bringUpToDate();
+    /// Whether the picture on the screen is whole, and of the data as they are.
+    bool isUpToDate() const;
 
     /// Draws what the window shows as a picture of that size in pixels, of the whole quality, and
     /// writes it to a file in the format PNG. Returns what went wrong, as one line; empty when
@@ -79,10 +82,13 @@ private:
     /// Saves a picture, on another thread, while the user can see that and cancel it.
     void drawPicture(const PictureRequest& request);
 
-    enum class Due { Nothing, Marks, Everything };
-
     void createMenu();
-    void schedule(Due due);
+    void schedule(DataReader::What what);
+    /// Reads a piece of what is due, and shows all of it once it is read.
+    void readPiece();
+    /// Begins to read what is due, if that is anything.
+    void beginReading();
+    void reportNoMemory();
     /// Hands over what was read to be drawn.
     void showData();
     std::optional<Colour> outlineColour() const;
@@ -103,8 +109,8 @@ private:
     bool m_isLight = false;
     bool m_isEmpty = true;   ///< nothing was there when the data were last read
     bool m_isFitDue = false; ///< items were added since
-    Due m_due = Due::Everything;
-    bool m_isScheduled = false;
+    std::optional<DataReader::What> m_due = DataReader::What::Everything; ///< not begun yet
+    QTimer m_nextPiece;
     DataReader m_reader; ///< last, and so the first to be destroyed
 };
 

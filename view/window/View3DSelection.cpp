@@ -66,7 +66,7 @@ template <class Change> void View3D::changeSelection(const char* command, Change
     if (!window)
         return;
     // It is not told of its own changes.
-    schedule(Due::Marks);
+    schedule(DataReader::What::Looks);
     if (!isChanged)
         say(tr("Nothing was selected: the data are being changed"));
 }
