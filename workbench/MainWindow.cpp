@@ -16,6 +16,7 @@
 #include "PluginManager.h"
 #include "Space.h"
 #include "Traversal.h"
+#include "items/SpaceLock.h"
 #include "services/Log.h"
 #include "services/PluginFolder.h"
 
@@ -30,6 +31,7 @@
 #include <QPointer>
 #include <QScopedValueRollback>
 #include <QScreen>
+#include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -220,6 +222,12 @@ void MainWindow::openFiles(const QStringList& files) {
     m_toOpen.insert(m_toOpen.end(), files.begin(), files.end());
     if (m_isOpening)
         return;
+    // Another start may bring files in the middle of other work.
+    if (memory_host::isSpaceLocked()) {
+        constexpr int again = 100; // ms
+        QTimer::singleShot(again, this, [this] { openFiles({}); });
+        return;
+    }
     const QScopedValueRollback opening(m_isOpening, true);
     while (!m_toOpen.empty()) {
         std::vector<std::string> paths;

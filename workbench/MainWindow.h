@@ -61,8 +61,8 @@ public:
     void rememberWindow();
 
 public slots:
-    /// Opens files one after another, those that come meanwhile behind them. What cannot be opened
-    /// is said in the window and in the log.
+    /// Opens files one after another, those that come meanwhile behind them; later, where the data
+    /// space is locked. What cannot be opened is said in the window and in the log.
     void openFiles(const QStringList& files);
     /// Shows the window in front of others.
     void present();

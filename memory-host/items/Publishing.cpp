@@ -198,6 +198,10 @@ void logHandlerFailure(const char* failed) noexcept {
     }
 }
 
+bool isSpaceLocked() {
+    return publishing().locks > 0;
+}
+
 SpaceLock::SpaceLock() {
     ++publishing().locks;
 }

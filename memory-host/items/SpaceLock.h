@@ -5,6 +5,9 @@
 
 namespace memory_host {
 
+/// Whether any lock exists.
+HOST_EXPORT bool isSpaceLocked();
+
 /// RAII: while one exists, the space is locked: every change guard is refused.
 class HOST_EXPORT SpaceLock {
 public:

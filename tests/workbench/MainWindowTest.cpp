@@ -211,6 +211,19 @@ private slots:
         QCOMPARE(entries(), QStringList({"sample", "sample-2"}));
     }
 
+    void filesThatComeWhileTheDataAreLockedOpenLater() {
+        open();
+        {
+            const memory_host::SpaceLock lock;
+            m_window->openFiles({sample()});
+            m_window->openFiles({structure("1ubq.pdb")});
+            QTest::qWait(250);
+            QCOMPARE(entries(), QStringList());
+        }
+        QTRY_COMPARE(entries(), QStringList({"sample", "1ubq"}));
+        QVERIFY(!m_window->errors().isVisible());
+    }
+
     void errorsOfOthersAreShownAndMessagesAreNot() {
         open();
         const void* const none = nullptr;
