@@ -1,10 +1,12 @@
 #include "Application.h"
 
+#include "Legible.h"
 #include "Logger.h"
 #include "StartMessages.h"
 #include "services/PluginFolder.h"
 
 #include <QEvent>
+#include <QPalette>
 #include <QWidget>
 
 #include <exception>
@@ -15,11 +17,34 @@ namespace workbench {
 Application::Application(int& count, char** arguments) : QApplication(count, arguments) {
     setApplicationName(QStringLiteral("structure-editor"));
     setApplicationVersion(QStringLiteral(WORKBENCH_VERSION));
+    makeHintsLegible();
     // The plug-ins decide when the program ends: an open help window does not keep it running.
     setQuitOnLastWindowClosed(false);
 }
 
 Application::~Application() = default;
+
+// Where a theme gives all colours but this one, it is that of another palette.
+void Application::makeHintsLegible() {
+    const QPalette theme = palette();
+    const QColor base = theme.color(QPalette::Base);
+    const QColor hint = theme.color(QPalette::PlaceholderText);
+    const auto mixed = [&base](const QColor& color) {
+        const auto mix = [opacity = color.alphaF()](float over, float under) {
+            return over * opacity + under * (1 - opacity);
+        };
+        return QColor::fromRgbF(mix(color.redF(), base.redF()), mix(color.greenF(), base.greenF()),
+                                mix(color.blueF(), base.blueF()));
+    };
+    constexpr double leastOfHints = 3;
+    if (legible::contrast(mixed(hint), base) >= leastOfHints)
+        return;
+    QColor color = theme.color(QPalette::Text);
+    color.setAlphaF(0.6F);
+    QPalette own;
+    own.setColor(QPalette::PlaceholderText, color);
+    setPalette(own);
+}
 
 std::unique_ptr<Application> Application::start(int& count, char** arguments) {
     const StartMessages messages;
