@@ -130,7 +130,8 @@ bool FindBox::eventFilter(QObject* watched, QEvent* event) {
         m_search.setReady(true);
         // After a menu or another window the list would lie over what is wanted next.
         if (const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-            reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason)
+            reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason &&
+            reason != Qt::MenuBarFocusReason)
             showHits();
         return false;
     case QEvent::FocusOut:
