@@ -20,6 +20,7 @@ const QString progressTitle = "Opening files";
 /// Places in the Structure Editor's window, which opens 400 wide and 600 high.
 constexpr QPoint firstEntry{20, 27};
 constexpr QPoint fileMenu{15, 10};
+constexpr QPoint panelBar{60, 62}; // in the window for all
 constexpr QRect treeRows{200, 60, 200, 60};
 constexpr QRect entry{2, 20, 60, 14};
 constexpr QRect lastOfManyEntries = entry.translated(0, 7 * 14);
@@ -203,6 +204,39 @@ private slots:
         QCOMPARE(third.finish().status, 0);
         first.terminate();
         QCOMPARE(first.finish().status, 0);
+    }
+
+    void aPanelFloatsWithTheLettersOfItsMenus() {
+        Program program;
+        m_screen->show(program);
+        program.start({structure("1ubq.pdb")});
+        const qint64 window = m_screen->waitForWindow("1ubq - Workbench", program);
+        QVERIFY(window);
+        const QDeadlineTimer deadline(60'000);
+        while (isEmpty(m_screen->picture(window)))
+            QVERIFY(!deadline.hasExpired());
+        // A double click on its bar, until it has heard both clicks.
+        while (m_screen->findWindow(editor) == 0) {
+            QVERIFY(!deadline.hasExpired());
+            m_screen->click(window, panelBar);
+            m_screen->click(window, panelBar);
+        }
+        const qint64 panel = m_screen->waitForWindow(editor, program);
+        m_screen->focus(panel);
+        m_screen->click(panel, QPoint(40, 100));
+        // "File" of the Structure Editor has one entry, "Exit", which closes the panel alone.
+        const int before = m_screen->windowCount();
+        m_screen->key("alt+f");
+        QTRY_VERIFY_WITH_TIMEOUT(m_screen->windowCount() > before, 60'000);
+        m_screen->key("Return");
+        QTRY_COMPARE_WITH_TIMEOUT(m_screen->findWindow(editor), 0, 60'000);
+        QVERIFY(program.isRunning());
+        m_screen->focus(window);
+        m_screen->key("ctrl+q");
+        const Ended ended = program.finish();
+        QVERIFY(ended.normally);
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.errors, QStringList());
     }
 
     void theEndOfTheSessionEndsTheProgramInOrder() {

@@ -66,6 +66,21 @@ private slots:
         QCOMPARE(windowIn(m_editor)->menuBar()->actions().constFirst()->text(), "&File");
     }
 
+    void theSameHoldsForAPluginThatFloats() {
+        open();
+        dock(m_editor)->setFloating(true);
+        QVERIFY(QTest::qWaitForWindowExposed(dock(m_editor)));
+        dock(m_editor)->activateWindow();
+        windowIn(m_editor)->findChild<QListWidget*>()->setFocus();
+        QTRY_VERIFY(dock(m_editor)->isAncestorOf(QApplication::focusWidget()));
+        QCOMPARE(opened(Qt::Key_F), "plug-in File");
+        QCOMPARE(opened(Qt::Key_I), "main File");
+        m_window->activateWindow();
+        m_window->find().begin();
+        QTRY_COMPARE(QApplication::focusWidget(), m_window->find().field());
+        QCOMPARE(opened(Qt::Key_F), "main File");
+    }
+
     void noLetterStandsForTwoMenusWhereverTheKeyboardIs() {
         open();
         for (const QString& name : {m_editor, m_view}) {
