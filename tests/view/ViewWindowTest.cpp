@@ -1,5 +1,6 @@
 // The window between the data space and the picture: what it reads when, and what becomes of it
 // while items come and go.
+#include "Legible.h"
 #include "PluginManager.h"
 #include "Subscriber.h"
 #include "ViewTestCase.h"
@@ -307,6 +308,49 @@ private slots:
         QCOMPARE(QImage(path).convertToFormat(QImage::Format_RGB32), canvas().drawn().image);
         QCOMPARE(m_view->savePicture(path, {123, 45}), std::string());
         QCOMPARE(QImage(path).size(), QSize(123, 45));
+    }
+
+    void linesAreAsWideInALargePictureAsInTheWindow() {
+        fourAtoms().attach();
+        m_view->setRepresentation(view::Representation::Points);
+        show();
+        const QTemporaryDir folder;
+        const auto drawn = [&](int scale) {
+            const QString path = folder.filePath("p.png");
+            m_view->savePicture(path, canvas().size() * scale);
+            const QImage picture(path);
+            int pixels = 0;
+            for (int y = 0; y != picture.height(); ++y)
+                for (int x = 0; x != picture.width(); ++x)
+                    pixels += picture.pixel(x, y) != picture.pixel(0, 0);
+            return pixels;
+        };
+        const double once = drawn(1);
+        QVERIFY(once >= 5 * 5); // five dots
+        const double ratio = drawn(4) / once;
+        QVERIFY2(ratio > 10 && ratio < 20, qPrintable(QString::number(ratio)));
+    }
+
+    void blackIsSeenOnEitherBackground() {
+        fourAtoms().attach();
+        update([] {
+            Items atoms;
+            TAVIK::GetAtoms(space(), atoms, true);
+            for (TAVIK::Compound* const atom : atoms)
+                atom->SetColor(Color(QColor(Qt::black)));
+        });
+        m_view->setDepthCue(false);
+        for (const bool isLight : {false, true}) {
+            m_view->setLightBackground(isLight);
+            show();
+            const QImage& image = canvas().drawn().image;
+            int black = 0;
+            for (int y = 0; y != image.height(); ++y)
+                for (int x = 0; x != image.width(); ++x)
+                    black += image.pixelColor(x, y) == QColor(Qt::black);
+            QVERIFY(black > 100);
+            QVERIFY(legible::contrast(Qt::black, image.pixelColor(0, 0)) > 1.3);
+        }
     }
 
     void aPictureThatCannotBeWrittenLeavesTheOldFile() {

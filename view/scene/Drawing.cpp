@@ -57,7 +57,8 @@ void Drawing::learn(Effort effort, double milliseconds) {
 bool Drawing::isLast(const Order& order, Effort effort) const {
     return m_picture && effort == m_effort && order.width == m_order.width &&
            order.height == m_order.height && order.look.background == m_order.look.background &&
-           order.hasDepthCue == m_order.hasDepthCue && isSame(order.camera, m_order.camera);
+           order.lineScale == m_order.lineScale && order.hasDepthCue == m_order.hasDepthCue &&
+           isSame(order.camera, m_order.camera);
 }
 
 std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& stop) {
@@ -84,10 +85,9 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
         settings.samples = effort == Effort::Whole ? 2 : 1;
         settings.background = order.look.background;
         settings.depthCue = order.hasDepthCue ? depthCue : 0;
-        if (isSmall) {
-            settings.lineWidth /= 2;
-            settings.dotSize /= 2;
-        }
+        const float lineScale = isSmall ? order.lineScale / 2 : order.lineScale;
+        settings.lineWidth *= lineScale;
+        settings.dotSize *= lineScale;
         // The last picture's memory is used for this one, unless somebody still shows it.
         Picture used;
         if (m_picture && m_picture.use_count() == 1)

@@ -27,6 +27,7 @@ struct Order {
     bool hasDepthCue = true;
     std::optional<Colour> outline; ///< of what is selected; without one it is not marked
     int outlineWidth = 2;          ///< pixels
+    float lineScale = 1;           ///< lines and dots are that many times as wide
     /// Whether a quick picture is wanted: it is drawn as well as it can be in `quickPicture`.
     bool isMoving = false;
     std::uint64_t number = 0; ///< given back with the picture

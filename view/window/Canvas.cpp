@@ -160,12 +160,30 @@ void Canvas::order(bool isMoving) {
     m_isOrdered = true; // not where there was no memory for it
 }
 
+void Canvas::setWidths(Order& order, double scale) {
+    constexpr int outlineWidth = 2;
+    order.outlineWidth =
+        std::max(outlineWidth, static_cast<int>(std::lround(outlineWidth * scale)));
+    order.lineScale = static_cast<float>(scale);
+}
+
+Order Canvas::orderFor(const QSize& size) const {
+    Order order = m_order;
+    order.camera = cameraFor(size.width(), size.height());
+    order.width = size.width();
+    order.height = size.height();
+    order.isMoving = false;
+    // What is a line here is one in a large picture, too, and not a hair.
+    setWidths(order, std::max(1.0, double(size.height()) / std::max(1, height())));
+    return order;
+}
+
 void Canvas::sendOrder() {
     m_isOrdered = false;
     const QSize size = pixels();
     m_order.width = size.width();
     m_order.height = size.height();
-    m_order.outlineWidth = std::max(2, static_cast<int>(std::lround(2 * devicePixelRatioF())));
+    setWidths(m_order, devicePixelRatioF());
     m_thread.order(m_order);
 }
 

@@ -45,10 +45,10 @@ public:
     void zoom(double factor);
 
     const Camera& camera() const { return m_order.camera; }
-    /// The camera for a picture of another shape: the same, or fitted to that if the user has not
-    /// moved anything.
-    Camera cameraFor(int width, int height) const;
     const Order& order() const { return m_order; }
+    /// What draws the same as a picture of another size in pixels: from the same place, or fitted
+    /// to its shape if the user has not moved anything.
+    Order orderFor(const QSize& size) const;
     bool isMovedByUser() const { return m_isMovedByUser; }
 
     /// The picture on the screen.
@@ -91,6 +91,9 @@ private:
     /// Several orders of one event become one.
     void order(bool isMoving);
     void sendOrder();
+    Camera cameraFor(int width, int height) const;
+    /// Makes lines and outlines that many times as wide as on a screen of usual pixels.
+    static void setWidths(Order& order, double scale);
     /// The height of a picture of that shape that shows what was fitted, in Å.
     double fittedHeight(int width, int height) const;
     /// A drag by that many pixels, to the right and down.

@@ -20,7 +20,8 @@ namespace {
 
 constexpr QSize startSize(900, 700);
 constexpr Colour lightBackground = 0xffffffff;
-constexpr Colour darkBackground = 0xff0c0f14;
+// Not so dark that black things are lost in it.
+constexpr Colour darkBackground = 0xff22272f;
 // Colours that no element has by default, with a contrast of at least 4.5 to the background.
 constexpr Colour outlineOnLight = 0xffd000b0;
 constexpr Colour outlineOnDark = 0xffffe000;
@@ -179,12 +180,7 @@ void View3D::setDepthCue(bool on) {
 
 Order View3D::pictureOrder(const QSize& size) {
     bringUpToDate();
-    Order order = m_canvas->order();
-    order.camera = m_canvas->cameraFor(size.width(), size.height());
-    order.width = size.width();
-    order.height = size.height();
-    order.isMoving = false;
-    return order;
+    return m_canvas->orderFor(size);
 }
 
 std::string View3D::savePicture(const QString& path, const QSize& size) {
