@@ -233,7 +233,7 @@ private slots:
         QCOMPARE(canvas().drawn().image.pixel(1, 1), 0xffffffffU);
         QTest::keyClick(&canvas(), Qt::Key_L);
         settle();
-        QVERIFY(qGray(canvas().drawn().image.pixel(1, 1)) < 32);
+        QVERIFY(qGray(canvas().drawn().image.pixel(1, 1)) < 64);
     }
 
     void theCentreOfWhatIsSelectedGoesToTheMiddle() {

@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <algorithm>
 #include <functional>
 #include <utility>
 
@@ -80,6 +81,25 @@ private slots:
         for (const QString name : {"a.png", "b.png"})
             writePicture(folder.filePath(name), 10'000);
         m_view.reset();
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList());
+    }
+
+    void aPictureThatIsBeingWrittenStopsWithItsWindow() {
+        fourAtoms().attach();
+        show();
+        const QTemporaryDir folder;
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, this, [this] {
+            const QWidgetList all = QApplication::topLevelWidgets();
+            if (std::any_of(all.begin(), all.end(), [](const QWidget* window) {
+                    return window->inherits("memory_host::ProgressWindow");
+                }))
+                m_view.reset();
+        });
+        watch.start(1);
+        writePicture(folder.filePath("a.png"), 6'000);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view, 60'000);
+        watch.stop();
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList());
     }
 

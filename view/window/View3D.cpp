@@ -5,7 +5,6 @@
 #include "ElidedLabel.h"
 #include "Legible.h"
 #include "Logger.h"
-#include "PictureFile.h"
 #include "Space.h"
 
 #include <algorithm>
@@ -55,7 +54,9 @@ View3D::View3D()
     setLightBackground(m_isLight);
 }
 
-View3D::~View3D() = default;
+View3D::~View3D() {
+    m_end.request_stop();
+}
 
 void View3D::commUpdate() {
     schedule(DataReader::What::Looks);

@@ -4,6 +4,7 @@
 #include "BaseWindow.h"
 #include "Compound.h"
 #include "Focus.h"
+#include "PictureFile.h"
 #include "Subscriber.h"
 #include "scene/DataReader.h"
 #include "scene/Drawing.h"
@@ -13,7 +14,9 @@
 #include <QTimer>
 
 #include <cstdint>
+#include <deque>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 class QActionGroup;
@@ -23,7 +26,6 @@ namespace view {
 
 class Canvas;
 class ElidedLabel;
-struct PictureRequest;
 
 /// The view's one window. It owns no data. It is told of every change, and reads the data again in
 /// the event loop that follows, once for any number of changes and in pieces between which other
@@ -81,6 +83,7 @@ private:
     Order pictureOrder(const QSize& size);
     /// Saves a picture, on another thread, while the user can see that and cancel it.
     void drawPicture(const PictureRequest& request);
+    void drawPictureNow(const PictureRequest& asked);
 
     void createMenu();
     void schedule(DataReader::What what);
@@ -111,7 +114,9 @@ private:
     bool m_isFitDue = false; ///< items were added since
     std::optional<DataReader::What> m_due = DataReader::What::Everything; ///< not begun yet
     QTimer m_nextPiece;
-    DataReader m_reader; ///< last, and so the first to be destroyed
+    std::deque<PictureRequest> m_toDraw; ///< the first is being drawn
+    std::stop_source m_end;              ///< asked to stop when the window goes
+    DataReader m_reader;                 ///< last, and so the first to be destroyed
 };
 
 } // namespace view

@@ -152,16 +152,35 @@ void View3D::askForPicture() {
 }
 
 void View3D::drawPicture(const PictureRequest& request) {
+    m_toDraw.push_back(request);
+    // One after another, where they are asked for in a row.
+    if (m_toDraw.size() > 1)
+        return;
+    const QPointer<View3D> window(this);
+    while (window && !m_toDraw.empty()) {
+        drawPictureNow(m_toDraw.front());
+        if (window)
+            m_toDraw.pop_front();
+    }
+}
+
+void View3D::drawPictureNow(const PictureRequest& asked) {
+    const PictureRequest request = asked;
     const Order order = pictureOrder(request.size);
     std::string problem;
     const QPointer<View3D> window(this);
     // A large picture takes a while.
-    const bool isDone = Progress::Run(tr("Save picture"), [&](ProgressReporter& reporter,
-                                                              const std::stop_token& stop) {
+    const auto work = [&, end = m_end.get_token()](ProgressReporter& reporter,
+                                                   const std::stop_token& stop) {
         reporter.report(
             tr("drawing %1 x %2 pixels").arg(request.size.width()).arg(request.size.height()), -1);
-        problem = writePicture(order, request.path, stop);
-    });
+        std::stop_source either;
+        const auto ask = [&either] { either.request_stop(); };
+        const std::stop_callback cancelled(stop, ask);
+        const std::stop_callback ended(end, ask);
+        problem = writePicture(order, request.path, either.get_token());
+    };
+    const bool isDone = Progress::Run(tr("Save picture"), work);
     if (!window)
         return;
     if (!isDone) {
