@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
 #include <array>
 #include <functional>
@@ -96,6 +97,19 @@ std::map<QString, Holds> meanings(const std::vector<Line>& lines) {
          [](const Line& line) {
              return line.chain == "A" && line.number == 100 && line.name == "CA";
          }},
+        {":100-110@CA",
+         [](const Line& line) {
+             return line.number >= 100 && line.number <= 110 && line.name == "CA";
+         }},
+        {"/A,B:CYS@SG",
+         [](const Line& line) {
+             return (line.chain == "A" || line.chain == "B") && line.residue == "CYS" &&
+                    line.name == "SG";
+         }},
+        {"/sample/C", [](const Line& line) { return line.chain == "C"; }},
+        {"NAG or SO4",
+         [](const Line& line) { return line.residue == "NAG" || line.residue == "SO4"; }},
+        {"not water", [](const Line& line) { return !line.isWater(); }},
         {":383,SO4", [](const Line& line) { return line.number == 383 || line.residue == "SO4"; }},
         {"@CA", [](const Line& line) { return line.name == "CA"; }},
         {"altloc B", [](const Line& line) { return line.alternate == 'B'; }},
@@ -164,6 +178,41 @@ private slots:
             seen.insert(text);
         }
         QCOMPARE(seen.size(), meaning.size());
+    }
+
+    // What the page's sentences show has no place in the sample.
+    void insertionCodesAndNumbersBelowZeroAreFoundAsThePageSays() {
+        const QString page = textOf(SOURCE_DIR "/data/help/find.md");
+        QTemporaryDir folder;
+        QFile file(folder.filePath("numbers.pdb"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        int serial = 0;
+        const auto write = [&](const char* residue, char chain, int number, char insertion) {
+            ++serial;
+            const QString line = QString::asprintf(
+                "ATOM  %5d  CA  %3s %c%4d%c   %8.3f%8.3f%8.3f  1.00 10.00           C  \n", serial,
+                residue, chain, number, insertion, serial * 4.0, 0.0, 0.0);
+            file.write(line.toLatin1());
+        };
+        for (int number = -7; number != 1; ++number)
+            write("GLY", 'A', number, ' ');
+        write("ALA", 'A', 52, ' ');
+        write("SER", 'A', 52, 'A');
+        write("THR", 'A', 52, 'B');
+        write("THR", 'B', 52, 'B');
+        write("ION", 'B', 60, ' ');
+        file.close();
+        memory_host::openFile(file.fileName().toStdString());
+        const auto index = FindIndex::read();
+        QCOMPARE(index->atoms.size(), std::size_t(serial));
+        const std::pair<const char*, std::size_t> found[] = {
+            {"A 52B", 1}, {"A -5--2", 4}, {":ION", 1}, {"52B", 2}, {"A 52", 1}, {"/B:52B", 1}};
+        for (const QString shown : {"A 52B", "A -5--2", ":ION"})
+            QVERIFY2(page.contains('`' + shown + '`'), qPrintable(shown));
+        for (const auto& [text, atoms] : found) {
+            FindValues values;
+            QCOMPARE(findHits(*index, values, readFindText(text)).atomCount, atoms);
+        }
     }
 
     void everyKeywordStandsOnThePage() {

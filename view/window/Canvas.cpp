@@ -22,6 +22,7 @@ constexpr double pi = 3.14159265358979323846;
 constexpr double smallestHeight = 0.5; // Å
 constexpr double greatestHeight = 1e7; // Å
 constexpr double margin = 2;           // Å around what is fitted, for the radii of its atoms
+constexpr double surroundings = 8;     // Å around what is looked at
 constexpr double thinnestSlab = 0.5;   // Å
 constexpr double zoomPerStep = 1.15;   // of the wheel
 constexpr int reach = 3;               // pixels around the pointer where something is found
@@ -77,8 +78,12 @@ double Canvas::angstromsPerPixel() const {
     return m_order.camera.height / std::max(height(), 1);
 }
 
+double Canvas::heightFor(double radius, int width, int height) {
+    return 2 * radius / std::min(1.0, double(std::max(width, 1)) / std::max(height, 1));
+}
+
 double Canvas::fittedHeight(int width, int height) const {
-    return 2 * m_radius / std::min(1.0, double(std::max(width, 1)) / std::max(height, 1));
+    return heightFor(m_radius, width, height);
 }
 
 void Canvas::fit(std::span<const Point> points) {
@@ -113,6 +118,24 @@ void Canvas::centreOn(const Point& point) {
     m_order.camera.centre = point;
     m_isMovedByUser = true;
     order(false);
+}
+
+void Canvas::lookAt(const FocusMark& what) {
+    const auto heightOf = [this, &what](double around) {
+        return heightFor(what.radius + around, width(), height());
+    };
+    double& seen = m_order.camera.height;
+    seen = std::min(seen, heightOf(surroundings));
+    if (seen < heightOf(0))
+        seen = heightOf(margin);
+    centreOn(what.centre);
+}
+
+void Canvas::setMark(const std::optional<FocusMark>& mark) {
+    if (mark == m_mark)
+        return;
+    m_mark = mark;
+    update();
 }
 
 void Canvas::turn(double right, double up) {
@@ -234,6 +257,11 @@ void Canvas::paintEvent(QPaintEvent*) {
         return;
     painter.setRenderHint(QPainter::SmoothPixmapTransform, m_drawn.image.size() != pixels());
     painter.drawImage(rect(), m_drawn.image);
+    if (m_mark) {
+        const double aspect = double(m_drawn.image.width()) / m_drawn.image.height();
+        paintRing(painter, ringOf(*m_mark, m_drawn.camera, aspect, rect()),
+                  m_order.look.background);
+    }
 }
 
 void Canvas::resizeEvent(QResizeEvent* event) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "DrawingThread.h"
+#include "FocusMark.h"
 #include "scene/Contents.h"
 #include "scene/Drawing.h"
 #include "scene/Look.h"
@@ -12,6 +13,7 @@
 #include <QWidget>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace view {
@@ -39,6 +41,13 @@ public:
     void resetRotation();
     /// Puts a point into the middle; a point that is no place changes nothing.
     void centreOn(const Point& point);
+    /// Puts something into the middle, and comes so close that it and what is around it fill the
+    /// widget; who is close already stays so, but for what would not be seen as a whole.
+    void lookAt(const FocusMark& what);
+    /// Draws a ring around something, through all that is in front of it, until there is another
+    /// mark or none. It follows the camera, and is in no picture but the one on the screen.
+    void setMark(const std::optional<FocusMark>& mark);
+    const std::optional<FocusMark>& mark() const { return m_mark; }
     /// Turns, as a drag does. Radians.
     void turn(double right, double up);
     /// 2 shows everything at twice the size.
@@ -96,6 +105,8 @@ private:
     static void setWidths(Order& order, double scale);
     /// The height of a picture of that shape that shows what was fitted, in Å.
     double fittedHeight(int width, int height) const;
+    /// The height of a picture of that shape that shows what is that far from its middle, in Å.
+    static double heightFor(double radius, int width, int height);
     /// A drag by that many pixels, to the right and down.
     void drag(const QPoint& by);
     QSize pixels() const;
@@ -107,6 +118,7 @@ private:
     Drawn m_drawn;
     double m_radius = 50; ///< Å from the middle of what was fitted to its farthest point
     bool m_isMovedByUser = false;
+    std::optional<FocusMark> m_mark;
     QTimer m_rest;            ///< until nothing has moved for a while
     bool m_isOrdered = false; ///< and the order is not sent yet
 

@@ -136,6 +136,7 @@ void View3D::showData() {
     const std::vector<Point> points =
         isFitted ? drawnPoints(snapshot, m_look) : std::vector<Point>();
     m_canvas->setSnapshot(snapshot);
+    renewMark();
     if (isFitted)
         m_canvas->fit(points);
     m_isEmpty = isEmpty;

@@ -42,7 +42,8 @@ public:
     void commUpdate() override;
     void commAdd() override;
     void commDelete() override;
-    /// Another window looks at an item: it goes to the middle, if that is asked for.
+    /// Another window looks at an item: it gets a mark, and if that is asked for, it goes to the
+    /// middle and the view comes close.
     void focusMoved(TAVIK::Compound* item, bool center) override;
 
     /// Reads the data now, if they have changed since they were read.
@@ -97,6 +98,8 @@ private:
     std::optional<Colour> outlineColour() const;
 
     void click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers);
+    /// Marks the item in focus where it is now, if it is marked.
+    void renewMark();
     void doubleClick(Id id, std::uint64_t generation, const Point& point);
     void hover(Id id, std::uint64_t generation);
     /// Opens a guard, changes the selection, and shows it. Says so if the guard is refused.

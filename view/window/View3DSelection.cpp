@@ -1,6 +1,7 @@
 // What a click does: selecting, centring, and naming what is under the pointer.
 #include "View3D.h"
 
+#include "Ancestry.h"
 #include "Canvas.h"
 #include "ChangeData.h"
 #include "Changed.h"
@@ -8,12 +9,14 @@
 #include "ElidedLabel.h"
 #include "Messages.h"
 #include "Space.h"
+#include "Traversal.h"
 #include "scene/DataWalk.h"
 #include "scene/Shapes.h"
 
 #include <QPointer>
 
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace view {
@@ -23,13 +26,16 @@ using TAVIK::Space;
 
 namespace {
 
-// The middle of the box around the points; no place without any.
-Point middleOf(const std::vector<Point>& points) {
+/// More is no place that one would have to look for.
+constexpr std::size_t mostMarked = 10'000; // atoms
+
+// The ball around the points, its centre in the middle of their box; no place without any.
+FocusMark ballAround(const std::vector<Point>& points) {
     constexpr float nowhere = std::numeric_limits<float>::quiet_NaN();
     Camera camera;
     camera.centre = {nowhere, nowhere, nowhere};
     camera.fit(points, 1, 0);
-    return camera.centre;
+    return {camera.centre, camera.height / 2};
 }
 
 // Where an item is: its position, or those of what it holds.
@@ -44,13 +50,24 @@ void addPoints(Compound* item, std::vector<Point>& points) {
         addPoints(shape, points);
 }
 
-Point middleOf(Compound* item) {
+FocusMark ballAround(Compound* item) {
     std::vector<Point> points;
     addPoints(item, points);
     // Of a bond its atoms, of a set its members.
     for (Compound** part = item->PartBegin(); part != item->PartEnd(); ++part)
         addPoints(*part, points);
-    return middleOf(points);
+    return ballAround(points);
+}
+
+// Whether it is one place among others: no entry, and not too large.
+bool isMarked(Compound* item) {
+    if (TAVIK::GetParent(item) == Space::instance())
+        return false;
+    std::vector<Compound*> atoms;
+    TAVIK::GetAtoms(item, atoms, true);
+    const std::size_t count =
+        atoms.size() + static_cast<std::size_t>(item->PartEnd() - item->PartBegin());
+    return count > 0 && count <= mostMarked;
 }
 
 } // namespace
@@ -72,6 +89,7 @@ template <class Change> void View3D::changeSelection(const char* command, Change
 }
 
 void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers) {
+    m_canvas->setMark({});
     Compound* const item = m_reader.item(id, generation);
     const bool adds = modifiers.testFlag(Qt::ShiftModifier);
     const bool toggles = modifiers.testFlag(Qt::ControlModifier);
@@ -96,8 +114,20 @@ void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifi
 }
 
 void View3D::focusMoved(Compound* item, bool center) {
-    if (item && center)
-        m_canvas->centreOn(middleOf(item));
+    std::optional<FocusMark> ball;
+    const bool isShown = item && isMarked(item);
+    if (item && (center || isShown))
+        ball = ballAround(item);
+    if (ball && !isPlace(ball->centre))
+        ball.reset();
+    m_canvas->setMark(isShown ? ball : std::nullopt);
+    if (ball && center)
+        m_canvas->lookAt(*ball);
+}
+
+void View3D::renewMark() {
+    if (m_canvas->mark())
+        focusMoved(TAVIK::Focus::item(), false);
 }
 
 void View3D::say(const QString& text) {
@@ -131,7 +161,7 @@ void View3D::centreSelection() {
             addPoints(shape, points);
     if (points.empty())
         points = drawnPoints(snapshot, m_look);
-    m_canvas->centreOn(middleOf(points));
+    m_canvas->centreOn(ballAround(points).centre);
 }
 
 } // namespace view
