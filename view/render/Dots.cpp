@@ -13,6 +13,7 @@ class DotBrush {
 public:
     DotBrush(Tile& tile, const Frame& frame)
         : m_tile(tile), m_squaredHalf(all(frame.dotHalf * frame.dotHalf)), m_reach(dotReach(frame)),
+          m_isTiny(frame.dotHalf < 1),
           m_rows(static_cast<int>(std::min(2 * m_reach + 1, static_cast<float>(tileSide)))),
           m_columns((m_rows + 3) / 4 * 4), m_left(static_cast<float>(tile.left()) + 0.5F),
           m_top(static_cast<float>(tile.top()) + 0.5F) {}
@@ -50,6 +51,7 @@ private:
     Tile& m_tile;
     Floats m_squaredHalf;
     float m_reach;
+    bool m_isTiny; ///< perhaps without the sample that holds the centre, which is seen anyway
     int m_rows;    ///< of a window
     int m_columns; ///< likewise
     float m_left;  ///< centre of the tile's first sample
@@ -59,20 +61,17 @@ private:
 void DotBrush::draw(int window, const Place& centre, Number number) {
     const int left = window % tileSide;
     const int top = window / tileSide;
-    // The sample that holds the centre, which a small dot may otherwise miss.
-    const float centreRow = std::floor(centre.y) + 0.5F;
-    const Floats centreColumn = all(std::floor(centre.x) + 0.5F);
     for (int column = left; column < left + m_columns; column += 4) {
         const float firstX = static_cast<float>(column) + m_left;
         const Floats x = {firstX, firstX + 1, firstX + 2, firstX + 3};
         const Floats dx = x - all(centre.x);
         const Floats squaredX = dx * dx;
-        const Ints isCentreColumn = x == centreColumn;
         for (int row = top; row < top + m_rows; ++row) {
             const float y = static_cast<float>(row) + m_top;
             const float dy = y - centre.y;
-            const Ints isCentre = all(y == centreRow ? -1 : 0) & isCentreColumn;
-            const Ints mask = (squaredX + all(dy * dy) <= m_squaredHalf) | isCentre;
+            Ints mask = squaredX + all(dy * dy) <= m_squaredHalf;
+            if (m_isTiny && y == std::floor(centre.y) + 0.5F)
+                mask |= x == all(std::floor(centre.x) + 0.5F);
             m_tile.put(row, column, mask, all(centre.z), all(number));
         }
     }

@@ -11,7 +11,6 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 /// After so many touched samples it pays to look how far away a block is now.
 constexpr int touchesAnUpdate = 96;
-constexpr std::uint64_t everyByte = 0x0101010101010101;
 
 } // namespace
 
@@ -51,8 +50,15 @@ void Tile::emptyRows(int blockRow) {
         const unsigned runs = runsOf(m_drawn, row);
         columns |= runs;
         eachRun(runs, [&](int from, int end) {
-            std::fill(depths(row) + from, depths(row) + std::min(end, m_width), -infinity);
-            std::fill(numbers(row) + from, numbers(row) + end, noNumber);
+            int column = from;
+            for (; column + 4 <= std::min(end, m_width); column += 4) {
+                store(depths(row) + column, all(-infinity));
+                store(numbers(row) + column, all(noNumber));
+            }
+            for (; column < std::min(end, m_width); ++column) {
+                depths(row)[column] = -infinity;
+                numbers(row)[column] = noNumber;
+            }
         });
     }
     for (; columns != 0; columns &= columns - 1) {
@@ -70,18 +76,6 @@ bool Tile::hides(float front) {
         m_isDepthOld = false;
     }
     return m_depth > front;
-}
-
-void Tile::mark(const Range& range) {
-    // The runs of a row, in each byte.
-    const std::uint64_t runs =
-        everyByte * ((2U << range.right / blockSide) - (1U << range.left / blockSide));
-    for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
-        const int first = std::max(range.top - y * blockSide, 0);
-        const int last = std::min(range.bottom - y * blockSide, blockSide - 1);
-        m_drawn[static_cast<std::size_t>(y)] |=
-            runs & (~std::uint64_t{0} << (first * 8)) & (~std::uint64_t{0} >> ((7 - last) * 8));
-    }
 }
 
 void Tile::touch(const Range& range) {

@@ -84,10 +84,18 @@ public:
     };
     /// The samples whose centres lie in an extent, and perhaps a few more around it.
     Range range(const Extent& extent) const {
-        const float x = static_cast<float>(m_left) + 0.5F;
         const float y = static_cast<float>(m_top) + 0.5F;
-        return {sampleFrom(extent.left - x), sampleOf(extent.right - x, -1, m_width - 1),
-                sampleFrom(extent.top - y), sampleOf(extent.bottom - y, -1, m_height - 1)};
+        const Columns columns = this->columns(extent.left, extent.right);
+        return {columns.first, columns.last, sampleFrom(extent.top - y),
+                sampleOf(extent.bottom - y, -1, m_height - 1)};
+    }
+    struct Columns {
+        int first, last;
+    };
+    /// Likewise, in each row.
+    Columns columns(float left, float right) const {
+        const float x = static_cast<float>(m_left) + 0.5F;
+        return {sampleFrom(left - x), sampleOf(right - x, -1, m_width - 1)};
     }
 
     /// Whether nothing at or behind `front` can be seen in the range.
@@ -104,7 +112,18 @@ public:
     /// Says that something was drawn in the range, which hides() learns now or later.
     void touch(const Range& range);
     /// Likewise, where hides() need not learn it.
-    void mark(const Range& range);
+    void mark(const Range& range) {
+        constexpr std::uint64_t everyByte = 0x0101010101010101;
+        // The runs of a row, in each byte.
+        const std::uint64_t runs =
+            everyByte * ((2U << range.right / blockSide) - (1U << range.left / blockSide));
+        for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
+            const int first = std::max(range.top - y * blockSide, 0);
+            const int last = std::min(range.bottom - y * blockSide, blockSide - 1);
+            m_drawn[static_cast<std::size_t>(y)] |=
+                runs & (~std::uint64_t{0} << (first * 8)) & (~std::uint64_t{0} >> ((7 - last) * 8));
+        }
+    }
     /// Says that the rows above and below, in pairs from the first row on, are to be taken for
     /// drawn where one of them is: they make up pixels.
     void touchPairs();
