@@ -88,4 +88,12 @@ inline bool isAny(Ints mask) {
 #endif
 }
 
+/// The first lane in which a mask holds, which has one.
+inline int firstLane(Ints mask) {
+    int lane = 0;
+    while (mask[lane] == 0)
+        ++lane;
+    return lane;
+}
+
 } // namespace view

@@ -72,6 +72,48 @@ void writeBlank(const Canvas& canvas, const Look& look, std::size_t x, std::size
                 -std::numeric_limits<float>::infinity());
 }
 
+/// Writes the ids of dots and of nothing, which alternate all the time. Returns false, and writes
+/// nothing, where there is something else.
+bool writeDotIds(const Frame& frame, Ints numbers, Id* to) {
+    const Ints isNone = numbers == all(noNumber);
+    const Ints isDot = (numbers >= all(frame.dotStart)) & (numbers < all(frame.triangleStart));
+    if (isAny(~(isNone | isDot)) || !isAny(isDot))
+        return false;
+    const Scene& scene = *frame.scene;
+    const Ints dots = select(isDot, numbers - all(frame.dotStart), all(0));
+    for (int lane = 0; lane < 4; ++lane) {
+        const Id id = scene.ids[scene.dots[static_cast<std::size_t>(dots[lane])]];
+        to[lane] = isDot[lane] != 0 ? id : noId;
+    }
+    return true;
+}
+
+/// Writes the ids of what has a number. Neighbours mostly show the same thing.
+void writeIds(const Frame& frame, const Number* numbers, std::size_t count, Id* to) {
+    Number last = noNumber;
+    Id id = noId;
+    const auto next = [&](Number number) {
+        if (number != last) {
+            last = number;
+            id = number == noNumber ? noId : idOf(frame, number);
+        }
+        return id;
+    };
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const Ints four = load(numbers + i);
+        if (!isAny(four != all(last))) {
+            const std::array<Id, 4> same = {id, id, id, id};
+            std::memcpy(to + i, same.data(), sizeof same);
+        } else if (!writeDotIds(frame, four, to + i)) {
+            for (std::size_t lane = 0; lane < 4; ++lane)
+                to[i + lane] = next(numbers[i + lane]);
+        }
+    }
+    for (; i < count; ++i)
+        to[i] = next(numbers[i]);
+}
+
 /// Writes samples of a row, each of them a pixel.
 void writeSamples(const Brush& brush, const Frame& frame, const Canvas& canvas, int row, int from,
                   int end) {
@@ -82,26 +124,19 @@ void writeSamples(const Brush& brush, const Frame& frame, const Canvas& canvas, 
     const auto width = static_cast<std::size_t>(end - from);
     const std::int32_t* const colours =
         brush.colours.data() + static_cast<std::ptrdiff_t>(row) * tileSide + from;
-    std::memcpy(canvas.image + y * canvas.stride + left, colours, width * sizeof *colours);
-    Id* const ids = canvas.ids + y * canvas.width + left;
+    auto* const image = reinterpret_cast<std::int32_t*>(canvas.image + y * canvas.stride + left);
     float* const depths = canvas.depths + y * canvas.width + left;
-    const Number* const numbers = tile.numbers(row) + from;
     const float* const nearest = tile.depths(row) + from;
-    // Neighbours mostly show the same thing.
-    Number last = noNumber;
-    Id id = noId;
-    for (std::size_t x = 0; x < width; ++x) {
-        if (numbers[x] != last) {
-            last = numbers[x];
-            id = last == noNumber ? noId : idOf(frame, last);
-        }
-        ids[x] = id;
-    }
     std::size_t x = 0;
-    for (; x + 4 <= width; x += 4)
+    for (; x + 4 <= width; x += 4) {
+        store(image + x, load(colours + x));
         store(depths + x, load(nearest + x) * all(pixel));
-    for (; x < width; ++x)
+    }
+    for (; x < width; ++x) {
+        image[x] = colours[x];
         depths[x] = nearest[x] * pixel;
+    }
+    writeIds(frame, tile.numbers(row) + from, width, canvas.ids + y * canvas.width + left);
 }
 
 /// The mean of four colours, rounded.

@@ -10,15 +10,25 @@ namespace view {
 
 namespace {
 
-/// In four samples: which way the surface faces, and what colour it has. A flat one is not lit.
+/// In four samples: which way the surface faces, and what colour it has.
 struct Surface {
     Floats x, y, z;
     Ints colour;
-    Ints isFlat;
 };
 
 std::int32_t plain(Colour colour) {
     return static_cast<std::int32_t>(colour);
+}
+
+/// The numbers of what is of one kind with a number; without any for `noNumber`.
+std::pair<Number, Number> kindOf(const Frame& frame, Number number) {
+    if (number < frame.stickStart)
+        return {0, frame.stickStart};
+    if (number < frame.lineStart)
+        return {frame.stickStart, frame.lineStart};
+    if (number < frame.triangleStart)
+        return {frame.lineStart, frame.triangleStart};
+    return {frame.triangleStart, noNumber};
 }
 
 /// The point whose colour and id a ball, a half of a stick or of a line, or a dot has.
@@ -57,91 +67,93 @@ Surface ballSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats
     return {select(isFacing, all(0.0F), dx * inverse), select(isFacing, all(0.0F), -dy * inverse),
             select(isFacing, all(1.0F), squareRoot(larger(rest, all(0.0F))) * inverse),
             Ints{plain(scene.colours[balls[0].point]), plain(scene.colours[balls[1].point]),
-                 plain(scene.colours[balls[2].point]), plain(scene.colours[balls[3].point])},
-            all(0)};
+                 plain(scene.colours[balls[2].point]), plain(scene.colours[balls[3].point])}};
+}
+
+/// Places on sticks, of which each has an axis and the colours of both ends.
+struct StickLanes {
+    Floats x, y, z;
+    Floats axisX, axisY, axisZ;
+    Ints firstColour, secondColour;
+};
+
+StickLanes stickLanes(const Frame& frame, Ints sticks) {
+    const Scene& scene = *frame.scene;
+    const auto segment = [&](int lane) -> const Segment& {
+        return scene.sticks[static_cast<std::size_t>(sticks[lane])];
+    };
+    const Segment& stick = segment(0);
+    const Place& from = frame.points[stick.from];
+    const Place& to = frame.points[stick.to];
+    // Neighbours mostly show the same stick.
+    if (!isAny(sticks != all(sticks[0])))
+        return {all(from.x),
+                all(from.y),
+                all(from.z),
+                all(to.x - from.x),
+                all(to.y - from.y),
+                all(to.z - from.z),
+                all(plain(scene.colours[stick.from])),
+                all(plain(scene.colours[stick.to]))};
+    const std::array<Segment, 4> s = {stick, segment(1), segment(2), segment(3)};
+    const Places first(from, frame.points[s[1].from], frame.points[s[2].from],
+                       frame.points[s[3].from]);
+    const Places second(to, frame.points[s[1].to], frame.points[s[2].to], frame.points[s[3].to]);
+    const auto colours = [&](std::uint32_t Segment::*end) {
+        return Ints{plain(scene.colours[s[0].*end]), plain(scene.colours[s[1].*end]),
+                    plain(scene.colours[s[2].*end]), plain(scene.colours[s[3].*end])};
+    };
+    return {first.x,
+            first.y,
+            first.z,
+            second.x - first.x,
+            second.y - first.y,
+            second.z - first.z,
+            colours(&Segment::from),
+            colours(&Segment::to)};
 }
 
 Surface stickSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
-    const Scene& scene = *frame.scene;
-    const auto lane = [&](int i) {
-        const Number number = numbers[i] - frame.stickStart;
-        const Segment& stick = scene.sticks[static_cast<std::size_t>(number / 2)];
-        return std::pair(stick, number % 2 == 0 ? stick.from : stick.to);
-    };
-    const std::array<std::pair<Segment, std::uint32_t>, 4> ends = {lane(0), lane(1), lane(2),
-                                                                   lane(3)};
-    const auto at = [&](std::size_t i) -> const Place& { return frame.points[ends[i].first.from]; };
-    const auto to = [&](std::size_t i) -> const Place& { return frame.points[ends[i].first.to]; };
-    const Floats fromX = {at(0).x, at(1).x, at(2).x, at(3).x};
-    const Floats fromY = {at(0).y, at(1).y, at(2).y, at(3).y};
-    const Floats fromZ = {at(0).z, at(1).z, at(2).z, at(3).z};
-    const Floats axisX = Floats{to(0).x, to(1).x, to(2).x, to(3).x} - fromX;
-    const Floats axisY = Floats{to(0).y, to(1).y, to(2).y, to(3).y} - fromY;
-    const Floats axisZ = Floats{to(0).z, to(1).z, to(2).z, to(3).z} - fromZ;
-    const Floats squaredLength = axisX * axisX + axisY * axisY + axisZ * axisZ;
-    Floats dx = x - fromX;
-    Floats dy = y - fromY;
-    Floats dz = depth - fromZ;
+    const Ints halves = numbers - all(frame.stickStart);
+    const StickLanes at = stickLanes(frame, halves >> 1);
+    const Floats squaredLength = at.axisX * at.axisX + at.axisY * at.axisY + at.axisZ * at.axisZ;
+    Floats dx = x - at.x;
+    Floats dy = y - at.y;
+    Floats dz = depth - at.z;
     // From the nearest point of the axis.
-    const Floats place = (dx * axisX + dy * axisY + dz * axisZ) / squaredLength;
+    const Floats place = (dx * at.axisX + dy * at.axisY + dz * at.axisZ) / squaredLength;
     const Floats t = smaller(larger(place, all(0.0F)), all(1.0F));
-    dx -= t * axisX;
-    dy -= t * axisY;
-    dz -= t * axisZ;
+    dx -= t * at.axisX;
+    dy -= t * at.axisY;
+    dz -= t * at.axisZ;
     const Floats squared = dx * dx + dy * dy + dz * dz;
     const Ints isFacing = (depth == all(frame.front)) | ~(squared > all(0.0F));
     const Floats inverse = all(1.0F) / squareRoot(squared);
     return {select(isFacing, all(0.0F), dx * inverse), select(isFacing, all(0.0F), -dy * inverse),
             select(isFacing, all(1.0F), dz * inverse),
-            Ints{plain(scene.colours[ends[0].second]), plain(scene.colours[ends[1].second]),
-                 plain(scene.colours[ends[2].second]), plain(scene.colours[ends[3].second])},
-            all(0)};
+            select((halves & all(1)) == all(0), at.firstColour, at.secondColour)};
 }
 
 /// Of lines and dots.
 Ints flatColour(const Frame& frame, Ints numbers) {
-    const auto colour = [&](int i) {
-        return plain(frame.scene->colours[pointOf(frame, numbers[i])]);
-    };
-    return Ints{colour(0), colour(1), colour(2), colour(3)};
-}
-
-Surface flatSurface(const Frame& frame, Ints numbers) {
-    return {all(0.0F), all(0.0F), all(1.0F), flatColour(frame, numbers), all(-1)};
+    const Scene& scene = *frame.scene;
+    std::array<std::uint32_t, 4> points;
+    if (isAny(numbers < all(frame.dotStart))) {
+        for (int lane = 0; lane < 4; ++lane)
+            points[static_cast<std::size_t>(lane)] = pointOf(frame, numbers[lane]);
+    } else {
+        const Ints dots = numbers - all(frame.dotStart);
+        for (int lane = 0; lane < 4; ++lane)
+            points[static_cast<std::size_t>(lane)] =
+                scene.dots[static_cast<std::size_t>(dots[lane])];
+    }
+    return Ints{plain(scene.colours[points[0]]), plain(scene.colours[points[1]]),
+                plain(scene.colours[points[2]]), plain(scene.colours[points[3]])};
 }
 
 Surface triangleSurface(const Frame& frame, Ints numbers, Floats x, Floats y) {
     const TrianglePoints points = trianglePoints(frame, numbers, x, y);
-    return {points.x, points.y, points.z, points.colour, all(0)};
-}
-
-/// Four samples that show things of several kinds.
-Surface mixedSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
-    Surface surface = {all(0.0F), all(0.0F), all(1.0F), all(0), all(-1)};
-    // Lanes of other kinds are calculated as copies of the first lane of the kind.
-    const auto add = [&](Number start, Number end, const auto& surfaceOf) {
-        const Ints mask = (numbers >= all(start)) & (numbers < all(end));
-        if (!isAny(mask))
-            return;
-        int lane = 0;
-        while (mask[lane] == 0)
-            ++lane;
-        const Surface own =
-            surfaceOf(select(mask, numbers, all(numbers[lane])), select(mask, x, all(x[lane])),
-                      select(mask, y, all(y[lane])), select(mask, depth, all(depth[lane])));
-        surface = {select(mask, own.x, surface.x), select(mask, own.y, surface.y),
-                   select(mask, own.z, surface.z), select(mask, own.colour, surface.colour),
-                   select(mask, own.isFlat, surface.isFlat)};
-    };
-    add(0, frame.stickStart,
-        [&](Ints n, Floats a, Floats b, Floats z) { return ballSurface(frame, n, a, b, z); });
-    add(frame.stickStart, frame.lineStart,
-        [&](Ints n, Floats a, Floats b, Floats z) { return stickSurface(frame, n, a, b, z); });
-    add(frame.lineStart, frame.triangleStart,
-        [&](Ints n, Floats, Floats, Floats) { return flatSurface(frame, n); });
-    add(frame.triangleStart, noNumber,
-        [&](Ints n, Floats a, Floats b, Floats) { return triangleSurface(frame, n, a, b); });
-    return surface;
+    return {points.x, points.y, points.z, points.colour};
 }
 
 /// The cosine of the angle to a light, 0 on the side that is turned away.
@@ -157,7 +169,8 @@ std::array<float, 3> halfway(const std::array<float, 3>& light) {
     return {light[0] / length, light[1] / length, z / length};
 }
 
-/// One of red, green and blue, by its place in a colour.
+/// Where red, green and blue are in a colour.
+constexpr std::array<int, 3> shifts = {16, 8, 0};
 Ints channel(Ints colour, int shift) {
     return (colour >> shift) & all(255);
 }
@@ -169,57 +182,81 @@ Ints rounded(Floats x) {
 struct Cue {
     Floats nearest;
     Floats factor;
-    Ints background;
+    std::array<Floats, 3> background; ///< red, green and blue
     std::array<float, 3> highlightAxis = halfway(mainLight);
 
-    Cue(const Frame& frame, const Look& look)
-        : nearest(all(frame.nearZ)), background(all(plain(look.background))) {
+    Cue(const Frame& frame, const Look& look) : nearest(all(frame.nearZ)) {
         const float range = frame.nearZ - frame.farZ;
         factor = all(range > 0 ? look.depthCue / range : 0.0F);
+        for (std::size_t i = 0; i < 3; ++i)
+            background[i] = toFloats(channel(all(plain(look.background)), shifts[i]));
     }
 };
 
 /// Colours at a depth: own(shift) is a channel of theirs, 0 to 255.
 template <class Own> Ints cued(const Cue& cue, Floats depth, const Own& own) {
     const Floats away = smaller(larger((cue.nearest - depth) * cue.factor, all(0.0F)), all(1.0F));
-    Ints result = all(plain(0xFF000000U));
-    for (const int shift : {0, 8, 16}) {
-        const Floats near = own(shift);
-        const Floats mixed = near + (toFloats(channel(cue.background, shift)) - near) * away;
-        result |= rounded(mixed) << shift;
-    }
-    return result;
+    const auto mixed = [&](std::size_t i) {
+        const Floats near = own(shifts[i]);
+        return rounded(near + (cue.background[i] - near) * away) << shifts[i];
+    };
+    return all(plain(0xFF000000U)) | mixed(0) | mixed(1) | mixed(2);
 }
 
 Ints lit(const Surface& surface, Floats depth, const Cue& cue) {
-    const Floats light = select(surface.isFlat, all(1.0F),
-                                all(ambientPart) + all(mainPart) * cosine(surface, mainLight) +
-                                    all(fillPart) * cosine(surface, fillLight));
+    const Floats light = all(ambientPart) + all(mainPart) * cosine(surface, mainLight) +
+                         all(fillPart) * cosine(surface, fillLight);
     Floats shine = cosine(surface, cue.highlightAxis);
     for (int power = 1; power < 32; power *= 2)
         shine *= shine;
-    shine = select(surface.isFlat, all(0.0F), shine * all(highlightPart * 255));
+    shine *= all(highlightPart * 255);
     return cued(cue, depth, [&](int shift) {
         return smaller(toFloats(channel(surface.colour, shift)) * light + shine, all(255.0F));
     });
 }
 
-/// Colours of four samples that show something.
-Ints coloursOf(const Frame& frame, const Cue& cue, Ints numbers, Floats x, Floats y, Floats depth) {
-    const auto isAll = [numbers](Number start, Number end) {
-        return !isAny((numbers < all(start)) | (numbers >= all(end)));
-    };
-    if (isAll(0, frame.stickStart))
-        return lit(ballSurface(frame, numbers, x, y, depth), depth, cue);
-    if (isAll(frame.stickStart, frame.lineStart))
-        return lit(stickSurface(frame, numbers, x, y, depth), depth, cue);
-    if (isAll(frame.triangleStart, noNumber))
-        return lit(triangleSurface(frame, numbers, x, y), depth, cue);
-    if (isAll(frame.lineStart, frame.triangleStart)) {
+/// Four samples.
+struct Samples {
+    Ints numbers;
+    Floats x, y, depth;
+};
+
+/// Colours of samples that show things of one kind.
+Ints coloursOf(const Frame& frame, const Cue& cue, const Samples& samples) {
+    const auto& [numbers, x, y, depth] = samples;
+    const Number number = numbers[0];
+    if (number >= frame.lineStart && number < frame.triangleStart) {
+        // Lines and dots are not lit.
         const Ints colour = flatColour(frame, numbers);
-        return cued(cue, depth, [colour](int shift) { return toFloats(channel(colour, shift)); });
+        return cued(cue, depth, [&](int shift) { return toFloats(channel(colour, shift)); });
     }
-    return lit(mixedSurface(frame, numbers, x, y, depth), depth, cue);
+    const Surface surface = number < frame.stickStart  ? ballSurface(frame, numbers, x, y, depth)
+                            : number < frame.lineStart ? stickSurface(frame, numbers, x, y, depth)
+                                                       : triangleSurface(frame, numbers, x, y);
+    return lit(surface, depth, cue);
+}
+
+/// Colours of samples that show things of several kinds, or nothing.
+Ints mixedColours(const Frame& frame, const Cue& cue, const Samples& samples, Ints background) {
+    const auto& [numbers, x, y, depth] = samples;
+    Ints result = background;
+    const auto add = [&](Number start, Number end) {
+        const Ints mask = (numbers >= all(start)) & (numbers < all(end));
+        if (!isAny(mask))
+            return;
+        // The other lanes are calculated as copies of one.
+        const int lane = firstLane(mask);
+        const Ints own =
+            coloursOf(frame, cue,
+                      {select(mask, numbers, all(numbers[lane])), select(mask, x, all(x[lane])), y,
+                       select(mask, depth, all(depth[lane]))});
+        result = select(mask, own, result);
+    };
+    add(0, frame.stickStart);
+    add(frame.stickStart, frame.lineStart);
+    add(frame.lineStart, frame.triangleStart);
+    add(frame.triangleStart, noNumber);
+    return result;
 }
 
 } // namespace
@@ -228,31 +265,23 @@ void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& 
     const Cue cue(frame, look);
     const Ints background = all(plain(look.background | 0xFF000000U));
     const auto shadeGroup = [&](int row, int column) {
-        Ints numbers = load(tile.numbers(row) + column);
-        const Ints isSeen = numbers != all(noNumber);
-        Ints result = background;
-        if (isAny(isSeen)) {
-            Floats depth = load(tile.depths(row) + column);
-            const float left = static_cast<float>(tile.left() + column) + 0.5F;
-            Floats x = {left, left + 1, left + 2, left + 3};
-            if (isAny(~isSeen)) {
-                // The others are calculated as copies of one.
-                int lane = 0;
-                while (isSeen[lane] == 0)
-                    ++lane;
-                numbers = select(isSeen, numbers, all(numbers[lane]));
-                depth = select(isSeen, depth, all(depth[lane]));
-                x = select(isSeen, x, all(x[lane]));
-            }
-            const Floats y = all(static_cast<float>(tile.top() + row) + 0.5F);
-            result = select(isSeen, coloursOf(frame, cue, numbers, x, y, depth), background);
-        }
-        store(colours.data() + row * tileSide + column, result);
+        const Ints numbers = load(tile.numbers(row) + column);
+        if (!isAny(numbers != all(noNumber)))
+            return background;
+        const float left = static_cast<float>(tile.left() + column) + 0.5F;
+        const Samples samples = {numbers,
+                                 {left, left + 1, left + 2, left + 3},
+                                 all(static_cast<float>(tile.top() + row) + 0.5F),
+                                 load(tile.depths(row) + column)};
+        const auto [start, end] = kindOf(frame, numbers[0]);
+        if (isAny((numbers < all(start)) | (numbers >= all(end))))
+            return mixedColours(frame, cue, samples, background);
+        return coloursOf(frame, cue, samples);
     };
     for (int row = 0; row < tile.height(); ++row)
         Tile::eachRun(Tile::runsOf(tile.drawnRuns(), row), [&](int from, int end) {
             for (int column = from; column < end; column += 4)
-                shadeGroup(row, column);
+                store(colours.data() + row * tileSide + column, shadeGroup(row, column));
         });
 }
 
