@@ -81,6 +81,27 @@ private slots:
         QCOMPARE(opened(Qt::Key_F), "main File");
     }
 
+    void theListOfHitsStaysClosedWhenTheMenuBarGivesTheKeyboardBack() {
+        open();
+        m_window->openFiles({sample()});
+        const auto* const hits = m_window->findChild<QWidget*>("hits");
+        QLineEdit* const field = m_window->find().field();
+        m_window->find().begin();
+        QTest::keyClicks(field, "NAG");
+        QTRY_VERIFY(hits->isVisible());
+        QTest::keyClick(field, Qt::Key_Escape);
+        QVERIFY(!hits->isVisible());
+        QTest::keyClick(field, Qt::Key_F, Qt::AltModifier);
+        QVERIFY(QApplication::activePopupWidget());
+        // The first one closes the menu, the second one leaves the bar.
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+        QCOMPARE(QApplication::focusWidget(), m_window->menuBar());
+        QTest::keyClick(m_window->menuBar(), Qt::Key_Escape);
+        QCOMPARE(QApplication::focusWidget(), field);
+        QVERIFY(!hits->isVisible());
+        takeMessages();
+    }
+
     void noLetterStandsForTwoMenusWhereverTheKeyboardIs() {
         open();
         for (const QString& name : {m_editor, m_view}) {
