@@ -8,6 +8,7 @@
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QImage>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -70,6 +71,20 @@ private slots:
         QCOMPARE(QImage(path()).size(), QSize(90, 60));
         QCOMPARE(takeHostLog(), QStringList(path() + " is written"));
         QVERIFY(!m_window->errors().isVisible());
+    }
+
+    void theFileIsAskedForFirstAndEachFieldHasItsLetter() {
+        openSample();
+        entry("File", "Save Picture...")->trigger();
+        QWidget* const dialog = modal();
+        QVERIFY(dialog);
+        QCOMPARE(dialog->focusWidget(), pathField(dialog));
+        for (const auto* const label : dialog->findChildren<QLabel*>())
+            QVERIFY2(label->buddy() || !label->text().contains('&'), qPrintable(label->text()));
+        QTest::keyClicks(pathField(dialog), path());
+        QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+        QTRY_COMPARE(said(), path() + " is written");
+        takeHostLog();
     }
 
     void aViewThatIsNotShownDrawsThePictureAsWell() {

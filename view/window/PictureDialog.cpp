@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -41,8 +42,12 @@ PictureDialog::PictureDialog(QWidget* parent, const QSize& size)
     auto* const form = new QFormLayout(this);
     form->addRow(tr("&Width"), m_width);
     form->addRow(tr("&Height"), m_height);
-    form->addRow(tr("&File"), file);
+    // A row of several widgets gets no buddy by itself.
+    auto* const label = new QLabel(tr("&File"), this);
+    label->setBuddy(m_path);
+    form->addRow(label, file);
     form->addRow(buttons);
+    m_path->setFocus();
     check();
 }
 
