@@ -20,7 +20,10 @@ const QString progressTitle = "Opening files";
 /// Places in the Structure Editor's window, which opens 400 wide and 600 high.
 constexpr QPoint firstEntry{20, 27};
 constexpr QPoint fileMenu{15, 10};
-constexpr QPoint panelBar{60, 62}; // in the window for all
+/// Places in the window for all.
+constexpr QPoint panelBar{60, 62};
+constexpr QRect firstRows{114, 112, 100, 24}; // of the tree
+constexpr QRect inView{450, 110, 400, 560};
 constexpr QRect treeRows{200, 60, 200, 60};
 constexpr QRect entry{2, 20, 60, 14};
 constexpr QRect lastOfManyEntries = entry.translated(0, 7 * 14);
@@ -166,6 +169,10 @@ private slots:
             before = m_screen->picture(window);
         while (isEmpty(before) && !deadline.hasExpired());
         QVERIFY(before.width() > 800 && !isEmpty(before));
+        // The first entry is in the tree, and drawn, before anybody clicks.
+        for (const QRect part : {firstRows, inView})
+            while (isEmpty(m_screen->picture(window).copy(part)))
+                QVERIFY(!deadline.hasExpired());
         m_screen->click(window, QPoint(before.width() / 2, before.height() - 8));
         m_screen->key("ctrl+f");
         for (const QString key : {"w", "a", "t", "e", "r"})
