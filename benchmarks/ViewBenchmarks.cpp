@@ -52,17 +52,14 @@ QPoint placeOfAtom(const view::Canvas& canvas, bool isInRightHalf) {
 
 class Following {
 public:
-    Following(const std::string& path, int turns) : m_turns(turns) {
-        memory_host::openFile(path);
-        m_item = *TAVIK::Space::instance()->ChildBegin();
-        TAVIK::GetAtoms(m_item, m_atoms, true);
-    }
+    Following(const std::string& path, int turns) : m_path(path), m_turns(turns) {}
     ~Following() { emptySpace(); }
 
     void memory(Representation representation, const std::string& name) {
         const std::string work = "the view with its picture of " + name;
         if (!isWanted(work))
             return;
+        open();
         const double before = heapBytes();
         const auto window = shownView(representation);
         add({.work = work,
@@ -80,6 +77,7 @@ public:
         const std::string work = "click on an atom of " + name + ", outlined in the view";
         if (!isWanted(work))
             return;
+        open();
         Vuxo editor;
         editor.Populate(0);
         editor.show();
@@ -125,11 +123,21 @@ public:
     }
 
 private:
+    /// Opens the file for the first work that is wanted.
+    void open() {
+        if (m_item)
+            return;
+        memory_host::openFile(m_path);
+        m_item = *TAVIK::Space::instance()->ChildBegin();
+        TAVIK::GetAtoms(m_item, m_atoms, true);
+    }
+
     void follow(const std::string& command, Representation representation, const std::string& name,
                 void (Vuxo::*slot)(), const std::function<void()>& select) {
         const std::string work = "the view of " + name + " follows " + command;
         if (!isWanted(work))
             return;
+        open();
         Vuxo editor;
         editor.Populate(0);
         view::DataReader reader;
@@ -160,8 +168,9 @@ private:
             m_turns);
     }
 
+    std::string m_path;
     int m_turns;
-    TAVIK::Compound* m_item;
+    TAVIK::Compound* m_item = nullptr; ///< null until the file is open
     std::vector<TAVIK::Compound*> m_atoms;
 };
 

@@ -10,7 +10,9 @@ file(READ ${plots} picture)
 foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." "union by"
     "intersection by" "difference by" "Clear" "Invert" "Full groups" "Atoms by type" "Hide" "Show"
     "Set color" "Color by Temp" "Default color" "Colour Atoms by Residue" "Next Model" "Atom"
-    "Bond" "Residue" "picture of spheres" "find @CA" "find within 5 of")
+    "Bond" "Residue" "picture of points" "picture of spheres" "picture of sticks"
+    "picture of ribbons" "click on an atom of spheres" "click on an atom of ribbons"
+    "the view of spheres follows" "the view of ribbons follows" "find @CA" "find within 5 of")
   foreach(text "${table}" "${picture}")
     string(FIND "${text}" "${work}" at)
     if(at EQUAL -1)
@@ -18,7 +20,8 @@ foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." 
     endif()
   endforeach()
 endforeach()
-foreach(text "the opened structure, bonds included" "the filled tree")
+foreach(text "the opened structure, bonds included" "the filled tree"
+    "the view with its picture of spheres" "the view with its picture of ribbons")
   string(FIND "${table}" "${text}" at)
   if(at EQUAL -1)
     message(FATAL_ERROR "\"${text}\" is missing in:\n${table}")
