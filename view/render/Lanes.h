@@ -2,6 +2,7 @@
 // results are the same on every machine.
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -90,10 +91,14 @@ inline bool isAny(Ints mask) {
 
 /// The first lane in which a mask holds, which has one.
 inline int firstLane(Ints mask) {
+#ifdef __SSE2__
+    return std::countr_zero(static_cast<unsigned>(_mm_movemask_ps(__m128(Floats(mask)))));
+#else
     int lane = 0;
     while (mask[lane] == 0)
         ++lane;
     return lane;
+#endif
 }
 
 } // namespace view

@@ -20,15 +20,16 @@ std::int32_t plain(Colour colour) {
     return static_cast<std::int32_t>(colour);
 }
 
-/// The numbers of what is of one kind with a number; without any for `noNumber`.
-std::pair<Number, Number> kindOf(const Frame& frame, Number number) {
-    if (number < frame.stickStart)
-        return {0, frame.stickStart};
-    if (number < frame.lineStart)
-        return {frame.stickStart, frame.lineStart};
-    if (number < frame.triangleStart)
-        return {frame.lineStart, frame.triangleStart};
-    return {frame.triangleStart, noNumber};
+/// Whether four numbers are those of things of one kind.
+bool isOneKind(const Frame& frame, Ints numbers) {
+    const auto isAll = [numbers](Number start, Number end) {
+        return !isAny((numbers < all(start)) | (numbers >= all(end)));
+    };
+    const Number number = numbers[0];
+    return number < frame.stickStart      ? isAll(0, frame.stickStart)
+           : number < frame.lineStart     ? isAll(frame.stickStart, frame.lineStart)
+           : number < frame.triangleStart ? isAll(frame.lineStart, frame.triangleStart)
+                                          : isAll(frame.triangleStart, noNumber);
 }
 
 /// The point whose colour and id a ball, a half of a stick or of a line, or a dot has.
@@ -236,20 +237,20 @@ Ints coloursOf(const Frame& frame, const Cue& cue, const Samples& samples) {
     return lit(surface, depth, cue);
 }
 
-/// Colours of samples that show things of several kinds, or nothing.
-Ints mixedColours(const Frame& frame, const Cue& cue, const Samples& samples, Ints background) {
-    const auto& [numbers, x, y, depth] = samples;
-    Ints result = background;
+/// Colours of samples that show things of several kinds.
+Ints mixedColours(const Frame& frame, const Cue& cue, const Samples& samples) {
+    const Ints numbers = samples.numbers;
+    Ints result = all(0);
     const auto add = [&](Number start, Number end) {
         const Ints mask = (numbers >= all(start)) & (numbers < all(end));
         if (!isAny(mask))
             return;
         // The other lanes are calculated as copies of one.
         const int lane = firstLane(mask);
-        const Ints own =
-            coloursOf(frame, cue,
-                      {select(mask, numbers, all(numbers[lane])), select(mask, x, all(x[lane])), y,
-                       select(mask, depth, all(depth[lane]))});
+        const Ints own = coloursOf(frame, cue,
+                                   {select(mask, numbers, all(numbers[lane])),
+                                    select(mask, samples.x, all(samples.x[lane])), samples.y,
+                                    select(mask, samples.depth, all(samples.depth[lane]))});
         result = select(mask, own, result);
     };
     add(0, frame.stickStart);
@@ -266,17 +267,25 @@ void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& 
     const Ints background = all(plain(look.background | 0xFF000000U));
     const auto shadeGroup = [&](int row, int column) {
         const Ints numbers = load(tile.numbers(row) + column);
-        if (!isAny(numbers != all(noNumber)))
+        const Ints isSeen = numbers != all(noNumber);
+        if (!isAny(isSeen))
             return background;
         const float left = static_cast<float>(tile.left() + column) + 0.5F;
-        const Samples samples = {numbers,
-                                 {left, left + 1, left + 2, left + 3},
-                                 all(static_cast<float>(tile.top() + row) + 0.5F),
-                                 load(tile.depths(row) + column)};
-        const auto [start, end] = kindOf(frame, numbers[0]);
-        if (isAny((numbers < all(start)) | (numbers >= all(end))))
-            return mixedColours(frame, cue, samples, background);
-        return coloursOf(frame, cue, samples);
+        Samples samples = {numbers,
+                           {left, left + 1, left + 2, left + 3},
+                           all(static_cast<float>(tile.top() + row) + 0.5F),
+                           load(tile.depths(row) + column)};
+        if (isAny(~isSeen)) {
+            // Those that show nothing are calculated as copies of one.
+            const int lane = firstLane(isSeen);
+            samples.numbers = select(isSeen, numbers, all(numbers[lane]));
+            samples.x = select(isSeen, samples.x, all(samples.x[lane]));
+            samples.depth = select(isSeen, samples.depth, all(samples.depth[lane]));
+        }
+        return select(isSeen,
+                      isOneKind(frame, samples.numbers) ? coloursOf(frame, cue, samples)
+                                                        : mixedColours(frame, cue, samples),
+                      background);
     };
     for (int row = 0; row < tile.height(); ++row)
         Tile::eachRun(Tile::runsOf(tile.drawnRuns(), row), [&](int from, int end) {
