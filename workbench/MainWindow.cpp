@@ -248,6 +248,11 @@ void MainWindow::present() {
         showNormal();
     raise();
     activateWindow();
+    // What has to be answered first stays in front.
+    if (QWidget* const modal = QApplication::activeModalWidget()) {
+        modal->raise();
+        modal->activateWindow();
+    }
 }
 
 TAVIK::Compound* MainWindow::entryToClose() const {

@@ -19,6 +19,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QDialog>
 #include <QDockWidget>
 #include <QDropEvent>
 #include <QLabel>
@@ -209,6 +210,20 @@ private slots:
         QCOMPARE(recent->actions().constFirst()->text(), "sample.pdb");
         recent->actions().constFirst()->trigger();
         QCOMPARE(entries(), QStringList({"sample", "sample-2"}));
+    }
+
+    void aDialogStaysInFrontOfTheWindowThatIsPresented() {
+        open();
+        QDialog dialog;
+        dialog.setModal(true);
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        m_window->present();
+        QTest::qWait(20);
+        QTRY_COMPARE(QApplication::activeWindow(), &dialog);
+        dialog.close();
+        m_window->present();
+        QTRY_COMPARE(QApplication::activeWindow(), m_window.get());
     }
 
     void filesThatComeWhileTheDataAreLockedOpenLater() {
