@@ -24,9 +24,10 @@ namespace {
 
 using view::Representation;
 
-/// Lets the window work until the last order is drawn, which came after a picture of that number.
+/// Lets the window work until the data are read and the last order is drawn, which came after a
+/// picture of that number.
 void waitForPicture(const view::View3D& window, std::uint64_t after) {
-    while (!window.canvas()->isUpToDate() || window.canvas()->drawn().number <= after)
+    while (!window.isUpToDate() || window.canvas()->drawn().number <= after)
         QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
