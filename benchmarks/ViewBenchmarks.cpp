@@ -13,7 +13,9 @@
 #include <QApplication>
 #include <QTest>
 
+#include <algorithm>
 #include <array>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -51,6 +53,23 @@ QPoint placeOfAtom(const view::Canvas& canvas, bool isInRightHalf) {
     throw std::runtime_error("the view shows no atom in the middle");
 }
 
+double threadTime() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) + double(now.tv_nsec) * 1e-9;
+}
+
+/// Until the window is up to date; seconds.
+double longestPause(const view::View3D& window) {
+    double longest = 0;
+    while (!window.isUpToDate()) {
+        const double before = threadTime();
+        QApplication::processEvents();
+        longest = std::max(longest, threadTime() - before);
+    }
+    return longest;
+}
+
 class Following {
 public:
     Following(const std::string& path, int turns) : m_path(path), m_turns(turns) {}
@@ -71,6 +90,30 @@ public:
              .target = m_atoms.size() > 500'000 ? "at most 130 bytes" : "",
              .ourBytes = heapBytes() - before,
              .theirBytes = -1});
+    }
+
+    /// How long the window is held at most while it reads the data, in processor time.
+    void pauses(Representation representation, const std::string& name) {
+        const std::string while_ = "longest pause of the view of " + name + " while it reads ";
+        if (!isWanted(while_ + "everything") && !isWanted(while_ + "colours and flags"))
+            return;
+        const auto window = shownView(representation);
+        const auto measure = [&](const std::string& what, const std::function<void()>& change) {
+            if (!isWanted(while_ + what))
+                return;
+            run({.work = while_ + what,
+                 .size = m_atoms.size(),
+                 .items = m_atoms.size(),
+                 .itemName = "atom",
+                 .target = "at most 15 ms",
+                 .ours = {change, [&] { setTime(longestPause(*window)); }, {}}},
+                m_turns);
+        };
+        measure("everything", [&] { window->commAdd(); });
+        measure("colours and flags", [&] {
+            m_item->SetSelected(!m_item->IsSelected());
+            window->commUpdate();
+        });
     }
 
     /// A click in the view, while the Structure Editor shows the entry.
@@ -182,6 +225,7 @@ void benchmarkView(const std::string& path, int turns) {
     for (const auto& [representation, name] : {std::pair(Representation::Spheres, "spheres"),
                                                std::pair(Representation::Ribbon, "ribbons")}) {
         following.memory(representation, name);
+        following.pauses(representation, name);
         following.click(representation, name);
         following.commands(representation, name);
     }

@@ -279,7 +279,9 @@ private slots:
         small.show();
         for (const QSize size : {QSize(1, 1), QSize(1, 200), QSize(200, 1), QSize(0, 0)}) {
             small.setGeometry(QRect({0, 0}, size));
-            small.fit(view::drawnPoints(canvas().order().snapshot, {}));
+            const view::Snapshot& snapshot = canvas().order().snapshot;
+            small.fit(
+                view::Canvas::fitOf(view::drawnPoints(*snapshot.contents, *snapshot.marks, {})));
             QTest::mouseClick(&small, Qt::LeftButton, {}, {0, 0});
             QTest::mousePress(&small, Qt::LeftButton, {}, {0, 0});
             QTest::mouseMove(&small, {30, 30});

@@ -159,7 +159,8 @@ private slots:
                     QVERIFY(id == view::noId || id == view::idOf(0));
             }
         }
-        const std::vector<view::Point> points = view::drawnPoints(order.snapshot, order.look);
+        const std::vector<view::Point> points =
+            view::drawnPoints(*order.snapshot.contents, *order.snapshot.marks, order.look);
         view::Camera camera;
         camera.fit(points, 1, 1);
         QCOMPARE(camera.centre, (view::Point{0, 0, 0}));

@@ -120,7 +120,7 @@ private slots:
     }
 
     void theSnapshotStaysUntilAllIsRead() {
-        memory_host::openFile(structure("6zu5.cif").toStdString());
+        memory_host::openFile(structure("1tii.pdb").toStdString());
         DataReader reader;
         reader.begin(What::Everything);
         State state = State::Due;
@@ -176,6 +176,30 @@ private slots:
         reader.begin(What::Everything);
         readOn(reader);
         QVERIFY(isAsInOnePiece(reader));
+    }
+
+    void whatIsToBeKnownOfEverythingIsWorkedOutBeforeItIsThere() {
+        for (const char* const file : {"1tii.pdb", "6zu5.cif"}) {
+            memory_host::openFile(structure(file).toStdString());
+            DataReader reader;
+            std::size_t atoms = 0;
+            const auto count = [&atoms](const view::Contents& contents, const view::Marks& marks) {
+                atoms = contents.atomCount() + marks.colours.size();
+            };
+            reader.begin(What::Everything, count);
+            readOn(reader);
+            QCOMPARE(atoms, 2 * atomsOf(space()).size());
+            // Looks are not everything, unless an atom has moved.
+            atoms = 0;
+            reader.begin(What::Looks, count);
+            readOn(reader);
+            QCOMPARE(atoms, std::size_t(0));
+            TAVIK::SetAtomPosition(dynamic_cast<TAVIK::Atom*>(atomsOf(space()).back()),
+                                   TAVIK::Vertex(1, 2, 3, true));
+            reader.begin(What::Looks, count);
+            readOn(reader);
+            QCOMPARE(atoms, 2 * atomsOf(space()).size());
+        }
     }
 
     void itemsThatAreDestroyedBetweenPiecesAreNotTouched() {

@@ -277,7 +277,7 @@ private slots:
     void noPictureIsMadeOfNothing() {
         const Scene scene = sceneOf(Representation::Automatic);
         QVERIFY(scene.pointCount() == 0 && scene.balls.empty());
-        QVERIFY(view::drawnPoints({}, {}).empty());
+        QVERIFY(view::drawnPoints({}, {}, {}).empty());
     }
 };
 

@@ -147,7 +147,9 @@ private slots:
         QCOMPARE(scene->dots.size(), std::size_t(3));
         QCOMPARE(scene->lines.size(), std::size_t(12));
         QVERIFY(scene->meshes.empty());
-        QCOMPARE(view::drawnPoints(m_reader.snapshot(), {}).size(), std::size_t(11));
+        const view::Snapshot& snapshot = m_reader.snapshot();
+        QCOMPARE(view::drawnPoints(*snapshot.contents, *snapshot.marks, {}).size(),
+                 std::size_t(11));
     }
 };
 

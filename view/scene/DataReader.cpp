@@ -18,6 +18,13 @@ constexpr std::size_t itemsAStep = 2048;
 // Less is put together at once.
 constexpr std::size_t manyItems = 20'000;
 
+Collected collected(DataWalk& walk, const DataReader::Digest& digest) {
+    Collected collected = walk.finish();
+    if (digest)
+        digest(collected.contents, collected.marks);
+    return collected;
+}
+
 } // namespace
 
 DataReader::DataReader(std::function<void()> gone) : m_gone(std::move(gone)) {}
@@ -30,8 +37,9 @@ void DataReader::giveUp() {
     m_isJoining = false;
 }
 
-void DataReader::begin(What what) {
+void DataReader::begin(What what, Digest digest) {
     giveUp();
+    m_digest = std::move(digest);
     if (what == What::Looks && !m_isStale)
         m_looks.emplace(m_snapshot, m_items, m_bonds);
     else
@@ -79,7 +87,7 @@ DataReader::State DataReader::stepLooks() {
     case LooksReading::State::Due:
         return State::Due;
     case LooksReading::State::Outdated:
-        begin(What::Everything);
+        begin(What::Everything, std::move(m_digest));
         return State::Due;
     case LooksReading::State::Done:
         break;
@@ -97,7 +105,9 @@ DataReader::State DataReader::endWalk(bool mayWait) {
             m_joined.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
             return State::Waiting;
         try {
-            m_joined = std::async(std::launch::async, [walk = m_walk] { return walk->finish(); });
+            m_joined = std::async(std::launch::async, [walk = m_walk, digest = m_digest] {
+                return collected(*walk, digest);
+            });
             m_walk = nullptr;
             m_isJoining = true;
             return State::Waiting;
@@ -105,7 +115,7 @@ DataReader::State DataReader::endWalk(bool mayWait) {
             // There is no other thread.
         }
     }
-    take(m_walk->finish());
+    take(collected(*m_walk, m_digest));
     return State::Done;
 }
 

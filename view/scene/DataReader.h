@@ -44,7 +44,11 @@ public:
     ///
     /// The data may change between two pieces: whoever is told of a change then begins to read
     /// again after it, and a reading that is still going on reads items that exist.
-    void begin(What what);
+    ///
+    /// Once everything is read `digest`, if given, is called with it, perhaps on another thread. It
+    /// is for what takes long and is to be known by the time that the snapshot is there.
+    using Digest = std::function<void(const Contents&, const Marks&)>;
+    void begin(What what, Digest digest = {});
     /// Reads for about so long, or until all is read. Throws std::bad_alloc: then nothing is being
     /// read, and what was read before is left.
     State advance(std::chrono::microseconds time);
@@ -86,6 +90,7 @@ private:
     // What is being read: one of these.
     std::optional<LooksReading> m_looks;
     std::shared_ptr<DataWalk> m_walk;
+    Digest m_digest;
     bool m_isJoining = false;
     std::future<Collected> m_joined; ///< of no use unless joining
 };

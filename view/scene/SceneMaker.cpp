@@ -225,9 +225,7 @@ std::shared_ptr<const Scene> SceneMaker::quickScene(const Snapshot& snapshot, co
     return m_quick;
 }
 
-std::vector<Point> drawnPoints(const Snapshot& snapshot, const Look& look) {
-    const Contents& contents = *snapshot.contents;
-    const Marks& marks = *snapshot.marks;
+std::vector<Point> drawnPoints(const Contents& contents, const Marks& marks, const Look& look) {
     const Styles styles = chooseStyles(contents, marks, look);
     std::vector<Point> points;
     forDrawnAtoms(contents, marks, styles,

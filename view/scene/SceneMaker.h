@@ -49,6 +49,6 @@ private:
 };
 
 /// The points of all that the view draws of a snapshot, as a camera is fitted to them.
-std::vector<Point> drawnPoints(const Snapshot& snapshot, const Look& look);
+std::vector<Point> drawnPoints(const Contents& contents, const Marks& marks, const Look& look);
 
 } // namespace view

@@ -86,16 +86,22 @@ double Canvas::fittedHeight(int width, int height) const {
     return heightFor(m_radius, width, height);
 }
 
-void Canvas::fit(std::span<const Point> points) {
-    Camera camera = m_order.camera;
-    camera.front = Camera().front;
-    camera.back = Camera().back;
+Canvas::Fit Canvas::fitOf(std::span<const Point> points) {
+    Camera camera;
     camera.height = 0;
     camera.fit(points, 1, margin);
-    if (camera.height > 0)
-        m_radius = camera.height / 2;
+    return {camera.centre, camera.height / 2};
+}
+
+void Canvas::fit(const Fit& to) {
+    Camera& camera = m_order.camera;
+    camera.front = Camera().front;
+    camera.back = Camera().back;
+    if (to.radius > 0) {
+        camera.centre = to.centre;
+        m_radius = to.radius;
+    }
     camera.height = fittedHeight(width(), height());
-    m_order.camera = camera;
     m_isMovedByUser = false;
     order(false);
 }

@@ -34,9 +34,16 @@ public:
     /// Marks what is selected with an outline in that colour; or does not.
     void setOutline(std::optional<Colour> outline);
 
-    /// Shows all of the points, from where they are looked at now, and ends the slab. As long as
-    /// the user moves nothing, a change of the widget's size keeps them in sight.
-    void fit(std::span<const Point> points);
+    /// The ball in which points lie with a margin around them; the radius is 0 without points.
+    struct Fit {
+        Point centre{};
+        double radius = 0; ///< Å
+    };
+    /// Of any points. For any thread.
+    static Fit fitOf(std::span<const Point> points);
+    /// Shows all of it, from where it is looked at now, and ends the slab. As long as the user
+    /// moves nothing, a change of the widget's size keeps it in sight.
+    void fit(const Fit& to);
     /// Turns the camera back to look along the z axis.
     void resetRotation();
     /// Puts a point into the middle; a point that is no place changes nothing.

@@ -81,8 +81,17 @@ void View3D::beginReading() {
     // Looks are read to the end before they are read again: commands that come faster than that
     // would hold up the picture for ever.
     const bool isDue = m_due && (!m_reader.isReading() || *m_due == DataReader::What::Everything);
-    if (isDue)
-        m_reader.begin(*std::exchange(m_due, std::nullopt));
+    if (!isDue)
+        return;
+    DataReader::Digest digest;
+    m_fit = nullptr;
+    if (m_isEmpty || m_isFitDue) {
+        m_fit = std::make_shared<Canvas::Fit>();
+        digest = [fit = m_fit, look = m_look](const Contents& contents, const Marks& marks) {
+            *fit = Canvas::fitOf(drawnPoints(contents, marks, look));
+        };
+    }
+    m_reader.begin(*std::exchange(m_due, std::nullopt), std::move(digest));
 }
 
 void View3D::readPiece() {
@@ -104,13 +113,8 @@ void View3D::readPiece() {
 
 void View3D::bringUpToDate() {
     try {
-        beginReading();
-        if (m_reader.isReading()) {
+        for (beginReading(); m_reader.isReading(); beginReading()) {
             m_reader.finish();
-            if (m_due) {
-                beginReading();
-                m_reader.finish();
-            }
             showData();
         }
         // A program may switch the marking without telling.
@@ -133,12 +137,11 @@ void View3D::showData() {
     const Snapshot& snapshot = m_reader.snapshot();
     const bool isEmpty = snapshot.contents->itemCount() == 0;
     const bool isFitted = !isEmpty && (m_isEmpty || (m_isFitDue && !m_canvas->isMovedByUser()));
-    const std::vector<Point> points =
-        isFitted ? drawnPoints(snapshot, m_look) : std::vector<Point>();
     m_canvas->setSnapshot(snapshot);
     renewMark();
-    if (isFitted)
-        m_canvas->fit(points);
+    if (isFitted && m_fit)
+        m_canvas->fit(*m_fit);
+    m_fit = nullptr;
     m_isEmpty = isEmpty;
     m_isFitDue = false;
 }
@@ -156,7 +159,8 @@ QString View3D::line() const {
 void View3D::resetView() {
     bringUpToDate();
     m_canvas->resetRotation();
-    m_canvas->fit(drawnPoints(m_reader.snapshot(), m_look));
+    const Snapshot& snapshot = m_reader.snapshot();
+    m_canvas->fit(Canvas::fitOf(drawnPoints(*snapshot.contents, *snapshot.marks, m_look)));
 }
 
 void View3D::setRepresentation(Representation representation) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "BaseWindow.h"
+#include "Canvas.h"
 #include "Compound.h"
 #include "Focus.h"
 #include "PictureFile.h"
@@ -15,6 +16,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -24,7 +26,6 @@ class QMenu;
 
 namespace view {
 
-class Canvas;
 class ElidedLabel;
 
 /// The view's one window. It owns no data. It is told of every change, and reads the data again in
@@ -115,6 +116,8 @@ private:
     bool m_isLight = false;
     bool m_isEmpty = true;   ///< nothing was there when the data were last read
     bool m_isFitDue = false; ///< items were added since
+    /// Where the data are that are read next, if that will be asked.
+    std::shared_ptr<Canvas::Fit> m_fit;
     std::optional<DataReader::What> m_due = DataReader::What::Everything; ///< not begun yet
     QTimer m_nextPiece;
     std::deque<PictureRequest> m_toDraw; ///< the first is being drawn

@@ -160,7 +160,7 @@ void View3D::centreSelection() {
         if ((*snapshot.selection)[shape.item])
             addPoints(shape, points);
     if (points.empty())
-        points = drawnPoints(snapshot, m_look);
+        points = drawnPoints(*snapshot.contents, *snapshot.marks, m_look);
     m_canvas->centreOn(ballAround(points).centre);
 }
 
