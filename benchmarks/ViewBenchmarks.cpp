@@ -97,6 +97,7 @@ public:
         const std::string while_ = "longest pause of the view of " + name + " while it reads ";
         if (!isWanted(while_ + "everything") && !isWanted(while_ + "colours and flags"))
             return;
+        open();
         const auto window = shownView(representation);
         const auto measure = [&](const std::string& what, const std::function<void()>& change) {
             if (!isWanted(while_ + what))

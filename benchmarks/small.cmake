@@ -12,6 +12,7 @@ foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." 
     "Set color" "Color by Temp" "Default color" "Colour Atoms by Residue" "Next Model" "Atom"
     "Bond" "Residue" "picture of points" "picture of spheres" "picture of sticks"
     "picture of ribbons" "click on an atom of spheres" "click on an atom of ribbons"
+    "longest pause of the view of spheres" "longest pause of the view of ribbons"
     "the view of spheres follows" "the view of ribbons follows" "find @CA" "find within 5 of")
   foreach(text "${table}" "${picture}")
     string(FIND "${text}" "${work}" at)
