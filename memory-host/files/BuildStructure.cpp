@@ -187,7 +187,7 @@ std::size_t memoryOf(const ModelTable& model) {
     // Measured; a residue includes its groups and names, a chain its two composites.
     constexpr std::size_t atom = 146;
     constexpr std::size_t bond = 90;
-    constexpr std::size_t residue = 208;
+    constexpr std::size_t residue = 250;
     constexpr std::size_t chain = 700;
     return model.atoms.size() * atom + model.bonds.size() * bond + model.residues.size() * residue +
            (model.chains.size() + 1) * chain;

@@ -33,6 +33,10 @@ void Holder::appendChild(Compound* child) {
     record.position = end;
     directLeaves += record.isHolder() ? 0 : 1;
     directAtoms += record.kind == Kind::Atom ? 1 : 0;
+    if (record.kind == Kind::Set)
+        set(HeldSet, true);
+    markChild(end, record.has(Selected));
+    ++version;
     children[end++] = child;
 }
 
@@ -41,6 +45,8 @@ void Holder::removeChild(std::uint32_t slot) {
     directLeaves -= record.isHolder() ? 0 : 1;
     directAtoms -= record.kind == Kind::Atom ? 1 : 0;
     children[slot] = nullptr;
+    markChild(slot, false);
+    ++version;
     ++holes;
     // Holes at either end are closed at once, so that emptying from an end never moves anything.
     while (begin != end && !children[begin]) {
@@ -67,6 +73,8 @@ void Holder::closeHoles(std::uint32_t slot) {
             prefetchAfter(&record);
             record.position = to;
             children[to] = child;
+            markChild(from, false);
+            markChild(to, record.has(Selected));
         }
         ++to;
     }

@@ -4,6 +4,7 @@
 
 #include "Counters.h"
 #include "HostItem.h"
+#include "SelectedChildren.h"
 
 #include <cstdint>
 #include <utility>
@@ -36,12 +37,31 @@ struct Holder : HostItem {
     void appendChild(Compound* child);
     /// Leaves a hole; the caller updates the counters.
     void removeChild(std::uint32_t slot);
+    /// Keeps the mark of the child in a slot: whether it is selected.
+    void markChild(std::uint32_t slot, bool selected) {
+        if (slot >= TAVIK::SelectedChildren::most)
+            return;
+        const std::uint64_t bit = std::uint64_t{1} << slot;
+        marks = selected ? marks | bit : marks & ~bit;
+    }
+    /// Tells of all children, from childBegin() on; false where that is not known.
+    bool tellSelected(TAVIK::SelectedChildren& told) {
+        if (holes)
+            closeHoles(begin);
+        if (end > TAVIK::SelectedChildren::most || directLeaves != childCount() || has(HeldSet))
+            return false;
+        told = {marks >> begin, version};
+        return true;
+    }
     /// Frees unused capacity of the vector.
     void shrink();
 
     // First, to be next to the marks in memory: changes of an atom touch both.
     Contribution sum;               ///< of all children
     std::uint32_t directLeaves = 0; ///< children that are no composites
+    /// Which slots hold a selected child; of composites and sets, nothing is known.
+    std::uint64_t marks = 0;
+    std::uint32_t version = 0; ///< rises when children come or go
     Compound** children = nullptr;
     std::uint32_t begin = 0;
     std::uint32_t end = 0;

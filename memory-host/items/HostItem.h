@@ -37,12 +37,13 @@ namespace TAVIK {
 
 struct HostItem {
     enum Flag : std::uint8_t {
-        Selected = 1,    ///< own mark; of a composite or a set only while it is empty
-        Visible = 2,     ///< own mark; used in a composite or set only while it is empty
-        Shown = 4,       ///< of a leaf: visible in effect, as it is counted
-        OtherModel = 8,  ///< of a leaf: effective visibility, as it is counted
-        InSets = 16,     ///< some set lists the item
-        HasPosition = 32 ///< of an atom
+        Selected = 1,     ///< own mark; of a composite or a set only while it is empty
+        Visible = 2,      ///< own mark; used in a composite or set only while it is empty
+        Shown = 4,        ///< of a leaf: visible in effect, as it is counted
+        OtherModel = 8,   ///< of a leaf: effective visibility, as it is counted
+        InSets = 16,      ///< some set lists the item
+        HasPosition = 32, ///< of an atom
+        HeldSet = 64      ///< of a composite: a set is or was among its children
     };
 
     HostItem(memory_host::Kind ofKind, memory_host::Name itsName);

@@ -38,6 +38,7 @@ private:
         std::uint32_t directLeaves = 0;
         std::uint32_t directAtoms = 0;
         std::uint32_t lastId = 0;
+        std::uint64_t selected = 0;
         for (std::uint32_t slot = record.begin; slot != record.end; ++slot) {
             Compound* child = record.children[slot];
             if (!child) {
@@ -55,6 +56,10 @@ private:
                 leaf(*child, item, record);
             directLeaves += item.isHolder() ? 0 : 1;
             directAtoms += item.kind == Kind::Atom ? 1 : 0;
+            if (slot < TAVIK::SelectedChildren::most && item.has(HostItem::Selected))
+                selected |= std::uint64_t{1} << slot;
+            expect(item.kind != Kind::Set || record.has(HostItem::HeldSet), record,
+                   "does not know of a set in it");
             sum += contributionOf(item);
             marks(item);
         }
@@ -67,6 +72,10 @@ private:
         expect(directLeaves == record.directLeaves && directAtoms == record.directAtoms, record,
                "miscounts its children");
         expect(sum == record.sum, record, "miscounts what it holds");
+        const bool holdsOthers =
+            directLeaves != record.childCount() || record.has(HostItem::HeldSet);
+        expect(holdsOthers || selected == record.marks, record,
+               "is wrong about its children's marks");
     }
 
     void leaf(Compound& item, const HostItem& record, const Holder& parent) {

@@ -2,6 +2,7 @@
 
 #include "AtomItem.h"
 #include "Holder.h"
+#include "SelectedChildren.h"
 #include "SelectionChanges.h"
 #include "Sets.h"
 #include "Slabs.h"
@@ -9,6 +10,12 @@
 namespace memory_host {
 
 namespace {
+
+void mark(HostItem& item, bool on) {
+    changeState(item, [&] { item.set(HostItem::Selected, on); });
+    if (item.parent)
+        item.parent->markChild(item.position, on);
+}
 
 // Marks everything in a composite. Each composite's counters are set once, and not for each of what
 // may be millions of leaves.
@@ -24,7 +31,7 @@ void selectBelow(Holder& holder, bool on) {
         if (record.isHolder() && record.asHolder().sum.leaves > 0)
             selectBelow(record.asHolder(), on);
         else if (record.has(HostItem::Selected) != on && !listsMembers(record))
-            changeState(record, [&] { record.set(HostItem::Selected, on); });
+            mark(record, on);
     }
     changeState(holder, [&] {
         holder.sum.selectedLeaves = wanted;
@@ -60,7 +67,7 @@ void setSelected(HostItem& item, bool on) {
     if (item.has(HostItem::Selected) == on)
         return;
     ++selectionChanges;
-    changeState(item, [&] { item.set(HostItem::Selected, on); });
+    mark(item, on);
     const std::int32_t change = on ? 1 : -1;
     countSelected(item, change, item.kind == Kind::Atom ? change : 0);
 }
@@ -80,7 +87,7 @@ void selectAtoms(std::span<Compound* const> atoms, bool on) {
         ++selectionChanges;
         if (last && last->parent != record.parent)
             countAbove();
-        changeState(record, [&] { record.set(HostItem::Selected, on); });
+        mark(record, on);
         last = &record;
         ++count;
     }
@@ -91,4 +98,9 @@ void selectAtoms(std::span<Compound* const> atoms, bool on) {
 
 std::uint64_t TAVIK::SelectionChanges() {
     return memory_host::selectionChanges;
+}
+
+bool TAVIK::GetSelectedChildren(Compound* composite, SelectedChildren& told) {
+    HostItem& record = HostItem::of(composite);
+    return record.isHolder() && record.asHolder().tellSelected(told);
 }
