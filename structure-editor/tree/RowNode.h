@@ -60,9 +60,15 @@ protected:
             return;
         Row** const children = takeArray(capacity);
         std::copy(m_children, m_children + m_count, children);
+        ::new (children - 1) std::uint64_t(m_capacity ? childMarks() : 0);
         giveArray(m_children, m_capacity);
         m_children = children;
         m_capacity = static_cast<std::uint32_t>(capacity);
+    }
+    /// A word before the list of children, for a mark of each of the first 64; 0 in a new list.
+    /// There must be room for a child.
+    std::uint64_t& childMarks() const {
+        return *std::launder(reinterpret_cast<std::uint64_t*>(m_children - 1));
     }
     /// Reserves room for `count` more children; inserting them cannot fail then.
     void makeRoom(std::size_t count) {
@@ -146,14 +152,20 @@ protected:
 
 private:
     Row* self() { return static_cast<Row*>(this); }
+    static std::size_t bytesOf(std::size_t capacity) {
+        static_assert(sizeof(std::uint64_t) == sizeof(Row*));
+        return (1 + capacity) * sizeof(Row*);
+    }
     Row** takeArray(std::size_t capacity) const {
-        const std::size_t bytes = capacity * sizeof(Row*);
-        return static_cast<Row**>(m_isRoot ? ::operator new(bytes) : pool().takeArray(bytes));
+        const std::size_t bytes = bytesOf(capacity);
+        return 1 + static_cast<Row**>(m_isRoot ? ::operator new(bytes) : pool().takeArray(bytes));
     }
     void giveArray(Row** array, std::size_t capacity) const noexcept {
+        if (!array)
+            return;
         if (m_isRoot)
-            ::operator delete(array);
+            ::operator delete(array - 1);
         else
-            pool().giveArray(array, capacity * sizeof(Row*));
+            pool().giveArray(array - 1, bytesOf(capacity));
     }
 };

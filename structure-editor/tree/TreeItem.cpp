@@ -3,6 +3,7 @@
 #include "CellText.h"
 #include "Checks.h"
 #include "Kinds.h"
+#include "SelectedChildren.h"
 #include "TreeModel.h"
 #include "TreeView.h"
 
@@ -26,6 +27,12 @@ template <class... Kinds> bool isOneOf(const TAVIK::Compound* c) {
 }
 
 } // namespace
+
+// What an item tells of all its children at once.
+struct TreeItem::Told : TAVIK::SelectedChildren {
+    explicit Told(TAVIK::Compound* c) : isKnown(TAVIK::GetSelectedChildren(c, *this)) {}
+    bool isKnown;
+};
 
 // There are millions of them.
 static_assert(sizeof(TreeItem) <= 48);
@@ -147,19 +154,26 @@ TreeItem::Detached TreeItem::build(TAVIK::Compound* c, Batch& batch) {
 }
 
 void TreeItem::buildChildren(Batch& batch) {
+    const Told told(m_Compound);
     TAVIK::Compound** const begin = m_Compound->ChildBegin();
     TAVIK::Compound** const end = m_Compound->ChildEnd();
     reserve(static_cast<std::size_t>(end - begin));
     bool holdComposites = false;
+    bool isInOrder = true;
+    std::uint32_t lastId = 0;
     for (TAVIK::Compound** it = begin; it != end; ++it) {
         TreeItem* const below = build(*it, batch).release();
         append(below);
         m_marked |= below->m_marked;
         m_elsewhere |= below->m_elsewhere;
         holdComposites |= below->m_composite;
+        isInOrder &= below->m_id > lastId;
+        lastId = below->m_id;
     }
     sort();
     m_plain = !holdComposites;
+    if (isInOrder)
+        becomeWhole(told);
 }
 
 // Comparing addresses is enough to find rows of destroyed items: no items are made meanwhile.
@@ -176,6 +190,8 @@ void TreeItem::comeBack(Batch& batch) {
         return;
     }
     bool holdComposites = false;
+    leaveWhole();
+    const Told told(m_Compound);
     keepOnly([&](TreeItem* row) {
         if (item == end || row->m_Compound != *item ||
             (row->m_composite && row->m_id != idOf(*item)))
@@ -191,8 +207,10 @@ void TreeItem::comeBack(Batch& batch) {
         if (m_children[i]->m_composite)
             m_children[i]->comeBack(batch);
     m_plain = !holdComposites;
-    if (item == end)
+    if (item == end) {
+        becomeWhole(told);
         return;
+    }
     // Some items have no row, or the order differs.
     batch.rows -= rowCount() - 1;
     deleteChildren();
@@ -213,6 +231,9 @@ bool TreeItem::showsAll(TAVIK::Compound** begin, TAVIK::Compound** end) const {
 
 void TreeItem::markFor(std::span<TreeItem* const> rows) {
     m_plain = false;
+    leaveWhole();
+    if (m_parent)
+        m_parent->leaveWhole();
     if (std::any_of(rows.begin(), rows.end(), [](const TreeItem* row) { return row->m_marked; }))
         expectSelection();
     if (std::any_of(rows.begin(), rows.end(), [](const TreeItem* row) { return row->m_elsewhere; }))
@@ -229,6 +250,8 @@ void TreeItem::addRows(TAVIK::Compound* c) {
 // The selection: the user's goes to the host, the host's comes into the rows.
 
 void TreeItem::setSelected(bool s) {
+    if (m_parent)
+        m_parent->unpackMarks();
     if (s)
         expectSelection();
     leavePlain();
@@ -253,6 +276,7 @@ void TreeItem::expectSelection() {
     if (m_marked)
         return;
     m_marked = true;
+    m_packed = false;
     for (std::uint32_t i = 0; i != m_count; ++i)
         m_children[i]->m_selected = m_children[i]->m_marked = false;
 }
@@ -280,7 +304,7 @@ void TreeItem::CheckSelection(HandedOver& handed) {
 
 void TreeItem::CheckSelection(HandedOver& handed, bool descending, bool markedAbove) {
     if (m_Dirty) {
-        const bool selected = m_selected && markedAbove;
+        const bool selected = ownSelected() && markedAbove;
         if (m_Compound) {
             m_Compound->SetSelected(selected);
             (selected ? handed.selected : handed.unselected).addOfAnyKind(m_Compound);
@@ -297,12 +321,49 @@ bool TreeItem::holdsNoSelection(bool selected) const {
 }
 
 void TreeItem::UpdateSelection() {
-    if (m_parent)
+    if (m_parent) {
         m_parent->expectSelection();
+        m_parent->unpackMarks();
+    }
     updateRows();
 }
 
+void TreeItem::becomeWhole(const Told& told) {
+    m_whole = told.isKnown && m_count > 0;
+    m_version = told.version;
+}
+
+bool TreeItem::packMarks() {
+    if (!m_whole)
+        return false;
+    const Told told(m_Compound);
+    if (!told.isKnown || told.version != m_version)
+        return false;
+    if (told.marks == 0) {
+        mark(false, false);
+        return true;
+    }
+    if (!m_packed)
+        m_packed = true;
+    if (childMarks() != told.marks)
+        childMarks() = told.marks;
+    mark(m_Compound->IsSelected(), true);
+    return true;
+}
+
+void TreeItem::unpackMarks() {
+    if (!m_packed)
+        return;
+    m_packed = false;
+    for (std::uint32_t i = 0; i != m_count; ++i) {
+        const bool marked = childMarks() >> i & 1;
+        m_children[i]->mark(marked, marked);
+    }
+}
+
 void TreeItem::updateRows() {
+    if (packMarks())
+        return;
     const bool selected = m_Compound && m_Compound->IsSelected();
     // Memory latency is what such walks cost: rows of items without any selection inside are
     // skipped, items are prefetched, and a row is written only if it changes.
@@ -310,6 +371,8 @@ void TreeItem::updateRows() {
         mark(false, false);
         return;
     }
+    if (m_packed)
+        m_packed = false;
     bool marked = selected;
     constexpr std::uint32_t ahead = 12;
     for (std::uint32_t i = 0; i != m_count; ++i) {

@@ -102,11 +102,11 @@ public:
 
     /// Selects or unselects the row for the user, and marks it for being handed to the host.
     void setSelected(bool s);
-    bool isSelected() const { return m_selected && isMarkedAbove(); }
+    bool isSelected() const { return ownSelected() && isMarkedAbove(); }
     /// isSelected(), if hasSelected() is known to be true for all rows above.
-    bool isSelectedAsMarked() const { return m_selected; }
+    bool isSelectedAsMarked() const { return ownSelected(); }
     /// False only if neither this row nor one below it is selected.
-    bool hasSelected() const { return m_marked; }
+    bool hasSelected() const { return isPacked() ? packedMark() : m_marked; }
     /// Whether selecting the row can select other rows, below it or, through a set, elsewhere.
     bool selectsOthers() const;
     /// False only if neither this row nor one below it has items elsewhere as parts, as a set does.
@@ -171,6 +171,22 @@ private:
     void CheckSelection(HandedOver& handed, bool descending, bool markedAbove);
     /// Whether the host and the rows agree that nothing in a composite is selected.
     bool holdsNoSelection(bool selected) const;
+    /// Whether the row's own marks are in childMarks() of the row above.
+    bool isPacked() const { return m_parent && m_parent->m_packed; }
+    bool packedMark() const { return m_parent->childMarks() >> m_position & 1; }
+    bool ownSelected() const { return isPacked() ? packedMark() : m_selected; }
+    struct Told;
+    /// The child rows are those of all items that were told of, in their order.
+    void becomeWhole(const Told& told);
+    /// updateRows() without reading an item below; returns whether that could be done.
+    bool packMarks();
+    /// Gives the child rows their own marks back.
+    void unpackMarks();
+    /// The child rows are about to be no longer those of all that the item holds.
+    void leaveWhole() {
+        unpackMarks();
+        m_whole = false;
+    }
     /// Whether m_marked is true in all rows above.
     bool isMarkedAbove() const;
     /// Sets m_marked in this row and those above; where it was false, clears stale flags below.
@@ -222,8 +238,13 @@ private:
     bool m_open : 1 = false;
     bool m_expandable : 1 = false;
     bool m_configured : 1 = false; ///< setup() was done
-    bool m_plain : 1 = false;      ///< all child rows are of items that are no composites, and as
-                                   ///< they were made
+    bool m_whole : 1 = false;  ///< the child rows, at least one, are of all items that a composite
+                               ///< held when its children had m_version, in their order
+    bool m_packed : 1 = false; ///< m_selected and m_marked of the child rows, which have none
+                               ///< below, are stale: childMarks() stands for both
+    bool m_plain : 1 = false;  ///< all child rows are of items that are no composites, and as
+                               ///< they were made
+    std::uint32_t m_version = 0;
     TAVIK::Compound* m_Compound = nullptr;
 };
 

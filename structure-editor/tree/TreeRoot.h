@@ -19,10 +19,14 @@ public:
     static void insert(TreeItem* parent, std::uint32_t position, std::span<TreeItem* const> rows);
     /// Removes `count` rows from `position` on; they are in no tree then.
     static void take(TreeItem* parent, std::uint32_t position, std::uint32_t count) {
+        parent->leaveWhole();
         parent->take(position, count);
     }
     /// Sorts the rows below `parent` by their ids.
-    static void sort(TreeItem* parent) { parent->sort(); }
+    static void sort(TreeItem* parent) {
+        parent->leaveWhole();
+        parent->sort();
+    }
 
     /// Deletes all rows. Their memory is kept for the next rows, until it is trimmed.
     void deleteRows();
