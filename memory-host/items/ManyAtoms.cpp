@@ -4,6 +4,7 @@
 #include "Selection.h"
 #include "Slabs.h"
 
+#include <bit>
 #include <cstddef>
 
 namespace TAVIK {
@@ -24,8 +25,13 @@ public:
         Compound** const first = holder.childBegin();
         Compound** const last = holder.childEnd();
         if (holder.directAtoms == holder.childCount()) {
-            for (Compound** child = first; child != last; ++child)
-                add(static_cast<AtomItem&>(**child));
+            SelectedChildren told;
+            if (m_selected && holder.tellSelected(told))
+                for (; told.marks != 0; told.marks &= told.marks - 1)
+                    add(static_cast<AtomItem&>(*first[std::countr_zero(told.marks)]));
+            else
+                for (Compound** child = first; child != last; ++child)
+                    add(static_cast<AtomItem&>(**child));
             return;
         }
         for (Compound** child = first; child != last; ++child) {

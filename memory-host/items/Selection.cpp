@@ -73,25 +73,36 @@ void setSelected(HostItem& item, bool on) {
 }
 
 void selectAtoms(std::span<Compound* const> atoms, bool on) {
-    const HostItem* last = nullptr;
-    std::int32_t count = 0; // changed, but not counted above, around the last one
-    const auto countAbove = [&] {
-        if (count != 0)
-            countSelected(*last, on ? count : -count, on ? count : -count);
-        count = 0;
+    const std::int32_t each = on ? 1 : -1;
+    Holder* around = nullptr; // of the last one that changed
+    std::int32_t within = 0;  // changes that `around` has not counted yet
+    std::int32_t above = 0;   // changes that the composite above has not counted yet
+    const auto goOnIn = [&](Holder* next) {
+        if (around) {
+            changeState(*around, [&] {
+                around->sum.selectedLeaves += within;
+                around->sum.selectedAtoms += within;
+            });
+            above += within;
+            if (!next || next->parent != around->parent) {
+                countSelected(*around, above, above);
+                above = 0;
+            }
+        }
+        within = 0;
+        around = next;
     };
     for (Compound* const atom : atoms) {
         HostItem& record = static_cast<AtomItem*>(atom)->record();
         if (record.has(HostItem::Selected) == on)
             continue;
         ++selectionChanges;
-        if (last && last->parent != record.parent)
-            countAbove();
+        if (record.parent != around)
+            goOnIn(record.parent);
         mark(record, on);
-        last = &record;
-        ++count;
+        within += each;
     }
-    countAbove();
+    goOnIn(nullptr);
 }
 
 } // namespace memory_host
