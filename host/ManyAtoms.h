@@ -26,7 +26,8 @@ public:
 
     virtual ~AtomPlaceVisitor() = default;
     /// Some of the atoms, 1 to `most`, and the place of each. Both views are valid during the call,
-    /// in which these atoms may be selected or unselected; nothing else may be changed.
+    /// in which these atoms and those of earlier calls may be selected or unselected; nothing else
+    /// may be changed.
     virtual void Visit(std::span<Compound* const> atoms, std::span<const AtomPlace> places) = 0;
 };
 

@@ -4,6 +4,7 @@
 #include "ManyAtoms.h"
 #include "Traversal.h"
 #include "radius/RadiusSearch.h"
+#include "radius/SearchQueue.h"
 
 #include <algorithm>
 #include <array>
@@ -28,41 +29,54 @@ struct Centres : TAVIK::AtomPlaceVisitor {
     std::vector<Point> points;
 };
 
-// Selects those of the atoms that are near a centre.
+// Selects those of the atoms that are near a centre. Some are read while earlier ones are searched.
 class NearAtoms : public TAVIK::AtomPlaceVisitor {
 public:
-    explicit NearAtoms(const RadiusSearch& search) : m_search(search) {
+    explicit NearAtoms(const RadiusSearch& search) : m_queue(search, 2 * most) {
         // No allocation fails between two calls.
-        m_atoms.reserve(most);
-        m_points.reserve(most);
-        m_near.reserve(most);
+        for (std::vector<TAVIK::Compound*>& atoms : m_atoms)
+            atoms.resize(2 * most);
     }
 
     void Visit(Atoms atoms, Places places) override {
-        m_atoms.clear();
-        m_points.clear();
+        std::vector<Point>& points = m_queue.points();
+        const std::size_t first = points.size();
+        std::copy(atoms.begin(), atoms.end(), m_atoms[m_queue.number()].data() + first);
+        points.resize(first + atoms.size());
         for (std::size_t i = 0; i != atoms.size(); ++i)
-            if (places[i].isValid && m_search.isInReach(places[i].position)) {
-                m_atoms.push_back(atoms[i]);
-                m_points.push_back(places[i].position);
-            }
-        m_search.search(m_points, m_near);
-        std::size_t count = 0;
-        for (std::size_t i = 0; i != m_atoms.size(); ++i)
-            if (m_near[i]) {
-                selected.add(m_atoms[i]);
-                m_atoms[count++] = m_atoms[i];
-            }
-        TAVIK::SelectAtoms({m_atoms.data(), count}, true);
+            points[first + i] = places[i].isValid ? places[i].position : nowhere;
+        if (points.size() <= most)
+            return;
+        m_queue.push();
+        while (m_queue.isFull() || (!m_queue.isEmpty() && m_queue.isReady()))
+            selectOldest();
+    }
+    /// Selects those that are still to be searched.
+    void finish() {
+        if (!m_queue.points().empty())
+            m_queue.push();
+        while (!m_queue.isEmpty())
+            selectOldest();
     }
 
     TAVIK::Changed selected{"atom"};
 
 private:
-    const RadiusSearch& m_search;
-    std::vector<TAVIK::Compound*> m_atoms;
-    std::vector<Point> m_points;
-    std::vector<std::uint8_t> m_near;
+    void selectOldest() {
+        TAVIK::Compound** const atoms = m_atoms[m_queue.oldest()].data();
+        std::size_t count = 0;
+        for (const std::uint32_t near : m_queue.pop()) {
+            selected.add(atoms[near]);
+            atoms[count++] = atoms[near];
+        }
+        TAVIK::SelectAtoms({atoms, count}, true);
+    }
+
+    static constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    static constexpr Point nowhere{nan, nan, nan}; ///< near nothing
+
+    SearchQueue m_queue;
+    std::array<std::vector<TAVIK::Compound*>, SearchQueue::batches> m_atoms;
 };
 
 using Indices = std::array<std::int64_t, 3>; // Wide enough for an index and a margin.
@@ -125,6 +139,7 @@ TAVIK::Changed selectAround(TAVIK::Compound* root, double radius) {
     const RadiusSearch search(std::move(centres.points), radius);
     NearAtoms near(search);
     TAVIK::VisitAtomPlaces(root, false, near);
+    near.finish();
     return near.selected;
 }
 

@@ -24,7 +24,7 @@ public:
     bool isInReach(const Point& point) const {
         bool inReach = true;
         for (const std::size_t axis : {0, 1, 2})
-            inReach = inReach && point[axis] >= m_low[axis] && point[axis] <= m_high[axis];
+            inReach &= (point[axis] >= m_low[axis]) & (point[axis] <= m_high[axis]);
         return inReach;
     }
     /// Sets `near[i]` for each of `points`: 1 when it lies within the radius of a centre, else 0.

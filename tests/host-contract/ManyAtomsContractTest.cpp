@@ -179,6 +179,21 @@ private slots:
         QVERIFY(std::ranges::all_of(chain.residues, &Compound::IsSelected));
     }
 
+    void thoseOfEarlierCallsMayBeSelectedMeanwhile() {
+        Chain chain(1500);
+        Visitor visitor;
+        std::size_t selected = 0;
+        visitor.answer = [&](std::span<Compound* const> atoms) {
+            const std::size_t earlier = visitor.atoms.size() - atoms.size();
+            SelectAtoms({visitor.atoms.data() + selected, earlier - selected}, true);
+            selected = earlier;
+        };
+        VisitAtomPlaces(space(), false, visitor);
+        QCOMPARE(visitor.atoms, chain.atoms);
+        QVERIFY(selected > 0);
+        QCOMPARE(visited(space(), true).size(), selected);
+    }
+
     void anExceptionEndsTheVisit() {
         Chain chain(1500);
         Visitor visitor;
