@@ -84,7 +84,7 @@ public:
              .items = m_atoms.size(),
              .itemName = "atom",
              .peer = "gemmi's NeighborSearch",
-             .target = scattered ? "" : "ratio at least 5",
+             .target = "ratio at least 5",
              .ours = {[&] {
                           m_item->SetSelected(false);
                           for (const std::size_t i : chosen)
