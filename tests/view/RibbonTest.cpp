@@ -1,7 +1,6 @@
 // Ribbons as meshes: closed bodies, what they look like, and which residue each part belongs to.
 #include "ribbon/Ribbon.h"
 
-#include "Backbones.h"
 #include "MeshChecks.h"
 #include "RibbonTools.h"
 #include "TestSupport.h"
@@ -19,6 +18,7 @@
 using ribbon_tools::chain;
 using ribbon_tools::meshOf;
 using ribbon_tools::plainStyle;
+using ribbon_tools::protein;
 using ribbon_tools::Residues;
 using ribbon_tools::spacing;
 using view::Mesh;
@@ -37,24 +37,6 @@ using view_testing::volume;
 namespace {
 
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
-
-/// The residues of a protein in a file.
-Residues protein(const QString& path) {
-    const view_testing::Proteins read = view_testing::proteins(path.toStdString());
-    const auto structures = view::secondaryStructure(read.residues);
-    Residues residues;
-    for (std::size_t i = 0; i < structures.size(); ++i) {
-        const view::BackboneResidue& backbone = read.residues[i];
-        RibbonResidue residue;
-        residue.guide = backbone.ca;
-        residue.direction = view::pointOf(vectorOf(backbone.o) - vectorOf(backbone.c));
-        residue.structure = structures[i];
-        residue.chain = backbone.chain;
-        residue.id = static_cast<view::Id>(i + 1);
-        residues.push_back(residue);
-    }
-    return residues;
-}
 
 /// The largest distance from the x axis along y or z of the vertices near x.
 double extent(const Mesh& mesh, double x, std::size_t axis) {

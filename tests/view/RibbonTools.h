@@ -1,9 +1,12 @@
 // Residues in a row, of which tests make ribbons.
 #pragma once
 
+#include "Backbones.h"
 #include "ribbon/Ribbon.h"
+#include "ribbon/Vectors.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <cstdint>
 #include <span>
@@ -39,6 +42,24 @@ inline Residues chain(const QByteArray& structures) {
         residue.structure = letter == '-' ? view::SecondaryStructure::Coil
                                           : static_cast<view::SecondaryStructure>(letter);
         residue.id = 100 + i;
+        residues.push_back(residue);
+    }
+    return residues;
+}
+
+/// The residues of a protein in a file.
+inline Residues protein(const QString& path) {
+    const view_testing::Proteins read = view_testing::proteins(path.toStdString());
+    const auto structures = view::secondaryStructure(read.residues);
+    Residues residues;
+    for (std::size_t i = 0; i < structures.size(); ++i) {
+        const view::BackboneResidue& backbone = read.residues[i];
+        view::RibbonResidue residue;
+        residue.guide = backbone.ca;
+        residue.direction = view::pointOf(view::vectorOf(backbone.o) - view::vectorOf(backbone.c));
+        residue.structure = structures[i];
+        residue.chain = backbone.chain;
+        residue.id = static_cast<view::Id>(i + 1);
         residues.push_back(residue);
     }
     return residues;

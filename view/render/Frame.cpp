@@ -42,6 +42,15 @@ void placeFour(const Frame& frame, const Point* from, Place* to) {
         to[lane] = {right[lane], down[lane], near[lane]};
 }
 
+/// Chooses the coarsest surface of a mesh that is not off by a sample.
+PlacedMesh placed(const Mesh& mesh, float scale) {
+    PlacedMesh placed = {&mesh, &mesh.triangles, &mesh.ids, mesh.vertices.size(), 0, 0};
+    for (const CoarserSurface& surface : mesh.coarser)
+        if (surface.error * scale < 1)
+            placed = {&mesh, &surface.triangles, &surface.ids, surface.vertexCount, 0, 0};
+    return placed;
+}
+
 } // namespace
 
 Place Frame::place(const Point& point) const {
@@ -55,7 +64,7 @@ Place Frame::place(const Point& point) const {
 }
 
 // Each point is placed for itself, so that the parts need not be the same in every run.
-bool Frame::placeAll(const std::vector<Point>& from, Place* to, Workers& workers) const {
+bool Frame::placeAll(std::span<const Point> from, Place* to, Workers& workers) const {
     return workers.run((from.size() + pointsAPart - 1) / pointsAPart,
                        [&](std::size_t part, std::size_t) {
                            const std::size_t end = std::min(from.size(), (part + 1) * pointsAPart);
@@ -85,21 +94,23 @@ bool Frame::project(Workers& workers) {
     meshes.clear();
     std::size_t vertexCount = 0;
     for (const std::shared_ptr<const Mesh>& mesh : scene->meshes) {
-        meshes.push_back({mesh.get(), static_cast<Number>(number), vertexCount});
-        number += mesh->triangles.size();
-        vertexCount += mesh->vertices.size();
+        meshes.push_back(placed(*mesh, scale));
+        meshes.back().start = static_cast<Number>(number);
+        meshes.back().firstVertex = vertexCount;
+        number += meshes.back().triangles->size();
+        vertexCount += meshes.back().vertexCount;
     }
     if (number >= static_cast<std::size_t>(noNumber))
         throw std::length_error("too many things in a scene");
-    triangleCount = number - static_cast<std::size_t>(triangleStart);
 
     points.resize(scene->pointCount());
-    vertices.resize(vertexCount);
+    vertices.resize(vertexCount + 1);
     if ((scene->sharedPoints && !placeAll(*scene->sharedPoints, points.data(), workers)) ||
         !placeAll(scene->points, points.data() + scene->sharedCount(), workers))
         return false;
     return std::all_of(meshes.begin(), meshes.end(), [&](const PlacedMesh& mesh) {
-        return placeAll(mesh.mesh->vertices, vertices.data() + mesh.firstVertex, workers);
+        return placeAll(std::span(mesh.mesh->vertices).first(mesh.vertexCount),
+                        vertices.data() + mesh.firstVertex, workers);
     });
 }
 

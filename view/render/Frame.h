@@ -6,7 +6,9 @@
 #include "Scene.h"
 #include "Workers.h"
 
+#include <array>
 #include <cstdint>
+#include <span>
 #include <stop_token>
 #include <vector>
 
@@ -34,14 +36,18 @@ struct Places {
 using Number = std::int32_t;
 inline constexpr Number noNumber = 0x7FFFFFFF;
 
-/// A mesh of the scene, and where its triangles and vertices are among those of all meshes.
+/// A mesh of the scene as finely as the picture shows it, and where its triangles and vertices are
+/// among those of all meshes.
 struct PlacedMesh {
     const Mesh* mesh;
+    const std::vector<std::array<std::uint32_t, 3>>* triangles;
+    const std::vector<Id>* ids; ///< one a triangle, or a single one
+    std::size_t vertexCount;
     Number start; ///< the first triangle's number
     std::size_t firstVertex;
 
-    /// The id of a triangle by its index in the mesh.
-    Id id(std::size_t triangle) const { return mesh->ids[mesh->ids.size() == 1 ? 0 : triangle]; }
+    /// The id of a triangle by its index in this surface.
+    Id id(std::size_t triangle) const { return (*ids)[ids->size() == 1 ? 0 : triangle]; }
 };
 
 struct Frame {
@@ -61,10 +67,9 @@ struct Frame {
     Number lineStart = 0;
     Number dotStart = 0;
     Number triangleStart = 0;
-    std::size_t triangleCount = 0;
     std::vector<Place> points; ///< of the scene's points
     std::vector<PlacedMesh> meshes;
-    std::vector<Place> vertices; ///< of all meshes
+    std::vector<Place> vertices; ///< of all meshes, and one more, so that each can be read as lanes
     /// z of the nearest and the farthest of what lies between the planes, in samples, whether or
     /// not the picture shows it.
     float nearZ = 0;
@@ -86,7 +91,7 @@ struct Frame {
 private:
     /// Likewise, for a triangle that is not in the last mesh.
     std::size_t earlierMeshOf(Number triangle) const;
-    bool placeAll(const std::vector<Point>& from, Place* to, Workers& workers) const;
+    bool placeAll(std::span<const Point> from, Place* to, Workers& workers) const;
 };
 
 } // namespace view

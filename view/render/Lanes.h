@@ -81,6 +81,26 @@ inline Floats squareRoot(Floats x) {
 #endif
 }
 
+/// Exchanges rows and columns.
+inline void transpose(Floats& a, Floats& b, Floats& c, Floats& d) {
+    const Floats ab = __builtin_shufflevector(a, b, 0, 4, 1, 5);
+    const Floats abHigh = __builtin_shufflevector(a, b, 2, 6, 3, 7);
+    const Floats cd = __builtin_shufflevector(c, d, 0, 4, 1, 5);
+    const Floats cdHigh = __builtin_shufflevector(c, d, 2, 6, 3, 7);
+    a = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
+    b = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
+    c = __builtin_shufflevector(abHigh, cdHigh, 0, 1, 4, 5);
+    d = __builtin_shufflevector(abHigh, cdHigh, 2, 3, 6, 7);
+}
+
+/// A bit for each lane, set where `mask` is -1.
+inline unsigned bits(Ints mask) {
+#ifdef __SSE2__
+    return static_cast<unsigned>(_mm_movemask_ps(__m128(Floats(mask))));
+#else
+    return (mask[0] & 1U) | (mask[1] & 2U) | (mask[2] & 4U) | (mask[3] & 8U);
+#endif
+}
 inline bool isAny(Ints mask) {
 #ifdef __SSE2__
     return _mm_movemask_ps(__m128(Floats(mask))) != 0;

@@ -30,6 +30,7 @@ struct Brush {
     BallPainter balls;
     TrianglePainter triangles;
     DotPainter dots;
+    TriangleSurfaces surfaces;
     FrontToBack order;
 };
 
@@ -214,7 +215,8 @@ struct Renderer::Buffers {
     Bins sticks;
     Bins lines;
     Bins dots;
-    Bins triangles;
+    SeenTriangles seenTriangles;
+    Bins triangles; ///< of those
 };
 
 // Puts all things where they are on the screen, and sorts them into tiles.
@@ -231,8 +233,8 @@ bool Renderer::Buffers::arrange() {
     if (!sort(balls, scene.balls.size(), [&](std::size_t i) { return ballExtent(f, i); }) ||
         !sort(sticks, scene.sticks.size(), [&](std::size_t i) { return stickExtent(f, i); }) ||
         !sort(lines, scene.lines.size(), [&](std::size_t i) { return lineExtent(f, i); }) ||
-        !sort(dots, scene.dots.size(), DotExtents(f)) ||
-        !sort(triangles, frame.triangleCount, TriangleExtents(f)))
+        !sort(dots, scene.dots.size(), DotExtents(f)) || !seenTriangles.find(frame, workers) ||
+        !sort(triangles, seenTriangles.size(), TriangleExtents(f, seenTriangles)))
         return false;
     frame.nearZ = std::min(frame.nearZ, frame.front);
     frame.farZ = std::max(frame.farZ, frame.back);
@@ -245,7 +247,7 @@ void Renderer::Buffers::drawTile(std::size_t index, Brush& brush) const {
                      static_cast<int>(index / columns) * tileSide, frame.width, frame.height);
     brush.balls.draw(brush.tile, frame, balls, index);
     drawSticks(brush.tile, frame, sticks, index, brush.order);
-    brush.triangles.draw(brush.tile, frame, triangles, index);
+    brush.triangles.draw(brush.tile, frame, seenTriangles, triangles, index);
     drawLines(brush.tile, frame, lines, index, brush.order);
     brush.dots.draw(brush.tile, frame, dots, index);
 }
@@ -272,6 +274,8 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
     Picture picture = blank(std::move(used), settings);
     if (!buffers.arrange())
         return {};
+    for (Brush& brush : buffers.brushes)
+        brush.surfaces.forget();
     const Canvas canvas = {reinterpret_cast<std::uint32_t*>(picture.image.bits()),
                            static_cast<std::size_t>(picture.image.bytesPerLine()) / 4,
                            picture.ids.data(), picture.depths.data(),
@@ -294,7 +298,7 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
                 return;
             if (samples == 2)
                 brush.tile.touchPairs();
-            shade(brush.tile, frame, look, brush.colours);
+            shade(brush.tile, frame, look, brush.surfaces, brush.colours);
             writeTile(brush, frame, look, samples, canvas,
                       std::exchange(before, brush.tile.drawnRuns()));
         },

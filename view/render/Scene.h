@@ -29,6 +29,14 @@ struct Ball {
     float radius; ///< Å
 };
 
+/// The surface of a mesh again with fewer triangles, for pictures in which it is small.
+struct CoarserSurface {
+    float error = 0;             ///< Å; about how far it is from the mesh's own at most
+    std::size_t vertexCount = 0; ///< it has the first so many vertices of the mesh
+    std::vector<std::array<std::uint32_t, 3>> triangles;
+    std::vector<Id> ids; ///< as in the mesh
+};
+
 /// Triangles, shaded by the normals of their vertices and seen from both sides.
 struct Mesh {
     std::vector<Point> vertices;
@@ -36,6 +44,10 @@ struct Mesh {
     std::vector<Colour> colours; ///< one a vertex, a single one, or none: then those of the ids
     std::vector<std::array<std::uint32_t, 3>> triangles; ///< indices of vertices
     std::vector<Id> ids;                                 ///< one a triangle, or a single one
+    /// Whether the triangles enclose bodies, with their corners counter-clockwise seen from
+    /// outside: what faces away from the viewer is then hidden, unless a body is cut open.
+    bool isClosed = false;
+    std::vector<CoarserSurface> coarser; ///< ever coarser ones
 };
 
 /// Everything that is drawn. Indices are in range, which who makes the scene sees to. Coordinates

@@ -1,7 +1,6 @@
 #include "Shading.h"
 
 #include "Balls.h"
-#include "Triangles.h"
 
 #include <cmath>
 #include <utility>
@@ -152,8 +151,9 @@ Ints flatColour(const Frame& frame, Ints numbers) {
                 plain(scene.colours[points[2]]), plain(scene.colours[points[3]])};
 }
 
-Surface triangleSurface(const Frame& frame, Ints numbers, Floats x, Floats y) {
-    const TrianglePoints points = trianglePoints(frame, numbers, x, y);
+Surface triangleSurface(const Frame& frame, TriangleSurfaces& triangles, Ints numbers, Floats x,
+                        Floats y) {
+    const TrianglePoints points = triangles.at(frame, numbers, x, y);
     return {points.x, points.y, points.z, points.colour};
 }
 
@@ -223,7 +223,8 @@ struct Samples {
 };
 
 /// Colours of samples that show things of one kind.
-Ints coloursOf(const Frame& frame, const Cue& cue, const Samples& samples) {
+Ints coloursOf(const Frame& frame, TriangleSurfaces& triangles, const Cue& cue,
+               const Samples& samples) {
     const auto& [numbers, x, y, depth] = samples;
     const Number number = numbers[0];
     if (number >= frame.lineStart && number < frame.triangleStart) {
@@ -231,14 +232,16 @@ Ints coloursOf(const Frame& frame, const Cue& cue, const Samples& samples) {
         const Ints colour = flatColour(frame, numbers);
         return cued(cue, depth, [&](int shift) { return toFloats(channel(colour, shift)); });
     }
-    const Surface surface = number < frame.stickStart  ? ballSurface(frame, numbers, x, y, depth)
-                            : number < frame.lineStart ? stickSurface(frame, numbers, x, y, depth)
-                                                       : triangleSurface(frame, numbers, x, y);
+    const Surface surface = number < frame.stickStart ? ballSurface(frame, numbers, x, y, depth)
+                            : number < frame.lineStart
+                                ? stickSurface(frame, numbers, x, y, depth)
+                                : triangleSurface(frame, triangles, numbers, x, y);
     return lit(surface, depth, cue);
 }
 
 /// Colours of samples that show things of several kinds.
-Ints mixedColours(const Frame& frame, const Cue& cue, const Samples& samples) {
+Ints mixedColours(const Frame& frame, TriangleSurfaces& triangles, const Cue& cue,
+                  const Samples& samples) {
     const Ints numbers = samples.numbers;
     Ints result = all(0);
     const auto add = [&](Number start, Number end) {
@@ -247,7 +250,7 @@ Ints mixedColours(const Frame& frame, const Cue& cue, const Samples& samples) {
             return;
         // The other lanes are calculated as copies of one.
         const int lane = firstLane(mask);
-        const Ints own = coloursOf(frame, cue,
+        const Ints own = coloursOf(frame, triangles, cue,
                                    {select(mask, numbers, all(numbers[lane])),
                                     select(mask, samples.x, all(samples.x[lane])), samples.y,
                                     select(mask, samples.depth, all(samples.depth[lane]))});
@@ -262,7 +265,8 @@ Ints mixedColours(const Frame& frame, const Cue& cue, const Samples& samples) {
 
 } // namespace
 
-void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& colours) {
+void shade(const Tile& tile, const Frame& frame, const Look& look, TriangleSurfaces& triangles,
+           TileColours& colours) {
     const Cue cue(frame, look);
     const Ints background = all(plain(look.background | 0xFF000000U));
     const auto shadeGroup = [&](int row, int column) {
@@ -283,8 +287,9 @@ void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& 
             samples.depth = select(isSeen, samples.depth, all(samples.depth[lane]));
         }
         return select(isSeen,
-                      isOneKind(frame, samples.numbers) ? coloursOf(frame, cue, samples)
-                                                        : mixedColours(frame, cue, samples),
+                      isOneKind(frame, samples.numbers)
+                          ? coloursOf(frame, triangles, cue, samples)
+                          : mixedColours(frame, triangles, cue, samples),
                       background);
     };
     for (int row = 0; row < tile.height(); ++row)

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "Tile.h"
+#include "TriangleSurfaces.h"
 
 #include <array>
 #include <cstdint>
@@ -30,7 +31,9 @@ struct Look {
 /// The colours of a tile's samples as 0xFFRRGGBB, tileSide a row.
 using TileColours = std::array<std::int32_t, tileSide * tileSide>;
 
-void shade(const Tile& tile, const Frame& frame, const Look& look, TileColours& colours);
+/// `triangles` may remember those of other tiles of the picture.
+void shade(const Tile& tile, const Frame& frame, const Look& look, TriangleSurfaces& triangles,
+           TileColours& colours);
 
 /// What the thing with a number is.
 Id idOf(const Frame& frame, Number number);

@@ -5,7 +5,10 @@
 #include "render/Camera.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <numbers>
+#include <numeric>
 
 namespace view {
 
@@ -149,7 +152,12 @@ private:
     BodySection section(std::size_t point, double halfWidth, double halfThickness,
                         double narrowing = 0) const {
         const std::size_t residue = std::min(residueAfter(point), m_residues.size() - 1);
-        return {m_path[point], halfWidth, halfThickness, narrowing, m_residues[residue].id};
+        return {m_path[point],
+                halfWidth,
+                halfThickness,
+                narrowing,
+                static_cast<unsigned>((point + m_steps / 2) % m_steps),
+                m_residues[residue].id};
     }
 
     BodySection roundSection(std::size_t point) const {
@@ -217,6 +225,10 @@ void compact(Ribbon& ribbon) {
     ribbon.mesh.normals.shrink_to_fit();
     ribbon.mesh.triangles.shrink_to_fit();
     ribbon.mesh.ids.shrink_to_fit();
+    for (CoarserSurface& surface : ribbon.mesh.coarser) {
+        surface.triangles.shrink_to_fit();
+        surface.ids.shrink_to_fit();
+    }
     ribbon.cuts.shrink_to_fit();
 }
 
@@ -239,6 +251,58 @@ void addCap(const Mesh& mesh, const RibbonCut& cut, bool isEnd, Mesh& caps) {
     caps.normals.resize(caps.vertices.size(), pointOf(unitOr(area, {0, 0, 1})));
 }
 
+// From fine to coarse.
+std::vector<BodyDetail> detailsOf(const RibbonStyle& style) {
+    const unsigned count = style.corners;
+    BodyDetail whole = {style.subdivisions, std::vector<unsigned>(count)};
+    std::iota(whole.corners.begin(), whole.corners.end(), 0U);
+    // The broad sides of a band need fewer corners than its edges.
+    BodyDetail small = {style.subdivisions / 2, {}};
+    for (const unsigned corner : whole.corners)
+        if (count != 12 || (corner % 6 != 2 && corner % 6 != 4))
+            small.corners.push_back(corner);
+    const unsigned few = std::min(4U, count);
+    BodyDetail tiny = {2, {}};
+    for (unsigned i = 0; i < few; ++i)
+        tiny.corners.push_back(i * count / few);
+
+    std::vector<BodyDetail> details = {whole};
+    if (style.subdivisions > 4)
+        details.push_back(small);
+    if (style.subdivisions > 2)
+        details.push_back(tiny);
+    tiny.subdivisions = 1;
+    details.push_back(tiny);
+    return details;
+}
+
+// How far the middle between two corners of a section is from the ellipse.
+double outlineError(const BodyDetail& detail, unsigned corners, double halfWidth,
+                    double halfThickness) {
+    double greatest = 0;
+    for (std::size_t i = 0; i < detail.corners.size(); ++i) {
+        const double turn = std::numbers::pi / corners;
+        const unsigned from = detail.corners[i];
+        const unsigned to =
+            i + 1 < detail.corners.size() ? detail.corners[i + 1] : corners + detail.corners[0];
+        const double middle = turn * (from + to);
+        greatest =
+            std::max(greatest, halfWidth * halfThickness * (1 - std::cos(turn * (to - from))) /
+                                   std::hypot(halfThickness * std::cos(middle),
+                                              halfWidth * std::sin(middle)));
+    }
+    return greatest;
+}
+
+// The path bends most in an alpha helix, whose CA are 100 degrees apart on a radius of 2.3 Å.
+double errorOf(const BodyDetail& detail, const RibbonStyle& style) {
+    const double halfTurn = 50 * std::numbers::pi / 180 / detail.subdivisions;
+    return (2.3 + style.helixHalfThickness) * (1 - std::cos(halfTurn)) +
+           std::max(
+               outlineError(detail, style.corners, style.helixHalfWidth, style.helixHalfThickness),
+               outlineError(detail, style.corners, style.coilRadius, style.coilRadius));
+}
+
 } // namespace
 
 RibbonStyle RibbonStyle::forResidues(std::size_t count) {
@@ -259,7 +323,12 @@ Ribbon makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& st
     RibbonStyle valid = style;
     valid.subdivisions = std::max(2U, style.subdivisions + style.subdivisions % 2);
     valid.corners = std::clamp(style.corners, 3U, mostCorners);
-    BodyMaker bodies(ribbon, valid.corners);
+    ribbon.mesh.isClosed = true;
+    const std::vector<BodyDetail> details = detailsOf(valid);
+    BodyMaker bodies(ribbon, details);
+    for (std::size_t i = 1; i < details.size(); ++i)
+        ribbon.mesh.coarser[i - 1].error =
+            static_cast<float>(errorOf(details[i], valid) - errorOf(details[0], valid));
     bodies.reserve(residues.size() * valid.subdivisions);
     for (std::size_t from = 0; from < residues.size();) {
         std::size_t to = from + 1;
@@ -271,6 +340,7 @@ Ribbon makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& st
         }
         from = to;
     }
+    bodies.sortVertices();
     compact(ribbon);
     return ribbon;
 }
