@@ -2,6 +2,7 @@
 
 #include "Counters.h"
 #include "Holder.h"
+#include "Slabs.h"
 
 #include <algorithm>
 #include <string>
@@ -85,6 +86,7 @@ private:
     void visitChildren(Holder& holder) {
         Compound** const last = holder.childEnd();
         for (Compound** child = holder.childBegin(); child != last; ++child) {
+            prefetchAfter(*child);
             HostItem& record = HostItem::of(*child);
             if (record.kind == Kind::Atom) {
                 if (m_all || record.has(HostItem::Selected))
