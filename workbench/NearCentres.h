@@ -14,6 +14,9 @@ class NearCentres {
 public:
     using Point = std::array<float, 3>; ///< Å
 
+    /// With room for `count` of them.
+    explicit NearCentres(std::size_t count) { m_leaves.reserve((count + 7) / 8); }
+
     /// Neighbours should mostly follow each other.
     void add(const Point& point);
     /// After the last one.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstdint>
 #include <future>
 #include <list>
@@ -92,7 +93,10 @@ struct NearSearch::Prepared {
         return words;
     }
     NearCentres centresOf(const Words& words) const {
-        NearCentres centres;
+        std::size_t count = 0;
+        for (const std::uint64_t word : words)
+            count += static_cast<std::size_t>(std::popcount(word));
+        NearCentres centres(count);
         for (std::size_t block = 0; block != words.size(); ++block)
             forEachBit(words[block], [&](std::size_t i) {
                 const EightPoints& points = blocks[block].points[i / 8];
