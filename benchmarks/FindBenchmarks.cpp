@@ -1,3 +1,4 @@
+#include "AtomDetails.h"
 #include "Contest.h"
 #include "DataAdder.h"
 #include "DataMaker.h"
@@ -5,6 +6,7 @@
 #include "Peer.h"
 #include "RealStructures.h"
 #include "Space.h"
+#include "Traversal.h"
 #include "Works.h"
 #include "files/Files.h"
 
@@ -14,6 +16,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace benchmarks {
 
@@ -65,17 +68,24 @@ public:
             QThread::msleep(1);
         }
     }
-    /// Leaves nothing that was read of the data.
+    /// Leaves nothing that was read of the data: there is another item, and an atom is elsewhere.
     void changeData() {
         m_search.setReady(false);
         m_search.setText({});
         TAVIK::Space* const space = TAVIK::Space::instance();
         const DataAdder<TAVIK::Space> guard(nullptr, space);
         TAVIK::DataMaker::Destroy(TAVIK::DataMaker::makeCore(space, "more", "Composite"));
+        std::vector<TAVIK::Compound*> atoms;
+        TAVIK::GetAtoms(space, atoms, true);
+        TAVIK::Vertex place = atoms.at(0)->GetPosition();
+        m_moves = -m_moves;
+        place[0] += m_moves;
+        TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(atoms[0]), place);
     }
 
 private:
     workbench::FindSearch m_search;
+    float m_moves = 0.125F; ///< Å, by which an atom was moved last
 };
 
 } // namespace

@@ -306,9 +306,16 @@ void FindValues::read(const FindIndex& index, const FindExpression& expression) 
 }
 
 void FindValues::forgetItems() {
-    const std::size_t expected = m_expected;
-    *this = {};
-    m_expected = expected;
+    forgetState();
+    alternates.reset();
+    elements.reset();
+}
+
+void FindValues::forgetOldPositions() {
+    if (!m_areOld)
+        return;
+    positions.reset();
+    near = {};
 }
 
 void FindValues::forgetState() {

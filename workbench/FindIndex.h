@@ -76,8 +76,11 @@ struct FindValues {
     void read(const FindIndex& index, const FindExpression& expression);
     /// Reads the positions, which needs no index. GUI thread.
     void readPositions();
-    /// Forgets everything that was read.
+    /// Forgets everything that was read. Old positions stay, with what was prepared of them, which
+    /// serves again when the same are read: few changes move atoms, or make or destroy some.
     void forgetItems();
+    /// Gives the memory of positions back if they were not read again.
+    void forgetOldPositions();
     /// Forgets what changes without anything being made or destroyed.
     void forgetState();
 

@@ -18,6 +18,9 @@ namespace {
 constexpr auto partsAhead = std::to_array(
     {FindValues::Part::Positions, FindValues::Part::Elements, FindValues::Part::Alternates});
 
+/// For how long positions are kept that may have changed.
+constexpr std::chrono::seconds timeForOld(10);
+
 } // namespace
 
 FindSearch::FindSearch() : m_listener(*this) {
@@ -25,6 +28,8 @@ FindSearch::FindSearch() : m_listener(*this) {
     connect(&m_ahead, &QTimer::timeout, this, &FindSearch::readAhead);
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &FindSearch::start);
+    m_old.setSingleShot(true);
+    connect(&m_old, &QTimer::timeout, this, [this] { m_values.forgetOldPositions(); });
 }
 
 FindSearch::~FindSearch() {
@@ -76,7 +81,8 @@ void FindSearch::readAhead() {
 
 void FindSearch::readIndex() {
     if (!m_index)
-        m_index = FindIndex::read(m_values.positions ? m_values.positions->size() : 0);
+        m_index = FindIndex::read(
+            m_values.has(FindValues::Part::Positions) ? m_values.positions->size() : 0);
 }
 
 void FindSearch::readPositions() {
@@ -105,12 +111,14 @@ void FindSearch::stateChanged() {
 
 void FindSearch::itemsChanged() {
     // Told of each of a million destructions, it has something to do at the first.
-    if (!m_index && !m_values.positions && !m_isSearching && m_hits.hits.empty())
+    if (!m_index && !m_values.has(FindValues::Part::Positions) && !m_isSearching &&
+        m_hits.hits.empty())
         return;
     const bool wasRead = m_index != nullptr;
     clear();
     m_index.reset();
     m_values.forgetItems();
+    m_old.start(timeForOld);
     if (m_isReady)
         m_ahead.start(0);
     if (wasRead && !m_expression.isEmpty())

@@ -83,6 +83,7 @@ private:
     FindHits m_hits; ///< of m_index
     QTimer m_timer;  ///< before a search begins
     QTimer m_ahead;  ///< while there is something to read ahead
+    QTimer m_old;    ///< before positions are forgotten that were not read again
     std::stop_source m_stop;
     std::uint64_t m_number = 0; ///< of the last search
     bool m_isSearching = false;

@@ -1,4 +1,5 @@
 // The parts of the data that the find box reads by atom, compared with what each atom answers.
+#include "AtomDetails.h"
 #include "ChangeData.h"
 #include "DataPointBase.h"
 #include "FindIndex.h"
@@ -63,6 +64,34 @@ private slots:
         QCOMPARE(values.positions, before);
         values.forgetItems();
         QVERIFY(!values.has(FindValues::Part::Positions));
+        values.readPositions();
+        QCOMPARE(values.positions, before);
+        values.forgetOldPositions();
+        QVERIFY(values.has(FindValues::Part::Positions));
+        values.forgetItems();
+        values.forgetOldPositions();
+        QVERIFY(!values.positions && !values.near.valid());
+        values.readPositions();
+        compare(*index, values);
+    }
+
+    void positionsThatChangedArePreparedAgain() {
+        memory_host::openFile(SOURCE_DIR "/data/sample.pdb");
+        const auto index = FindIndex::read();
+        FindValues values;
+        values.readPositions();
+        const std::size_t last = index->atoms.size() - 1;
+        Bits first(index->atoms.size());
+        first.add(0);
+        QVERIFY(!values.near.get()->near(first, 1e-3).has(last));
+        changeData(DataPointBase(nullptr, Publisher::Update), [&](DataPointBase&) {
+            TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(index->atoms[last]),
+                                   index->atoms.front()->GetPosition());
+        });
+        values.forgetItems();
+        values.readPositions();
+        compare(*index, values);
+        QVERIFY(values.near.get()->near(first, 1e-3).has(last));
     }
 
     void theIndexDoesNotDependOnTheNumberThatIsExpected() {
