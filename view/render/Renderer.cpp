@@ -89,6 +89,26 @@ bool writeDotIds(const Frame& frame, Ints numbers, Id* to) {
     return true;
 }
 
+/// Likewise, of triangles of one mesh and of nothing.
+bool writeTriangleIds(const Frame& frame, Ints numbers, Id* to) {
+    const Ints isSeen = numbers != all(noNumber);
+    if (!isAny(isSeen))
+        return false;
+    const Number number = numbers[firstLane(isSeen)];
+    if (number < frame.triangleStart)
+        return false;
+    const PlacedMesh& mesh = frame.meshOf(number);
+    const Ints triangles = numbers - all(mesh.start);
+    const auto count = static_cast<Number>(mesh.triangles->size());
+    if (isAny(isSeen & ((triangles < all(0)) | (triangles >= all(count)))))
+        return false;
+    const Ints indices = triangles & isSeen & all(mesh.ids->size() == 1 ? 0 : -1);
+    const Id* const ids = mesh.ids->data();
+    for (int lane = 0; lane < 4; ++lane)
+        to[lane] = isSeen[lane] != 0 ? ids[indices[lane]] : noId;
+    return true;
+}
+
 /// Writes the ids of what has a number. Neighbours mostly show the same thing.
 void writeIds(const Frame& frame, const Number* numbers, std::size_t count, Id* to) {
     Number last = noNumber;
@@ -106,7 +126,7 @@ void writeIds(const Frame& frame, const Number* numbers, std::size_t count, Id* 
         if (!isAny(four != all(last))) {
             const std::array<Id, 4> same = {id, id, id, id};
             std::memcpy(to + i, same.data(), sizeof same);
-        } else if (!writeDotIds(frame, four, to + i)) {
+        } else if (!writeTriangleIds(frame, four, to + i) && !writeDotIds(frame, four, to + i)) {
             for (std::size_t lane = 0; lane < 4; ++lane)
                 to[i + lane] = next(numbers[i + lane]);
         }

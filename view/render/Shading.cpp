@@ -207,7 +207,9 @@ template <class Own> Ints cued(const Cue& cue, Floats depth, const Own& own) {
 Ints lit(const Surface& surface, Floats depth, const Cue& cue) {
     const Floats light = all(ambientPart) + all(mainPart) * cosine(surface, mainLight) +
                          all(fillPart) * cosine(surface, fillLight);
-    Floats shine = cosine(surface, cue.highlightAxis);
+    // No power of it is seen, nor so small that processors take long to calculate with it.
+    constexpr float dark = 0.125F;
+    Floats shine = larger(cosine(surface, cue.highlightAxis), all(dark));
     for (int power = 1; power < 32; power *= 2)
         shine *= shine;
     shine *= all(highlightPart * 255);

@@ -163,8 +163,8 @@ bool drawRows(Tile& tile, const Frame& frame, const std::array<Floats, 3>& corne
         const std::array<Edges::Row, 3> sides = edges.row(y);
         Floats x = {left, left + 1, left + 2, left + 3};
         for (int column = first; column <= range.right; column += 4, x += all(4.0F)) {
-            Ints mask = (sides[0].inside(x) >= all(0.0F)) & (sides[1].inside(x) >= all(0.0F)) &
-                        (sides[2].inside(x) >= all(0.0F));
+            Ints mask =
+                least(sides[0].inside(x), sides[1].inside(x), sides[2].inside(x)) >= all(0.0F);
             if (!isAny(mask))
                 continue;
             if (!isDrawn)
