@@ -31,7 +31,7 @@ struct RibbonResidue {
 /// What ribbons look like, lengths in Å, and how finely they are drawn. A residue has about 2 *
 /// subdivisions * corners triangles, and 16 * subdivisions in a strand.
 struct RibbonStyle {
-    unsigned subdivisions = 10; ///< steps from residue to residue; an odd number counts as the next
+    unsigned subdivisions = 8; ///< steps from residue to residue; an odd number counts as the next
     unsigned corners = 12;      ///< of the cross-section of tubes and helices, at least 3
 
     double coilRadius = 0.3;
@@ -44,7 +44,7 @@ struct RibbonStyle {
     double nucleicHalfThickness = 0.3;
     double loneRadius = 0.6;
 
-    /// As fine as a structure of this many residues can be drawn: at most 0.5 M triangles up to
+    /// As fine as a structure of this many residues can be drawn: at most 0.4 M triangles up to
     /// 2,000 residues, 1 M up to 20,000, and 16 a residue beyond.
     static RibbonStyle forResidues(std::size_t count);
 };
