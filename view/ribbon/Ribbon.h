@@ -32,7 +32,7 @@ struct RibbonResidue {
 /// subdivisions * corners triangles, and 16 * subdivisions in a strand.
 struct RibbonStyle {
     unsigned subdivisions = 8; ///< steps from residue to residue; an odd number counts as the next
-    unsigned corners = 12;      ///< of the cross-section of tubes and helices, at least 3
+    unsigned corners = 12;     ///< of the cross-section of tubes and helices, at least 3
 
     double coilRadius = 0.3;
     double helixHalfWidth = 1.3;
