@@ -366,7 +366,8 @@ void TreeItem::updateRows() {
         return;
     const bool selected = m_Compound && m_Compound->IsSelected();
     // Memory latency is what such walks cost: rows of items without any selection inside are
-    // skipped, items are prefetched, and a row is written only if it changes.
+    // skipped, rows are prefetched and then, through them, their items, and a row is written only
+    // if it changes.
     if (holdsNoSelection(selected)) {
         mark(false, false);
         return;
@@ -376,6 +377,8 @@ void TreeItem::updateRows() {
     bool marked = selected;
     constexpr std::uint32_t ahead = 12;
     for (std::uint32_t i = 0; i != m_count; ++i) {
+        if (i + 2 * ahead < m_count)
+            __builtin_prefetch(m_children[i + 2 * ahead]);
         if (i + ahead < m_count)
             __builtin_prefetch(m_children[i + ahead]->m_Compound);
         TreeItem* const row = m_children[i];
