@@ -77,12 +77,14 @@ private:
 
     void takeVertices(const Shape& shape) {
         const Mesh& mesh = *shape.mesh;
+        const auto colourOf = [&](std::size_t vertex) {
+            if (mesh.colours.empty())
+                return m_marks.colours[shape.item];
+            return mesh.colours[mesh.colours.size() == 1 ? 0 : vertex];
+        };
         for (std::size_t i = 0; i != mesh.vertices.size(); ++i)
             if (m_dots++ % m_dotStep == 0)
-                m_scene.dots.push_back(
-                    addPoint(mesh.vertices[i],
-                             mesh.colours.empty() ? m_marks.colours[shape.item] : mesh.colours[i],
-                             shape.item));
+                m_scene.dots.push_back(addPoint(mesh.vertices[i], colourOf(i), shape.item));
     }
 
     void takeSegments(const Shape& shape) {
