@@ -285,7 +285,8 @@ void FindValues::readPositions() {
     m_areOld = false;
     // By their bits, as NaN is no number.
     if (positions && positions->size() == made->size() &&
-        std::memcmp(positions->data(), made->data(), made->size() * sizeof(made->front())) == 0)
+        (made->empty() || std::memcmp(positions->data(), made->data(),
+                                      made->size() * sizeof(NearSearch::Point)) == 0))
         return;
     positions = std::move(made);
     near = std::async(std::launch::deferred,

@@ -29,7 +29,8 @@ int readOn(DataReader& reader) {
 }
 
 template <class T> bool isSame(const std::vector<T>& a, const std::vector<T>& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
+    return a.size() == b.size() &&
+           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
 }
 
 bool isSame(const view::ResidueEntry& a, const view::ResidueEntry& b) {
