@@ -2,21 +2,15 @@
 #pragma once
 
 #include "DataPointBase.h"
-
-#include <QtGlobal>
-
-#include <type_traits>
+#include "HostExport.h"
+#include "detail/FunctionRef.h"
 
 /// What is said of a change that the host refuses.
 enum class Refusal { Report, Silent };
 
-/// Runs `change(guard)` if `guard`, which was made for this change alone, is good. Else nothing is
-/// changed, which is said unless it is to be silent. Exceptions pass, and end the guard.
-template <class Guard, class Change>
-void changeData(Guard&& guard, Change&& change, Refusal refusal = Refusal::Report) {
-    static_assert(!std::is_lvalue_reference_v<Guard>, "the guard ends with the change");
-    if (guard.m_good)
-        change(guard);
-    else if (refusal == Refusal::Report)
-        qDebug("%s", "Cannot update CDB!");
-}
+/// Runs `change(guard)` if `guard`, which was made for this change alone and ends with it, is good.
+/// Else nothing is changed, which is said unless it is to be silent. Exceptions pass, and end the
+/// guard.
+HOST_EXPORT void changeData(DataPointBase&& guard,
+                            TAVIK::detail::FunctionRef<void(DataPointBase&)> change,
+                            Refusal refusal = Refusal::Report);

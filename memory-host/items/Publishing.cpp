@@ -1,5 +1,5 @@
 // Change guards and subscribers: who may change the data now, and who hears of it.
-#include "DataPointBase.h"
+#include "ChangeData.h"
 #include "Destroying.h"
 #include "FocusedItem.h"
 #include "Logger.h"
@@ -211,3 +211,11 @@ SpaceLock::~SpaceLock() {
 }
 
 } // namespace memory_host
+
+void changeData(DataPointBase&& guard, TAVIK::detail::FunctionRef<void(DataPointBase&)> change,
+                Refusal refusal) {
+    if (guard.m_good)
+        change(guard);
+    else if (refusal == Refusal::Report)
+        qDebug("%s", "Cannot update CDB!");
+}

@@ -204,7 +204,7 @@ private:
         if (!item)
             return;
         const ChangeLabel label = changeLabel(slot);
-        const auto run = [&](Guard<Item>& guard) {
+        const auto run = [&](DataPointBase& guard) {
             Done done;
             if constexpr (std::is_void_v<decltype(apply(item))>)
                 apply(item);
@@ -213,7 +213,7 @@ private:
             setLabel(guard, done.deed ? done.deed : label.deed, done.changed);
             // Without a refresh the window may already be destroyed.
             if (done.refresh == Refresh::Everything)
-                showChange(guard);
+                showChange(static_cast<Guard<Item>&>(guard));
         };
         changeData(Guard<Item>(this, item, label.command), run, refusal);
     }

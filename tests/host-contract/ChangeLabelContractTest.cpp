@@ -108,9 +108,9 @@ private slots:
     void changeDataEndsTheGuardWithTheChange() {
         const Listener listener(m_heard);
         int changes = 0;
-        changeData(DataPoint<Compound>(nullptr, space()), [&](DataPoint<Compound>& guard) {
+        changeData(DataPoint<Compound>(nullptr, space()), [&](DataPointBase& guard) {
             ++changes;
-            QCOMPARE(guard.data(), space());
+            QVERIFY(guard.m_good);
             QVERIFY(!DataPointBase(nullptr, Publisher::Update).m_good);
             QVERIFY(m_heard.isEmpty());
         });

@@ -130,7 +130,7 @@ private slots:
         TAVIK::Focus::set(made.atoms[1], nullptr);
         QCOMPARE(canvas().mark()->centre, (view::Point{10, 0, 0}));
         changeData(DataPoint<TAVIK::Space>(nullptr, TAVIK::Space::instance()),
-                   [&](DataPoint<TAVIK::Space>&) {
+                   [&](const DataPointBase&) {
                        TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(made.atoms[1]),
                                               TAVIK::Vertex(3, 4, 5, true));
                    });

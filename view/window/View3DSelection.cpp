@@ -76,7 +76,7 @@ template <class Change> void View3D::changeSelection(const char* command, Change
     // Whoever is told of it may end the window.
     const QPointer<View3D> window(this);
     bool isChanged = false;
-    changeData(DataPoint<Space>(this, Space::instance(), command), [&](DataPoint<Space>& guard) {
+    changeData(DataPoint<Space>(this, Space::instance(), command), [&](DataPointBase& guard) {
         change(guard);
         isChanged = true;
     });
@@ -102,7 +102,7 @@ void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifi
     }
     const bool selects = !toggles || !item->IsSelected();
     const QPointer<View3D> window(this);
-    changeSelection("Select", [&](DataPoint<Space>& guard) {
+    changeSelection("Select", [&](DataPointBase& guard) {
         if (!adds && !toggles)
             Space::instance()->SetSelected(false);
         item->SetSelected(selects);
