@@ -6,6 +6,7 @@
 #include "Changed.h"
 #include "Compound.h"
 #include "RowNode.h"
+#include "SelectedChildren.h"
 
 #include <QColor>
 #include <QString>
@@ -175,7 +176,11 @@ private:
     bool isPacked() const { return m_parent && m_parent->m_packed; }
     bool packedMark() const { return m_parent->childMarks() >> m_position & 1; }
     bool ownSelected() const { return isPacked() ? packedMark() : m_selected; }
-    struct Told;
+    /// What an item tells of all its children at once.
+    struct Told : TAVIK::SelectedChildren {
+        explicit Told(TAVIK::Compound* c) : isKnown(TAVIK::GetSelectedChildren(c, *this)) {}
+        bool isKnown;
+    };
     /// The child rows are those of all items that were told of, in their order.
     void becomeWhole(const Told& told);
     /// updateRows() without reading an item below; returns whether that could be done.
