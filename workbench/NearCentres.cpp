@@ -20,22 +20,7 @@ std::vector<EightBoxes> gather(std::vector<Box>& boxes) {
 
 } // namespace
 
-void NearCentres::add(const Point& point) {
-    const std::size_t at = m_count++ % 8;
-    if (at == 0) {
-        m_leaves.emplace_back();
-        for (std::size_t axis = 0; axis != 3; ++axis)
-            m_leaves.back()[axis].lanes.fill(all(point[axis]));
-        return;
-    }
-    for (std::size_t axis = 0; axis != 3; ++axis)
-        m_leaves.back()[axis].set(at, point[axis]);
-}
-
 void NearCentres::finish() {
-    m_boxes.reserve(m_leaves.size());
-    for (const EightPoints& leaf : m_leaves)
-        m_boxes.push_back(boxAround(leaf));
     std::vector<Box> boxes = m_boxes;
     do
         m_levels.push_back(gather(boxes));

@@ -12,18 +12,20 @@ namespace workbench {
 /// Leaves of eight centres each, and boxes around leaves, around eight of these boxes, and so on.
 class NearCentres {
 public:
-    using Point = std::array<float, 3>; ///< Å
+    /// Of so many leaves, which are to be set, and then finished.
+    explicit NearCentres(std::size_t leaves) : m_leaves(leaves), m_boxes(leaves) {}
 
-    /// With room for `count` of them.
-    explicit NearCentres(std::size_t count) { m_leaves.reserve((count + 7) / 8); }
-
-    /// Neighbours should mostly follow each other.
-    void add(const Point& point);
+    /// Neighbours should mostly follow each other, in leaves and from leaf to leaf. Where there are
+    /// less than eight, some are there several times. Different leaves may be set by different
+    /// threads.
+    void setLeaf(std::size_t number, const EightPoints& points) {
+        m_leaves[number] = points;
+        m_boxes[number] = boxAround(points);
+    }
     /// After the last one.
     void finish();
 
-    bool isEmpty() const { return m_count == 0; }
-    /// With its first centre several times where there are less than eight.
+    std::size_t leafCount() const { return m_leaves.size(); }
     const EightPoints& leaf(std::uint32_t number) const { return m_leaves[number]; }
     const Box& leafBox(std::uint32_t number) const { return m_boxes[number]; }
 
@@ -33,7 +35,6 @@ public:
     std::span<const EightBoxes> level(std::size_t number) const { return m_levels[number]; }
 
 private:
-    std::size_t m_count = 0;
     std::vector<EightPoints> m_leaves;
     std::vector<Box> m_boxes; ///< of the leaves
     std::vector<std::vector<EightBoxes>> m_levels;

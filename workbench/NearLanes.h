@@ -76,10 +76,10 @@ struct Eight {
 using EightPoints = std::array<Eight, 3>;
 
 struct Box {
-    std::array<float, 3> low{};
-    std::array<float, 3> high{};
+    std::array<float, 3> low;
+    std::array<float, 3> high;
 
-    Box() = default;
+    Box() = default; ///< of no value yet
     explicit Box(const std::array<float, 3>& point) : low(point), high(point) {}
 
     void add(const Box& other) {

@@ -4,7 +4,9 @@
 #include "Bits.h"
 
 #include <array>
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <stop_token>
 #include <vector>
 
@@ -20,6 +22,15 @@ public:
     NearSearch(const NearSearch&) = delete;
     NearSearch& operator=(const NearSearch&) = delete;
 
+    /// Of the points of `before`, as many, of which those with the numbers `moved`, rising, may be
+    /// elsewhere: at a fraction of the time where these are few.
+    static std::shared_ptr<const NearSearch> moved(const NearSearch& before,
+                                                   const std::vector<Point>& points,
+                                                   std::span<const std::uint32_t> moved);
+    /// How many of so many points may be moved, in all since they were prepared as a whole: those
+    /// that are moved stay with the neighbours that they had.
+    static std::size_t mostMoved(std::size_t points) { return points / 64; }
+
     /// The points that are at most `radius` (Å, above 0) away from a point of `from`, those
     /// themselves included. Points that are not finite are near nothing but themselves. When `stop`
     /// is requested, the answer is not complete.
@@ -27,6 +38,8 @@ public:
 
 private:
     struct Prepared;
+    explicit NearSearch(std::unique_ptr<const Prepared> prepared);
+
     std::unique_ptr<const Prepared> m_prepared;
 };
 

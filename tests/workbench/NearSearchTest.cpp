@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <random>
 
 using workbench::Bits;
@@ -129,6 +130,41 @@ private slots:
         QVERIFY(pointsNear(points, from, static_cast<double>(0.1F)).has(1));
         QCOMPARE(pointsNear({{0, 0, 0}, {0, 0, 0}, {1e-30F, 0, 0}}, from, 1e-200).count(),
                  std::size_t{2});
+    }
+
+    // Few and many, again and again, near and far, and the same place; some to no place and back.
+    void pointsThatWereMovedAreWhereTheyAre() {
+        constexpr float infinite = std::numeric_limits<float>::infinity();
+        std::mt19937 random(13);
+        std::uniform_real_distribution<float> place(0.0F, 40.0F);
+        Points points(6000);
+        for (auto& point : points)
+            point = {place(random), place(random), place(random)};
+        auto search = std::make_shared<const NearSearch>(points);
+        for (int turn = 0; turn != 60; ++turn) {
+            const Points old = points;
+            std::vector<std::uint32_t> moved;
+            const std::uint32_t every = std::uint32_t{1} << (6 + random() % 7);
+            for (std::uint32_t i = random() % every; i < points.size(); i += every) {
+                moved.push_back(i);
+                const float far = random() % 5 == 0 ? 1000.0F : 0.0F;
+                if (random() % 4 != 0)
+                    points[i] = {place(random) + far, place(random), place(random)};
+                if (turn % 10 == 9 && random() % 3 == 0)
+                    points[i][random() % 3] = infinite;
+            }
+            Bits from(points.size());
+            for (std::size_t i = random() % 50; i < points.size(); i += 211)
+                from.add(i);
+            if (!moved.empty())
+                from.add(moved.front());
+            const auto before = search;
+            search = NearSearch::moved(*before, points, moved);
+            for (const double radius : {0.7, 3.0, 12.0}) {
+                QVERIFY(search->near(from, radius) == plainly(points, from, radius));
+                QVERIFY(before->near(from, radius) == plainly(old, from, radius));
+            }
+        }
     }
 
     void aSearchThatIsStoppedEnds() {
