@@ -34,6 +34,10 @@ gemmi::Vec3 placed(const gemmi::Vec3& a, const gemmi::Vec3& b, const gemmi::Vec3
                    bond;
 }
 
+float distance(const Point& a, const Point& b) {
+    return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+}
+
 Point position(const gemmi::Residue& residue, const char* name) {
     for (const gemmi::Atom& atom : residue.atoms)
         if (atom.name == name)
@@ -82,6 +86,7 @@ Residues helix(std::size_t count, double phi, double psi) {
         residue.ca = pointOf(alpha);
         residue.c = pointOf(nextC);
         residue.o = pointOf(placed(n, alpha, nextC, 1.23, 120, psi + 180));
+        residue.isLinkedToPrevious = i != 0;
         residues.push_back(residue);
         const gemmi::Vec3 nextAlpha = placed(alpha, nextC, nextN, 1.46, 122, 180);
         c = nextC;
@@ -101,6 +106,7 @@ Residues strand(std::size_t count) {
         residue.ca = {x + 1.2F, 0, 0};
         residue.c = {x + 2.3F, 0, 0};
         residue.o = {x + 2.3F, side, 0};
+        residue.isLinkedToPrevious = i != 0;
         residues.push_back(residue);
     }
     return residues;
@@ -114,14 +120,8 @@ void shift(Residues& residues, std::size_t from, float longer) {
 
 Residues together(const std::vector<Residues>& chains) {
     Residues all;
-    std::uint32_t number = 0;
-    for (const Residues& chain : chains) {
-        for (BackboneResidue residue : chain) {
-            residue.chain = number;
-            all.push_back(residue);
-        }
-        ++number;
-    }
+    for (const Residues& chain : chains)
+        all.insert(all.end(), chain.begin(), chain.end());
     return all;
 }
 
@@ -135,9 +135,9 @@ QByteArray letters(const Residues& residues) {
 Proteins proteins(const std::string& path) {
     const gemmi::Structure read = structure(path);
     Proteins found;
-    std::uint32_t number = 0;
     for (const gemmi::Chain& chain : read.models.at(0).chains) {
         const gemmi::SeqId* before = nullptr;
+        bool isFirst = true;
         for (const gemmi::Residue& residue : chain.residues) {
             const bool isOtherConformer = before && *before == residue.seqid;
             before = &residue.seqid;
@@ -149,12 +149,13 @@ Proteins proteins(const std::string& path) {
             backbone.c = position(residue, "C");
             backbone.o = position(residue, "O");
             backbone.isProline = residue.name == "PRO";
-            backbone.chain = number;
+            backbone.isLinkedToPrevious =
+                !isFirst && distance(found.residues.back().c, backbone.n) <= 2.5F;
+            isFirst = false;
             found.residues.push_back(backbone);
             found.names.push_back(chain.name + " " + residue.seqid.str());
             found.recorded += recordedLetter(read, chain, residue);
         }
-        ++number;
     }
     return found;
 }

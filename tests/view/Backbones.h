@@ -25,7 +25,7 @@ Residues strand(std::size_t count);
 /// Moves the residues from `from` on by `longer` Å along the x axis.
 void shift(Residues& residues, std::size_t from, float longer);
 
-/// One chain after the other, with numbers of their own.
+/// One chain after the other.
 Residues together(const std::vector<Residues>& chains);
 
 /// The letters of the secondary structure, "-" for coil.

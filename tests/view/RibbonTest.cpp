@@ -194,24 +194,21 @@ private slots:
 
     void chainsAreNotJoined_data() {
         QTest::addColumn<int>("what");
-        QTest::newRow("another chain") << 0;
-        QTest::newRow("a guide point too far away") << 1;
-        QTest::newRow("another kind") << 2;
-        QTest::newRow("no guide point") << 3;
-        QTest::newRow("a guide point that is no place") << 4;
+        QTest::newRow("no link") << 0;
+        QTest::newRow("another kind") << 1;
+        QTest::newRow("no guide point") << 2;
+        QTest::newRow("a guide point that is no place") << 3;
     }
 
     void chainsAreNotJoined() {
         QFETCH(int, what);
         Residues residues = chain("--------");
-        for (std::size_t i = 4; i < residues.size(); ++i) {
-            residues[i].chain += what == 0 ? 1 : 0;
-            residues[i].guide[0] += what == 1 ? 1.8F : 0.0F;
-            if (what == 2)
+        residues[4].isLinkedToPrevious = what != 0;
+        for (std::size_t i = 4; i < residues.size(); ++i)
+            if (what == 1)
                 residues[i].kind = RibbonResidue::Kind::Nucleotide;
-        }
-        if (what > 2)
-            residues[4].guide[1] = what == 3 ? notANumber : 1e20F;
+        if (what > 1)
+            residues[4].guide[1] = what == 2 ? notANumber : 1e20F;
         const Mesh mesh = meshOf(residues, plainStyle());
         QVERIFY(isWhole(mesh));
         QVERIFY(isClosed(mesh));
@@ -222,15 +219,19 @@ private slots:
             };
             QVERIFY(side(0) == side(1) && side(1) == side(2));
         }
-        QVERIFY(std::count(mesh.ids.begin(), mesh.ids.end(), 104U) == 0 || what < 3);
+        QVERIFY(std::count(mesh.ids.begin(), mesh.ids.end(), 104U) == 0 || what < 2);
     }
 
-    void linkedResiduesMayBeAsFarApartAsAStretchedBond() {
-        Residues residues = chain("--");
-        residues[1].guide[0] = 5.4F;
-        QCOMPARE(bodyCount(meshOf(residues, plainStyle())), 1U);
-        residues[1].guide[0] = 5.6F;
-        QCOMPARE(bodyCount(meshOf(residues, plainStyle())), 2U);
+    void linkedResiduesAreJoinedHoweverFarApart() {
+        for (const float apart : {0.6F, 5.6F, 50.0F}) {
+            Residues residues = chain("--");
+            residues[1].guide[0] = apart;
+            const Mesh mesh = meshOf(residues, plainStyle());
+            QVERIFY(isWhole(mesh) && isClosed(mesh));
+            QCOMPARE(bodyCount(mesh), 1U);
+            residues[1].isLinkedToPrevious = false;
+            QCOMPARE(bodyCount(meshOf(residues, plainStyle())), 2U);
+        }
     }
 
     void hiddenResiduesLeaveAGapAndChangeNothingElse() {
@@ -365,6 +366,7 @@ private slots:
                 residue.structure =
                     static_cast<SecondaryStructure>(letters[random() % letters.size()]);
                 residue.id = static_cast<view::Id>(random() % residues.size() + 1);
+                residue.isLinkedToPrevious = random() % 8 != 0;
                 if (i > 0 && random() % 4 == 0)
                     residue.guide = residues[i - 1].guide;
                 if (random() % 20 == 0)

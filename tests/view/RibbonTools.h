@@ -41,6 +41,7 @@ inline Residues chain(const QByteArray& structures) {
         residue.direction = {0, 1, 0};
         residue.structure = letter == '-' ? view::SecondaryStructure::Coil
                                           : static_cast<view::SecondaryStructure>(letter);
+        residue.isLinkedToPrevious = i != 0;
         residue.id = 100 + i;
         residues.push_back(residue);
     }
@@ -58,7 +59,7 @@ inline Residues protein(const QString& path) {
         residue.guide = backbone.ca;
         residue.direction = view::pointOf(view::vectorOf(backbone.o) - view::vectorOf(backbone.c));
         residue.structure = structures[i];
-        residue.chain = backbone.chain;
+        residue.isLinkedToPrevious = backbone.isLinkedToPrevious;
         residue.id = static_cast<view::Id>(i + 1);
         residues.push_back(residue);
     }

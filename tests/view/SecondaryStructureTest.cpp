@@ -116,17 +116,16 @@ private slots:
 
     void aBrokenChainEndsAHelix() {
         Residues broken = alphaHelix;
-        for (std::size_t i = 7; i < broken.size(); ++i)
-            broken[i].chain = 1;
+        broken[7].isLinkedToPrevious = false;
         const QByteArray found = letters(broken);
         QCOMPARE(found, "-HHHHH--HHHHH-");
     }
 
-    void aLongBondBreaksTheChain() {
+    void aResidueThatIsNotLinkedBreaksTheChain() {
         Residues residues = strand(6);
-        view_testing::shift(residues, 3, 1.39F); // 1.1 Å and 1.39 Å
+        view_testing::shift(residues, 3, 30); // the length of the bond says nothing
         QCOMPARE(view::chainSegments(residues), (std::vector<std::uint32_t>{0, 0, 0, 0, 0, 0}));
-        view_testing::shift(residues, 3, 0.02F);
+        residues[3].isLinkedToPrevious = false;
         QCOMPARE(view::chainSegments(residues), (std::vector<std::uint32_t>{0, 0, 0, 1, 1, 1}));
     }
 
@@ -176,11 +175,11 @@ private slots:
     void noBondsAreSearchedWhereMoreResiduesCrowdThanFit() {
         // The N-H of residue 1, whose hydrogen is 1 Å from N along x, and the C=O of residue 2.
         Residues residues(3);
-        residues[0] = {{1, 2, 1}, {1, 1, 1}, {2, 1, 1}, {0.8F, 1, 1}, false, 0};
-        residues[1] = {{3, 1, 1}, {3, 2, 1}, {3, 3, 1}, {3, 4, 1}, false, 0};
-        residues[2] = {{7, 3, 1}, {7, 2, 1}, {7.1F, 1, 1}, {5.9F, 1, 1}, true, 1};
+        residues[0] = {{1, 2, 1}, {1, 1, 1}, {2, 1, 1}, {0.8F, 1, 1}, false, false};
+        residues[1] = {{3, 1, 1}, {3, 2, 1}, {3, 3, 1}, {3, 4, 1}, false, false};
+        residues[2] = {{7, 3, 1}, {7, 2, 1}, {7.1F, 1, 1}, {5.9F, 1, 1}, true, false};
         // Far away in the same cell of 10 Å, with no hydrogen.
-        const BackboneResidue other = {{9, 9, 8}, {9, 9, 9}, {8, 9, 9}, {9, 8, 9}, true, 2};
+        const BackboneResidue other = {{9, 9, 8}, {9, 9, 9}, {8, 9, 9}, {9, 8, 9}, true, false};
         residues.resize(64, other);
         const std::vector<std::uint32_t> segments(65, 0);
         QCOMPARE(view::hydrogenBonds(residues, std::span(segments).first(64))[1][0], 2U);

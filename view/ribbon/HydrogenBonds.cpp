@@ -10,7 +10,6 @@ namespace view {
 
 namespace {
 
-constexpr double longestPeptideBond = 2.5;  // Å
 constexpr double energyPerCharges = 332.0;  // kcal/mol Å, of two electrons
 constexpr double chargeOfCarbonyl = 0.42;   // electrons, at C and, negative, at O
 constexpr double chargeOfAmide = 0.20;      // electrons, at H and, negative, at N
@@ -135,8 +134,7 @@ std::vector<std::uint32_t> chainSegments(std::span<const BackboneResidue> residu
     for (std::size_t i = 1; i < residues.size(); ++i) {
         const bool isThisComplete = isComplete(residues[i]);
         const bool isLinked =
-            isPreviousComplete && isThisComplete && residues[i - 1].chain == residues[i].chain &&
-            distance(vectorOf(residues[i - 1].c), vectorOf(residues[i].n)) <= longestPeptideBond;
+            isPreviousComplete && isThisComplete && residues[i].isLinkedToPrevious;
         segments[i] = segments[i - 1] + (isLinked ? 0 : 1);
         isPreviousComplete = isThisComplete;
     }

@@ -25,7 +25,7 @@ struct BackboneResidue {
     Point c = missingAtom;
     Point o = missingAtom;
     bool isProline = false; ///< has no hydrogen at N
-    std::uint32_t chain = 0;
+    bool isLinkedToPrevious = false;
 };
 
 /// The energy of a bond N-H...O=C in kcal/mol, from the positions of its four atoms in Å: partial
@@ -34,8 +34,8 @@ struct BackboneResidue {
 double hydrogenBondEnergy(const Point& n, const Point& h, const Point& o, const Point& c);
 
 /// The number of the stretch without chain breaks that each residue is in, rising along the
-/// residues. The chain breaks where `chain` changes, where C and the next N are more than 2.5 Å
-/// apart, and around a residue that lacks one of its four atoms.
+/// residues. The chain breaks before a residue that is not linked to the one before, and around a
+/// residue that lacks one of its four atoms.
 std::vector<std::uint32_t> chainSegments(std::span<const BackboneResidue> residues);
 
 inline constexpr std::uint32_t noResidue = std::numeric_limits<std::uint32_t>::max();

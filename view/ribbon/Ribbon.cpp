@@ -16,21 +16,14 @@ namespace {
 
 using Kind = RibbonResidue::Kind;
 
-// Å between the guide points of linked residues. CA are 3.8 Å apart, and 5.4 Å with the longest
-// peptide bond that is one; P up to 7.5 Å.
-constexpr double farthestAminoAcid = 5.5;
-constexpr double farthestNucleotide = 9.0;
 // As many as a section may have.
 constexpr unsigned mostCorners = 1000;
-// Nearer than that there is no path from one to the next.
+// Å between guide points. Nearer than that there is no path from one to the next.
 constexpr double nearest = 0.5;
 
-bool areLinked(const RibbonResidue& a, const RibbonResidue& b) {
-    const double limit = a.kind == Kind::AminoAcid ? farthestAminoAcid : farthestNucleotide;
-    if (a.chain != b.chain || a.kind != b.kind)
-        return false;
-    const double apart = distance(vectorOf(a.guide), vectorOf(b.guide));
-    return apart >= nearest && apart <= limit;
+bool goesOn(const RibbonResidue& from, const RibbonResidue& to) {
+    return to.isLinkedToPrevious && from.kind == to.kind && isPlace(to.guide) &&
+           distance(vectorOf(from.guide), vectorOf(to.guide)) >= nearest;
 }
 
 bool isHelix(SecondaryStructure structure) {
@@ -333,8 +326,7 @@ Ribbon makeRibbon(std::span<const RibbonResidue> residues, const RibbonStyle& st
     for (std::size_t from = 0; from < residues.size();) {
         std::size_t to = from + 1;
         if (isPlace(residues[from].guide)) {
-            while (to < residues.size() && isPlace(residues[to].guide) &&
-                   areLinked(residues[to - 1], residues[to]))
+            while (to < residues.size() && goesOn(residues[to - 1], residues[to]))
                 ++to;
             Chain(residues.subspan(from, to - from), valid, bodies).draw();
         }

@@ -10,9 +10,8 @@
 
 namespace view {
 
-/// A residue as the ribbon passes it. Residues that follow each other are linked when they have the
-/// same chain and kind and their guide points are near enough, 5.5 Å for amino acids and 9 Å for
-/// nucleotides, and not in one place: 0.5 Å.
+/// A residue as the ribbon passes it. The ribbon goes on from the one before if the residue is
+/// linked to it and of the same kind, and their guide points are not in one place: 0.5 Å.
 struct RibbonResidue {
     enum class Kind : std::uint8_t { AminoAcid, Nucleotide };
 
@@ -24,7 +23,7 @@ struct RibbonResidue {
     Point direction{};
     SecondaryStructure structure = SecondaryStructure::Coil;
     Kind kind = Kind::AminoAcid;
-    std::uint32_t chain = 0;
+    bool isLinkedToPrevious = false;
     Id id = noId;
 };
 

@@ -25,7 +25,7 @@ struct ResidueEntry {
     bool isProline = false;
     /// Whether it is a residue of a polymer: linked to the one before it or after it.
     bool isPolymer = false;
-    bool isLinkedToPrevious = false;
+    bool isLinkedToPrevious = false; ///< as linkResidues() says
 };
 
 /// A top-level item with atoms: residues up to those of the next entry.

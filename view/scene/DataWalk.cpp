@@ -114,7 +114,7 @@ public:
         out.marks.shown = m_shown.join();
         out.selection = m_selected.join();
         takeBonds(out);
-        linkResidues(contents);
+        linkResidues(contents); // by the bonds, too
         return out;
     }
 

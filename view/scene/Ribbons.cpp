@@ -69,7 +69,7 @@ RibbonResidue ribbonResidue(const Contents& contents, std::size_t residue, const
         made.structure = structure;
         made.direction = difference(at(Role::O), at(Role::C));
     }
-    made.chain = entry.chain;
+    made.isLinkedToPrevious = entry.isLinkedToPrevious;
     if (guide != noAtom)
         made.id = idOf(guide);
     return made;
@@ -80,8 +80,9 @@ bool isSame(const Point& a, const Point& b) {
 }
 
 bool isSame(const RibbonResidue& a, const RibbonResidue& b) {
-    return a.id == b.id && a.structure == b.structure && a.kind == b.kind && a.chain == b.chain &&
-           isSame(a.guide, b.guide) && isSame(a.direction, b.direction);
+    return a.id == b.id && a.structure == b.structure && a.kind == b.kind &&
+           a.isLinkedToPrevious == b.isLinkedToPrevious && isSame(a.guide, b.guide) &&
+           isSame(a.direction, b.direction);
 }
 
 bool isSame(const std::vector<RibbonResidue>& a, const std::vector<RibbonResidue>& b) {
@@ -112,7 +113,7 @@ bool Ribbons::assign(const Contents& contents, const std::vector<Backbone>& back
             const Backbone& atoms = backbones[i];
             residues.push_back({positionOf(contents, atoms[0]), positionOf(contents, atoms[1]),
                                 positionOf(contents, atoms[2]), positionOf(contents, atoms[3]),
-                                residue.isProline, residue.chain});
+                                residue.isProline, residue.isLinkedToPrevious});
             indices.push_back(i);
         }
         if (stop.stop_requested())
