@@ -128,6 +128,63 @@ private slots:
         QCOMPARE(drawing.draw(order)->image, plain->image);
     }
 
+    void whileMovingAPictureIsDrawnIntoTheMemoryOfOneThatNobodyShows() {
+        addCarbon();
+        Order order = readOrder();
+        order.isMoving = true;
+        Drawing drawing(1);
+        auto first = drawing.draw(order);
+        const auto* const memory = first->picture->ids.data();
+        const std::vector<view::Id> ids = first->picture->ids;
+        const QImage image = first->image.copy();
+        const auto turned = [&] {
+            order.camera.move(0.5, 0);
+            return drawing.draw(order);
+        };
+        const auto second = turned();
+        const auto third = turned();
+        QVERIFY(second->picture->ids.data() != memory && third->picture->ids.data() != memory);
+        QCOMPARE(first->picture->ids, ids);
+        QCOMPARE(first->image, image);
+        first.reset();
+        const auto fourth = turned();
+        QCOMPARE(fourth->picture->ids.data(), memory);
+        const auto alone = Drawing(1).draw(order);
+        QCOMPARE(fourth->image, alone->image);
+        QCOMPARE(fourth->picture->ids, alone->picture->ids);
+        QVERIFY(fourth->image != image);
+    }
+
+    void memoryOfPicturesIsKeptOnlyIfWanted() {
+        view::PictureMemory memory;
+        const auto picture = [] {
+            view::Picture made;
+            made.ids.assign(1000, view::noId);
+            return made;
+        };
+        memory.share(picture());
+        QVERIFY(memory.take().ids.empty());
+        memory.setKeeping(true);
+        memory.share(picture());
+        QCOMPARE(memory.take().ids.size(), std::size_t(1000));
+        QVERIFY(memory.take().ids.empty());
+        memory.share(picture());
+        memory.setKeeping(false);
+        QVERIFY(memory.take().ids.empty());
+    }
+
+    void aPictureMayOutliveItsMemory() {
+        std::shared_ptr<const view::Picture> picture;
+        {
+            view::PictureMemory memory;
+            memory.setKeeping(true);
+            view::Picture made;
+            made.ids.assign(3, 7);
+            picture = memory.share(std::move(made));
+        }
+        QCOMPARE(picture->ids, (std::vector<view::Id>{7, 7, 7}));
+    }
+
     void nothingIsDrawnWithoutASizeOrAfterAStop() {
         addCarbon();
         Order order = readOrder();

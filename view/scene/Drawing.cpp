@@ -88,12 +88,11 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
         const float lineScale = isSmall ? order.lineScale / 2 : order.lineScale;
         settings.lineWidth *= lineScale;
         settings.dotSize *= lineScale;
-        // The last picture's memory is used for this one, unless somebody still shows it.
-        Picture used;
-        if (m_picture && m_picture.use_count() == 1)
-            used = std::move(const_cast<Picture&>(*m_picture)); // NOLINT: nobody else has it
+        // While something moves, pictures are drawn into each other's memory by turns.
         m_picture = nullptr;
         m_scene = nullptr;
+        Picture used = m_memory.take();
+        m_memory.setKeeping(order.isMoving);
         const auto begin = std::chrono::steady_clock::now();
         Picture picture = m_renderer.draw(*scene, order.camera, settings, stop, std::move(used));
         if (picture.image.isNull() || stop.stop_requested())
@@ -101,7 +100,7 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
         const std::chrono::duration<double, std::milli> time =
             std::chrono::steady_clock::now() - begin;
         learn(effort, time.count());
-        m_picture = std::make_shared<Picture>(std::move(picture));
+        m_picture = m_memory.share(std::move(picture));
         m_scene = std::move(scene);
         m_order = order;
         m_order.snapshot = {};

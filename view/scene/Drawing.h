@@ -3,6 +3,7 @@
 
 #include "Contents.h"
 #include "Look.h"
+#include "PictureMemory.h"
 #include "SceneMaker.h"
 #include "render/Camera.h"
 #include "render/Picture.h"
@@ -65,6 +66,7 @@ private:
 
     SceneMaker m_maker;
     Renderer m_renderer;
+    PictureMemory m_memory;
     std::shared_ptr<const Picture> m_picture; ///< the last one
     std::shared_ptr<const Scene> m_scene;     ///< of which it is
     Order m_order;                            ///< likewise, without the snapshot
