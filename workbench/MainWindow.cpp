@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "DockWidths.h"
 #include "ErrorBar.h"
 #include "FindBox.h"
 #include "Inspector.h"
@@ -101,6 +102,7 @@ MainWindow::MainWindow(const Setup& setup)
     setDockNestingEnabled(true);
     setContextMenuPolicy(Qt::PreventContextMenu);
     setStatusBar(m_status);
+    new DockWidths(*this);
     m_bar = addBar(this, {m_find, m_errors});
 
     m_inspectorDock->setObjectName(QStringLiteral("inspector"));
@@ -163,9 +165,7 @@ void MainWindow::showUsually() {
     QList<QDockWidget*> docks = m_docks->docks();
     docks << m_inspectorDock;
     // What is at the sides gets what it asks for, but not at the cost of the middle.
-    const auto isMiddle = [](const QDockWidget* dock) {
-        return dock->objectName().startsWith(u"plug-in Display/");
-    };
+    const auto isMiddle = [](const QDockWidget* dock) { return PluginDocks::isMiddle(*dock); };
     const auto wanted = [this](const QDockWidget* dock) {
         return std::max(100, std::min(dock->sizeHint().width(), width() * 35 / 100));
     };
@@ -182,7 +182,7 @@ void MainWindow::showUsually() {
     }
     QList<int> widths;
     for (QDockWidget* const dock : docks)
-        widths << (isMiddle(dock) ? std::max(100, width() - left - right)
+        widths << (isMiddle(dock) ? std::max(DockWidths::leastMiddle, width() - left - right)
                    : dockWidgetArea(dock) == Qt::RightDockWidgetArea ? right
                                                                      : wanted(dock));
     resizeDocks(docks, widths, Qt::Horizontal);

@@ -13,6 +13,8 @@ namespace workbench {
 
 namespace {
 
+constexpr QStringView dockPrefix = u"plug-in "; // of the names of docks
+
 /// Gives its window the size that the window asked for, until the user decides otherwise.
 class PluginDock : public QDockWidget {
 public:
@@ -39,6 +41,11 @@ PluginDocks::~PluginDocks() {
         place.window->hide();
         place.window->setParent(nullptr, Qt::Window);
     }
+}
+
+bool PluginDocks::isMiddle(const QDockWidget& dock) {
+    const QString name = dock.objectName();
+    return name.startsWith(dockPrefix) && areaOf(name.sliced(dockPrefix.size())) == Area::Middle;
 }
 
 PluginDocks::Area PluginDocks::areaOf(const QString& plugin) {
@@ -85,7 +92,7 @@ void PluginDocks::wasHidden(BaseWindow& window) {
 
 void PluginDocks::make(BaseWindow& window, const QString& plugin) {
     auto* const dock = new PluginDock(window.windowTitle(), &m_window, window.size());
-    dock->setObjectName(QStringLiteral("plug-in ") + plugin);
+    dock->setObjectName(dockPrefix.toString() + plugin);
     // As a window within a window, so that its keys are its own: they act while it has the focus.
     window.setParent(dock, Qt::SubWindow);
     dock->setWidget(&window);

@@ -32,6 +32,8 @@ public:
 
     /// The docks in the order in which they came.
     QList<QDockWidget*> docks() const;
+    /// Whether a dock's usual place is in the middle.
+    static bool isMiddle(const QDockWidget& dock);
     /// The title of a plug-in's window, also of one that is gone; empty where it never had one.
     QString title(const QString& plugin) const { return m_titles.value(plugin); }
     /// While true, a new dock is shown or not as it was when the window was remembered.
