@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace view {
@@ -19,18 +20,14 @@ public:
     /// Calls draw(index) for all things, nearest first but for those that are about equally near,
     /// until the tile hides the rest, or until a stop request.
     template <class Draw> void draw(Tile& tile, const Frame& frame, const Draw& draw) {
-        sort();
-        for (std::size_t bucket = 0; bucket + 1 < m_starts.size(); ++bucket) {
-            for (std::uint32_t i = m_starts[bucket]; i < m_starts[bucket + 1]; ++i) {
-                if (frame.stop.stop_requested())
-                    return;
-                draw(m_order[i]);
-            }
-            // Whatever follows is farther away than anything in this bucket.
-            if (m_starts[bucket] < m_starts[bucket + 1] &&
-                tile.hides(fronts[m_order[m_starts[bucket]]]))
-                return;
-        }
+        drawGroups<1>(tile, frame,
+                      [&](const std::uint32_t* index, std::uint32_t) { draw(*index); });
+    }
+    /// Likewise, but draw(indices) is for four things or fewer.
+    template <class Draw> void drawFours(Tile& tile, const Frame& frame, const Draw& draw) {
+        drawGroups<4>(tile, frame, [&](const std::uint32_t* indices, std::uint32_t count) {
+            draw(std::span(indices, count));
+        });
     }
 
     /// Draws the things of a tile: front(thing) is z of its nearest point, draw(thing) draws it.
@@ -50,6 +47,21 @@ public:
     }
 
 private:
+    template <std::uint32_t mostInGroup, class Draw>
+    void drawGroups(Tile& tile, const Frame& frame, const Draw& draw) {
+        sort();
+        for (std::size_t bucket = 0; bucket + 1 < m_starts.size(); ++bucket) {
+            const std::uint32_t end = m_starts[bucket + 1];
+            for (std::uint32_t i = m_starts[bucket]; i < end; i += mostInGroup) {
+                if (frame.stop.stop_requested())
+                    return;
+                draw(m_order.data() + i, std::min(mostInGroup, end - i));
+            }
+            // Whatever follows is farther away than anything in this bucket.
+            if (m_starts[bucket] < end && tile.hides(fronts[m_order[m_starts[bucket]]]))
+                return;
+        }
+    }
     void sort();
 
     std::vector<std::uint32_t> m_order;

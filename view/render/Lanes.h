@@ -65,6 +65,13 @@ inline Floats smaller(Floats a, Floats b) {
 #endif
 }
 
+inline Floats least(Floats a, Floats b, Floats c) {
+    return smaller(smaller(a, b), c);
+}
+inline Floats greatest(Floats a, Floats b, Floats c) {
+    return larger(larger(a, b), c);
+}
+
 inline Floats toFloats(Ints x) {
     return __builtin_convertvector(x, Floats);
 }

@@ -11,6 +11,7 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 /// After so many touched samples it pays to look how far away a block is now.
 constexpr int touchesAnUpdate = 96;
+constexpr std::uint64_t everyByte = 0x0101010101010101;
 
 } // namespace
 
@@ -33,6 +34,7 @@ void Tile::begin(int left, int top, int width, int height) {
 }
 
 void Tile::emptyAll() {
+    m_blockTouches.fill(0);
     // Nothing is nearer than samples beyond the picture, so that they hide all.
     m_depths.fill(infinity);
     m_numbers.fill(noNumber);
@@ -61,12 +63,10 @@ void Tile::emptyRows(int blockRow) {
             }
         });
     }
-    for (; columns != 0; columns &= columns - 1) {
-        const auto block =
-            static_cast<std::size_t>(blockRow * blocksASide + std::countr_zero(columns));
-        m_blockDepths[block] = -infinity;
-        m_blockTouches[block] = 0;
-    }
+    for (; columns != 0; columns &= columns - 1)
+        m_blockDepths[static_cast<std::size_t>(blockRow * blocksASide +
+                                               std::countr_zero(columns))] = -infinity;
+    m_blockTouches[static_cast<std::size_t>(blockRow)] = 0;
     m_drawn[static_cast<std::size_t>(blockRow)] = 0;
 }
 
@@ -80,17 +80,26 @@ bool Tile::hides(float front) {
 
 void Tile::touch(const Range& range) {
     mark(range);
+    // How many samples of a row are in each block.
+    const int firstBlock = range.left / blockSide;
+    const int lastBlock = range.right / blockSide;
+    const std::uint64_t whole = ~std::uint64_t{0} << firstBlock * 8 &
+                                ~std::uint64_t{0} >> (blocksASide - 1 - lastBlock) * 8;
+    const std::uint64_t columns =
+        (whole & everyByte * blockSide) -
+        (static_cast<std::uint64_t>(range.left % blockSide) << firstBlock * 8) -
+        (static_cast<std::uint64_t>(blockSide - 1 - range.right % blockSide) << lastBlock * 8);
     for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
         const int rows = std::min(range.bottom, y * blockSide + blockSide - 1) -
                          std::max(range.top, y * blockSide) + 1;
-        for (int x = range.left / blockSide; x <= range.right / blockSide; ++x) {
-            const int columns = std::min(range.right, x * blockSide + blockSide - 1) -
-                                std::max(range.left, x * blockSide) + 1;
-            const auto block = static_cast<std::size_t>(y * blocksASide + x);
-            m_blockTouches[block] += rows * columns;
-            if (m_blockTouches[block] >= touchesAnUpdate)
-                updateBlock(block);
-        }
+        std::uint64_t& touches = m_blockTouches[static_cast<std::size_t>(y)];
+        touches += columns * static_cast<unsigned>(rows);
+        constexpr std::uint64_t highBits = everyByte << 7;
+        // No byte is carried over: a block that has as many is updated at once.
+        static_assert(touchesAnUpdate <= 128 && 128 + blockSide * blockSide <= 256);
+        std::uint64_t many = (touches + everyByte * (128 - touchesAnUpdate)) & highBits;
+        for (; many != 0; many &= many - 1)
+            updateBlock(static_cast<std::size_t>(y * blocksASide + std::countr_zero(many) / 8));
     }
 }
 
@@ -109,7 +118,7 @@ void Tile::updateBlock(std::size_t block) {
         least = smaller(least, load(depths(row) + x + 4));
     }
     m_blockDepths[block] = std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
-    m_blockTouches[block] = 0;
+    m_blockTouches[block / blocksASide] &= ~(std::uint64_t{0xFF} << block % blocksASide * 8);
     m_isDepthOld = true;
 }
 

@@ -89,6 +89,16 @@ public:
         return {columns.first, columns.last, sampleFrom(extent.top - y),
                 sampleOf(extent.bottom - y, -1, m_height - 1)};
     }
+    /// Four of them, each as range() says it of an extent.
+    struct Ranges {
+        Ints left, right, top, bottom;
+    };
+    Ranges ranges(Floats left, Floats right, Floats top, Floats bottom) const {
+        const Floats x = all(static_cast<float>(m_left) + 0.5F);
+        const Floats y = all(static_cast<float>(m_top) + 0.5F);
+        return {samplesFrom(left - x), samplesOf(right - x, -1, m_width - 1), samplesFrom(top - y),
+                samplesOf(bottom - y, -1, m_height - 1)};
+    }
     struct Columns {
         int first, last;
     };
@@ -100,10 +110,14 @@ public:
 
     /// Whether nothing at or behind `front` can be seen in the range.
     bool hides(const Range& range, float front) const {
-        for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y)
-            for (int x = range.left / blockSide; x <= range.right / blockSide; ++x)
-                if (!(m_blockDepths[static_cast<std::size_t>(y * blocksASide + x)] > front))
-                    return false;
+        const unsigned columns = blockColumns(range);
+        for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
+            const float* const depths = m_blockDepths.data() + y * blocksASide;
+            const unsigned hidden = bits(load(depths) > all(front)) |
+                                    bits(load(depths + blocksASide / 2) > all(front)) << 4;
+            if ((columns & ~hidden) != 0)
+                return false;
+        }
         return true;
     }
     /// Whether nothing at or behind `front` can be seen in the whole tile.
@@ -115,8 +129,7 @@ public:
     void mark(const Range& range) {
         constexpr std::uint64_t everyByte = 0x0101010101010101;
         // The runs of a row, in each byte.
-        const std::uint64_t runs =
-            everyByte * ((2U << range.right / blockSide) - (1U << range.left / blockSide));
+        const std::uint64_t runs = everyByte * blockColumns(range);
         for (int y = range.top / blockSide; y <= range.bottom / blockSide; ++y) {
             const int first = std::max(range.top - y * blockSide, 0);
             const int last = std::min(range.bottom - y * blockSide, blockSide - 1);
@@ -144,6 +157,20 @@ private:
         const int sample = sampleOf(coordinate, 0, tileSide);
         return sample + (static_cast<float>(sample) < coordinate ? 1 : 0);
     }
+    static Ints samplesOf(Floats coordinates, int first, int last) {
+        return toInts(smaller(larger(coordinates, all(static_cast<float>(first))),
+                              all(static_cast<float>(last))));
+    }
+    static Ints samplesFrom(Floats coordinates) {
+        const Floats inTile =
+            smaller(larger(coordinates, all(0.0F)), all(static_cast<float>(tileSide)));
+        const Ints samples = toInts(inTile);
+        return samples - (toFloats(samples) < inTile);
+    }
+    /// A bit for each column of blocks that a range touches.
+    static unsigned blockColumns(const Range& range) {
+        return (2U << range.right / blockSide) - (1U << range.left / blockSide);
+    }
     void updateBlock(std::size_t block);
     void emptyAll();
     void emptyRows(int blockRow);
@@ -158,9 +185,10 @@ private:
     alignas(16) std::array<float, tileSide * tileSide> m_depths;
     alignas(16) std::array<Number, tileSide * tileSide> m_numbers;
     /// Of each block's farthest sample, or less.
-    std::array<float, blocksASide * blocksASide> m_blockDepths;
-    /// Samples that may have been drawn over since.
-    std::array<int, blocksASide * blocksASide> m_blockTouches;
+    alignas(16) std::array<float, blocksASide * blocksASide> m_blockDepths;
+    /// By row of blocks a byte for each, the leftmost lowest: how many samples may have been drawn
+    /// over since.
+    std::array<std::uint64_t, blocksASide> m_blockTouches;
 };
 
 } // namespace view

@@ -17,12 +17,6 @@ struct Corners {
     Floats x, y, z;
 };
 
-Floats least(Floats a, Floats b, Floats c) {
-    return smaller(smaller(a, b), c);
-}
-Floats greatest(Floats a, Floats b, Floats c) {
-    return larger(larger(a, b), c);
-}
 Floats absolute(Floats a) {
     return Floats(Ints(a) & all(0x7FFFFFFF));
 }
@@ -80,122 +74,6 @@ float nearestVertex(const Frame& frame, const PlacedMesh& mesh) {
     for (std::size_t i = 0; i < mesh.vertexCount; ++i)
         nearest = vertices[i].z > nearest ? vertices[i].z : nearest;
     return nearest;
-}
-
-/// How fast the depth changes along x and y.
-struct Slope {
-    float x;
-    float y;
-};
-
-double twiceArea(Floats a, Floats b, Floats c) {
-    return (double(b[0]) - double(a[0])) * (double(c[1]) - double(a[1])) -
-           (double(b[1]) - double(a[1])) * (double(c[0]) - double(a[0]));
-}
-
-Slope slopeOf(Floats a, Floats b, Floats c, double area) {
-    const double inverse = 1 / area;
-    const double bz = double(b[2]) - double(a[2]);
-    const double cz = double(c[2]) - double(a[2]);
-    return {
-        static_cast<float>(
-            (bz * (double(c[1]) - double(a[1])) - cz * (double(b[1]) - double(a[1]))) * inverse),
-        static_cast<float>(
-            (cz * (double(b[0]) - double(a[0])) - bz * (double(c[0]) - double(a[0]))) * inverse)};
-}
-
-/// The sides of a triangle, one a lane. Two triangles that share one calculate with the same
-/// numbers, so that no sample falls between them.
-class Edges {
-public:
-    /// `turn` is 1 when the third corner lies to the right of the way on the screen, else -1.
-    Edges(const std::array<Floats, 3>& corners, float turn) {
-        Floats fromX = corners[0];
-        Floats fromY = corners[1];
-        Floats z = corners[2];
-        Floats unused = all(0.0F);
-        transpose(fromX, fromY, z, unused);
-        const Floats toX = __builtin_shufflevector(fromX, fromX, 1, 2, 0, 3);
-        const Floats toY = __builtin_shufflevector(fromY, fromY, 1, 2, 0, 3);
-        const Ints isForward = (fromX < toX) | ((fromX == toX) & (fromY < toY));
-        m_startX = select(isForward, fromX, toX);
-        m_startY = select(isForward, fromY, toY);
-        m_dx = all(turn) * (toX - fromX);
-        m_dy = all(turn) * (toY - fromY);
-    }
-
-    /// One side, for the samples of a row.
-    struct Row {
-        Floats start, slope, startX;
-        /// Not below 0 on the inner side.
-        Floats inside(Floats x) const { return start - slope * (x - startX); }
-    };
-    std::array<Row, 3> row(float y) const {
-        const Floats start = m_dx * (all(y) - m_startY);
-        return {Row{all(start[0]), all(m_dy[0]), all(m_startX[0])},
-                Row{all(start[1]), all(m_dy[1]), all(m_startX[1])},
-                Row{all(start[2]), all(m_dy[2]), all(m_startX[2])}};
-    }
-
-private:
-    Floats m_startX, m_startY, m_dx, m_dy;
-};
-
-Extent extentOf(const std::array<Floats, 3>& corners) {
-    const auto& [a, b, c] = corners;
-    const Floats low = least(a, b, c);
-    const Floats high = greatest(a, b, c);
-    return {low[0], high[0], low[1], high[1], high[2], low[2]};
-}
-
-template <bool isCut>
-bool drawRows(Tile& tile, const Frame& frame, const std::array<Floats, 3>& corners, double area,
-              const Extent& extent, const Tile::Range& range, Number number) {
-    const Edges edges(corners, area > 0 ? 1.0F : -1.0F);
-    const Floats a = corners[0];
-    const int first = range.left & ~3;
-    const float left = static_cast<float>(tile.left() + first) + 0.5F;
-    // Many small ones cover no sample: their slope is not needed.
-    Slope slope{};
-    bool isDrawn = false;
-    for (int row = range.top; row <= range.bottom; ++row) {
-        const float y = static_cast<float>(tile.top() + row) + 0.5F;
-        const std::array<Edges::Row, 3> sides = edges.row(y);
-        Floats x = {left, left + 1, left + 2, left + 3};
-        for (int column = first; column <= range.right; column += 4, x += all(4.0F)) {
-            Ints mask =
-                least(sides[0].inside(x), sides[1].inside(x), sides[2].inside(x)) >= all(0.0F);
-            if (!isAny(mask))
-                continue;
-            if (!isDrawn)
-                slope = slopeOf(a, corners[1], corners[2], area);
-            isDrawn = true;
-            const Floats rowDepth = all(a[2] + slope.y * (y - a[1]));
-            // The plane of a narrow triangle is steep: rounding must not lead out of it.
-            const Floats depth =
-                smaller(larger(rowDepth + all(slope.x) * (x - all(a[0])), all(extent.back)),
-                        all(extent.front));
-            if constexpr (isCut)
-                mask &= (depth >= all(frame.back)) & (depth <= all(frame.front));
-            tile.put(row, column, mask, depth, all(number));
-        }
-    }
-    return isDrawn;
-}
-
-void drawOne(Tile& tile, const Frame& frame, const std::array<Floats, 3>& corners, Number number) {
-    const Extent extent = extentOf(corners);
-    const Tile::Range range = tile.range(extent);
-    if (range.isEmpty() || tile.hides(range, extent.front))
-        return;
-    const double area = twiceArea(corners[0], corners[1], corners[2]);
-    // What is seen from its edge covers no sample.
-    if (!(area != 0))
-        return;
-    const bool isCut = extent.front > frame.front || extent.back < frame.back;
-    if (isCut ? drawRows<true>(tile, frame, corners, area, extent, range, number)
-              : drawRows<false>(tile, frame, corners, area, extent, range, number))
-        tile.touch(range);
 }
 
 } // namespace
@@ -284,27 +162,56 @@ void SeenTriangles::findPart(const Frame& frame, Part& part, bool areBacksHidden
     part.farZ = std::min(std::min(farZ[0], farZ[1]), std::min(farZ[2], farZ[3]));
 }
 
+Extents TriangleExtents::four(const std::array<std::size_t, 4>& indices) {
+    std::array<std::array<Floats, 4>, 3> corners; // by number: those of the four triangles
+    for (std::size_t i = 0; i < 4; ++i) {
+        const std::array<Floats, 3> own = m_meshes.cornersOf((*m_seen)[indices[i]]);
+        for (std::size_t j = 0; j < 3; ++j)
+            corners[j][i] = own[j];
+    }
+    for (auto& [x, y, z, rest] : corners)
+        transpose(x, y, z, rest);
+    const auto leastOf = [&](std::size_t i) {
+        return least(corners[0][i], corners[1][i], corners[2][i]);
+    };
+    const auto greatestOf = [&](std::size_t i) {
+        return greatest(corners[0][i], corners[1][i], corners[2][i]);
+    };
+    return {leastOf(0), greatestOf(0), leastOf(1), greatestOf(1), greatestOf(2), leastOf(2)};
+}
+
 Extent TriangleExtents::operator()(std::size_t index) {
-    return extentOf(m_meshes.cornersOf((*m_seen)[index]));
+    const Extents e = four({index, index, index, index});
+    return {e.left[0], e.right[0], e.top[0], e.bottom[0], e.front[0], e.back[0]};
 }
 
 void TrianglePainter::draw(Tile& tile, const Frame& frame, const SeenTriangles& seen,
                            const Bins& triangles, std::size_t tileIndex) {
     MeshFinder meshes(frame);
+    m_triangles.clear();
+    m_order.fronts.clear();
+    const auto add = [&](std::uint32_t index) {
+        m_triangles.push_back({meshes.cornersOf(seen[index]), seen[index]});
+        const auto& [a, b, c] = m_triangles.back().corners;
+        m_order.fronts.push_back(greatest(a, b, c)[2]);
+    };
     for (const std::uint32_t index : triangles.large()) {
-        const std::array<Floats, 3> corners = meshes.cornersOf(seen[index]);
-        if (tile.hides(extentOf(corners).front) || frame.stop.stop_requested())
+        add(index);
+        if (tile.hides(m_order.fronts.back()) || frame.stop.stop_requested())
             break;
-        drawOne(tile, frame, corners, seen[index]);
+        constexpr std::array<std::uint32_t, 1> first = {0};
+        FourTriangles(tile, m_triangles, first).draw(tile, frame, 0);
+        m_triangles.clear();
+        m_order.fronts.clear();
     }
     m_triangles.clear();
     m_order.fronts.clear();
-    for (const std::uint32_t index : triangles.inTile(tileIndex)) {
-        m_triangles.push_back({meshes.cornersOf(seen[index]), seen[index]});
-        m_order.fronts.push_back(extentOf(m_triangles.back().corners).front);
-    }
-    m_order.draw(tile, frame, [&](std::uint32_t index) {
-        drawOne(tile, frame, m_triangles[index].corners, m_triangles[index].number);
+    for (const std::uint32_t index : triangles.inTile(tileIndex))
+        add(index);
+    m_order.drawFours(tile, frame, [&](std::span<const std::uint32_t> indices) {
+        const FourTriangles four(tile, m_triangles, indices);
+        for (std::size_t lane = 0; lane < indices.size(); ++lane)
+            four.draw(tile, frame, lane);
     });
 }
 

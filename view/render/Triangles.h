@@ -1,6 +1,7 @@
 // Which triangles of meshes may be seen, and drawing them into a tile.
 #pragma once
 
+#include "FourTriangles.h"
 #include "FrontToBack.h"
 #include "Tile.h"
 #include "Workers.h"
@@ -14,6 +15,7 @@ namespace view {
 /// Finds the meshes of triangles, fastest when they are asked for in about ascending order.
 class MeshFinder {
 public:
+    MeshFinder() = default;
     explicit MeshFinder(const Frame& frame) : m_frame(&frame) {}
     const PlacedMesh& meshOf(Number triangle) {
         if (!m_mesh || triangle < m_mesh->start || triangle >= m_end) {
@@ -31,7 +33,7 @@ public:
     }
 
 private:
-    const Frame* m_frame;
+    const Frame* m_frame = nullptr;
     const PlacedMesh* m_mesh = nullptr; ///< of the last one
     Number m_end = 0;                   ///< of its triangles
 };
@@ -70,6 +72,7 @@ public:
     TriangleExtents(const Frame& frame, const SeenTriangles& seen)
         : m_seen(&seen), m_meshes(frame) {}
     Extent operator()(std::size_t index);
+    Extents four(const std::array<std::size_t, 4>& indices);
 
 private:
     const SeenTriangles* m_seen;
@@ -83,12 +86,7 @@ public:
               std::size_t tileIndex);
 
 private:
-    struct Triangle {
-        std::array<Floats, 3> corners;
-        Number number;
-    };
-
-    std::vector<Triangle> m_triangles;
+    std::vector<PlacedTriangle> m_triangles;
     FrontToBack m_order;
 };
 
