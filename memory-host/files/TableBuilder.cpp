@@ -121,19 +121,6 @@ std::size_t findBondsOf(ModelTable& table, const FileNames& names, std::uint32_t
 
 } // namespace
 
-const std::string& shownName(std::uint32_t number, const FileNames& names) {
-    static const std::string nameless("_");
-    const std::string& text = names.text(number);
-    return text.empty() ? nameless : text;
-}
-
-std::string residueLabel(const ResidueEntry& residue, const FileNames& names) {
-    std::string label = shownName(residue.allNames, names);
-    if (residue.number != 0)
-        label += ' ' + names.text(residue.number);
-    return label;
-}
-
 void TableBuilder::startModel(std::string_view number, bool reopen) {
     if (reopen) {
         if (const auto found = m_byNumber.find(std::string(number)); found != m_byNumber.end()) {

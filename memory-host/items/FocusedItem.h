@@ -1,9 +1,9 @@
-// The item in focus, when items are destroyed.
+// The item in focus, also when items are destroyed.
 #pragma once
 
+#include "Focus.h"
 #include "HostItem.h"
-
-#include <vector>
+#include "ObserverList.h"
 
 namespace memory_host {
 
@@ -25,7 +25,17 @@ private:
     const FocusKeptAway* m_outer; ///< of the destruction that this one is in
 };
 
-/// Appends the observers of the focus to `listeners`, as in Subscribers.h.
-void addFocusObservers(std::vector<const void*>& listeners);
+/// Where the focus is, and who follows it.
+struct FocusState {
+    ObserverList<TAVIK::FocusObserver> observers;
+    Compound* item = nullptr;
+    unsigned int moves = 0;
+    const FocusKeptAway* going = nullptr; ///< the innermost destruction
+};
+
+FocusState& focusState();
+
+/// Moves the focus, and tells all observers but `by`.
+void moveFocus(Compound* item, const TAVIK::FocusObserver* by, bool center) noexcept;
 
 } // namespace memory_host

@@ -1,11 +1,11 @@
-// The observers of messages, for the search for what a library has left behind.
+// The observers of messages.
 #pragma once
 
-#include <vector>
+#include "Messages.h"
+#include "ObserverList.h"
 
 namespace memory_host {
 
-/// Appends the observers to `listeners`, as in Subscribers.h.
-void addMessageObservers(std::vector<const void*>& listeners);
+ObserverList<MessageObserver>& messageObservers();
 
 } // namespace memory_host
