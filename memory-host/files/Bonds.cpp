@@ -148,6 +148,7 @@ private:
     std::vector<std::uint32_t> m_near; ///< by point: others within the distance of a bond
     std::vector<Cell> m_cells;         ///< those that hold something, by key
     std::vector<std::uint32_t> m_crowded;
+    std::size_t m_distant = 0; ///< atoms beyond farthestBond
     std::vector<BondPair> m_pairs;
     std::vector<BondPair> m_doubtful; ///< points: a metal, and carbon or phosphorus
     float m_largestRadius = 0.0F;
@@ -167,8 +168,10 @@ void BondSearch::choosePoints() {
     radii.reserve(m_atoms.size());
     for (std::size_t i = 0; i != m_atoms.size(); ++i) {
         const BondAtom& atom = m_atoms[i];
-        if (!isUsable(atom))
+        if (!isUsable(atom)) {
+            m_distant += atom.hasPosition ? 1 : 0;
             continue;
+        }
         m_points.push_back({atom.position[0], atom.position[1], atom.position[2], atom.radius,
                             static_cast<std::uint32_t>(i), atom.alternative, atom.kind, atom.isHeld,
                             false});
@@ -360,6 +363,7 @@ Bonds BondSearch::collect() {
     Bonds bonds;
     bonds.crowded = m_crowded.size();
     bonds.compared = m_compared;
+    bonds.distant = m_distant;
     if (bonds.crowded != 0) {
         std::vector<bool> isCrowded(m_atoms.size());
         for (const std::uint32_t atom : m_crowded)

@@ -54,6 +54,8 @@ struct Bonds {
     /// Number of atoms that are packed more densely than matter: their bonds cannot be told, and
     /// they have none.
     std::size_t crowded = 0;
+    /// Number of atoms with a position beyond farthestBond, which have no bonds.
+    std::size_t distant = 0;
     /// Number of distances computed, which is the cost of the search.
     std::size_t compared = 0;
 };

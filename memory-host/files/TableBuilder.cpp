@@ -85,8 +85,8 @@ BondKind bondKindOf(Element element) {
                                            : BondKind::Other;
 }
 
-// Adds the bonds by distance to those that are listed.
-std::size_t findBondsOf(ModelTable& table, const FileNames& names, std::uint32_t alternatives) {
+// Adds the bonds by distance to those that are listed; the result has the counts alone.
+Bonds findBondsOf(ModelTable& table, const FileNames& names, std::uint32_t alternatives) {
     std::vector<BondAtom> atoms(table.atoms.size());
     std::array<BondKind, elementCount> kinds{};
     std::array<float, elementCount> radii{};
@@ -107,7 +107,7 @@ std::size_t findBondsOf(ModelTable& table, const FileNames& names, std::uint32_t
         atoms[first].isHeld = atoms[first].isHeld || atoms[second].kind == BondKind::Ligand;
         atoms[second].isHeld = atoms[second].isHeld || atoms[first].kind == BondKind::Ligand;
     }
-    const Bonds found = findBonds(atoms, alternatives);
+    Bonds found = findBonds(atoms, alternatives);
     table.listedBonds = table.bonds.size();
     if (table.listedBonds == 0) {
         table.bonds = std::move(found.pairs);
@@ -116,7 +116,7 @@ std::size_t findBondsOf(ModelTable& table, const FileNames& names, std::uint32_t
         table.bonds.reserve(listed.size() + found.pairs.size());
         std::ranges::set_difference(found.pairs, listed, std::back_inserter(table.bonds));
     }
-    return found.crowded;
+    return found;
 }
 
 } // namespace
@@ -363,6 +363,23 @@ std::vector<std::uint32_t> TableBuilder::letters() {
     return names;
 }
 
+void TableBuilder::remarkOnBonds(const Bonds& bonds) {
+    if (bonds.crowded != 0)
+        m_report.remark(FileReport::Kind::Bonds, 0, [&] {
+            return std::to_string(bonds.crowded) +
+                   " atoms stand closer together than matter does, and have no bonds; accepted "
+                   "are coordinates in Angstrom";
+        });
+    if (bonds.distant != 0)
+        m_report.remark(FileReport::Kind::Bonds, 0, [&] {
+            return std::to_string(bonds.distant) +
+                   (bonds.distant == 1 ? " atom has" : " atoms have") +
+                   " coordinates beyond 1,000,000 Angstrom, no bonds, and may not be seen; "
+                   "accepted "
+                   "are smaller coordinates";
+        });
+}
+
 void TableBuilder::remarkOnListedBonds() {
     const ListedBonds::LeftOut leftOut = m_listedBonds.leftOut();
     if (leftOut.count != 0)
@@ -390,13 +407,7 @@ StructureTable TableBuilder::finish(std::string name) {
         requireMemory(m_report, table.atoms.size() * bytesOfABondSearch);
         sortTable(table);
         remarkOnResidues(table);
-        if (const std::size_t crowded =
-                findBondsOf(table, *m_structure.names, m_structure.alternatives))
-            m_report.remark(FileReport::Kind::Bonds, 0, [&] {
-                return std::to_string(crowded) +
-                       " atoms stand closer together than matter does, and have no bonds; accepted "
-                       "are coordinates in Angstrom";
-            });
+        remarkOnBonds(findBondsOf(table, *m_structure.names, m_structure.alternatives));
         m_structure.models.push_back(std::move(table));
     }
     m_models.clear();

@@ -99,6 +99,7 @@ private:
     void watch(std::uint32_t residue);
     void keepIds(const AtomRow& row);
     std::vector<std::uint32_t> letters();
+    void remarkOnBonds(const Bonds& bonds);
     void remarkOnListedBonds();
     void remarkOnNames();
     void remarkOnResidues(const ModelTable& table);

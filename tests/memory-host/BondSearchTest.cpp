@@ -76,8 +76,10 @@ Bonds bondsByDefinition(const std::vector<BondAtom>& atoms, std::uint32_t altern
         return near[atom] > memory_host::mostNeighbours * (1 + alternatives);
     };
     Bonds bonds;
-    for (std::uint32_t i = 0; i != atoms.size(); ++i)
+    for (std::uint32_t i = 0; i != atoms.size(); ++i) {
         bonds.crowded += isCrowded(i) ? 1 : 0;
+        bonds.distant += atoms[i].hasPosition && !isUsable(atoms[i]) ? 1 : 0;
+    }
     for (const BondPair& pair : pairs)
         if (!isCrowded(pair.first) && !isCrowded(pair.second))
             bonds.pairs.push_back(pair);
@@ -90,6 +92,7 @@ void compare(const std::vector<BondAtom>& atoms, std::uint32_t alternatives) {
     QCOMPARE(found.pairs.size(), expected.pairs.size());
     QVERIFY(found.pairs == expected.pairs);
     QCOMPARE(found.crowded, expected.crowded);
+    QCOMPARE(found.distant, expected.distant);
 }
 
 BondAtom carbon(float x, float y = 0.0F, float z = 0.0F) {
@@ -267,6 +270,18 @@ private slots:
         // The reader has found the same, with the radii of all elements.
         QCOMPARE(static_cast<std::size_t>(file_testing::bondNames(result.items.front()).size()),
                  findBonds(atoms, 3).pairs.size());
+    }
+
+    void distantAtomsAreCounted() {
+        std::vector<BondAtom> atoms = {carbon(0), carbon(1.5F), carbon(2e6F), carbon(0, -1e30F)};
+        BondAtom nowhere = carbon(0);
+        nowhere.hasPosition = false;
+        atoms.push_back(nowhere);
+        atoms.push_back(carbon(memory_host::farthestBond));
+        compare(atoms, 0);
+        const Bonds found = findBonds(atoms, 0);
+        QCOMPARE(found.distant, 2U);
+        QCOMPARE(found.pairs.size(), 1U);
     }
 
     void crowdedAtomsHaveNoBondsAndOthersKeepTheirs() {

@@ -266,10 +266,12 @@ private slots:
         QCOMPARE(atoms(item("/test")).front()->GetTemperature(), 0.0F);
     }
 
-    void absurdButFiniteCoordinatesStay() {
+    void absurdButFiniteCoordinatesStayAndAreTold() {
         PdbAtom atom;
         atom.position = "    1e30   -1e30   0.000";
-        openText(atomAt(" N  ", 1) + line(atom));
+        openText(atomAt(" N  ", 1) + line(atom),
+                 {path() + ": 1 atom has coordinates beyond 1,000,000 Angstrom, no bonds, and may "
+                           "not be seen; accepted are smaller coordinates"});
         QCOMPARE(atoms(item("/test"))[1]->GetPosition()[0], 1e30F);
     }
 
