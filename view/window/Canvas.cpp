@@ -203,7 +203,9 @@ Order Canvas::orderFor(const QSize& size) const {
     order.height = size.height();
     order.isMoving = false;
     // What is a line here is one in a large picture, too, and not a hair.
-    setWidths(order, std::max(1.0, double(size.height()) / std::max(1, height())));
+    setWidths(order, size == pixels()
+                         ? devicePixelRatioF()
+                         : std::max(1.0, double(size.height()) / std::max(1, height())));
     return order;
 }
 
