@@ -1,12 +1,11 @@
 #include "Application.h"
 
-#include "Legible.h"
+#include "LegibleHints.h"
 #include "Logger.h"
 #include "StartMessages.h"
 #include "services/PluginFolder.h"
 
 #include <QEvent>
-#include <QPalette>
 #include <QWidget>
 
 #include <exception>
@@ -23,28 +22,6 @@ Application::Application(int& count, char** arguments) : QApplication(count, arg
 }
 
 Application::~Application() = default;
-
-// Where a theme gives all colours but this one, it is that of another palette.
-void Application::makeHintsLegible() {
-    const QPalette theme = palette();
-    const QColor base = theme.color(QPalette::Base);
-    const QColor hint = theme.color(QPalette::PlaceholderText);
-    const auto mixed = [&base](const QColor& color) {
-        const auto mix = [opacity = color.alphaF()](float over, float under) {
-            return over * opacity + under * (1 - opacity);
-        };
-        return QColor::fromRgbF(mix(color.redF(), base.redF()), mix(color.greenF(), base.greenF()),
-                                mix(color.blueF(), base.blueF()));
-    };
-    constexpr double leastOfHints = 3;
-    if (legible::contrast(mixed(hint), base) >= leastOfHints)
-        return;
-    QColor color = theme.color(QPalette::Text);
-    color.setAlphaF(0.6F);
-    QPalette own;
-    own.setColor(QPalette::PlaceholderText, color);
-    setPalette(own);
-}
 
 std::unique_ptr<Application> Application::start(int& count, char** arguments) {
     const StartMessages messages;

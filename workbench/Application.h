@@ -30,7 +30,6 @@ private:
     Application(int& count, char** arguments);
 
     bool isDone() const;
-    static void makeHintsLegible();
 
     QPointer<QWidget> m_mainWindow;
     bool m_running = false;

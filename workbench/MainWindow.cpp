@@ -4,6 +4,7 @@
 #include "ErrorBar.h"
 #include "FindBox.h"
 #include "Inspector.h"
+#include "LegibleHints.h"
 #include "Opening.h"
 #include "PluginDocks.h"
 #include "StatusLine.h"
@@ -313,6 +314,12 @@ void MainWindow::updateTitle() {
         names.back() = QChar(0x2026);
     setWindowTitle(names.isEmpty() ? tr("Workbench")
                                    : names.join(QStringLiteral(", ")) + tr(" - Workbench"));
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        makeHintsLegible();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
