@@ -125,9 +125,11 @@ bool haveAllPlaces(const std::vector<Compound*>& atoms) {
 void measure(Inspection& out, const std::vector<Compound*>& atoms) {
     if (atoms.size() < 2 || atoms.size() > 4)
         return;
-    int place = 0; // in the order in which they are measured
-    for (const Compound* atom : atoms)
-        out.add(say("Atom %1").arg(++place), latin1(atom->GetFQName()));
+    std::size_t place = 0; // in the order in which they are measured
+    for (const Compound* atom : atoms) {
+        ++place;
+        out.add(say("Atom %1").arg(place), latin1(atom->GetFQName()), place);
+    }
     const QString none = say("undefined: an atom has no position");
     const bool known = haveAllPlaces(atoms);
     std::vector<Place> at;

@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -15,11 +16,14 @@ struct Inspection {
     struct Row {
         QString label;
         QString value;
+        std::size_t atom = 0; ///< which of the measured atoms it names, from 1; 0 for none
     };
     QString title; ///< what is inspected; empty for nothing
     std::vector<Row> rows;
 
-    void add(const QString& label, const QString& value) { rows.push_back({label, value}); }
+    void add(const QString& label, const QString& value, std::size_t atom = 0) {
+        rows.push_back({label, value, atom});
+    }
     /// The rows as lines, each with a tab behind the label, below the title.
     QString text() const;
     /// The value of a row; empty where there is none of that label.

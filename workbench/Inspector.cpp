@@ -52,6 +52,8 @@ Inspector::Inspector(QWidget* parent)
     m_table->setWordWrap(true);
     m_table->setTabKeyNavigation(false);
 
+    connect(m_table, &QTableWidget::cellActivated, this, &Inspector::goTo);
+
     m_copy->setText(tr("Copy"));
     m_copy->setToolTip(tr("Copies the selected lines, or all, to the clipboard"));
     connect(m_copy, &QToolButton::clicked, this, &Inspector::copy);
@@ -109,9 +111,27 @@ void Inspector::look() {
     Inspection inspection;
     if (!m_showsFocus)
         inspection = inspectSelection(m_selected.atoms());
-    if (inspection.title.isEmpty())
+    m_isOfSelection = !inspection.title.isEmpty();
+    if (!m_isOfSelection)
         inspection = inspectItem(focus);
     show(std::move(inspection));
+}
+
+TAVIK::Compound* Inspector::itemOf(int row) const {
+    if (!m_isOfSelection)
+        return TAVIK::Focus::item();
+    const std::vector<TAVIK::Compound*>& atoms = m_selected.atoms();
+    if (atoms.size() == 1)
+        return atoms.front();
+    const std::size_t atom = m_inspection.rows.at(static_cast<std::size_t>(row)).atom;
+    return atom != 0 && atom <= atoms.size() ? atoms[atom - 1] : nullptr;
+}
+
+void Inspector::goTo(int row) const {
+    // What is shown is of other data while they change.
+    TAVIK::Compound* const item = isUpToDate() ? itemOf(row) : nullptr;
+    if (item)
+        TAVIK::Focus::set(item, nullptr, true);
 }
 
 void Inspector::show(Inspection inspection) {

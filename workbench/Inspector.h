@@ -17,7 +17,8 @@ class QToolButton;
 namespace workbench {
 
 /// Shows whichever came last, the focus or a change of the selection. It looks when there is
-/// nothing else to do, and only while it is visible.
+/// nothing else to do, and only while it is visible. A double click or Enter on a row puts the
+/// focus on what it names.
 class Inspector : public QWidget {
     Q_OBJECT
 public:
@@ -62,6 +63,9 @@ private:
     void focusMoved(TAVIK::Compound* item);
     void writeTable(const QString& file);
     void look();
+    void goTo(int row) const;
+    /// What a row is of; null where that is no one item.
+    TAVIK::Compound* itemOf(int row) const;
     void show(Inspection inspection);
 
     QLabel* m_title;
@@ -72,6 +76,7 @@ private:
     SelectedInOrder m_selected;
     std::uint64_t m_selectionSeen;
     bool m_showsFocus = false;
+    bool m_isOfSelection = false; ///< what is shown, and not of the focus
     Inspection m_inspection;
     Listener m_listener;
 };
