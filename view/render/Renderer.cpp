@@ -26,7 +26,7 @@ namespace {
 /// What a thread needs to draw a tile.
 struct Brush {
     Tile tile;
-    TileColours colours;
+    TileShades shades;
     BallPainter balls;
     TrianglePainter triangles;
     DotPainter dots;
@@ -73,91 +73,32 @@ void writeBlank(const Canvas& canvas, const Look& look, std::size_t x, std::size
                 -std::numeric_limits<float>::infinity());
 }
 
-/// Writes the ids of dots and of nothing, which alternate all the time. Returns false, and writes
-/// nothing, where there is something else.
-bool writeDotIds(const Frame& frame, Ints numbers, Id* to) {
-    const Ints isNone = numbers == all(noNumber);
-    const Ints isDot = (numbers >= all(frame.dotStart)) & (numbers < all(frame.triangleStart));
-    if (isAny(~(isNone | isDot)) || !isAny(isDot))
-        return false;
-    const Scene& scene = *frame.scene;
-    const Ints dots = select(isDot, numbers - all(frame.dotStart), all(0));
-    for (int lane = 0; lane < 4; ++lane) {
-        const Id id = scene.ids[scene.dots[static_cast<std::size_t>(dots[lane])]];
-        to[lane] = isDot[lane] != 0 ? id : noId;
-    }
-    return true;
-}
-
-/// Likewise, of triangles of one mesh and of nothing.
-bool writeTriangleIds(const Frame& frame, Ints numbers, Id* to) {
-    const Ints isSeen = numbers != all(noNumber);
-    if (!isAny(isSeen))
-        return false;
-    const Number number = numbers[firstLane(isSeen)];
-    if (number < frame.triangleStart)
-        return false;
-    const PlacedMesh& mesh = frame.meshOf(number);
-    const Ints triangles = numbers - all(mesh.start);
-    const auto count = static_cast<Number>(mesh.triangles->size());
-    if (isAny(isSeen & ((triangles < all(0)) | (triangles >= all(count)))))
-        return false;
-    const Ints indices = triangles & isSeen & all(mesh.ids->size() == 1 ? 0 : -1);
-    const Id* const ids = mesh.ids->data();
-    for (int lane = 0; lane < 4; ++lane)
-        to[lane] = isSeen[lane] != 0 ? ids[indices[lane]] : noId;
-    return true;
-}
-
-/// Writes the ids of what has a number. Neighbours mostly show the same thing.
-void writeIds(const Frame& frame, const Number* numbers, std::size_t count, Id* to) {
-    Number last = noNumber;
-    Id id = noId;
-    const auto next = [&](Number number) {
-        if (number != last) {
-            last = number;
-            id = number == noNumber ? noId : idOf(frame, number);
-        }
-        return id;
-    };
-    std::size_t i = 0;
-    for (; i + 4 <= count; i += 4) {
-        const Ints four = load(numbers + i);
-        if (!isAny(four != all(last))) {
-            const std::array<Id, 4> same = {id, id, id, id};
-            std::memcpy(to + i, same.data(), sizeof same);
-        } else if (!writeTriangleIds(frame, four, to + i) && !writeDotIds(frame, four, to + i)) {
-            for (std::size_t lane = 0; lane < 4; ++lane)
-                to[i + lane] = next(numbers[i + lane]);
-        }
-    }
-    for (; i < count; ++i)
-        to[i] = next(numbers[i]);
-}
-
 /// Writes samples of a row, each of them a pixel.
 void writeSamples(const Brush& brush, const Frame& frame, const Canvas& canvas, int row, int from,
                   int end) {
     const Tile& tile = brush.tile;
-    const float pixel = 1 / frame.scale;
+    const Floats pixel = all(1 / frame.scale);
     const auto y = static_cast<std::size_t>(tile.top() + row);
     const auto left = static_cast<std::size_t>(tile.left() + from);
     const auto width = static_cast<std::size_t>(end - from);
-    const std::int32_t* const colours =
-        brush.colours.data() + static_cast<std::ptrdiff_t>(row) * tileSide + from;
-    auto* const image = reinterpret_cast<std::int32_t*>(canvas.image + y * canvas.stride + left);
-    float* const depths = canvas.depths + y * canvas.width + left;
+    const auto first = static_cast<std::size_t>(row * tileSide + from);
+    const std::int32_t* const colours = brush.shades.colours.data() + first;
+    const std::int32_t* const shown = brush.shades.ids.data() + first;
     const float* const nearest = tile.depths(row) + from;
+    auto* const image = reinterpret_cast<std::int32_t*>(canvas.image + y * canvas.stride + left);
+    Id* const ids = canvas.ids + y * canvas.width + left;
+    float* const depths = canvas.depths + y * canvas.width + left;
     std::size_t x = 0;
     for (; x + 4 <= width; x += 4) {
         store(image + x, load(colours + x));
-        store(depths + x, load(nearest + x) * all(pixel));
+        store(reinterpret_cast<std::int32_t*>(ids + x), load(shown + x));
+        store(depths + x, load(nearest + x) * pixel);
     }
     for (; x < width; ++x) {
         image[x] = colours[x];
-        depths[x] = nearest[x] * pixel;
+        ids[x] = static_cast<Id>(shown[x]);
+        depths[x] = nearest[x] * pixel[0];
     }
-    writeIds(frame, tile.numbers(row) + from, width, canvas.ids + y * canvas.width + left);
 }
 
 /// The mean of four colours, rounded.
@@ -178,21 +119,24 @@ void writeMean(const Brush& brush, const Frame& frame, const Canvas& canvas, int
     const auto x = static_cast<std::size_t>((tile.left() + column) / 2);
     float depth = -std::numeric_limits<float>::infinity();
     Number number = noNumber;
+    Id id = noId;
     std::array<std::uint32_t, 4> colours;
     for (int sample = 0; sample < 4; ++sample) {
         const int at = row + sample / 2;
         const int beside = column + sample % 2;
-        colours[static_cast<std::size_t>(sample)] = static_cast<std::uint32_t>(
-            brush.colours[static_cast<std::size_t>(at * tileSide + beside)]);
+        const auto shade = static_cast<std::size_t>(at * tileSide + beside);
+        colours[static_cast<std::size_t>(sample)] =
+            static_cast<std::uint32_t>(brush.shades.colours[shade]);
         const float depthHere = tile.depths(at)[beside];
         const Number numberHere = tile.numbers(at)[beside];
         if (depthHere > depth || (depthHere == depth && numberHere < number)) {
             depth = depthHere;
             number = numberHere;
+            id = static_cast<Id>(brush.shades.ids[shade]);
         }
     }
     canvas.image[y * canvas.stride + x] = mean(colours[0], colours[1], colours[2], colours[3]);
-    canvas.ids[y * canvas.width + x] = number == noNumber ? noId : idOf(frame, number);
+    canvas.ids[y * canvas.width + x] = id;
     canvas.depths[y * canvas.width + x] = depth * (1 / frame.scale);
 }
 
@@ -295,7 +239,7 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
     if (!buffers.arrange())
         return {};
     for (Brush& brush : buffers.brushes)
-        brush.surfaces.forget();
+        brush.surfaces.begin(frame);
     const Canvas canvas = {reinterpret_cast<std::uint32_t*>(picture.image.bits()),
                            static_cast<std::size_t>(picture.image.bytesPerLine()) / 4,
                            picture.ids.data(), picture.depths.data(),
@@ -318,7 +262,7 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
                 return;
             if (samples == 2)
                 brush.tile.touchPairs();
-            shade(brush.tile, frame, look, brush.surfaces, brush.colours);
+            shade(brush.tile, frame, look, brush.surfaces, brush.shades);
             writeTile(brush, frame, look, samples, canvas,
                       std::exchange(before, brush.tile.drawnRuns()));
         },

@@ -9,10 +9,12 @@ namespace view {
 
 namespace {
 
-/// In four samples: which way the surface faces, and what colour it has.
+/// In four samples: which way the surface faces, what colour it has, and what it shows.
 struct Surface {
     Floats x, y, z;
     Ints colour;
+    Ints ids;
+    Ints isLit = all(-1);
 };
 
 std::int32_t plain(Colour colour) {
@@ -31,19 +33,11 @@ bool isOneKind(const Frame& frame, Ints numbers) {
                                           : isAll(frame.triangleStart, noNumber);
 }
 
-/// The point whose colour and id a ball, a half of a stick or of a line, or a dot has.
-std::uint32_t pointOf(const Frame& frame, Number number) {
-    const auto end = [](const std::vector<Segment>& segments, Number half) {
-        const Segment& segment = segments[static_cast<std::size_t>(half / 2)];
-        return half % 2 == 0 ? segment.from : segment.to;
-    };
-    if (number < frame.stickStart)
-        return frame.scene->balls[static_cast<std::size_t>(number)].point;
-    if (number < frame.lineStart)
-        return end(frame.scene->sticks, number - frame.stickStart);
-    if (number < frame.dotStart)
-        return end(frame.scene->lines, number - frame.lineStart);
-    return frame.scene->dots[static_cast<std::size_t>(number - frame.dotStart)];
+/// The values of four points.
+Ints valuesOf(const std::vector<std::uint32_t>& values,
+              const std::array<std::uint32_t, 4>& points) {
+    return Ints{plain(values[points[0]]), plain(values[points[1]]), plain(values[points[2]]),
+                plain(values[points[3]])};
 }
 
 Surface ballSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
@@ -52,6 +46,8 @@ Surface ballSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats
                                        scene.balls[static_cast<std::size_t>(numbers[1])],
                                        scene.balls[static_cast<std::size_t>(numbers[2])],
                                        scene.balls[static_cast<std::size_t>(numbers[3])]};
+    const std::array<std::uint32_t, 4> points = {balls[0].point, balls[1].point, balls[2].point,
+                                                 balls[3].point};
     const std::array<Place, 4> at = {frame.points[balls[0].point], frame.points[balls[1].point],
                                      frame.points[balls[2].point], frame.points[balls[3].point]};
     const Floats radius =
@@ -66,15 +62,14 @@ Surface ballSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats
     const Floats inverse = all(1.0F) / radius;
     return {select(isFacing, all(0.0F), dx * inverse), select(isFacing, all(0.0F), -dy * inverse),
             select(isFacing, all(1.0F), squareRoot(larger(rest, all(0.0F))) * inverse),
-            Ints{plain(scene.colours[balls[0].point]), plain(scene.colours[balls[1].point]),
-                 plain(scene.colours[balls[2].point]), plain(scene.colours[balls[3].point])}};
+            valuesOf(scene.colours, points), valuesOf(scene.ids, points)};
 }
 
-/// Places on sticks, of which each has an axis and the colours of both ends.
+/// Places on sticks, of which each has an axis, and the colours and ids of both ends.
 struct StickLanes {
     Floats x, y, z;
     Floats axisX, axisY, axisZ;
-    Ints firstColour, secondColour;
+    Ints firstColour, secondColour, firstId, secondId;
 };
 
 StickLanes stickLanes(const Frame& frame, Ints sticks) {
@@ -94,23 +89,25 @@ StickLanes stickLanes(const Frame& frame, Ints sticks) {
                 all(to.y - from.y),
                 all(to.z - from.z),
                 all(plain(scene.colours[stick.from])),
-                all(plain(scene.colours[stick.to]))};
+                all(plain(scene.colours[stick.to])),
+                all(plain(scene.ids[stick.from])),
+                all(plain(scene.ids[stick.to]))};
     const std::array<Segment, 4> s = {stick, segment(1), segment(2), segment(3)};
     const Places first(from, frame.points[s[1].from], frame.points[s[2].from],
                        frame.points[s[3].from]);
     const Places second(to, frame.points[s[1].to], frame.points[s[2].to], frame.points[s[3].to]);
-    const auto colours = [&](std::uint32_t Segment::*end) {
-        return Ints{plain(scene.colours[s[0].*end]), plain(scene.colours[s[1].*end]),
-                    plain(scene.colours[s[2].*end]), plain(scene.colours[s[3].*end])};
-    };
+    const std::array<std::uint32_t, 4> firstPoints = {s[0].from, s[1].from, s[2].from, s[3].from};
+    const std::array<std::uint32_t, 4> secondPoints = {s[0].to, s[1].to, s[2].to, s[3].to};
     return {first.x,
             first.y,
             first.z,
             second.x - first.x,
             second.y - first.y,
             second.z - first.z,
-            colours(&Segment::from),
-            colours(&Segment::to)};
+            valuesOf(scene.colours, firstPoints),
+            valuesOf(scene.colours, secondPoints),
+            valuesOf(scene.ids, firstPoints),
+            valuesOf(scene.ids, secondPoints)};
 }
 
 Surface stickSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Floats depth) {
@@ -129,93 +126,28 @@ Surface stickSurface(const Frame& frame, Ints numbers, Floats x, Floats y, Float
     const Floats squared = dx * dx + dy * dy + dz * dz;
     const Ints isFacing = (depth == all(frame.front)) | ~(squared > all(0.0F));
     const Floats inverse = all(1.0F) / squareRoot(squared);
+    const Ints isFirst = (halves & all(1)) == all(0);
     return {select(isFacing, all(0.0F), dx * inverse), select(isFacing, all(0.0F), -dy * inverse),
             select(isFacing, all(1.0F), dz * inverse),
-            select((halves & all(1)) == all(0), at.firstColour, at.secondColour)};
+            select(isFirst, at.firstColour, at.secondColour),
+            select(isFirst, at.firstId, at.secondId)};
 }
 
-/// Of lines and dots.
-Ints flatColour(const Frame& frame, Ints numbers) {
+/// The points that lines and dots have their colours and ids of.
+std::array<std::uint32_t, 4> flatPoints(const Frame& frame, Ints numbers) {
     const Scene& scene = *frame.scene;
     std::array<std::uint32_t, 4> points;
-    if (isAny(numbers < all(frame.dotStart))) {
-        for (int lane = 0; lane < 4; ++lane)
-            points[static_cast<std::size_t>(lane)] = pointOf(frame, numbers[lane]);
-    } else {
-        const Ints dots = numbers - all(frame.dotStart);
-        for (int lane = 0; lane < 4; ++lane)
-            points[static_cast<std::size_t>(lane)] =
-                scene.dots[static_cast<std::size_t>(dots[lane])];
+    for (std::size_t lane = 0; lane < 4; ++lane) {
+        const Number number = numbers[lane];
+        if (number >= frame.dotStart) {
+            points[lane] = scene.dots[static_cast<std::size_t>(number - frame.dotStart)];
+        } else {
+            const Number half = number - frame.lineStart;
+            const Segment& line = scene.lines[static_cast<std::size_t>(half / 2)];
+            points[lane] = half % 2 == 0 ? line.from : line.to;
+        }
     }
-    return Ints{plain(scene.colours[points[0]]), plain(scene.colours[points[1]]),
-                plain(scene.colours[points[2]]), plain(scene.colours[points[3]])};
-}
-
-Surface triangleSurface(const Frame& frame, TriangleSurfaces& triangles, Ints numbers, Floats x,
-                        Floats y) {
-    const TrianglePoints points = triangles.at(frame, numbers, x, y);
-    return {points.x, points.y, points.z, points.colour};
-}
-
-/// The cosine of the angle to a light, 0 on the side that is turned away.
-Floats cosine(const Surface& surface, const std::array<float, 3>& light) {
-    return larger(surface.x * all(light[0]) + surface.y * all(light[1]) + surface.z * all(light[2]),
-                  all(0.0F));
-}
-
-/// Half-way between a light and the viewer.
-std::array<float, 3> halfway(const std::array<float, 3>& light) {
-    const float z = light[2] + 1;
-    const float length = std::sqrt(light[0] * light[0] + light[1] * light[1] + z * z);
-    return {light[0] / length, light[1] / length, z / length};
-}
-
-/// Where red, green and blue are in a colour.
-constexpr std::array<int, 3> shifts = {16, 8, 0};
-Ints channel(Ints colour, int shift) {
-    return (colour >> shift) & all(255);
-}
-Ints rounded(Floats x) {
-    return toInts(x + all(0.5F));
-}
-
-/// What all samples of a tile share.
-struct Cue {
-    Floats nearest;
-    Floats factor;
-    std::array<Floats, 3> background; ///< red, green and blue
-    std::array<float, 3> highlightAxis = halfway(mainLight);
-
-    Cue(const Frame& frame, const Look& look) : nearest(all(frame.nearZ)) {
-        const float range = frame.nearZ - frame.farZ;
-        factor = all(range > 0 ? look.depthCue / range : 0.0F);
-        for (std::size_t i = 0; i < 3; ++i)
-            background[i] = toFloats(channel(all(plain(look.background)), shifts[i]));
-    }
-};
-
-/// Colours at a depth: own(shift) is a channel of theirs, 0 to 255.
-template <class Own> Ints cued(const Cue& cue, Floats depth, const Own& own) {
-    const Floats away = smaller(larger((cue.nearest - depth) * cue.factor, all(0.0F)), all(1.0F));
-    const auto mixed = [&](std::size_t i) {
-        const Floats near = own(shifts[i]);
-        return rounded(near + (cue.background[i] - near) * away) << shifts[i];
-    };
-    return all(plain(0xFF000000U)) | mixed(0) | mixed(1) | mixed(2);
-}
-
-Ints lit(const Surface& surface, Floats depth, const Cue& cue) {
-    const Floats light = all(ambientPart) + all(mainPart) * cosine(surface, mainLight) +
-                         all(fillPart) * cosine(surface, fillLight);
-    // No power of it is seen, nor so small that processors take long to calculate with it.
-    constexpr float dark = 0.125F;
-    Floats shine = larger(cosine(surface, cue.highlightAxis), all(dark));
-    for (int power = 1; power < 32; power *= 2)
-        shine *= shine;
-    shine *= all(highlightPart * 255);
-    return cued(cue, depth, [&](int shift) {
-        return smaller(toFloats(channel(surface.colour, shift)) * light + shine, all(255.0F));
-    });
+    return points;
 }
 
 /// Four samples.
@@ -224,39 +156,48 @@ struct Samples {
     Floats x, y, depth;
 };
 
-/// Colours of samples that show things of one kind.
-Ints coloursOf(const Frame& frame, TriangleSurfaces& triangles, const Cue& cue,
-               const Samples& samples) {
-    const auto& [numbers, x, y, depth] = samples;
-    const Number number = numbers[0];
-    if (number >= frame.lineStart && number < frame.triangleStart) {
-        // Lines and dots are not lit.
-        const Ints colour = flatColour(frame, numbers);
-        return cued(cue, depth, [&](int shift) { return toFloats(channel(colour, shift)); });
-    }
-    const Surface surface = number < frame.stickStart ? ballSurface(frame, numbers, x, y, depth)
-                            : number < frame.lineStart
-                                ? stickSurface(frame, numbers, x, y, depth)
-                                : triangleSurface(frame, triangles, numbers, x, y);
-    return lit(surface, depth, cue);
+Surface flatSurface(const Frame& frame, Ints numbers) {
+    const std::array<std::uint32_t, 4> points = flatPoints(frame, numbers);
+    return {all(0.0F),
+            all(0.0F),
+            all(0.0F),
+            valuesOf(frame.scene->colours, points),
+            valuesOf(frame.scene->ids, points),
+            all(0)};
 }
 
-/// Colours of samples that show things of several kinds.
-Ints mixedColours(const Frame& frame, TriangleSurfaces& triangles, const Cue& cue,
-                  const Samples& samples) {
+Surface triangleSurface(TriangleSurfaces& triangles, const Samples& samples) {
+    const TrianglePoints at = triangles.at(samples.numbers, samples.x, samples.y);
+    return {at.x, at.y, at.z, at.colour, at.ids};
+}
+
+/// Of samples that show things of one kind.
+Surface surfaceOf(const Frame& frame, TriangleSurfaces& triangles, const Samples& samples) {
+    const auto& [numbers, x, y, depth] = samples;
+    const Number number = numbers[0];
+    return number < frame.stickStart      ? ballSurface(frame, numbers, x, y, depth)
+           : number < frame.lineStart     ? stickSurface(frame, numbers, x, y, depth)
+           : number < frame.triangleStart ? flatSurface(frame, numbers)
+                                          : triangleSurface(triangles, samples);
+}
+
+/// Of samples that show things of several kinds.
+Surface mixedSurface(const Frame& frame, TriangleSurfaces& triangles, const Samples& samples) {
     const Ints numbers = samples.numbers;
-    Ints result = all(0);
+    Surface result = {all(0.0F), all(0.0F), all(0.0F), all(0), all(0), all(0)};
     const auto add = [&](Number start, Number end) {
         const Ints mask = (numbers >= all(start)) & (numbers < all(end));
         if (!isAny(mask))
             return;
         // The other lanes are calculated as copies of one.
         const int lane = firstLane(mask);
-        const Ints own = coloursOf(frame, triangles, cue,
-                                   {select(mask, numbers, all(numbers[lane])),
-                                    select(mask, samples.x, all(samples.x[lane])), samples.y,
-                                    select(mask, samples.depth, all(samples.depth[lane]))});
-        result = select(mask, own, result);
+        const Surface own = surfaceOf(frame, triangles,
+                                      {select(mask, numbers, all(numbers[lane])),
+                                       select(mask, samples.x, all(samples.x[lane])), samples.y,
+                                       select(mask, samples.depth, all(samples.depth[lane]))});
+        result = {select(mask, own.x, result.x),     select(mask, own.y, result.y),
+                  select(mask, own.z, result.z),     select(mask, own.colour, result.colour),
+                  select(mask, own.ids, result.ids), select(mask, own.isLit, result.isLit)};
     };
     add(0, frame.stickStart);
     add(frame.stickStart, frame.lineStart);
@@ -265,47 +206,64 @@ Ints mixedColours(const Frame& frame, TriangleSurfaces& triangles, const Cue& cu
     return result;
 }
 
+/// What four samples of a row show.
+Surface surfaceAt(const Tile& tile, const Frame& frame, Ints background,
+                  TriangleSurfaces& triangles, int row, int column) {
+    const Ints numbers = load(tile.numbers(row) + column);
+    const Ints isSeen = numbers != all(noNumber);
+    const Surface nothing = {all(0.0F), all(0.0F), all(0.0F), background, all(plain(noId)), all(0)};
+    if (!isAny(isSeen))
+        return nothing;
+    const float left = static_cast<float>(tile.left() + column) + 0.5F;
+    Samples samples = {numbers,
+                       {left, left + 1, left + 2, left + 3},
+                       all(static_cast<float>(tile.top() + row) + 0.5F),
+                       load(tile.depths(row) + column)};
+    if (isAny(~isSeen)) {
+        // Those that show nothing are calculated as copies of one.
+        const int lane = firstLane(isSeen);
+        samples.numbers = select(isSeen, numbers, all(numbers[lane]));
+        samples.x = select(isSeen, samples.x, all(samples.x[lane]));
+        samples.depth = select(isSeen, samples.depth, all(samples.depth[lane]));
+    }
+    Surface surface = !isAny(numbers < all(frame.triangleStart))
+                          ? triangleSurface(triangles, samples)
+                      : isOneKind(frame, samples.numbers) ? surfaceOf(frame, triangles, samples)
+                                                          : mixedSurface(frame, triangles, samples);
+    surface.colour = select(isSeen, surface.colour, background);
+    static_assert(noId == 0);
+    surface.ids &= isSeen;
+    surface.isLit &= isSeen;
+    return surface;
+}
+
 } // namespace
 
 void shade(const Tile& tile, const Frame& frame, const Look& look, TriangleSurfaces& triangles,
-           TileColours& colours) {
-    const Cue cue(frame, look);
-    const Ints background = all(plain(look.background | 0xFF000000U));
-    const auto shadeGroup = [&](int row, int column) {
-        const Ints numbers = load(tile.numbers(row) + column);
-        const Ints isSeen = numbers != all(noNumber);
-        if (!isAny(isSeen))
-            return background;
-        const float left = static_cast<float>(tile.left() + column) + 0.5F;
-        Samples samples = {numbers,
-                           {left, left + 1, left + 2, left + 3},
-                           all(static_cast<float>(tile.top() + row) + 0.5F),
-                           load(tile.depths(row) + column)};
-        if (isAny(~isSeen)) {
-            // Those that show nothing are calculated as copies of one.
-            const int lane = firstLane(isSeen);
-            samples.numbers = select(isSeen, numbers, all(numbers[lane]));
-            samples.x = select(isSeen, samples.x, all(samples.x[lane]));
-            samples.depth = select(isSeen, samples.depth, all(samples.depth[lane]));
-        }
-        return select(isSeen,
-                      isOneKind(frame, samples.numbers)
-                          ? coloursOf(frame, triangles, cue, samples)
-                          : mixedColours(frame, triangles, cue, samples),
-                      background);
-    };
+           TileShades& shades) {
+    const float range = frame.nearZ - frame.farZ;
+    const Haze haze = {frame.nearZ, range > 0 ? look.depthCue / range : 0.0F, look.background};
+    const Ints background = all(plain(look.background));
+    static_assert(LitRun::length == Tile::blockSide);
+    std::array<LitRun, Tile::blocksASide> runs;
     for (int row = 0; row < tile.height(); ++row)
         Tile::eachRun(Tile::runsOf(tile.drawnRuns(), row), [&](int from, int end) {
-            for (int column = from; column < end; column += 4)
-                store(colours.data() + row * tileSide + column, shadeGroup(row, column));
+            for (int column = from; column < end; column += 4) {
+                const Surface surface = surfaceAt(tile, frame, background, triangles, row, column);
+                LitRun& run = runs[static_cast<std::size_t>((column - from) / LitRun::length)];
+                const int half = column % LitRun::length;
+                store(run.x.data() + half, surface.x);
+                store(run.y.data() + half, surface.y);
+                store(run.z.data() + half, surface.z);
+                store(run.depth.data() + half, load(tile.depths(row) + column));
+                store(run.colour.data() + half, surface.colour);
+                store(run.isLit.data() + half, surface.isLit);
+                store(shades.ids.data() + row * tileSide + column, surface.ids);
+            }
+            light(haze,
+                  std::span(runs).first(static_cast<std::size_t>((end - from) / LitRun::length)),
+                  shades.colours.data() + row * tileSide + from);
         });
-}
-
-Id idOf(const Frame& frame, Number number) {
-    if (number < frame.triangleStart)
-        return frame.scene->ids[pointOf(frame, number)];
-    const PlacedMesh& placed = frame.meshOf(number);
-    return placed.id(static_cast<std::size_t>(number - placed.start));
 }
 
 } // namespace view

@@ -34,12 +34,16 @@ struct Sides {
 
 } // namespace
 
-void TriangleSurfaces::forget() {
-    m_numbers.fill(noNumber);
+void TriangleSurfaces::begin(const Frame& frame) {
+    for (Surface& surface : m_surfaces)
+        surface.number = noNumber;
+    m_frame = &frame;
+    m_meshes = MeshFinder(frame);
 }
 
-TriangleSurfaces::Surface TriangleSurfaces::make(const Frame& frame, Number triangle) {
-    const PlacedMesh& placed = frame.meshOf(triangle);
+void TriangleSurfaces::make(Surface& surface, Number triangle) {
+    const Frame& frame = *m_frame;
+    const PlacedMesh& placed = m_meshes.meshOf(triangle);
     const Mesh& mesh = *placed.mesh;
     const auto index = static_cast<std::size_t>(triangle - placed.start);
     const auto& [first, second, third] = (*placed.triangles)[index];
@@ -59,52 +63,58 @@ TriangleSurfaces::Surface TriangleSurfaces::make(const Frame& frame, Number tria
         const Floats alongY = toC * all(sides.bx) - toB * all(sides.cx);
         return {atA - (alongX * all(a.x) + alongY * all(a.y)), alongX, alongY};
     };
-    Surface surface = {
+    const Id id = placed.id(index);
+    surface.normal =
         plane(normalOf(frame, mesh.normals[first]), normalOf(frame, mesh.normals[second]),
-              normalOf(frame, mesh.normals[third])),
-        {},
-        static_cast<std::int32_t>(mesh.colours.empty()
-                                      ? (*frame.scene->idColours)[placed.id(index) - 1]
-                                      : mesh.colours[0]),
-        true};
-    if (mesh.colours.size() <= 1)
-        return surface;
-    const Colour atA = mesh.colours[first];
-    const Colour atB = mesh.colours[second];
-    const Colour atC = mesh.colours[third];
-    surface.plainColour = static_cast<std::int32_t>(atA);
-    surface.isPlain = atA == atB && atA == atC;
-    if (!surface.isPlain)
-        surface.colour = plane(channelsOf(atA), channelsOf(atB), channelsOf(atC));
-    return surface;
+              normalOf(frame, mesh.normals[third]));
+    surface.id = static_cast<std::int32_t>(id);
+    surface.number = triangle;
+    const bool isOne = mesh.colours.size() <= 1;
+    const Colour atA =
+        isOne ? mesh.colours.empty() ? (*frame.scene->idColours)[id - 1] : mesh.colours[0]
+              : mesh.colours[first];
+    surface.colour = static_cast<std::int32_t>(atA);
+    const bool isPlain = isOne || (atA == mesh.colours[second] && atA == mesh.colours[third]);
+    surface.isPlain = isPlain ? -1 : 0;
+    if (!isPlain)
+        m_colours[slotOf(triangle)] = plane(channelsOf(atA), channelsOf(mesh.colours[second]),
+                                            channelsOf(mesh.colours[third]));
 }
 
-TrianglePoints TriangleSurfaces::at(const Frame& frame, Ints triangles, Floats x, Floats y) {
+std::int32_t TriangleSurfaces::colourAt(Number triangle, Floats x, Floats y) const {
+    const Floats colour = m_colours[slotOf(triangle)].at(x, y);
+    const Ints whole = toInts(smaller(larger(colour, all(0.0F)), all(255.0F)) + all(0.5F));
+    return whole[0] << 16 | whole[1] << 8 | whole[2];
+}
+
+TrianglePoints TriangleSurfaces::at(Ints triangles, Floats x, Floats y) {
     std::array<Floats, 4> normals;
-    TrianglePoints points;
-    for (int lane = 0; lane < 4; ++lane) {
+    std::array<Floats, 4> rest;
+    const auto set = [&](std::size_t lane) {
         // Two triangles may share a place in the memory.
-        const Surface& surface = surfaceOf(frame, triangles[lane]);
-        const Floats atX = all(x[lane]);
-        normals[static_cast<std::size_t>(lane)] = surface.normal.at(atX, y);
-        points.colour[lane] = surface.plainColour;
-        if (surface.isPlain)
-            continue;
-        const Floats channels =
-            smaller(larger(surface.colour.at(atX, y), all(0.0F)), all(255.0F)) + all(0.5F);
-        const Ints whole = __builtin_convertvector(channels, Ints);
-        points.colour[lane] = whole[0] << 16 | whole[1] << 8 | whole[2];
-    }
+        const Surface& surface = surfaceOf(triangles[lane]);
+        normals[lane] = surface.normal.at(all(x[lane]), y);
+        rest[lane] = Floats(load(&surface.colour));
+    };
+    set(0);
+    set(1);
+    set(2);
+    set(3);
     transpose(normals[0], normals[1], normals[2], normals[3]);
+    transpose(rest[0], rest[1], rest[2], rest[3]);
     const auto& [right, up, near, unused] = normals;
+    Ints colour = Ints(rest[0]);
+    const Ints isPlain = Ints(rest[2]);
+    if (isAny(~isPlain))
+        for (int lane = 0; lane < 4; ++lane)
+            if (surfaceOf(triangles[lane]).isPlain == 0)
+                colour[lane] = colourAt(triangles[lane], all(x[lane]), y);
     const Floats squared = right * right + up * up + near * near;
     constexpr float infinity = std::numeric_limits<float>::infinity();
     const Ints isKnown = (squared > all(0.0F)) & (squared < all(infinity));
     const Floats factor = select(near < all(0.0F), all(-1.0F), all(1.0F)) / squareRoot(squared);
-    points.x = select(isKnown, right * factor, all(0.0F));
-    points.y = select(isKnown, up * factor, all(0.0F));
-    points.z = select(isKnown, near * factor, all(1.0F));
-    return points;
+    return {select(isKnown, right * factor, all(0.0F)), select(isKnown, up * factor, all(0.0F)),
+            select(isKnown, near * factor, all(1.0F)), colour, Ints(rest[1])};
 }
 
 } // namespace view
