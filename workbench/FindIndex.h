@@ -1,5 +1,4 @@
-// What can be found: the residues and atoms of the data space as plain arrays, read once after each
-// change of what there is.
+// What can be found: the residues and atoms of the data space as plain arrays.
 #pragma once
 
 #include "Bits.h"
@@ -8,6 +7,7 @@
 #include "NameKeys.h"
 #include "NearSearch.h"
 
+#include <bitset>
 #include <cstdint>
 #include <future>
 #include <memory>
@@ -46,47 +46,31 @@ struct FindIndex {
     std::string_view label(const Residue& residue) const { return labels.data() + residue.label; }
     /// The residue of an atom.
     std::uint32_t residueOf(std::uint32_t atom) const;
-
-    /// Reads the data space, which has `atomCount` atoms; 0 when that is not known.
-    static std::shared_ptr<const FindIndex> read(std::size_t atomCount = 0);
 };
 
 /// The letter of an atom's alternative location, or a blank.
 char alternateOf(const TAVIK::Compound* atom);
 
 /// The parts of the data that only some expressions ask for, each by atom; null until it is needed.
-/// All but read() is for any thread.
+/// For any thread.
 struct FindValues {
-    using Positions = std::vector<NearSearch::Point>; ///< Å; NaN where there is none
-    enum class Part { Positions, Alternates, Elements, Selected, Hidden };
+    enum Part : std::uint8_t { Positions, Alternates, Elements, Selected, Hidden };
+    static constexpr std::size_t partCount = Hidden + 1;
+    using Points = std::vector<NearSearch::Point>; ///< Å; NaN where there is none
 
-    std::shared_ptr<const Positions> positions;
+    std::shared_ptr<const Points> positions;
     /// Of the positions; made by the first thread that asks for it.
     std::shared_future<std::shared_ptr<const NearSearch>> near;
     std::shared_ptr<const std::vector<char>> alternates; ///< letters; a blank for none
     std::shared_ptr<const std::vector<NameKeys::Key>> elements;
     std::shared_ptr<const Bits> selected;
     std::shared_ptr<const Bits> hidden;
-
-    /// Whether `part` was read, and has not changed since.
-    bool has(Part part) const;
-    /// Reads `part`, if it is not there yet. GUI thread.
-    void read(const FindIndex& index, Part part);
-    /// Reads what `expression` needs. GUI thread.
-    void read(const FindIndex& index, const FindExpression& expression);
-    /// Reads the positions, which needs no index. GUI thread.
-    void readPositions();
-    /// Forgets everything that was read. Old positions stay, with what was prepared of them, which
-    /// serves again when the same are read: few changes move atoms, or make or destroy some.
-    void forgetItems();
-    /// Gives the memory of positions back if they were not read again.
-    void forgetOldPositions();
-    /// Forgets what changes without anything being made or destroyed.
-    void forgetState();
-
-private:
-    bool m_areOld = false;      ///< the positions, which may have changed
-    std::size_t m_expected = 0; ///< room for positions that are read next
 };
+
+/// Some of the parts of FindValues.
+using FindParts = std::bitset<FindValues::partCount>;
+
+/// The parts that an expression asks for.
+FindParts partsOf(const FindExpression& expression);
 
 } // namespace workbench

@@ -5,9 +5,8 @@
 #include "Focus.h"
 #include "Space.h"
 
-#include <algorithm>
-#include <array>
 #include <chrono>
+#include <new>
 #include <utility>
 
 namespace workbench {
@@ -15,8 +14,13 @@ namespace workbench {
 namespace {
 
 /// What is read ahead. Selection and visibility change too often.
-constexpr auto partsAhead = std::to_array(
-    {FindValues::Part::Positions, FindValues::Part::Elements, FindValues::Part::Alternates});
+FindParts partsAhead() {
+    FindParts parts;
+    return parts.set(FindValues::Positions).set(FindValues::Elements).set(FindValues::Alternates);
+}
+
+/// Of reading, between which other events have their turn.
+constexpr std::chrono::milliseconds piece(10);
 
 /// For how long positions are kept that may have changed.
 constexpr std::chrono::seconds timeForOld(10);
@@ -29,7 +33,7 @@ FindSearch::FindSearch() : m_listener(*this) {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &FindSearch::start);
     m_old.setSingleShot(true);
-    connect(&m_old, &QTimer::timeout, this, [this] { m_values.forgetOldPositions(); });
+    connect(&m_old, &QTimer::timeout, this, [this] { m_reader.forgetOldPositions(); });
 }
 
 FindSearch::~FindSearch() {
@@ -53,41 +57,32 @@ void FindSearch::setReady(bool on) {
 }
 
 bool FindSearch::isReady() const {
-    return hasReadAhead() &&
-           m_values.near.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    return m_reader.has(partsAhead()) &&
+           m_reader.values().near.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
 }
 
-bool FindSearch::hasReadAhead() const {
-    return m_index && std::all_of(partsAhead.begin(), partsAhead.end(),
-                                  [this](FindValues::Part part) { return m_values.has(part); });
-}
-
-// One piece, of some 20 ms for a million atoms, and then the next. What fails is tried again when
-// it is needed.
+// What fails is tried again when it is needed.
 void FindSearch::readAhead() {
-    const auto isMissing = [this](FindValues::Part part) { return !m_values.has(part); };
-    if (!m_index) {
-        readIndex();
-    } else if (const auto part = std::find_if(partsAhead.begin(), partsAhead.end(), isMissing);
-               part != partsAhead.end()) {
-        if (*part == FindValues::Part::Positions)
-            readPositions();
-        else
-            m_values.read(*m_index, *part);
+    try {
+        if (!readPiece(partsAhead()))
+            m_ahead.start(0);
+    } catch (const std::bad_alloc&) {
     }
-    if (!hasReadAhead())
-        m_ahead.start(0);
 }
 
-void FindSearch::readIndex() {
-    if (!m_index)
-        m_index = FindIndex::read(
-            m_values.has(FindValues::Part::Positions) ? m_values.positions->size() : 0);
+bool FindSearch::readPiece(FindParts parts) {
+    const bool isRead = m_reader.advance(parts, piece);
+    prepare();
+    return isRead;
 }
 
-void FindSearch::readPositions() {
-    m_values.readPositions();
-    m_threads.push_back(std::async(std::launch::async, [near = m_values.near] { near.wait(); }));
+// While more is read, or until a search asks for it.
+void FindSearch::prepare() {
+    const FindValues& values = m_reader.values();
+    if (!values.positions || values.positions == m_prepared.lock())
+        return;
+    m_threads.push_back(std::async(std::launch::async, [near = values.near] { near.wait(); }));
+    m_prepared = values.positions;
 }
 
 void FindSearch::clear() {
@@ -99,7 +94,7 @@ void FindSearch::clear() {
 }
 
 void FindSearch::stateChanged() {
-    m_values.forgetState();
+    m_reader.forgetState();
     if (m_isReady)
         m_ahead.start(0);
     if (m_expression.has(FindTerm::Kind::Selected) || m_expression.has(FindTerm::Kind::Hidden) ||
@@ -111,13 +106,11 @@ void FindSearch::stateChanged() {
 
 void FindSearch::itemsChanged() {
     // Told of each of a million destructions, it has something to do at the first.
-    if (!m_index && !m_values.has(FindValues::Part::Positions) && !m_isSearching &&
-        m_hits.hits.empty())
+    if (m_reader.isEmpty() && !m_isSearching && m_hits.hits.empty())
         return;
-    const bool wasRead = m_index != nullptr;
+    const bool wasRead = m_reader.index() != nullptr;
     clear();
-    m_index.reset();
-    m_values.forgetItems();
+    m_reader.forgetItems();
     m_old.start(timeForOld);
     if (m_isReady)
         m_ahead.start(0);
@@ -125,6 +118,7 @@ void FindSearch::itemsChanged() {
         m_timer.start(0);
 }
 
+// What is typed meanwhile counts at once: what was read serves for that, too.
 void FindSearch::start() {
     m_timer.stop();
     std::erase_if(m_threads, [](const std::future<void>& thread) {
@@ -134,15 +128,21 @@ void FindSearch::start() {
         emit finished();
         return;
     }
-    // The positions first, which are prepared while the index is read.
-    if (m_expression.has(FindStep::Kind::Within) && !m_values.has(FindValues::Part::Positions))
-        readPositions();
-    readIndex();
-    m_values.read(*m_index, m_expression);
+    try {
+        if (readPiece(partsOf(m_expression)))
+            search();
+        else
+            m_timer.start(0);
+    } catch (const std::bad_alloc&) {
+        end(tr("there is not enough memory to search"));
+    }
+}
+
+void FindSearch::search() {
     m_stop = std::stop_source();
-    m_isSearching = true;
-    const auto search = [this, number = ++m_number, index = m_index, values = m_values,
-                         expression = m_expression, stop = m_stop.get_token()] {
+    const auto search = [this, number = ++m_number, index = m_reader.index(),
+                         values = m_reader.values(), expression = m_expression,
+                         stop = m_stop.get_token()] {
         FindHits hits;
         QString problem;
         try {
@@ -159,37 +159,43 @@ void FindSearch::start() {
             Qt::QueuedConnection);
     };
     m_threads.push_back(std::async(std::launch::async, search));
+    m_isSearching = true;
+}
+
+void FindSearch::end(const QString& problem) {
+    m_isSearching = false;
+    m_problem = problem;
+    emit finished();
 }
 
 void FindSearch::take(std::uint64_t number, FindHits&& hits, const QString& problem) {
     if (number != m_number)
         return;
-    m_isSearching = false;
     m_hits = std::move(hits);
-    m_problem = problem;
-    emit finished();
+    end(problem);
 }
 
 QString FindSearch::hitText(std::size_t hit) const {
-    const std::string text = workbench::hitText(*m_index, m_hits, m_hits.hits[hit]);
+    const std::string text = workbench::hitText(*m_reader.index(), m_hits, m_hits.hits[hit]);
     return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 TAVIK::Compound* FindSearch::hitItem(std::size_t hit) const {
+    const FindIndex& index = *m_reader.index();
     const std::uint32_t found = m_hits.hits[hit];
     if (m_hits.ofAtoms)
-        return m_index->atoms[found];
-    const FindIndex::Residue& residue = m_index->residues[found];
-    return residue.item ? residue.item : m_index->atoms[m_hits.atoms.next(residue.begin)];
+        return index.atoms[found];
+    const FindIndex::Residue& residue = index.residues[found];
+    return residue.item ? residue.item : index.atoms[m_hits.atoms.next(residue.begin)];
 }
 
 bool FindSearch::selectHits(bool wholeResidues) {
-    if (!m_index || m_hits.atoms.size() != m_index->atoms.size())
+    const std::shared_ptr<const FindIndex> index = m_reader.index();
+    if (!index || m_hits.atoms.size() != index->atoms.size())
         return false;
     bool isDone = false;
     // What is told of the change may end the search.
     const FindHits hits = m_hits;
-    const std::shared_ptr<const FindIndex> index = m_index;
     const auto select = [&](DataPointBase& guard) {
         std::size_t count = 0;
         TAVIK::Space::instance()->SetSelected(false);

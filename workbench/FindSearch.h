@@ -1,11 +1,12 @@
-// Searches for what is typed in the find box: reads the data when they have changed, and lets a
-// thread look for the hits.
+// Searches for what is typed in the find box: reads the data when they have changed, in pieces
+// between which other events have their turn, and lets a thread look for the hits.
 #pragma once
 
 #include "DestroyObserver.h"
 #include "FindIndex.h"
 #include "FindLanguage.h"
 #include "FindMatch.h"
+#include "FindReader.h"
 #include "Subscriber.h"
 
 #include <QObject>
@@ -27,8 +28,8 @@ public:
 
     /// Looks for `text` from now on: finished() follows, now and whenever the data change.
     void setText(const QString& text);
-    /// While true, the data are read ahead of the searches, piece by piece when there is nothing
-    /// else to do: no key has to wait for that.
+    /// While true, the data are read ahead of the searches, when there is nothing else to do: no
+    /// key has to wait for that.
     void setReady(bool on);
     /// Whether all is read, and prepared, that can be ahead.
     bool isReady() const;
@@ -67,27 +68,28 @@ private:
     };
 
     void readAhead();
-    bool hasReadAhead() const;
-    void readIndex();
-    void readPositions();
+    bool readPiece(FindParts parts);
+    void prepare();
     void stateChanged();
     void itemsChanged();
     void clear();
     void start();
+    void search();
+    void end(const QString& problem);
     void take(std::uint64_t number, FindHits&& hits, const QString& problem);
 
     FindExpression m_expression;
     QString m_problem;
-    std::shared_ptr<const FindIndex> m_index; ///< null until it is needed
-    FindValues m_values;
-    FindHits m_hits; ///< of m_index
-    QTimer m_timer;  ///< before a search begins
+    FindReader m_reader;
+    FindHits m_hits; ///< of the reader's index
+    QTimer m_timer;  ///< before a search begins, and while there is something to read for it
     QTimer m_ahead;  ///< while there is something to read ahead
     QTimer m_old;    ///< before positions are forgotten that were not read again
     std::stop_source m_stop;
     std::uint64_t m_number = 0; ///< of the last search
     bool m_isSearching = false;
-    bool m_isReady = false; ///< to be kept so
+    bool m_isReady = false;                             ///< to be kept so
+    std::weak_ptr<const FindValues::Points> m_prepared; ///< what is, or is being
     /// What may still be running: the last search, those that were told to stop, and preparations.
     std::vector<std::future<void>> m_threads;
     Listener m_listener;

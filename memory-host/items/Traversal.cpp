@@ -1,11 +1,11 @@
 #include "Traversal.h"
 
+#include "AtomNameWalk.h"
 #include "Counters.h"
 #include "Holder.h"
-#include "Slabs.h"
 
 #include <algorithm>
-#include <string>
+#include <limits>
 
 namespace TAVIK {
 
@@ -68,43 +68,6 @@ void collectAtoms(Holder& holder, std::vector<Compound*>& out, bool all) {
     }
 }
 
-class NameWalk {
-public:
-    NameWalk(bool all, AtomNameVisitor& visitor) : m_all(all), m_visitor(visitor) {}
-
-    void enter(Holder& holder, std::string_view part) {
-        if (!m_visitor.Enter(holder.self, part))
-            return;
-        visitChildren(holder);
-        m_visitor.Leave();
-    }
-    bool hasWanted(const Holder& holder) const {
-        return (m_all ? holder.sum.atoms : holder.sum.selectedAtoms) > 0;
-    }
-
-private:
-    void visitChildren(Holder& holder) {
-        Compound** const last = holder.childEnd();
-        for (Compound** child = holder.childBegin(); child != last; ++child) {
-            prefetchAfter(*child);
-            HostItem& record = HostItem::of(*child);
-            if (record.kind == Kind::Atom) {
-                if (m_all || record.has(HostItem::Selected))
-                    m_visitor.Visit(*child, record.name.text());
-            } else if (record.isHolder() && hasWanted(record.asHolder())) {
-                if (record.asHolder().isInNames())
-                    enter(record.asHolder(), m_part.assign(record.name.text()).append(1, '/'));
-                else
-                    visitChildren(record.asHolder());
-            }
-        }
-    }
-
-    bool m_all;
-    AtomNameVisitor& m_visitor;
-    std::string m_part;
-};
-
 } // namespace
 
 void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all) {
@@ -125,23 +88,8 @@ void GetAtoms(Compound* root, std::vector<Compound*>& out, bool all) {
 }
 
 void VisitAtomNames(Compound* root, bool all, AtomNameVisitor& visitor) {
-    if (!root)
-        return;
-    HostItem& record = HostItem::of(root);
-    if (record.isHolder()) {
-        Holder& holder = record.asHolder();
-        NameWalk walk(all, visitor);
-        if (!walk.hasWanted(holder))
-            return;
-        std::string beginning = root->GetFQName();
-        // The name of a group ends in its own component, which the names below it do not have.
-        if (holder.kind == Kind::Group)
-            beginning.resize(beginning.size() - record.name.text().size());
-        else
-            beginning += '/';
-        walk.enter(holder, beginning);
-    } else if (record.kind == Kind::Atom && (all || isSelected(record))) {
-        visitor.Visit(root, root->GetFQName());
+    AtomNameWalk walk(root, all, visitor);
+    while (walk.advance(std::numeric_limits<std::size_t>::max())) {
     }
 }
 

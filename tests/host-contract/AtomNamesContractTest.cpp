@@ -1,8 +1,10 @@
-// Reading the qualified names of atoms in parts.
+// Reading the qualified names of atoms in parts, at once and in pieces.
+#include "AtomNameWalk.h"
 #include "ContractTools.h"
 #include "TestSupport.h"
 #include "Traversal.h"
 
+#include <algorithm>
 #include <set>
 
 using namespace contract;
@@ -13,6 +15,7 @@ namespace {
 /// Puts the parts of names together again.
 class Reader : public AtomNameVisitor {
 public:
+    Reader() = default;
     Reader(Compound* root, bool all) { VisitAtomNames(root, all, *this); }
     explicit Reader(Compound* root, std::set<Compound*> leftOut = {})
         : m_leftOut(std::move(leftOut)) {
@@ -89,6 +92,68 @@ private slots:
                 QCOMPARE(reader.m_names, namesOf(atoms));
                 QVERIFY(reader.m_open.empty());
             }
+        }
+    }
+
+    void piecesOfAnySizeGiveTheSame() {
+        const Chain chain(3);
+        atom(make(make(space(), "Composite", ""), "Molecule", "A B"));
+        make(chain.molecule, "Residue", "EMPTY 4");
+        chain.groups[2]->SetSelected(true);
+        chain.atoms[9]->SetSelected(true);
+        Items roots;
+        gather(space(), roots);
+        for (Compound* root : roots) {
+            for (const bool all : {true, false}) {
+                const Reader whole(root, all);
+                for (const std::size_t size : {1U, 2U, 3U, 7U, 1000U}) {
+                    Reader reader;
+                    AtomNameWalk walk(root, all, reader);
+                    while (walk.advance(size))
+                        QVERIFY(reader.m_atoms.size() <= whole.m_atoms.size());
+                    QVERIFY(!walk.advance(size));
+                    QCOMPARE(reader.m_parts, whole.m_parts);
+                    QCOMPARE(reader.m_atoms, whole.m_atoms);
+                    QCOMPARE(reader.m_names, whole.m_names);
+                    QVERIFY(reader.m_open.empty());
+                }
+            }
+        }
+        Reader nothing;
+        QVERIFY(!AtomNameWalk(nullptr, true, nothing).advance(1));
+        QVERIFY(nothing.m_parts.empty());
+    }
+
+    void aPieceIsAboutAsLargeAsAskedFor() {
+        const Chain chain(20);
+        Reader reader;
+        AtomNameWalk walk(space(), true, reader);
+        for (std::size_t before = 0; walk.advance(4); before = reader.m_atoms.size())
+            QVERIFY(reader.m_atoms.size() <= before + 4);
+        QCOMPARE(reader.m_atoms, atomsOf(space(), true));
+    }
+
+    // Vectors of children move when they grow.
+    void itemsThatAreMadeBetweenPiecesDoNoHarm() {
+        for (int before = 1; before != 12; ++before) {
+            const Chain chain(3);
+            Reader reader;
+            AtomNameWalk walk(space(), true, reader);
+            for (int i = 0; i != before; ++i)
+                walk.advance(2);
+            Items roots;
+            gather(space(), roots);
+            for (Compound* root : roots)
+                for (int i = 0; i != 20 && dynamic_cast<Composite*>(root); ++i)
+                    atom(make(root, "Composite", "more"));
+            while (walk.advance(2)) {
+            }
+            QVERIFY(reader.m_open.empty());
+            for (Compound* const old : chain.atoms)
+                QCOMPARE(std::count(reader.m_atoms.begin(), reader.m_atoms.end(), old), 1);
+            QCOMPARE(reader.m_names, namesOf(reader.m_atoms));
+            while (space()->ChildEnd() != space()->ChildBegin())
+                DataMaker::Destroy(*space()->ChildBegin());
         }
     }
 

@@ -1,7 +1,7 @@
 // The examples of the help page "Find", read from the page and compared with the sample's own
 // lines.
-#include "FindIndex.h"
 #include "FindMatch.h"
+#include "FindReader.h"
 #include "TestSupport.h"
 #include "files/Files.h"
 
@@ -160,16 +160,16 @@ private slots:
     void everyExampleFindsWhatThePageSays() {
         memory_host::openFile(SOURCE_DIR "/data/sample.pdb");
         const std::vector<Line> lines = sampleLines();
-        const auto index = FindIndex::read();
-        QCOMPARE(index->atoms.size(), lines.size());
+        FindReader reader;
+        reader.finish({});
+        QCOMPARE(reader.index()->atoms.size(), lines.size());
         const std::map<QString, Holds> meaning = meanings(lines);
         std::set<QString> seen;
         for (const auto& [text, atoms] : examples()) {
             const FindExpression expression = readFindText(text);
             QVERIFY2(expression.isGood(), qPrintable(text + ": " + expression.problem));
-            FindValues values;
-            values.read(*index, expression);
-            const FindHits hits = findHits(*index, values, expression);
+            reader.finish(partsOf(expression));
+            const FindHits hits = findHits(*reader.index(), reader.values(), expression);
             const auto found = meaning.find(text);
             QVERIFY2(found != meaning.end(), qPrintable(text));
             const auto expected = std::count_if(lines.begin(), lines.end(), found->second);
@@ -203,16 +203,16 @@ private slots:
         write("ION", 'B', 60, ' ');
         file.close();
         memory_host::openFile(file.fileName().toStdString());
-        const auto index = FindIndex::read();
-        QCOMPARE(index->atoms.size(), std::size_t(serial));
+        FindReader reader;
+        reader.finish({});
+        QCOMPARE(reader.index()->atoms.size(), std::size_t(serial));
         const std::pair<const char*, std::size_t> found[] = {
             {"A 52B", 1}, {"A -5--2", 4}, {":ION", 1}, {"52B", 2}, {"A 52", 1}, {"/B:52B", 1}};
         for (const QString shown : {"A 52B", "A -5--2", ":ION"})
             QVERIFY2(page.contains('`' + shown + '`'), qPrintable(shown));
-        for (const auto& [text, atoms] : found) {
-            FindValues values;
-            QCOMPARE(findHits(*index, values, readFindText(text)).atomCount, atoms);
-        }
+        for (const auto& [text, atoms] : found)
+            QCOMPARE(findHits(*reader.index(), reader.values(), readFindText(text)).atomCount,
+                     atoms);
     }
 
     void everyKeywordStandsOnThePage() {

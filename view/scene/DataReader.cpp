@@ -1,5 +1,6 @@
 #include "DataReader.h"
 
+#include "InPieces.h"
 #include "Space.h"
 
 #include <algorithm>
@@ -47,10 +48,11 @@ void DataReader::begin(What what, Digest digest) {
 }
 
 DataReader::State DataReader::advance(std::chrono::microseconds time) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    State state = step(false);
-    while (state == State::Due && std::chrono::steady_clock::now() < end)
+    State state = State::Done;
+    forAbout(time, [&] {
         state = step(false);
+        return state == State::Due;
+    });
     return state;
 }
 
