@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <vector>
 
 namespace view {
 
@@ -38,10 +39,16 @@ public:
             const LinkKind* const kind = kindOfLink(i);
             if (kind && areNear(*kind, i - 1, i))
                 linkToPrevious(i);
+            else if (kind)
+                awaitBonds(i, kind->entering);
         }
+        if (m_isAwaited.empty())
+            return;
         for (const Segment& bond : m_contents.bonds) {
-            takeBond(bond.from, bond.to);
-            takeBond(bond.to, bond.from);
+            if (m_isAwaited[bond.to])
+                takeBond(bond.from, bond.to);
+            if (m_isAwaited[bond.from])
+                takeBond(bond.to, bond.from);
         }
     }
 
@@ -82,40 +89,35 @@ private:
         return one && next && areWithin(*one, *next, kind.longestTrace);
     }
 
+    // Few residues are not near the one before them: of a million bonds few are looked at.
+    void awaitBonds(std::size_t residue, Role entering) {
+        m_isAwaited.resize(m_contents.atomCount());
+        for (std::uint32_t i = m_contents.residues[residue].firstAtom;
+             i != m_contents.atomEnd(residue); ++i)
+            if (m_contents.roles[i] == entering)
+                m_isAwaited[i] = true;
+    }
+
+    // A bond to an atom that is awaited.
     void takeBond(std::uint32_t leaving, std::uint32_t entering) {
-        const Role from = m_contents.roles[leaving];
-        const Role to = m_contents.roles[entering];
-        const auto isOf = [&](const LinkKind& kind) {
-            return from == kind.leaving && to == kind.entering;
-        };
-        if (!isOf(peptide) && !isOf(phosphodiester))
-            return;
         const std::size_t residue = residueOf(entering);
-        if (residue == 0 || m_contents.residues[residue].isLinkedToPrevious ||
-            leaving >= m_contents.residues[residue].firstAtom ||
-            leaving < m_contents.residues[residue - 1].firstAtom)
-            return;
-        const LinkKind* const kind = kindOfLink(residue);
-        if (kind && isOf(*kind))
+        if (leaving < m_contents.residues[residue].firstAtom &&
+            leaving >= m_contents.residues[residue - 1].firstAtom &&
+            m_contents.roles[leaving] == kindOfLink(residue)->leaving)
             linkToPrevious(residue);
     }
 
-    // Bonds mostly come in the order of the residues.
-    std::size_t residueOf(std::uint32_t atom) {
-        const std::vector<ResidueEntry>& residues = m_contents.residues;
-        for (const std::size_t near : {m_residue, m_residue + 1})
-            if (near < residues.size() && residues[near].firstAtom <= atom &&
-                atom < m_contents.atomEnd(near))
-                return m_residue = near;
-        const auto next = std::upper_bound(residues.begin(), residues.end(), atom,
-                                           [](std::uint32_t value, const ResidueEntry& residue) {
-                                               return value < residue.firstAtom;
-                                           });
-        return m_residue = static_cast<std::size_t>(next - residues.begin()) - 1;
+    std::size_t residueOf(std::uint32_t atom) const {
+        const auto next =
+            std::upper_bound(m_contents.residues.begin(), m_contents.residues.end(), atom,
+                             [](std::uint32_t value, const ResidueEntry& residue) {
+                                 return value < residue.firstAtom;
+                             });
+        return static_cast<std::size_t>(next - m_contents.residues.begin()) - 1;
     }
 
     Contents& m_contents;
-    std::size_t m_residue = 0; ///< that was asked for last
+    std::vector<bool> m_isAwaited; ///< atoms of which a bond may link their residue; or empty
 };
 
 } // namespace
