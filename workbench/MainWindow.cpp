@@ -216,7 +216,8 @@ void MainWindow::rememberFiles(const QStringList& files) {
 }
 
 void MainWindow::rememberWindow() {
-    m_remembered.setWindow(saveGeometry(), saveState());
+    if (size().expandedTo(minimumSizeHint()) == size())
+        m_remembered.setWindow(saveGeometry(), saveState());
 }
 
 void MainWindow::openFiles(const QStringList& files) {

@@ -57,7 +57,8 @@ public:
     void showError(const std::string& line);
     /// Remembers that these files were opened.
     void rememberFiles(const QStringList& files);
-    /// Keeps where window and docks are for the next start.
+    /// Keeps where window and docks are for the next start; not of a window that is smaller than
+    /// its docks can be, which says nothing of what the user wants.
     void rememberWindow();
 
 public slots:

@@ -13,6 +13,16 @@ class DockWidthsTest : public test_support::MainWindowCase {
         QTest::qWait(20); // until the docks rest
         return {dock(m_editor)->width(), dock(m_view)->width(), dock("inspector")->width()};
     }
+    /// Opens the window as it was remembered.
+    void start() {
+        const QStringList plugins = memory_host::loadPlugins(STAGE_PLUGINS);
+        m_window = std::make_unique<workbench::MainWindow>(workbench::MainWindow::Setup{
+            plugins, SOURCE_DIR "/data", m_folder->filePath("window.ini")});
+        QVERIFY(m_window->startPlugins());
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        takeMessages();
+    }
     /// Without the limits of a window manager, which come from the docks.
     void resizeWindow(int width, int height) {
         m_window->windowHandle()->resize(width, height);
@@ -60,6 +70,24 @@ private slots:
         }
         resizeWindow(1200, 800);
         QCOMPARE(widths(), usual);
+    }
+
+    void aWindowSmallerThanItsDocksCanBeIsNotRemembered() {
+        open();
+        m_window->resize(1100, 700);
+        const QList<int> before = widths();
+        m_window->close();
+        end();
+        for (const QSize size : {QSize(1, 1), QSize(200, 900), QSize(900, 100)}) {
+            start();
+            resizeWindow(size.width(), size.height());
+            widths();
+            m_window->close();
+            end();
+        }
+        start();
+        QCOMPARE(m_window->size(), QSize(1100, 700));
+        QCOMPARE(widths(), before);
     }
 
     void whatTheUserDraggedStays() {
