@@ -12,6 +12,7 @@
 #include "Workers.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -26,7 +27,9 @@ namespace {
 /// What a thread needs to draw a tile.
 struct Brush {
     Tile tile;
-    TileShades shades;
+    // Two rows of samples, as they are shaded.
+    std::array<std::array<std::int32_t, tileSide>, 2> colours;
+    std::array<std::array<Id, tileSide>, 2> ids;
     BallPainter balls;
     TrianglePainter triangles;
     DotPainter dots;
@@ -74,31 +77,30 @@ void writeBlank(const Canvas& canvas, const Look& look, std::size_t x, std::size
 }
 
 /// Writes samples of a row, each of them a pixel.
-void writeSamples(const Brush& brush, const Frame& frame, const Canvas& canvas, int row, int from,
-                  int end) {
+void writeSamples(Brush& brush, const Frame& frame, const Shader& shader, const Canvas& canvas,
+                  int row, int from, int end) {
     const Tile& tile = brush.tile;
-    const Floats pixel = all(1 / frame.scale);
     const auto y = static_cast<std::size_t>(tile.top() + row);
     const auto left = static_cast<std::size_t>(tile.left() + from);
-    const auto width = static_cast<std::size_t>(end - from);
-    const auto first = static_cast<std::size_t>(row * tileSide + from);
-    const std::int32_t* const colours = brush.shades.colours.data() + first;
-    const std::int32_t* const shown = brush.shades.ids.data() + first;
-    const float* const nearest = tile.depths(row) + from;
+    const auto width = static_cast<std::size_t>(std::min(end, tile.width()) - from);
     auto* const image = reinterpret_cast<std::int32_t*>(canvas.image + y * canvas.stride + left);
     Id* const ids = canvas.ids + y * canvas.width + left;
+    if (end <= tile.width()) {
+        shader.shade(tile, row, from, end, brush.surfaces, {image, ids});
+    } else {
+        shader.shade(tile, row, from, end, brush.surfaces,
+                     {brush.colours[0].data(), brush.ids[0].data()});
+        std::copy_n(brush.colours[0].data(), width, image);
+        std::copy_n(brush.ids[0].data(), width, ids);
+    }
+    const Floats pixel = all(1 / frame.scale);
+    const float* const nearest = tile.depths(row) + from;
     float* const depths = canvas.depths + y * canvas.width + left;
     std::size_t x = 0;
-    for (; x + 4 <= width; x += 4) {
-        store(image + x, load(colours + x));
-        store(reinterpret_cast<std::int32_t*>(ids + x), load(shown + x));
+    for (; x + 4 <= width; x += 4)
         store(depths + x, load(nearest + x) * pixel);
-    }
-    for (; x < width; ++x) {
-        image[x] = colours[x];
-        ids[x] = static_cast<Id>(shown[x]);
+    for (; x < width; ++x)
         depths[x] = nearest[x] * pixel[0];
-    }
 }
 
 /// The mean of four colours, rounded.
@@ -112,7 +114,7 @@ std::uint32_t mean(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint3
     return result;
 }
 
-/// Writes the pixel of 2 x 2 samples.
+/// Writes the pixel of 2 x 2 samples, which are shaded.
 void writeMean(const Brush& brush, const Frame& frame, const Canvas& canvas, int row, int column) {
     const Tile& tile = brush.tile;
     const auto y = static_cast<std::size_t>((tile.top() + row) / 2);
@@ -124,15 +126,15 @@ void writeMean(const Brush& brush, const Frame& frame, const Canvas& canvas, int
     for (int sample = 0; sample < 4; ++sample) {
         const int at = row + sample / 2;
         const int beside = column + sample % 2;
-        const auto shade = static_cast<std::size_t>(at * tileSide + beside);
+        const auto half = static_cast<std::size_t>(sample / 2);
         colours[static_cast<std::size_t>(sample)] =
-            static_cast<std::uint32_t>(brush.shades.colours[shade]);
+            static_cast<std::uint32_t>(brush.colours[half][static_cast<std::size_t>(beside)]);
         const float depthHere = tile.depths(at)[beside];
         const Number numberHere = tile.numbers(at)[beside];
         if (depthHere > depth || (depthHere == depth && numberHere < number)) {
             depth = depthHere;
             number = numberHere;
-            id = static_cast<Id>(brush.shades.ids[shade]);
+            id = brush.ids[half][static_cast<std::size_t>(beside)];
         }
     }
     canvas.image[y * canvas.stride + x] = mean(colours[0], colours[1], colours[2], colours[3]);
@@ -140,10 +142,10 @@ void writeMean(const Brush& brush, const Frame& frame, const Canvas& canvas, int
     canvas.depths[y * canvas.width + x] = depth * (1 / frame.scale);
 }
 
-/// Writes a tile that has so many samples along each side of a pixel, but for what shows nothing
-/// now as before.
-void writeTile(const Brush& brush, const Frame& frame, const Look& look, int samples,
-               const Canvas& canvas, const Tile::Runs& drawnBefore) {
+/// Shades and writes a tile that has so many samples along each side of a pixel, but for what shows
+/// nothing now as before.
+void writeTile(Brush& brush, const Frame& frame, const Shader& shader, const Look& look,
+               int samples, const Canvas& canvas, const Tile::Runs& drawnBefore) {
     const Tile& tile = brush.tile;
     const unsigned inPicture = (2U << ((tile.width() - 1) / Tile::blockSide)) - 1;
     for (int row = 0; row < tile.height(); row += samples) {
@@ -155,10 +157,13 @@ void writeTile(const Brush& brush, const Frame& frame, const Look& look, int sam
                        static_cast<std::size_t>((std::min(end, tile.width()) - from) / samples));
         });
         Tile::eachRun(now, [&](int from, int end) {
-            end = std::min(end, tile.width());
             if (samples == 1)
-                return writeSamples(brush, frame, canvas, row, from, end);
-            for (int column = from; column < end; column += 2)
+                return writeSamples(brush, frame, shader, canvas, row, from, end);
+            for (int half = 0; half < 2; ++half)
+                shader.shade(tile, row + half, from, end, brush.surfaces,
+                             {brush.colours[static_cast<std::size_t>(half)].data() + from,
+                              brush.ids[static_cast<std::size_t>(half)].data() + from});
+            for (int column = from; column < std::min(end, tile.width()); column += 2)
                 writeMean(brush, frame, canvas, row, column);
         });
     }
@@ -245,6 +250,7 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
                            picture.ids.data(), picture.depths.data(),
                            static_cast<std::size_t>(settings.width)};
     const Look look = {settings.background, std::clamp(settings.depthCue, 0.0F, 1.0F)};
+    const Shader shader(frame, look);
     const std::size_t tiles = buffers.balls.tiles();
     // Where the picture that is written over showed something.
     Picture::Drawn& drawn = picture.drawn;
@@ -262,8 +268,7 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
                 return;
             if (samples == 2)
                 brush.tile.touchPairs();
-            shade(brush.tile, frame, look, brush.surfaces, brush.shades);
-            writeTile(brush, frame, look, samples, canvas,
+            writeTile(brush, frame, shader, look, samples, canvas,
                       std::exchange(before, brush.tile.drawnRuns()));
         },
         stop);

@@ -239,31 +239,32 @@ Surface surfaceAt(const Tile& tile, const Frame& frame, Ints background,
 
 } // namespace
 
-void shade(const Tile& tile, const Frame& frame, const Look& look, TriangleSurfaces& triangles,
-           TileShades& shades) {
+Shader::Shader(const Frame& frame, const Look& look)
+    : m_frame(frame), m_haze{frame.nearZ, 0, look.background} {
     const float range = frame.nearZ - frame.farZ;
-    const Haze haze = {frame.nearZ, range > 0 ? look.depthCue / range : 0.0F, look.background};
-    const Ints background = all(plain(look.background));
+    if (range > 0)
+        m_haze.factor = look.depthCue / range;
+}
+
+void Shader::shade(const Tile& tile, int row, int from, int end, TriangleSurfaces& triangles,
+                   const ShadedRow& to) const {
+    const Ints background = all(plain(m_haze.background));
     static_assert(LitRun::length == Tile::blockSide);
     std::array<LitRun, Tile::blocksASide> runs;
-    for (int row = 0; row < tile.height(); ++row)
-        Tile::eachRun(Tile::runsOf(tile.drawnRuns(), row), [&](int from, int end) {
-            for (int column = from; column < end; column += 4) {
-                const Surface surface = surfaceAt(tile, frame, background, triangles, row, column);
-                LitRun& run = runs[static_cast<std::size_t>((column - from) / LitRun::length)];
-                const int half = column % LitRun::length;
-                store(run.x.data() + half, surface.x);
-                store(run.y.data() + half, surface.y);
-                store(run.z.data() + half, surface.z);
-                store(run.depth.data() + half, load(tile.depths(row) + column));
-                store(run.colour.data() + half, surface.colour);
-                store(run.isLit.data() + half, surface.isLit);
-                store(shades.ids.data() + row * tileSide + column, surface.ids);
-            }
-            light(haze,
-                  std::span(runs).first(static_cast<std::size_t>((end - from) / LitRun::length)),
-                  shades.colours.data() + row * tileSide + from);
-        });
+    for (int column = from; column < end; column += 4) {
+        const Surface surface = surfaceAt(tile, m_frame, background, triangles, row, column);
+        LitRun& run = runs[static_cast<std::size_t>((column - from) / LitRun::length)];
+        const int half = column % LitRun::length;
+        store(run.x.data() + half, surface.x);
+        store(run.y.data() + half, surface.y);
+        store(run.z.data() + half, surface.z);
+        store(run.depth.data() + half, load(tile.depths(row) + column));
+        store(run.colour.data() + half, surface.colour);
+        store(run.isLit.data() + half, surface.isLit);
+        store(reinterpret_cast<std::int32_t*>(to.ids + (column - from)), surface.ids);
+    }
+    light(m_haze, std::span(runs).first(static_cast<std::size_t>((end - from) / LitRun::length)),
+          to.colours);
 }
 
 } // namespace view

@@ -19,14 +19,24 @@ struct Look {
     float depthCue = 0; ///< part of the background in the colour of the farthest thing, 0 to 1
 };
 
-/// What the samples of a tile look like and what they show, tileSide a row.
-struct TileShades {
-    alignas(16) std::array<std::int32_t, tileSide * tileSide> colours; ///< 0xFFRRGGBB
-    alignas(16) std::array<std::int32_t, tileSide * tileSide> ids;
+/// What samples of a row of a tile look like and what they show: whole runs of blockSide.
+struct ShadedRow {
+    std::int32_t* colours; ///< 0xFFRRGGBB
+    Id* ids;
 };
 
-/// Shades where something was drawn. `triangles` may remember those of other tiles of the picture.
-void shade(const Tile& tile, const Frame& frame, const Look& look, TriangleSurfaces& triangles,
-           TileShades& shades);
+/// Shades the samples of a picture.
+class Shader {
+public:
+    Shader(const Frame& frame, const Look& look);
+    /// Shades the samples of a row from a run's first one to another's last one. `triangles` may
+    /// remember those of other tiles of the picture.
+    void shade(const Tile& tile, int row, int from, int end, TriangleSurfaces& triangles,
+               const ShadedRow& to) const;
+
+private:
+    const Frame& m_frame;
+    Haze m_haze;
+};
 
 } // namespace view
