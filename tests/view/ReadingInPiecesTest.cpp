@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <thread>
 
 using namespace scene_tools;
@@ -41,7 +42,12 @@ bool isSame(const view::ResidueEntry& a, const view::ResidueEntry& b) {
 
 bool isSame(const view::Shape& a, const view::Shape& b) {
     return a.item == b.item && isSame(a.points, b.points) && isSame(a.segments, b.segments) &&
-           bool(a.mesh) == bool(b.mesh) && (!a.mesh || isSame(a.mesh->vertices, b.mesh->vertices));
+           bool(a.mesh) == bool(b.mesh) &&
+           (!a.mesh ||
+            (isSame(a.mesh->vertices, b.mesh->vertices) &&
+             isSame(a.mesh->normals, b.mesh->normals) &&
+             isSame(a.mesh->triangles, b.mesh->triangles) &&
+             isSame(a.mesh->colours, b.mesh->colours) && isSame(a.mesh->ids, b.mesh->ids)));
 }
 
 bool isSame(const view::Contents& a, const view::Contents& b) {
@@ -90,6 +96,19 @@ void addShapes() {
     TAVIK::DataMaker::makeSurface(space(), "surface", mesh);
 }
 
+/// A strip of so many triangles.
+TAVIK::SurfaceMesh strip(std::uint32_t triangles) {
+    TAVIK::SurfaceMesh mesh;
+    for (std::uint32_t i = 0; i != triangles + 2; ++i) {
+        mesh.vertices.push_back({static_cast<float>(i / 2), static_cast<float>(i % 2), 0});
+        mesh.normals.push_back({0, 0, 1});
+        mesh.colors.push_back(0xff000000U + i);
+        if (i >= 2)
+            mesh.triangles.push_back({i - 2, i - 1, i});
+    }
+    return mesh;
+}
+
 } // namespace
 
 class ReadingInPiecesTest : public test_support::TestCase {
@@ -118,6 +137,59 @@ private slots:
         reader.begin(What::Looks);
         QVERIFY(readOn(reader) > 50);
         QVERIFY(isAsInOnePiece(reader));
+    }
+
+    void aLargeMeshIsReadAndComparedInPieces() {
+        TAVIK::SurfaceMesh mesh = strip(300'000);
+        auto* const surface =
+            dynamic_cast<TAVIK::Surface*>(TAVIK::DataMaker::makeSurface(space(), "large", mesh));
+        addShapes();
+        DataReader reader;
+        reader.begin(What::Everything);
+        QVERIFY(readOn(reader) > 50);
+        QVERIFY(isAsInOnePiece(reader));
+        const std::uint64_t generation = reader.snapshot().generation;
+        reader.begin(What::Looks);
+        QVERIFY(readOn(reader) > 50);
+        QCOMPARE(reader.snapshot().generation, generation);
+        // The last of each array.
+        const std::function<void()> changes[] = {
+            [&] { mesh.vertices.back()[1] = 7; },  [&] { mesh.normals.back() = {1, 0, 0}; },
+            [&] { mesh.triangles.back()[0] = 0; }, [&] { mesh.colors.back() = 1; },
+            [&] { mesh.colors.clear(); },          [&] { mesh = strip(300'001); }};
+        std::uint64_t before = generation;
+        for (const auto& change : changes) {
+            change();
+            TAVIK::SetSurfaceMesh(surface, mesh);
+            reader.begin(What::Looks);
+            readOn(reader);
+            QCOMPARE(reader.snapshot().generation, before + 1);
+            before = reader.snapshot().generation;
+            QVERIFY(isAsInOnePiece(reader));
+        }
+    }
+
+    void aMeshThatIsReplacedBetweenPiecesIsRightAfterTheNextReading() {
+        auto* const surface = dynamic_cast<TAVIK::Surface*>(
+            TAVIK::DataMaker::makeSurface(space(), "large", strip(100'000)));
+        for (const std::uint32_t size : {50'000U, 200'000U, 1U, 100'000U}) {
+            for (const int before : {1, 5, 20, 40}) {
+                DataReader reader;
+                TAVIK::SetSurfaceMesh(surface, strip(100'000));
+                reader.begin(What::Everything);
+                for (int i = 0; i != before; ++i)
+                    reader.advance(shortest);
+                TAVIK::SetSurfaceMesh(surface, strip(size));
+                readOn(reader);
+                const auto mesh = reader.snapshot().contents->shapes[0].mesh;
+                for (const auto& triangle : mesh->triangles)
+                    for (const std::uint32_t corner : triangle)
+                        QVERIFY(corner < mesh->vertices.size());
+                reader.begin(What::Looks);
+                readOn(reader);
+                QVERIFY(isAsInOnePiece(reader));
+            }
+        }
     }
 
     void theSnapshotStaysUntilAllIsRead() {

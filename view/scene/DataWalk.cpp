@@ -93,8 +93,8 @@ public:
     bool advance(std::size_t items) {
         while (items != 0 && !m_levels.empty())
             items -= std::min(items, visitChildren(items));
-        for (; items != 0 && m_levels.empty() && m_shapes != m_others.size(); ++m_shapes)
-            items -= std::min(items, takeShape(m_others[m_shapes]));
+        while (items != 0 && m_levels.empty() && m_shapes != m_others.size())
+            items -= std::min(items, takeShape(m_others[m_shapes], items));
         return !m_levels.empty() || m_shapes != m_others.size();
     }
 
@@ -266,16 +266,21 @@ private:
         m_ids.push_back(atom->GetId());
     }
 
-    // Returns how many items it is worth: a mesh is copied.
-    std::size_t takeShape(Compound* item) {
-        std::optional<Shape> shape = shapeOf(item, m_items.size());
-        if (!shape)
-            return 1;
-        const std::size_t size =
-            shape->points.size() + (shape->mesh ? shape->mesh->vertices.size() : 0);
-        m_collectedShapes.push_back(std::move(*shape));
-        takeItem(item);
-        return 1 + size;
+    // Of the next one, for what takes about as long as `items`; returns how many that was.
+    std::size_t takeShape(Compound* item, std::size_t items) {
+        if (!m_shape)
+            m_shape.emplace(item, m_items.size());
+        constexpr std::size_t most = 1U << 24;
+        const std::size_t some = std::min(items, most);
+        if (m_shape->advance(some * bytesOfItem))
+            return some;
+        if (std::optional<Shape> shape = m_shape->take()) {
+            m_collectedShapes.push_back(std::move(*shape));
+            takeItem(item);
+        }
+        m_shape.reset();
+        ++m_shapes;
+        return 1;
     }
 
     // Bonds to atoms that are not among those that were collected are left out.
@@ -308,7 +313,8 @@ private:
     ByClass<Kind> m_kinds;
     std::vector<Level> m_levels;
     std::vector<Compound*> m_others;
-    std::size_t m_shapes = 0; ///< how many of the others were asked for a shape
+    std::size_t m_shapes = 0;            ///< how many of the others were asked for a shape
+    std::optional<ShapeReading> m_shape; ///< of the next of them
     std::uint32_t m_chain = 0;
     std::uint32_t m_firstResidue = 0; ///< of the entry
     bool m_isInResidue = false;

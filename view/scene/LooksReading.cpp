@@ -1,7 +1,5 @@
 #include "LooksReading.h"
 
-#include "Shapes.h"
-
 #include <algorithm>
 #include <bit>
 #include <span>
@@ -36,8 +34,17 @@ LooksReading::State LooksReading::advance(std::size_t items) {
     if (m_selection->size() != m_items.size())
         return readItems(items);
     if (m_shape != m_contents->shapes.size()) {
-        const Shape& shape = m_contents->shapes[m_shape++];
-        return isAsRead(shape, m_items[shape.item]) ? State::Due : State::Outdated;
+        const Shape& shape = m_contents->shapes[m_shape];
+        switch (m_check.advance(shape, m_items[shape.item], items * bytesOfItem)) {
+        case ShapeCheck::State::Due:
+            return State::Due;
+        case ShapeCheck::State::Other:
+            return State::Outdated;
+        case ShapeCheck::State::Same:
+            ++m_shape;
+            m_check = {};
+            return State::Due;
+        }
     }
     return readBonds(items);
 }

@@ -5,6 +5,7 @@
 #include "Contents.h"
 #include "DataWalk.h"
 #include "ManyAtoms.h"
+#include "Shapes.h"
 
 #include <array>
 #include <cstddef>
@@ -46,6 +47,7 @@ private:
     bool m_isOther = false;
     bool m_isSelectionOther = false;
     std::size_t m_shape = 0;                  ///< the next one
+    ShapeCheck m_check;                       ///< of that
     std::size_t m_run = 0;                    ///< the one of the next bond
     std::uint32_t m_bondInRun = 0;            ///< the next bond
     std::array<TAVIK::ItemLook, 512> m_looks; ///< of those that are being read

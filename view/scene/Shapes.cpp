@@ -19,14 +19,18 @@ template <class T> bool isSame(const std::vector<T>& a, const std::vector<T>& b)
            (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
 }
 
-std::shared_ptr<const Mesh> meshOf(const TAVIK::SurfaceMesh& surface, Id id) {
-    auto mesh = std::make_shared<Mesh>();
-    mesh->vertices = surface.vertices;
-    mesh->normals = surface.normals;
-    mesh->triangles = surface.triangles;
-    mesh->colours = surface.colors;
-    mesh->ids.assign(1, id);
-    return mesh;
+/// Copies of `from` what `to` does not have yet, as far as `bytes` go; false if it has too much.
+template <class T>
+bool copySome(const std::vector<T>& from, std::vector<T>& to, std::size_t& bytes) {
+    if (to.size() > from.size())
+        return false;
+    if (to.empty())
+        to.reserve(from.size());
+    const std::size_t some = std::min(from.size() - to.size(), bytes / sizeof(T));
+    const auto first = from.begin() + static_cast<std::ptrdiff_t>(to.size());
+    to.insert(to.end(), first, first + static_cast<std::ptrdiff_t>(some));
+    bytes -= to.size() == from.size() ? some * sizeof(T) : bytes;
+    return true;
 }
 
 void takeLine(const std::vector<TAVIK::Vertex>& points, Shape& shape) {
@@ -77,32 +81,68 @@ bool takeLines(Compound* item, Shape& shape) {
 
 } // namespace
 
-std::optional<Shape> shapeOf(Compound* item, std::size_t index) {
+ShapeReading::ShapeReading(Compound* item, std::size_t index) : m_item(item) {
     Shape shape;
     shape.item = static_cast<std::uint32_t>(index);
     if (const auto* const surface = dynamic_cast<const TAVIK::Surface*>(item)) {
-        if (const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface))
-            shape.mesh = meshOf(*mesh, idOf(index));
-        return shape;
+        if (TAVIK::GetSurfaceMesh(surface)) {
+            m_mesh = std::make_shared<Mesh>();
+            m_mesh->ids.assign(1, idOf(index));
+            shape.mesh = m_mesh;
+        }
+    } else if (!takeLines(item, shape)) {
+        return;
     }
-    if (!takeLines(item, shape))
-        return {};
-    return shape;
+    m_shape = std::move(shape);
 }
 
-bool isAsRead(const Shape& shape, Compound* item) {
-    if (const auto* const surface = dynamic_cast<const TAVIK::Surface*>(item)) {
-        const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface);
-        if (!mesh || !shape.mesh)
-            return !mesh && !shape.mesh;
-        return isSame(shape.mesh->colours, mesh->colors) &&
-               isSame(shape.mesh->vertices, mesh->vertices) &&
-               isSame(shape.mesh->triangles, mesh->triangles) &&
-               isSame(shape.mesh->normals, mesh->normals);
+bool ShapeReading::advance(std::size_t bytes) {
+    if (!m_mesh)
+        return false;
+    const auto* const mesh = TAVIK::GetSurfaceMesh(static_cast<const TAVIK::Surface*>(m_item));
+    // Triangles last: their vertices are there.
+    if (mesh && copySome(mesh->vertices, m_mesh->vertices, bytes) &&
+        copySome(mesh->normals, m_mesh->normals, bytes) &&
+        copySome(mesh->colors, m_mesh->colours, bytes) &&
+        copySome(mesh->triangles, m_mesh->triangles, bytes))
+        return bytes == 0;
+    // Another mesh, or none.
+    *this = ShapeReading(m_item, m_shape->item);
+    return m_mesh != nullptr;
+}
+
+ShapeCheck::State ShapeCheck::advance(const Shape& shape, Compound* item, std::size_t bytes) {
+    const auto* const surface = dynamic_cast<const TAVIK::Surface*>(item);
+    if (!surface) {
+        Shape now;
+        takeLines(item, now);
+        return isSame(shape.points, now.points) && isSame(shape.segments, now.segments)
+                   ? State::Same
+                   : State::Other;
     }
-    Shape now;
-    takeLines(item, now);
-    return isSame(shape.points, now.points) && isSame(shape.segments, now.segments);
+    const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface);
+    if (!mesh || !shape.mesh)
+        return !mesh && !shape.mesh ? State::Same : State::Other;
+    std::size_t skipped = m_done;
+    std::size_t left = bytes;
+    const auto isSoFarSame = [&](const auto& a, const auto& b) {
+        if (a.size() != b.size())
+            return false;
+        const std::size_t size = a.size() * sizeof(a[0]);
+        const std::size_t begin = std::min(skipped, size);
+        const std::size_t some = std::min(size - begin, left);
+        skipped -= begin;
+        left -= some;
+        return some == 0 || std::memcmp(reinterpret_cast<const char*>(a.data()) + begin,
+                                        reinterpret_cast<const char*>(b.data()) + begin, some) == 0;
+    };
+    if (!isSoFarSame(shape.mesh->colours, mesh->colors) ||
+        !isSoFarSame(shape.mesh->vertices, mesh->vertices) ||
+        !isSoFarSame(shape.mesh->triangles, mesh->triangles) ||
+        !isSoFarSame(shape.mesh->normals, mesh->normals))
+        return State::Other;
+    m_done += bytes;
+    return left == 0 ? State::Due : State::Same;
 }
 
 void addPoints(const Shape& shape, std::vector<Point>& points) {
