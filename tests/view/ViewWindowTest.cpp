@@ -266,6 +266,36 @@ private slots:
     }
 
     // What is no place is neither drawn nor centred, and the others are where they belong.
+    void aLargeStructureIsLocatedWhileTheProgramGoesOn() {
+        memory_host::openFile(structure("6zu5.cif").toStdString());
+        show();
+        QTRY_VERIFY(atomsInView() > 100'000);
+        settle();
+        const view::Camera whole = canvas().camera();
+        canvas().zoom(8);
+        canvas().centreOn({1, 2, 3});
+        const view::Camera close = canvas().camera();
+        QTest::keyClick(&canvas(), Qt::Key_Home);
+        QCOMPARE(canvas().camera().centre, close.centre);
+        QTRY_COMPARE(canvas().camera().centre, whole.centre);
+        QCOMPARE(canvas().camera().height, whole.height);
+        // What is asked for last counts.
+        Items atoms;
+        TAVIK::GetAtoms(space(), atoms, true);
+        update([&] { atoms[1000]->SetSelected(true); });
+        settle();
+        QTest::keyClick(&canvas(), Qt::Key_Home);
+        QTest::keyClick(&canvas(), Qt::Key_C);
+        const TAVIK::Vertex at = atoms[1000]->GetPosition();
+        QTRY_COMPARE(canvas().camera().centre, (view::Point{at[0], at[1], at[2]}));
+        QTest::qWait(50);
+        QCOMPARE(canvas().camera().centre, (view::Point{at[0], at[1], at[2]}));
+        // The window may go meanwhile.
+        QTest::keyClick(&canvas(), Qt::Key_Home);
+        m_view.reset();
+        QCoreApplication::processEvents();
+    }
+
     void coordinatesThatAreNoPlacesLeaveTheOthersInSight() {
         Structure made = fourAtoms();
         made.add("UNL 2", {{"X", "C", {1e30F, 0, 0}},

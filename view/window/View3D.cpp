@@ -28,6 +28,8 @@ constexpr Colour outlineOnDark = 0xffffe000;
 // Of reading, between which other events have their turn.
 constexpr std::chrono::milliseconds pieceOfReading(10);
 constexpr std::chrono::milliseconds noWait(0);
+// Of so many, finding out where something is takes some milliseconds.
+constexpr std::size_t manyAtoms = 100'000;
 // Until another thread may have put together what was read.
 constexpr std::chrono::milliseconds waitForThread(2);
 
@@ -139,8 +141,10 @@ void View3D::showData() {
     const bool isFitted = !isEmpty && (m_isEmpty || (m_isFitDue && !m_canvas->isMovedByUser()));
     m_canvas->setSnapshot(snapshot);
     renewMark();
-    if (isFitted && m_fit)
+    if (isFitted && m_fit) {
+        ++m_locating; // which was of the data before
         m_canvas->fit(*m_fit);
+    }
     m_fit = nullptr;
     m_isEmpty = isEmpty;
     m_isFitDue = false;
@@ -159,8 +163,40 @@ QString View3D::line() const {
 void View3D::resetView() {
     bringUpToDate();
     m_canvas->resetRotation();
-    const Snapshot& snapshot = m_reader.snapshot();
-    m_canvas->fit(Canvas::fitOf(drawnPoints(*snapshot.contents, *snapshot.marks, m_look)));
+    locate(
+        [snapshot = m_reader.snapshot(), look = m_look] {
+            return Canvas::fitOf(drawnPoints(*snapshot.contents, *snapshot.marks, look));
+        },
+        [this](const Canvas::Fit& fit) { m_canvas->fit(fit); });
+}
+
+void View3D::locate(const std::function<Canvas::Fit()>& work,
+                    const std::function<void(const Canvas::Fit&)>& use) {
+    const std::uint64_t number = ++m_locating;
+    if (m_reader.snapshot().contents->atomCount() < manyAtoms) {
+        use(work());
+        return;
+    }
+    std::erase_if(m_locatingThreads, [](const std::future<void>& thread) {
+        return thread.wait_for(noWait) == std::future_status::ready;
+    });
+    const auto run = [this, work, use, number] {
+        std::optional<Canvas::Fit> fit;
+        try {
+            fit = work();
+        } catch (const std::bad_alloc&) {
+        }
+        QMetaObject::invokeMethod(
+            this,
+            [this, use, number, fit] {
+                if (!fit)
+                    say(tr("There is not enough memory to find out where it is"));
+                else if (number == m_locating)
+                    use(*fit);
+            },
+            Qt::QueuedConnection);
+    };
+    m_locatingThreads.push_back(std::async(std::launch::async, run));
 }
 
 void View3D::setRepresentation(Representation representation) {

@@ -16,10 +16,13 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 class QActionGroup;
 class QMenu;
@@ -97,6 +100,10 @@ private:
     /// Hands over what was read to be drawn.
     void showData();
     std::optional<Colour> outlineColour() const;
+    /// Works out where something is, and lets `use` have it: later, and on another thread, where
+    /// there are so many atoms that it would be noticed. What is asked for last counts.
+    void locate(const std::function<Canvas::Fit()>& work,
+                const std::function<void(const Canvas::Fit&)>& use);
 
     void click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers);
     /// Marks the item in focus where it is now, if it is marked.
@@ -122,7 +129,9 @@ private:
     QTimer m_nextPiece;
     std::deque<PictureRequest> m_toDraw; ///< the first is being drawn
     std::stop_source m_end;              ///< asked to stop when the window goes
-    DataReader m_reader;                 ///< last, and so the first to be destroyed
+    std::uint64_t m_locating = 0;        ///< the number of what is being located
+    std::vector<std::future<void>> m_locatingThreads;
+    DataReader m_reader; ///< last, and so the first to be destroyed
 };
 
 } // namespace view

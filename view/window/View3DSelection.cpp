@@ -38,6 +38,17 @@ FocusMark ballAround(const std::vector<Point>& points) {
     return {camera.centre, camera.height / 2};
 }
 
+std::vector<Point> selectedPoints(const Snapshot& snapshot) {
+    std::vector<Point> points;
+    for (std::size_t i = 0; i != snapshot.contents->atomCount(); ++i)
+        if ((*snapshot.selection)[i])
+            points.push_back(snapshot.contents->positions[i]);
+    for (const Shape& shape : snapshot.contents->shapes)
+        if ((*snapshot.selection)[shape.item])
+            addPoints(shape, points);
+    return points;
+}
+
 // Where an item is: its position, or those of what it holds.
 void addPoints(Compound* item, std::vector<Point>& points) {
     if (const TAVIK::Vertex at = item->GetPosition(); at.isValid()) {
@@ -151,17 +162,15 @@ void View3D::hover(Id id, std::uint64_t generation) {
 
 void View3D::centreSelection() {
     bringUpToDate();
-    const Snapshot& snapshot = m_reader.snapshot();
-    std::vector<Point> points;
-    for (std::size_t i = 0; i != snapshot.contents->atomCount(); ++i)
-        if ((*snapshot.selection)[i])
-            points.push_back(snapshot.contents->positions[i]);
-    for (const Shape& shape : snapshot.contents->shapes)
-        if ((*snapshot.selection)[shape.item])
-            addPoints(shape, points);
-    if (points.empty())
-        points = drawnPoints(*snapshot.contents, *snapshot.marks, m_look);
-    m_canvas->centreOn(ballAround(points).centre);
+    locate(
+        [snapshot = m_reader.snapshot(), look = m_look] {
+            std::vector<Point> points = selectedPoints(snapshot);
+            if (points.empty())
+                points = drawnPoints(*snapshot.contents, *snapshot.marks, look);
+            const FocusMark ball = ballAround(points);
+            return Canvas::Fit{ball.centre, ball.radius};
+        },
+        [this](const Canvas::Fit& fit) { m_canvas->centreOn(fit.centre); });
 }
 
 } // namespace view
