@@ -16,7 +16,9 @@ public:
           m_isTiny(frame.dotHalf < 1),
           m_rows(static_cast<int>(std::min(2 * m_reach + 1, static_cast<float>(tileSide)))),
           m_columns((m_rows + 3) / 4 * 4), m_left(static_cast<float>(tile.left()) + 0.5F),
-          m_top(static_cast<float>(tile.top()) + 0.5F) {}
+          m_top(static_cast<float>(tile.top()) + 0.5F),
+          m_isUsual(m_rows == usualRows && !m_isTiny && tile.width() == tileSide &&
+                    tile.height() == tileSide) {}
 
     /// The first sample of each window, as row * tileSide + column.
     Ints windows(Floats x, Floats y) const {
@@ -27,8 +29,7 @@ public:
     /// behind others.
     bool isSeen(int window, float depth) const {
         const float* const depths = m_tile.depths(0) + window;
-        // Of the usual width.
-        if (m_rows == 4)
+        if (m_rows == usualRows)
             return isAny((load(depths) <= all(depth)) | (load(depths + tileSide) <= all(depth)) |
                          (load(depths + 2 * tileSide) <= all(depth)) |
                          (load(depths + 3 * tileSide) <= all(depth)));
@@ -38,9 +39,18 @@ public:
                 isNearest |= load(depths + row * tileSide + column) <= all(depth);
         return isAny(isNearest);
     }
-    void draw(int window, const Place& centre, Number number);
+    void draw(int window, const Place& centre, Number number) {
+        if (m_isUsual)
+            drawUsual(window, centre, number);
+        else
+            drawAny(window, centre, number);
+    }
 
 private:
+    static constexpr int usualRows = 4;
+
+    void drawUsual(int window, const Place& centre, Number number);
+    void drawAny(int window, const Place& centre, Number number);
     /// The first sample that is not before a place, but at most `last`.
     static Ints first(Floats place, int last) {
         const Floats inTile = smaller(larger(place, all(0.0F)), all(static_cast<float>(last)));
@@ -51,14 +61,35 @@ private:
     Tile& m_tile;
     Floats m_squaredHalf;
     float m_reach;
-    bool m_isTiny; ///< perhaps without the sample that holds the centre, which is seen anyway
-    int m_rows;    ///< of a window
-    int m_columns; ///< likewise
-    float m_left;  ///< centre of the tile's first sample
-    float m_top;   ///< likewise
+    bool m_isTiny;  ///< perhaps without the sample that holds the centre, which is seen anyway
+    int m_rows;     ///< of a window
+    int m_columns;  ///< likewise
+    float m_left;   ///< centre of the tile's first sample
+    float m_top;    ///< likewise
+    bool m_isUsual; ///< whether windows of four rows and columns lie in the picture
 };
 
-void DotBrush::draw(int window, const Place& centre, Number number) {
+// As drawAny() does.
+void DotBrush::drawUsual(int window, const Place& centre, Number number) {
+    const int left = window % tileSide;
+    const int top = window / tileSide;
+    constexpr Floats from0 = {0, 1, 2, 3};
+    const Floats dx = all(static_cast<float>(left) + m_left) + from0 - all(centre.x);
+    const Floats dy = all(static_cast<float>(top) + m_top) + from0 - all(centre.y);
+    const Floats squaredX = dx * dx;
+    const Floats squaredY = dy * dy;
+    const auto drawRow = [&](int row) {
+        const Ints mask = squaredX + all(squaredY[row]) <= m_squaredHalf;
+        m_tile.put(top + row, left, mask, all(centre.z), all(number));
+    };
+    drawRow(0);
+    drawRow(1);
+    drawRow(2);
+    drawRow(3);
+    m_tile.markFourRows(left, top);
+}
+
+void DotBrush::drawAny(int window, const Place& centre, Number number) {
     const int left = window % tileSide;
     const int top = window / tileSide;
     for (int column = left; column < left + m_columns; column += 4) {

@@ -137,6 +137,16 @@ public:
                 runs & (~std::uint64_t{0} << (first * 8)) & (~std::uint64_t{0} >> ((7 - last) * 8));
         }
     }
+    /// Likewise of 4 x 4 samples, which lie in the tile and in the picture.
+    void markFourRows(int left, int top) {
+        const std::uint64_t runs = (1U << left / blockSide) | (1U << (left + 3) / blockSide);
+        const std::uint64_t rows = runs * 0x01010101U;
+        const int first = top % blockSide * 8;
+        std::uint64_t* const drawn = m_drawn.data() + top / blockSide;
+        drawn[0] |= rows << first;
+        if (first > 32)
+            drawn[1] |= rows >> (64 - first);
+    }
     /// Says that the rows above and below, in pairs from the first row on, are to be taken for
     /// drawn where one of them is: they make up pixels.
     void touchPairs();
