@@ -10,7 +10,7 @@ namespace {
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 /// After so many touched samples it pays to look how far away a block is now.
-constexpr int touchesAnUpdate = 96;
+constexpr int touchesAnUpdate = 128;
 constexpr std::uint64_t everyByte = 0x0101010101010101;
 
 } // namespace
