@@ -227,6 +227,63 @@ private slots:
         QVERIFY(scene.balls.empty());
     }
 
+    void whatIsPickedOutOfALargeEntryIsBallsAndSticksWithItsWaters() {
+        Structure made;
+        const int count = 3 * int(view::smallEntry) / 5; // residues of two atoms
+        for (int i = 0; i != count; ++i)
+            made.add("UNL " + std::to_string(i), {{"C1", "C", {4.0F * float(i), 0, 0}},
+                                                  {"C2", "C", {4.0F * float(i) + 1, 0, 0}}});
+        for (int i = 0; i != count; ++i)
+            made.bond(std::size_t(2 * i), std::size_t(2 * i + 1));
+        made.add("HOH 1", {{"O", "O", {0, 9, 0}}});
+        made.add("HOH 2", {{"O", "O", {0, 18, 0}}});
+        made.attach();
+        QCOMPARE(sceneOf(Representation::Automatic).sticks.size(), std::size_t(count));
+        QVERIFY(sceneOf(Representation::Automatic).balls.empty());
+        for (std::size_t i = 2; i != made.atoms.size() - 2; ++i)
+            made.atoms[i]->SetVisible(false);
+        made.atoms.back()->SetVisible(false);
+        // Two atoms with their bond, and the one water that is not hidden.
+        Scene scene = sceneOf(Representation::Automatic);
+        QCOMPARE(scene.sticks.size(), std::size_t(1));
+        QCOMPARE(balls(scene), (Atoms{0, 1, made.atoms.size() - 2}));
+        // In every representation.
+        QCOMPARE(sceneOf(Representation::Spheres).balls.size(), std::size_t(3));
+        // One more than is small: the rest of the entry was large before, too.
+        for (std::size_t i = 2; i != view::smallEntry; ++i)
+            made.atoms[i]->SetVisible(true);
+        scene = sceneOf(Representation::Automatic);
+        QCOMPARE(scene.balls.size(), view::smallEntry); // and no room for the water
+        made.atoms[view::smallEntry]->SetVisible(true);
+        scene = sceneOf(Representation::Automatic);
+        QCOMPARE(scene.sticks.size(), view::smallEntry / 2);
+    }
+
+    void chainsOfWhichSinglePiecesAreShownAreSticks() {
+        Structure made;
+        const std::size_t count = 2 * view::smallEntry / 5; // residues of five atoms
+        for (std::size_t i = 0; i != count; ++i)
+            made.add("ALA " + std::to_string(i + 1), alanine(3.8F * float(i)));
+        for (std::size_t i = 0; i != count; ++i) {
+            made.bond(5 * i, 5 * i + 1); // N and CA
+            if (i > 0)
+                made.bond(5 * i - 3, 5 * i); // C and N
+        }
+        made.attach();
+        const auto hide = [&](std::size_t residue) {
+            for (std::size_t i = 5 * residue; i != 5 * residue + 5; ++i)
+                made.atoms[i]->SetVisible(false);
+        };
+        QVERIFY(sceneOf(Representation::Automatic).sticks.empty());
+        // Pieces of four residues each still are ribbons, those of three are not.
+        for (std::size_t i = 4; i < count; i += 5)
+            hide(i);
+        QVERIFY(sceneOf(Representation::Automatic).sticks.empty());
+        for (std::size_t i = 3; i < count; i += 5)
+            hide(i);
+        QCOMPARE(sceneOf(Representation::Automatic).sticks.size(), count / 5 * (3 + 2));
+    }
+
     void theSameDataGiveTheSameScene() {
         const Structure made = mixed().attach();
         view::DataReader reader;

@@ -24,6 +24,10 @@ struct Look {
     /// Against it lines and dots keep a contrast, in the hue that they have; what is shaded does
     /// not need it.
     Colour background = 0xff000000;
+    /// The atoms from `focusBegin` up to, not including, `focusEnd` are sticks where they would not
+    /// be drawn at all, as in a ribbon.
+    std::uint32_t focusBegin = 0;
+    std::uint32_t focusEnd = 0;
 
     bool operator==(const Look&) const = default;
 };

@@ -6,22 +6,44 @@ namespace view {
 
 namespace {
 
+// Of so many linked residues on average, as of a turn of a helix, a ribbon can be made.
+constexpr std::size_t shortestChain = 4;
+
 struct EntryFacts {
-    std::size_t atoms = 0;
-    bool hasPolymer = false;
+    std::size_t atoms = 0;       ///< without waters
+    std::size_t shown = 0;       ///< of these
+    std::size_t shownWaters = 0; ///< atoms
+    std::size_t residues = 0;    ///< of polymers, shown
+    std::size_t pieces = 0;      ///< in which these are linked
     bool isOnlyWater = true;
+
+    bool hasChains() const { return residues > 0 && residues >= shortestChain * pieces; }
+    bool isPickedOut() const {
+        return atoms > smallEntry &&
+               (shown + shownWaters <= smallEntry || (residues > 0 && !hasChains()));
+    }
 };
 
-EntryFacts factsOf(const Contents& contents, std::size_t entry) {
+EntryFacts factsOf(const Contents& contents, const Marks& marks, std::size_t entry) {
     EntryFacts facts;
+    bool isInPiece = false;
     const std::uint32_t end = contents.residueEnd(entry);
     for (std::uint32_t i = contents.entries[entry].firstResidue; i != end; ++i) {
         const ResidueEntry& residue = contents.residues[i];
-        facts.hasPolymer = facts.hasPolymer || residue.isPolymer;
-        if (residue.kind == ResidueKind::Water)
+        const auto begin = marks.shown.begin() + residue.firstAtom;
+        const auto atomEnd = marks.shown.begin() + contents.atomEnd(i);
+        const auto shown = static_cast<std::size_t>(std::count(begin, atomEnd, 1));
+        const bool isChain = residue.isPolymer && shown > 0;
+        facts.residues += isChain ? 1 : 0;
+        facts.pieces += isChain && !(isInPiece && residue.isLinkedToPrevious) ? 1 : 0;
+        isInPiece = isChain;
+        if (residue.kind == ResidueKind::Water) {
+            facts.shownWaters += shown;
             continue;
+        }
         facts.isOnlyWater = false;
         facts.atoms += contents.atomEnd(i) - residue.firstAtom;
+        facts.shown += shown;
     }
     return facts;
 }
@@ -29,9 +51,9 @@ EntryFacts factsOf(const Contents& contents, std::size_t entry) {
 Representation representationOf(Representation wanted, const EntryFacts& facts) {
     if (wanted != Representation::Automatic)
         return wanted;
-    if (facts.atoms <= smallEntry)
+    if (facts.shown <= smallEntry)
         return Representation::BallAndStick;
-    return facts.hasPolymer ? Representation::Ribbon : Representation::Sticks;
+    return facts.hasChains() ? Representation::Ribbon : Representation::Sticks;
 }
 
 // The style of a residue's atoms; those of a ribbon have none of their own.
@@ -94,9 +116,9 @@ Styles chooseStyles(const Contents& contents, const Marks& marks, const Look& lo
     styles.ribbon.resize(contents.residues.size());
     bool anyRibbon = false;
     for (std::size_t entry = 0; entry != contents.entries.size(); ++entry) {
-        const EntryFacts facts = factsOf(contents, entry);
+        const EntryFacts facts = factsOf(contents, marks, entry);
         const Representation representation = representationOf(look.representation, facts);
-        const bool skipsWater = !look.showWaters && !facts.isOnlyWater;
+        const bool skipsWater = !look.showWaters && !facts.isOnlyWater && !facts.isPickedOut();
         const std::uint32_t end = contents.residueEnd(entry);
         for (std::uint32_t i = contents.entries[entry].firstResidue; i != end; ++i) {
             const ResidueEntry& residue = contents.residues[i];
@@ -112,6 +134,10 @@ Styles chooseStyles(const Contents& contents, const Marks& marks, const Look& lo
     }
     if (anyRibbon)
         showLinksToLigands(contents, marks, styles);
+    const std::size_t focusEnd = std::min<std::size_t>(look.focusEnd, contents.atomCount());
+    for (std::size_t atom = look.focusBegin; atom < focusEnd; ++atom)
+        if (marks.shown[atom] && styles.atoms[atom] == Style::None)
+            styles.atoms[atom] = Style::Stick;
     return styles;
 }
 
