@@ -115,6 +115,11 @@ private slots:
         QCOMPARE(canvas().camera().centre, before.centre);
     }
 
+    void theWheelGivesTheViewTheKeyboard() {
+        QVERIFY((canvas().focusPolicy() & Qt::WheelFocus) == Qt::WheelFocus);
+        QCOMPARE(m_view->focusProxy(), &canvas());
+    }
+
     void aWheelToTheSideMovesNothing() {
         fourAtoms().attach();
         show();

@@ -465,7 +465,7 @@ private slots:
             ++keys;
             QVERIFY2(text.contains("\n| " + key + " | "), qPrintable(key));
         }
-        QCOMPARE(keys, 13);
+        QCOMPARE(keys, 14);
     }
 
     void thePluginAnswersItsCommandsAndLeavesNothing() {
@@ -490,6 +490,7 @@ private slots:
                                static_cast<const void*>(nullptr));
         QVERIFY(!memory_host::allPluginsDone());
         QTest::qWait(20);
+        QVERIFY(memory_host::commandPlugin("Display", "View3D", "test", "ShowAll", {}));
         PluginManager::Command("Display", "View3D", "test", "Kill", {},
                                static_cast<const void*>(nullptr));
         QVERIFY(memory_host::allPluginsDone());

@@ -57,6 +57,10 @@ void Camera::move(double right, double up) {
     centre = combined(centre, 1, axes[1], -up);
 }
 
+double Camera::depthOf(const Point& point) const {
+    return dot(axes[2], point) - dot(axes[2], centre);
+}
+
 void Camera::fit(std::span<const Point> points, double aspect, double margin) {
     Point low = {farthest, farthest, farthest};
     Point high = {-farthest, -farthest, -farthest};

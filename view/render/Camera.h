@@ -29,6 +29,9 @@ struct Camera {
     /// Moves the scene on the screen, to the right and up. Å.
     void move(double right, double up);
 
+    /// How far a point lies in front of the centre, towards the viewer. Å.
+    double depthOf(const Point& point) const;
+
     /// Puts the middle of the points' bounding box into the middle of the picture, and shows all of
     /// the points at any rotation, with `margin` Å around them; `aspect` is the width of the
     /// picture divided by its height. Points that are not finite, or further than `farthest` from

@@ -35,7 +35,7 @@ Canvas::Canvas(QWidget* parent)
               this, [this, drawn = std::move(drawn)]() mutable { take(std::move(drawn)); },
               Qt::QueuedConnection);
       }) {
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::WheelFocus);
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(1, 1);
@@ -134,7 +134,21 @@ void Canvas::lookAt(const FocusMark& what) {
     seen = std::min(seen, heightOf(surroundings));
     if (seen < heightOf(0))
         seen = heightOf(margin);
+    const double reach = what.radius + margin;
+    double& front = m_order.camera.front;
+    front = m_clearsFront ? reach : std::max(front, reach);
+    m_order.camera.back = std::min(m_order.camera.back, -reach);
     centreOn(what.centre);
+}
+
+void Canvas::setClearsFront(bool on) {
+    m_clearsFront = on;
+    Camera& camera = m_order.camera;
+    if (!on)
+        camera.front = Camera().front;
+    else if (m_mark)
+        camera.front = camera.depthOf(m_mark->centre) + m_mark->radius + margin;
+    order(false);
 }
 
 void Canvas::setMark(const std::optional<FocusMark>& mark) {

@@ -49,8 +49,13 @@ public:
     /// Puts a point into the middle; a point that is no place changes nothing.
     void centreOn(const Point& point);
     /// Puts something into the middle, and comes so close that it and what is around it fill the
-    /// widget; who is close already stays so, but for what would not be seen as a whole.
+    /// widget; who is close already stays so, but for what would not be seen as a whole. The planes
+    /// never cut it, and the front one cuts away all that hides it, if that is asked for.
     void lookAt(const FocusMark& what);
+    /// Whether the front plane cuts away what hides the thing that is looked at: now, if it is
+    /// marked, and whenever there is another one. When it ends, nothing in front is cut away.
+    void setClearsFront(bool on);
+    bool clearsFront() const { return m_clearsFront; }
     /// Draws a ring around something, through all that is in front of it, until there is another
     /// mark or none. It follows the camera, and is in no picture but the one on the screen.
     void setMark(const std::optional<FocusMark>& mark);
@@ -126,6 +131,7 @@ private:
     double m_radius = 50; ///< Å from the middle of what was fitted to its farthest point
     bool m_isMovedByUser = false;
     std::optional<FocusMark> m_mark;
+    bool m_clearsFront = true;
     QTimer m_rest;            ///< until nothing has moved for a while
     bool m_isOrdered = false; ///< and the order is not sent yet
 

@@ -22,6 +22,12 @@ void pictureDialogWritable(void* input, PluginResult* result) {
     pictureDialog(input, result);
 }
 
+/// "ShowAll": shows everything, as one looks at it now.
+void showWhole(const void*, PluginResult*);
+void showWholeWritable(void* input, PluginResult* result) {
+    showWhole(input, result);
+}
+
 class ViewPlugin : public view::View3D {
 public:
     ViewPlugin() {
@@ -30,6 +36,8 @@ public:
         GUIPlugin<ViewPlugin>::addAction("Picture", &picture);
         GUIPlugin<ViewPlugin>::addAction("AskForPicture", &pictureDialogWritable);
         GUIPlugin<ViewPlugin>::addAction("AskForPicture", &pictureDialog);
+        GUIPlugin<ViewPlugin>::addAction("ShowAll", &showWholeWritable);
+        GUIPlugin<ViewPlugin>::addAction("ShowAll", &showWhole);
     }
     ~ViewPlugin() override { theView = nullptr; }
 };
@@ -52,6 +60,10 @@ void picture(const void*, PluginResult* result) {
 
 void pictureDialog(const void*, PluginResult*) {
     theView->askForPicture();
+}
+
+void showWhole(const void*, PluginResult*) {
+    theView->showAll();
 }
 
 } // namespace

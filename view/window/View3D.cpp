@@ -46,6 +46,7 @@ View3D::View3D()
       m_canvas(new Canvas(this)), m_line(new ElidedLabel(m_canvas)),
       m_reader([this] { schedule(DataReader::What::Everything); }) {
     setCentralWidget(m_canvas);
+    setFocusProxy(m_canvas);
     connect(m_canvas, &Canvas::clicked, this, &View3D::click);
     connect(m_canvas, &Canvas::doubleClicked, this, &View3D::doubleClick);
     connect(m_canvas, &Canvas::hovered, this, &View3D::hover);
@@ -161,8 +162,12 @@ QString View3D::line() const {
 }
 
 void View3D::resetView() {
-    bringUpToDate();
     m_canvas->resetRotation();
+    showAll();
+}
+
+void View3D::showAll() {
+    bringUpToDate();
     locate(
         [snapshot = m_reader.snapshot(), look = m_look] {
             return Canvas::fitOf(drawnPoints(*snapshot.contents, *snapshot.marks, look));
@@ -218,6 +223,10 @@ void View3D::setLightBackground(bool on) {
 
 void View3D::setDepthCue(bool on) {
     m_canvas->setDepthCue(on);
+}
+
+void View3D::setClearsFront(bool on) {
+    m_canvas->setClearsFront(on);
 }
 
 Order View3D::pictureOrder(const QSize& size) {

@@ -68,6 +68,8 @@ public:
 public slots:
     /// Shows everything, as when the data were opened.
     void resetView();
+    /// Shows everything, as one looks at it now.
+    void showAll();
     /// Puts the middle of what is selected into the middle of the window; of everything that is
     /// drawn, if nothing is.
     void centreSelection();
@@ -75,6 +77,8 @@ public slots:
     void setShowWaters(bool on);
     void setLightBackground(bool on);
     void setDepthCue(bool on);
+    /// Whether what hides the item in focus is cut away.
+    void setClearsFront(bool on);
     void setFullScreen(bool on);
     /// Asks for size and file in a dialog, which saves a picture when it is accepted.
     void askForPicture();
@@ -108,6 +112,8 @@ private:
     void click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers);
     /// Marks the item in focus where it is now, if it is marked.
     void renewMark();
+    /// Draws the atoms of the residue in focus, if that is asked for, by their ids as they are now.
+    void renewFocusAtoms();
     void doubleClick(Id id, std::uint64_t generation, const Point& point);
     void hover(Id id, std::uint64_t generation);
     /// Opens a guard, changes the selection, and shows it. Says so if the guard is refused.
@@ -123,6 +129,9 @@ private:
     bool m_isLight = false;
     bool m_isEmpty = true;   ///< nothing was there when the data were last read
     bool m_isFitDue = false; ///< items were added since
+    /// Whether the residue in focus is seen with its atoms: from when another window looks at it
+    /// until something else is clicked.
+    bool m_showsFocus = false;
     /// Where the data are that are read next, if that will be asked.
     std::shared_ptr<Canvas::Fit> m_fit;
     std::optional<DataReader::What> m_due = DataReader::What::Everything; ///< not begun yet

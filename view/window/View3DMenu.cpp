@@ -81,6 +81,8 @@ void View3D::createMenu() {
     toggle(tr("Ligh&t background"), QKeySequence(Qt::Key_L), m_isLight,
            &View3D::setLightBackground);
     toggle(tr("&Depth cueing"), QKeySequence(Qt::Key_D), true, &View3D::setDepthCue);
+    toggle(tr("Cut away what hides the &focus"), QKeySequence(Qt::Key_F), true,
+           &View3D::setClearsFront);
     m_menu->addSeparator();
     command(tr("&Centre selection"), QKeySequence(Qt::Key_C), &View3D::centreSelection);
     command(tr("R&eset view"), QKeySequence(Qt::Key_Home), &View3D::resetView);

@@ -7,6 +7,7 @@
 #include "Changed.h"
 #include "DataPoint.h"
 #include "ElidedLabel.h"
+#include "Kinds.h"
 #include "Messages.h"
 #include "Space.h"
 #include "Traversal.h"
@@ -70,6 +71,13 @@ FocusMark ballAround(Compound* item) {
     return ballAround(points);
 }
 
+// The residue that the item is, or that it is a part of; else null.
+Compound* residueOf(Compound* item) {
+    while (item && !dynamic_cast<TAVIK::Residue*>(item))
+        item = TAVIK::GetParent(item);
+    return item;
+}
+
 // Whether it is one place among others: no entry, and not too large.
 bool isMarked(Compound* item) {
     if (TAVIK::GetParent(item) == Space::instance())
@@ -102,6 +110,8 @@ template <class Change> void View3D::changeSelection(const char* command, Change
 void View3D::click(Id id, std::uint64_t generation, Qt::KeyboardModifiers modifiers) {
     m_canvas->setMark({});
     Compound* const item = m_reader.item(id, generation);
+    m_showsFocus = m_showsFocus && item && residueOf(item) == residueOf(TAVIK::Focus::item());
+    renewFocusAtoms();
     const bool adds = modifiers.testFlag(Qt::ShiftModifier);
     const bool toggles = modifiers.testFlag(Qt::ControlModifier);
     if (!item) {
@@ -134,11 +144,33 @@ void View3D::focusMoved(Compound* item, bool center) {
     m_canvas->setMark(isShown ? ball : std::nullopt);
     if (ball && center)
         m_canvas->lookAt(*ball);
+    m_showsFocus = isShown;
+    renewFocusAtoms();
 }
 
 void View3D::renewMark() {
     if (m_canvas->mark())
         focusMoved(TAVIK::Focus::item(), false);
+    else
+        renewFocusAtoms();
+}
+
+void View3D::renewFocusAtoms() {
+    Look look = m_look;
+    look.focusBegin = look.focusEnd = 0;
+    std::vector<Compound*> atoms;
+    if (m_showsFocus)
+        TAVIK::GetAtoms(residueOf(TAVIK::Focus::item()), atoms, true);
+    const Id first = atoms.empty() ? noId : m_reader.id(atoms.front());
+    // Items that were not read yet have no ids.
+    if (first != noId && m_reader.id(atoms.back()) == first + atoms.size() - 1) {
+        look.focusBegin = static_cast<std::uint32_t>(itemOf(first));
+        look.focusEnd = look.focusBegin + static_cast<std::uint32_t>(atoms.size());
+    }
+    if (look == m_look)
+        return;
+    m_look = look;
+    m_canvas->setLook(m_look);
 }
 
 void View3D::say(const QString& text) {
