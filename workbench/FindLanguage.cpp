@@ -315,6 +315,10 @@ private:
         }
         if (isPlace(word))
             return readPlace(word);
+        // "A:45" and "ARG@CZ": the first mark tells what stands before it.
+        for (qsizetype at = 0; at != word.size(); ++at)
+            if (word[at] == u':' || word[at] == u'@')
+                return readPlace((word[at] == u':' ? u'/' : u':') + word);
         term.text = latin1(word);
         if (isPlainNext()) {
             const std::optional<NumberRange> number = readRange(m_words[m_at]);

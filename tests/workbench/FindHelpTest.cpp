@@ -97,6 +97,11 @@ std::map<QString, Holds> meanings(const std::vector<Line>& lines) {
          [](const Line& line) {
              return line.chain == "A" && line.number == 100 && line.name == "CA";
          }},
+        {"A:100@CA",
+         [](const Line& line) {
+             return line.chain == "A" && line.number == 100 && line.name == "CA";
+         }},
+        {"CYS@SG", [](const Line& line) { return line.residue == "CYS" && line.name == "SG"; }},
         {":100-110@CA",
          [](const Line& line) {
              return line.number >= 100 && line.number <= 110 && line.name == "CA";

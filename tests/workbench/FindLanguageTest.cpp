@@ -81,6 +81,10 @@ private slots:
         QCOMPARE(stepsOf("/C:45@CA"), "/C#45@CA");
         QCOMPARE(stepsOf("/C,D:45,50-60,MSE@CA,CB"), "/C/D:MSE#45#50..60@CA@CB");
         QCOMPARE(stepsOf("@CA"), "@CA");
+        QCOMPARE(stepsOf("ARG@CZ,NE"), ":ARG@CZ@NE");
+        QCOMPARE(stepsOf("45@CA"), "#45@CA");
+        QCOMPARE(stepsOf("LC0:45"), "/LC0#45");
+        QCOMPARE(stepsOf("A,B:ARG@CZ and not 5@CZ"), "/A/B:ARG@CZ #5@CZ not and");
         QCOMPARE(stepsOf("chain 5"), "/5");
         QCOMPARE(stepsOf("altloc B"), "altloc:B");
         QCOMPARE(stepsOf("/1ubq/A/Groups/MET 1/CA"), "path:/1ubq/A/Groups/MET 1/CA");
