@@ -46,6 +46,9 @@ Inspector::Inspector(QWidget* parent)
     m_table->verticalHeader()->hide();
     m_table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     m_table->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
+    // Another width breaks lines elsewhere; later, when the table has it, too.
+    connect(m_table->horizontalHeader(), &QHeaderView::sectionResized, m_table,
+            &QTableWidget::resizeRowsToContents, Qt::QueuedConnection);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setShowGrid(false);
@@ -179,6 +182,7 @@ void Inspector::saveTable() {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(QStringLiteral("csv"));
+    dialog->selectFile(tr("selected atoms.csv"));
     // Later, when the dialog is closed: what it takes may have a window of its own.
     connect(dialog, &QFileDialog::fileSelected, this, &Inspector::writeTable, Qt::QueuedConnection);
     dialog->open();
