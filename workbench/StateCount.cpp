@@ -125,9 +125,9 @@ QString changeText(const StateCount& before, const StateCount& after) {
     if (!done.isEmpty())
         return done.join(QStringLiteral(", "));
     if (before.selection != after.selection)
-        return say("others are selected");
+        return say("other items are selected");
     if (before.visibility != after.visibility)
-        return say("others are shown");
+        return say("other items are shown");
     if (before.colors != after.colors)
         return say("colours changed");
     return say("nothing changed");

@@ -169,7 +169,7 @@ private slots:
             chains.residue(0, 0)->SetSelected(false);
             chains.residue(0, 1)->SetSelected(true);
         });
-        QCOMPARE(changeText(before, counted()), "others are selected");
+        QCOMPARE(changeText(before, counted()), "other items are selected");
         const StateCount selected = counted();
         change([&] { chains.atom(0, 0, 0)->SetColor(Color(0xff123456U)); });
         QCOMPARE(changeText(selected, counted()), "colours changed");
