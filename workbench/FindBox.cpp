@@ -155,8 +155,10 @@ bool FindBox::takeKey(const QKeyEvent& key) {
     case Qt::Key_Escape:
         if (m_panel->isVisible())
             hideHits();
-        else
+        else if (!m_field->text().isEmpty())
             m_field->clear();
+        else
+            emit left();
         return true;
     case Qt::Key_Up:
     case Qt::Key_Down:

@@ -31,6 +31,8 @@ public slots:
 signals:
     /// A line about what was done, or could not be.
     void said(const QString& line);
+    /// Escape was pressed where there was nothing left to close or to empty.
+    void left();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

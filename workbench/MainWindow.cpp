@@ -111,6 +111,7 @@ MainWindow::MainWindow(const Setup& setup)
     addDockWidget(Qt::RightDockWidgetArea, m_inspectorDock);
 
     makeMenus();
+    connect(m_find, &FindBox::left, this, &MainWindow::giveViewTheKeyboard);
     connect(m_find, &FindBox::said, m_status, &StatusLine::say);
     connect(m_inspector, &Inspector::done, m_status, &StatusLine::say);
     connect(m_inspector, &Inspector::failed, this,
@@ -187,6 +188,16 @@ void MainWindow::showUsually() {
                    : dockWidgetArea(dock) == Qt::RightDockWidgetArea ? right
                                                                      : wanted(dock));
     resizeDocks(docks, widths, Qt::Horizontal);
+}
+
+void MainWindow::giveViewTheKeyboard() {
+    for (const QDockWidget* const dock : m_docks->docks())
+        if (PluginDocks::isMiddle(*dock) && dock->isVisible())
+            if (QWidget* const first = firstForKeys(dock->widget())) {
+                dock->widget()->window()->activateWindow();
+                first->setFocus();
+                return;
+            }
 }
 
 void MainWindow::showError(const std::string& line) {

@@ -96,6 +96,7 @@ private:
     void askForFiles();
     void nameEntryToClose();
     void showUsually();
+    void giveViewTheKeyboard();
     void showAbout();
     void updateTitle();
     void hearLog();

@@ -232,6 +232,9 @@ private slots:
         QCOMPARE(m_window->find->field()->text(), "GLY");
         QTest::keyClick(m_window->find->field(), Qt::Key_Escape);
         QCOMPARE(m_window->find->field()->text(), "");
+        QSignalSpy left(m_window->find, &FindBox::left);
+        QTest::keyClick(m_window->find->field(), Qt::Key_Escape);
+        QCOMPARE(left.size(), 1);
     }
 
     void theListGoesWithTheKeyboard() {

@@ -78,6 +78,13 @@ private slots:
         QVERIFY2(dock(m_view)->width() >= before - 10, qPrintable(QString::number(before)));
     }
 
+    void escapeLeadsFromTheEmptyFindBoxToTheView() {
+        open();
+        m_window->find().begin();
+        QTest::keyClick(m_window->find().field(), Qt::Key_Escape);
+        QVERIFY(windowIn(m_view)->isAncestorOf(QApplication::focusWidget()));
+    }
+
     void aDockThatIsClosedComesBackFromTheMenus() {
         open();
         for (const QString& name : {m_editor, m_view}) {
