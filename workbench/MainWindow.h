@@ -74,6 +74,10 @@ public slots:
     /// Lets the view ask for a size and a file, and draw a picture.
     void savePicture();
     void toggleFullScreen();
+    /// Shows what is selected alone, or all that is open, as one change. Of what is left
+    /// alone the view shows all.
+    void showOnlySelected();
+    void showEverything();
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -116,6 +120,7 @@ private:
     QToolBar* m_bar; ///< with the find box and the errors
     QMenu* m_recent = nullptr;
     QMenu* m_view = nullptr;
+    QList<QAction*> m_showing;  ///< of the menu "View", which change what is shown
     QAction* m_close = nullptr; ///< closes the entry of the focus
     std::unique_ptr<Opening> m_opening;
     std::deque<QString> m_toOpen;

@@ -6,6 +6,8 @@
 #include "Inspector.h"
 #include "MenuLetters.h"
 #include "PluginDocks.h"
+#include "Showing.h"
+#include "StatusLine.h"
 
 #include "HelpViewer.h"
 #include "PluginManager.h"
@@ -80,6 +82,19 @@ void MainWindow::makeEditMenu() {
 
 void MainWindow::makeViewMenu() {
     m_view = menuBar()->addMenu(tr("&View"));
+    const auto make = [this](const QString& label, const QKeySequence& key,
+                             void (MainWindow::*slot)()) {
+        auto* const action = new QAction(label, this);
+        action->setShortcut(key);
+        connect(action, &QAction::triggered, this, slot);
+        // Also where the menu bar is not seen, as on a full screen.
+        addAction(action);
+        return action;
+    };
+    m_showing = {make(tr("Show &Only Selected"), QKeySequence(Qt::CTRL | Qt::Key_I),
+                      &MainWindow::showOnlySelected),
+                 make(tr("Show &Everything"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I),
+                      &MainWindow::showEverything)};
     connect(m_docks.get(), &PluginDocks::changed, this, &MainWindow::fillViewMenu);
     fillViewMenu();
 }
@@ -87,6 +102,8 @@ void MainWindow::makeViewMenu() {
 void MainWindow::fillViewMenu() {
     // Submenus and actions of docks are not the menu's: only what it made itself is deleted.
     m_view->clear();
+    m_view->addActions(m_showing);
+    m_view->addSeparator();
     for (QDockWidget* const dock : m_docks->docks())
         m_view->addAction(dock->toggleViewAction());
     m_view->addAction(m_inspectorDock->toggleViewAction());
@@ -94,6 +111,27 @@ void MainWindow::fillViewMenu() {
     m_view->addAction(tr("&Usual Places"), this, &MainWindow::showUsually);
     // The key is taken where nobody else does: a plug-in may have one of its own for it.
     m_view->addAction(tr("Full &Screen\tF11"), this, &MainWindow::toggleFullScreen);
+}
+
+void MainWindow::showOnlySelected() {
+    switch (workbench::showOnlySelected()) {
+    case Showing::Done:
+        // Which may have been a small part of it, anywhere.
+        if (PluginManager::FindPlugin(viewType, viewName))
+            commandPlugin(viewType, viewName, "ShowAll");
+        break;
+    case Showing::NothingSelected:
+        m_status->say(tr("Nothing is selected that could be shown alone."));
+        break;
+    case Showing::Refused:
+        m_status->say(tr("Nothing is hidden: another change is under way"));
+        break;
+    }
+}
+
+void MainWindow::showEverything() {
+    if (workbench::showEverything() == Showing::Refused)
+        m_status->say(tr("Nothing is shown: another change is under way"));
 }
 
 void MainWindow::makePluginMenu() {

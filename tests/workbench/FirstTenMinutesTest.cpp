@@ -122,8 +122,22 @@ private slots:
             },
             [&](const QStringList& texts) {
                 type(texts.at(0));
+                press(Qt::ControlModifier | Qt::ShiftModifier);
+                QTRY_COMPARE(said(), texts.at(1));
+            },
+            [&](const QStringList& texts) {
+                QTest::keyClick(m_window.get(), Qt::Key_I, Qt::ControlModifier);
+                QTRY_COMPARE(said(), texts.at(0));
+            },
+            [&](const QStringList& texts) {
+                QTest::keyClick(m_window.get(), Qt::Key_I, Qt::ControlModifier | Qt::ShiftModifier);
+                QTRY_COMPARE(said(), texts.at(0));
+            },
+            [&](const QStringList& texts) {
+                type(texts.at(0));
                 press(Qt::ControlModifier);
                 QTRY_COMPARE(said(), texts.at(1));
+                QTRY_COMPARE(state(), texts.at(2));
             },
             [&](const QStringList& texts) {
                 choose("Display", "Hide");
