@@ -71,7 +71,7 @@ std::optional<NumberRange> readRange(const QString& text) {
     return {};
 }
 
-enum class Word { Plain, And, Or, Not, Within, Of, Alternate, Element, Chain, Kind };
+enum class Word { Plain, And, Or, Not, Within, Of, Alternate, Element, Chain, Entry, Kind };
 
 struct Keyword {
     const char* text;
@@ -88,6 +88,7 @@ constexpr Keyword keywords[] = {
     {"altloc", Word::Alternate},
     {"element", Word::Element},
     {"chain", Word::Chain},
+    {"entry", Word::Entry},
     {"protein", Word::Kind, FindTerm::Kind::Protein},
     {"nucleic", Word::Kind, FindTerm::Kind::Nucleic},
     {"water", Word::Kind, FindTerm::Kind::Water},
@@ -293,6 +294,10 @@ private:
         case Word::Chain:
             term.kind = FindTerm::Kind::Place;
             term.chains = {latin1(take("“chain” needs a name, as in “chain A”"))};
+            break;
+        case Word::Entry:
+            term.kind = FindTerm::Kind::Path;
+            term.text = '/' + latin1(take("“entry” needs a name, as in “entry 1cbs”"));
             break;
         case Word::Plain:
             term = readName(word);

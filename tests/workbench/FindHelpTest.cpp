@@ -120,6 +120,7 @@ std::map<QString, Holds> meanings(const std::vector<Line>& lines) {
         {"altloc B", [](const Line& line) { return line.alternate == 'B'; }},
         {"element S", [](const Line& line) { return line.element == "S"; }},
         {"chain C", [](const Line& line) { return line.chain == "C"; }},
+        {"entry sample", [](const Line&) { return true; }},
         {"protein", [](const Line& line) { return line.isProtein; }},
         {"nucleic", [](const Line&) { return false; }},
         {"water", [](const Line& line) { return line.isWater(); }},
@@ -223,7 +224,7 @@ private slots:
     void everyKeywordStandsOnThePage() {
         const QString page = textOf(SOURCE_DIR "/data/help/find.md");
         for (const QString word :
-             {"and", "or", "not", "within", "of", "altloc", "element", "chain", "protein",
+             {"and", "or", "not", "within", "of", "altloc", "element", "chain", "entry", "protein",
               "nucleic", "water", "ion", "ligand", "selected", "hidden", "all"})
             QVERIFY2(page.contains(QRegularExpression("`[^`]*\\b" + word + "\\b[^`]*`")),
                      qPrintable(word));

@@ -86,6 +86,7 @@ private slots:
         QCOMPARE(stepsOf("LC0:45"), "/LC0#45");
         QCOMPARE(stepsOf("A,B:ARG@CZ and not 5@CZ"), "/A/B:ARG@CZ #5@CZ not and");
         QCOMPARE(stepsOf("chain 5"), "/5");
+        QCOMPARE(stepsOf("entry 1d3z.5 and chain A"), "path:/1d3z.5 /A and");
         QCOMPARE(stepsOf("altloc B"), "altloc:B");
         QCOMPARE(stepsOf("/1ubq/A/Groups/MET 1/CA"), "path:/1ubq/A/Groups/MET 1/CA");
         QCOMPARE(stepsOf(""), "");
@@ -131,6 +132,7 @@ private slots:
         row("within 5", "after “within 5” comes “of”, as in “within 5 of ligand”");
         row("altloc", "“altloc” needs a letter, as in “altloc B”");
         row("altloc BB", "“altloc” needs one letter, as in “altloc B”");
+        row("entry", "“entry” needs a name, as in “entry 1cbs”");
         row("element", "“element” needs a symbol, as in “element FE”");
         row("@CA:45",
             "“@CA:45” is not understood: chain, residue and atom come in this order, as in "
