@@ -229,7 +229,7 @@ private slots:
 
     void whatIsPickedOutOfALargeEntryIsBallsAndSticksWithItsWaters() {
         Structure made;
-        const int count = 3 * int(view::smallEntry) / 5; // residues of two atoms
+        const int count = 2 * int(view::smallEntry); // residues of two atoms
         for (int i = 0; i != count; ++i)
             made.add("UNL " + std::to_string(i), {{"C1", "C", {4.0F * float(i), 0, 0}},
                                                   {"C2", "C", {4.0F * float(i) + 1, 0, 0}}});
@@ -249,14 +249,14 @@ private slots:
         QCOMPARE(balls(scene), (Atoms{0, 1, made.atoms.size() - 2}));
         // In every representation.
         QCOMPARE(sceneOf(Representation::Spheres).balls.size(), std::size_t(3));
-        // One more than is small: the rest of the entry was large before, too.
-        for (std::size_t i = 2; i != view::smallEntry; ++i)
+        // With the water, as many as are few, and one more.
+        for (std::size_t i = 2; i != view::smallEntry - 1; ++i)
             made.atoms[i]->SetVisible(true);
-        scene = sceneOf(Representation::Automatic);
-        QCOMPARE(scene.balls.size(), view::smallEntry); // and no room for the water
-        made.atoms[view::smallEntry]->SetVisible(true);
+        QCOMPARE(sceneOf(Representation::Automatic).balls.size(), view::smallEntry);
+        made.atoms[view::smallEntry - 1]->SetVisible(true);
         scene = sceneOf(Representation::Automatic);
         QCOMPARE(scene.sticks.size(), view::smallEntry / 2);
+        QVERIFY(scene.balls.empty());
     }
 
     void chainsOfWhichSinglePiecesAreShownAreSticks() {

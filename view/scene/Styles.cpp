@@ -18,9 +18,11 @@ struct EntryFacts {
     bool isOnlyWater = true;
 
     bool hasChains() const { return residues > 0 && residues >= shortestChain * pieces; }
+    /// What is left is so little that alternative models, of which one is shown, do not explain it.
+    bool isFew() const { return shown + shownWaters <= smallEntry && 2 * shown < atoms; }
+    bool isSmall() const { return atoms <= smallEntry || isFew(); }
     bool isPickedOut() const {
-        return atoms > smallEntry &&
-               (shown + shownWaters <= smallEntry || (residues > 0 && !hasChains()));
+        return atoms > smallEntry && (isFew() || (residues > 0 && !hasChains()));
     }
 };
 
@@ -51,7 +53,7 @@ EntryFacts factsOf(const Contents& contents, const Marks& marks, std::size_t ent
 Representation representationOf(Representation wanted, const EntryFacts& facts) {
     if (wanted != Representation::Automatic)
         return wanted;
-    if (facts.shown <= smallEntry)
+    if (facts.isSmall())
         return Representation::BallAndStick;
     return facts.hasChains() ? Representation::Ribbon : Representation::Sticks;
 }

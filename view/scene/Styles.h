@@ -17,9 +17,10 @@ struct Styles {
     std::vector<bool> ribbon;
 };
 
-/// Entries of which at most that many atoms are shown are balls and sticks in the automatic
-/// representation; more are sticks where chains are shown in pieces only, or not at all. What of a
-/// larger entry the user has picked out in such a way is seen with its waters.
+/// Entries of at most that many atoms, or of which the user has picked out no more and less than
+/// half, are balls and sticks in the automatic representation; others are sticks where chains are
+/// shown in pieces only, or not at all. What is picked out of a larger entry is seen with its
+/// waters.
 inline constexpr std::size_t smallEntry = 500;
 
 Styles chooseStyles(const Contents& contents, const Marks& marks, const Look& look);
