@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QStyle>
 #include <QToolButton>
 
@@ -39,6 +40,7 @@ void ErrorBar::add(const QString& line) {
     m_text->appendPlainText(line.simplified());
     fit();
     show();
+    showNewest();
 }
 
 QStringList ErrorBar::lines() const {
@@ -49,6 +51,16 @@ QStringList ErrorBar::lines() const {
 void ErrorBar::dismiss() {
     m_text->clear();
     hide();
+}
+
+void ErrorBar::resizeEvent(QResizeEvent* event) {
+    QFrame::resizeEvent(event);
+    // Lines break elsewhere now, and the position of the scroll bar means another line.
+    QMetaObject::invokeMethod(this, &ErrorBar::showNewest, Qt::QueuedConnection);
+}
+
+void ErrorBar::showNewest() {
+    m_text->verticalScrollBar()->setValue(m_text->verticalScrollBar()->maximum());
 }
 
 void ErrorBar::fit() {

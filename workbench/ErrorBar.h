@@ -27,8 +27,13 @@ public slots:
     /// Takes all lines away.
     void dismiss();
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void fit();
+    /// The last line is in sight, also where the user has scrolled to an older one.
+    void showNewest();
 
     QPlainTextEdit* m_text;
     QToolButton* m_close;
