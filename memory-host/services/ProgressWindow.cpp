@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -24,6 +25,10 @@ ProgressWindow::ProgressWindow(const QString& windowTitle)
     setMinimumWidth(360);
     m_bar->setTextVisible(false);
     m_bar->setRange(0, 0);
+    // It comes up by itself: keys that were meant for another window do not cancel. Escape does.
+    QPushButton* const cancel = m_buttons->button(QDialogButtonBox::Cancel);
+    cancel->setFocusPolicy(Qt::NoFocus);
+    cancel->setAutoDefault(false);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &ProgressWindow::reject);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_title);

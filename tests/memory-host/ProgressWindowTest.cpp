@@ -4,6 +4,7 @@
 #include "TestSupport.h"
 #include "services/ElidedLine.h"
 
+#include <QApplication>
 #include <QImage>
 #include <QTextDocument>
 
@@ -33,6 +34,20 @@ private slots:
         QCOMPARE(linesOf(window).at(1)->text(), "reading <i>it</i>");
         for (const ElidedLine* line : linesOf(window))
             QCOMPARE(line->textFormat(), Qt::PlainText);
+    }
+
+    // It comes up while the user types elsewhere.
+    void keysDoNotCancelButEscapeDoes() {
+        ProgressWindow window("Opening files");
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_C}) {
+            QWidget* const focus = QApplication::focusWidget();
+            QTest::keyClick(focus ? focus : &window, key);
+            QVERIFY(!window.wasCancelled());
+        }
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QVERIFY(window.wasCancelled());
     }
 
     void aLongNameLeavesTheWindowAsItIs() {
