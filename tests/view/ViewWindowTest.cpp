@@ -410,6 +410,31 @@ private slots:
         QVERIFY(S_ISFIFO(found.st_mode));
     }
 
+    void unaskedAPictureTakesThePlaceOfAPictureAlone() {
+        fourAtoms().attach();
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("1cbs.pdb");
+        const auto write = [&path](const QByteArray& text) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(text);
+        };
+        const QByteArray structure = "HEADER    RETINOIC-ACID TRANSPORT\n";
+        write(structure);
+        QCOMPARE(QString::fromStdString(m_view->savePicture(path, {10, 10})),
+                 path + ": the picture cannot be written: the file that is there is no PNG "
+                        "picture, and is kept");
+        QFile kept(path);
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), structure);
+        kept.close();
+        // An empty file holds nothing that could be lost, and a picture is drawn again.
+        write({});
+        QCOMPARE(m_view->savePicture(path, {10, 10}), std::string());
+        QCOMPARE(m_view->savePicture(path, {12, 10}), std::string());
+        QCOMPARE(QImage(path, "PNG").size(), QSize(12, 10));
+    }
+
     void theMenuAsksForSizeAndFileAndWritesThePicture() {
         fourAtoms().attach();
         show();

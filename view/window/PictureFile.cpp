@@ -48,6 +48,18 @@ std::optional<PictureRequest> pictureRequest(const std::string& text) {
     return PictureRequest{QFile::decodeName(text.substr(0, blank).c_str()), *size};
 }
 
+std::string refusalToReplace(const QString& path) {
+    static const QByteArray signature("\x89PNG\r\n\x1a\n", 8);
+    if (!QFileInfo(path).isFile())
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return cannot(path, file.errorString());
+    if (file.size() == 0 || file.read(signature.size()) == signature)
+        return {};
+    return cannot(path, QStringLiteral("the file that is there is no PNG picture, and is kept"));
+}
+
 std::string writePicture(const Order& order, const QString& path, const std::stop_token& stop) {
     // The file takes the place of what has its name: of a device or a pipe it would be the end.
     if (const QFileInfo place(path); place.exists() && !place.isFile())

@@ -25,6 +25,10 @@ std::optional<QSize> sizeOf(std::string_view text);
 /// complete.
 std::string writePicture(const Order& order, const QString& path, const std::stop_token& stop = {});
 
+/// Why a picture must not take the place of the file at `path` where nobody asks the user: it holds
+/// something else, as the structure that was named by mistake. Empty where there is no such file.
+std::string refusalToReplace(const QString& path);
+
 /// "PATH WIDTHxHEIGHT", as a command's argument has it; the path may hold blanks.
 struct PictureRequest {
     QString path;

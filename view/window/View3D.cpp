@@ -235,7 +235,8 @@ Order View3D::pictureOrder(const QSize& size) {
 }
 
 std::string View3D::savePicture(const QString& path, const QSize& size) {
-    return writePicture(pictureOrder(size), path);
+    const std::string refusal = refusalToReplace(path);
+    return refusal.empty() ? writePicture(pictureOrder(size), path) : refusal;
 }
 
 void View3D::showEvent(QShowEvent* event) {

@@ -57,7 +57,8 @@ public:
 
     /// Draws what the window shows as a picture of that size in pixels, of the whole quality, and
     /// writes it to a file in the format PNG. Returns what went wrong, as one line; empty when
-    /// nothing did. An existing file is replaced when the picture is complete.
+    /// nothing did. An existing picture is replaced when the new one is complete; a file that holds
+    /// something else is kept.
     std::string savePicture(const QString& path, const QSize& size);
 
     Canvas* canvas() const { return m_canvas; }
