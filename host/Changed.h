@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 #include <vector>
 
 class DataPointBase;
@@ -36,11 +37,20 @@ public:
     /// These items, all of one kind; they may be gone, too.
     Changed(const char* kind, const std::vector<Compound*>& items) noexcept;
 
+    // Inline, as they are called for each of a million items.
+
     /// Counts one more, which is there until the text is asked for.
-    void add(const Compound* item);
+    void add(const Compound* item) {
+        if (m_count++ == 0)
+            m_first = item;
+    }
     /// The same for one that may be of another kind.
-    void addOfAnyKind(const Compound* item);
-    std::size_t count() const;
+    void addOfAnyKind(const Compound* item) {
+        if (m_count > 0 && &typeid(*item) != &typeid(*m_first))
+            m_kind = "item";
+        add(item);
+    }
+    std::size_t count() const { return m_count; }
 
     /// "40 atoms", "no atoms", "residue MET 1"; empty where nothing can be named. Of a long name
     /// the beginning is told.

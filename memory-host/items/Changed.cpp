@@ -4,7 +4,6 @@
 #include "DataPointBase.h"
 
 #include <new>
-#include <typeinfo>
 
 namespace TAVIK {
 namespace {
@@ -48,21 +47,6 @@ Changed::Changed(const Compound& item) noexcept : m_kind("item"), m_count(1) {
 
 Changed::Changed(const char* kind, const std::vector<Compound*>& items) noexcept
     : Changed(items.size() == 1 ? Changed(*items.front()) : Changed(kind, items.size())) {}
-
-void Changed::add(const Compound* item) {
-    if (m_count++ == 0)
-        m_first = item;
-}
-
-void Changed::addOfAnyKind(const Compound* item) {
-    if (m_count > 0 && &typeid(*item) != &typeid(*m_first))
-        m_kind = "item";
-    add(item);
-}
-
-std::size_t Changed::count() const {
-    return m_count;
-}
 
 std::string Changed::text() const {
     if (m_count == 1 && m_first)
