@@ -24,6 +24,7 @@ import math
 import os
 import subprocess
 import sys
+import threading
 import time
 
 SIZE = (1280, 800)
@@ -86,6 +87,28 @@ def nanoseconds(cmd, finish, draw):
     return cmd._call_with_opengl_context(timed)
 
 
+def call_on_window_thread(caller, function):
+    """In place of PyMOL's own, which waits for ever if the call is done before it begins to wait."""
+    if caller.thread() is caller.thread().currentThread():
+        return function()
+    done = threading.Event()
+    outcome = {}
+
+    def run():
+        try:
+            outcome["value"] = function()
+        except Exception as error:
+            outcome["error"] = error
+        done.set()
+
+    caller.mainthreadrequested.emit(run)
+    done.wait()
+    caller.results.pop(run, None)
+    if "error" in outcome:
+        raise outcome["error"]
+    return outcome["value"]
+
+
 def wait_for_window(cmd, gl):
     """Before the window is on the screen, nothing is drawn."""
     gl.glGetString.restype = ctypes.c_char_p
@@ -122,6 +145,8 @@ def main():
         os.environ.update(LIBGL_ALWAYS_SOFTWARE="1", QT_QPA_PLATFORM="xcb")
         import pymol
         from pymol import cmd
+        from pymol.Qt import utils
+        utils.MainThreadCaller.__call__ = call_on_window_thread
         pymol.finish_launching(["pymol", "-qxki", "-W", str(SIZE[0]), "-H", str(SIZE[1])])
         gl = ctypes.CDLL("libGL.so.1")
         cmd.viewport(*SIZE)
