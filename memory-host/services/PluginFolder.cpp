@@ -96,6 +96,11 @@ bool startPlugin(const QString& typeAndName) {
            plugin->run(what, [&](PluginResult* result) { plugin->entryPoints().execute0(result); });
 }
 
+bool commandPlugin(const std::string& type, const std::string& name, const std::string& sender,
+                   const std::string& command, const std::string& argument) {
+    return sendWritable({type, name, sender, command, argument, nullptr, nullptr, nullptr});
+}
+
 bool allPluginsDone() {
     bool done = true;
     for (const auto& [name, plugin] : loadedPlugins().byName)
