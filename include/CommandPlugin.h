@@ -2,6 +2,10 @@
 // includes this file in one source file and writes one line there:
 //
 //     COMMAND_PLUGIN({"Hide", &hide}, {"Count", &count})
+//
+// or, where it keeps what must be gone before the library is unloaded,
+//
+//     COMMAND_PLUGIN_WITH_CLEANUP(&forgetAll, {"Hide", &hide}, {"Count", &count})
 #pragma once
 
 #include "Checks.h"
@@ -95,8 +99,10 @@ private:
 } // namespace
 
 /// Defines the five entry points of a plug-in with the given commands, each a name and a function
-/// in braces. It has no default action, and is always done.
-#define COMMAND_PLUGIN(...)                                                                        \
+/// in braces. It has no default action, and is always done. `cleanup`, a function without
+/// arguments, is called by the entry point Cleanup: observers, timers and windows that commands
+/// have left must not outlive it.
+#define COMMAND_PLUGIN_WITH_CLEANUP(cleanup, ...)                                                  \
     namespace {                                                                                    \
     const CommandPlugin& commandPlugin() {                                                         \
         static const CommandPlugin commands{__VA_ARGS__};                                          \
@@ -114,4 +120,9 @@ private:
     COMMAND_PLUGIN_EXPORT bool IsDone() {                                                          \
         return true;                                                                               \
     }                                                                                              \
-    COMMAND_PLUGIN_EXPORT void Cleanup() {}
+    COMMAND_PLUGIN_EXPORT void Cleanup() {                                                         \
+        (cleanup)();                                                                               \
+    }
+
+/// The same for a plug-in that keeps nothing.
+#define COMMAND_PLUGIN(...) COMMAND_PLUGIN_WITH_CLEANUP([] {}, __VA_ARGS__)

@@ -1,5 +1,6 @@
 #include "Building.h"
 
+#include "ActiveModel.h"
 #include "DataMaker.h"
 #include "Holder.h"
 #include "Items.h"
@@ -85,8 +86,7 @@ void setGrid(Compound* item, TAVIK::GridValues&& values) {
 }
 
 unsigned int activeModel(Compound* residue) {
-    const HostItem& record = HostItem::of(residue);
-    return record.kind == Kind::Residue ? record.model : 0;
+    return TAVIK::GetActiveModel(residue);
 }
 
 } // namespace memory_host

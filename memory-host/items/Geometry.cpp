@@ -1,8 +1,11 @@
 #include "Geometry.h"
 
+#include "ElementColours.h"
 #include "GeometryFaults.h"
 #include "GridItem.h"
 #include "Items.h"
+
+#include <QtGlobal>
 
 #include <memory>
 #include <utility>
@@ -22,6 +25,23 @@ bool SetSurfaceMesh(Surface* surface, SurfaceMesh mesh) {
         return false;
     item->m_mesh = std::make_unique<SurfaceMesh>(std::move(mesh));
     return true;
+}
+
+bool SetSurfaceColors(Surface* surface, std::vector<std::uint32_t> colors) {
+    auto* const item = dynamic_cast<SurfaceItem*>(surface);
+    SurfaceMesh* const mesh = item ? item->m_mesh.get() : nullptr;
+    if (!mesh || !(colors.empty() || colors.size() == mesh->vertices.size())) {
+        qWarning("SetSurfaceColors: %s",
+                 mesh ? "there is not one colour a vertex" : "there is no surface with a mesh");
+        return false;
+    }
+    mesh->colors = std::move(colors);
+    mesh->scale.reset();
+    return true;
+}
+
+bool HasDefaultColor(const Surface* surface) {
+    return surface && surface->GetColor().rgba() == defaultColor(HostItem::of(surface)).rgba();
 }
 
 const GridValues* GetGridValues(const Grid* grid) {

@@ -25,6 +25,12 @@ bool isUnit(const std::array<float, 3>& vector) {
     return std::abs(length - 1.0F) <= most;
 }
 
+// NaN compares false.
+bool isUsable(const TAVIK::ValueScale& scale) {
+    return scale.colors.size() >= 2 && std::isfinite(scale.lower) && std::isfinite(scale.upper) &&
+           scale.lower < scale.upper;
+}
+
 // What is wrong with a mesh, or null.
 const char* faultOf(const TAVIK::SurfaceMesh& mesh) {
     const std::size_t count = mesh.vertices.size();
@@ -35,12 +41,18 @@ const char* faultOf(const TAVIK::SurfaceMesh& mesh) {
         return "there is not one colour a vertex";
     if (!fits(mesh.values))
         return "there is not one value a vertex";
+    if (!fits(mesh.atoms))
+        return "there is not one atom a vertex";
+    if (mesh.area && !(*mesh.area >= 0 && std::isfinite(*mesh.area)))
+        return "its area is negative or not finite";
     if (!std::ranges::all_of(mesh.vertices, isFinite))
         return "a vertex is not finite";
     if (!std::ranges::all_of(mesh.normals, isUnit))
         return "a normal is no unit vector";
-    if (!std::ranges::all_of(mesh.values, [](float value) { return std::isfinite(value); }))
-        return "a value is not finite";
+    if (std::ranges::any_of(mesh.values, [](float value) { return std::isinf(value); }))
+        return "a value is infinite";
+    if (mesh.scale && !isUsable(*mesh.scale))
+        return "its scale has no range, or fewer than two colours";
     for (const std::array<std::uint32_t, 3>& triangle : mesh.triangles)
         if (triangle[0] >= count || triangle[1] >= count || triangle[2] >= count)
             return "a triangle has an index out of range";

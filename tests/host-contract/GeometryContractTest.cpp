@@ -4,6 +4,7 @@
 #include "Geometry.h"
 #include "TestSupport.h"
 
+#include <cmath>
 #include <limits>
 
 using namespace contract;
@@ -23,6 +24,9 @@ SurfaceMesh tetrahedron() {
     mesh.triangles = {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}};
     mesh.colors = {0xff0000ffU, 0xff00ff00U, 0xffff0000U, 0x80ffffffU};
     mesh.values = {-1.0F, 0.0F, 0.5F, 1.0F};
+    mesh.scale = ValueScale{"Potential (kT/e)", -1, 1, {0xffff0000U, 0xffffffffU, 0xff0000ffU}};
+    mesh.atoms = {7, 7, 8, 9};
+    mesh.area = 12.5;
     return mesh;
 }
 
@@ -62,6 +66,23 @@ private slots:
         QVERIFY(empty && GetSurfaceMesh(empty) && GetSurfaceMesh(empty)->vertices.empty());
     }
 
+    void aVertexMayHaveNoValue() {
+        SurfaceMesh mesh = tetrahedron();
+        mesh.values[2] = notANumber;
+        const Surface* const surface = DataMaker::makeSurface(space(), "skin", mesh);
+        QVERIFY(surface && std::isnan(GetSurfaceMesh(surface)->values[2]));
+    }
+
+    void theColorsOfAMeshAreShownUntilTheSurfaceGetsAnother() {
+        QVERIFY(!HasDefaultColor(nullptr));
+        Surface* const surface = DataMaker::makeSurface(space(), "skin", tetrahedron());
+        QVERIFY(HasDefaultColor(surface));
+        surface->SetColor(Color(0xff123456U));
+        QVERIFY(!HasDefaultColor(surface));
+        surface->RestoreColor();
+        QVERIFY(HasDefaultColor(surface));
+    }
+
     void aSurfaceThatWasMadeWithoutAMeshHasNone() {
         QVERIFY(!GetSurfaceMesh(nullptr));
         auto* const surface = dynamic_cast<Surface*>(make(space(), "Surface"));
@@ -93,6 +114,32 @@ private slots:
         QCOMPARE(faults(), QString());
     }
 
+    void theColorsOfAMeshAreReplacedAlone() {
+        Surface* const surface = DataMaker::makeSurface(space(), "skin", tetrahedron());
+        const DataPointBase guard(nullptr, Publisher::Update);
+        SurfaceMesh expected = tetrahedron();
+        expected.colors = {1, 2, 3, 4};
+        expected.scale.reset(); // They no longer show the values.
+        QVERIFY(SetSurfaceColors(surface, {1, 2, 3, 4}));
+        QVERIFY(*GetSurfaceMesh(surface) == expected);
+        expected.colors.clear();
+        QVERIFY(SetSurfaceColors(surface, {}));
+        QVERIFY(*GetSurfaceMesh(surface) == expected);
+        QCOMPARE(takeMessages(), QStringList());
+        QCOMPARE(faults(), QString());
+    }
+
+    void colorsThatFitNoMeshAreRefusedWithALine() {
+        Surface* const surface = DataMaker::makeSurface(space(), "skin", tetrahedron());
+        const DataPointBase guard(nullptr, Publisher::Update);
+        QVERIFY(!SetSurfaceColors(surface, {1, 2, 3}));
+        QVERIFY(!SetSurfaceColors(surface, {1, 2, 3, 4, 5}));
+        QVERIFY(*GetSurfaceMesh(surface) == tetrahedron());
+        QVERIFY(!SetSurfaceColors(dynamic_cast<Surface*>(make(space(), "Surface")), {}));
+        QVERIFY(!SetSurfaceColors(nullptr, {}));
+        QCOMPARE(takeMessages().size(), 4);
+    }
+
     void aMalformedMeshIsRefusedWithALine_data() {
         QTest::addColumn<std::function<void(SurfaceMesh&)>>("spoil");
         const auto row = [](const char* name, std::function<void(SurfaceMesh&)> spoil) {
@@ -110,6 +157,14 @@ private slots:
         row("normal not a number", [](SurfaceMesh& mesh) { mesh.normals[1][1] = notANumber; });
         row("normal of no length", [](SurfaceMesh& mesh) { mesh.normals[1] = {0, 0, 0}; });
         row("normal too long", [](SurfaceMesh& mesh) { mesh.normals[1] = {0, 1.02F, 0}; });
+        row("an atom too few", [](SurfaceMesh& mesh) { mesh.atoms.pop_back(); });
+        row("scale of one colour", [](SurfaceMesh& mesh) { mesh.scale->colors.resize(1); });
+        row("scale without a range", [](SurfaceMesh& mesh) { mesh.scale->lower = 1; });
+        row("scale upside down", [](SurfaceMesh& mesh) { mesh.scale->upper = -2; });
+        row("scale not a number", [](SurfaceMesh& mesh) { mesh.scale->lower = notANumber; });
+        row("scale to infinity", [](SurfaceMesh& mesh) { mesh.scale->upper = infinity; });
+        row("area below 0", [](SurfaceMesh& mesh) { mesh.area = -1; });
+        row("area not a number", [](SurfaceMesh& mesh) { mesh.area = double(notANumber); });
         row("value infinite", [](SurfaceMesh& mesh) { mesh.values[1] = infinity; });
     }
     void aMalformedMeshIsRefusedWithALine() {

@@ -192,6 +192,19 @@ private slots:
         { const DataPointBase change(nullptr, Publisher::Update); }
     }
 
+    void whatCommandsOfTheFrameLeaveIsCleanedUp() {
+        const std::size_t before = subscriberCount();
+        const QString file = loadOne("Cleaning");
+        send("Cleaning", "Subscribe", nullptr);
+        QCOMPARE(subscriberCount(), before + 1);
+        change();
+        QCOMPARE(takeHostLog(), QStringList("the subscriber hears"));
+        unloadPlugins();
+        QCOMPARE(takeHostLog(), QStringList("cleaned up"));
+        QVERIFY(!isInMemory(file));
+        QCOMPARE(subscriberCount(), before);
+    }
+
     void commandsWhilePluginsUnloadFindNobody() {
         place("Good");
         place("Other");
