@@ -105,8 +105,8 @@ std::string helpText() {
            "opens a sample. Where it runs already, it opens the files there.\n"
            "\n" +
            inLines("FILE is a structure as " + formatNames(FileFormat::Holds::Structure) +
-                   ", each also gzipped, or a map as " + formatNames(FileFormat::Holds::Map) +
-                   '.') +
+                   ", or a map as " + formatNames(FileFormat::Holds::Map) +
+                   ", each also gzipped.") +
            "It may come through a pipe, as /dev/stdin.\n"
            "\n"
            "  --plugins DIR  load the plug-ins of this folder instead of the installed ones\n"

@@ -1,11 +1,13 @@
 #include "Inspection.h"
 
+#include "ActiveModel.h"
 #include "AtomDetails.h"
 #include "Geometry.h"
 #include "Kinds.h"
 #include "Measure.h"
 #include "PartialCharge.h"
 #include "Space.h"
+#include "SurfaceArea.h"
 #include "Traversal.h"
 
 #include <QCoreApplication>
@@ -15,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <set>
 #include <unordered_set>
 
 namespace workbench {
@@ -224,6 +227,43 @@ void inspectGrid(Inspection& out, const TAVIK::Grid* grid) {
     out.add(say("Deviation"), general(statistics.deviation()));
 }
 
+// Of a residue with alternative models, which of them is shown.
+void inspectModels(Inspection& out, Compound* residue) {
+    const unsigned int active = TAVIK::GetActiveModel(residue);
+    if (active == 0)
+        return;
+    std::vector<Compound*> atoms;
+    TAVIK::GetAtoms(residue, atoms, true);
+    std::set<std::string> models;
+    for (Compound* const item : atoms)
+        if (const auto* const atom = dynamic_cast<const Atom*>(item))
+            models.insert(atom->GetModelNumber());
+    models.erase("0");
+    out.add(say("Models"), say("%1; number %2 is shown").arg(count(models.size())).arg(active));
+}
+
+void inspectMesh(Inspection& out, const TAVIK::SurfaceMesh& mesh, bool showsColors) {
+    out.add(say("Vertices"), count(mesh.vertices.size()));
+    out.add(say("Triangles"), count(mesh.triangles.size()));
+    out.add(say("Area"), plain().toString(areaOf(mesh), 'f', 1) + u' ' + squareAngstrom);
+    if (mesh.values.empty())
+        return;
+    Statistics statistics;
+    for (const float value : mesh.values)
+        statistics.add(static_cast<double>(value));
+    if (mesh.scale)
+        out.add(say("Values"), QString::fromStdString(mesh.scale->title));
+    out.add(say("Minimum"), general(statistics.least()));
+    out.add(say("Maximum"), general(statistics.greatest()));
+    out.add(say("Mean"), general(statistics.mean()));
+    if (const std::size_t without = mesh.values.size() - statistics.count(); without > 0)
+        out.add(say("Without value"), say("%1 of the vertices").arg(count(without)));
+    if (mesh.scale && showsColors)
+        out.add(say("Colours"), say("from %1 to %2")
+                                    .arg(general(static_cast<double>(mesh.scale->lower)),
+                                         general(static_cast<double>(mesh.scale->upper))));
+}
+
 QString kindOf(const Compound* item) {
     if (dynamic_cast<const Atom*>(item))
         return say("Atom");
@@ -259,10 +299,8 @@ Inspection inspectItem(Compound* item) {
     } else if (const auto* const grid = dynamic_cast<const TAVIK::Grid*>(item)) {
         inspectGrid(out, grid);
     } else if (const auto* const surface = dynamic_cast<const TAVIK::Surface*>(item)) {
-        if (const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface)) {
-            out.add(say("Vertices"), count(mesh->vertices.size()));
-            out.add(say("Triangles"), count(mesh->triangles.size()));
-        }
+        if (const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface))
+            inspectMesh(out, *mesh, TAVIK::HasDefaultColor(surface));
     } else {
         Gathered gathered;
         std::vector<Compound*> items;
@@ -278,6 +316,7 @@ Inspection inspectItem(Compound* item) {
         for (Compound* const each : items)
             gathered.add(each);
         out.add(say("Atoms"), count(gathered.atoms));
+        inspectModels(out, item);
         gathered.show(out);
     }
     return out;
@@ -301,11 +340,12 @@ Inspection inspectSelection(const std::vector<Compound*>& measured) {
     TAVIK::GetResidues(space, items, true);
     const auto whole = static_cast<std::size_t>(std::count_if(
         items.begin(), items.end(), [](const Compound* residue) { return residue->IsSelected(); }));
-    const auto any = static_cast<std::size_t>(
-        std::count_if(items.begin(), items.end(),
-                      [](const Compound* residue) { return residue->HasSelected(); }));
+    const auto isAny = [](const Compound* residue) { return residue->HasSelected(); };
+    const auto any = static_cast<std::size_t>(std::count_if(items.begin(), items.end(), isAny));
     out.add(say("Atoms"), count(gathered.atoms));
     out.add(say("Residues"), say("%1, of which %2 wholly").arg(count(any), count(whole)));
+    if (any == 1)
+        inspectModels(out, *std::find_if(items.begin(), items.end(), isAny));
     gathered.show(out);
     return out;
 }

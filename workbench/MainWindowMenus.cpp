@@ -200,9 +200,7 @@ void MainWindow::askForFiles() {
         for (const std::string_view ending : format->endings) {
             const QString pattern =
                 u'*' + QString::fromLatin1(ending.data(), static_cast<qsizetype>(ending.size()));
-            patterns << pattern;
-            if (format->holds == memory_host::FileFormat::Holds::Structure)
-                patterns << pattern + QStringLiteral(".gz");
+            patterns << pattern << pattern + QStringLiteral(".gz");
         }
     dialog->setNameFilters(
         {tr("Structures and maps (%1)").arg(patterns.join(u' ')), tr("All files (*)")});

@@ -85,6 +85,23 @@ Contents netContents(std::uint32_t count) {
 class QuickSceneTest : public test_support::TestCase {
     Q_OBJECT
 private slots:
+    // So that few need to be made legible. One colour of all vertices stays as it is.
+    void dotsOfAMeshHaveFewerColoursThanItsVertices() {
+        Contents contents;
+        auto mesh = net(1);
+        mesh->colours = {0xffa1a2a3, 0xffa7a6a5, 0xffb9bbbf, 0xffb8b8b8};
+        view::Shape shape;
+        shape.mesh = mesh;
+        contents.shapes.push_back(shape);
+        const auto colours = [&] {
+            return view::makeQuickScene(contents, marksOf(contents), {}, black).colours;
+        };
+        QCOMPARE(colours(),
+                 (std::vector<view::Colour>{0xffa0a0a0, 0xffa0a0a0, 0xffb8b8b8, 0xffb8b8b8}));
+        mesh->colours = {0xffa1a2a3};
+        QCOMPARE(colours(), std::vector<view::Colour>(4, 0xffa1a2a3));
+    }
+
     void ofTooManyAtomsAnEvenPartIsDots() {
         const Contents contents = trace(1'000'000);
         const Scene scene = view::makeQuickScene(contents, marksOf(contents),

@@ -56,8 +56,9 @@ class RayCaster {
 public:
     RayCaster(const Scene& scene, const Camera& camera) : m_scene(scene), m_camera(camera) {}
 
-    /// What is seen at a place right of and above the picture's middle. Å.
-    Hit cast(double right, double up) const {
+    /// What is seen at a place right of and above the picture's middle, of what is opaque or of
+    /// what is not. Å.
+    Hit cast(double right, double up, bool isSeeThrough = false) const {
         const Vector towards(m_camera.axes[2]);
         const Vector origin = Vector(m_camera.centre) + Vector(m_camera.axes[0]) * right +
                               Vector(m_camera.axes[1]) * up;
@@ -68,18 +69,25 @@ public:
                 hit = {idAt(origin + towards * depth), depth};
         };
         for (const view::Ball& ball : m_scene.balls) {
+            if (isSeeThrough)
+                break;
             Span span;
             sphere(span, origin - at(ball.point), towards, double(ball.radius));
             meet(span, [&](const Vector&) { return m_scene.ids[ball.point]; });
         }
         for (const Segment& stick : m_scene.sticks) {
+            if (isSeeThrough)
+                break;
             meet(capsule(stick, origin, towards), [&](const Vector& point) {
                 const Vector axis = at(stick.to) - at(stick.from);
                 const bool isSecond = dot(point - at(stick.from), axis) > dot(axis, axis) / 2;
                 return m_scene.ids[isSecond ? stick.to : stick.from];
             });
         }
-        for (const auto& mesh : m_scene.meshes) {
+        for (std::size_t which = 0; which < m_scene.meshes.size(); ++which) {
+            const auto& mesh = m_scene.meshes[which];
+            if (m_scene.meshLook(which).isSeeThrough != isSeeThrough)
+                continue;
             for (std::size_t i = 0; i < mesh->triangles.size(); ++i) {
                 const auto& [a, b, c] = mesh->triangles[i];
                 const auto t = triangle(Vector(mesh->vertices[a]), Vector(mesh->vertices[b]),
@@ -169,8 +177,35 @@ Scene randomScene(std::mt19937& random) {
         mesh->normals.push_back({0, 0, 1});
     }
     mesh->colours = {0xFF8000};
-    scene.meshes = {mesh};
+    auto seeThrough = std::make_shared<view::Mesh>(*mesh);
+    for (std::size_t i = 0; i < mesh->vertices.size(); ++i) {
+        seeThrough->vertices[i] = {along(random), along(random), along(random)};
+        seeThrough->ids[std::min(i, seeThrough->ids.size() - 1)] = 200 + static_cast<Id>(i);
+    }
+    scene.meshes = {mesh, seeThrough};
+    scene.meshLooks = {{}, {true, false}};
     return scene;
+}
+
+/// What a pixel shows: what is opaque, unless only a surface is seen, and that.
+struct Look {
+    Hit opaque;
+    Hit seeThrough;
+    static bool isLike(const Hit& a, const Hit& b) {
+        return a.id == b.id && (a.depth == b.depth || std::abs(a.depth - b.depth) < 1e-3);
+    }
+    bool isLike(const Look& other) const {
+        return isLike(opaque, other.opaque) && isLike(seeThrough, other.seeThrough);
+    }
+};
+
+Look look(const RayCaster& caster, double right, double up) {
+    Look seen = {caster.cast(right, up), caster.cast(right, up, true)};
+    if (seen.seeThrough.depth < seen.opaque.depth)
+        seen.seeThrough = {};
+    if (seen.opaque.id == view::noId)
+        seen.opaque = seen.seeThrough;
+    return seen;
 }
 
 } // namespace
@@ -206,23 +241,23 @@ private slots:
         const view::Picture picture =
             renderer.draw(scene, camera, {.width = width, .height = height});
         const RayCaster caster(scene, camera);
+        const auto lookedAt = [&](double right, double up) { return look(caster, right, up); };
         const double pixel = camera.height / height;
         int skipped = 0;
         for (int row = 0; row < height; ++row) {
             for (int column = 0; column < width; ++column) {
                 const double right = (column + 0.5 - width / 2.0) * pixel;
                 const double up = (height / 2.0 - row - 0.5) * pixel;
-                const Hit hit = caster.cast(right, up);
+                const Look seen = lookedAt(right, up);
                 // At an edge, rounding decides.
                 const auto isEdge = [&](double dx, double dy) {
-                    const Hit beside = caster.cast(right + dx * 2e-4, up + dy * 2e-4);
-                    return beside.id != hit.id || std::abs(beside.depth - hit.depth) > 1e-3;
+                    return !seen.isLike(lookedAt(right + dx * 2e-4, up + dy * 2e-4));
                 };
                 const auto at = static_cast<std::size_t>(row * width + column);
-                if (picture.ids[at] == hit.id &&
-                    (hit.id == view::noId
-                         ? picture.depths[at] == -std::numeric_limits<float>::infinity()
-                         : std::abs(double(picture.depths[at]) - hit.depth) < 1e-3))
+                const Look shown = {
+                    {picture.ids[at], double(picture.depths[at])},
+                    {picture.seeThroughIds[at], double(picture.seeThroughDepths[at])}};
+                if (shown.isLike(seen))
                     continue;
                 ++skipped;
                 if (!isEdge(1, 0) && !isEdge(-1, 0) && !isEdge(0, 1) && !isEdge(0, -1))
@@ -231,8 +266,8 @@ private slots:
                                          .arg(row)
                                          .arg(picture.ids[at])
                                          .arg(double(picture.depths[at]))
-                                         .arg(hit.id)
-                                         .arg(hit.depth)));
+                                         .arg(seen.opaque.id)
+                                         .arg(seen.opaque.depth)));
             }
         }
         QVERIFY2(skipped < 10, qPrintable(QString::number(skipped)));

@@ -17,7 +17,7 @@ using view::SceneMaker;
 
 namespace {
 
-constexpr view::Look ribbon{Representation::Ribbon, false, 0xff000000};
+const view::Look ribbon{Representation::Ribbon, false, 0xff000000};
 
 std::set<view::Id> idsOf(const view::Mesh& mesh) {
     return {mesh.ids.begin(), mesh.ids.end()};

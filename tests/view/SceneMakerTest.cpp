@@ -1,7 +1,7 @@
 // What is drawn of the data, by representation, kind of residue, visibility and colour.
 #include "scene/SceneMaker.h"
+#include "VanDerWaals.h"
 #include "scene/DataReader.h"
-#include "scene/VanDerWaals.h"
 
 #include "SceneTools.h"
 #include "TestSupport.h"

@@ -4,6 +4,7 @@
 #include "ViewTestCase.h"
 
 #include <QColor>
+#include <QTemporaryDir>
 
 using namespace view_tools;
 
@@ -94,7 +95,7 @@ private slots:
     void aSurfaceHasItsOwnColoursOrThoseOfItsVertices() {
         TAVIK::SurfaceMesh mesh = square(8, 0);
         mesh.colors = {0xffff0000U, 0xff0000ffU, 0xff0000ffU, 0xffff0000U};
-        surface(mesh);
+        TAVIK::DataMaker::makeSurface(space(), "surface", mesh);
         TAVIK::Compound* const plain = surface(square(-8, 0), 0xff0000ffU);
         show();
         QVERIFY(colourAt({-8, 0, 0}).blue() > 100);
@@ -112,6 +113,143 @@ private slots:
         }
         settle();
         QCOMPARE(canvas().idAt(placeOf(std::array<float, 3>{-8, 0, 0})), view::noId);
+    }
+
+    // Chosen by keys, for what is selected or for all.
+    void aStyleIsThatOfTheSelectedSurfacesOrOfAll() {
+        TAVIK::Compound* const left = surface(square(-8, 0));
+        surface(square(8, 0));
+        m_view->setDepthCue(false);
+        m_view->setLightBackground(false);
+        show();
+        const QColor opaque = colourAt({8, 1, 0});
+        QCOMPARE(colourAt({-8, 1, 0}), opaque);
+
+        left->SetSelected(true);
+        m_view->commUpdate();
+        QTest::keyClick(&canvas(), Qt::Key_T);
+        QCOMPARE(m_view->line(), QString("See-through: selected surfaces: 1 of 2"));
+        settle();
+        const QColor seeThrough = colourAt({-8, 1, 0});
+        QVERIFY(seeThrough.green() < opaque.green() - 20);
+        QCOMPARE(colourAt({8, 1, 0}), opaque);
+        // It is picked where nothing else is.
+        hover(placeOf(std::array<float, 3>{-8, 1, 0}));
+        QCOMPARE(m_view->line(), QString("/surface"));
+
+        // Without a selection it is that of all, and of new ones.
+        clickOnNothing();
+        QTest::keyClick(&canvas(), Qt::Key_T);
+        QCOMPARE(m_view->line(), QString("See-through: all surfaces, and new ones"));
+        settle();
+        QCOMPARE(colourAt({8, 1, 0}), seeThrough);
+        {
+            const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            surface(square(0, 11));
+        }
+        m_view->commAdd();
+        settle();
+        QCOMPARE(colourAt({1, 12, 0}), seeThrough);
+
+        // Lines along the edges: along the diagonal, and not beside it.
+        QTest::keyClick(&canvas(), Qt::Key_M);
+        settle();
+        QCOMPARE(canvas().idAt(placeOf(std::array<float, 3>{9, -2, 0})), view::noId);
+        QVERIFY(canvas().idAt(placeOf(std::array<float, 3>{8, 0, 0})) != view::noId);
+        QTest::keyClick(&canvas(), Qt::Key_O);
+        settle();
+        QCOMPARE(colourAt({8, 1, 0}), opaque);
+        QCOMPARE(colourAt({-8, 1, 0}), opaque);
+        QCOMPARE(takeHostLog().size(), 4);
+    }
+
+    void aStyleMayBeChosenBeforeThereIsASurface() {
+        show();
+        QTest::keyClick(&canvas(), Qt::Key_M);
+        QCOMPARE(m_view->line(), QString("Mesh lines: surfaces, once there are any"));
+        surface(square(0, 0));
+        m_view->commAdd();
+        settle();
+        QVERIFY(canvas().idAt(placeOf(std::array<float, 3>{0, 0, 0})) != view::noId);
+        QCOMPARE(canvas().idAt(placeOf(std::array<float, 3>{2, -3, 0})), view::noId);
+        QCOMPARE(takeHostLog().size(), 1);
+    }
+
+    void whatIsBehindASeeThroughSurfaceIsClicked() {
+        Structure made;
+        made.add("UNL 1", {{"A", "C", {0, 0, -5}}});
+        made.attach();
+        TAVIK::Compound* const item = surface(square(0, 0));
+        show();
+        QTest::keyClick(&canvas(), Qt::Key_T);
+        settle();
+        click(made.atoms[0]);
+        QVERIFY(made.atoms[0]->IsSelected() && !item->IsSelected());
+        QTest::mouseClick(&canvas(), Qt::LeftButton, {}, placeOf(std::array<float, 3>{4, 4, 0}));
+        settle();
+        QVERIFY(!made.atoms[0]->IsSelected() && item->IsSelected());
+        QCOMPARE(takeHostLog().size(), 1);
+    }
+
+    void aSurfaceShowsItsOwnColoursUntilItGetsAnother() {
+        TAVIK::SurfaceMesh mesh = square(0, 0);
+        mesh.colors.assign(4, 0xffff0000U);
+        mesh.scale = {"Potential", -1, 1, {0xffff0000U, 0xff0000ffU}};
+        TAVIK::Compound* const item = TAVIK::DataMaker::makeSurface(space(), "surface", mesh);
+        show();
+        const auto isRed = [this] {
+            const QColor colour = colourAt({1, 0, 0});
+            return colour.red() > 2 * colour.blue();
+        };
+        QVERIFY(isRed());
+        QCOMPARE(canvas().scales().size(), std::size_t(1));
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            item->SetColor(Color(0xff0000ffU));
+        }
+        settle();
+        QVERIFY(!isRed());
+        QVERIFY(canvas().scales().empty());
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            item->RestoreColor();
+        }
+        settle();
+        QVERIFY(isRed());
+        QCOMPARE(canvas().scales().size(), std::size_t(1));
+    }
+
+    // The picture of the widget, and the one that is saved.
+    void theKeyIsOnTheScreenAndInSavedPictures() {
+        TAVIK::SurfaceMesh mesh = square(0, 0);
+        mesh.colors.assign(4, 0xffff0000U);
+        mesh.scale = {"Potential", -1, 1, {0xff00ff00U, 0xff0000ffU}};
+        TAVIK::Compound* const item = TAVIK::DataMaker::makeSurface(space(), "surface", mesh);
+        m_view->resize(600, 400);
+        show();
+        const auto greens = [](const QImage& image) {
+            int count = 0;
+            for (int y = 0; y < image.height() / 3; ++y)
+                for (int x = image.width() * 2 / 3; x < image.width(); ++x)
+                    count +=
+                        qGreen(image.pixel(x, y)) > 200 && qRed(image.pixel(x, y)) < 20 ? 1 : 0;
+            return count;
+        };
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("picture.png");
+        const auto saved = [&] {
+            const std::string problem = m_view->savePicture(path, {1200, 800});
+            return problem.empty() ? QImage(path) : QImage();
+        };
+        QVERIFY(greens(canvas().grab().toImage()) > 100);
+        QVERIFY(greens(saved()) > 400);
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            item->SetVisible(false);
+        }
+        settle();
+        QCOMPARE(greens(canvas().grab().toImage()), 0);
+        QCOMPARE(greens(saved()), 0);
     }
 
     void linesAndBoxesHaveTheirColoursOnTheScreen() {

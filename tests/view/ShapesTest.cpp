@@ -2,6 +2,7 @@
 #include "Geometry.h"
 #include "scene/DataReader.h"
 #include "scene/SceneMaker.h"
+#include "scene/ShownScales.h"
 
 #include "SceneTools.h"
 #include "TestSupport.h"
@@ -80,8 +81,103 @@ private slots:
         TAVIK::SurfaceMesh mesh = triangle(0);
         mesh.colors = {0xff000001U, 0xff000002U, 0xff000003U};
         TAVIK::Compound* surface = TAVIK::DataMaker::makeSurface(space(), "surface", mesh);
-        surface->SetColor(Color(0xff336699U));
-        QCOMPARE(readScene()->meshes[0]->colours, mesh.colors);
+        const auto scene = readScene();
+        QCOMPARE(scene->meshes[0]->colours, mesh.colors);
+        QVERIFY(!scene->meshLook(0).hasIdColours);
+
+        // Another colour of the item hides them, and reads no mesh again.
+        const std::uint64_t generation = m_reader.snapshot().generation;
+        surface->SetColor(Color(0xffaabbccU));
+        QVERIFY(refreshedScene()->meshLook(0).hasIdColours);
+        QCOMPARE(m_maker.quickScene(m_reader.snapshot(), {})->colours,
+                 std::vector<view::Colour>(3, 0xffaabbccU));
+        surface->RestoreColor();
+        const auto back = refreshedScene();
+        QVERIFY(!back->meshLook(0).hasIdColours);
+        QCOMPARE(back->meshes[0], scene->meshes[0]);
+        QCOMPARE(m_reader.snapshot().generation, generation);
+    }
+
+    void coloursThatAreReplacedAloneAreShown() {
+        TAVIK::SurfaceMesh mesh = triangle(0);
+        mesh.colors = {0xff000001U, 0xff000002U, 0xff000003U};
+        auto* const surface = TAVIK::DataMaker::makeSurface(space(), "surface", mesh);
+        readScene();
+        const std::vector<view::Colour> others = {0xff000004U, 0xff000005U, 0xff000006U};
+        QVERIFY(TAVIK::SetSurfaceColors(surface, others));
+        QCOMPARE(refreshedScene()->meshes[0]->colours, others);
+    }
+
+    void eachSurfaceHasItsStyle() {
+        auto* const first = TAVIK::DataMaker::makeSurface(space(), "first", triangle(0));
+        auto* const second = TAVIK::DataMaker::makeSurface(space(), "second", triangle(1));
+        m_reader.read();
+        view::Look look;
+        look.surfaces = view::SurfaceStyle::SeeThrough;
+        auto scene = m_maker.scene(m_reader.snapshot(), look);
+        QVERIFY(scene->meshLook(0).isSeeThrough && scene->meshLook(1).isSeeThrough);
+        look.ownSurfaceStyles[second->GetId()] = view::SurfaceStyle::Opaque;
+        scene = m_maker.scene(m_reader.snapshot(), look);
+        QVERIFY(scene->meshLook(0).isSeeThrough && !scene->meshLook(1).isSeeThrough);
+
+        // Lines in the colours of the vertices, or of the item.
+        look.ownSurfaceStyles[first->GetId()] = view::SurfaceStyle::MeshLines;
+        first->SetColor(Color(0xffaabbccU));
+        m_reader.refresh();
+        scene = m_maker.scene(m_reader.snapshot(), look);
+        QCOMPARE(scene->meshes.size(), std::size_t(1));
+        QVERIFY(!scene->meshLook(0).isSeeThrough);
+        QCOMPARE(scene->lines.size(), std::size_t(3));
+        for (const view::Segment& line : scene->lines) {
+            QCOMPARE(scene->points[line.from][2], 0.0F);
+            QCOMPARE(scene->colours[line.from], 0xffaabbccU);
+            QCOMPARE(scene->ids[line.to], view::idOf(0));
+        }
+        TAVIK::SurfaceMesh mesh = triangle(0);
+        mesh.colors = {0xffaabbccU, 0xffbbccaaU, 0xffccaabbU};
+        QVERIFY(TAVIK::SetSurfaceMesh(second, mesh));
+        look.ownSurfaceStyles[second->GetId()] = view::SurfaceStyle::MeshLines;
+        m_reader.refresh();
+        scene = m_maker.scene(m_reader.snapshot(), look);
+        const std::vector<view::Colour> colours(scene->colours.end() - 3, scene->colours.end());
+        QCOMPARE(colours, mesh.colors);
+        second->SetVisible(false);
+        m_reader.refresh();
+        QCOMPARE(m_maker.scene(m_reader.snapshot(), look)->lines.size(), std::size_t(3));
+    }
+
+    void scalesOfShownValuesAreThereOnce() {
+        const auto scaled = [](const char* title) {
+            TAVIK::SurfaceMesh mesh = triangle(0);
+            mesh.colors = {1, 2, 3};
+            mesh.scale = {title, -1, 1, {0xffff0000U, 0xff0000ffU}};
+            return mesh;
+        };
+        Items made;
+        for (const char* title : {"a", "b", "a", "c", "d"})
+            made.push_back(TAVIK::DataMaker::makeSurface(space(), "surface", scaled(title)));
+        TAVIK::DataMaker::makeSurface(space(), "plain", triangle(0));
+        const auto titles = [&] {
+            m_reader.refresh();
+            QStringList all;
+            for (const TAVIK::ValueScale& scale :
+                 view::shownScales(*m_reader.snapshot().contents, *m_reader.snapshot().marks))
+                all << QString::fromStdString(scale.title);
+            return all;
+        };
+        m_reader.read();
+        QCOMPARE(titles(), (QStringList{"a", "b", "c"}));
+        made[1]->SetVisible(false);
+        QCOMPARE(titles(), (QStringList{"a", "c", "d"}));
+        // One colour stands for no value.
+        made[0]->SetColor(Color(0xff123456U));
+        made[2]->SetColor(Color(0xff123456U));
+        QCOMPARE(titles(), (QStringList{"c", "d"}));
+        TAVIK::SurfaceMesh other = scaled("c");
+        other.scale->upper = 2;
+        QVERIFY(TAVIK::SetSurfaceMesh(dynamic_cast<TAVIK::Surface*>(made[3]), other));
+        titles();
+        QCOMPARE(m_reader.snapshot().contents->shapes[3].scale, other.scale);
     }
 
     void aMeshThatIsReplacedIsReadAgain() {

@@ -3,6 +3,7 @@
 #include "TestSupport.h"
 #include "render/Renderer.h"
 
+#include <array>
 #include <cmath>
 #include <numeric>
 
@@ -99,6 +100,31 @@ private slots:
             QCOMPARE(pixelsOf(picture, 1), pixelsOf(picture, 2));
             QCOMPARE(depthAt(picture, -0.5, 0.05), 0.0F);
         }
+    }
+
+    void linesFromTheFirstThinOneOnAreHalfAsWide() {
+        Scene scene;
+        for (const float y : {3.02F, 0.02F, -2.98F})
+            scene.lines.push_back(
+                {addPoint(scene, {-3, y, 0}, 0xFF0000), addPoint(scene, {3, y, 0}, 0x0000FF)});
+        scene.firstThinLine = 1;
+        view::Settings settings = smallPicture();
+        settings.lineWidth = 4;
+        const auto widths = [&] {
+            const Picture picture = Renderer().draw(scene, smallCamera(), settings);
+            std::array<int, 3> wide{};
+            for (int row = 0; row < height; ++row) {
+                const view::Id id =
+                    picture.ids[static_cast<std::size_t>(row * width + width / 2 - 5)];
+                if (id != view::noId)
+                    ++wide[(id - 1) / 2];
+            }
+            return wide;
+        };
+        QCOMPARE(widths(), (std::array<int, 3>{4, 2, 2}));
+        // None is thinner than a pixel.
+        settings.lineWidth = 1;
+        QCOMPARE(widths(), (std::array<int, 3>{1, 1, 1}));
     }
 
     void linesAndDotsAreNotLit() {

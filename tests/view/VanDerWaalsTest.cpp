@@ -1,9 +1,6 @@
 // Elements by their symbols, and their radii.
-#include "scene/VanDerWaals.h"
+#include "VanDerWaals.h"
 #include "TestSupport.h"
-
-using view::atomicNumber;
-using view::vanDerWaalsRadius;
 
 class VanDerWaalsTest : public test_support::TestCase {
     Q_OBJECT

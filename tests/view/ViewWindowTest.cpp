@@ -490,7 +490,7 @@ private slots:
             ++keys;
             QVERIFY2(text.contains("\n| " + key + " | "), qPrintable(key));
         }
-        QCOMPARE(keys, 14);
+        QCOMPARE(keys, 17);
     }
 
     void thePluginAnswersItsCommandsAndLeavesNothing() {

@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <cmath>
+
 #include <sys/stat.h>
 
 using namespace workbench;
@@ -78,6 +80,27 @@ private slots:
         QCOMPARE(seen.value("Extent"), QString::fromUtf8("10.0 × 6.0 × 1.0 Å"));
         QCOMPARE(seen.value("Temperature factor"),
                  QString::fromUtf8("mean 10.00, 10.00 to 10.00 Å²"));
+    }
+
+    void aResidueSaysWhichOfItsModelsIsShown() {
+        const test_data::Chains chains(1, 2);
+        TAVIK::Compound* const residue = chains.residue(0, 0);
+        QCOMPARE(inspectItem(residue).value("Models"), "");
+        {
+            const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::SetAtomModel(dynamic_cast<TAVIK::Atom*>(chains.atom(0, 0, 1)), 1);
+            for (const unsigned int model : {2U, 7U})
+                TAVIK::SetAtomModel(test_data::addAtom(residue, "CA", "C", 0, 0, 0), model);
+            residue->NextModel();
+        }
+        QCOMPARE(inspectItem(residue).value("Models"), "3; number 2 is shown");
+        QCOMPARE(inspectItem(chains.entry).value("Models"), "");
+        select({residue});
+        QCOMPARE(inspectSelection({}).value("Models"), "3; number 2 is shown");
+        residue->NextModel();
+        QCOMPARE(inspectSelection({}).value("Models"), "3; number 7 is shown");
+        select({chains.residue(0, 1)});
+        QCOMPARE(inspectSelection({}).value("Models"), ""); // two residues
     }
 
     void twoThreeAndFourAtomsAreMeasuredInTheirOrder() {
@@ -182,6 +205,51 @@ private slots:
         struct stat found {};
         QCOMPARE(stat(QFile::encodeName(pipe).constData(), &found), 0);
         QVERIFY(S_ISFIFO(found.st_mode));
+    }
+
+    void aSurfaceWithItsAreaAndItsValues() {
+        // The halves of a rectangle of 3 x 4 Å, and a vertex of no triangle.
+        TAVIK::SurfaceMesh mesh;
+        mesh.vertices = {{0, 0, 0}, {3, 0, 0}, {3, 4, 0}, {0, 4, 0}, {0, 0, 5}};
+        mesh.normals.assign(5, {0, 0, 1});
+        mesh.triangles = {{0, 1, 2}, {0, 2, 3}};
+        const test_data::Chains chains(1, 1);
+        TAVIK::Surface* surface = nullptr;
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            surface = TAVIK::DataMaker::makeSurface(TAVIK::Space::instance(), "skin", mesh);
+        }
+        QVERIFY(surface);
+        Inspection seen = inspectItem(surface);
+        QCOMPARE(seen.title, "/skin");
+        QCOMPARE(seen.value("Vertices"), "5");
+        QCOMPARE(seen.value("Triangles"), "2");
+        QCOMPARE(seen.value("Area"), "12.0 Å²");
+        QCOMPARE(seen.value("Mean"), "");
+        mesh.values = {-2, 4, 1, std::nanf(""), 3};
+        mesh.scale = TAVIK::ValueScale{"Values of pot on skin", -5, 5, {0xffff0000U, 0xff0000ffU}};
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            QVERIFY(TAVIK::SetSurfaceMesh(surface, mesh));
+        }
+        seen = inspectItem(surface);
+        QCOMPARE(seen.value("Values"), "Values of pot on skin");
+        QCOMPARE(seen.value("Minimum"), "-2");
+        QCOMPARE(seen.value("Maximum"), "4");
+        QCOMPARE(seen.value("Mean"), "1.5");
+        QCOMPARE(seen.value("Without value"), "1 of the vertices");
+        QCOMPARE(seen.value("Colours"), "from -5 to 5");
+
+        // An own colour hides them; the maker may know the area better than the triangles tell.
+        mesh.area = 12.34;
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            QVERIFY(TAVIK::SetSurfaceMesh(surface, mesh));
+            surface->SetColor(Color(0xff123456U));
+        }
+        seen = inspectItem(surface);
+        QCOMPARE(seen.value("Colours"), "");
+        QCOMPARE(seen.value("Area"), "12.3 Å²");
     }
 };
 

@@ -43,11 +43,11 @@ void placeFour(const Frame& frame, const Point* from, Place* to) {
 }
 
 /// Chooses the coarsest surface of a mesh that is not off by a sample.
-PlacedMesh placed(const Mesh& mesh, float scale) {
-    PlacedMesh placed = {&mesh, &mesh.triangles, &mesh.ids, mesh.vertices.size(), 0, 0};
+PlacedMesh placed(const Mesh& mesh, const MeshLook& look, float scale) {
+    PlacedMesh placed = {&mesh, &mesh.triangles, &mesh.ids, mesh.vertices.size(), look};
     for (const CoarserSurface& surface : mesh.coarser)
         if (surface.error * scale < 1)
-            placed = {&mesh, &surface.triangles, &surface.ids, surface.vertexCount, 0, 0};
+            placed = {&mesh, &surface.triangles, &surface.ids, surface.vertexCount, look};
     return placed;
 }
 
@@ -93,8 +93,8 @@ bool Frame::project(Workers& workers) {
     triangleStart = static_cast<Number>(number);
     meshes.clear();
     std::size_t vertexCount = 0;
-    for (const std::shared_ptr<const Mesh>& mesh : scene->meshes) {
-        meshes.push_back(placed(*mesh, scale));
+    for (std::size_t i = 0; i < scene->meshes.size(); ++i) {
+        meshes.push_back(placed(*scene->meshes[i], scene->meshLook(i), scale));
         meshes.back().start = static_cast<Number>(number);
         meshes.back().firstVertex = vertexCount;
         number += meshes.back().triangles->size();

@@ -43,8 +43,9 @@ struct PlacedMesh {
     const std::vector<std::array<std::uint32_t, 3>>* triangles;
     const std::vector<Id>* ids; ///< one a triangle, or a single one
     std::size_t vertexCount;
-    Number start; ///< the first triangle's number
-    std::size_t firstVertex;
+    MeshLook look;
+    Number start = 0; ///< the first triangle's number
+    std::size_t firstVertex = 0;
 
     /// The id of a triangle by its index in this surface.
     Id id(std::size_t triangle) const { return (*ids)[ids->size() == 1 ? 0 : triangle]; }
@@ -57,6 +58,7 @@ struct Frame {
     int width = 0;        ///< samples
     int height = 0;       ///< samples
     float lineHalf = 1;   ///< half the width of a line, in samples
+    float thinHalf = 1;   ///< likewise, of a thin one
     float dotHalf = 1;    ///< half the width of a dot, in samples
 
     // What follows is derived from the above.
@@ -80,6 +82,10 @@ struct Frame {
     bool project(Workers& workers);
     /// Where a point is; NaN when it is no place.
     Place place(const Point& point) const;
+    /// Half the width of a line by its index, in samples.
+    float halfOfLine(std::size_t line) const {
+        return line < scene->firstThinLine ? lineHalf : thinHalf;
+    }
     /// The mesh that has a triangle.
     const PlacedMesh& meshOf(Number triangle) const {
         std::size_t mesh = meshes.size() - 1;

@@ -41,7 +41,8 @@ void drawLine(Tile& tile, const Frame& frame, std::uint32_t index) {
     const bool isDot = !(squaredLength > 1e-6F);
     const float inverse = isDot ? 0 : 1 / squaredLength;
     const Floats start = all(isDot && dz > 0 ? 1.0F : 0.0F);
-    const Floats squaredHalf = all(frame.lineHalf * frame.lineHalf);
+    const float half = frame.halfOfLine(index);
+    const Floats squaredHalf = all(half * half);
     const Ints first = all(frame.lineStart + static_cast<Number>(2 * index));
     eachGroup(tile, range, [&](int row, int column, Floats x, float y) {
         const Floats fromX = x - all(from.x);

@@ -17,7 +17,7 @@ inline Extent lineExtent(const Frame& frame, std::size_t line) {
     const Place& b = frame.points[to];
     if (std::isnan(a.x) || std::isnan(b.x))
         return nowhere;
-    const float half = frame.lineHalf;
+    const float half = frame.halfOfLine(line);
     return {std::min(a.x, b.x) - half, std::max(a.x, b.x) + half, std::min(a.y, b.y) - half,
             std::max(a.y, b.y) + half, std::max(a.z, b.z),        std::min(a.z, b.z)};
 }

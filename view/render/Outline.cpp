@@ -14,23 +14,25 @@ constexpr float jump = 3;
 
 class Outliner {
 public:
-    Outliner(QImage& image, const Picture& picture, const std::vector<bool>& isSelected,
-             Colour colour, int width)
-        : m_picture(picture), m_columns(picture.image.width()), m_rows(picture.image.height()),
-          m_reach(width - 1), m_colour(colour | 0xFF000000U),
-          m_pixels(reinterpret_cast<std::uint32_t*>(image.bits())),
+    /// Of things by their ids and depths, pixel by pixel, but for those of the ids `others` at the
+    /// same place, if these are given.
+    Outliner(QImage& image, const std::vector<Id>& ids, const std::vector<float>& depths,
+             const std::vector<Id>& others, const std::vector<bool>& isSelected, Colour colour,
+             int width)
+        : m_depths(depths), m_columns(image.width()), m_rows(image.height()), m_reach(width - 1),
+          m_colour(colour | 0xFF000000U), m_pixels(reinterpret_cast<std::uint32_t*>(image.bits())),
           m_stride(static_cast<std::size_t>(image.bytesPerLine()) / 4) {
-        m_mask.resize(picture.ids.size());
+        m_mask.resize(ids.size());
         // Neighbours mostly show the same thing.
         Id last = noId;
         bool isLast = false;
         for (std::size_t i = 0; i < m_mask.size(); ++i) {
-            const Id id = picture.ids[i];
+            const Id id = ids[i];
             if (id != last) {
                 last = id;
                 isLast = id != noId && id < isSelected.size() && isSelected[id];
             }
-            m_mask[i] = isLast;
+            m_mask[i] = isLast && (others.empty() || others[i] != id);
         }
     }
 
@@ -46,11 +48,9 @@ private:
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(m_columns) +
                static_cast<std::size_t>(x);
     }
-    bool isBehind(std::size_t pixel, float depth) const {
-        return m_picture.depths[pixel] < depth - jump;
-    }
+    bool isBehind(std::size_t pixel, float depth) const { return m_depths[pixel] < depth - jump; }
     bool isBorder(int x, int y) const {
-        const float depth = m_picture.depths[at(x, y)];
+        const float depth = m_depths[at(x, y)];
         const auto ends = [&](std::size_t pixel) {
             return !m_mask[pixel] || isBehind(pixel, depth);
         };
@@ -59,7 +59,7 @@ private:
     }
     /// Colours a border's pixel and what is selected around it, but for what lies behind.
     void paint(int x, int y) {
-        const float depth = m_picture.depths[at(x, y)];
+        const float depth = m_depths[at(x, y)];
         for (int row = std::max(0, y - m_reach); row <= std::min(m_rows - 1, y + m_reach); ++row) {
             for (int column = std::max(0, x - m_reach);
                  column <= std::min(m_columns - 1, x + m_reach); ++column) {
@@ -73,7 +73,7 @@ private:
         }
     }
 
-    const Picture& m_picture;
+    const std::vector<float>& m_depths;
     int m_columns;
     int m_rows;
     int m_reach;
@@ -89,7 +89,13 @@ void outline(QImage& image, const Picture& picture, const std::vector<bool>& isS
              Colour colour, int width) {
     if (picture.ids.empty() || width < 1)
         return;
-    Outliner(image, picture, isSelected, colour, std::min(width, 64)).draw();
+    const int pixels = std::min(width, 64);
+    Outliner(image, picture.ids, picture.depths, picture.seeThroughIds, isSelected, colour, pixels)
+        .draw();
+    if (!picture.seeThroughIds.empty())
+        Outliner(image, picture.seeThroughIds, picture.seeThroughDepths, {}, isSelected, colour,
+                 pixels)
+            .draw();
 }
 
 } // namespace view

@@ -20,6 +20,10 @@ struct Picture {
     std::vector<Id> ids;
     /// Distance from the camera's centre towards the viewer in Å; -infinity where nothing is seen.
     std::vector<float> depths;
+    /// Likewise, of the see-through surface in front of what is opaque; empty where the picture
+    /// shows none. Where nothing opaque is seen, `ids` and `depths` are those of the surface.
+    std::vector<Id> seeThroughIds;
+    std::vector<float> seeThroughDepths;
 
     /// For the next picture in the same memory: where this one shows something. The rest need not
     /// be written again. For the renderer alone.

@@ -27,13 +27,17 @@ namespace {
 /// What a thread needs to draw a tile.
 struct Brush {
     Tile tile;
+    Tile seeThrough;           ///< the surfaces of such meshes, in front of what the tile shows
+    bool isSeeThrough = false; ///< whether there are any in the tile
     // Two rows of samples, as they are shaded.
     std::array<std::array<std::int32_t, tileSide>, 2> colours;
     std::array<std::array<Id, tileSide>, 2> ids;
+    std::array<std::array<Id, tileSide>, 2> seeThroughIds;
     BallPainter balls;
     TrianglePainter triangles;
     DotPainter dots;
     TriangleSurfaces surfaces;
+    TriangleSurfaces seeThroughSurfaces;
     FrontToBack order;
 };
 
@@ -44,6 +48,9 @@ struct Canvas {
     Id* ids;
     float* depths;
     std::size_t width;
+    // Null where the scene has nothing to see through.
+    Id* seeThroughIds;
+    float* seeThroughDepths;
 };
 
 /// Half of a width in pixels, in samples.
@@ -67,6 +74,25 @@ Picture blank(Picture used, const Settings& settings) {
     return used;
 }
 
+/// Makes room for what is seen through, or frees it.
+void setSeeThrough(Picture& picture, bool isSeeThrough) {
+    const std::size_t pixels = isSeeThrough ? picture.ids.size() : 0;
+    if (picture.seeThroughIds.size() == pixels)
+        return;
+    picture.seeThroughIds = std::vector<Id>(pixels, noId);
+    picture.seeThroughDepths = std::vector<float>(pixels, -std::numeric_limits<float>::infinity());
+}
+
+/// Writes pixels of a row that nothing is seen through.
+void writeNothingSeenThrough(const Canvas& canvas, std::size_t x, std::size_t y,
+                             std::size_t count) {
+    if (!canvas.seeThroughIds)
+        return;
+    std::fill_n(canvas.seeThroughIds + y * canvas.width + x, count, noId);
+    std::fill_n(canvas.seeThroughDepths + y * canvas.width + x, count,
+                -std::numeric_limits<float>::infinity());
+}
+
 /// Writes pixels of a row that show nothing.
 void writeBlank(const Canvas& canvas, const Look& look, std::size_t x, std::size_t y,
                 std::size_t count) {
@@ -74,6 +100,53 @@ void writeBlank(const Canvas& canvas, const Look& look, std::size_t x, std::size
     std::fill_n(canvas.ids + y * canvas.width + x, count, noId);
     std::fill_n(canvas.depths + y * canvas.width + x, count,
                 -std::numeric_limits<float>::infinity());
+    writeNothingSeenThrough(canvas, x, y, count);
+}
+
+/// Shades a part of a row into the first or the second of the brush's rows.
+void shadeRow(Brush& brush, const Shader& shader, int row, std::size_t into, int from, int end) {
+    std::int32_t* const colours = brush.colours[into].data() + from;
+    shader.shade(brush.tile, row, from, end, brush.surfaces,
+                 {colours, brush.ids[into].data() + from});
+    if (brush.isSeeThrough)
+        shader.shadeOver(brush.seeThrough, row, from, end, brush.seeThroughSurfaces,
+                         {colours, brush.seeThroughIds[into].data() + from});
+}
+
+/// Writes what is seen through in the pixels of a row, of so many samples along each side. Where
+/// nothing else is seen it is what the pixel shows.
+void writeSeeThrough(const Brush& brush, const Frame& frame, const Canvas& canvas, int samples,
+                     int row, int from, int end) {
+    const auto y = static_cast<std::size_t>((brush.tile.top() + row) / samples);
+    const auto x = static_cast<std::size_t>((brush.tile.left() + from) / samples);
+    if (!brush.isSeeThrough)
+        return writeNothingSeenThrough(canvas, x, y,
+                                       static_cast<std::size_t>(end - from) / samples);
+    const Tile& tile = brush.seeThrough;
+    std::size_t at = y * canvas.width + x;
+    for (int column = from; column < end; column += samples, ++at) {
+        float depth = -std::numeric_limits<float>::infinity();
+        Number number = noNumber;
+        Id id = noId;
+        for (int sample = 0; sample < samples * samples; ++sample) {
+            const int beside = column + sample % samples;
+            const float depthHere = tile.depths(row + sample / samples)[beside];
+            const Number numberHere = tile.numbers(row + sample / samples)[beside];
+            if (numberHere == noNumber ||
+                !(depthHere > depth || (depthHere == depth && numberHere < number)))
+                continue;
+            depth = depthHere;
+            number = numberHere;
+            id = brush.seeThroughIds[static_cast<std::size_t>(sample / samples)]
+                                    [static_cast<std::size_t>(beside)];
+        }
+        canvas.seeThroughIds[at] = id;
+        canvas.seeThroughDepths[at] = depth * (1 / frame.scale);
+        if (canvas.ids[at] == noId) {
+            canvas.ids[at] = id;
+            canvas.depths[at] = canvas.seeThroughDepths[at];
+        }
+    }
 }
 
 /// Writes samples of a row, each of them a pixel.
@@ -85,13 +158,12 @@ void writeSamples(Brush& brush, const Frame& frame, const Shader& shader, const 
     const auto width = static_cast<std::size_t>(std::min(end, tile.width()) - from);
     auto* const image = reinterpret_cast<std::int32_t*>(canvas.image + y * canvas.stride + left);
     Id* const ids = canvas.ids + y * canvas.width + left;
-    if (end <= tile.width()) {
+    if (end <= tile.width() && !brush.isSeeThrough) {
         shader.shade(tile, row, from, end, brush.surfaces, {image, ids});
     } else {
-        shader.shade(tile, row, from, end, brush.surfaces,
-                     {brush.colours[0].data(), brush.ids[0].data()});
-        std::copy_n(brush.colours[0].data(), width, image);
-        std::copy_n(brush.ids[0].data(), width, ids);
+        shadeRow(brush, shader, row, 0, from, end);
+        std::copy_n(brush.colours[0].data() + from, width, image);
+        std::copy_n(brush.ids[0].data() + from, width, ids);
     }
     const Floats pixel = all(1 / frame.scale);
     const float* const nearest = tile.depths(row) + from;
@@ -157,14 +229,17 @@ void writeTile(Brush& brush, const Frame& frame, const Shader& shader, const Loo
                        static_cast<std::size_t>((std::min(end, tile.width()) - from) / samples));
         });
         Tile::eachRun(now, [&](int from, int end) {
-            if (samples == 1)
-                return writeSamples(brush, frame, shader, canvas, row, from, end);
-            for (int half = 0; half < 2; ++half)
-                shader.shade(tile, row + half, from, end, brush.surfaces,
-                             {brush.colours[static_cast<std::size_t>(half)].data() + from,
-                              brush.ids[static_cast<std::size_t>(half)].data() + from});
-            for (int column = from; column < std::min(end, tile.width()); column += 2)
-                writeMean(brush, frame, canvas, row, column);
+            const int last = std::min(end, tile.width());
+            if (samples == 1) {
+                writeSamples(brush, frame, shader, canvas, row, from, end);
+            } else {
+                shadeRow(brush, shader, row, 0, from, end);
+                shadeRow(brush, shader, row + 1, 1, from, end);
+                for (int column = from; column < last; column += 2)
+                    writeMean(brush, frame, canvas, row, column);
+            }
+            if (canvas.seeThroughIds)
+                writeSeeThrough(brush, frame, canvas, samples, row, from, last);
         });
     }
 }
@@ -186,6 +261,8 @@ struct Renderer::Buffers {
     Bins dots;
     SeenTriangles seenTriangles;
     Bins triangles; ///< of those
+    SeenTriangles seenThrough;
+    Bins seeThrough; ///< of those
 };
 
 // Puts all things where they are on the screen, and sorts them into tiles.
@@ -202,8 +279,11 @@ bool Renderer::Buffers::arrange() {
     if (!sort(balls, scene.balls.size(), [&](std::size_t i) { return ballExtent(f, i); }) ||
         !sort(sticks, scene.sticks.size(), [&](std::size_t i) { return stickExtent(f, i); }) ||
         !sort(lines, scene.lines.size(), [&](std::size_t i) { return lineExtent(f, i); }) ||
-        !sort(dots, scene.dots.size(), DotExtents(f)) || !seenTriangles.find(frame, workers) ||
-        !sort(triangles, seenTriangles.size(), TriangleExtents(f, seenTriangles)))
+        !sort(dots, scene.dots.size(), DotExtents(f)) ||
+        !seenTriangles.find(frame, workers, false) ||
+        !sort(triangles, seenTriangles.size(), TriangleExtents(f, seenTriangles)) ||
+        !seenThrough.find(frame, workers, true) ||
+        !sort(seeThrough, seenThrough.size(), TriangleExtents(f, seenThrough)))
         return false;
     frame.nearZ = std::min(frame.nearZ, frame.front);
     frame.farZ = std::max(frame.farZ, frame.back);
@@ -219,6 +299,12 @@ void Renderer::Buffers::drawTile(std::size_t index, Brush& brush) const {
     brush.triangles.draw(brush.tile, frame, seenTriangles, triangles, index);
     drawLines(brush.tile, frame, lines, index, brush.order);
     brush.dots.draw(brush.tile, frame, dots, index);
+    brush.isSeeThrough = !seeThrough.inTile(index).empty() || !seeThrough.large().empty();
+    if (!brush.isSeeThrough)
+        return;
+    brush.seeThrough.beginInFrontOf(brush.tile);
+    brush.triangles.draw(brush.seeThrough, frame, seenThrough, seeThrough, index);
+    brush.tile.mark(brush.seeThrough.drawnRuns());
 }
 
 Renderer::Renderer(unsigned threads) : m_buffers(std::make_unique<Buffers>(threads)) {}
@@ -239,16 +325,23 @@ Picture Renderer::draw(const Scene& scene, const Camera& camera, const Settings&
     frame.width = settings.width * samples;
     frame.height = settings.height * samples;
     frame.lineHalf = halfWidth(settings.lineWidth, samples);
+    frame.thinHalf = halfWidth(settings.lineWidth / 2, samples);
     frame.dotHalf = halfWidth(settings.dotSize, samples);
     Picture picture = blank(std::move(used), settings);
     if (!buffers.arrange())
         return {};
-    for (Brush& brush : buffers.brushes)
+    for (Brush& brush : buffers.brushes) {
         brush.surfaces.begin(frame);
+        brush.seeThroughSurfaces.begin(frame);
+    }
+    setSeeThrough(picture, buffers.seenThrough.size() != 0);
     const Canvas canvas = {reinterpret_cast<std::uint32_t*>(picture.image.bits()),
                            static_cast<std::size_t>(picture.image.bytesPerLine()) / 4,
-                           picture.ids.data(), picture.depths.data(),
-                           static_cast<std::size_t>(settings.width)};
+                           picture.ids.data(),
+                           picture.depths.data(),
+                           static_cast<std::size_t>(settings.width),
+                           picture.seeThroughIds.empty() ? nullptr : picture.seeThroughIds.data(),
+                           picture.seeThroughDepths.data()};
     const Look look = {settings.background, std::clamp(settings.depthCue, 0.0F, 1.0F)};
     const Shader shader(frame, look);
     const std::size_t tiles = buffers.balls.tiles();

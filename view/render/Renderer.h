@@ -34,6 +34,10 @@ public:
     /// in the colour and with the id of what was cut. A mesh is just left out in front of it. With
     /// 2 x 2 samples, id and depth of a pixel are those of its nearest sample.
     ///
+    /// Of the see-through meshes the surface that is nearest in a sample is blended over what is
+    /// opaque. The ids tell what is seen through it, as long as that is anything, so that it can be
+    /// picked; the surface's own are there, too.
+    ///
     /// Of things that are equally near in a sample the one that comes first is seen: balls, sticks,
     /// lines, dots, meshes, each in their order. A ball without a positive radius is left out, and
     /// so is what is not finite. However small, a ball is seen at its centre.

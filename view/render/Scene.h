@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -50,6 +51,14 @@ struct Mesh {
     std::vector<CoarserSurface> coarser; ///< ever coarser ones
 };
 
+/// How a mesh is shown.
+struct MeshLook {
+    /// What is behind it is seen through it; of several such surfaces behind each other the nearest
+    /// one alone is seen.
+    bool isSeeThrough = false;
+    bool hasIdColours = false; ///< in the colours of its ids, also where it has its own
+};
+
 /// Everything that is drawn. Indices are in range, which who makes the scene sees to. Coordinates
 /// may be anything: what is not finite, or too far away to be seen, is left out.
 struct Scene {
@@ -65,16 +74,23 @@ struct Scene {
     float stickRadius = 0.25F; ///< Å
     /// Lines of constant width on the screen, in halves like sticks.
     std::vector<Segment> lines;
+    /// The first line that is half as wide as others, like all that follow.
+    std::size_t firstThinLine = std::numeric_limits<std::size_t>::max();
     /// Points drawn as dots of constant size on the screen: indices.
     std::vector<std::uint32_t> dots;
     std::vector<std::shared_ptr<const Mesh>> meshes;
-    /// By id, from 1 on: the colours of the triangles of meshes that have none, and whether (not 0)
-    /// a triangle is drawn; all are, if null. So what was coloured or hidden needs no other mesh.
+    std::vector<MeshLook> meshLooks; ///< by mesh; those beyond its end look as MeshLook() says
+    /// By id, from 1 on: the colours of the triangles of meshes that have none, or show those of
+    /// their ids, and whether (not 0) a triangle is drawn; all are, if null. So what was coloured
+    /// or hidden needs no other mesh.
     std::shared_ptr<const std::vector<Colour>> idColours;
     std::shared_ptr<const std::vector<std::uint8_t>> idShown;
 
     std::size_t sharedCount() const { return sharedPoints ? sharedPoints->size() : 0; }
     std::size_t pointCount() const { return sharedCount() + points.size(); }
+    MeshLook meshLook(std::size_t mesh) const {
+        return mesh < meshLooks.size() ? meshLooks[mesh] : MeshLook();
+    }
     bool isShown(Id id) const { return !idShown || id == noId || (*idShown)[id - 1] != 0; }
     const Point& point(std::size_t index) const {
         return index < sharedCount() ? (*sharedPoints)[index] : points[index - sharedCount()];

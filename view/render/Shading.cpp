@@ -237,6 +237,22 @@ Surface surfaceAt(const Tile& tile, const Frame& frame, Ints background,
     return surface;
 }
 
+/// The colours of surfaces, of which z faces the viewer, over what is behind them.
+Ints seenThrough(Ints surfaces, Floats z, Ints behind) {
+    const Floats away = all(1.0F) - z;
+    const Floats opacity = all(facingOpacity) + all(edgeOpacity - facingOpacity) * away * away;
+    Ints result = all(plain(0xFF000000U));
+    for (const int shift : {0, 8, 16}) {
+        const auto channel = [shift](Ints colours) {
+            return toFloats((colours >> shift) & all(255));
+        };
+        const Floats far = channel(behind);
+        const Floats near = channel(surfaces);
+        result |= toInts(far + (near - far) * opacity + all(0.5F)) << shift;
+    }
+    return result;
+}
+
 } // namespace
 
 Shader::Shader(const Frame& frame, const Look& look)
@@ -246,11 +262,10 @@ Shader::Shader(const Frame& frame, const Look& look)
         m_haze.factor = look.depthCue / range;
 }
 
-void Shader::shade(const Tile& tile, int row, int from, int end, TriangleSurfaces& triangles,
-                   const ShadedRow& to) const {
+std::span<const LitRun> Shader::setRuns(Runs& runs, const Tile& tile, int row, int from, int end,
+                                        TriangleSurfaces& triangles, Id* ids) const {
     const Ints background = all(plain(m_haze.background));
     static_assert(LitRun::length == Tile::blockSide);
-    std::array<LitRun, Tile::blocksASide> runs;
     for (int column = from; column < end; column += 4) {
         const Surface surface = surfaceAt(tile, m_frame, background, triangles, row, column);
         LitRun& run = runs[static_cast<std::size_t>((column - from) / LitRun::length)];
@@ -261,10 +276,34 @@ void Shader::shade(const Tile& tile, int row, int from, int end, TriangleSurface
         store(run.depth.data() + half, load(tile.depths(row) + column));
         store(run.colour.data() + half, surface.colour);
         store(run.isLit.data() + half, surface.isLit);
-        store(reinterpret_cast<std::int32_t*>(to.ids + (column - from)), surface.ids);
+        store(reinterpret_cast<std::int32_t*>(ids + (column - from)), surface.ids);
     }
-    light(m_haze, std::span(runs).first(static_cast<std::size_t>((end - from) / LitRun::length)),
-          to.colours);
+    return std::span(runs).first(static_cast<std::size_t>((end - from) / LitRun::length));
+}
+
+void Shader::shade(const Tile& tile, int row, int from, int end, TriangleSurfaces& triangles,
+                   const ShadedRow& to) const {
+    Runs runs;
+    light(m_haze, setRuns(runs, tile, row, from, end, triangles, to.ids), to.colours);
+}
+
+void Shader::shadeOver(const Tile& tile, int row, int from, int end, TriangleSurfaces& triangles,
+                       const ShadedRow& to) const {
+    Runs runs;
+    std::array<std::int32_t, tileSide> surfaces;
+    const std::span<const LitRun> lit = setRuns(runs, tile, row, from, end, triangles, to.ids);
+    light(m_haze, lit, surfaces.data());
+    std::size_t at = 0;
+    for (const LitRun& run : lit)
+        for (std::size_t half = 0; half < LitRun::length; half += 4, at += 4) {
+            const Ints isSeen = load(run.isLit.data() + half);
+            if (!isAny(isSeen))
+                continue;
+            const Ints behind = load(to.colours + at);
+            const Ints seen =
+                seenThrough(load(surfaces.data() + at), load(run.z.data() + half), behind);
+            store(to.colours + at, select(isSeen, seen, behind));
+        }
 }
 
 } // namespace view

@@ -33,6 +33,20 @@ void Tile::begin(int left, int top, int width, int height) {
             emptyRows(row);
 }
 
+void Tile::beginInFrontOf(const Tile& other) {
+    m_left = other.m_left;
+    m_top = other.m_top;
+    m_width = other.m_width;
+    m_height = other.m_height;
+    m_depth = other.m_depth;
+    m_isDepthOld = other.m_isDepthOld;
+    m_depths = other.m_depths;
+    m_blockDepths = other.m_blockDepths;
+    m_blockTouches = other.m_blockTouches;
+    m_numbers.fill(noNumber);
+    m_drawn = {};
+}
+
 void Tile::emptyAll() {
     m_blockTouches.fill(0);
     // Nothing is nearer than samples beyond the picture, so that they hide all.

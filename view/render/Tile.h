@@ -49,6 +49,10 @@ public:
 
     int left() const { return m_left; }
     int top() const { return m_top; }
+    /// Empties the tile for what is seen through, at the place of another one: whatever is drawn
+    /// now is hidden by what the other one shows.
+    void beginInFrontOf(const Tile& other);
+
     /// Samples that belong to the picture.
     int width() const { return m_width; }
     int height() const { return m_height; }
@@ -150,6 +154,11 @@ public:
     /// Says that the rows above and below, in pairs from the first row on, are to be taken for
     /// drawn where one of them is: they make up pixels.
     void touchPairs();
+    /// Likewise, where something was drawn into another tile at the same place.
+    void mark(const Runs& runs) {
+        for (std::size_t i = 0; i < runs.size(); ++i)
+            m_drawn[i] |= runs[i];
+    }
     /// Where something was drawn, and perhaps a little more.
     const Runs& drawnRuns() const { return m_drawn; }
     /// Whether nothing was drawn.

@@ -69,10 +69,9 @@ void TriangleSurfaces::make(Surface& surface, Number triangle) {
               normalOf(frame, mesh.normals[third]));
     surface.id = static_cast<std::int32_t>(id);
     surface.number = triangle;
-    const bool isOne = mesh.colours.size() <= 1;
-    const Colour atA =
-        isOne ? mesh.colours.empty() ? (*frame.scene->idColours)[id - 1] : mesh.colours[0]
-              : mesh.colours[first];
+    const bool isOfId = mesh.colours.empty() || placed.look.hasIdColours;
+    const bool isOne = isOfId || mesh.colours.size() == 1;
+    const Colour atA = isOfId ? (*frame.scene->idColours)[id - 1] : mesh.colours[isOne ? 0 : first];
     surface.colour = static_cast<std::int32_t>(atA);
     const bool isPlain = isOne || (atA == mesh.colours[second] && atA == mesh.colours[third]);
     surface.isPlain = isPlain ? -1 : 0;

@@ -78,9 +78,11 @@ float nearestVertex(const Frame& frame, const PlacedMesh& mesh) {
 
 } // namespace
 
-bool SeenTriangles::find(Frame& frame, Workers& workers) {
+bool SeenTriangles::find(Frame& frame, Workers& workers, bool areSeeThrough) {
     std::size_t parts = 0;
     for (std::size_t mesh = 0; mesh < frame.meshes.size(); ++mesh) {
+        if (frame.meshes[mesh].look.isSeeThrough != areSeeThrough)
+            continue;
         const std::size_t count = frame.meshes[mesh].triangles->size();
         for (std::size_t begin = 0; begin < count; begin += trianglesAPart) {
             m_parts.resize(std::max(m_parts.size(), parts + 1));
@@ -93,7 +95,7 @@ bool SeenTriangles::find(Frame& frame, Workers& workers) {
     m_areBacksHidden.assign(frame.meshes.size(), false);
     for (std::size_t i = 0; i < frame.meshes.size(); ++i)
         m_areBacksHidden[i] =
-            frame.meshes[i].mesh->isClosed &&
+            frame.meshes[i].look.isSeeThrough == areSeeThrough && frame.meshes[i].mesh->isClosed &&
             (frame.front == infinity || nearestVertex(frame, frame.meshes[i]) <= frame.front);
     if (!workers.run(
             parts,

@@ -38,13 +38,14 @@ private:
     Number m_end = 0;                   ///< of its triangles
 };
 
-/// The triangles of a picture that may be seen. Keeps its memory from one picture to the next.
+/// The triangles of a picture that may be seen, of opaque or of see-through meshes. Keeps its
+/// memory from one picture to the next.
 class SeenTriangles {
 public:
     /// Leaves out what has no place, what lies beyond the picture, behind or in front of what is
     /// drawn, or between the samples, and what faces away in a closed body. Widens the frame's
     /// depth range by all that lies between the planes. Returns false after a stop request.
-    bool find(Frame& frame, Workers& workers);
+    bool find(Frame& frame, Workers& workers, bool areSeeThrough);
 
     std::size_t size() const { return m_numbers.size(); }
     /// In ascending order.

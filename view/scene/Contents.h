@@ -2,12 +2,15 @@
 // never changed, but replaced by others.
 #pragma once
 
+#include "Geometry.h"
 #include "ResidueKind.h"
 #include "render/Scene.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace view {
@@ -35,9 +38,12 @@ struct Entry {
 
 /// An item other than atoms and bonds that has something to draw: a mesh, or lines.
 struct Shape {
-    std::uint32_t item = 0; ///< its index among the items
-    /// In the item's colour, unless it has its own colours. Null for a surface without a mesh.
+    std::uint32_t item = 0;      ///< its index among the items
+    unsigned int identifier = 0; ///< the item's own one
+    /// In its own colours, if it has any and Marks says so, else in the item's. Null for a surface
+    /// without a mesh.
     std::shared_ptr<const Mesh> mesh;
+    std::optional<TAVIK::ValueScale> scale; ///< of the mesh's own colours
     std::vector<Point> points;
     std::vector<Segment> segments; ///< between the points
 };
@@ -70,6 +76,12 @@ struct Marks {
     std::vector<Colour> colours;     ///< one an item
     std::vector<std::uint8_t> shown; ///< one an item, 0 or 1
     std::vector<std::uint8_t> bonds; ///< one a bond: whether it is shown
+    /// One a shape: whether its mesh shows its own colours; those beyond the end do.
+    std::vector<std::uint8_t> ownColours;
+
+    bool hasOwnColours(std::size_t shape) const {
+        return shape >= ownColours.size() || ownColours[shape] != 0;
+    }
 
     bool operator==(const Marks&) const = default;
 };

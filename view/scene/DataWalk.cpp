@@ -112,6 +112,7 @@ public:
         out.items = m_items.join();
         out.marks.colours = m_colours.join();
         out.marks.shown = m_shown.join();
+        out.marks.ownColours = std::move(m_ownColours);
         out.selection = m_selected.join();
         takeBonds(out);
         linkResidues(contents); // by the bonds, too
@@ -276,6 +277,7 @@ private:
             return some;
         if (std::optional<Shape> shape = m_shape->take()) {
             m_collectedShapes.push_back(std::move(*shape));
+            m_ownColours.push_back(showsOwnColours(item) ? 1 : 0);
             takeItem(item);
         }
         m_shape.reset();
@@ -334,6 +336,7 @@ private:
     std::vector<BondRun> m_runs;
     std::vector<Entry> m_entries;
     std::vector<Shape> m_collectedShapes;
+    std::vector<std::uint8_t> m_ownColours;
     InParts<unsigned int> m_ids; ///< of the atoms
     InParts<Segment> m_bondIds;  ///< of the bonds' atoms
 };

@@ -26,19 +26,33 @@ bool isSame(const Camera& a, const Camera& b) {
 Drawing::Drawing(unsigned threads) : m_renderer(threads) {}
 
 // While something moves the pictures only ever become coarser, as changing to and fro would
-// flicker; the next movement starts a step better if there was time left.
+// flicker; the next movement starts a step better if there was time left, and the better pictures
+// were not too slow before.
 Drawing::Effort Drawing::effortFor(const Order& order) {
     if (!order.isMoving) {
         m_wasMoving = false;
         return Effort::Whole;
     }
-    if (!m_wasMoving && m_quick != Effort::OneSample && m_quickTime < quickPicture / 5)
-        m_quick = static_cast<Effort>(static_cast<int>(m_quick) - 1);
+    if (!m_wasMoving && m_quick != Effort::OneSample && m_quickTime < quickPicture / 5) {
+        const auto better = static_cast<Effort>(static_cast<int>(m_quick) - 1);
+        if (mayBeQuick(better))
+            m_quick = better;
+    }
     m_wasMoving = true;
     return m_quick;
 }
 
+bool Drawing::mayBeQuick(Effort effort) const {
+    const Times& times = m_times[static_cast<std::size_t>(effort)];
+    const double whole = m_times[static_cast<std::size_t>(Effort::Whole)].own;
+    // From elsewhere, or in another size, all pictures may take more or less.
+    const double change = whole > 0 && times.whole > 0 ? whole / times.whole : 1;
+    return times.own * change < 1.5 * quickPicture;
+}
+
 void Drawing::learn(Effort effort, double milliseconds) {
+    m_times[static_cast<std::size_t>(effort)] = {
+        milliseconds, m_times[static_cast<std::size_t>(Effort::Whole)].own};
     if (effort == Effort::Whole) {
         // Four samples a pixel took about twice as long as one, or more in small scenes.
         const Effort guess = milliseconds > 6 * quickPicture   ? Effort::Dots
@@ -70,6 +84,7 @@ std::optional<Drawn> Drawing::draw(const Order& order, const std::stop_token& st
         m_quick = m_maker.size() > manyThings ? Effort::Dots : Effort::OneSample;
         m_isGuess = true;
         m_quickTime = quickPicture;
+        m_times = {};
     }
     const Effort effort = effortFor(order);
     std::shared_ptr<const Scene> scene = effort == Effort::Dots

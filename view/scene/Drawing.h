@@ -11,6 +11,8 @@
 
 #include <QImage>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -61,6 +63,8 @@ private:
     enum class Effort { Whole, OneSample, HalfSize, Dots };
 
     Effort effortFor(const Order& order);
+    /// Whether pictures of an effort have not turned out to be too slow.
+    bool mayBeQuick(Effort effort) const;
     bool isLast(const Order& order, Effort effort) const;
     void learn(Effort effort, double milliseconds);
 
@@ -76,6 +80,13 @@ private:
     std::uint64_t m_known = 0;                ///< the version of the scene for which that holds
     bool m_wasMoving = false;
     double m_quickTime = quickPicture; ///< milliseconds that the last quick picture took
+    /// What the last picture of each effort took, and the whole one before it, in milliseconds; 0
+    /// where the scene has none yet.
+    struct Times {
+        double own = 0;
+        double whole = 0;
+    };
+    std::array<Times, 4> m_times;
 };
 
 } // namespace view

@@ -4,6 +4,7 @@
 #include "render/Scene.h"
 
 #include <cstdint>
+#include <map>
 
 namespace view {
 
@@ -17,6 +18,13 @@ enum class Representation : std::uint8_t {
     Ribbon ///< of polymers; what else there is as sticks, ions as spheres
 };
 
+/// How a surface is drawn.
+enum class SurfaceStyle : std::uint8_t {
+    Opaque,
+    SeeThrough,
+    MeshLines ///< lines across it, see linesOf()
+};
+
 struct Look {
     Representation representation = Representation::Automatic;
     /// Without it, waters are drawn only in an entry that holds nothing else.
@@ -28,6 +36,14 @@ struct Look {
     /// be drawn at all, as in a ribbon.
     std::uint32_t focusBegin = 0;
     std::uint32_t focusEnd = 0;
+    SurfaceStyle surfaces = SurfaceStyle::Opaque;
+    /// Of the surfaces that have a style of their own: by the identifiers of their items.
+    std::map<unsigned int, SurfaceStyle> ownSurfaceStyles = {};
+
+    SurfaceStyle surfaceStyle(unsigned int identifier) const {
+        const auto own = ownSurfaceStyles.find(identifier);
+        return own == ownSurfaceStyles.end() ? surfaces : own->second;
+    }
 
     bool operator==(const Look&) const = default;
 };

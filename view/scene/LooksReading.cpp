@@ -41,6 +41,8 @@ LooksReading::State LooksReading::advance(std::size_t items) {
         case ShapeCheck::State::Other:
             return State::Outdated;
         case ShapeCheck::State::Same:
+            m_marks->ownColours.push_back(showsOwnColours(m_items[shape.item]) ? 1 : 0);
+            m_isOther |= m_marks->ownColours.back() != m_before->ownColours[m_shape];
             ++m_shape;
             m_check = {};
             return State::Due;

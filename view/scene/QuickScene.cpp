@@ -2,6 +2,7 @@
 
 #include "LegibleColours.h"
 #include "Ribbons.h"
+#include "Shapes.h"
 
 #include <algorithm>
 #include <utility>
@@ -22,12 +23,13 @@ public:
             takeAtoms(residue);
             takeGuide(residue);
         }
-        for (const Shape& shape : m_contents.shapes) {
+        for (std::size_t i = 0; i != m_contents.shapes.size(); ++i) {
+            const Shape& shape = m_contents.shapes[i];
             if (!m_marks.shown[shape.item])
                 continue;
             takeSegments(shape);
             if (shape.mesh)
-                takeVertices(shape);
+                takeVertices(shape, m_marks.hasOwnColours(i));
         }
         return std::move(m_scene);
     }
@@ -75,16 +77,18 @@ private:
                 m_scene.dots.push_back(addAtom(i));
     }
 
-    void takeVertices(const Shape& shape) {
+    void takeVertices(const Shape& shape, bool hasOwnColours) {
         const Mesh& mesh = *shape.mesh;
-        const auto colourOf = [&](std::size_t vertex) {
-            if (mesh.colours.empty())
-                return m_marks.colours[shape.item];
-            return mesh.colours[mesh.colours.size() == 1 ? 0 : vertex];
-        };
+        const Colour ofItem = m_marks.colours[shape.item];
+        // Colours that change from vertex to vertex are made so few that each need not be made
+        // legible for itself.
+        const bool isSmooth = hasOwnColours && mesh.colours.size() > 1;
+        const Colour kept = isSmooth ? 0xfff8f8f8 : 0xffffffff;
         for (std::size_t i = 0; i != mesh.vertices.size(); ++i)
             if (m_dots++ % m_dotStep == 0)
-                m_scene.dots.push_back(addPoint(mesh.vertices[i], colourOf(i), shape.item));
+                m_scene.dots.push_back(addPoint(mesh.vertices[i],
+                                                shownColour(mesh, i, hasOwnColours, ofItem) & kept,
+                                                shape.item));
     }
 
     void takeSegments(const Shape& shape) {

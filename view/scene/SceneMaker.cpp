@@ -1,6 +1,7 @@
 #include "SceneMaker.h"
 
 #include "LegibleColours.h"
+#include "MeshLines.h"
 #include "QuickScene.h"
 #include "Shapes.h"
 #include "VanDerWaals.h"
@@ -32,9 +33,9 @@ void addLines(const Shape& shape, Colour colour, Scene& scene) {
 class Making {
 public:
     Making(const std::shared_ptr<const Contents>& contents, const Marks& marks,
-           const Styles& styles, Colour background, Scene& scene)
-        : m_shared(contents), m_contents(*contents), m_marks(marks), m_styles(styles),
-          m_legible(background), m_scene(scene) {}
+           const Styles& styles, const Look& look, Scene& scene)
+        : m_shared(contents), m_contents(*contents), m_marks(marks), m_styles(styles), m_look(look),
+          m_legible(look.background), m_scene(scene) {}
 
     void run() {
         m_scene.stickRadius = stickRadius;
@@ -42,6 +43,29 @@ public:
         takeBonds();
         takeAtoms();
         takeLines();
+    }
+    /// The surfaces, behind the meshes that are there; those that are drawn as lines need run().
+    /// Returns false after a stop request.
+    bool takeSurfaces(const std::stop_token& stop) {
+        m_scene.meshLooks.resize(m_scene.meshes.size());
+        // Of mesh lines there are so many that they would hide what is behind them.
+        m_scene.firstThinLine = m_scene.lines.size();
+        for (std::size_t i = 0; i != m_contents.shapes.size(); ++i) {
+            const Shape& shape = m_contents.shapes[i];
+            if (!shape.mesh || shape.mesh->triangles.empty() || !m_marks.shown[shape.item])
+                continue;
+            const SurfaceStyle style = m_look.surfaceStyle(shape.identifier);
+            if (style == SurfaceStyle::MeshLines) {
+                takeMeshLines(shape, m_marks.hasOwnColours(i), stop);
+            } else {
+                m_scene.meshes.push_back(shape.mesh);
+                m_scene.meshLooks.push_back(
+                    {style == SurfaceStyle::SeeThrough, !m_marks.hasOwnColours(i)});
+            }
+            if (stop.stop_requested())
+                return false;
+        }
+        return true;
     }
 
 private:
@@ -134,6 +158,21 @@ private:
                 addLines(shape, m_legible(m_marks.colours[shape.item]), m_scene);
     }
 
+    void takeMeshLines(const Shape& shape, bool hasOwnColours, const std::stop_token& stop) {
+        const Mesh& mesh = *shape.mesh;
+        const MeshLines lines = linesOf(mesh, stop);
+        const auto first = static_cast<std::uint32_t>(m_scene.pointCount());
+        m_scene.points.insert(m_scene.points.end(), lines.points.begin(), lines.points.end());
+        m_scene.ids.resize(m_scene.pointCount(), idOf(shape.item));
+        m_scene.colours.reserve(m_scene.pointCount());
+        for (const std::uint32_t vertex : lines.vertices)
+            m_scene.colours.push_back(
+                m_legible(shownColour(mesh, vertex, hasOwnColours, m_marks.colours[shape.item])));
+        m_scene.lines.reserve(m_scene.lines.size() + lines.lines.size());
+        for (const Segment& line : lines.lines)
+            m_scene.lines.push_back({first + line.from, first + line.to});
+    }
+
     float radiusOf(std::size_t atom, Style style) const {
         const float radius = vanDerWaalsRadius(m_contents.atomicNumbers[atom]);
         return style == Style::Sphere         ? radius
@@ -145,6 +184,7 @@ private:
     const Contents& m_contents;
     const Marks& m_marks;
     const Styles& m_styles;
+    const Look& m_look;
     LegibleColours m_legible;
     Scene& m_scene;
     std::vector<std::uint32_t> m_points; ///< of the scene, by atom
@@ -202,17 +242,17 @@ std::shared_ptr<const Scene> SceneMaker::scene(const Snapshot& snapshot, const L
     if (m_scene)
         return m_scene;
     auto scene = std::make_shared<Scene>();
-    Making(snapshot.contents, *snapshot.marks, m_styles, look.background, *scene).run();
     const Marks& marks = *snapshot.marks;
+    Making making(snapshot.contents, marks, m_styles, look, *scene);
+    making.run();
     scene->idColours = {snapshot.marks, &marks.colours};
     scene->idShown = {snapshot.marks, &marks.shown};
     const auto* const ribbons = m_ribbons.meshes(snapshot.contents, marks, m_styles, stop);
     if (!ribbons || stop.stop_requested())
         return nullptr;
     scene->meshes = *ribbons;
-    for (const Shape& shape : snapshot.contents->shapes)
-        if (shape.mesh && !shape.mesh->triangles.empty() && marks.shown[shape.item])
-            scene->meshes.push_back(shape.mesh);
+    if (!making.takeSurfaces(stop))
+        return nullptr;
     m_scene = std::move(scene);
     return m_scene;
 }

@@ -84,6 +84,7 @@ bool takeLines(Compound* item, Shape& shape) {
 ShapeReading::ShapeReading(Compound* item, std::size_t index) : m_item(item) {
     Shape shape;
     shape.item = static_cast<std::uint32_t>(index);
+    shape.identifier = item->GetId();
     if (const auto* const surface = dynamic_cast<const TAVIK::Surface*>(item)) {
         if (TAVIK::GetSurfaceMesh(surface)) {
             m_mesh = std::make_shared<Mesh>();
@@ -104,8 +105,10 @@ bool ShapeReading::advance(std::size_t bytes) {
     if (mesh && copySome(mesh->vertices, m_mesh->vertices, bytes) &&
         copySome(mesh->normals, m_mesh->normals, bytes) &&
         copySome(mesh->colors, m_mesh->colours, bytes) &&
-        copySome(mesh->triangles, m_mesh->triangles, bytes))
+        copySome(mesh->triangles, m_mesh->triangles, bytes)) {
+        m_shape->scale = mesh->scale;
         return bytes == 0;
+    }
     // Another mesh, or none.
     *this = ShapeReading(m_item, m_shape->item);
     return m_mesh != nullptr;
@@ -136,13 +139,18 @@ ShapeCheck::State ShapeCheck::advance(const Shape& shape, Compound* item, std::s
         return some == 0 || std::memcmp(reinterpret_cast<const char*>(a.data()) + begin,
                                         reinterpret_cast<const char*>(b.data()) + begin, some) == 0;
     };
-    if (!isSoFarSame(shape.mesh->colours, mesh->colors) ||
+    if (shape.scale != mesh->scale || !isSoFarSame(shape.mesh->colours, mesh->colors) ||
         !isSoFarSame(shape.mesh->vertices, mesh->vertices) ||
         !isSoFarSame(shape.mesh->triangles, mesh->triangles) ||
         !isSoFarSame(shape.mesh->normals, mesh->normals))
         return State::Other;
     m_done += bytes;
     return left == 0 ? State::Due : State::Same;
+}
+
+bool showsOwnColours(const Compound* item) {
+    const auto* const surface = dynamic_cast<const TAVIK::Surface*>(item);
+    return surface && TAVIK::HasDefaultColor(surface);
 }
 
 void addPoints(const Shape& shape, std::vector<Point>& points) {

@@ -51,6 +51,16 @@ private:
     std::size_t m_done = 0; ///< bytes of the mesh
 };
 
+/// The colour of a vertex of a mesh: its own, if the mesh has any and shows them, else the item's.
+inline Colour shownColour(const Mesh& mesh, std::size_t vertex, bool hasOwnColours, Colour ofItem) {
+    if (!hasOwnColours || mesh.colours.empty())
+        return ofItem;
+    return mesh.colours[mesh.colours.size() == 1 ? 0 : vertex];
+}
+
+/// Whether the mesh of an item shows its own colours, as long as it has any.
+bool showsOwnColours(const TAVIK::Compound* item);
+
 /// Appends all points of a shape, as a camera is fitted to them.
 void addPoints(const Shape& shape, std::vector<Point>& points);
 

@@ -1,6 +1,8 @@
 #include "Canvas.h"
 
+#include "ColourKey.h"
 #include "render/Picking.h"
+#include "scene/ShownScales.h"
 
 #include <QApplication>
 #include <QMouseEvent>
@@ -49,6 +51,7 @@ Canvas::~Canvas() = default;
 
 void Canvas::setSnapshot(const Snapshot& snapshot) {
     m_order.snapshot = snapshot;
+    m_scales = shownScales(*snapshot.contents, *snapshot.marks);
     order(false);
 }
 
@@ -279,6 +282,7 @@ void Canvas::paintEvent(QPaintEvent*) {
         return;
     painter.setRenderHint(QPainter::SmoothPixmapTransform, m_drawn.image.size() != pixels());
     painter.drawImage(rect(), m_drawn.image);
+    paintKeys(painter, m_scales, rect(), m_order.look.background);
     if (m_mark) {
         const double aspect = double(m_drawn.image.width()) / m_drawn.image.height();
         paintRing(painter, ringOf(*m_mark, m_drawn.camera, aspect, rect()),

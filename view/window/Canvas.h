@@ -4,6 +4,7 @@
 
 #include "DrawingThread.h"
 #include "FocusMark.h"
+#include "Geometry.h"
 #include "scene/Contents.h"
 #include "scene/Drawing.h"
 #include "scene/Look.h"
@@ -15,6 +16,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace view {
 
@@ -72,6 +74,8 @@ public:
     Order orderFor(const QSize& size) const;
     bool isMovedByUser() const { return m_isMovedByUser; }
 
+    /// The scales of values that keys in the upper right corner explain.
+    const std::vector<TAVIK::ValueScale>& scales() const { return m_scales; }
     /// The picture on the screen.
     const Drawn& drawn() const { return m_drawn; }
     /// Whether it is whole, and of the last order.
@@ -131,6 +135,7 @@ private:
     double m_radius = 50; ///< Å from the middle of what was fitted to its farthest point
     bool m_isMovedByUser = false;
     std::optional<FocusMark> m_mark;
+    std::vector<TAVIK::ValueScale> m_scales; ///< that the picture has a key to
     bool m_clearsFront = true;
     QTimer m_rest;            ///< until nothing has moved for a while
     bool m_isOrdered = false; ///< and the order is not sent yet

@@ -1,5 +1,8 @@
 #include "PictureFile.h"
 
+#include "ColourKey.h"
+#include "scene/ShownScales.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QImageWriter>
@@ -8,6 +11,7 @@
 #include <charconv>
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace view {
 
@@ -23,6 +27,13 @@ std::optional<int> sideOf(std::string_view text) {
 
 std::string cannot(const QString& path, const QString& why) {
     return (path + ": the picture cannot be written: " + why).toStdString();
+}
+
+/// Nobody else has the image then: it can be painted on as it is.
+QImage imageOf(const Order& order, const std::stop_token& stop) {
+    Drawing drawing;
+    std::optional<Drawn> drawn = drawing.draw(order, stop);
+    return drawn ? std::move(drawn->image) : QImage();
 }
 
 } // namespace
@@ -69,13 +80,14 @@ std::string writePicture(const Order& order, const QString& path, const std::sto
     if (!file.open(QIODevice::WriteOnly))
         return cannot(path, file.errorString());
     try {
-        Drawing drawing;
-        const std::optional<Drawn> drawn = drawing.draw(order, stop);
-        if (!drawn)
+        QImage image = imageOf(order, stop);
+        if (image.isNull())
             return cannot(path, stop.stop_requested() ? QStringLiteral("it was cancelled")
                                                       : QStringLiteral("nothing was drawn"));
+        paintKeys(image, shownScales(*order.snapshot.contents, *order.snapshot.marks),
+                  double(order.lineScale), order.look.background);
         QImageWriter writer(&file, "PNG");
-        if (!writer.write(drawn->image))
+        if (!writer.write(image))
             return cannot(path, writer.errorString());
     } catch (const std::bad_alloc&) {
         return cannot(path, QStringLiteral("there is not enough memory"));

@@ -76,6 +76,8 @@ public slots:
     void centreSelection();
     void setRepresentation(view::Representation representation);
     void setShowWaters(bool on);
+    /// Of the selected surfaces; of all, if none is selected, and of those that will come.
+    void setSurfaceStyle(view::SurfaceStyle style);
     void setLightBackground(bool on);
     void setDepthCue(bool on);
     /// Whether what hides the item in focus is cut away.
@@ -96,6 +98,9 @@ private:
     void drawPictureNow(const PictureRequest& asked);
 
     void createMenu();
+    /// The entry that asks another plug-in for the colours of atoms on surfaces, while that one is
+    /// there.
+    void addSurfaceColours();
     void schedule(DataReader::What what);
     /// Reads a piece of what is due, and shows all of it once it is read.
     void readPiece();

@@ -6,6 +6,7 @@
 #include "HelpViewer.h"
 #include "Logger.h"
 #include "PictureDialog.h"
+#include "PluginManager.h"
 #include "Progress.h"
 
 #include <QAction>
@@ -36,6 +37,18 @@ constexpr std::array<RepresentationEntry, 7> representations = {{
     {QT_TRANSLATE_NOOP("view::View3D", "&Ball and stick"), Representation::BallAndStick, Qt::Key_4},
     {QT_TRANSLATE_NOOP("view::View3D", "Sp&heres"), Representation::Spheres, Qt::Key_5},
     {QT_TRANSLATE_NOOP("view::View3D", "&Ribbon"), Representation::Ribbon, Qt::Key_6},
+}};
+
+struct SurfaceEntry {
+    const char* label;
+    SurfaceStyle style;
+    int key;
+};
+constexpr std::array<SurfaceEntry, 3> surfaceStyles = {{
+    {QT_TRANSLATE_NOOP("view::View3D", "&Opaque surfaces"), SurfaceStyle::Opaque, Qt::Key_O},
+    {QT_TRANSLATE_NOOP("view::View3D", "See-thro&ugh surfaces"), SurfaceStyle::SeeThrough,
+     Qt::Key_T},
+    {QT_TRANSLATE_NOOP("view::View3D", "&Mesh lines"), SurfaceStyle::MeshLines, Qt::Key_M},
 }};
 
 constexpr double keyTurn = 0.17453292519943295; // radians: 10 degrees
@@ -77,6 +90,13 @@ void View3D::createMenu() {
         own(action, QKeySequence(entry.key));
     }
     m_menu->addSeparator();
+    for (const SurfaceEntry& entry : surfaceStyles) {
+        QAction* const action = m_menu->addAction(tr(entry.label));
+        connect(action, &QAction::triggered, this, [this, entry] { setSurfaceStyle(entry.style); });
+        own(action, QKeySequence(entry.key));
+    }
+    addSurfaceColours();
+    m_menu->addSeparator();
     toggle(tr("Show &waters"), QKeySequence(Qt::Key_W), m_look.showWaters, &View3D::setShowWaters);
     toggle(tr("Ligh&t background"), QKeySequence(Qt::Key_L), m_isLight,
            &View3D::setLightBackground);
@@ -99,6 +119,21 @@ void View3D::createMenu() {
     QAction* const help = m_menu->addAction(tr("Hel&p"));
     connect(help, &QAction::triggered, this, [this] { HelpViewer::Show(helpPage()); });
     connect(m_canvas, &Canvas::menuWanted, m_menu, [this](const QPoint& at) { m_menu->popup(at); });
+}
+
+void View3D::addSurfaceColours() {
+    static constexpr const char* type = "Create";
+    static constexpr const char* name = "SolidVolume";
+    QAction* const action = m_menu->addAction(tr("Colour surfaces b&y atoms"), this, [] {
+        bool flag = false;
+        PluginManager::Command(type, name, "View3D", "ColorByAtoms", "Surfaces", &flag);
+    });
+    // Plug-ins may come after the window.
+    const auto showIfThere = [action] {
+        action->setVisible(PluginManager::FindPlugin(type, name) != nullptr);
+    };
+    showIfThere();
+    connect(m_menu, &QMenu::aboutToShow, action, showIfThere);
 }
 
 void View3D::setFullScreen(bool on) {

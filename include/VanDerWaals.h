@@ -1,21 +1,22 @@
-#include "VanDerWaals.h"
+// Elements by their symbols, and the radii of their atoms.
+#pragma once
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
-namespace view {
+namespace elements_detail {
 
-namespace {
-
-constexpr float unknown = 2.00F;
+inline constexpr float unknownRadius = 2.00F;
 
 struct Element {
     std::string_view symbol;
-    float radius = unknown;
+    float radius = unknownRadius;
 };
 
 // By atomic number.
-constexpr std::array<Element, 119> elements = {{
+inline constexpr std::array<Element, 119> elements = {{
     {""},          {"H", 1.10F},  {"He", 1.40F}, {"Li", 1.81F}, {"Be", 1.53F}, {"B", 1.92F},
     {"C", 1.70F},  {"N", 1.55F},  {"O", 1.52F},  {"F", 1.47F},  {"Ne", 1.54F}, {"Na", 2.27F},
     {"Mg", 1.73F}, {"Al", 1.84F}, {"Si", 2.10F}, {"P", 1.80F},  {"S", 1.80F},  {"Cl", 1.75F},
@@ -38,7 +39,7 @@ constexpr std::array<Element, 119> elements = {{
     {"Fl"},        {"Mc"},        {"Lv"},        {"Ts"},        {"Og"},
 }};
 
-constexpr std::size_t letters = 26;
+inline constexpr std::size_t letters = 26;
 
 // 0 to 25 for a letter in any case; else 26.
 constexpr std::size_t letterOf(char c) {
@@ -50,7 +51,7 @@ constexpr std::size_t letterOf(char c) {
 }
 
 // Numbers by first and second letter; 26 stands for no second one.
-constexpr auto numbers = [] {
+inline constexpr auto numbers = [] {
     std::array<std::array<std::uint8_t, letters + 1>, letters> table{};
     for (std::size_t i = 1; i != elements.size(); ++i) {
         const std::string_view symbol = elements[i].symbol;
@@ -61,20 +62,26 @@ constexpr auto numbers = [] {
     return table;
 }();
 
-} // namespace
+} // namespace elements_detail
 
-std::uint8_t atomicNumber(std::string_view symbol) {
+/// The atomic number of a symbol in any case, as "Cu" or "CU"; deuterium counts as hydrogen. 0 for
+/// anything else.
+inline std::uint8_t atomicNumber(std::string_view symbol) {
     if (symbol.empty() || symbol.size() > 2)
         return 0;
-    const std::size_t first = letterOf(symbol[0]);
-    const std::size_t second = symbol.size() == 2 ? letterOf(symbol[1]) : letters;
-    if (first == letters || (symbol.size() == 2 && second == letters))
+    const std::size_t first = elements_detail::letterOf(symbol[0]);
+    const std::size_t second =
+        symbol.size() == 2 ? elements_detail::letterOf(symbol[1]) : elements_detail::letters;
+    if (first == elements_detail::letters ||
+        (symbol.size() == 2 && second == elements_detail::letters))
         return 0;
-    return numbers[first][second];
+    return elements_detail::numbers[first][second];
 }
 
-float vanDerWaalsRadius(std::uint8_t number) {
-    return number < elements.size() ? elements[number].radius : unknown;
+/// The van der Waals radius in Å: of main-group elements by Mantina et al., J. Phys. Chem. A 113,
+/// 5806 (2009), which completes and corrects the table of Bondi, J. Phys. Chem. 68, 441 (1964); of
+/// transition metals and uranium by Bondi. Where neither has one, and for 0, it is 2 Å.
+inline float vanDerWaalsRadius(std::uint8_t number) {
+    return number < elements_detail::elements.size() ? elements_detail::elements[number].radius
+                                                     : elements_detail::unknownRadius;
 }
-
-} // namespace view
