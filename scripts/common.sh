@@ -11,7 +11,7 @@ packages_test=(binutils locales xvfb xdotool imagemagick dssp)
 packages_benchmarks=(libbenchmark-dev)
 # Competitors that are programs of their own, and the display and the OpenGL on the processor with
 # which one draws; the benchmarks leave out those that are not there.
-packages_competitors=(python3-pymol xvfb libgl1-mesa-dri)
+packages_competitors=(python3-pymol xvfb libgl1-mesa-dri freesasa)
 packages_format=(clang-format)
 packages_fuzz=(clang libclang-rt-dev llvm)
 

@@ -20,6 +20,7 @@ static const std::array formats = {
     FORMAT(pqrFormat),
     FORMAT(mmcifFormat),
     FORMAT(ccp4Format),
+    FORMAT(openDxFormat),
 };
 // clang-format on
 
@@ -74,8 +75,9 @@ std::string acceptedFiles() {
     text.reserve(256); // Enough, so that only one allocation may fail when memory is short.
     text = "accepted are ";
     addWithEndings(text, FileFormat::Holds::Structure, " files");
-    text += ", also gzipped (.gz), and ";
+    text += ", and ";
     addWithEndings(text, FileFormat::Holds::Map, " maps");
+    text += ", each also gzipped (.gz)";
     return text;
 }
 

@@ -20,7 +20,6 @@ namespace {
 static_assert(std::endian::native == std::endian::little, "the byte order of maps is turned to it");
 
 constexpr std::size_t headerBytes = 1024;
-constexpr std::int64_t mostPoints = std::int64_t{1} << 30;
 // Positions in the header, as words counted from 1.
 constexpr int sizeWord = 1;
 constexpr int modeWord = 4;
@@ -126,10 +125,10 @@ void MapReader::checkSizes() const {
         sizes += (axis ? " x " : "") + std::to_string(word(sizeWord + axis));
     for (int axis = 0; axis != 3; ++axis) {
         const std::int64_t count = word(sizeWord + axis);
-        if (count < 1 || count > mostPoints / points)
+        if (count < 1 || count > mostMapPoints / points)
             m_report.refuse(0, "the map's header promises " + sizes + " points",
                             "accepted are at least 1 along each axis and at most " +
-                                std::to_string(mostPoints) + " in all");
+                                std::to_string(mostMapPoints) + " in all");
         points *= count;
     }
     const std::int64_t before = word(symmetryBytesWord);
@@ -154,12 +153,12 @@ void MapReader::checkSizes() const {
 // Avoids overflow in gemmi, which adds the size to the start.
 void MapReader::checkStart() const {
     for (int axis = 0; axis != 3; ++axis)
-        if (std::abs(std::int64_t{word(startWord + axis)}) >= mostPoints)
+        if (std::abs(std::int64_t{word(startWord + axis)}) >= mostMapPoints)
             m_report.refuse(0,
                             "the map starts at point " + std::to_string(word(startWord + axis)) +
                                 " of an axis",
-                            "accepted are numbers between -" + std::to_string(mostPoints) +
-                                " and " + std::to_string(mostPoints));
+                            "accepted are numbers between -" + std::to_string(mostMapPoints) +
+                                " and " + std::to_string(mostMapPoints));
 }
 
 void MapReader::checkAxes() {

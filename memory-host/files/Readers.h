@@ -18,6 +18,9 @@ struct FileSample {
     bool isNamedSo; ///< whether the file's name has an ending of this format
 };
 
+/// How many points a map may have.
+inline constexpr std::int64_t mostMapPoints = std::int64_t{1} << 30;
+
 /// What a file holds: structures, or one map.
 struct FileContent {
     std::vector<StructureTable> structures;

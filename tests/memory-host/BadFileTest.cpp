@@ -19,8 +19,8 @@ using namespace file_testing;
 namespace {
 
 const QString anyFile = QStringLiteral(
-    "; accepted are PDB (.pdb, .ent), PQR (.pqr) and mmCIF files (.cif, .mmcif), also gzipped "
-    "(.gz), and CCP4/MRC maps (.map, .mrc, .ccp4)");
+    "; accepted are PDB (.pdb, .ent), PQR (.pqr) and mmCIF files (.cif, .mmcif), and CCP4/MRC "
+    "(.map, .mrc, .ccp4) and OpenDX maps (.dx), each also gzipped (.gz)");
 const QString wholeRecords =
     QStringLiteral("; accepted are PDB files of whole ATOM and HETATM records, with coordinates in "
                    "columns 31 to 54");

@@ -43,6 +43,10 @@ const std::vector<Example> examples = {
     {"PQR", "ATOM  1 CG ALA A 1 1.0 2.0 3.0 -0.5 1.7\n", "/A/Groups/ALA 1/CG"},
     {"mmCIF", mmcif({"CD C . ALA A 1 ? 0 0 0 1"}), "/A/Groups/ALA 1/CD"},
     {"CCP4/MRC", map(), ""},
+    {"OpenDX",
+     "object 1 class gridpositions counts 1 1 1\norigin 0 0 0\ndelta 1 0 0\ndelta 0 1 0\n"
+     "delta 0 0 1\nobject 3 class array type double rank 0 items 1 data follows\n0.5\n",
+     ""},
 };
 
 // "A", "A and B", "A, B and C".
@@ -131,8 +135,8 @@ private slots:
         QFile readme(SOURCE_DIR "/README.md");
         QVERIFY(readme.open(QFile::ReadOnly));
         const QString sentence = "It opens structures as " + listed(FileFormat::Holds::Structure) +
-                                 ", each also gzipped (`.gz`), and maps as " +
-                                 listed(FileFormat::Holds::Map) + '.';
+                                 ", and maps as " + listed(FileFormat::Holds::Map) +
+                                 ", each also gzipped (`.gz`).";
         QVERIFY2(QString::fromUtf8(readme.readAll()).simplified().contains(sentence),
                  qPrintable("README.md does not say: " + sentence));
     }

@@ -73,6 +73,16 @@ private slots:
         QTRY_COMPARE(entries(), QStringList("sample"));
     }
 
+    void itOffersEveryFormatAlsoGzipped() {
+        open();
+        entry("File", "Open...")->trigger();
+        const QString filter = dialog()->nameFilters().constFirst();
+        cancel();
+        for (const char* const ending : {"pdb", "cif", "map", "dx"})
+            QVERIFY2(filter.contains(QStringLiteral("*.%1 *.%1.gz").arg(ending)),
+                     qPrintable(filter));
+    }
+
     void aBadFileIsSaidWhereTheUserLooks() {
         open();
         entry("File", "Open...")->trigger();
