@@ -29,6 +29,13 @@ folder(view/ribbon view/render)
 folder(view/scene ${contract} view/render view/ribbon)
 folder(view/window ${contract} view/render view/ribbon view/scene)
 
+folder(companions/solid-volume/mesh)
+folder(companions/solid-volume ${contract} companions/solid-volume/mesh)
+folder(companions/electrostatics/potential)
+folder(companions/electrostatics ${contract} companions/electrostatics/potential)
+folder(companions/rotamer/sidechain)
+folder(companions/rotamer ${contract} companions/rotamer/sidechain)
+
 folder(memory-host/items host)
 folder(memory-host/files host memory-host/items)
 folder(memory-host/services host memory-host/items memory-host/files)
@@ -41,7 +48,8 @@ folder(tests/host-contract ${contract} tests/support)
 folder(tests/support/plain)
 
 # Include directories as the compiler gets them, for headers not beside the including file.
-set(roots host include structure-editor view memory-host workbench tests/support tests/host-contract
+set(roots host include structure-editor view memory-host workbench
+  companions/solid-volume companions/electrostatics companions/rotamer tests/support tests/host-contract
   tests/memory-host tests/structure-editor tests/view tests/random-use)
 
 # The path below ROOT of the header that `file` includes as `path`; empty when it is none of ours.
@@ -74,7 +82,7 @@ foreach(folder ${folders})
   endforeach()
 endforeach()
 
-foreach(room host include structure-editor view memory-host workbench tests/host-contract)
+foreach(room host include structure-editor view companions memory-host workbench tests/host-contract)
   file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h)
   foreach(file ${files})
     get_filename_component(folder ${file} DIRECTORY)

@@ -2,7 +2,7 @@
 # not have: cmake -DDOCUMENT=... -DROOT=... -P this file. What stands in pieces of code is left to the
 # compiler.
 cmake_minimum_required(VERSION 3.25)
-set(rooms host include structure-editor view memory-host workbench tests)
+set(rooms host include structure-editor view companions memory-host workbench tests)
 set(code " ")
 set(files)
 foreach(room ${rooms})

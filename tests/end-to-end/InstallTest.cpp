@@ -57,7 +57,8 @@ private slots:
 
     void itsRunPathsBeginAtItsOwnPlaces() {
         const QStringList binaries = binariesBelow(m_tree);
-        QCOMPARE(binaries.size(), 4);
+        // The program, the host, and the plug-ins, each file once.
+        QCOMPARE(binaries.size(), binariesBelow(STAGE_DIR).size());
         const QStringList wrong = wrongRunPaths(binaries);
         QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
     }
