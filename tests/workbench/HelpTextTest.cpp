@@ -23,9 +23,8 @@ class HelpTextTest : public test_support::TestCase {
 private slots:
     void itNamesEveryFormat() {
         const QString sentence = "\nFILE is a structure as " + names(FileFormat::Holds::Structure) +
-                                 ", each also gzipped, or a map as " +
-                                 names(FileFormat::Holds::Map) +
-                                 ". It may come through a pipe, as /dev/stdin. ";
+                                 ", or a map as " + names(FileFormat::Holds::Map) +
+                                 ", each also gzipped. It may come through a pipe, as /dev/stdin. ";
         QVERIFY2(m_text.simplified().contains(sentence.simplified()), qPrintable(m_text));
     }
 
