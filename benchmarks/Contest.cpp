@@ -31,6 +31,8 @@ struct Line {
     double theirSeconds = 0.0;
     double ourPeak = 0.0; ///< bytes above what was in use before
     double theirPeak = 0.0;
+    std::string ourOutcome{};
+    std::string theirOutcome{};
 };
 
 Clock::time_point started;
@@ -40,6 +42,7 @@ std::vector<Line> lines;
 std::vector<MemoryLine> memoryLines;
 std::string wanted; // part of a work's name
 std::vector<std::string> unwanted;
+bool isLong = false;
 
 // A field of the kernel's status of this process, in bytes. Writing to clear_refs resets the peak
 // of its memory.
@@ -133,6 +136,26 @@ std::string sizeName(std::size_t atoms) {
                             : std::to_string(atoms / 1000) + " k";
 }
 
+// A time, and what came of it.
+std::string timeCell(double seconds, const std::string& outcome) {
+    return number(seconds * 1e3) + " ms" + (outcome.empty() ? "" : ": " + outcome);
+}
+
+// In the table, the competitor's time or why there is none, its memory, and the ratio.
+std::string theirCells(const Line& line) {
+    const Contest& c = line.contest;
+    if (c.peer.empty())
+        return "| | | | ";
+    if (line.theirSeconds == 0.0)
+        return c.peer + " | " +
+               (hasMemory(c.theirBytes) ? "takes minutes"
+                                        : "needs " + number(c.theirBytes / 1e9) + " GB") +
+               " | | | ";
+    return c.peer + " | " + timeCell(line.theirSeconds, line.theirOutcome) + " | " +
+           number(line.theirPeak / 1e6) + " MB | " + number(line.theirSeconds / line.ourSeconds) +
+           " | ";
+}
+
 } // namespace
 
 void startClock() {
@@ -160,6 +183,14 @@ bool isWanted(const std::string& work) {
     return isIn(wanted) && std::none_of(unwanted.begin(), unwanted.end(), isIn);
 }
 
+void runLong() {
+    isLong = true;
+}
+
+bool isLongRun() {
+    return isLong;
+}
+
 void run(const Contest& contest, int turns) {
     if (!isWanted(contest.work))
         return;
@@ -167,13 +198,18 @@ void run(const Contest& contest, int turns) {
     std::cerr << contest.work << ", " << contest.size << " atoms ..." << std::flush;
     benchmark::ClearRegisteredBenchmarks();
     registerTurns("ours", contest.ours, contest.isProcessorTime, line.ourPeak, turns);
-    const bool theyRun = !contest.peer.empty() && hasMemory(contest.theirBytes);
+    const bool theyRun = !contest.peer.empty() && hasMemory(contest.theirBytes) &&
+                         (isLong || !contest.takeTheyMinutes);
     if (theyRun)
         registerTurns("theirs", contest.theirs, contest.isProcessorTime, line.theirPeak, turns);
     BestTimes best;
     benchmark::RunSpecifiedBenchmarks(&best);
     line.ourSeconds = best.seconds("ours");
     line.theirSeconds = theyRun ? best.seconds("theirs") : 0.0;
+    if (contest.ours.outcome)
+        line.ourOutcome = contest.ours.outcome();
+    if (theyRun && contest.theirs.outcome)
+        line.theirOutcome = contest.theirs.outcome();
     std::cerr << ' ' << number(line.ourSeconds * 1e3) << " ms";
     if (theyRun)
         std::cerr << ", " << contest.peer << ' ' << number(line.theirSeconds * 1e3) << " ms";
@@ -192,17 +228,10 @@ void writeTable(std::ostream& out) {
     for (const Line& line : lines) {
         const Contest& c = line.contest;
         const double each = line.ourSeconds * 1e9 / static_cast<double>(c.items);
-        out << "| " << cell(c.work) << " | " << sizeName(c.size) << " | "
-            << number(line.ourSeconds * 1e3) << " ms | " << number(each) << " ns per " << c.itemName
-            << " | " << number(line.ourPeak / 1e6) << " MB | ";
-        if (c.peer.empty())
-            out << "| | | | ";
-        else if (line.theirSeconds == 0.0)
-            out << c.peer << " | needs " << number(c.theirBytes / 1e9) << " GB | | | ";
-        else
-            out << c.peer << " | " << number(line.theirSeconds * 1e3) << " ms | "
-                << number(line.theirPeak / 1e6) << " MB | "
-                << number(line.theirSeconds / line.ourSeconds) << " | ";
+        out << "| " << cell(c.work) << " | " << sizeName(c.size)
+            << (c.sizeName.empty() ? "" : ' ' + c.sizeName) << " | "
+            << timeCell(line.ourSeconds, line.ourOutcome) << " | " << number(each) << " ns per "
+            << c.itemName << " | " << number(line.ourPeak / 1e6) << " MB | " << theirCells(line);
         out << c.target << " |\n";
     }
     out << "\n| heap | atoms | ours | competitor | theirs | ratio | to reach |\n"
@@ -223,6 +252,8 @@ void writeTable(std::ostream& out) {
 void writePlots(std::ostream& out) {
     std::vector<Curve> curves;
     for (const Line& line : lines) {
+        if (!line.contest.sizeName.empty())
+            continue;
         const auto known = std::find_if(curves.begin(), curves.end(), [&](const Curve& curve) {
             return curve.work == line.contest.work;
         });

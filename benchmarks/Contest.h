@@ -13,20 +13,24 @@ struct Contestant {
     std::function<void()> prepare{}; ///< may be empty
     std::function<void()> work;
     std::function<void()> finish{}; ///< may be empty; untimed, after the work
+    /// What came of it, told beside the time when all turns are over; may be empty.
+    std::function<std::string()> outcome{};
 };
 
 /// One line of the table. Times are the best of all turns.
 struct Contest {
-    std::string work;      ///< as "filling the tree"
-    std::size_t size = 0;  ///< atoms in the structure
-    std::size_t items = 0; ///< divisor of the time
-    std::string itemName;  ///< as "row"
-    std::string peer{};    ///< who the competitor is; empty when there is none
-    std::string target{};  ///< the goal, as text
-    double theirBytes = 0; ///< least memory that the competitor needs; it is left out on a
-                           ///< machine with less
+    std::string work;       ///< as "filling the tree"
+    std::size_t size = 0;   ///< atoms in the structure, or what `sizeName` says
+    std::string sizeName{}; ///< what is no number of atoms is not drawn over atoms
+    std::size_t items = 0;  ///< divisor of the time
+    std::string itemName;   ///< as "row"
+    std::string peer{};     ///< who the competitor is; empty when there is none
+    std::string target{};   ///< the goal, as text
+    double theirBytes = 0;  ///< least memory that the competitor needs; it is left out on a
+                            ///< machine with less
     /// Processor time of all threads, ours and the competitor's, instead of what a clock shows.
     bool isProcessorTime = false;
+    bool takeTheyMinutes = false; ///< the competitor runs only after runLong()
     Contestant ours;
     Contestant theirs{};
 };
@@ -54,6 +58,9 @@ void runOnly(const std::string& text);
 /// From now on works whose name contains `text` are left out; for each of several calls.
 void leaveOut(const std::string& text);
 bool isWanted(const std::string& work);
+/// From now on what takes long is run, too: competitors that take minutes, and works that ask.
+void runLong();
+bool isLongRun();
 /// Runs a contest in `turns` turns each and keeps its line.
 void run(const Contest& contest, int turns);
 void add(const MemoryLine& line);

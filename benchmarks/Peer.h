@@ -17,6 +17,8 @@ public:
 
     /// Whether the program is there and has loaded the file.
     bool isThere() const { return m_atoms > 0; }
+    /// How many it has loaded, or whatever else the script counts.
+    std::size_t atoms() const { return m_atoms; }
     /// Has the script do the work for a line of text, and returns the number with which it answers.
     std::size_t ask(const std::string& line);
 

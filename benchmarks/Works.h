@@ -17,8 +17,21 @@ void benchmarkCommands(const std::string& path, int turns);
 
 /// Pictures in several representations.
 void benchmarkPictures(const std::string& path, int turns);
+/// Surfaces of balls around the atoms.
+void benchmarkSurfaces(const std::string& path, int turns);
+/// How much of atoms is exposed.
+void benchmarkAreas(const std::string& path, int turns);
+/// The charges of the atoms, and their potential on a surface around them.
+void benchmarkPotentials(const std::string& path, int turns);
+/// Contours of a real map in `folder`, and of a made one that is written there.
+void benchmarkContours(const std::string& folder, int turns);
+
 /// The view's window after a click and after commands, and what it takes in memory.
 void benchmarkView(const std::string& path, int turns);
+
+/// Adding rotamers of many residues through the built plug-in, timed from the slot to the painted
+/// window.
+void benchmarkRotamers(const std::string& path, int turns);
 
 /// Finding what is typed in the find box, timed from the key to the list of hits.
 void benchmarkFind(const std::string& path, int turns);

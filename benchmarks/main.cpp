@@ -1,8 +1,8 @@
-// benchmarks [--only=TEXT] [--without=TEXT...] [--plots=FILE] STRUCTURES COPIES...: times our works
-// beside their competitors on so many copies of the ribosome each, and writes the table to standard
-// output. With --only, just the works whose name holds TEXT, with --without just the others; with
-// --plots, also a picture of all times. 0 copies are the ribosome's first atoms: a quick check that
-// all works can be done.
+// benchmarks [--only=TEXT] [--without=TEXT...] [--long] [--plots=FILE] STRUCTURES COPIES...: times
+// our works beside their competitors on so many copies of the ribosome each, and writes the table
+// to standard output. With --only, just the works whose name holds TEXT, with --without just the
+// others; with --long, also competitors that take minutes; with --plots, also a picture of all
+// times. 0 copies are the ribosome's first atoms: a quick check that all works can be done.
 #include "Contest.h"
 #include "RealStructures.h"
 #include "Works.h"
@@ -31,16 +31,18 @@ int main(int argc, char** argv) {
             benchmarks::runOnly(option.substr(option.find('=') + 1));
         else if (option.rfind("--without=", 0) == 0)
             benchmarks::leaveOut(option.substr(option.find('=') + 1));
+        else if (option == "--long")
+            benchmarks::runLong();
         else if (option.rfind("--plots=", 0) == 0)
             plots = option.substr(option.find('=') + 1);
         else
             argc = 1;
     }
     if (argc < 3) {
-        std::fprintf(
-            stderr,
-            "usage: %s [--only=TEXT] [--without=TEXT...] [--plots=FILE] STRUCTURES COPIES...\n",
-            program);
+        std::fprintf(stderr,
+                     "usage: %s [--only=TEXT] [--without=TEXT...] [--long] [--plots=FILE] "
+                     "STRUCTURES COPIES...\n",
+                     program);
         return 2;
     }
     memory_host::setLogFile(QString());
@@ -51,6 +53,12 @@ int main(int argc, char** argv) {
         const std::string structures = argv[1];
         for (const char* const name : {"/1ubq.pdb", "/1cbs.cif.gz"})
             benchmarks::benchmarkPictures(structures + name, 5);
+        for (const char* const name : {"/1ubq.pdb", "/1cbs.cif.gz"})
+            benchmarks::benchmarkSurfaces(structures + name, 3);
+        for (const char* const name : {"/1ubq.pdb", "/1cbs.cif.gz", "/1tii.pdb"})
+            benchmarks::benchmarkAreas(structures + name, 3);
+        benchmarks::benchmarkPotentials(structures + "/1cbs.cif.gz", 3);
+        benchmarks::benchmarkContours(structures, 5);
         for (int i = 2; i < argc; ++i) {
             const int copies = std::atoi(argv[i]);
             const std::string path = benchmarks::ribosomeFile(argv[1], copies);
@@ -59,8 +67,15 @@ int main(int argc, char** argv) {
             benchmarks::benchmarkTree(path, turns);
             benchmarks::benchmarkCommands(path, turns);
             benchmarks::benchmarkPictures(path, turns);
+            if (copies > 0 && copies <= 6)
+                benchmarks::benchmarkSurfaces(path, turns);
+            if (copies == 1) {
+                benchmarks::benchmarkAreas(path, turns);
+                benchmarks::benchmarkPotentials(path, turns);
+            }
             benchmarks::benchmarkView(path, turns);
             benchmarks::benchmarkFind(path, turns);
+            benchmarks::benchmarkRotamers(path, turns);
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", program, error.what());

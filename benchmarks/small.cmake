@@ -13,7 +13,10 @@ foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." 
     "Bond" "Residue" "picture of points" "picture of spheres" "picture of sticks"
     "picture of ribbons" "click on an atom of spheres" "click on an atom of ribbons"
     "longest pause of the view of spheres" "longest pause of the view of ribbons"
-    "the view of spheres follows" "the view of ribbons follows" "find @CA" "find within 5 of")
+    "solvent-excluded surface" "solvent-accessible surface" "van der Waals surface"
+    "solvent-accessible area" "van der Waals area"
+    "the view of spheres follows" "the view of ribbons follows" "find @CA" "find within 5 of" "Rotamers"
+    "charges of atoms at pH 7" "Coulomb potential on the excluded surface")
   foreach(text "${table}" "${picture}")
     string(FIND "${text}" "${work}" at)
     if(at EQUAL -1)
@@ -21,7 +24,8 @@ foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." 
     endif()
   endforeach()
 endforeach()
-foreach(text "the opened structure, bonds included" "the filled tree"
+foreach(text "contour of 1jzv at 1 sigma" "contour of 1jzv at 2.5 sigma" "contour of a made map"
+    "the opened structure, bonds included" "the filled tree"
     "the view with its picture of spheres" "the view with its picture of ribbons")
   string(FIND "${table}" "${text}" at)
   if(at EQUAL -1)
