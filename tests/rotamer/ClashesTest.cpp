@@ -10,6 +10,7 @@
 #include <gemmi/pdb.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -156,10 +157,12 @@ private slots:
         QVERIFY(centres.size() > 1000);
         const rotamer::NearAtoms near(centres, radius);
         for (const Point& at : centres) {
-            std::vector<Point> ours;
-            for (const Compound* other : near.within(at))
-                ours.push_back(placeOf(other));
-            std::vector<Point> theirs;
+            // As floats, to which atoms round the numbers of the file.
+            std::vector<std::array<float, 3>> ours, theirs;
+            for (const Compound* other : near.within(at)) {
+                const TAVIK::Vertex place = other->GetPosition();
+                ours.push_back({place[0], place[1], place[2]});
+            }
             search.for_each(
                 gemmi::Position(at[0], at[1], at[2]), '*', radius,
                 [&](gemmi::NeighborSearch::Mark& mark, double) {

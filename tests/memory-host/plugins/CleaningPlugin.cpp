@@ -5,8 +5,6 @@
 #include "Logger.h"
 #include "Subscriber.h"
 
-#include <memory>
-
 namespace {
 
 class LeftSubscriber : public Subscriber {
@@ -16,18 +14,17 @@ public:
     void commDelete() override {}
 };
 
-std::unique_ptr<LeftSubscriber>& left() {
-    // Never destroyed by itself: only the clean-up may do that.
-    static auto* const subscriber = new std::unique_ptr<LeftSubscriber>;
-    return *subscriber;
-}
+// Never destroyed by itself: only the clean-up may do that.
+LeftSubscriber* left = nullptr;
 
 void subscribe(void*, PluginResult*) {
-    left() = std::make_unique<LeftSubscriber>();
+    delete left;
+    left = new LeftSubscriber;
 }
 
 void cleanUp() {
-    left().reset();
+    delete left;
+    left = nullptr;
     Logger::Write("cleaned up");
 }
 
