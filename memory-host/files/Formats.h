@@ -14,6 +14,8 @@ class Bytes;
 class FileReport;
 struct FileContent;
 struct FileSample;
+struct SavedContent;
+class SaveReport;
 
 /// A file format: a row of the table. It is defined in the source file of its reader.
 struct FileFormat {
@@ -30,6 +32,8 @@ struct FileFormat {
     /// Whether a file's content is of this format. See Readers.h for both.
     bool (*recognises)(const FileSample& sample);
     FileContent (*read)(Bytes bytes, const std::string& stem, FileReport& report);
+    /// The whole file, not gzipped. On any thread; see SavedTables.h. Null where there is none.
+    std::string (*write)(const SavedContent& content, SaveReport& report) = nullptr;
 };
 
 /// All formats, in the order in which they are listed.

@@ -1,0 +1,86 @@
+// What is saved, as plain tables: read from the items on the GUI thread, written on any other.
+// Texts are numbers of the content's `names`; 0 is the empty one. They are as the items have them:
+// "_" may stand for a name that the file leaves blank, and residues of several names have them as
+// "PRO,SER". What the file says is in the rows of its text.
+#pragma once
+
+#include "AtomDetails.h"
+#include "Geometry.h"
+#include "PartialCharge.h"
+#include "SourceText.h"
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace memory_host {
+
+struct SavedAtom {
+    /// The row of an atom that no file has.
+    static constexpr std::uint32_t newRow = std::numeric_limits<std::uint32_t>::max();
+
+    std::array<float, 3> position{}; ///< Å
+    float temperature = 0.0F;        ///< Å²
+    std::uint32_t name = 0;
+    std::uint32_t element = 0; ///< symbol, as "C" or "Cu"; "X" where it is unknown
+    /// Its place among all rows of atoms of the file, in the order of the text, from 0.
+    std::uint32_t row = newRow;
+    std::uint16_t model = 0; ///< alternative model; 0: shared by all
+    bool hasPosition = false;
+    TAVIK::AtomDetails details;
+};
+
+struct SavedResidue {
+    std::uint32_t chain = 0;      ///< in the model's chains
+    std::uint32_t name = 0;       ///< as "MET"
+    std::uint32_t number = 0;     ///< author's number without insertion code, as "22"; may be empty
+    std::uint32_t insertion = 0;  ///< insertion code
+    std::uint32_t labelChain = 0; ///< mmCIF's label ids, or empty
+    std::uint32_t labelNumber = 0;
+    std::uint32_t firstAtom = 0; ///< its atoms stand together, up to those of the next residue
+};
+
+/// A bond that the file lists, or that was made since; not one that was found by distance.
+struct SavedBond {
+    std::uint32_t first = 0; ///< atoms of the model, the lower one first
+    std::uint32_t second = 0;
+    bool isListed = false; ///< else it was made
+};
+
+/// One top-level item.
+struct SavedModel {
+    std::string name;                   ///< of the item, as "1d3z.1"
+    std::uint32_t index = 0;            ///< its place among the models of its structure in the file
+    std::vector<std::uint32_t> chains;  ///< names, in the order of the items
+    std::vector<SavedResidue> residues; ///< none of them empty
+    std::vector<SavedAtom> atoms;
+    std::vector<TAVIK::PartialCharge> charges; ///< by atom; empty where none is known
+    std::vector<SavedBond> bonds;              ///< ascending
+
+    /// One past the last atom of a residue.
+    std::uint32_t atomEnd(std::size_t residue) const {
+        return residue + 1 < residues.size() ? residues[residue + 1].firstAtom
+                                             : static_cast<std::uint32_t>(atoms.size());
+    }
+};
+
+/// Models of one structure.
+struct SavedStructure {
+    std::shared_ptr<const SourceText> source; ///< null: from no file
+    std::uint32_t block = 0; ///< which structure of the file, as a data block of mmCIF, from 0
+    std::vector<SavedModel> models; ///< in the order of the file
+};
+
+/// What goes into one file.
+struct SavedContent {
+    std::vector<std::string> names{std::string()};
+    std::vector<SavedStructure> structures; ///< those of one file in the order of the file
+    std::optional<TAVIK::GridValues> grid;  ///< the shown part of a grid
+    bool isInPart = false; ///< whether something of the entries was left out by the options
+};
+
+} // namespace memory_host
