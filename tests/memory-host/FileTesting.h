@@ -108,6 +108,9 @@ DetailsText detailsOf(const TAVIK::Atom& atom);
 /// PDB files without label ids.
 std::vector<std::string> gemmiDetails(const std::string& path);
 
+/// The value of a tag in the first block of a CIF by gemmi's own reader, without quotes.
+std::string gemmiValue(const std::string& text, const std::string& tag);
+
 /// Two bonded atoms, each as a line; the lower line first.
 using BondText = std::pair<std::string, std::string>;
 /// The bonds of the first model by gemmi's readers and neighbour search: those that the file lists,

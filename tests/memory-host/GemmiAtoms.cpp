@@ -204,4 +204,10 @@ std::vector<std::vector<std::string>> gemmiAtoms(const std::string& path) {
     return models;
 }
 
+std::string gemmiValue(const std::string& text, const std::string& tag) {
+    const gemmi::cif::Document document = gemmi::cif::read_string(text);
+    const std::string* value = document.blocks.front().find_value(tag);
+    return value ? gemmi::cif::as_string(*value) : std::string();
+}
+
 } // namespace file_testing
