@@ -30,6 +30,7 @@ struct AtomEntry {
     Element element = unknownElement;
     bool hasPosition = false;
     TAVIK::AtomDetails details;
+    std::uint32_t row = 0; ///< among the rows of all atoms of the file, in its order
 };
 
 struct ResidueEntry {

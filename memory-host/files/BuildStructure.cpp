@@ -15,11 +15,14 @@ using TAVIK::DataMaker;
 class ModelBuilder {
 public:
     ModelBuilder(ModelTable&& model, const StructureTable& structure, BuildScratch& scratch,
-                 ProgressCounter& progress)
-        : m_model(std::move(model)), m_names(*structure.names), m_progress(progress),
-          m_groups(m_model, m_names, scratch.facts), m_atoms(m_model.atoms.size()),
-          m_found(m_model.listedBonds), m_conformers(scratch.conformers) {
+                 EntrySource& source, ProgressCounter& progress)
+        : m_model(std::move(model)), m_names(*structure.names), m_source(source),
+          m_progress(progress), m_groups(m_model, m_names, scratch.facts),
+          m_atoms(m_model.atoms.size()), m_found(m_model.listedBonds),
+          m_conformers(scratch.conformers) {
         m_conformers.resize(structure.alternatives + 1);
+        m_source.atoms.reserve(m_model.atoms.size());
+        m_source.bonds.reserve(m_model.listedBonds);
     }
 
     DetachedItem build(const std::string& name) {
@@ -43,12 +46,19 @@ private:
                     std::vector<BondPair>& betweenChains);
     void buildBondsBetweenChains(Compound& entry);
     void addBondOf(Compound& bonds, const BondPair& pair) {
-        addBond(&bonds, m_atoms[pair.first], m_atoms[pair.second]);
+        const Compound* bond = addBond(&bonds, m_atoms[pair.first], m_atoms[pair.second]);
+        m_source.lastBond = bond->GetId();
         m_progress.step();
+    }
+    void addListedBond(Compound& bonds, const BondPair& pair) {
+        addBondOf(bonds, pair);
+        m_source.bonds.push_back(
+            {m_source.lastBond, m_model.atoms[pair.first].row, m_model.atoms[pair.second].row});
     }
 
     ModelTable m_model;
     const FileNames& m_names;
+    EntrySource& m_source;
     ProgressCounter& m_progress;
     AtomGroups m_groups;
     std::vector<Compound*> m_atoms; ///< by atom
@@ -107,6 +117,7 @@ void ModelBuilder::buildAtom(Compound& parent, std::uint32_t atom) {
     if (!m_model.charges.empty())
         record.partial = m_model.charges[atom];
     m_atoms[atom] = addAtom(&parent, record);
+    m_source.atoms.push_back({m_atoms[atom]->GetId(), entry.row});
     m_progress.step();
 }
 
@@ -146,10 +157,12 @@ void ModelBuilder::buildBonds(Compound& bonds, std::uint32_t endAtom, std::size_
                               std::size_t end, std::vector<BondPair>& betweenChains) {
     for (; next != end && m_model.bonds[next].first < endAtom; ++next) {
         const BondPair& pair = m_model.bonds[next];
-        if (pair.second < endAtom)
-            addBondOf(bonds, pair);
-        else
+        if (pair.second >= endAtom)
             betweenChains.push_back(pair);
+        else if (&next == &m_listed)
+            addListedBond(bonds, pair);
+        else
+            addBondOf(bonds, pair);
     }
 }
 
@@ -158,7 +171,7 @@ void ModelBuilder::buildBondsBetweenChains(Compound& entry) {
         return;
     Compound* bonds = DataMaker::makeCore(&entry, "Bonds", "Composite");
     for (const BondPair& pair : m_listedBetweenChains)
-        addBondOf(*bonds, pair);
+        addListedBond(*bonds, pair);
     for (const BondPair& pair : m_foundBetweenChains)
         addBondOf(*bonds, pair);
 }
@@ -185,7 +198,7 @@ std::size_t workOf(const ModelTable& model) {
 
 std::size_t memoryOf(const ModelTable& model) {
     // Measured; a residue includes its groups and names, a chain its two composites.
-    constexpr std::size_t atom = 146;
+    constexpr std::size_t atom = 154;
     constexpr std::size_t bond = 90;
     constexpr std::size_t residue = 250;
     constexpr std::size_t chain = 700;
@@ -194,8 +207,8 @@ std::size_t memoryOf(const ModelTable& model) {
 }
 
 DetachedItem buildModel(ModelTable model, const StructureTable& structure, const std::string& name,
-                        BuildScratch& scratch, ProgressCounter& progress) {
-    return ModelBuilder(std::move(model), structure, scratch, progress).build(name);
+                        EntrySource& source, BuildScratch& scratch, ProgressCounter& progress) {
+    return ModelBuilder(std::move(model), structure, scratch, source, progress).build(name);
 }
 
 } // namespace memory_host

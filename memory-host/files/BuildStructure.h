@@ -2,6 +2,7 @@
 #pragma once
 
 #include "AtomTable.h"
+#include "EntrySource.h"
 #include "Files.h"
 #include "ResidueKinds.h"
 
@@ -44,7 +45,8 @@ struct BuildScratch {
     std::vector<unsigned int> conformers; ///< numbers by alternative location
 };
 /// Builds the items of one model: an entry called `name` with its chains, their groups and bonds.
+/// Tells `source` which items are of which rows of the file.
 DetachedItem buildModel(ModelTable model, const StructureTable& structure, const std::string& name,
-                        BuildScratch& scratch, ProgressCounter& progress);
+                        EntrySource& source, BuildScratch& scratch, ProgressCounter& progress);
 
 } // namespace memory_host

@@ -66,6 +66,8 @@ public:
         : m_source(source), m_packed(std::move(packed)), m_report(report) {}
 
     Bytes run(const LookAtBeginning& look);
+    /// All bytes of the file.
+    Bytes takePacked();
 
 private:
     std::size_t guessSize() const;
@@ -73,7 +75,7 @@ private:
     bool step(Bytes& bytes);
 
     FileSource& m_source;
-    Bytes m_packed; ///< a window of the file
+    Bytes m_packed; ///< as much of the file as is read
     const FileReport& m_report;
     Inflater m_inflater;
     std::size_t m_taken = 0; ///< of the packed bytes
@@ -92,11 +94,18 @@ std::size_t Unpacking::guessSize() const {
 bool Unpacking::refill(std::size_t wanted) {
     if (m_packed.size() - m_taken >= wanted)
         return true;
-    m_packed.removeFront(std::exchange(m_taken, 0));
-    const std::size_t rest = m_packed.size();
-    m_packed.resize(megabyte);
-    m_packed.resize(rest + m_source.read(m_packed.data() + rest, megabyte - rest));
-    return m_packed.size() >= wanted;
+    const std::size_t before = m_packed.size();
+    makeRoom(m_packed, before + megabyte, m_report);
+    m_packed.resize(before + m_source.read(m_packed.data() + before, m_packed.size() - before));
+    return m_packed.size() - m_taken >= wanted;
+}
+
+// What follows the gzipped data is no part of the text, but of the file.
+Bytes Unpacking::takePacked() {
+    do {
+        m_taken = m_packed.size();
+    } while (refill(1));
+    return std::move(m_packed);
 }
 
 // Unpacks as much as is read and fits; returns false at the end.
@@ -157,10 +166,20 @@ Bytes Unpacking::run(const LookAtBeginning& look) {
 
 } // namespace
 
+Bytes::Bytes(std::shared_ptr<const Bytes> others)
+    : m_data(const_cast<char*>(others->data()), Free{true}), // NOLINT: see the promise
+      m_size(others->size()), m_others(std::move(others)) {}
+
 void Bytes::resize(std::size_t size) {
-    void* const block = std::realloc(m_data.get(), std::max<std::size_t>(size, 1)); // NOLINT
+    void* const block = std::realloc(m_others ? nullptr : m_data.get(), // NOLINT
+                                     std::max<std::size_t>(size, 1));
     if (!block)
         throw std::bad_alloc();
+    if (m_others) {
+        std::memcpy(block, m_data.get(), std::min(size, m_size));
+        m_others.reset();
+        m_data.get_deleter().isOthers = false;
+    }
     (void)m_data.release();
     m_data.reset(static_cast<char*>(block));
     m_size = size;
@@ -179,15 +198,31 @@ void Bytes::unifyLineEnds() {
             *at = '\n';
 }
 
-Bytes readFile(const FileReport& report, const LookAtBeginning& look, std::stop_token stop) {
+bool Bytes::haveLoneReturns() const {
+    const std::string_view all = text();
+    for (std::size_t at = 0; (at = all.find('\r', at)) != std::string_view::npos; ++at)
+        if (at + 1 == all.size() || all[at + 1] != '\n')
+            return true;
+    return false;
+}
+
+ReadBytes readFile(const FileReport& report, const LookAtBeginning& look, std::stop_token stop) {
     FileSource source(report, std::move(stop));
     Bytes beginning;
     beginning.resize(std::min(megabyte, source.size().value_or(megabyte)));
     beginning.resize(source.read(beginning.data(), beginning.size()));
     if (beginning.size() == 0)
         report.refuse(0, "is empty", acceptedFiles());
-    return isGzipped(beginning.text()) ? Unpacking(source, std::move(beginning), report).run(look)
-                                       : readStored(source, std::move(beginning), report, look);
+    ReadBytes read;
+    read.stamp = source.stamp();
+    if (isGzipped(beginning.text())) {
+        Unpacking unpacking(source, std::move(beginning), report);
+        read.text = unpacking.run(look);
+        read.gzipped = unpacking.takePacked();
+    } else {
+        read.text = readStored(source, std::move(beginning), report, look);
+    }
+    return read;
 }
 
 } // namespace memory_host

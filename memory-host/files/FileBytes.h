@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FileReport.h"
+#include "FileStamp.h"
 
 #include <cstdlib>
 #include <functional>
@@ -13,6 +14,10 @@ namespace memory_host {
 /// A block of bytes that grows in place where it can.
 class Bytes {
 public:
+    Bytes() = default;
+    /// The bytes of others, which live as long as this does, and are not to be changed.
+    explicit Bytes(std::shared_ptr<const Bytes> others);
+
     char* data() { return m_data.get(); }
     const char* data() const { return m_data.get(); }
     std::size_t size() const { return m_size; }
@@ -23,22 +28,36 @@ public:
     /// Replaces each lone carriage return by a newline, so that lines end with "\n" or "\r\n", also
     /// in a file with the line ends of several systems.
     void unifyLineEnds();
+    /// Whether unifyLineEnds() would change anything.
+    bool haveLoneReturns() const;
 
 private:
     struct Free {
-        void operator()(char* block) const { std::free(block); } // NOLINT: it came from realloc
+        bool isOthers; ///< false in a new one
+        void operator()(char* block) const {
+            if (!isOthers)
+                std::free(block); // NOLINT: it came from realloc
+        }
     };
     std::unique_ptr<char, Free> m_data;
     std::size_t m_size = 0;
+    std::shared_ptr<const Bytes> m_others;
 };
 
 /// Checks the first megabyte of a longer file, unpacked, before the rest is read; throws to refuse
 /// the file.
 using LookAtBeginning = std::function<void(std::string_view beginning)>;
 
+/// What a file holds, and its state when it was opened.
+struct ReadBytes {
+    Bytes text;    ///< unpacked
+    Bytes gzipped; ///< all bytes of a gzipped file as they are; else empty
+    FileStamp stamp;
+};
+
 /// Reads a file, or a pipe to its end. Refuses a file that is missing, neither of the two,
 /// unreadable, empty, too large or larger than the free memory, and gzipped data that are damaged
 /// or truncated.
-Bytes readFile(const FileReport& report, const LookAtBeginning& look, std::stop_token stop);
+ReadBytes readFile(const FileReport& report, const LookAtBeginning& look, std::stop_token stop);
 
 } // namespace memory_host

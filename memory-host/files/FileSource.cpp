@@ -47,6 +47,7 @@ FileSource::FileSource(const FileReport& report, std::stop_token stop)
         report.refuse(0, "is a folder", acceptedFiles());
     if (S_ISCHR(state.st_mode) && ::isatty(m_file))
         report.refuse(0, "is a terminal", "accepted are files and pipes");
+    m_stamp = stampOf(m_file);
     if (S_ISREG(state.st_mode)) {
         m_size = static_cast<std::size_t>(state.st_size);
         if (*m_size == 0)

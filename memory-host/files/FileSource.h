@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FileReport.h"
+#include "FileStamp.h"
 
 #include <cstdint>
 #include <optional>
@@ -29,6 +30,9 @@ public:
     /// The last four bytes of a regular file as a little-endian number.
     std::optional<std::uint32_t> lastWord() const;
 
+    /// The state of a regular file when it was opened.
+    const FileStamp& stamp() const { return m_stamp; }
+
 private:
     std::size_t readSome(char* to, std::size_t count);
 
@@ -36,6 +40,7 @@ private:
     std::stop_token m_stop;
     int m_file = -1;
     std::optional<std::size_t> m_size;
+    FileStamp m_stamp;
     bool m_hasWriter = false; ///< some process has opened the pipe for writing
 };
 

@@ -5,6 +5,7 @@
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "EntryNames.h"
+#include "EntrySource.h"
 #include "Fields.h"
 #include "FileKind.h"
 #include "FileLimits.h"
@@ -26,6 +27,8 @@ public:
     FileReport report;
     std::string stem; ///< the file's name without its endings
     FileContent content;
+    std::shared_ptr<const SourceText> text; ///< null for maps
+    std::shared_ptr<FileOnDisk> file = std::make_shared<FileOnDisk>();
 };
 
 void ParsedFileDeleter::operator()(ParsedFile* file) const {
@@ -96,23 +99,44 @@ void checkBeginning(std::string_view bytes, const FileName& name, const FileRepo
                       acceptedFiles());
 }
 
+// A text as readers take it. Some editors write a byte order mark, which is no part of it.
+Bytes readableText(std::shared_ptr<const Bytes> text) {
+    constexpr std::string_view mark = "\xef\xbb\xbf";
+    Bytes readable(std::move(text));
+    if (readable.text().starts_with(mark))
+        readable.removeFront(mark.size());
+    if (readable.haveLoneReturns()) {
+        readable.resize(readable.size());
+        readable.unifyLineEnds();
+    }
+    return readable;
+}
+
+void parseText(ParsedFile& file, ReadBytes read, const FileName& name) {
+    const auto original = std::make_shared<const Bytes>(std::move(read.text));
+    Bytes readable = readableText(original);
+    const FileFormat& format = textFormatOf(readable.text(), name.format);
+    if (format.holds == FileFormat::Holds::Structure)
+        file.text = read.gzipped.size() == 0
+                        ? std::make_shared<const SourceText>(original, format)
+                        : std::make_shared<const SourceText>(std::move(read.gzipped),
+                                                             original->size(), format);
+    file.content = format.read(std::move(readable), name.stem, file.report);
+}
+
 void parseInto(ParsedFile& file, std::stop_token stop) {
     const FileName name(file.report.path());
-    Bytes bytes = readFile(
+    ReadBytes read = readFile(
         file.report,
         [&](std::string_view beginning) { checkBeginning(beginning, name, file.report); },
         std::move(stop));
-    checkKind(bytes.text(), name, file.report);
-    const FileFormat* format = binaryFormatOf(bytes.text());
-    if (!format) {
-        bytes.unifyLineEnds();
-        // Some editors write a byte order mark.
-        if (bytes.text().starts_with("\xef\xbb\xbf"))
-            bytes.removeFront(3);
-        format = &textFormatOf(bytes.text(), name.format);
-    }
+    checkKind(read.text.text(), name, file.report);
     file.stem = name.stem;
-    file.content = format->read(std::move(bytes), name.stem, file.report);
+    file.file->stamp = read.stamp;
+    if (const FileFormat* format = binaryFormatOf(read.text.text()))
+        file.content = format->read(std::move(read.text), name.stem, file.report);
+    else
+        parseText(file, std::move(read), name);
 }
 
 // Runs reading or building; any exception becomes one line about the file.
@@ -144,6 +168,16 @@ std::vector<std::string> modelEndings(const StructureTable& structure) {
     return endings;
 }
 
+std::shared_ptr<EntrySource> makeSource(const ParsedFile& file, std::size_t block,
+                                        std::size_t model) {
+    auto source = std::make_shared<EntrySource>();
+    source->text = file.text;
+    source->file = file.file;
+    source->block = static_cast<std::uint32_t>(block);
+    source->model = static_cast<std::uint32_t>(model);
+    return source;
+}
+
 std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     std::vector<DetachedItem> items;
     std::size_t work = 0;
@@ -157,13 +191,17 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     requireMemory(file.report, bytes);
     ProgressCounter counter(progress, "building the atoms", work);
     EntryNames entryNames;
-    for (StructureTable& structure : file.content.structures) {
+    for (std::size_t block = 0; block != file.content.structures.size(); ++block) {
+        StructureTable& structure = file.content.structures[block];
         const std::vector<std::string> names =
             entryNames.take(structure.name, modelEndings(structure));
         BuildScratch scratch;
-        for (std::size_t i = 0; i != names.size(); ++i)
-            items.push_back(
-                buildModel(std::move(structure.models[i]), structure, names[i], scratch, counter));
+        for (std::size_t i = 0; i != names.size(); ++i) {
+            const std::shared_ptr<EntrySource> source = makeSource(file, block, i);
+            items.push_back(buildModel(std::move(structure.models[i]), structure, names[i], *source,
+                                       scratch, counter));
+            setOrigin(items.back().get(), file.report.path(), source);
+        }
     }
     file.content.structures.clear();
     if (file.content.grid) {
@@ -171,9 +209,8 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
             makeDetached(entryNames.take(file.stem, {std::string()}).front(), "Grid"));
         setGrid(items.back().get(), std::move(*file.content.grid));
         file.content.grid.reset();
+        setOrigin(items.back().get(), file.report.path(), makeSource(file, 0, 0));
     }
-    for (const DetachedItem& item : items)
-        setOrigin(item.get(), file.report.path());
     return items;
 }
 

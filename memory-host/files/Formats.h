@@ -32,8 +32,12 @@ struct FileFormat {
     /// Whether a file's content is of this format. See Readers.h for both.
     bool (*recognises)(const FileSample& sample);
     FileContent (*read)(Bytes bytes, const std::string& stem, FileReport& report);
-    /// The whole file, not gzipped. On any thread; see SavedTables.h. Null where there is none.
+    bool holdsSeveral = false; ///< structures that are no models of one another
+    /// The text of a file of this format, from the items and what other formats' texts say. On any
+    /// thread; see SavedTables.h. Null for a format that is not written.
     std::string (*write)(const SavedContent& content, SaveReport& report) = nullptr;
+    /// The same for entries of one file that was of this format: its text, edited.
+    std::string (*edit)(const SavedContent& content, SaveReport& report) = nullptr;
 };
 
 /// All formats, in the order in which they are listed.

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace memory_host {
@@ -60,6 +61,9 @@ struct SavedModel {
     std::vector<SavedAtom> atoms;
     std::vector<TAVIK::PartialCharge> charges; ///< by atom; empty where none is known
     std::vector<SavedBond> bonds;              ///< ascending
+    /// Of the bonds that the file lists, those that are not there any more, by the rows of their
+    /// atoms, which may be gone, too.
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> lostBonds;
 
     /// One past the last atom of a residue.
     std::uint32_t atomEnd(std::size_t residue) const {

@@ -56,8 +56,9 @@ struct HOST_EXPORT SavePlanDeleter {
 };
 using SavePlanPtr = std::unique_ptr<SavePlan, SavePlanDeleter>;
 
-/// The top-level items that were read from the same file as `entry` and are still there, in the
-/// order of the file; `entry` alone where it has no file. "Save" saves all of them.
+/// The top-level items that are in the same file as `entry`, in the order of the list: those that
+/// were read from it and are still there, or were saved to it; `entry` alone where it has no file.
+/// "Save" saves all of them.
 HOST_EXPORT std::vector<TAVIK::Compound*> entriesOfFile(TAVIK::Compound* entry);
 
 /// Reads what is to be saved of top-level items, on the GUI thread, and checks that the format of

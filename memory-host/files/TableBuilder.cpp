@@ -304,6 +304,7 @@ void TableBuilder::add(const AtomRow& row) {
     atom.element = row.element;
     atom.hasPosition = row.hasPosition;
     atom.details = row.details;
+    atom.row = static_cast<std::uint32_t>(m_atomsBefore + m_atomCount);
     if (!row.alternative.empty())
         atom.details.alternative = row.alternative.front();
     keepIds(row);

@@ -8,25 +8,48 @@
 #include <filesystem>
 #include <system_error>
 #include <unordered_map>
+#include <utility>
 
 namespace memory_host {
 
 namespace {
 
-/// Absolute paths by the identifiers of the items.
-std::unordered_map<std::uint32_t, std::string>& origins() {
+struct Origin {
+    std::string path; ///< absolute
+    std::shared_ptr<ItemSource> source;
+};
+
+/// By the identifiers of the items.
+std::unordered_map<std::uint32_t, Origin>& origins() {
     // Never destroyed: items may outlive every static object.
-    static auto* const all = new std::unordered_map<std::uint32_t, std::string>;
+    static auto* const all = new std::unordered_map<std::uint32_t, Origin>;
     return *all;
+}
+
+const Origin& originOf(const Compound* item) {
+    static const Origin none;
+    const auto found = item ? origins().find(item->GetId()) : origins().end();
+    return found == origins().end() ? none : found->second;
 }
 
 } // namespace
 
-void setOrigin(const Compound* item, const std::string& path) {
+ItemSource::~ItemSource() = default;
+
+void setOrigin(const Compound* item, const std::string& path, std::shared_ptr<ItemSource> source) {
     std::error_code problem;
     const std::filesystem::path whole = std::filesystem::absolute(path, problem);
     // If the working directory cannot be found, the path is kept as it is.
-    origins()[item->GetId()] = problem ? path : whole.lexically_normal().string();
+    std::string kept = problem ? path : whole.lexically_normal().string();
+    origins()[item->GetId()] = {std::move(kept), std::move(source)};
+}
+
+std::string originPath(const Compound* item) {
+    return originOf(item).path;
+}
+
+std::shared_ptr<ItemSource> sourceOf(const Compound* item) {
+    return originOf(item).source;
 }
 
 void forgetOrigin(const HostItem& item) {
@@ -41,9 +64,5 @@ std::size_t originCount() {
 } // namespace memory_host
 
 QString TAVIK::OriginOf(const Compound* item) {
-    if (!item)
-        return {};
-    const auto found = memory_host::origins().find(item->GetId());
-    return found == memory_host::origins().end() ? QString()
-                                                 : QFile::decodeName(found->second.c_str());
+    return QFile::decodeName(memory_host::originOf(item).path.c_str());
 }

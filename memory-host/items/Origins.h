@@ -1,16 +1,32 @@
-// The files that top-level items were read from; in a map beside the items, as few have one.
+// The files that top-level items were read from or saved to; in a map beside the items, as few have
+// one.
 #pragma once
 
 #include "HostItem.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace memory_host {
 
-/// Keeps the file that an item is read from, by its path in bytes as the system has it; a relative
-/// one is taken from the working directory.
-void setOrigin(const Compound* item, const std::string& path);
+/// What is kept of an item's file; lives as long as the item.
+class ItemSource {
+public:
+    ItemSource() = default;
+    ItemSource(const ItemSource&) = delete;
+    ItemSource& operator=(const ItemSource&) = delete;
+    virtual ~ItemSource();
+};
+
+/// Keeps the file that an item is read from or saved to, by its path in bytes as the system has it;
+/// a relative one is taken from the working directory. Throws std::bad_alloc, and changes nothing.
+void setOrigin(const Compound* item, const std::string& path,
+               std::shared_ptr<ItemSource> source = nullptr);
+/// The path; empty for an item without a file.
+std::string originPath(const Compound* item);
+/// What setOrigin() was given last, or null.
+std::shared_ptr<ItemSource> sourceOf(const Compound* item);
 /// Called before an item is freed. Only items at the top level, or outside of the space, are known.
 void forgetOrigin(const HostItem& item);
 /// Number of items with a known origin.

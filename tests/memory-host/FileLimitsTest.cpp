@@ -179,7 +179,7 @@ private slots:
         for (int i = 0; i < 70000; ++i)
             rows << QString("C C . A A %1 ? %1 0 0 1").arg(i);
         QTest::newRow("rows that come")
-            << QString::fromStdString(m_folder.write("rows.cif", mmcif(rows))) << "5 MB";
+            << QString::fromStdString(m_folder.write("rows.cif", mmcif(rows))) << "6 MB";
         QTest::newRow("the search for bonds")
             << QString::fromStdString(m_folder.write("bonds.pdb", waters(40000))) << "5 MB";
         QTest::newRow("the values of a map") << structure("1jzv.ccp4") << "4 MB";
@@ -217,9 +217,13 @@ private slots:
         parsed.reset();
         const std::size_t before = heapInUse();
         memory_host::openFile(file.toStdString());
-        const double taken = static_cast<double>(heapInUse() - before);
-        QVERIFY2(taken <= 1.1 * estimate + 1.0e6 && estimate <= 1.6 * taken + 1.0e6,
-                 qPrintable(QString("%1 of %2").arg(taken).arg(estimate)));
+        double taken = 0;
+        const auto isNear = [&] {
+            taken = static_cast<double>(heapInUse() - before);
+            return taken <= 1.1 * estimate + 1.0e6 && estimate <= 1.6 * taken + 1.0e6;
+        };
+        // The text of the file is packed meanwhile.
+        QTRY_VERIFY2(isNear(), qPrintable(QString("%1 of %2").arg(taken).arg(estimate)));
     }
 
     void aBombIsRefusedAfterItsFirstMegabyte_data() {

@@ -1,0 +1,14 @@
+// Packing a file's content as gzip does.
+#pragma once
+
+#include "SaveReport.h"
+
+#include <string>
+#include <string_view>
+
+namespace memory_host {
+
+/// The bytes as one member of a .gz file, without a name or a time. Throws std::bad_alloc.
+std::string gzipped(std::string_view bytes, const SaveReport& report);
+
+} // namespace memory_host

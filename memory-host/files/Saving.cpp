@@ -1,0 +1,217 @@
+#include "Saving.h"
+
+#include "EntrySource.h"
+#include "Fields.h"
+#include "FileKind.h"
+#include "Gzip.h"
+#include "ReplaceFile.h"
+#include "SavedItems.h"
+#include "Space.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <utility>
+
+namespace memory_host {
+
+class SavePlan {
+public:
+    std::string path;
+    bool isGzipped = false;
+    const FileFormat* format = nullptr;
+    SavedContent content;
+    std::vector<std::string> remarks; ///< from the reading of the items
+    std::vector<unsigned int> items;  ///< identifiers
+    std::shared_ptr<FileOnDisk> file; ///< that is replaced; a new one, unless it is the items'
+    FileStamp expected;               ///< the state in which that must be
+    FileStamp written;
+};
+
+void SavePlanDeleter::operator()(SavePlan* plan) const {
+    delete plan;
+}
+
+namespace {
+
+constexpr std::string_view packedEnding = ".gz";
+
+bool isWritten(const FileFormat* format) {
+    return format->write != nullptr;
+}
+
+// The format that a file's name asks for.
+const FileFormat& formatOf(const SavePlan& plan, const SaveReport& report) {
+    std::string_view name = plan.path;
+    if (plan.isGzipped)
+        name.remove_suffix(packedEnding.size());
+    for (const FileFormat* format : fileFormats())
+        for (const std::string_view ending : format->endings)
+            if (isWritten(format) && endsWith(name, ending))
+                return *format;
+    report.refuse("the ending of its name tells no format that can be saved", savableFiles());
+}
+
+void checkContent(const SavePlan& plan, const SaveReport& report) {
+    const bool isMap = plan.content.grid.has_value();
+    if (isMap != (plan.format->holds == FileFormat::Holds::Map))
+        report.refuse(
+            std::string(plan.format->name) + " files hold no " + (isMap ? "maps" : "structures"),
+            "accepted are files of " +
+                formatNames(isMap ? FileFormat::Holds::Map : FileFormat::Holds::Structure));
+    if (plan.content.structures.size() > 1 && !plan.format->holdsSeveral)
+        report.refuse("\"" + plan.content.structures[0].models[0].name + "\" and \"" +
+                          plan.content.structures[1].models[0].name +
+                          "\" are not models of one structure, and a " +
+                          std::string(plan.format->name) + " file holds one",
+                      "accepted is saving each in a file of its own, or all in an mmCIF file");
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    std::error_code problem;
+    return a == b || std::filesystem::equivalent(a, b, problem);
+}
+
+std::shared_ptr<EntrySource> entrySourceOf(const TAVIK::Compound* item) {
+    return std::static_pointer_cast<EntrySource>(sourceOf(item));
+}
+
+// The file at a path, if it is the one of these items.
+std::shared_ptr<FileOnDisk> fileOf(std::span<TAVIK::Compound* const> items,
+                                   const std::string& path) {
+    for (const TAVIK::Compound* item : items)
+        if (const auto source = entrySourceOf(item);
+            source && source->file && isSameFile(originPath(item), path))
+            return source->file;
+    return nullptr;
+}
+
+// The text that all structures are of, if that is of the format to be written.
+const SourceText* textToEdit(const SavePlan& plan) {
+    const std::vector<SavedStructure>& structures = plan.content.structures;
+    if (structures.empty() || !structures.front().source || !plan.format->edit)
+        return nullptr;
+    const std::shared_ptr<const SourceText>& text = structures.front().source;
+    const bool isOne = std::ranges::all_of(
+        structures, [&text](const SavedStructure& other) { return other.source == text; });
+    return isOne && &text->format() == plan.format ? text.get() : nullptr;
+}
+
+// The bytes of the file. A gzipped file that was not edited keeps its own.
+std::string bytesOf(const SavePlan& plan, SaveReport& report) {
+    const SourceText* const text = textToEdit(plan);
+    std::string bytes =
+        text ? plan.format->edit(plan.content, report) : plan.format->write(plan.content, report);
+    if (!plan.isGzipped)
+        return bytes;
+    if (text && !text->gzipped().empty() && text->unpack()->text() == bytes)
+        return std::string(text->gzipped());
+    return gzipped(bytes, report);
+}
+
+// Runs planning or writing; any exception becomes one line about the file.
+template <class Work> auto guarded(const std::string& path, Work work) {
+    // Made before memory can run out.
+    const SaveError noMemory(path + ": there is not enough memory to save it; accepted is saving "
+                                    "again when other programs or entries are closed");
+    try {
+        return work();
+    } catch (const SaveError&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw noMemory; // NOLINT: a copy, which needs none
+    } catch (const std::exception& error) {
+        SaveReport(path).refuse(std::string("cannot be saved: ") + error.what(), savableFiles());
+    }
+}
+
+} // namespace
+
+std::string savableFiles() {
+    std::string text = "accepted are names that end in";
+    const char* separator = " ";
+    for (const FileFormat* format : fileFormats()) {
+        if (!isWritten(format))
+            continue;
+        for (const std::string_view ending : format->endings) {
+            text.append(separator).append(ending);
+            separator = ", ";
+        }
+    }
+    return text + ", each also with .gz";
+}
+
+std::vector<TAVIK::Compound*> entriesOfFile(TAVIK::Compound* entry) {
+    const auto source = entrySourceOf(entry);
+    if (!source)
+        return {entry};
+    std::vector<TAVIK::Compound*> entries;
+    TAVIK::Compound* const space = TAVIK::Space::instance();
+    std::copy_if(space->ChildBegin(), space->ChildEnd(), std::back_inserter(entries),
+                 [&source](const TAVIK::Compound* item) {
+                     const auto other = item ? entrySourceOf(item) : nullptr;
+                     return other && other->file == source->file;
+                 });
+    return entries;
+}
+
+SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::string& path,
+                       const SaveOptions& options) {
+    return guarded(path, [&] {
+        SaveReport report(path);
+        SavePlanPtr plan(new SavePlan);
+        plan->path = path;
+        plan->isGzipped = endsWith(path, packedEnding);
+        plan->format = &formatOf(*plan, report);
+        plan->content = readItems(items, options, report);
+        checkContent(*plan, report);
+        plan->file = fileOf(items, path);
+        if (!plan->file)
+            plan->file = std::make_shared<FileOnDisk>();
+        else if (!options.replaceChanged)
+            plan->expected = plan->file->stamp;
+        for (const TAVIK::Compound* item : items)
+            plan->items.push_back(item->GetId());
+        plan->remarks = report.remarks();
+        return plan;
+    });
+}
+
+std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std::stop_token stop) {
+    return guarded(plan.path, [&] {
+        SaveReport report(plan.path, progress, std::move(stop));
+        const std::string bytes = bytesOf(plan, report);
+        std::vector<std::string> remarks = plan.remarks;
+        remarks.insert(remarks.end(), report.remarks().begin(), report.remarks().end());
+        plan.written = replaceFile(report, bytes, plan.expected); // Last: nothing fails afterwards.
+        return remarks;
+    });
+}
+
+void markSaved(const SavePlan& plan) {
+    if (!plan.written.isKnown() || plan.content.isInPart)
+        return;
+    std::vector<unsigned int> ids = plan.items;
+    std::ranges::sort(ids);
+    TAVIK::Compound* const space = TAVIK::Space::instance();
+    for (TAVIK::Compound** it = space->ChildBegin(); it != space->ChildEnd(); ++it) {
+        if (!*it || !std::ranges::binary_search(ids, (*it)->GetId()))
+            continue;
+        auto source = entrySourceOf(*it);
+        if (!source)
+            source = std::make_shared<EntrySource>();
+        setOrigin(*it, plan.path, source);
+        source->file = plan.file;
+    }
+    plan.file->stamp = plan.written;
+}
+
+std::vector<std::string> saveFile(std::span<TAVIK::Compound* const> items, const std::string& path,
+                                  const SaveOptions& options) {
+    const SavePlanPtr plan = planSaving(items, path, options);
+    std::vector<std::string> remarks = writePlan(*plan);
+    markSaved(*plan);
+    return remarks;
+}
+
+} // namespace memory_host
