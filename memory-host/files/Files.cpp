@@ -208,6 +208,7 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
         items.emplace_back(
             makeDetached(entryNames.take(file.stem, {std::string()}).front(), "Grid"));
         setGrid(items.back().get(), std::move(*file.content.grid));
+        setCrystal(items.back().get(), file.content.crystal);
         file.content.grid.reset();
         setOrigin(items.back().get(), file.report.path(), makeSource(file, 0, 0));
     }

@@ -4,6 +4,7 @@
 #include "Fields.h"
 #include "FileLimits.h"
 #include "Readers.h"
+#include "WriteMap.h"
 
 #include <gemmi/ccp4.hpp>
 
@@ -27,6 +28,7 @@ constexpr int startWord = 5;
 constexpr int samplingWord = 8;
 constexpr int cellWord = 11;
 constexpr int axisWord = 17;
+constexpr int spaceGroupWord = 23;
 constexpr int symmetryBytesWord = 24;
 constexpr int originWord = 50;
 constexpr int markWord = 53;
@@ -38,7 +40,7 @@ class MapReader {
 public:
     MapReader(Bytes bytes, FileReport& report) : m_bytes(std::move(bytes)), m_report(report) {}
 
-    TAVIK::GridValues read();
+    FileContent read();
 
 private:
     using Sizes = std::array<std::int64_t, 3>;
@@ -237,7 +239,7 @@ void MapReader::place(const gemmi::Ccp4Base& map, const gemmi::UnitCell& cell,
         grid.origin = origin;
 }
 
-TAVIK::GridValues MapReader::read() {
+FileContent MapReader::read() {
     if (m_bytes.size() < headerBytes)
         m_report.refuse(0, "the map ends within its header of 1024 bytes: it is cut",
                         "accepted are whole maps");
@@ -261,7 +263,7 @@ TAVIK::GridValues MapReader::read() {
     grid.points = {map.grid.nu, map.grid.nv, map.grid.nw};
     place(map, map.grid.unit_cell, grid);
     grid.values = std::move(map.grid.data);
-    return grid;
+    return {{}, std::move(grid), {map.header_3i32(samplingWord), map.header_i32(spaceGroupWord)}};
 }
 
 bool hasMark(const FileSample& sample) {
@@ -270,7 +272,7 @@ bool hasMark(const FileSample& sample) {
 }
 
 FileContent readMap(Bytes bytes, const std::string& /*stem*/, FileReport& report) {
-    return {{}, MapReader(std::move(bytes), report).read()};
+    return MapReader(std::move(bytes), report).read();
 }
 
 constexpr auto endings = std::to_array<std::string_view>({".map", ".mrc", ".ccp4"});
@@ -283,6 +285,7 @@ extern const FileFormat ccp4Format = {.name = "CCP4/MRC",
                                       .endings = endings,
                                       .mark = "\"MAP \" from byte 209 on",
                                       .recognises = hasMark,
-                                      .read = readMap};
+                                      .read = readMap,
+                                      .write = writeMap};
 
 } // namespace memory_host

@@ -6,6 +6,7 @@
 #include "FileBytes.h"
 #include "Formats.h"
 #include "items/Building.h"
+#include "items/MapCrystal.h"
 
 #include <optional>
 
@@ -25,6 +26,7 @@ inline constexpr std::int64_t mostMapPoints = std::int64_t{1} << 30;
 struct FileContent {
     std::vector<StructureTable> structures;
     std::optional<TAVIK::GridValues> grid;
+    MapCrystal crystal = {}; ///< of the grid
 };
 
 // A reader gets the whole content of a file, unpacked, for text with unified line ends; the file's

@@ -2,9 +2,11 @@
 
 #include "EntrySource.h"
 #include "Fields.h"
+#include "WriteMap.h"
 #include "items/Items.h"
 
 #include <algorithm>
+#include <array>
 #include <tuple>
 #include <typeinfo>
 #include <unordered_map>
@@ -296,48 +298,14 @@ void addStructures(std::vector<Part>& parts, SavedContent& content) {
     }
 }
 
-// The part of a grid between the bounds that are shown.
-TAVIK::GridValues shownPart(const GridItem& grid) {
-    const TAVIK::GridValues& whole = grid.m_values;
-    TAVIK::GridValues part;
-    part.steps = whole.steps;
-    part.origin = whole.origin;
-    for (const std::size_t axis : {0, 1, 2}) {
-        part.points[axis] = grid.m_upper[axis] - grid.m_lower[axis];
-        for (const std::size_t i : {0, 1, 2})
-            part.origin[i] += grid.m_lower[axis] * whole.steps[axis][i];
-    }
-    const auto at = [&whole](int x, int y, int z) {
-        return whole.values.begin() +
-               ((std::ptrdiff_t{z} * whole.points[1] + y) * whole.points[0] + x);
-    };
-    part.values.reserve(static_cast<std::size_t>(part.points[0]) *
-                        static_cast<std::size_t>(part.points[1]) *
-                        static_cast<std::size_t>(part.points[2]));
-    for (int z = grid.m_lower[2]; z != grid.m_upper[2]; ++z)
-        for (int y = grid.m_lower[1]; y != grid.m_upper[1]; ++y)
-            part.values.insert(part.values.end(), at(grid.m_lower[0], y, z),
-                               at(grid.m_upper[0], y, z));
-    return part;
-}
-
-bool hasShownPart(const GridItem& grid) {
-    bool has = !grid.m_values.values.empty();
-    for (const std::size_t axis : {0, 1, 2})
-        has = has && grid.m_lower[axis] >= 0 && grid.m_lower[axis] < grid.m_upper[axis] &&
-              grid.m_upper[axis] <= grid.m_values.points[axis];
-    return has;
-}
-
 SavedContent readGrid(std::span<TAVIK::Compound* const> items, SaveReport& report) {
     if (items.size() != 1)
         report.refuse("a map and other entries cannot stand in one file",
                       "accepted is saving each map in a file of its own");
     const auto& grid = static_cast<const GridItem&>(*items.front());
-    if (!hasShownPart(grid))
-        report.refuse("nothing of the map is shown", "accepted are maps with a shown part");
     SavedContent content;
-    content.grid = shownPart(grid);
+    content.grid = partOf(grid.m_values, std::to_array(grid.m_lower), std::to_array(grid.m_upper));
+    content.crystal = grid.m_crystal;
     content.isInPart = content.grid->points != grid.m_values.points;
     return content;
 }

@@ -8,6 +8,7 @@
 #include "Geometry.h"
 #include "PartialCharge.h"
 #include "SourceText.h"
+#include "items/MapCrystal.h"
 
 #include <array>
 #include <cstdint>
@@ -84,6 +85,7 @@ struct SavedContent {
     std::vector<std::string> names{std::string()};
     std::vector<SavedStructure> structures; ///< those of one file in the order of the file
     std::optional<TAVIK::GridValues> grid;  ///< the shown part of a grid
+    MapCrystal crystal;                     ///< of the grid
     bool isInPart = false; ///< whether something of the entries was left out by the options
 };
 

@@ -5,6 +5,7 @@
 #include "ItemClass.h"
 #include "Kinds.h"
 #include "Lattice.h"
+#include "MapCrystal.h"
 
 namespace memory_host {
 
@@ -15,6 +16,7 @@ public:
     void setValues(TAVIK::GridValues&& values);
 
     TAVIK::GridValues m_values;
+    MapCrystal m_crystal;
 
 private:
     Lattice m_lattice;
