@@ -7,6 +7,7 @@
 #include "ReplaceFile.h"
 #include "SavedItems.h"
 #include "Space.h"
+#include "items/DataVersion.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -188,6 +189,14 @@ std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std
     });
 }
 
+std::size_t atomCount(const SavePlan& plan) {
+    std::size_t count = 0;
+    for (const SavedStructure& structure : plan.content.structures)
+        for (const SavedModel& model : structure.models)
+            count += model.atoms.size();
+    return count;
+}
+
 void markSaved(const SavePlan& plan) {
     if (!plan.written.isKnown() || plan.content.isInPart)
         return;
@@ -202,6 +211,7 @@ void markSaved(const SavePlan& plan) {
             source = std::make_shared<EntrySource>();
         setOrigin(*it, plan.path, source);
         source->file = plan.file;
+        setDataSaved(*it);
     }
     plan.file->stamp = plan.written;
 }

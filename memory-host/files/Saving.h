@@ -72,6 +72,9 @@ HOST_EXPORT SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, cons
 HOST_EXPORT std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress = {},
                                                std::stop_token stop = {});
 
+/// How many atoms a plan saves.
+HOST_EXPORT std::size_t atomCount(const SavePlan& plan);
+
 /// Tells the items of a written plan, on the GUI thread, that they are in this file now. Does
 /// nothing for those that were saved in part, or destroyed meanwhile.
 HOST_EXPORT void markSaved(const SavePlan& plan);

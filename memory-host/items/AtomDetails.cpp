@@ -1,5 +1,6 @@
 #include "AtomDetails.h"
 
+#include "DataVersion.h"
 #include "Holder.h"
 #include "Items.h"
 
@@ -27,8 +28,11 @@ LabelIds GetLabelIds(const Compound* item) {
 }
 
 void SetAtomPosition(Atom* atom, const Vertex& position) {
-    if (auto* const item = dynamic_cast<AtomItem*>(atom))
-        item->setPosition(position);
+    auto* const item = dynamic_cast<AtomItem*>(atom);
+    if (!item)
+        return;
+    item->setPosition(position);
+    noteDataChange(HostItem::of(item));
 }
 
 void SetAtomModel(Atom* atom, unsigned int model) {
@@ -41,6 +45,7 @@ void SetAtomModel(Atom* atom, unsigned int model) {
     joinModels(*item);
     settleModel(residue);
     item->updateShown();
+    noteDataChange(HostItem::of(item));
 }
 
 } // namespace TAVIK

@@ -2,6 +2,7 @@
 
 #include "AtomItem.h"
 #include "Attaching.h"
+#include "DataVersion.h"
 #include "DestroyObserver.h"
 #include "Holder.h"
 #include "Sets.h"
@@ -43,6 +44,7 @@ void freeBond(BondItem* bond) {
 } // namespace
 
 void tellBeforeDestroying(Compound* item) {
+    noteDataChange(HostItem::of(item));
     Observers& state = observers();
     if (state.all.empty() || !isInSpace(HostItem::of(item)))
         return;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Attaching.h"
+#include "DataVersion.h"
 #include "HostItem.h"
 
 #include <memory>
@@ -24,6 +25,7 @@ bool isNested(const HostItem& item, Holder& parent, const char* what);
 /// Attaches an item and returns it; frees it if attaching throws.
 template <class ItemClass> ItemClass* attachNew(std::unique_ptr<ItemClass> item, Holder& parent) {
     attachTo(item.get(), parent);
+    noteDataChange(HostItem::of(item.get()));
     return item.release();
 }
 

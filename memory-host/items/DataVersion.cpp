@@ -1,0 +1,64 @@
+#include "DataVersion.h"
+
+#include "Holder.h"
+
+#include <unordered_map>
+
+namespace memory_host {
+
+namespace {
+
+struct Versions {
+    std::uint64_t now = 0;
+    std::uint64_t saved = 0;
+};
+
+/// By the identifiers of top-level items, of those that were changed; few are.
+std::unordered_map<std::uint32_t, Versions>& changed() {
+    // Never destroyed: items may outlive every static object.
+    static auto* const all = new std::unordered_map<std::uint32_t, Versions>;
+    return *all;
+}
+
+Versions versionsOf(const Compound* item) {
+    if (!item)
+        return {};
+    const auto found = changed().find(HostItem::of(item).id);
+    return found == changed().end() ? Versions() : found->second;
+}
+
+/// An empty composite is nothing to a file.
+bool isForFiles(const HostItem& item) {
+    if (item.isHolder())
+        return static_cast<const Holder&>(item).childCount() > 0;
+    return item.kind == Kind::Atom || item.kind == Kind::Bond;
+}
+
+} // namespace
+
+std::uint64_t dataVersion(const Compound* topLevel) {
+    return versionsOf(topLevel).now;
+}
+
+bool hasUnsavedData(const Compound* topLevel) {
+    const Versions versions = versionsOf(topLevel);
+    return versions.now != versions.saved;
+}
+
+void setDataSaved(const Compound* topLevel) {
+    if (const auto found = changed().find(HostItem::of(topLevel).id); found != changed().end())
+        found->second.saved = found->second.now;
+}
+
+void noteDataChange(const HostItem& item) {
+    if (!isForFiles(item))
+        return;
+    const HostItem* top = &item;
+    while (top->parent && top->parent->kind != Kind::Space)
+        top = top->parent;
+    // What is built aside, and an entry as a whole, is no change of an entry.
+    if (top != &item && top->parent)
+        ++changed()[top->id].now;
+}
+
+} // namespace memory_host
