@@ -99,7 +99,8 @@ bool isPlain(std::string_view value) {
     constexpr std::string_view keywords[] = {"data_", "loop_", "save_", "stop_", "global_"};
     const bool isNumber = value.front() == '.' && value.size() > 1;
     return (isNumber || special.find(value.front()) == std::string_view::npos) &&
-           std::ranges::all_of(value, [](char c) { return c > ' ' && c <= '~'; }) &&
+           std::ranges::all_of(
+               value, [](char c) { return c > ' ' && c <= '~' && c != '\'' && c != '"'; }) &&
            std::ranges::none_of(keywords,
                                 [value](std::string_view word) { return startsWith(value, word); });
 }
@@ -174,7 +175,8 @@ std::string Edit::joined(std::span<const Place> row, std::span<const Change> cha
     values.reserve(row.size());
     for (const Place& place : row) {
         const std::string_view value = place.in(m_text);
-        values.push_back(value == "." ? "." : written(mmcif::contentOf(value)));
+        const bool isLine = value.find_first_of("\r\n") == std::string_view::npos;
+        values.push_back(isLine ? std::string(value) : written(mmcif::contentOf(value)));
     }
     for (const Change& change : changes)
         values[change.column] = change.value;

@@ -38,9 +38,15 @@ std::string categoryName(std::string_view tag) {
     return name;
 }
 
+// Some editors write a byte order mark.
+std::size_t beginOf(std::string_view text) {
+    constexpr std::string_view mark = "\xef\xbb\xbf";
+    return text.starts_with(mark) ? mark.size() : 0;
+}
+
 class Survey {
 public:
-    explicit Survey(std::string_view text) : m_text(text), m_tokens(text) {}
+    explicit Survey(std::string_view text) : m_text(text), m_tokens(text, beginOf(text)) {}
 
     Contents take() {
         for (Token token = m_tokens.next(); token.kind != TokenKind::End;)

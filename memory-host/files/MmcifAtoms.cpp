@@ -17,17 +17,6 @@ bool isNull(std::string_view value) {
     return value.empty() || value == "?" || value == ".";
 }
 
-// A number may be followed by its uncertainty in brackets.
-std::optional<float> parsedValue(std::string_view value) {
-    value = contentOf(value);
-    if (value.ends_with(')'))
-        if (const std::size_t bracket = value.find('(');
-            bracket != std::string_view::npos &&
-            std::all_of(value.begin() + bracket + 1, value.end() - 1, isDigit))
-            value = value.substr(0, bracket);
-    return finiteFloat(value);
-}
-
 } // namespace
 
 Column columnOf(std::string_view tag) {
@@ -52,6 +41,16 @@ std::string_view contentOf(std::string_view value) {
             value.remove_suffix(1);
     }
     return value;
+}
+
+std::optional<float> numberOf(std::string_view value) {
+    value = contentOf(value);
+    if (value.ends_with(')'))
+        if (const std::size_t bracket = value.find('(');
+            bracket != std::string_view::npos &&
+            std::all_of(value.begin() + bracket + 1, value.end() - 1, isDigit))
+            value = value.substr(0, bracket);
+    return finiteFloat(value);
 }
 
 void Atoms::checkColumns(const Row& row, std::size_t line) const {
@@ -99,16 +98,16 @@ void Atoms::add(const Row& values, std::size_t line) {
                       ? elementOfName(row.name, residueKind(row.residue) != ResidueKind::Other)
                       : elementOf(symbol);
     m_numbers.setPosition(
-        row, {parsedValue(values[X]), parsedValue(values[Y]), parsedValue(values[Z])},
+        row, {numberOf(values[X]), numberOf(values[Y]), numberOf(values[Z])},
         isNull(values[X]) && isNull(values[Y]) && isNull(values[Z]), line, [&values] {
             std::string text(values[X]);
             return text.append(" ").append(values[Y]).append(" ").append(values[Z]);
         });
     const std::string_view temperature = contentOf(values[Temperature]);
-    m_numbers.setTemperature(row, temperature, parsedValue(temperature), line);
+    m_numbers.setTemperature(row, temperature, numberOf(temperature), line);
     row.details.serial = serialNumber(contentOf(values[Id]));
     row.details.isHetero = contentOf(values[Group]) == "HETATM";
-    row.details.occupancy = parsedValue(values[Occupancy]).value_or(1.0F);
+    row.details.occupancy = numberOf(values[Occupancy]).value_or(1.0F);
     row.details.formalCharge = formalCharge(contentOf(values[FormalCharge]));
     m_builder->add(row);
 }

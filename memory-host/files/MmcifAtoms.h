@@ -47,6 +47,8 @@ inline bool isAtomTag(std::string_view tag) {
 Column columnOf(std::string_view tag);
 /// The text of a value without its quotes; empty for "." and "?".
 std::string_view contentOf(std::string_view value);
+/// A value as a number, which may be followed by its uncertainty in brackets.
+std::optional<float> numberOf(std::string_view value);
 
 /// Makes tables of rows, an entry for each data block.
 class Atoms {

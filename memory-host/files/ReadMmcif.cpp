@@ -6,6 +6,7 @@
 #include "MmcifBonds.h"
 #include "PdbColumns.h"
 #include "Readers.h"
+#include "SaveMmcif.h"
 
 #include <gemmi/cif.hpp>
 
@@ -361,6 +362,8 @@ extern const FileFormat mmcifFormat = {.name = "mmCIF",
                                        .form = FileFormat::Form::Text,
                                        .endings = endings,
                                        .recognises = isMmcif,
-                                       .read = readMmcif};
+                                       .read = readMmcif,
+                                       .holdsSeveral = true,
+                                       .edit = editMmcif};
 
 } // namespace memory_host

@@ -38,7 +38,7 @@ namespace {
 constexpr std::string_view packedEnding = ".gz";
 
 bool isWritten(const FileFormat* format) {
-    return format->write != nullptr;
+    return format->write != nullptr || format->edit != nullptr;
 }
 
 // The format that a file's name asks for.
@@ -101,6 +101,9 @@ const SourceText* textToEdit(const SavePlan& plan) {
 // The bytes of the file. A gzipped file that was not edited keeps its own.
 std::string bytesOf(const SavePlan& plan, SaveReport& report) {
     const SourceText* const text = textToEdit(plan);
+    if (!text && !plan.format->write)
+        report.refuse("its entries come from no one " + std::string(plan.format->name) + " file",
+                      "accepted is saving entries in the format of their file");
     std::string bytes =
         text ? plan.format->edit(plan.content, report) : plan.format->write(plan.content, report);
     if (!plan.isGzipped)

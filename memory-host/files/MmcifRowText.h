@@ -1,0 +1,53 @@
+// What is written into the columns of a row of atoms of mmCIF: only what is other than it was.
+#pragma once
+
+#include "CifEdit.h"
+#include "MmcifAtoms.h"
+#include "MmcifRows.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace memory_host::mmcif {
+
+/// Makes the changes to rows of one category of atoms.
+class RowText {
+public:
+    /// New atoms have ids from `nextId` on. Names are numbers of `names`.
+    RowText(const cif::Category& category, const std::vector<std::string>& names,
+            std::uint64_t nextId);
+
+    std::string_view letter(const cif::Rows& row) const { return text(row, Alternative); }
+    std::string_view id(const cif::Rows& row) const { return text(row, Id); }
+    /// Changes to the row of an atom that may have moved.
+    void move(const cif::Rows& row, const SavedAtom& atom, std::vector<cif::Change>& changes) const;
+    void setLetter(std::string_view letter, std::vector<cif::Change>& changes) const;
+    /// Changes to a copy of the row that a new atom follows.
+    std::vector<cif::Change> added(const cif::Rows& row, const AddedAtom& added);
+
+private:
+    std::string_view text(const cif::Rows& row, Column column) const {
+        return m_columns[column] < row.places().size() ? contentOf(row[m_columns[column]])
+                                                       : std::string_view();
+    }
+    void set(Column column, std::string value, std::vector<cif::Change>& changes) const {
+        if (m_columns[column] < m_columnCount)
+            changes.push_back({m_columns[column], std::move(value)});
+    }
+    void setPosition(const cif::Rows& row, const SavedAtom& atom,
+                     std::vector<cif::Change>& changes) const;
+    void setResidue(const cif::Rows& row, const AddedAtom& added,
+                    std::vector<cif::Change>& changes) const;
+    const std::string& name(std::uint32_t number) const { return m_names[number]; }
+
+    const std::vector<std::string>& m_names;
+    std::size_t m_columnCount;
+    std::array<std::size_t, ColumnCount> m_columns{}; ///< the count for those that are not there
+    std::size_t m_entity;                             ///< column of the entity
+    std::vector<std::size_t> m_ofPosition; ///< what depends on it: fractions, uncertainties
+    std::vector<std::size_t> m_ofAtom; ///< what is the atom's alone: displacements, uncertainties
+    std::uint64_t m_nextId;
+};
+
+} // namespace memory_host::mmcif

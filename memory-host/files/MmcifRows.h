@@ -1,0 +1,61 @@
+// What becomes of the rows of atoms of an mmCIF file when its entries are saved.
+#pragma once
+
+#include "SavedTables.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace memory_host::mmcif {
+
+/// An atom that the file does not have.
+struct AddedAtom {
+    std::uint32_t behind; ///< the row that it follows
+    bool isInResidue;     ///< of that row; else the residue has no row
+    const SavedAtom* atom;
+    const SavedResidue* residue;
+    const SavedModel* model;
+    std::string letter; ///< of the alternative location, or empty
+};
+
+/// An atom of the file whose letter is another one now.
+struct NewLetter {
+    std::uint32_t row;
+    std::string letter;
+};
+
+/// The atoms by rows. An alternative model has the letter that its atoms have in the file, else one
+/// that the residue does not use.
+class RowPlan {
+public:
+    /// `letters` are the file's, by row; `lastRows` the last row of each structure in the file.
+    /// What it points to must outlive the plan.
+    RowPlan(std::span<const SavedStructure> structures, std::span<const std::string_view> letters,
+            std::span<const std::uint32_t> lastRows);
+
+    /// The atom of each row; null where it is gone.
+    const std::vector<const SavedAtom*>& atoms() const { return m_atoms; }
+    const std::vector<AddedAtom>& added() const { return m_added; }        ///< ascending
+    const std::vector<NewLetter>& newLetters() const { return m_letters; } ///< ascending
+
+private:
+    void takeModel(const SavedModel& model, std::uint32_t lastRow);
+    void takeResidue(const SavedModel& model, std::size_t residue);
+    void findLetters(std::span<const SavedAtom> atoms);
+    std::string freeLetter(std::size_t& next) const;
+
+    std::span<const std::string_view> m_fileLetters;
+    std::vector<const SavedAtom*> m_atoms;
+    std::vector<AddedAtom> m_added;
+    std::vector<NewLetter> m_letters;
+    std::uint32_t m_lastRow = 0; ///< of the atoms so far
+    /// By alternative model of the current residue; and which letters are in use.
+    std::vector<std::string> m_residueLetters;
+    std::unordered_set<std::string> m_usedLetters;
+};
+
+} // namespace memory_host::mmcif
