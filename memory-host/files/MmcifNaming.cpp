@@ -57,10 +57,10 @@ constexpr auto categories = std::to_array<CategoryNaming>({
     {"_pdbx_validate_rmsd_bond", numbered},
     {"_pdbx_validate_symm_contact", numbered},
     {"_pdbx_validate_torsion", one},
-    {"_struct_conf", ends},
+    {"_struct_conf", ends, Loss::Range},
     {"_struct_conn", partners},
     {"_struct_mon_prot_cis", oneAndNext},
-    {"_struct_sheet_range", ends},
+    {"_struct_sheet_range", ends, Loss::Range},
     {"_struct_site", one},
     {"_struct_site_gen", one},
 });

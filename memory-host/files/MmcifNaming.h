@@ -35,6 +35,7 @@ using PartColumns = std::array<std::size_t, PartCount>;
 /// What a row that names something is without it.
 enum class Loss {
     Meaning,    ///< nothing: it goes
+    Range,      ///< likewise, although other residues of its range may still be there
     Observation ///< a residue of the sequence that is not observed
 };
 

@@ -1,7 +1,6 @@
 #include "MmcifReferences.h"
 
-#include "MmcifAtoms.h"
-#include "MmcifNaming.h"
+#include "MmcifName.h"
 
 #include <algorithm>
 #include <charconv>
@@ -16,65 +15,10 @@ enum Form : std::uint8_t { OfResidue = 1, OfModel = 2, OfAtom = 4, OfLetter = 8 
 constexpr std::uint8_t residueForms = 4;
 constexpr std::uint8_t formCount = 16;
 
-using Values = std::array<std::string_view, PartCount>;
-
-Values valuesOf(const cif::Rows& row, const PartColumns& columns) {
-    Values values;
-    for (std::size_t part = 0; part != PartCount; ++part)
-        if (columns[part] < row.places().size())
-            values[part] = contentOf(row[columns[part]]);
-    return values;
-}
-
-// An atom or a residue, named by the author's ids or by the label ids.
-struct Name {
-    Name(const Values& values, bool byLabelIds) : byLabel(byLabelIds) {
-        const auto first = [&](Part author, Part label) {
-            const std::string_view chosen = values[byLabel ? label : author];
-            return chosen.empty() ? values[byLabel ? author : label] : chosen;
-        };
-        chain = byLabel ? values[PartLabelChain] : first(PartAuthorChain, PartLabelChain);
-        number = byLabel ? values[PartLabelNumber] : first(PartAuthorNumber, PartLabelNumber);
-        insertion = byLabel ? std::string_view() : values[PartInsertion];
-        residue = first(PartAuthorResidue, PartLabelResidue);
-        atom = first(PartAuthorAtom, PartLabelAtom);
-        letter = values[PartLetter];
-        model = values[PartModel];
-    }
-
-    bool isAtSite(const Name& other) const {
-        return chain == other.chain && number == other.number && insertion == other.insertion;
-    }
-    bool isInResidue(const Name& other) const {
-        return isAtSite(other) && residue == other.residue && model == other.model;
-    }
-    std::uint8_t form() const {
-        return static_cast<std::uint8_t>(
-            (residue.empty() ? 0 : OfResidue) | (model.empty() ? 0 : OfModel) |
-            (atom.empty() ? 0 : OfAtom) | (letter.empty() ? 0 : OfLetter));
-    }
-
-    bool byLabel;
-    std::string_view chain;
-    std::string_view number;
-    std::string_view insertion;
-    std::string_view residue;
-    std::string_view atom;
-    std::string_view letter;
-    std::string_view model;
-};
-
-// No part of a name holds a line end.
-void append(std::string& key, std::string_view part) {
-    key.append(part).push_back('\n');
-}
-
-const std::string& siteKey(std::string& key, const Name& name) {
-    key.assign(1, name.byLabel ? 'l' : 'a');
-    append(key, name.chain);
-    append(key, name.number);
-    append(key, name.insertion);
-    return key;
+std::uint8_t formOf(const Name& name) {
+    return static_cast<std::uint8_t>(
+        (name.residue.empty() ? 0 : OfResidue) | (name.model.empty() ? 0 : OfModel) |
+        (name.atom.empty() ? 0 : OfAtom) | (name.letter.empty() ? 0 : OfLetter));
 }
 
 const std::string& targetKey(std::string& key, std::uint32_t site, std::uint8_t form,
@@ -82,13 +26,13 @@ const std::string& targetKey(std::string& key, std::uint32_t site, std::uint8_t 
     key = std::to_string(site);
     key.push_back(static_cast<char>('A' + form));
     if ((form & OfResidue) != 0)
-        append(key, name.residue);
+        appendPart(key, name.residue);
     if ((form & OfModel) != 0)
-        append(key, name.model);
+        appendPart(key, name.model);
     if ((form & OfAtom) != 0)
-        append(key, name.atom);
+        appendPart(key, name.atom);
     if ((form & OfLetter) != 0)
-        append(key, name.letter);
+        appendPart(key, name.letter);
     return key;
 }
 
@@ -111,7 +55,7 @@ public:
     const std::string& of(const cif::Rows& row) {
         m_key.clear();
         for (const std::size_t column : m_columns)
-            append(m_key, contentOf(row[column]));
+            appendPart(m_key, contentOf(row[column]));
         return m_key;
     }
 
@@ -236,9 +180,9 @@ private:
 class References::AtomWalk {
 public:
     AtomWalk(References& references, bool byLabel)
-        : m_references(references), m_last(Values(), byLabel) {}
+        : m_references(references), m_last(PartValues(), byLabel) {}
 
-    void see(const Values& values, bool isKept) {
+    void see(const PartValues& values, bool isKept) {
         const Name name(values, m_last.byLabel);
         if (m_isFirst || !name.isInResidue(m_last))
             startResidue(name);
@@ -300,10 +244,10 @@ void References::readCategory(std::size_t category) {
     cif::Rows rows(m_text, m_categories[category]);
     while (rows.next()) {
         for (const PartColumns& columns : naming->partners) {
-            const Values values = valuesOf(rows, columns);
+            const PartValues values = valuesOf(rows, columns);
             const Name name(values,
                             values[PartAuthorChain].empty() || values[PartAuthorNumber].empty());
-            const std::uint8_t form = name.form();
+            const std::uint8_t form = formOf(name);
             const bool isNamed = !name.chain.empty();
             named.targets.push_back(isNamed ? namer.target(name, form % residueForms) : noTarget);
             named.targets.push_back(isNamed && form >= residueForms ? namer.target(name, form)
@@ -319,7 +263,7 @@ void References::readAtoms(const cif::Category& atoms, const std::vector<bool>& 
     AtomWalk byLabel(*this, true);
     cif::Rows rows(m_text, atoms);
     for (std::size_t row = 0; rows.next(); ++row) {
-        const Values values = valuesOf(rows, columns);
+        const PartValues values = valuesOf(rows, columns);
         byAuthor.see(values, isKept[row]);
         byLabel.see(values, isKept[row]);
     }
@@ -337,8 +281,13 @@ void References::markNamed(std::vector<RowFate>& fates) const {
                 return target != noTarget && m_targets[target].wasThere &&
                        !m_targets[target].isThere;
             });
-            if (isGone && loss == Loss::Meaning)
+            if (isGone && loss != Loss::Observation)
                 fate.drop(row, category.rowCount);
+            const bool isCut = isGone && loss == Loss::Range &&
+                               std::ranges::any_of(targets, [this](std::uint32_t target) {
+                                   return target != noTarget && m_targets[target].isThere;
+                               });
+            fate.cutRanges += isCut ? 1 : 0;
             for (const std::string_view name : observationColumns)
                 if (const std::size_t column = category.column(name);
                     isGone && loss == Loss::Observation && column < category.columns.size())

@@ -25,6 +25,7 @@ struct RowFate {
     std::vector<bool> isDropped; ///< by row; empty: none
     std::vector<Update> updates; ///< ascending by row
     std::size_t dropCount = 0;
+    std::size_t cutRanges = 0; ///< how many of them were ranges with another end still there
 
     bool drops(std::size_t row) const { return !isDropped.empty() && isDropped[row]; }
     void drop(std::size_t row, std::size_t rowCount);

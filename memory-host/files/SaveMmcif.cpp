@@ -1,6 +1,7 @@
 #include "SaveMmcif.h"
 
 #include "CifEdit.h"
+#include "MmcifLostBonds.h"
 #include "MmcifReferences.h"
 #include "MmcifRowText.h"
 
@@ -34,11 +35,11 @@ struct AtomsOfBlock {
 
 class MmcifEdit {
 public:
-    MmcifEdit(std::string_view text, const std::vector<std::string>& names, SaveReport& report)
-        : m_text(text), m_names(names), m_report(report), m_contents(cif::contentsOf(text)),
-          m_fates(m_contents.categories.size()), m_edit(text) {}
+    MmcifEdit(std::string_view text, const SavedContent& content, SaveReport& report)
+        : m_text(text), m_structures(content.structures), m_names(content.names), m_report(report),
+          m_contents(cif::contentsOf(text)), m_fates(m_contents.categories.size()), m_edit(text) {}
 
-    std::string make(std::span<const SavedStructure> structures);
+    std::string make();
 
 private:
     // What is changed at once: a loop, a tag with its value, or a whole block.
@@ -55,10 +56,14 @@ private:
     std::span<const Category> categoriesWith(const AtomsOfBlock& atoms, std::size_t& first) const;
     void findAtoms();
     void readRows(AtomsOfBlock& atoms);
-    void checkRows(std::span<const SavedStructure> structures) const;
-    void planRows(std::span<const SavedStructure> structures);
+    void checkRows() const;
+    void planRows();
     void findFates(const AtomsOfBlock& atoms);
-    void findDisplacements(const AtomsOfBlock& atoms, std::size_t displacements);
+    void findReferences(const AtomsOfBlock& atoms);
+    void findDisplacements(const AtomsOfBlock& atoms);
+    void findLostBonds(const AtomsOfBlock& atoms);
+    std::size_t categoryWith(const AtomsOfBlock& atoms, std::string_view name) const;
+    void remarkOnRanges() const;
     std::vector<Piece> pieces() const;
     void write(const Piece& piece);
     void writeAtoms(AtomsOfBlock& atoms);
@@ -71,6 +76,7 @@ private:
     const AddedAtom* takeAdded(std::size_t row);
 
     std::string_view m_text;
+    std::span<const SavedStructure> m_structures;
     const std::vector<std::string>& m_names;
     SaveReport& m_report;
     cif::Contents m_contents;
@@ -116,8 +122,8 @@ void MmcifEdit::readRows(AtomsOfBlock& atoms) {
 }
 
 // The tables were made of this text.
-void MmcifEdit::checkRows(std::span<const SavedStructure> structures) const {
-    for (const SavedStructure& structure : structures)
+void MmcifEdit::checkRows() const {
+    for (const SavedStructure& structure : m_structures)
         for (const SavedModel& model : structure.models)
             for (const SavedAtom& atom : model.atoms)
                 if (structure.block >= m_atoms.size() ||
@@ -126,12 +132,12 @@ void MmcifEdit::checkRows(std::span<const SavedStructure> structures) const {
                                     "accepted is saving in another format");
 }
 
-void MmcifEdit::planRows(std::span<const SavedStructure> structures) {
+void MmcifEdit::planRows() {
     std::vector<std::uint32_t> lastRows;
     for (const AtomsOfBlock& atoms : m_atoms)
         lastRows.push_back(
             static_cast<std::uint32_t>(atoms.firstRow + category(atoms.category).rowCount - 1));
-    m_plan.emplace(structures, m_letters, lastRows);
+    m_plan.emplace(m_structures, m_letters, lastRows);
     for (AtomsOfBlock& atoms : m_atoms) {
         const std::span<const SavedAtom* const> rows(m_plan->atoms().data() + atoms.firstRow,
                                                      category(atoms.category).rowCount);
@@ -156,27 +162,41 @@ std::span<const Category> MmcifEdit::categoriesWith(const AtomsOfBlock& atoms,
     return {begin, end};
 }
 
+// A category of the same block; `none` if there is none of that name.
+std::size_t MmcifEdit::categoryWith(const AtomsOfBlock& atoms, std::string_view name) const {
+    std::size_t first = 0;
+    const std::span<const Category> categories = categoriesWith(atoms, first);
+    const auto found = std::ranges::find(categories, name, &Category::name);
+    return found == categories.end() ? none
+                                     : first + static_cast<std::size_t>(found - categories.begin());
+}
+
 void MmcifEdit::findFates(const AtomsOfBlock& atoms) {
-    if (!atoms.hasLost || atoms.isEmpty)
+    if (atoms.isEmpty)
         return;
+    if (atoms.hasLost) {
+        findReferences(atoms);
+        findDisplacements(atoms);
+    }
+    findLostBonds(atoms);
+}
+
+void MmcifEdit::findReferences(const AtomsOfBlock& atoms) {
     const Category& rows = category(atoms.category);
     std::vector<bool> isKept(rows.rowCount);
     for (std::size_t row = 0; row != rows.rowCount; ++row)
         isKept[row] = m_plan->atoms()[atoms.firstRow + row] != nullptr;
     std::size_t first = 0;
-    const std::span<const Category> categories = categoriesWith(atoms, first);
-    mmcif::References references(m_text, categories);
+    mmcif::References references(m_text, categoriesWith(atoms, first));
     references.readAtoms(rows, isKept);
     std::ranges::move(references.fates(), m_fates.begin() + static_cast<std::ptrdiff_t>(first));
-    const auto displacements =
-        std::ranges::find(categories, "_atom_site_anisotrop", &Category::name);
-    if (displacements != categories.end())
-        findDisplacements(atoms,
-                          first + static_cast<std::size_t>(displacements - categories.begin()));
 }
 
 // The rows of displacements name atoms by their ids.
-void MmcifEdit::findDisplacements(const AtomsOfBlock& atoms, std::size_t displacements) {
+void MmcifEdit::findDisplacements(const AtomsOfBlock& atoms) {
+    const std::size_t displacements = categoryWith(atoms, "_atom_site_anisotrop");
+    if (displacements == none)
+        return;
     std::unordered_set<std::string_view> gone;
     cif::Rows rows(m_text, category(atoms.category));
     for (std::size_t row = atoms.firstRow; rows.next(); ++row)
@@ -188,6 +208,38 @@ void MmcifEdit::findDisplacements(const AtomsOfBlock& atoms, std::size_t displac
     for (std::size_t row = 0; id < named.columns.size() && lines.next(); ++row)
         if (gone.contains(mmcif::contentOf(lines[id])))
             m_fates[displacements].drop(row, named.rowCount);
+}
+
+void MmcifEdit::findLostBonds(const AtomsOfBlock& atoms) {
+    const std::size_t connections = categoryWith(atoms, "_struct_conn");
+    if (connections == none)
+        return;
+    const auto firstRow = static_cast<std::uint32_t>(atoms.firstRow);
+    std::vector<mmcif::RowBond> lost;
+    std::vector<mmcif::RowBond> kept;
+    for (const SavedStructure& structure : m_structures) {
+        if (&m_atoms[structure.block] != &atoms)
+            continue;
+        for (const SavedModel& model : structure.models) {
+            for (const auto& [first, second] : model.lostBonds)
+                lost.emplace_back(first - firstRow, second - firstRow);
+            for (const SavedBond& bond : model.bonds)
+                if (bond.isListed)
+                    kept.emplace_back(model.atoms[bond.first].row - firstRow,
+                                      model.atoms[bond.second].row - firstRow);
+        }
+    }
+    mmcif::dropLostBonds(m_text, category(atoms.category), category(connections), lost, kept,
+                         m_fates[connections]);
+}
+
+// A helix or a strand is not known any more when a residue at its end is gone.
+void MmcifEdit::remarkOnRanges() const {
+    for (std::size_t i = 0; i != m_fates.size(); ++i)
+        if (const std::size_t count = m_fates[i].cutRanges; count != 0)
+            m_report.remark(std::to_string(count) + (count == 1 ? " row" : " rows") + " of " +
+                            category(i).name + (count == 1 ? " is" : " are") +
+                            " not kept, as a residue at one end is gone and others are not");
 }
 
 std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {
@@ -323,14 +375,15 @@ void MmcifEdit::write(const Piece& piece) {
     }
 }
 
-std::string MmcifEdit::make(std::span<const SavedStructure> structures) {
+std::string MmcifEdit::make() {
     findAtoms();
-    checkRows(structures);
-    planRows(structures);
+    checkRows();
+    planRows();
     if (std::ranges::all_of(m_atoms, &AtomsOfBlock::isEmpty))
         m_report.refuse("cannot be saved: it has no atoms left", "accepted are entries with atoms");
     for (const AtomsOfBlock& atoms : m_atoms)
         findFates(atoms);
+    remarkOnRanges();
     std::size_t copied = 0; // A block that is dropped is dropped with all that it holds.
     for (const Piece& piece : pieces()) {
         if (piece.begin < copied)
@@ -347,7 +400,7 @@ std::string MmcifEdit::make(std::span<const SavedStructure> structures) {
 
 std::string editMmcif(const SavedContent& content, SaveReport& report) {
     const std::shared_ptr<const Bytes> text = content.structures.front().source->unpack();
-    return MmcifEdit(text->text(), content.names, report).make(content.structures);
+    return MmcifEdit(text->text(), content, report).make();
 }
 
 } // namespace memory_host

@@ -342,6 +342,51 @@ private slots:
         QCOMPARE(gained, QByteArrayList{"A 2"});
     }
 
+    void helicesAndStrandsThatLoseAnEndAreSaid() {
+        const QByteArray columns =
+            "id beg_auth_asym_id beg_auth_seq_id end_auth_asym_id end_auth_seq_id";
+        openText("data_x\n" +
+                 loop("_struct_conf", columns, "A X 1 X 2\nB X 2 X 2\nC X 2 X 3\nD X 1 X 3\n") +
+                 loop("_struct_sheet_range", columns, "A X 2 X 3\n") +
+                 loop("_atom_site", atomColumns, peptide));
+        DataMaker::Destroy(item("/x/X/Groups/GLY 2"));
+        QStringList remarks;
+        const std::string file = path("saved.cif").toStdString();
+        for (const std::string& remark : memory_host::saveFile(entries(), file))
+            remarks << QString::fromStdString(remark);
+        QCOMPARE(remarks.size(), 2);
+        QVERIFY(remarks[0].contains("2 rows of _struct_conf are not kept"));
+        QVERIFY(remarks[1].contains("1 row of _struct_sheet_range is not kept"));
+    }
+
+    void aDestroyedBondTakesTheRowThatListsItWithIt() {
+        const QByteArray columns =
+            "id conn_type_id ptnr1_auth_asym_id ptnr1_auth_seq_id ptnr1_label_atom_id "
+            "pdbx_ptnr1_label_alt_id ptnr2_label_asym_id ptnr2_label_seq_id ptnr2_label_atom_id "
+            "ptnr2_auth_asym_id ptnr2_auth_seq_id";
+        const QByteArray letters =
+            QByteArray(peptide)
+                .replace("ATOM   4 C CA . GLY", "ATOM   4 C CA A GLY")
+                .replace("ATOM   5 N N  . SER A 1 3 ? 21.000", "ATOM   5 C CA B GLY A 1 2 ? 12.000")
+                .replace("3   SER X N ", "2   GLY X CA");
+        const QByteArray text = "data_x\n" +
+                                loop("_struct_conn", columns,
+                                     "1 covale X 1 CA ? A 1 N X 1\n2 hydrog X 1 N ? A 1 CA X 1\n"
+                                     "3 covale X 2 CA A A 2 N X 2\n4 covale X 2 CA B A 2 N X 2\n"
+                                     "5 covale X 2 N ? A 2 CA X 2\n") +
+                                loop("_atom_site", atomColumns, letters);
+        openText(text);
+        const auto saved = [&] { return linesOnlyIn(text, savedText()); };
+        QCOMPARE(saved(), QByteArrayList());
+        DataMaker::Destroy(item("/x/X/Bonds/ALA 1 N-CA"));
+        QCOMPARE(saved(), QByteArrayList{"1 covale X 1 CA ? A 1 N X 1"});
+        DataMaker::Destroy(item("/x/X/Bonds/GLY 2 N-CA"));
+        QCOMPARE(saved().size(), 2);
+        DataMaker::Destroy(item("/x/X/Bonds/GLY 2 N-CA"));
+        QVERIFY(!savedText().contains("covale"));
+        QVERIFY(savedText().contains("2 hydrog X 1 N ? A 1 CA X 1\n"));
+    }
+
     void displacementsGoWithTheirAtom() {
         QCOMPARE(lostWithResidue(loop("_atom_site_anisotrop", "id U[1][1]",
                                       "1 0.1\n2 0.2\n3 0.3\n4 0.4\n'5' 0.5\n")),
