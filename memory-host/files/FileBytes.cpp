@@ -185,12 +185,19 @@ void Bytes::resize(std::size_t size) {
     m_size = size;
 }
 
+void Bytes::own() {
+    if (m_others)
+        resize(m_size);
+}
+
 void Bytes::removeFront(std::size_t count) {
+    own();
     std::memmove(data(), data() + count, m_size - count);
     resize(m_size - count);
 }
 
 void Bytes::unifyLineEnds() {
+    own();
     char* const end = data() + m_size;
     for (char* at = data();
          (at = static_cast<char*>(std::memchr(at, '\r', static_cast<std::size_t>(end - at)))); ++at)

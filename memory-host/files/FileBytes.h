@@ -15,7 +15,8 @@ namespace memory_host {
 class Bytes {
 public:
     Bytes() = default;
-    /// The bytes of others, which live as long as this does, and are not to be changed.
+    /// The bytes of others, which live as long as this does. They are copied before a change; what
+    /// data() gives is not to be written to.
     explicit Bytes(std::shared_ptr<const Bytes> others);
 
     char* data() { return m_data.get(); }
@@ -39,6 +40,8 @@ private:
                 std::free(block); // NOLINT: it came from realloc
         }
     };
+    void own(); ///< makes a copy of others' bytes
+
     std::unique_ptr<char, Free> m_data;
     std::size_t m_size = 0;
     std::shared_ptr<const Bytes> m_others;

@@ -103,13 +103,9 @@ void checkBeginning(std::string_view bytes, const FileName& name, const FileRepo
 Bytes readableText(std::shared_ptr<const Bytes> text) {
     constexpr std::string_view mark = "\xef\xbb\xbf";
     Bytes readable(std::move(text));
-    const bool hasMark = readable.text().starts_with(mark);
-    const bool haveLoneReturns = readable.haveLoneReturns();
-    if (hasMark || haveLoneReturns)
-        readable.resize(readable.size()); // A copy, as the text is not to be changed.
-    if (hasMark)
+    if (readable.text().starts_with(mark))
         readable.removeFront(mark.size());
-    if (haveLoneReturns)
+    if (readable.haveLoneReturns())
         readable.unifyLineEnds();
     return readable;
 }

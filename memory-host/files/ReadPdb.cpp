@@ -1,4 +1,5 @@
 // The PDB format: rows of fixed columns.
+#include "EditPdb.h"
 #include "PdbBonds.h"
 #include "PdbRecords.h"
 #include "ResidueKinds.h"
@@ -160,6 +161,7 @@ extern const FileFormat pdbFormat = {.name = "PDB",
                                      .form = FileFormat::Form::Text,
                                      .endings = endings,
                                      .recognises = isPdb,
-                                     .read = readPdb};
+                                     .read = readPdb,
+                                     .edit = editPdb};
 
 } // namespace memory_host

@@ -116,6 +116,7 @@ private:
         return !(m_options.onlySelected && !atom.has(HostItem::Selected)) &&
                !(m_options.onlyActiveModels && atom.has(HostItem::OtherModel));
     }
+    void readPlace();
     void readBonds();
     std::uint32_t atomOf(const Compound* atom) const;
 
@@ -136,7 +137,7 @@ private:
 SavedModel ModelReader::read(Compound& entry) {
     m_model.name = entry.GetName();
     if (m_source)
-        m_model.index = m_source->model;
+        readPlace();
     const HostItem& record = HostItem::of(&entry);
     if (record.isHolder()) {
         const auto count = static_cast<std::size_t>(static_cast<const Holder&>(record).sum.atoms);
@@ -146,6 +147,16 @@ SavedModel ModelReader::read(Compound& entry) {
     readItem(entry, nullptr);
     readBonds();
     return std::move(m_model);
+}
+
+// Where the item was in the text, whatever is left of it.
+void ModelReader::readPlace() {
+    m_model.index = m_source->model;
+    if (m_source->atoms.empty())
+        return;
+    const auto [first, last] = std::ranges::minmax(m_source->atoms, {}, &EntrySource::Row::row);
+    m_model.firstRow = first.row;
+    m_model.endRow = last.row + 1;
 }
 
 void ModelReader::readItem(Compound& item, const Name* chain) {

@@ -55,8 +55,10 @@ struct SavedBond {
 
 /// One top-level item.
 struct SavedModel {
-    std::string name;                   ///< of the item, as "1d3z.1"
-    std::uint32_t index = 0;            ///< its place among the models of its structure in the file
+    std::string name;           ///< of the item, as "1d3z.1"
+    std::uint32_t index = 0;    ///< its place among the models of its structure in the file
+    std::uint32_t firstRow = 0; ///< of the file: all rows of the item as it was read are between
+    std::uint32_t endRow = 0;
     std::vector<std::uint32_t> chains;  ///< names, in the order of the items
     std::vector<SavedResidue> residues; ///< none of them empty
     std::vector<SavedAtom> atoms;
