@@ -18,7 +18,13 @@ namespace memory_host {
 
 class SavePlan {
 public:
+    explicit SavePlan(const std::string& itsPath)
+        : path(itsPath), noMemory(itsPath + ": there is not enough memory to save it; accepted is "
+                                            "saving again when other programs or entries are "
+                                            "closed") {}
+
     std::string path;
+    SaveError noMemory; ///< made before memory can run out
     bool isGzipped = false;
     const FileFormat* format = nullptr;
     SavedContent content;
@@ -114,18 +120,34 @@ std::string bytesOf(const SavePlan& plan, SaveReport& report) {
 }
 
 // Runs planning or writing; any exception becomes one line about the file.
-template <class Work> auto guarded(const std::string& path, Work work) {
-    // Made before memory can run out.
-    const SaveError noMemory(path + ": there is not enough memory to save it; accepted is saving "
-                                    "again when other programs or entries are closed");
+template <class Work> auto guarded(const SavePlan& plan, Work work) {
     try {
         return work();
     } catch (const SaveError&) {
         throw;
     } catch (const std::bad_alloc&) {
-        throw noMemory; // NOLINT: a copy, which needs none
+        throw plan.noMemory; // NOLINT: a copy, which needs none
     } catch (const std::exception& error) {
-        SaveReport(path).refuse(std::string("cannot be saved: ") + error.what(), savableFiles());
+        SaveReport(plan.path).refuse(std::string("cannot be saved: ") + error.what(),
+                                     savableFiles());
+    }
+}
+
+// Tells items that they are in the file of the plan.
+void moveToFile(const SavePlan& plan) {
+    std::vector<unsigned int> ids = plan.items;
+    std::ranges::sort(ids);
+    TAVIK::Compound* const space = TAVIK::Space::instance();
+    for (TAVIK::Compound** it = space->ChildBegin(); it != space->ChildEnd(); ++it) {
+        if (!*it || !std::ranges::binary_search(ids, (*it)->GetId()))
+            continue;
+        auto source = entrySourceOf(*it);
+        if (!source)
+            source = std::make_shared<EntrySource>();
+        if (source->file != plan.file)
+            setOrigin(*it, plan.path, source);
+        source->file = plan.file;
+        setDataSaved(*it);
     }
 }
 
@@ -161,10 +183,9 @@ std::vector<TAVIK::Compound*> entriesOfFile(TAVIK::Compound* entry) {
 
 SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::string& path,
                        const SaveOptions& options) {
-    return guarded(path, [&] {
+    SavePlanPtr plan(new SavePlan(path));
+    guarded(*plan, [&] {
         SaveReport report(path);
-        SavePlanPtr plan(new SavePlan);
-        plan->path = path;
         plan->isGzipped = endsWith(path, packedEnding);
         plan->format = &formatOf(*plan, report);
         plan->content = readItems(items, options, report);
@@ -177,12 +198,12 @@ SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::strin
         for (const TAVIK::Compound* item : items)
             plan->items.push_back(item->GetId());
         plan->remarks = report.remarks();
-        return plan;
     });
+    return plan;
 }
 
 std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std::stop_token stop) {
-    return guarded(plan.path, [&] {
+    return guarded(plan, [&] {
         SaveReport report(plan.path, progress, std::move(stop));
         const std::string bytes = bytesOf(plan, report);
         std::vector<std::string> remarks = plan.remarks;
@@ -201,22 +222,11 @@ std::size_t atomCount(const SavePlan& plan) {
 }
 
 void markSaved(const SavePlan& plan) {
-    if (!plan.written.isKnown() || plan.content.isInPart)
+    if (!plan.written.isKnown())
         return;
-    std::vector<unsigned int> ids = plan.items;
-    std::ranges::sort(ids);
-    TAVIK::Compound* const space = TAVIK::Space::instance();
-    for (TAVIK::Compound** it = space->ChildBegin(); it != space->ChildEnd(); ++it) {
-        if (!*it || !std::ranges::binary_search(ids, (*it)->GetId()))
-            continue;
-        auto source = entrySourceOf(*it);
-        if (!source)
-            source = std::make_shared<EntrySource>();
-        setOrigin(*it, plan.path, source);
-        source->file = plan.file;
-        setDataSaved(*it);
-    }
     plan.file->stamp = plan.written;
+    if (!plan.content.isInPart)
+        guarded(plan, [&plan] { moveToFile(plan); });
 }
 
 std::vector<std::string> saveFile(std::span<TAVIK::Compound* const> items, const std::string& path,

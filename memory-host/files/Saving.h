@@ -76,7 +76,7 @@ HOST_EXPORT std::vector<std::string> writePlan(SavePlan& plan, const Progress& p
 HOST_EXPORT std::size_t atomCount(const SavePlan& plan);
 
 /// Tells the items of a written plan, on the GUI thread, that they are in this file now. Does
-/// nothing for those that were saved in part, or destroyed meanwhile.
+/// nothing for those that were saved in part, or destroyed meanwhile. Throws as above.
 HOST_EXPORT void markSaved(const SavePlan& plan);
 
 /// planSaving(), writePlan() and markSaved().
