@@ -18,8 +18,6 @@ public:
     RowText(const cif::Category& category, const std::vector<std::string>& names,
             std::uint64_t nextId);
 
-    std::string_view letter(const cif::Rows& row) const { return text(row, Alternative); }
-    std::string_view id(const cif::Rows& row) const { return text(row, Id); }
     /// Changes to the row of an atom that may have moved.
     void move(const cif::Rows& row, const SavedAtom& atom, std::vector<cif::Change>& changes) const;
     void setLetter(std::string_view letter, std::vector<cif::Change>& changes) const;

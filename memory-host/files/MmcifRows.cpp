@@ -7,7 +7,7 @@ namespace memory_host::mmcif {
 namespace {
 
 // One character each, as many programs read no more. Those that mean something in CIF are left out.
-constexpr std::string_view letters =
+constexpr std::string_view singleLetters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789abcdefghijklmnopqrstuvwxyz!%&()*+,-/:<=>@^`{|}~";
 
 } // namespace
@@ -80,8 +80,8 @@ void RowPlan::findLetters(std::span<const SavedAtom> atoms) {
 std::string RowPlan::freeLetter(std::size_t& next) const {
     std::string letter;
     do {
-        letter = next < letters.size() ? std::string(letters.substr(next, 1))
-                                       : "X" + std::to_string(next);
+        letter = next < singleLetters.size() ? std::string(singleLetters.substr(next, 1))
+                                             : "X" + std::to_string(next);
         ++next;
     } while (m_usedLetters.contains(letter));
     return letter;

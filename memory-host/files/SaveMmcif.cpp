@@ -1,16 +1,13 @@
 #include "SaveMmcif.h"
 
 #include "CifEdit.h"
-#include "MmcifLostBonds.h"
-#include "MmcifReferences.h"
+#include "MmcifFates.h"
 #include "MmcifRowText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 #include <map>
 #include <optional>
-#include <unordered_set>
 
 namespace memory_host {
 
@@ -29,8 +26,7 @@ struct AtomsOfBlock {
     std::size_t category;
     std::size_t firstRow; ///< among those of the file
     std::optional<RowText> texts;
-    bool hasLost = false; ///< some row
-    bool isEmpty = true;  ///< no atom is left
+    bool isEmpty = true; ///< no atom is left
 };
 
 class MmcifEdit {
@@ -53,16 +49,11 @@ private:
 
     const Category& category(std::size_t index) const { return m_contents.categories[index]; }
     AtomsOfBlock* atomsOf(std::size_t category);
-    std::span<const Category> categoriesWith(const AtomsOfBlock& atoms, std::size_t& first) const;
     void findAtoms();
     void readRows(AtomsOfBlock& atoms);
     void checkRows() const;
     void planRows();
-    void findFates(const AtomsOfBlock& atoms);
-    void findReferences(const AtomsOfBlock& atoms);
-    void findDisplacements(const AtomsOfBlock& atoms);
-    void findLostBonds(const AtomsOfBlock& atoms);
-    std::size_t categoryWith(const AtomsOfBlock& atoms, std::string_view name) const;
+    mmcif::BlockChange changeOf(const AtomsOfBlock& atoms) const;
     void remarkOnRanges() const;
     std::vector<Piece> pieces() const;
     void write(const Piece& piece);
@@ -141,9 +132,7 @@ void MmcifEdit::planRows() {
     for (AtomsOfBlock& atoms : m_atoms) {
         const std::span<const SavedAtom* const> rows(m_plan->atoms().data() + atoms.firstRow,
                                                      category(atoms.category).rowCount);
-        const auto gone = std::ranges::count(rows, nullptr);
-        atoms.hasLost = gone != 0;
-        atoms.isEmpty = gone == std::ssize(rows);
+        atoms.isEmpty = std::ranges::all_of(rows, [](const SavedAtom* atom) { return !atom; });
     }
     for (const AddedAtom& added : m_plan->added())
         std::prev(std::ranges::upper_bound(m_atoms, std::size_t{added.behind}, {},
@@ -151,86 +140,25 @@ void MmcifEdit::planRows() {
             ->isEmpty = false;
 }
 
-// The categories of the block, which stand together.
-std::span<const Category> MmcifEdit::categoriesWith(const AtomsOfBlock& atoms,
-                                                    std::size_t& first) const {
-    const std::vector<Category>& all = m_contents.categories;
-    const std::size_t block = category(atoms.category).block;
-    const auto begin = std::ranges::lower_bound(all, block, {}, &Category::block);
-    const auto end = std::ranges::upper_bound(all, block, {}, &Category::block);
-    first = static_cast<std::size_t>(begin - all.begin());
-    return {begin, end};
-}
-
-// A category of the same block; `none` if there is none of that name.
-std::size_t MmcifEdit::categoryWith(const AtomsOfBlock& atoms, std::string_view name) const {
-    std::size_t first = 0;
-    const std::span<const Category> categories = categoriesWith(atoms, first);
-    const auto found = std::ranges::find(categories, name, &Category::name);
-    return found == categories.end() ? none
-                                     : first + static_cast<std::size_t>(found - categories.begin());
-}
-
-void MmcifEdit::findFates(const AtomsOfBlock& atoms) {
-    if (atoms.isEmpty)
-        return;
-    if (atoms.hasLost) {
-        findReferences(atoms);
-        findDisplacements(atoms);
-    }
-    findLostBonds(atoms);
-}
-
-void MmcifEdit::findReferences(const AtomsOfBlock& atoms) {
-    const Category& rows = category(atoms.category);
-    std::vector<bool> isKept(rows.rowCount);
-    for (std::size_t row = 0; row != rows.rowCount; ++row)
-        isKept[row] = m_plan->atoms()[atoms.firstRow + row] != nullptr;
-    std::size_t first = 0;
-    mmcif::References references(m_text, categoriesWith(atoms, first));
-    references.readAtoms(rows, isKept);
-    std::ranges::move(references.fates(), m_fates.begin() + static_cast<std::ptrdiff_t>(first));
-}
-
-// The rows of displacements name atoms by their ids.
-void MmcifEdit::findDisplacements(const AtomsOfBlock& atoms) {
-    const std::size_t displacements = categoryWith(atoms, "_atom_site_anisotrop");
-    if (displacements == none)
-        return;
-    std::unordered_set<std::string_view> gone;
-    cif::Rows rows(m_text, category(atoms.category));
-    for (std::size_t row = atoms.firstRow; rows.next(); ++row)
-        if (!m_plan->atoms()[row])
-            gone.insert(atoms.texts->id(rows));
-    const Category& named = category(displacements);
-    const std::size_t id = named.column("id");
-    cif::Rows lines(m_text, named);
-    for (std::size_t row = 0; id < named.columns.size() && lines.next(); ++row)
-        if (gone.contains(mmcif::contentOf(lines[id])))
-            m_fates[displacements].drop(row, named.rowCount);
-}
-
-void MmcifEdit::findLostBonds(const AtomsOfBlock& atoms) {
-    const std::size_t connections = categoryWith(atoms, "_struct_conn");
-    if (connections == none)
-        return;
+mmcif::BlockChange MmcifEdit::changeOf(const AtomsOfBlock& atoms) const {
+    mmcif::BlockChange change{atoms.category, {}, {}, {}};
+    change.isKept.resize(category(atoms.category).rowCount);
+    for (std::size_t row = 0; row != change.isKept.size(); ++row)
+        change.isKept[row] = m_plan->atoms()[atoms.firstRow + row] != nullptr;
     const auto firstRow = static_cast<std::uint32_t>(atoms.firstRow);
-    std::vector<mmcif::RowBond> lost;
-    std::vector<mmcif::RowBond> kept;
     for (const SavedStructure& structure : m_structures) {
         if (&m_atoms[structure.block] != &atoms)
             continue;
         for (const SavedModel& model : structure.models) {
             for (const auto& [first, second] : model.lostBonds)
-                lost.emplace_back(first - firstRow, second - firstRow);
+                change.lost.emplace_back(first - firstRow, second - firstRow);
             for (const SavedBond& bond : model.bonds)
                 if (bond.isListed)
-                    kept.emplace_back(model.atoms[bond.first].row - firstRow,
-                                      model.atoms[bond.second].row - firstRow);
+                    change.kept.emplace_back(model.atoms[bond.first].row - firstRow,
+                                             model.atoms[bond.second].row - firstRow);
         }
     }
-    mmcif::dropLostBonds(m_text, category(atoms.category), category(connections), lost, kept,
-                         m_fates[connections]);
+    return change;
 }
 
 // A helix or a strand is not known any more when a residue at its end is gone.
@@ -382,7 +310,8 @@ std::string MmcifEdit::make() {
     if (std::ranges::all_of(m_atoms, &AtomsOfBlock::isEmpty))
         m_report.refuse("cannot be saved: it has no atoms left", "accepted are entries with atoms");
     for (const AtomsOfBlock& atoms : m_atoms)
-        findFates(atoms);
+        if (!atoms.isEmpty)
+            mmcif::findFates(m_text, m_contents, changeOf(atoms), m_fates);
     remarkOnRanges();
     std::size_t copied = 0; // A block that is dropped is dropped with all that it holds.
     for (const Piece& piece : pieces()) {
