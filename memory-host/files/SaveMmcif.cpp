@@ -1,6 +1,7 @@
 #include "SaveMmcif.h"
 
 #include "CifEdit.h"
+#include "MadeBonds.h"
 #include "MmcifFates.h"
 #include "MmcifRowText.h"
 
@@ -55,6 +56,7 @@ private:
     void planRows();
     mmcif::BlockChange changeOf(const AtomsOfBlock& atoms) const;
     void remarkOnRanges() const;
+    void remarkOnBonds() const;
     std::vector<Piece> pieces() const;
     void write(const Piece& piece);
     void writeAtoms(AtomsOfBlock& atoms);
@@ -168,6 +170,17 @@ void MmcifEdit::remarkOnRanges() const {
             m_report.remark(std::to_string(count) + (count == 1 ? " row" : " rows") + " of " +
                             category(i).name + (count == 1 ? " is" : " are") +
                             " not kept, as a residue at one end is gone and others are not");
+}
+
+void MmcifEdit::remarkOnBonds() const {
+    std::size_t count = 0;
+    for (const SavedStructure& structure : m_structures)
+        for (const SavedModel& model : structure.models)
+            count += countBondsToList(model, m_names);
+    if (count != 0)
+        m_report.remark(std::to_string(count) +
+                        (count == 1 ? " bond that was made is" : " bonds that were made are") +
+                        " not saved, as they are not found by the distance of their atoms");
 }
 
 std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {
@@ -313,6 +326,7 @@ std::string MmcifEdit::make() {
         if (!atoms.isEmpty)
             mmcif::findFates(m_text, m_contents, changeOf(atoms), m_fates);
     remarkOnRanges();
+    remarkOnBonds();
     std::size_t copied = 0; // A block that is dropped is dropped with all that it holds.
     for (const Piece& piece : pieces()) {
         if (piece.begin < copied)

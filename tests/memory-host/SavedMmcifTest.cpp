@@ -114,6 +114,13 @@ private:
         clear();
         return text;
     }
+    QStringList savingRemarks() const {
+        QStringList remarks;
+        const std::string file = path("saved.cif").toStdString();
+        for (const std::string& remark : memory_host::saveFile(entries(), file))
+            remarks << QString::fromStdString(remark);
+        return remarks;
+    }
     // An atom's model and details, but for its serial number and its letter.
     static std::string unnumbered(const TAVIK::Atom& one) {
         DetailsText details = detailsOf(one);
@@ -350,13 +357,23 @@ private slots:
                  loop("_struct_sheet_range", columns, "A X 2 X 3\n") +
                  loop("_atom_site", atomColumns, peptide));
         DataMaker::Destroy(item("/x/X/Groups/GLY 2"));
-        QStringList remarks;
-        const std::string file = path("saved.cif").toStdString();
-        for (const std::string& remark : memory_host::saveFile(entries(), file))
-            remarks << QString::fromStdString(remark);
+        const QStringList remarks = savingRemarks();
         QCOMPARE(remarks.size(), 2);
         QVERIFY(remarks[0].contains("2 rows of _struct_conf are not kept"));
         QVERIFY(remarks[1].contains("1 row of _struct_sheet_range is not kept"));
+    }
+
+    void aMadeBondThatIsNotFoundByDistanceIsSaid() {
+        openText("data_x\n" + loop("_atom_site", atomColumns, peptide));
+        const auto bond = [](const char* second) {
+            DataMaker::makeBond(item("/x/X/Bonds"), item("/x/X/Groups/ALA 1/N"), item(second));
+        };
+        DataMaker::Destroy(item("/x/X/Bonds/ALA 1 N-CA"));
+        bond("/x/X/Groups/ALA 1/CA");
+        QCOMPARE(savingRemarks(), QStringList());
+        bond("/x/X/Groups/GLY 2/N");
+        QCOMPARE(savingRemarks().size(), 1);
+        QVERIFY(savingRemarks().front().contains("1 bond that was made is not saved"));
     }
 
     void aDestroyedBondTakesTheRowThatListsItWithIt() {

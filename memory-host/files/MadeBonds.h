@@ -1,0 +1,16 @@
+// Bonds that were made, in files that do not list them.
+#pragma once
+
+#include "SavedTables.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace memory_host {
+
+/// How many of the bonds that were made in a model are not found by the distance of their atoms
+/// when a file is read, and so are lost unless the file lists them.
+std::size_t countBondsToList(const SavedModel& model, const std::vector<std::string>& names);
+
+} // namespace memory_host
