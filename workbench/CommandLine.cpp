@@ -36,6 +36,8 @@ Value valueOf(const std::string& name, CommandLine& out) {
         return {"a folder", &out.data.emplace()};
     if (name == "--picture")
         return {"a file", &out.picture.emplace()};
+    if (name == "--save")
+        return {"a file", &out.save.emplace()};
     if (name == "--size")
         return {"a width and a height in pixels, as 1600x1200", &out.size};
     return {"", nullptr};
@@ -49,6 +51,17 @@ bool isSize(const std::string& text) {
     };
     return cross != std::string::npos && isNumber(text.substr(0, cross)) &&
            isNumber(text.substr(cross + 1));
+}
+
+// What is wrong with options that stand together; empty when nothing is.
+std::string conflictIn(const CommandLine& line) {
+    if (line.save && line.picture)
+        return "--save and --picture are two commands";
+    if (line.save && line.files.empty())
+        return "--save needs a FILE to be saved";
+    if (line.asShown && !line.save)
+        return "--as-shown is for --save";
+    return {};
 }
 
 } // namespace
@@ -83,6 +96,8 @@ std::string readCommandLine(const std::vector<std::string>& arguments, CommandLi
             return {};
         } else if (*it == "--verbose") {
             out.verbose = true;
+        } else if (*it == "--as-shown") {
+            out.asShown = true;
         } else if (*it == "--windows") {
             out.windows = true;
         } else if (*it == "--new") {
@@ -93,7 +108,7 @@ std::string readCommandLine(const std::vector<std::string>& arguments, CommandLi
             return "unknown option " + *it + " (--help lists the options)";
         }
     }
-    return {};
+    return conflictIn(out);
 }
 
 std::string helpText() {
@@ -113,6 +128,9 @@ std::string helpText() {
            "  --data DIR     take colour maps, help pages and the sample from this folder\n"
            "  --picture FILE write a picture of the files (PNG) and end; needs no display\n"
            "  --size WxH     the width and height of the picture in pixels (1280x960)\n"
+           "  --save FILE    save the files as this one, in the format of its ending, and end;\n"
+           "                 what it does not keep is said; needs no display\n"
+           "  --as-shown     save only the active ones of alternative models\n"
            "  --new          start anew, also where the workbench runs already\n"
            "  --windows      give every plug-in a window of its own, and start anew\n"
            "  --verbose      write the debug stream to standard error, and changes to the log\n"
@@ -120,7 +138,7 @@ std::string helpText() {
            "  --help         print this and end\n"
            "\n"
            "The exit status is 0 when the windows were closed, 1 when no file could be opened or\n"
-           "no window be shown or no picture be written, and 2 when the command line was wrong.\n";
+           "no window be shown or nothing be written, and 2 when the command line was wrong.\n";
 }
 
 } // namespace workbench

@@ -10,6 +10,7 @@
 #include "Space.h"
 #include "StandardStreams.h"
 #include "StopSignals.h"
+#include "files/Saving.h"
 #include "services/DataFolder.h"
 #include "services/Log.h"
 #include "services/PluginFolder.h"
@@ -183,8 +184,31 @@ int writePicture(const workbench::CommandLine& line, const QString& plugins) {
                : NotWritten;
 }
 
+/// Saves all that was opened as one file, if it is all that was asked for.
+int saveFiles(const workbench::CommandLine& line, bool areAllOpen) {
+    if (!areAllOpen) {
+        report(*line.save + " is not written: not every file could be opened");
+        return NotWritten;
+    }
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    memory_host::SaveOptions options;
+    options.onlyActiveModels = line.asShown;
+    try {
+        for (const std::string& loss :
+             memory_host::saveFile({space->ChildBegin(), space->ChildEnd()}, *line.save, options))
+            Logger::Write(loss);
+        return Done;
+    } catch (const memory_host::SaveError& error) {
+        Logger::Write(error.what());
+    } catch (const std::bad_alloc&) {
+        report("there is not enough memory to write " + *line.save);
+    }
+    return NotWritten;
+}
+
 int run(const workbench::CommandLine& line, char* program) {
-    if (line.picture && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    const bool isWindowless = line.picture || line.save;
+    if (isWindowless && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (line.verbose)
         memory_host::setLogLevel(memory_host::LogLevel::Debug);
@@ -214,7 +238,7 @@ int run(const workbench::CommandLine& line, char* program) {
     }
     // Other plug-ins, data or windows are another program.
     const bool isUsual =
-        !line.isNew && !line.windows && !line.plugins && !line.data && !line.picture;
+        !line.isNew && !line.windows && !line.plugins && !line.data && !isWindowless;
     const QString socket = isUsual ? workbench::OneInstance::usualSocket() : QString();
     if (isUsual && handOver(socket, line.files))
         return Done;
@@ -227,6 +251,8 @@ int run(const workbench::CommandLine& line, char* program) {
     const QStringList opened = openFiles(files, earlyFiles, opening);
     if (opened.isEmpty())
         return NothingToShow;
+    if (line.save)
+        return saveFiles(line, opened.size() == static_cast<qsizetype>(files.size()));
 
     const QString plugins = folder(line.plugins, workbench::installedPluginFolder());
     if (line.picture) {

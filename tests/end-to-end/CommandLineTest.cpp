@@ -26,8 +26,9 @@ private slots:
         QVERIFY(ended.normally);
         QCOMPARE(ended.status, 0);
         QVERIFY(ended.output.constFirst().startsWith("Usage: workbench"));
-        for (const QString option : {"--plugins", "--data", "--picture", "--size", "--windows",
-                                     "--new", "--verbose", "--version", "--help"})
+        for (const QString option :
+             {"--plugins", "--data", "--picture", "--size", "--save", "--as-shown", "--windows",
+              "--new", "--verbose", "--version", "--help"})
             QVERIFY2(!ended.output.filter(option).isEmpty(), qPrintable(option));
         QCOMPARE(ended.errors, QStringList());
 
