@@ -7,6 +7,7 @@
 #include "LegibleHints.h"
 #include "Opening.h"
 #include "PluginDocks.h"
+#include "Saving.h"
 #include "StatusLine.h"
 
 #include "Ancestry.h"
@@ -118,8 +119,10 @@ MainWindow::MainWindow(const Setup& setup)
             [](const QString& line) { Logger::Write(line.toStdString()); });
     connect(m_status, &StatusLine::counted, this, &MainWindow::updateTitle);
     m_opening = std::make_unique<Opening>(Logger::Write);
+    m_saving =
+        std::make_unique<Saving>(this, [this](const QString& file) { rememberFiles({file}); });
     hearLog();
-    updateTitle();
+    updateSaving();
 }
 
 MainWindow::~MainWindow() {
@@ -276,20 +279,26 @@ TAVIK::Compound* MainWindow::entryToClose() const {
 }
 
 void MainWindow::closeEntry() {
-    TAVIK::Compound* const entry = entryToClose();
+    TAVIK::Compound* entry = entryToClose();
     if (!entry) {
         m_status->say(TAVIK::Space::instance()->HasChildren()
                           ? tr("Which entry is to be closed? Click on something in it first.")
                           : tr("There is nothing to close."));
         return;
     }
-    bool isDone = false;
+    const unsigned int id = entry->GetId();
+    if (!m_saving->mayForget({entry}))
+        return;
+    // A question may have been open, and the data have changed.
+    entry = entryWith(id);
+    bool isDone = entry == nullptr;
     const auto close = [entry, &isDone](DataPointBase& guard) {
         TAVIK::setLabel(guard, "Close", TAVIK::Changed(*entry));
         TAVIK::DataMaker::Destroy(entry);
         isDone = true;
     };
-    changeData(DataPointBase(nullptr, Publisher::Delete), close, Refusal::Silent);
+    if (entry)
+        changeData(DataPointBase(nullptr, Publisher::Delete), close, Refusal::Silent);
     if (!isDone)
         m_status->say(tr("The entry is not closed: another change is under way"));
 }
@@ -315,19 +324,6 @@ void MainWindow::copy() {
                                     : tr("%1 names copied").arg(items.size()));
 }
 
-void MainWindow::updateTitle() {
-    TAVIK::Space* const space = TAVIK::Space::instance();
-    QStringList names;
-    for (TAVIK::Compound** entry = space->ChildBegin();
-         entry != space->ChildEnd() && names.size() < 4; ++entry)
-        if (*entry)
-            names << QString::fromLatin1((*entry)->GetName().c_str());
-    if (names.size() == 4)
-        names.back() = QChar(0x2026);
-    setWindowTitle(names.isEmpty() ? tr("Workbench")
-                                   : names.join(QStringLiteral(", ")) + tr(" - Workbench"));
-}
-
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
@@ -335,6 +331,10 @@ void MainWindow::changeEvent(QEvent* event) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!m_saving->mayForget(unsavedEntries())) {
+        event->ignore();
+        return;
+    }
     rememberWindow();
     QMainWindow::closeEvent(event);
     if (!event->isAccepted())

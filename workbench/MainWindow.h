@@ -27,6 +27,7 @@ class FindBox;
 class Inspector;
 class Opening;
 class PluginDocks;
+class Saving;
 class StatusLine;
 
 class MainWindow : public QMainWindow {
@@ -67,7 +68,15 @@ public slots:
     void openFiles(const QStringList& files);
     /// Shows the window in front of others.
     void present();
-    /// Destroys the entry of the focus or, without one, the only one that there is.
+    /// Saves the file of the entry of the focus or, without one, of the only one that there is.
+    void save();
+    void saveAs();
+    /// Saves the selected atoms as one file.
+    void saveSelectionAs();
+    /// Saves every file with unsaved changes.
+    void saveAll();
+    /// Destroys the entry of the focus or, without one, the only one that there is; after a
+    /// question, where it has unsaved changes.
     void closeEntry();
     /// Copies the inspector's text where that has the keyboard, else the names of what is selected.
     void copy();
@@ -90,6 +99,7 @@ protected:
 private:
     void makeMenus();
     void makeFileMenu();
+    void makeSaveActions(QMenu* menu);
     void makeEditMenu();
     void makePluginMenu();
     void namePlugins(const QList<QAction*>& actions);
@@ -103,9 +113,11 @@ private:
     void giveViewTheKeyboard();
     void showAbout();
     void updateTitle();
+    void updateSaving();
     void hearLog();
     void showLogLine(const QString& line);
     TAVIK::Compound* entryToClose() const;
+    TAVIK::Compound* entryToSave() const;
     QSize usualSize() const;
 
     QStringList m_plugins;
@@ -122,7 +134,12 @@ private:
     QMenu* m_view = nullptr;
     QList<QAction*> m_showing;  ///< of the menu "View", which change what is shown
     QAction* m_close = nullptr; ///< closes the entry of the focus
+    QAction* m_save = nullptr;
+    QAction* m_saveAs = nullptr;
+    QAction* m_saveSelection = nullptr;
+    QAction* m_saveAll = nullptr;
     std::unique_ptr<Opening> m_opening;
+    std::unique_ptr<Saving> m_saving;
     std::deque<QString> m_toOpen;
     /// Messages of plug-ins are in the log as well, and no errors.
     class MessageWatch : public MessageObserver {
@@ -132,6 +149,18 @@ private:
     } m_messages;
     bool m_isOpening = false;
     bool m_isArranged = false;
+    /// What can be saved depends on the data and the focus.
+    class SavingWatch : public Subscriber, public TAVIK::FocusObserver {
+    public:
+        explicit SavingWatch(MainWindow& window) : m_window(window) {}
+        void commUpdate() override { m_window.updateSaving(); }
+        void commAdd() override { m_window.updateSaving(); }
+        void commDelete() override { m_window.updateSaving(); }
+        void focusMoved(TAVIK::Compound*, bool) override { m_window.updateSaving(); }
+
+    private:
+        MainWindow& m_window;
+    } m_watch{*this};
 };
 
 } // namespace workbench

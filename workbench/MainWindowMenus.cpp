@@ -57,6 +57,8 @@ void MainWindow::makeFileMenu() {
     connect(m_recent, &QMenu::aboutToShow, this, &MainWindow::fillRecentFiles);
     // Also that the entry is there, and not empty, before it has been opened once.
     fillRecentFiles();
+    menu->addSeparator();
+    makeSaveActions(menu);
     if (PluginManager::FindPlugin(viewType, viewName))
         menu->addAction(tr("Save &Picture..."), this, &MainWindow::savePicture);
     menu->addSeparator();

@@ -12,6 +12,7 @@
 #include "StatusLine.h"
 #include "TestData.h"
 #include "TestSupport.h"
+#include "items/DataVersion.h"
 #include "items/SpaceLock.h"
 #include "services/PluginFolder.h"
 #include "services/WindowPlaces.h"
@@ -286,6 +287,7 @@ private slots:
         open();
         const test_data::Chains first(1, 1);
         const test_data::Chains second(1, 2);
+        memory_host::setDataSaved(second.entry);
         TAVIK::Focus::set(second.atom(0, 1, 0), nullptr);
         entry("File", "Close Entry")->trigger();
         QCOMPARE(entries().size(), 1);
@@ -296,6 +298,8 @@ private slots:
         open();
         const test_data::Chains first(1, 1);
         const test_data::Chains second(1, 2);
+        memory_host::setDataSaved(first.entry);
+        memory_host::setDataSaved(second.entry);
         QAction* const close = entry("File", "Close Entry");
         close->trigger();
         QCOMPARE(entries().size(), 2);
