@@ -7,6 +7,7 @@
 #include "PdbColumns.h"
 #include "Readers.h"
 #include "SaveMmcif.h"
+#include "WriteMmcif.h"
 
 #include <gemmi/cif.hpp>
 
@@ -364,6 +365,7 @@ extern const FileFormat mmcifFormat = {.name = "mmCIF",
                                        .recognises = isMmcif,
                                        .read = readMmcif,
                                        .holdsSeveral = true,
+                                       .write = writeMmcif,
                                        .edit = editMmcif};
 
 } // namespace memory_host

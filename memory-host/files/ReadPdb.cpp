@@ -3,6 +3,7 @@
 #include "PdbBonds.h"
 #include "PdbRecords.h"
 #include "ResidueKinds.h"
+#include "WritePdb.h"
 
 #include <algorithm>
 #include <deque>
@@ -162,6 +163,7 @@ extern const FileFormat pdbFormat = {.name = "PDB",
                                      .endings = endings,
                                      .recognises = isPdb,
                                      .read = readPdb,
+                                     .write = writePdb,
                                      .edit = editPdb};
 
 } // namespace memory_host

@@ -1,0 +1,134 @@
+#include "Losses.h"
+
+#include "Fields.h"
+
+#include <algorithm>
+
+namespace memory_host {
+
+namespace {
+
+/// A record of PDB files, and a category of mmCIF that says the same.
+struct Counterpart {
+    std::string_view record;
+    std::string_view category;
+};
+
+constexpr auto counterparts = std::to_array<Counterpart>({
+    {"HEADER", "_struct_keywords"},
+    {"HEADER", "_entry"},
+    {"HEADER", "_pdbx_database_status"},
+    {"TITLE", "_struct"},
+    {"KEYWDS", "_struct_keywords"},
+    {"EXPDTA", "_exptl"},
+    {"CRYST1", "_cell"},
+    {"CRYST1", "_symmetry"},
+    {"ORIGX1", "_database_pdb_matrix"},
+    {"ORIGX2", "_database_pdb_matrix"},
+    {"ORIGX3", "_database_pdb_matrix"},
+    {"SCALE1", "_atom_sites"},
+    {"SCALE2", "_atom_sites"},
+    {"SCALE3", "_atom_sites"},
+    {"MTRIX1", "_struct_ncs_oper"},
+    {"MTRIX2", "_struct_ncs_oper"},
+    {"MTRIX3", "_struct_ncs_oper"},
+    {"DBREF", "_struct_ref"},
+    {"DBREF", "_struct_ref_seq"},
+    {"DBREF1", "_struct_ref"},
+    {"DBREF2", "_struct_ref"},
+    {"SEQRES", "_entity_poly_seq"},
+    {"HELIX", "_struct_conf"},
+    {"SHEET", "_struct_sheet"},
+    {"SHEET", "_struct_sheet_order"},
+    {"SHEET", "_struct_sheet_range"},
+    {"SHEET", "_pdbx_struct_sheet_hbond"},
+    {"SSBOND", "_struct_conn"},
+    {"LINK", "_struct_conn"},
+    {"CONECT", "_struct_conn"},
+    {"CISPEP", "_struct_mon_prot_cis"},
+    {"REMARK", "_pdbx_struct_assembly"},
+    {"REMARK", "_pdbx_struct_assembly_gen"},
+    {"REMARK", "_pdbx_struct_assembly_prop"},
+    {"REMARK", "_pdbx_struct_oper_list"},
+    {"AUTHOR", "_audit_author"},
+});
+
+// What belongs to the atoms, or follows from what is written.
+constexpr auto ofAtoms = std::to_array<std::string_view>(
+    {"ATOM", "HETATM", "ANISOU", "TER", "MODEL", "ENDMDL", "END", "NUMMDL", "MASTER", "CONECT",
+     "_atom_site", "_atom_site_anisotrop", "_atom_type", "_struct_conn_type", "_struct_conf_type",
+     "_struct_sheet_order", "_struct_asym"});
+
+bool hasRecord(std::string_view text, std::string_view record) {
+    std::string line("\n");
+    line.append(record);
+    return text.starts_with(record) || text.find(line) != std::string_view::npos;
+}
+
+bool hasCategory(std::string_view text, std::string_view category) {
+    // Tags are written as the dictionary has them: the names of kinds are in lower case.
+    std::string tag("\n");
+    tag.append(category).append(".");
+    return std::search(text.begin(), text.end(), tag.begin(), tag.end(),
+                       [](char a, char b) { return lowerCase(a) == b; }) != text.end();
+}
+
+bool arrives(std::string_view kind, std::string_view text, bool toMmcif) {
+    if (std::ranges::find(ofAtoms, kind) != ofAtoms.end())
+        return true;
+    return std::ranges::any_of(counterparts, [&](const Counterpart& pair) {
+        return toMmcif ? pair.record == kind && hasCategory(text, pair.category)
+                       : pair.category == kind && hasRecord(text, pair.record);
+    });
+}
+
+} // namespace
+
+void remarkOnLostKinds(const SourceFacts& facts, std::string_view text, bool toMmcif,
+                       SaveReport& report) {
+    for (const auto& [kind, count] : facts.kinds) {
+        const bool isRecord = kind.front() != '_';
+        // Of remarks, some arrive as values of other categories; most of the prose does not.
+        const bool isProse = isRecord && toMmcif && kind == "REMARK";
+        // A file of the same format is written without an edit of its text.
+        const bool isSame = isRecord != toMmcif;
+        const bool isThere = isSame ? (isRecord ? hasRecord(text, kind) : hasCategory(text, kind))
+                                    : arrives(kind, text, toMmcif);
+        if (isThere && !isProse)
+            continue;
+        if (std::ranges::find(ofAtoms, kind) != ofAtoms.end())
+            continue;
+        const std::string noun = isRecord ? "record" : "row";
+        report.remark("the file's " + std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s") +
+                      (isRecord ? " of kind " : " of category ") + kind +
+                      (count == 1 ? " is" : " are") + " not kept" +
+                      (isProse && hasCategory(text, "_pdbx_struct_assembly")
+                           ? ", but for what they say of assemblies"
+                           : ""));
+    }
+}
+
+void remarkOnLost(std::size_t count, const std::string& what, const std::string& noun,
+                  SaveReport& report) {
+    if (count != 0)
+        report.remark(what + " of " + std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s") +
+                      " are not kept");
+}
+
+void remarkOnLostValues(const SavedStructure& structure, SaveReport& report) {
+    std::size_t charges = 0;
+    std::size_t bonds = 0;
+    for (const SavedModel& model : structure.models) {
+        charges += static_cast<std::size_t>(std::ranges::count_if(
+            model.charges, [](const TAVIK::PartialCharge& charge) { return charge.isKnown; }));
+        if (&model != &structure.models.front())
+            bonds += static_cast<std::size_t>(
+                std::ranges::count(model.bonds, false, &SavedBond::isListed));
+    }
+    remarkOnLost(charges, "the partial charges and radii", "atom", report);
+    if (bonds != 0)
+        report.remark(std::to_string(bonds) +
+                      " bonds that were made in further models are not kept");
+}
+
+} // namespace memory_host

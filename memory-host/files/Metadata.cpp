@@ -1,0 +1,342 @@
+// gemmi's writers print with the C library's functions, instead of a third library's.
+#define USE_STD_SNPRINTF
+#define GEMMI_WRITE_IMPLEMENTATION
+#ifndef __clang__
+// What would be too long is refused or left out before.
+#pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
+#include <gemmi/align.hpp>
+#include <gemmi/polyheur.hpp>
+#include <gemmi/to_cif.hpp>
+#include <gemmi/to_mmcif.hpp>
+#include <gemmi/to_pdb.hpp>
+
+#include "Metadata.h"
+
+#include <algorithm>
+#include <charconv>
+#include <clocale>
+#include <sstream>
+#include <unordered_map>
+
+namespace memory_host {
+
+namespace {
+
+// Those functions print the decimal point of the thread's locale.
+class PointsInNumbers {
+public:
+    PointsInNumbers() : m_c(newlocale(LC_ALL_MASK, "C", nullptr)), m_before(uselocale(m_c)) {
+        if (!m_c)
+            throw std::bad_alloc();
+    }
+    ~PointsInNumbers() {
+        uselocale(m_before);
+        freelocale(m_c);
+    }
+    PointsInNumbers(const PointsInNumbers&) = delete;
+    PointsInNumbers& operator=(const PointsInNumbers&) = delete;
+
+private:
+    locale_t m_c;
+    locale_t m_before;
+};
+
+gemmi::SeqId seqIdOf(const SavedResidue& residue, const SavedContent& content) {
+    gemmi::SeqId id;
+    const std::string& number = content.names[residue.number];
+    int value = 0;
+    if (std::from_chars(number.data(), number.data() + number.size(), value).ec == std::errc())
+        id.num = value;
+    const std::string& insertion = content.names[residue.insertion];
+    id.icode = insertion.empty() ? ' ' : insertion.front();
+    return id;
+}
+
+bool isWritable(const gemmi::SeqId& id) {
+    return id.num.has_value() && *id.num > -1000;
+}
+
+bool isWritable(const gemmi::Entity::DbRef& reference) {
+    return isWritable(reference.seq_begin) && isWritable(reference.seq_end) &&
+           isWritable(reference.db_begin) && isWritable(reference.db_end);
+}
+
+// Blank names are shown as "_".
+std::string gemmiName(std::string_view name) {
+    return name == "_" ? std::string() : std::string(name);
+}
+
+std::string keyOf(const gemmi::Chain& chain, const gemmi::Residue& residue) {
+    return chain.name + ' ' + residue.str();
+}
+
+std::set<std::string> cisResidues(const gemmi::Structure& structure) {
+    std::set<std::string> found;
+    for (const gemmi::Model& model : structure.models)
+        for (const gemmi::Chain& chain : model.chains)
+            for (const gemmi::Residue& residue : chain.residues)
+                if (residue.is_cis)
+                    found.insert(keyOf(chain, residue));
+    return found;
+}
+
+gemmi::Connection::Type typeOf(const gemmi::Atom& a, const gemmi::Atom& b) {
+    if (a.element.is_metal() || b.element.is_metal())
+        return gemmi::Connection::MetalC;
+    const bool isDisulfide = a.element == gemmi::El::S && b.element == gemmi::El::S;
+    return isDisulfide ? gemmi::Connection::Disulf : gemmi::Connection::Covale;
+}
+
+} // namespace
+
+Metadata::Metadata(const SavedModel& model, std::size_t models, const SavedContent& content,
+                   SourceFacts& facts, const std::vector<WrittenAtom>& written)
+    : m_model(model) {
+    const std::set<std::string> cis = cisResidues(facts.metadata);
+    facts.metadata.models.clear();
+    m_structure = std::move(facts.metadata);
+    build(content, written);
+    gemmi::setup_entities(m_structure);
+    gemmi::assign_label_seq_id(m_structure, false);
+    keepCisBonds(cis);
+    keepConnections();
+    keepSecondaryStructure();
+    while (m_structure.models.size() < models)
+        m_structure.models.emplace_back(std::to_string(m_structure.models.size() + 1));
+}
+
+void Metadata::addResidue(const SavedContent& content, const WrittenAtom& atom) {
+    const SavedResidue& saved = m_model.residues[atom.residue];
+    gemmi::Residue residue;
+    residue.name = gemmiName(atom.residueName);
+    residue.seqid = seqIdOf(saved, content);
+    residue.subchain = content.names[saved.labelChain];
+    const std::string& number = content.names[saved.labelNumber];
+    int value = 0;
+    if (std::from_chars(number.data(), number.data() + number.size(), value).ec == std::errc())
+        residue.label_seq = value;
+    residue.het_flag = m_model.atoms[atom.atom].details.isHetero ? 'H' : 'A';
+    auto& chains = m_structure.models.front().chains;
+    chains[saved.chain].residues.push_back(std::move(residue));
+    m_places.push_back({saved.chain, chains[saved.chain].residues.size() - 1});
+}
+
+void Metadata::build(const SavedContent& content, const std::vector<WrittenAtom>& written) {
+    m_structure.models.emplace_back("1");
+    gemmi::Model& model = m_structure.models.front();
+    for (const std::uint32_t name : m_model.chains)
+        model.chains.emplace_back(gemmiName(content.names[name]));
+    std::unordered_map<std::string, const gemmi::Entity*> entities;
+    for (const gemmi::Entity& entity : m_structure.entities)
+        for (const std::string& chain : entity.subchains)
+            entities.emplace(chain, &entity);
+    m_starts.resize(m_model.atoms.size());
+    for (const WrittenAtom& item : written) {
+        if (item.startsResidue) {
+            addResidue(content, item);
+            gemmi::Residue& residue =
+                model.chains[m_places.back().chain].residues[m_places.back().residue];
+            if (const auto found = entities.find(residue.subchain);
+                !residue.subchain.empty() && found != entities.end())
+                residue.entity_type = found->second->entity_type;
+        }
+        const SavedAtom& saved = m_model.atoms[item.atom];
+        gemmi::Atom atom;
+        atom.name = content.names[saved.name];
+        atom.element = gemmi::Element(content.names[saved.element]);
+        atom.altloc = item.alternative;
+        atom.pos = gemmi::Position(saved.position[0], saved.position[1], saved.position[2]);
+        atom.serial = static_cast<int>(item.atom + 1); // The index, for what gemmi finds.
+        m_starts[item.atom] = static_cast<std::uint32_t>(m_places.size() - 1);
+        model.chains[m_places.back().chain].residues[m_places.back().residue].atoms.push_back(
+            std::move(atom));
+    }
+}
+
+void Metadata::keepCisBonds(const std::set<std::string>& cis) {
+    if (cis.empty())
+        return;
+    for (gemmi::Chain& chain : m_structure.models.front().chains)
+        for (gemmi::Residue& residue : chain.residues)
+            residue.is_cis = cis.contains(keyOf(chain, residue));
+}
+
+// A connection is kept if both atoms are there, and nobody has taken the bond away.
+void Metadata::keepConnections() {
+    std::set<std::pair<std::uint32_t, std::uint32_t>> lost;
+    for (const auto& [a, b] : m_model.lostBonds)
+        lost.insert(std::minmax(a, b));
+    std::set<std::pair<std::uint32_t, std::uint32_t>> said;
+    gemmi::Model& model = m_structure.models.front();
+    std::erase_if(m_structure.connections, [&](const gemmi::Connection& connection) {
+        const gemmi::CRA a = model.find_cra(connection.partner1, true);
+        const gemmi::CRA b = model.find_cra(connection.partner2, true);
+        if (!a.atom || !b.atom || !isWritable(a.residue->seqid) || !isWritable(b.residue->seqid))
+            return true;
+        const auto first = static_cast<std::uint32_t>(a.atom->serial - 1);
+        const auto second = static_cast<std::uint32_t>(b.atom->serial - 1);
+        if (lost.contains(std::minmax(m_model.atoms[first].row, m_model.atoms[second].row)))
+            return true;
+        if (connection.type != gemmi::Connection::Hydrog && connection.asu != gemmi::Asu::Different)
+            said.insert(std::minmax(first, second));
+        return false;
+    });
+    for (const SavedBond& bond : m_model.bonds)
+        if (!said.contains({bond.first, bond.second}))
+            m_otherBonds.push_back(bond);
+}
+
+void Metadata::keepSecondaryStructure() {
+    gemmi::Model& model = m_structure.models.front();
+    const auto isThere = [&model](const gemmi::AtomAddress& address) {
+        const gemmi::CRA found = model.find_cra(address);
+        return found.residue != nullptr && isWritable(found.residue->seqid);
+    };
+    std::erase_if(m_structure.helices, [&](const gemmi::Helix& helix) {
+        return !isThere(helix.start) || !isThere(helix.end);
+    });
+    for (gemmi::Sheet& sheet : m_structure.sheets) {
+        std::erase_if(sheet.strands, [&](const gemmi::Sheet::Strand& strand) {
+            return !isThere(strand.start) || !isThere(strand.end);
+        });
+        if (!sheet.strands.empty())
+            sheet.strands.front().sense = 0;
+    }
+    std::erase_if(m_structure.sheets,
+                  [](const gemmi::Sheet& sheet) { return sheet.strands.empty(); });
+}
+
+std::vector<ResidueIds> Metadata::residues() const {
+    std::unordered_map<std::string, std::string> entities;
+    for (const gemmi::Entity& entity : m_structure.entities)
+        for (const std::string& chain : entity.subchains)
+            entities.emplace(chain, entity.name);
+    std::vector<ResidueIds> ids;
+    ids.reserve(m_places.size());
+    for (const Place& place : m_places) {
+        const auto& residues = m_structure.models.front().chains[place.chain].residues;
+        const gemmi::Residue& residue = residues[place.residue];
+        const auto entity = entities.find(residue.subchain);
+        const bool isPolymer = residue.entity_type == gemmi::EntityType::Polymer;
+        const bool isLast = place.residue + 1 == residues.size() ||
+                            residues[place.residue + 1].entity_type != gemmi::EntityType::Polymer;
+        ids.push_back({residue.subchain, residue.label_seq ? residue.label_seq.str() : "",
+                       entity == entities.end() ? std::string() : entity->second,
+                       isPolymer && isLast});
+    }
+    return ids;
+}
+
+std::vector<ResidueIds> Metadata::residuesOf(const SavedModel& model, const SavedContent& content,
+                                             const std::vector<WrittenAtom>& written) const {
+    std::vector<ResidueIds> first = residues();
+    if (&model == &m_model)
+        return first;
+    std::unordered_map<std::string, std::size_t> places;
+    const auto& chains = m_structure.models.front().chains;
+    for (std::size_t i = 0; i != m_places.size(); ++i) {
+        const gemmi::Chain& chain = chains[m_places[i].chain];
+        places.emplace(keyOf(chain, chain.residues[m_places[i].residue]), i);
+    }
+    std::vector<ResidueIds> ids;
+    for (const WrittenAtom& item : written) {
+        if (!item.startsResidue)
+            continue;
+        const SavedResidue& saved = model.residues[item.residue];
+        gemmi::Chain chain(gemmiName(content.names[model.chains[saved.chain]]));
+        gemmi::Residue residue;
+        residue.name = gemmiName(item.residueName);
+        residue.seqid = seqIdOf(saved, content);
+        const auto found = places.find(keyOf(chain, residue));
+        ids.push_back(found == places.end() ? ResidueIds() : first[found->second]);
+    }
+    return ids;
+}
+
+// Blank names are shown as "_", and mmCIF has no blank ones.
+void Metadata::nameBlankChains() {
+    const auto name = [](std::string& chain) {
+        if (chain.empty())
+            chain = "_";
+    };
+    for (gemmi::Chain& chain : m_structure.models.front().chains)
+        name(chain.name);
+    for (gemmi::Connection& connection : m_structure.connections) {
+        name(connection.partner1.chain_name);
+        name(connection.partner2.chain_name);
+    }
+    for (gemmi::Helix& helix : m_structure.helices) {
+        name(helix.start.chain_name);
+        name(helix.end.chain_name);
+    }
+    for (gemmi::Sheet& sheet : m_structure.sheets)
+        for (gemmi::Sheet::Strand& strand : sheet.strands)
+            for (gemmi::AtomAddress* address :
+                 {&strand.start, &strand.end, &strand.hbond_atom1, &strand.hbond_atom2})
+                name(address->chain_name);
+}
+
+std::string Metadata::pdbHeaders() {
+    const PointsInNumbers points;
+    for (gemmi::Entity& entity : m_structure.entities) {
+        // The records have room for names of three letters.
+        if (std::ranges::any_of(entity.full_sequence, [](const std::string& name) {
+                return gemmi::Entity::first_mon(name).size() > 3;
+            }))
+            entity.full_sequence.clear();
+        std::erase_if(entity.dbrefs, [](const auto& reference) { return !isWritable(reference); });
+    }
+    return gemmi::make_pdb_headers(m_structure);
+}
+
+void Metadata::addConnections(gemmi::cif::Block& block) const {
+    if (m_otherBonds.empty())
+        return;
+    const auto& chains = m_structure.models.front().chains;
+    std::vector<const gemmi::Atom*> atoms(m_model.atoms.size());
+    for (const gemmi::Chain& chain : chains)
+        for (const gemmi::Residue& residue : chain.residues)
+            for (const gemmi::Atom& atom : residue.atoms)
+                atoms[static_cast<std::size_t>(atom.serial - 1)] = &atom;
+    gemmi::cif::Column ids = block.find_loop("_struct_conn.id");
+    gemmi::cif::Loop& loop = *ids.get_loop();
+    std::size_t number = 0;
+    for (const SavedBond& bond : m_otherBonds) {
+        const auto type = typeOf(*atoms[bond.first], *atoms[bond.second]);
+        std::vector<std::string> row = {"bond" + std::to_string(++number),
+                                        gemmi::connection_type_to_string(type)};
+        for (const std::uint32_t index : {bond.first, bond.second}) {
+            const Place& place = m_places[m_starts[index]];
+            const gemmi::Residue& residue = chains[place.chain].residues[place.residue];
+            const gemmi::Atom& atom = *atoms[index];
+            for (const std::string& value :
+                 {gemmi::cif::quote(chains[place.chain].name),
+                  gemmi::impl::subchain_or_dot(residue), gemmi::cif::quote(residue.name),
+                  residue.label_seq.str('.'), gemmi::cif::quote(atom.name),
+                  std::string(1, atom.altloc_or('?')), residue.seqid.num.str(),
+                  gemmi::impl::pdbx_icode(residue), std::string("1_555")})
+                row.push_back(value);
+        }
+        row.resize(loop.tags.size(), "?");
+        for (std::string& value : row)
+            loop.values.push_back(std::move(value));
+    }
+}
+
+std::string Metadata::mmcifBlock(const std::string& name) {
+    const PointsInNumbers points;
+    nameBlankChains();
+    m_structure.name = name;
+    if (m_structure.info["_entry.id"].empty())
+        m_structure.info["_entry.id"] = name;
+    gemmi::MmcifOutputGroups groups(true);
+    groups.atoms = false;
+    gemmi::cif::Block block = gemmi::make_mmcif_block(m_structure, groups);
+    addConnections(block);
+    std::ostringstream out;
+    gemmi::cif::write_cif_block_to_stream(out, block);
+    return std::move(out).str();
+}
+
+} // namespace memory_host

@@ -1,0 +1,62 @@
+// What a file says beside its atoms, written in another format by gemmi: cell, symmetry, title,
+// sequences, secondary structure, connections; as far as it holds for the atoms that are saved.
+#pragma once
+
+#include "SourceFacts.h"
+
+#include <set>
+
+namespace gemmi::cif {
+struct Block;
+}
+
+namespace memory_host {
+
+/// mmCIF's identifiers of a residue; empty where it has none.
+struct ResidueIds {
+    std::string chain;  ///< label_asym_id
+    std::string number; ///< label_seq_id
+    std::string entity; ///< label_entity_id
+    bool endsPolymer = false;
+};
+
+class Metadata {
+public:
+    /// `written` has the atoms of the structure's first model. Takes the metadata out of `facts`.
+    Metadata(const SavedModel& model, std::size_t models, const SavedContent& content,
+             SourceFacts& facts, const std::vector<WrittenAtom>& written);
+
+    /// The records before the atoms of a PDB file.
+    std::string pdbHeaders();
+    /// A data block of this name, without its atoms.
+    std::string mmcifBlock(const std::string& name);
+    /// The bonds that no connection says, by atoms of the model.
+    const std::vector<SavedBond>& otherBonds() const { return m_otherBonds; }
+    /// By number of the residues that start among a model's written atoms. Those of further models
+    /// are as in the first.
+    std::vector<ResidueIds> residuesOf(const SavedModel& model, const SavedContent& content,
+                                       const std::vector<WrittenAtom>& written) const;
+
+private:
+    struct Place {
+        std::size_t chain;
+        std::size_t residue;
+    };
+
+    std::vector<ResidueIds> residues() const;
+    void nameBlankChains();
+    void build(const SavedContent& content, const std::vector<WrittenAtom>& written);
+    void addResidue(const SavedContent& content, const WrittenAtom& atom);
+    void keepCisBonds(const std::set<std::string>& cis);
+    void keepConnections();
+    void keepSecondaryStructure();
+    void addConnections(gemmi::cif::Block& block) const;
+
+    const SavedModel& m_model;
+    gemmi::Structure m_structure;
+    std::vector<Place> m_places;         ///< by residue that starts
+    std::vector<std::uint32_t> m_starts; ///< by atom: the residue that it is in
+    std::vector<SavedBond> m_otherBonds;
+};
+
+} // namespace memory_host

@@ -1,0 +1,268 @@
+// Saving entries in another format than the one that they were read in, and entries of no file.
+// What is written is read by gemmi and by this host.
+#include "AtomDetails.h"
+#include "DataMaker.h"
+#include "DataPointBase.h"
+#include "FileTestCase.h"
+#include "Space.h"
+#include "files/Hybrid36.h"
+#include "files/Saving.h"
+#include "items/Building.h"
+
+#include <QFile>
+
+using namespace file_testing;
+using memory_host::OpenedFile;
+using memory_host::SaveError;
+using memory_host::saveFile;
+using memory_host::SaveOptions;
+
+namespace {
+
+using Lines = std::vector<std::vector<std::string>>;
+
+QByteArray bytesOf(const std::string& path) {
+    QFile file(QString::fromStdString(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The line with which saving is refused; empty when it is not.
+QString saveRefusal(const std::vector<TAVIK::Compound*>& items, const std::string& path) {
+    try {
+        saveFile(items, path);
+    } catch (const SaveError& error) {
+        return QString::fromStdString(error.what());
+    }
+    return {};
+}
+
+// What the atoms say beside serial numbers and label ids, which are given anew.
+std::vector<std::string> shownDetails(TAVIK::Compound* entry) {
+    std::vector<std::string> lines;
+    for (TAVIK::Atom* atom : atoms(entry)) {
+        DetailsText details = detailsOf(*atom);
+        details.serial = 0;
+        details.labelChain = details.labelNumber = {};
+        lines.push_back(textOf(*atom).text() + ' ' + details.text());
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+template <class Change> void change(Publisher::ActionType kind, const Change& change) {
+    const DataPointBase guard(nullptr, kind, "Change");
+    QVERIFY(guard.m_good);
+    change();
+}
+
+// An entry of a chain with one residue, made without a file.
+TAVIK::Compound* madeEntry(const QString& chain, const QString& residue,
+                           const std::vector<TAVIK::AtomValues>& values) {
+    using TAVIK::DataMaker;
+    TAVIK::Compound* entry = nullptr;
+    change(Publisher::Add, [&] {
+        entry = DataMaker::makeCore(TAVIK::Space::instance(), "made", "Composite");
+        TAVIK::Compound* molecule = DataMaker::makeCore(entry, chain.toStdString(), "Molecule");
+        TAVIK::Compound* groups = DataMaker::makeCore(molecule, "Groups", "Composite");
+        TAVIK::Compound* item = DataMaker::makeCore(groups, residue.toStdString(), "Residue");
+        for (const TAVIK::AtomValues& atom : values)
+            memory_host::addAtom(item, atom);
+    });
+    return entry;
+}
+
+TAVIK::AtomValues atomValues(const char* name, float x) {
+    TAVIK::AtomValues values;
+    values.name = name;
+    values.type = "C";
+    values.position = TAVIK::Vertex(x, 2.0F, 3.0F, true);
+    return values;
+}
+
+} // namespace
+
+class SavedConversionTest : public FileTestCase {
+    Q_OBJECT
+private:
+    std::string out(const char* name) const { return path(name).toStdString(); }
+
+private slots:
+    void otherFormatsAreReadAsTheSame_data() {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("ending");
+        QTest::newRow("1ubq") << "1ubq.pdb"
+                              << "cif";
+        QTest::newRow("alternative residues") << "1ejg.pdb"
+                                              << "cif";
+        QTest::newRow("models") << "1d3z.pdb"
+                                << "cif";
+        QTest::newRow("mmCIF") << "1cbs.cif.gz"
+                               << "pdb";
+        QTest::newRow("packed") << "1cbs.cif.gz"
+                                << "pdb.gz";
+        QTest::newRow("large") << "1tii.pdb"
+                               << "cif.gz";
+    }
+    void otherFormatsAreReadAsTheSame() {
+        QFETCH(QString, file);
+        QFETCH(QString, ending);
+        const OpenedFile source = opened(structure(file).toStdString());
+        const std::string saved = path("converted." + ending).toStdString();
+        QVERIFY(!saveFile(source.items, saved).empty());
+        const Lines expected = sortedAtoms(source.items);
+        QCOMPARE(gemmiAtoms(saved), expected);
+        const OpenedFile again = memory_host::openFile(saved);
+        QCOMPARE(again.items.size(), source.items.size());
+        QCOMPARE(again.remarks.size(), std::size_t(0));
+        for (std::size_t i = 0; i != source.items.size(); ++i) {
+            QCOMPARE(shownDetails(again.items[i]), shownDetails(source.items[i]));
+            QCOMPARE(bondNames(again.items[i]), bondNames(source.items[i]));
+        }
+    }
+
+    void metadataArriveAndEachLostKindIsALine() {
+        const OpenedFile source = opened(structure("1ubq.pdb").toStdString());
+        const std::vector<std::string> remarks = saveFile(source.items, out("u.cif"));
+        const QByteArray text = bytesOf(out("u.cif"));
+        for (const char* value : {"_entry.id 1UBQ", "_cell.length_a 50.84", "'P 21 21 21'",
+                                  "_struct_conf.", "_struct_sheet_range.", "_entity_poly_seq."})
+            QVERIFY2(text.contains(value), value);
+        const auto remarksOf = [&](const std::string& kind) {
+            return std::count_if(remarks.begin(), remarks.end(), [&](const std::string& line) {
+                return line.find(" of kind " + kind + ' ') != std::string::npos;
+            });
+        };
+        QCOMPARE(remarksOf("REMARK"), 1);
+        QCOMPARE(remarksOf("JRNL"), 1);
+        QCOMPARE(remarksOf("CRYST1"), 0);
+        QCOMPARE(remarksOf("HELIX"), 0);
+    }
+
+    void displacementsArriveWithTheirAtoms() {
+        const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
+        const QByteArray before = bytesOf(structure("1ejg.pdb").toStdString());
+        (void)saveFile(source.items, out("e.cif"));
+        (void)saveFile(opened(out("e.cif")).items, out("e.pdb"));
+        const auto rows = [](const QByteArray& text) {
+            QStringList lines;
+            for (const QByteArray& line : text.split('\n'))
+                if (line.startsWith("ANISOU"))
+                    lines << QString::fromLatin1(line.mid(12, 58));
+            lines.sort();
+            return lines;
+        };
+        QVERIFY(!rows(before).isEmpty());
+        QCOMPARE(rows(bytesOf(out("e.pdb"))), rows(before));
+    }
+
+    void chargesAndRadiiAreALossThatIsSaid() {
+        const OpenedFile source = openText("HETATM 12 N ALA 1 3.2 4.3 -0.2 -0.3 1.8\n"
+                                           "ATOM   13 C ALA 1 3.2 5.8 -0.2 -0.3 1.8\n",
+                                           {}, "test.pqr");
+        for (const char* name : {"q.pdb", "q.cif"}) {
+            const std::vector<std::string> remarks = saveFile(source.items, out(name));
+            QCOMPARE(remarks.size(), std::size_t(1));
+            QVERIFY(QString::fromStdString(remarks.front())
+                        .endsWith("the partial charges and radii of 2 atoms are not kept"));
+            QCOMPARE(gemmiAtoms(out(name)), sortedAtoms(source.items));
+        }
+    }
+
+    void madeEntriesAndBondsAreWritten() {
+        TAVIK::Compound* entry =
+            madeEntry("A", "LIG 7B", {atomValues("C1", 0.0F), atomValues("C2", 4.0F)});
+        const auto both = atoms(entry);
+        change(Publisher::Add, [&] { memory_host::addBond(entry, both[0], both[1]); });
+        for (const char* name : {"m.pdb", "m.cif"}) {
+            QVERIFY(saveFile(std::vector{entry}, out(name)).empty());
+            const OpenedFile again = opened(out(name));
+            QCOMPARE(shownDetails(again.items.front()), shownDetails(entry));
+            QCOMPARE(bondNames(again.items.front()).size(), 1);
+            QCOMPARE(gemmiAtoms(out(name)), sortedAtoms({entry}));
+        }
+    }
+
+    void numbersBeyondTheColumnsAreHybrid36() {
+        TAVIK::Compound* entry = madeEntry("AB", "ALA 12345", {atomValues("CA", 1.0F)});
+        (void)saveFile(std::vector{entry}, out("h.pdb"));
+        QVERIFY(bytesOf(out("h.pdb")).contains(" CA  ALAABA1T5"));
+        QCOMPARE(gemmiAtoms(out("h.pdb")), sortedAtoms({entry}));
+        QCOMPARE(shownDetails(opened(out("h.pdb")).items.front()), shownDetails(entry));
+        using memory_host::hybrid36;
+        for (const auto& [value, text] : {std::pair(-999, "-999"),
+                                          {9999, "9999"},
+                                          {10000, "A000"},
+                                          {1223055, "ZZZZ"},
+                                          {1223056, "a000"},
+                                          {2436111, "zzzz"},
+                                          {2436112, ""},
+                                          {-1000, ""}})
+            QCOMPARE(QString::fromStdString(hybrid36(value, 4)), QString(text));
+    }
+
+    void whatDoesNotFitIsRefusedAndMmcifOffered_data() {
+        QTest::addColumn<QString>("chain");
+        QTest::addColumn<QString>("residue");
+        QTest::addColumn<QString>("atom");
+        QTest::addColumn<float>("x");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("chain") << "ABCD"
+                               << "ALA 1"
+                               << "CA" << 0.0F << "chain name \"ABCD\"";
+        QTest::newRow("residue") << "A"
+                                 << "ALAN 1"
+                                 << "CA" << 0.0F << "residue name \"ALAN\"";
+        QTest::newRow("number") << "A"
+                                << "ALA -1000"
+                                << "CA" << 0.0F << "number \"-1000\"";
+        QTest::newRow("large") << "A"
+                               << "ALA 9999999"
+                               << "CA" << 0.0F << "number \"9999999\"";
+        QTest::newRow("atom") << "A"
+                              << "ALA 1"
+                              << "CA123" << 0.0F << "atom name \"CA123\"";
+        QTest::newRow("far") << "A"
+                             << "ALA 1"
+                             << "CA" << 10000.0F << "coordinate 10000";
+        QTest::newRow("ambiguous") << "AB"
+                                   << "LIG 1"
+                                   << "C1" << 0.0F << "\"LIGAB\"";
+        QTest::newRow("insertion") << "A"
+                                   << "ALA 1XY"
+                                   << "CA" << 0.0F << "insertion code \"XY\"";
+    }
+    void whatDoesNotFitIsRefusedAndMmcifOffered() {
+        QFETCH(QString, chain);
+        QFETCH(QString, residue);
+        QFETCH(QString, atom);
+        QFETCH(float, x);
+        QFETCH(QString, said);
+        const std::string name = atom.toStdString();
+        TAVIK::Compound* entry = madeEntry(chain, residue, {atomValues(name.c_str(), x)});
+        const std::string before = m_folder.write("full.pdb", "as it was");
+        const QString line = saveRefusal({entry}, before);
+        QVERIFY2(line.contains(said), qPrintable(line));
+        QVERIFY2(line.contains("mmCIF"), qPrintable(line));
+        QCOMPARE(bytesOf(before), QByteArray("as it was"));
+        QCOMPARE(saveRefusal({entry}, out("full.cif")), QString());
+        QCOMPARE(shownDetails(opened(out("full.cif")).items.front()), shownDetails(entry));
+    }
+
+    void onlyWhatIsSelectedIsSavedWithTheBondsInIt() {
+        const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
+        change(Publisher::Update, [&] {
+            for (const char* name : {"/1ejg/A/Groups/CYS 3", "/1ejg/A/Groups/CYS 40"})
+                item(name)->SetSelected(true);
+        });
+        SaveOptions options;
+        options.onlySelected = true;
+        (void)saveFile(source.items, out("s.cif"), options);
+        const OpenedFile again = opened(out("s.cif"));
+        QCOMPARE(childNames(again.items.front()->ChildBegin()[0]->ChildBegin()[0]),
+                 (QStringList{"CYS 3", "CYS 40"}));
+        QCOMPARE(bytesOf(out("s.cif")).count("\ndisulf"), 2); // the row, and its type
+    }
+};
+
+REGISTER_TEST(SavedConversionTest)
+#include "SavedConversionTest.moc"
