@@ -1,20 +1,15 @@
 #include "EditPdb.h"
 
 #include "AlternativeLetters.h"
-#include "AtomNumbers.h"
 #include "PdbBonds.h"
 #include "PdbColumns.h"
-#include "PdbConect.h"
 #include "PdbInsertions.h"
-#include "PdbReferences.h"
 #include "PdbRows.h"
+#include "PdbSurvey.h"
 #include "TextLines.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace memory_host {
 
@@ -24,42 +19,6 @@ using namespace pdb;
 
 constexpr std::uint32_t none = SavedAtom::newRow;
 
-bool isPartOfAtom(std::string_view line) {
-    return line.starts_with("ANISOU") || line.starts_with("SIGATM") || line.starts_with("SIGUIJ");
-}
-
-// What MASTER counts, and the first of its columns of each.
-struct Counted {
-    std::string_view record;
-    std::size_t column;
-};
-constexpr std::array<Counted, 6> countedRecords = {
-    {{"HET", 21}, {"HELIX", 26}, {"SHEET", 31}, {"TURN", 36}, {"SITE", 41}, {"CONECT", 61}}};
-constexpr std::size_t atomsColumn = 51;
-constexpr std::size_t endsColumn = 56;
-
-/// How many records of each kind there are.
-struct Counts {
-    std::array<std::int64_t, countedRecords.size()> records{};
-    std::int64_t atoms = 0;
-    std::int64_t ends = 0;
-
-    void add(std::string_view record) {
-        const auto found = std::ranges::find_if(countedRecords, [record](const Counted& counted) {
-            return isRecord(record, counted.record);
-        });
-        if (found != countedRecords.end())
-            ++records[static_cast<std::size_t>(found - countedRecords.begin())];
-    }
-};
-
-// Puts a count up to date where the record has the old one.
-void putCount(std::string& record, std::size_t first, std::size_t last, std::int64_t before,
-              std::int64_t now) {
-    if (before != now && field(record, first, last) == std::to_string(before))
-        putRight(record, first, last, std::to_string(now));
-}
-
 class PdbEditor {
 public:
     PdbEditor(const SavedContent& content, SaveReport& report)
@@ -68,21 +27,7 @@ public:
     std::string run();
 
 private:
-    // Where an atom of the file is in the models.
-    struct Place {
-        std::uint32_t model = none;
-        std::uint32_t atom = 0;
-        bool isKept() const { return model != none; }
-    };
-    struct MadeBond {
-        Place first;
-        Place second;
-    };
-
-    void takeModels();
-    void survey(std::string_view text);
-    void surveyOther(std::string_view line);
-    void seeRows();
+    void giveLetters();
     void write(std::string_view text);
     void writeLine(const TextLine& line);
     void writeAtom(const TextLine& line);
@@ -100,8 +45,8 @@ private:
     void copy(const TextLine& line) { add(line.content, line.end); }
     void add(std::string_view content, std::string_view end);
     void addNew(std::string_view content);
-    std::string serialOfAtom(const Place& place) const;
-    WrittenAtom written(const Place& place) const {
+    std::string serialOfAtom(const RowPlace& place) const;
+    WrittenAtom written(const RowPlace& place) const {
         return {m_structure.models[place.model].atoms[place.atom],
                 m_letters[place.model].ofAtoms[place.atom]};
     }
@@ -111,35 +56,22 @@ private:
     const SavedStructure& m_structure;
     SaveReport& m_report;
     std::vector<AlternativeLetters> m_letters; ///< by model
-    std::vector<Place> m_places;               ///< by row of the file
     std::vector<Insertion> m_insertions;
 
-    // From the survey:
-    std::vector<std::string_view> m_rows; ///< those of all atoms
-    std::int32_t m_lastSerial = 0;
-    bool m_areSerialsDecimal = false;
-    std::string_view m_lineEnd = "\n";
-    std::int64_t m_modelsBefore = 0;
-    std::int64_t m_modelsLeft = 0;
-    bool m_isModelLeft = false; ///< whether anything is of the one that is surveyed
-    bool m_hasModelRows = false;
-    References m_references;
-    Conect m_conect;
-    std::unordered_set<std::string_view> m_droppedAtoms; ///< columns 7 to 27 of their rows
-    Counts m_before;
+    PdbSurvey m_file;
 
     // While writing:
     std::string m_out;
     bool m_isLineOpen = false; ///< the output ends without a line end
-    Counts m_now;
+    PdbCounts m_now;
     std::uint32_t m_row = 0;      ///< the next one
     std::size_t m_insertion = 0;  ///< likewise
     std::string_view m_lastRow;   ///< of the file, kept or not
-    Place m_lastPlace;            ///< of that row
+    RowPlace m_lastPlace;         ///< of that row
     std::string m_lastWritten;    ///< the beginning of the last written row of the chain
     bool m_hasChainRows = false;  ///< the file has rows since the last TER
     std::size_t m_modelStart = 0; ///< in the output
-    Counts m_countsBeforeModel;
+    PdbCounts m_countsBeforeModel;
     bool m_isInModel = false;
     bool m_isModelWritten = false;
     bool m_hadModelRows = false;
@@ -158,99 +90,28 @@ std::string PdbEditor::run() {
         m_out = mark;
         text.remove_prefix(mark.size());
     }
-    takeModels();
-    survey(text);
-    seeRows();
+    giveLetters();
+    m_file.look(text, m_structure);
     m_insertions = insertionsOf(m_structure);
     write(text);
+    if (m_file.modelsLeft != m_file.models)
+        m_report.remark("of the " + std::to_string(m_file.models) +
+                        " models of the file that was read, it has the " +
+                        std::to_string(m_file.modelsLeft) + " that are saved");
     return std::move(m_out);
 }
 
-void PdbEditor::takeModels() {
-    std::uint32_t rows = 0;
-    for (const SavedModel& model : m_structure.models)
-        rows = std::max(rows, model.endRow);
-    m_places.resize(rows);
-    for (std::uint32_t i = 0; i != m_structure.models.size(); ++i) {
-        const SavedModel& model = m_structure.models[i];
-        for (std::uint32_t atom = 0; atom != model.atoms.size(); ++atom)
-            if (const std::uint32_t row = model.atoms[atom].row; row != none)
-                m_places[row] = {i, atom};
-        m_letters.push_back(alternativeLetters(model));
-        if (m_letters.back().crowded != model.residues.size()) {
-            const SavedResidue& residue = model.residues[m_letters.back().crowded];
-            m_report.refuse("residue " + m_content.names[residue.name] + ' ' +
-                                m_content.names[residue.number] +
-                                " has more alternative models than a PDB file has letters",
-                            "accepted are up to 62, or saving it as mmCIF");
-        }
-    }
-}
-
-void PdbEditor::surveyOther(std::string_view line) {
-    if (isRecord(line, "MODEL") || isRecord(line, "ENDMDL")) {
-        m_modelsBefore += m_hasModelRows ? 1 : 0;
-        m_modelsLeft += m_isModelLeft ? 1 : 0;
-        m_hasModelRows = m_isModelLeft = false;
-    } else if (isRecord(line, "TER")) {
-        ++m_before.ends;
-        m_lastSerial = std::max(m_lastSerial, serialNumber(field(line, 7, 11)));
-    } else {
-        m_before.add(line);
-        m_references.collect(line);
-    }
-}
-
-// Looks at all lines once: what is where, and what refers to what.
-void PdbEditor::survey(std::string_view text) {
-    m_rows.reserve(m_places.size());
-    bool isFirst = true;
-    for (TextLines lines(text); !lines.areDone();) {
-        const TextLine line = lines.next();
-        if (isFirst && !line.end.empty())
-            m_lineEnd = line.end;
-        isFirst = false;
-        if (!isAtomRecord(line.content)) {
-            if (!isPartOfAtom(line.content))
-                surveyOther(line.content);
-            continue;
-        }
-        const std::string_view serial = serialNumberOf(line.content);
-        const std::int32_t number = serialNumber(serial);
-        m_lastSerial = std::max(m_lastSerial, number);
-        m_areSerialsDecimal = m_areSerialsDecimal || (number > 99999 && serial.size() > 5);
-        m_hasModelRows = true;
-        m_isModelLeft =
-            m_isModelLeft || (m_rows.size() < m_places.size() && m_places[m_rows.size()].isKept());
-        m_rows.push_back(line.content);
-    }
-    surveyOther("ENDMDL");
-    m_before.atoms = static_cast<std::int64_t>(m_rows.size());
-    m_places.resize(m_rows.size());
-}
-
-void PdbEditor::seeRows() {
-    const bool isWhole = std::ranges::all_of(m_places, &Place::isKept);
+void PdbEditor::giveLetters() {
     for (const SavedModel& model : m_structure.models) {
-        for (std::uint32_t row = isWhole ? model.endRow : model.firstRow; row != model.endRow;
-             ++row) {
-            const bool isKept = m_places[row].isKept();
-            m_references.see(m_rows[row], isKept);
-            if (!isKept)
-                m_droppedAtoms.insert(columns(m_rows[row], 7, 27));
-        }
-        for (const auto& [first, second] : model.lostBonds) {
-            if (!m_places[first].isKept() || !m_places[second].isKept())
-                continue;
-            m_references.loseBond(m_rows[first], m_rows[second]);
-            m_conect.loseBond(m_rows[first], m_rows[second]);
-        }
+        m_letters.push_back(alternativeLetters(model));
+        if (m_letters.back().crowded == model.residues.size())
+            continue;
+        const SavedResidue& residue = model.residues[m_letters.back().crowded];
+        m_report.refuse("residue " + m_content.names[residue.name] + ' ' +
+                            m_content.names[residue.number] +
+                            " has more alternative models than a PDB file has letters",
+                        "accepted are up to 62, or saving it as mmCIF");
     }
-    if (!isWhole)
-        for (std::size_t row = 0; row != m_rows.size(); ++row)
-            m_conect.see(m_rows[row], m_places[row].isKept());
-    m_references.settle();
-    m_conect.settle();
 }
 
 void PdbEditor::write(std::string_view text) {
@@ -273,12 +134,12 @@ void PdbEditor::write(std::string_view text) {
 void PdbEditor::add(std::string_view content, std::string_view end) {
     // A last line without an end gets one when another follows.
     if (std::exchange(m_isLineOpen, end.empty()))
-        m_out += m_lineEnd;
+        m_out += m_file.lineEnd;
     m_out.append(content).append(end);
 }
 
 void PdbEditor::addNew(std::string_view content) {
-    add(content, m_lineEnd);
+    add(content, m_file.lineEnd);
 }
 
 void PdbEditor::writeLine(const TextLine& line) {
@@ -299,7 +160,7 @@ void PdbEditor::writeLine(const TextLine& line) {
 }
 
 void PdbEditor::writeAtom(const TextLine& line) {
-    m_lastPlace = m_places[m_row++];
+    m_lastPlace = m_file.places[m_row++];
     m_lastRow = line.content;
     m_hasChainRows = m_hadModelRows = true;
     if (!m_lastPlace.isKept())
@@ -318,7 +179,7 @@ void PdbEditor::writeAtom(const TextLine& line) {
 void PdbEditor::writePartOfAtom(const TextLine& line) {
     const std::string_view key = columns(line.content, 7, 27);
     const bool isOfLast = columns(m_lastRow, 7, 27) == key;
-    if (isOfLast ? !m_lastPlace.isKept() : m_droppedAtoms.contains(key))
+    if (isOfLast ? !m_lastPlace.isKept() : m_file.droppedAtoms.contains(key))
         return;
     const char before = line.content.size() < 17 ? ' ' : line.content[16];
     const char letter = isOfLast ? written(m_lastPlace).letter : '\0';
@@ -336,8 +197,8 @@ void PdbEditor::writeOther(const TextLine& line) {
         writeEndOfChain(line);
     } else if (isRecord(line.content, "MODEL") || isRecord(line.content, "ENDMDL")) {
         writeModel(line);
-    } else if (line.content.starts_with("CONECT") && m_conect.hasChanges()) {
-        const std::string updated = m_conect.update(line.content);
+    } else if (line.content.starts_with("CONECT") && m_file.conect.hasChanges()) {
+        const std::string updated = m_file.conect.update(line.content);
         if (!updated.empty()) {
             add(updated, line.end);
             m_now.add(updated);
@@ -347,12 +208,12 @@ void PdbEditor::writeOther(const TextLine& line) {
         writeMaster(line);
     } else if (isRecord(line.content, "NUMMDL")) {
         std::string record(line.content);
-        putCount(record, 11, 14, m_modelsBefore, m_modelsLeft);
+        putCount(record, 11, 14, m_file.models, m_file.modelsLeft);
         add(record, line.end);
     } else {
-        if (isRecord(line.content, "END") && m_row == m_rows.size())
+        if (isRecord(line.content, "END") && m_row == m_file.rows.size())
             writeMadeBonds();
-        const References::Outcome outcome = m_references.update(line.content);
+        const References::Outcome outcome = m_file.references.update(line.content);
         if (!outcome.isKept)
             return;
         m_now.add(line.content);
@@ -411,13 +272,7 @@ void PdbEditor::writeModel(const TextLine& line) {
 
 void PdbEditor::writeMaster(const TextLine& line) {
     std::string record(line.content);
-    const auto put = [&record](std::size_t column, std::int64_t before, std::int64_t now) {
-        putCount(record, column, column + 4, before, now);
-    };
-    for (std::size_t i = 0; i != countedRecords.size(); ++i)
-        put(countedRecords[i].column, m_before.records[i], m_now.records[i]);
-    put(atomsColumn, m_before.atoms, m_now.atoms);
-    put(endsColumn, m_before.ends, m_now.ends);
+    m_now.update(record, m_file.counts);
     add(record, line.end);
 }
 
@@ -432,7 +287,7 @@ void PdbEditor::collectSite(const TextLine& line) {
 void PdbEditor::writeSite() {
     if (m_site.empty())
         return;
-    for (const std::string& record : m_references.updateSite(m_site)) {
+    for (const std::string& record : m_file.references.updateSite(m_site)) {
         m_now.add(record);
         add(record, m_siteEnd);
     }
@@ -462,17 +317,17 @@ std::string_view PdbEditor::rowLike(const Insertion& insertion, std::uint32_t at
     const SavedResidue& residue = model.residues[insertion.residue];
     if (insertion.isResidueNew) {
         if (made.empty())
-            made =
-                rowBeginning(model, residue,
-                             insertion.like == none ? std::string_view() : m_rows[insertion.like],
-                             m_content, m_report);
+            made = rowBeginning(model, residue,
+                                insertion.like == none ? std::string_view()
+                                                       : m_file.rows[insertion.like],
+                                m_content, m_report);
         return made;
     }
     std::string_view like;
     for (std::uint32_t i = residue.firstAtom; i != model.atomEnd(insertion.residue); ++i) {
         const std::uint32_t row = model.atoms[i].row;
         if (row != none && (like.empty() || letters[i] == letters[atom]))
-            like = m_rows[row];
+            like = m_file.rows[row];
         if (row != none && letters[i] == letters[atom])
             break;
     }
@@ -486,24 +341,25 @@ void PdbEditor::insertResidue(const Insertion& insertion) {
          i != model.atomEnd(insertion.residue); ++i) {
         if (model.atoms[i].row != none)
             continue;
-        const Place place{insertion.model, i};
+        const RowPlace place{insertion.model, i};
         const std::string row = newRow(rowLike(insertion, i, made), written(place), m_content,
-                                       ++m_lastSerial, m_areSerialsDecimal, m_report);
+                                       ++m_file.lastSerial, m_file.areSerialsDecimal, m_report);
         addNew(row);
         ++m_now.atoms;
         m_isModelWritten = true;
         m_lastWritten = columns(row, 1, 27);
         m_newSerials[std::uint64_t{insertion.model} << 32 | i] =
-            serialText(m_lastSerial, m_areSerialsDecimal);
+            serialText(m_file.lastSerial, m_file.areSerialsDecimal);
     }
 }
 
 // The serial number in five columns; empty where there is none that a record can name.
-std::string PdbEditor::serialOfAtom(const Place& place) const {
+std::string PdbEditor::serialOfAtom(const RowPlace& place) const {
     const std::uint32_t row = m_structure.models[place.model].atoms[place.atom].row;
     if (row != none)
-        return serialOf(m_rows[row]) == noSerial ? std::string()
-                                                 : std::string(columns(m_rows[row], 7, 11));
+        return serialOf(m_file.rows[row]) == noSerial
+                   ? std::string()
+                   : std::string(columns(m_file.rows[row], 7, 11));
     const auto found = m_newSerials.find(std::uint64_t{place.model} << 32 | place.atom);
     return found == m_newSerials.end() || found->second.size() != 5 ? std::string() : found->second;
 }

@@ -333,6 +333,9 @@ private slots:
         text.replace("MODEL        2\n" + atomAt(" CA ", 1) + "ENDMDL\n", "");
         text.replace("    0    3    0", "    0    2    0");
         QCOMPARE(saved(), text);
+        QCOMPARE(m_remarks,
+                 QStringList(path("saved.pdb") + ": of the 3 models of the file that was "
+                                                 "read, it has the 2 that are saved"));
     }
     void theEntriesOfAFileAreItsModels() {
         memory_host::openFile(structure("1d3z.pdb").toStdString());
