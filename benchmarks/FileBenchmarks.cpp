@@ -52,7 +52,7 @@ void benchmarkFiles(const std::string& path, int turns) {
     memory.size = memory.items = atoms;
     memory.itemName = "atom";
     memory.peer = "gemmi's structure, which has no bonds";
-    memory.target = "at most 250 bytes";
+    memory.target = "at most 290 bytes"; // 40 of them for what saving needs
     add(memory);
 }
 

@@ -175,6 +175,15 @@ private slots:
         QCOMPARE(saved(), atomAt(" CA ", 1) + atomAt(" N  ", 2));
     }
 
+    void aGzippedFileHoldsTheSameText() {
+        openText(annotated());
+        const QByteArray packed = saved({}, "packed.pdb.gz");
+        QVERIFY(packed.startsWith("\x1f\x8b"));
+        QVERIFY(packed.size() < annotated().size());
+        change([] { TAVIK::DataMaker::Destroy(item("/test")); });
+        opened(path("packed.pdb.gz").toStdString());
+        QCOMPARE(saved(), annotated());
+    }
     void nothingChangesWhereNothingWasChanged() {
         openText(annotated());
         QCOMPARE(saved(), annotated());
