@@ -23,12 +23,6 @@ constexpr auto counterparts = std::to_array<Counterpart>({
     {"EXPDTA", "_exptl"},
     {"CRYST1", "_cell"},
     {"CRYST1", "_symmetry"},
-    {"ORIGX1", "_database_pdb_matrix"},
-    {"ORIGX2", "_database_pdb_matrix"},
-    {"ORIGX3", "_database_pdb_matrix"},
-    {"SCALE1", "_atom_sites"},
-    {"SCALE2", "_atom_sites"},
-    {"SCALE3", "_atom_sites"},
     {"MTRIX1", "_struct_ncs_oper"},
     {"MTRIX2", "_struct_ncs_oper"},
     {"MTRIX3", "_struct_ncs_oper"},
@@ -53,11 +47,15 @@ constexpr auto counterparts = std::to_array<Counterpart>({
     {"AUTHOR", "_audit_author"},
 });
 
-// What belongs to the atoms, or follows from what is written.
-constexpr auto ofAtoms = std::to_array<std::string_view>(
-    {"ATOM", "HETATM", "ANISOU", "TER", "MODEL", "ENDMDL", "END", "NUMMDL", "MASTER", "CONECT",
-     "_atom_site", "_atom_site_anisotrop", "_atom_type", "_struct_conn_type", "_struct_conf_type",
-     "_struct_sheet_order", "_struct_asym"});
+// What belongs to the atoms, or follows from what is written: gemmi leaves out an ORIGX that is the
+// identity, and a SCALE that is the cell's.
+// clang-format off
+constexpr auto ofAtoms = std::to_array<std::string_view>({
+    "ATOM", "HETATM", "ANISOU", "TER", "MODEL", "ENDMDL", "END", "NUMMDL", "MASTER", "CONECT",
+    "ORIGX1", "ORIGX2", "ORIGX3", "SCALE1", "SCALE2", "SCALE3",
+    "_atom_site", "_atom_site_anisotrop", "_atom_sites", "_atom_type", "_database_pdb_matrix",
+    "_struct_asym", "_struct_conn_type", "_struct_conf_type"});
+// clang-format on
 
 bool hasRecord(std::string_view text, std::string_view record) {
     std::string line("\n");

@@ -6,10 +6,17 @@
 #include "FileTestCase.h"
 #include "Space.h"
 #include "files/Hybrid36.h"
+#include "files/SaveReport.h"
+#include "files/SavedTables.h"
 #include "files/Saving.h"
+#include "files/WriteMmcif.h"
+#include "files/WritePdb.h"
 #include "items/Building.h"
 
 #include <QFile>
+
+#include <algorithm>
+#include <cmath>
 
 using namespace file_testing;
 using memory_host::OpenedFile;
@@ -77,6 +84,42 @@ TAVIK::AtomValues atomValues(const char* name, float x) {
     values.type = "C";
     values.position = TAVIK::Vertex(x, 2.0F, 3.0F, true);
     return values;
+}
+
+// A chain of residues of as many atoms each.
+memory_host::SavedContent tableOf(std::uint32_t residues, std::uint32_t atomsEach) {
+    memory_host::SavedContent content;
+    content.names = {"", "A", "ALA", "C"};
+    const auto number = [&content](const std::string& text) {
+        content.names.push_back(text);
+        return static_cast<std::uint32_t>(content.names.size() - 1);
+    };
+    std::vector<std::uint32_t> names;
+    for (std::uint32_t i = 0; i != atomsEach; ++i)
+        names.push_back(number("C" + std::to_string(i)));
+    memory_host::SavedModel model;
+    model.name = "table";
+    model.chains = {1};
+    for (std::uint32_t i = 0; i != residues; ++i) {
+        memory_host::SavedResidue residue;
+        residue.name = 2;
+        residue.number = number(std::to_string(i + 1));
+        residue.firstAtom = static_cast<std::uint32_t>(model.atoms.size());
+        model.residues.push_back(residue);
+        for (const std::uint32_t name : names) {
+            memory_host::SavedAtom atom;
+            const auto place = static_cast<float>(model.atoms.size());
+            atom.position = {std::fmod(place, 50.0F) * 4.0F,
+                             std::fmod(std::floor(place / 50.0F), 50.0F) * 4.0F,
+                             std::floor(place / 2500.0F) * 4.0F};
+            atom.hasPosition = true;
+            atom.name = name;
+            atom.element = 3;
+            model.atoms.push_back(atom);
+        }
+    }
+    content.structures.push_back({nullptr, 0, {std::move(model)}});
+    return content;
 }
 
 } // namespace
@@ -261,6 +304,98 @@ private slots:
         QCOMPARE(childNames(again.items.front()->ChildBegin()[0]->ChildBegin()[0]),
                  (QStringList{"CYS 3", "CYS 40"}));
         QCOMPARE(bytesOf(out("s.cif")).count("\ndisulf"), 2); // the row, and its type
+    }
+
+    void entriesOfSeveralFilesAreDataBlocks() {
+        std::vector<TAVIK::Compound*> items = opened(structure("1ubq.pdb").toStdString()).items;
+        items.push_back(opened(structure("1cbs.cif.gz").toStdString()).items.front());
+        (void)saveFile(items, out("two.cif"));
+        const OpenedFile again = opened(out("two.cif"));
+        QCOMPARE(again.items.size(), std::size_t(2));
+        QCOMPARE(sortedAtoms(again.items), sortedAtoms(items));
+        const QString line = saveRefusal(items, out("two.pdb"));
+        QVERIFY2(line.contains("mmCIF"), qPrintable(line));
+    }
+
+    void aDestroyedBondIsNoConnectionAnyMore() {
+        const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
+        (void)saveFile(source.items, out("all.cif"));
+        QCOMPARE(bytesOf(out("all.cif")).count("\ndisulf"), 4);
+        change(Publisher::Delete, [&] {
+            TAVIK::Atom* sulfur = nullptr;
+            for (TAVIK::Atom* atom : atoms(item("/1ejg/A/Groups/CYS 3")))
+                if (atom->GetName() == "SG")
+                    sulfur = atom;
+            TAVIK::DataMaker::Destroy(sulfur);
+        });
+        (void)saveFile(source.items, out("less.cif"));
+        QCOMPARE(bytesOf(out("less.cif")).count("\ndisulf"), 3);
+        QCOMPARE(gemmiAtoms(out("less.cif")), sortedAtoms(source.items));
+    }
+
+    void modelsThatDifferKeepTheirResidues() {
+        const OpenedFile source = opened(structure("1d3z.pdb").toStdString());
+        change(Publisher::Delete, [&] {
+            TAVIK::DataMaker::Destroy(item("/1d3z.2/A/Groups/GLN 2"));
+            TAVIK::DataMaker::Destroy(item("/1d3z.1/A/Groups/MET 1"));
+        });
+        (void)saveFile(source.items, out("nmr.cif"));
+        QCOMPARE(gemmiAtoms(out("nmr.cif")), sortedAtoms(source.items));
+        const OpenedFile again = opened(out("nmr.cif"));
+        QCOMPARE(sortedAtoms(again.items), sortedAtoms(source.items));
+        for (const char* name : {"/1d3z-2.1/A/Groups/ILE 3", "/1d3z-2.2/A/Groups/ILE 3"})
+            QCOMPARE(TAVIK::GetLabelIds(item(name)).number, std::string_view("3"));
+    }
+
+    void onlyActiveModelsAreSavedAsShown() {
+        const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
+        SaveOptions options;
+        options.onlyActiveModels = true;
+        (void)saveFile(source.items, out("shown.cif"), options);
+        for (TAVIK::Atom* atom : atoms(opened(out("shown.cif")).items.front()))
+            QVERIFY(TAVIK::GetAtomDetails(atom).alternative <= 'A');
+    }
+
+    void madeAlternativesGetFreeLetters() {
+        TAVIK::AtomValues first = atomValues("CB", 1.0F);
+        first.model = 1;
+        TAVIK::AtomValues second = atomValues("CB", 1.5F);
+        second.model = 2;
+        TAVIK::Compound* entry = madeEntry("A", "ALA 1", {atomValues("CA", 0.0F), first, second});
+        for (const char* name : {"alt.pdb", "alt.cif"}) {
+            QVERIFY(saveFile(std::vector{entry}, out(name)).empty());
+            QString letters;
+            for (TAVIK::Atom* atom : atoms(opened(out(name)).items.front()))
+                letters += TAVIK::GetAtomDetails(atom).alternative == '\0'
+                               ? '-'
+                               : TAVIK::GetAtomDetails(atom).alternative;
+            QCOMPARE(letters, QString("-AB"));
+        }
+    }
+
+    void manyAtomsAndResiduesAreHybrid36() {
+        memory_host::SavedContent content = tableOf(11'000, 10);
+        memory_host::SaveReport report(out("many.pdb"));
+        const std::string text = memory_host::writePdb(content, report);
+        QVERIFY(text.find("ATOM  A0000") != std::string::npos);
+        m_folder.write("many.pdb", QByteArray::fromStdString(text));
+        const OpenedFile again = opened(out("many.pdb"));
+        QCOMPARE(gemmiAtoms(out("many.pdb")), sortedAtoms(again.items));
+        const auto all = atoms(again.items.front());
+        QCOMPARE(all.size(), std::size_t(110'000));
+        QCOMPARE(TAVIK::GetAtomDetails(all.back()).serial, 110'000);
+        QVERIFY(item("/many/A/Groups/ALA 11000"));
+    }
+
+    void tenThousandModelsAreRefused() {
+        memory_host::SavedContent content = tableOf(1, 1);
+        auto& models = content.structures.front().models;
+        models.resize(9'999, models.front());
+        memory_host::SaveReport report(out("models.pdb"));
+        QVERIFY(memory_host::writePdb(content, report).find("MODEL     9999") != std::string::npos);
+        models.push_back(models.front());
+        QVERIFY_THROWS_EXCEPTION(SaveError, (void)memory_host::writePdb(content, report));
+        QVERIFY(!memory_host::writeMmcif(content, report).empty());
     }
 };
 
