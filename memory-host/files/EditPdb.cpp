@@ -1,6 +1,7 @@
 #include "EditPdb.h"
 
 #include "AlternativeLetters.h"
+#include "MadeBonds.h"
 #include "PdbBonds.h"
 #include "PdbColumns.h"
 #include "PdbInsertions.h"
@@ -371,7 +372,7 @@ void PdbEditor::writeMadeBonds() {
     std::size_t nameless = 0;
     for (std::uint32_t i = 0; i != m_structure.models.size(); ++i) {
         for (const SavedBond& bond : m_structure.models[i].bonds) {
-            if (bond.isListed)
+            if (!isToBeListed(m_structure.models[i], bond, m_content.names))
                 continue;
             std::string first = serialOfAtom({i, bond.first});
             std::string second = serialOfAtom({i, bond.second});

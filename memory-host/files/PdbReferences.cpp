@@ -285,26 +285,27 @@ References::Outcome References::update(std::string_view record) const {
 std::vector<std::string>
 References::updateSite(const std::vector<std::string_view>& records) const {
     std::vector<std::string> left;
-    bool isWhole = true;
+    std::int64_t gone = 0;
     for (const std::string_view record : records) {
         for (const std::size_t column : siteColumns) {
             std::string key = keyAt(record, {column, column + 3, column + 5});
             if (trimmed(key).empty())
                 continue;
-            isWhole = isWhole && !isGone(key);
-            if (!isGone(key))
+            if (isGone(key))
+                ++gone;
+            else
                 left.push_back(std::move(key));
         }
     }
-    if (isWhole)
+    if (gone == 0)
         return {records.begin(), records.end()};
     std::vector<std::string> made;
     for (std::size_t i = 0; i != left.size(); ++i) {
         const std::size_t slot = i % siteColumns.size();
         if (slot == 0) {
             made.push_back(padded(columns(records.front(), 1, 18), 18));
-            putRight(made.back(), 8, 10, std::to_string(made.size()));
-            putRight(made.back(), 16, 17, std::to_string(left.size()));
+            addTo(made.back(), 8, 10, static_cast<std::int64_t>(made.size()) - 1);
+            addTo(made.back(), 16, 17, -gone);
             made.back().resize(std::max<std::size_t>(records.front().size(), 61), ' ');
         }
         const std::size_t column = siteColumns[slot];

@@ -3,6 +3,7 @@
 #include "AtomNumbers.h"
 #include "Elements.h"
 #include "FileReport.h"
+#include "Hybrid36.h"
 #include "PdbColumns.h"
 
 #include <algorithm>
@@ -107,34 +108,12 @@ std::string nameColumns(const std::string& name, const std::string& element,
     return columns;
 }
 
-std::string encoded36(std::int32_t value, int width, char firstLetter) {
-    std::string text(static_cast<std::size_t>(width), '0');
-    for (auto digit = text.rbegin(); digit != text.rend(); ++digit, value /= 36)
-        *digit =
-            static_cast<char>(value % 36 < 10 ? '0' + value % 36 : firstLetter + value % 36 - 10);
-    return text;
-}
-
-// A number beyond what `width` decimal digits hold, in the hybrid-36 encoding; empty beyond that.
-std::string hybrid36(std::int32_t value, int width) {
-    std::int32_t powerOf10 = 1;
-    std::int32_t powerOf36 = 1;
-    for (int i = 0; i != width; ++i) {
-        powerOf10 *= 10;
-        powerOf36 *= i == 0 ? 1 : 36;
-    }
-    value -= powerOf10;
-    if (value < 26 * powerOf36)
-        return encoded36(value + 10 * powerOf36, width, 'A');
-    value -= 26 * powerOf36;
-    return value < 26 * powerOf36 ? encoded36(value + 10 * powerOf36, width, 'a') : std::string();
-}
-
 std::string residueNumberText(const std::string& text) {
     std::int32_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    return isNumber && value > 9999 ? hybrid36(value, 4) : text;
+    const std::string encoded = isNumber && value > 9999 ? hybrid36(value, 4) : std::string();
+    return encoded.empty() ? text : encoded;
 }
 
 } // namespace
@@ -147,10 +126,7 @@ void putRight(std::string& row, std::size_t first, std::size_t last, std::string
 }
 
 std::string serialText(std::int32_t serial, bool areDecimal) {
-    std::string text = serial > 99999 && !areDecimal ? hybrid36(serial, 5) : std::to_string(serial);
-    if (text.size() < 5)
-        text.insert(0, 5 - text.size(), ' ');
-    return text;
+    return serial > 99999 && areDecimal ? std::to_string(serial) : hybrid36(serial, 5);
 }
 
 bool isUnchanged(std::string_view row, const WrittenAtom& written) {

@@ -31,8 +31,8 @@ std::string rowBeginning(const SavedModel& model, const SavedResidue& residue,
                          std::string_view neighbour, const SavedContent& content,
                          const SaveReport& report);
 
-/// A serial number in five columns: from 100,000 on in the hybrid-36 encoding of
-/// R. W. Grosse-Kunstleve's cctbx, or, if they are all decimal, in more columns.
+/// A serial number in five columns: from 100,000 on in the hybrid-36 encoding, or, if they are all
+/// decimal, in more columns.
 std::string serialText(std::int32_t serial, bool areDecimal);
 /// Writes a text into columns, counted from 1, to the right; the row grows with blanks.
 void putRight(std::string& row, std::size_t first, std::size_t last, std::string_view text);

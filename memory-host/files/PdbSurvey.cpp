@@ -29,8 +29,10 @@ bool isPartOfAtom(std::string_view line) {
 
 void putCount(std::string& record, std::size_t first, std::size_t last, std::int64_t before,
               std::int64_t now) {
-    if (before != now && field(record, first, last) == std::to_string(before))
-        putRight(record, first, last, std::to_string(now));
+    const std::string text = std::to_string(now);
+    const bool fits = text.size() <= last - first + 1;
+    if (before != now && fits && field(record, first, last) == std::to_string(before))
+        putRight(record, first, last, text);
 }
 
 void PdbCounts::add(std::string_view record) {

@@ -267,6 +267,20 @@ private slots:
         opened(path("saved.pdb").toStdString());
         QCOMPARE(bondNames(space()), shown);
     }
+    void aMadeBondThatIsFoundAnywayIsNotListed() {
+        openText(annotated());
+        change([] {
+            TAVIK::Compound* atom = TAVIK::DataMaker::makeAtom(
+                item("/test/A/Groups/ALA 2"), {"CB", "C", TAVIK::Vertex(6, 0, 1.5F, true)});
+            TAVIK::DataMaker::makeBond(item("/test/A/Bonds"), item("/test/A/Groups/ALA 2/CA"),
+                                       atom);
+        });
+        QCOMPARE(saved().count("CONECT"), 2);
+        const QStringList shown = bondNames(space());
+        change([] { TAVIK::DataMaker::Destroy(item("/test")); });
+        opened(path("saved.pdb").toStdString());
+        QCOMPARE(bondNames(space()), shown);
+    }
     void aMovedAtomChangesInItsColumns() {
         openText(annotated());
         change([] {
