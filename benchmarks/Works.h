@@ -8,6 +8,8 @@ namespace benchmarks {
 
 /// Opening the file, and what an atom takes in memory.
 void benchmarkFiles(const std::string& path, int turns);
+/// Saving it with a residue less: its text edited, and all of it written anew.
+void benchmarkSaving(const std::string& path, int turns);
 /// Filling the tree, refreshing it, clicking in it, and what a row takes in memory.
 void benchmarkTree(const std::string& path, int turns);
 

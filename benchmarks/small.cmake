@@ -7,7 +7,8 @@ if(NOT result EQUAL 0)
   message(FATAL_ERROR "${progress}the benchmarks ended with ${result}")
 endif()
 file(READ ${plots} picture)
-foreach(work "opening the file" "filling the tree" "commUpdate()" "Any w/ rad." "union by"
+foreach(work "opening the file" "saving the edited structure"
+    "saving the structure from its items" "filling the tree" "commUpdate()" "Any w/ rad." "union by"
     "intersection by" "difference by" "Clear" "Invert" "Full groups" "Atoms by type" "Hide" "Show"
     "Set color" "Color by Temp" "Default color" "Colour Atoms by Residue" "Next Model" "Atom"
     "Bond" "Residue" "picture of points" "picture of spheres" "picture of sticks"

@@ -3,6 +3,7 @@
 #include "AtomDetails.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
+#include "FailingMemory.h"
 #include "FileTestCase.h"
 #include "Space.h"
 #include "files/Hybrid36.h"
@@ -396,6 +397,44 @@ private slots:
         models.push_back(models.front());
         QVERIFY_THROWS_EXCEPTION(SaveError, (void)memory_host::writePdb(content, report));
         QVERIFY(!memory_host::writeMmcif(content, report).empty());
+    }
+
+    void whereMemoryRunsOutTheOldFileStays() {
+        PdbAtom second;
+        second.name = " CB ";
+        second.alternative = 'A';
+        second.x = 1.5F;
+        const OpenedFile source = openText(line({}) + line(second));
+        for (const char* name : {"small.cif", "small.ent"}) {
+            TAVIK::Compound* other = madeEntry("A", "ALA 1", {atomValues("CA", 0.0F)});
+            const std::vector<TAVIK::Compound*> items = {
+                QString(name).endsWith("cif") ? source.items.front() : other};
+            int failures = 0;
+            for (int granted = 0;; ++granted) {
+                const std::string file = m_folder.write(name, "what was there before");
+                bool isSaved = true;
+                int refused = 0;
+                {
+                    const FailingMemory memory(granted, 1, 0);
+                    try {
+                        saveFile(items, file);
+                    } catch (const SaveError&) {
+                        isSaved = false;
+                    } catch (const std::bad_alloc&) {
+                        isSaved = false;
+                    }
+                    refused = FailingMemory::refusals();
+                }
+                if (!isSaved)
+                    QCOMPARE(bytesOf(file), QByteArray("what was there before"));
+                else
+                    QCOMPARE(sortedAtoms(opened(file).items), sortedAtoms(items));
+                if (refused == 0)
+                    break;
+                failures += isSaved ? 0 : 1;
+            }
+            QVERIFY2(failures > 50, qPrintable(QString::number(failures)));
+        }
     }
 };
 
