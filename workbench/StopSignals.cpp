@@ -30,7 +30,8 @@ StopSignals::StopSignals() {
     QObject::connect(&*m_notifier, &QSocketNotifier::activated, [] {
         char byte = 0;
         [[maybe_unused]] const ssize_t got = read(ends[0], &byte, 1);
-        QCoreApplication::quit();
+        // Not quit(), which closes windows: there may be nobody to answer what they ask.
+        QCoreApplication::exit();
     });
     struct sigaction action {};
     action.sa_handler = wake;
