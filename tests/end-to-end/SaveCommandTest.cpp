@@ -29,7 +29,7 @@ class SaveCommandTest : public test_support::TestCase {
     static qsizetype atomRows(const QByteArray& text) {
         const QList<QByteArray> lines = text.split('\n');
         return std::count_if(lines.begin(), lines.end(), [](const QByteArray& line) {
-            return line.startsWith("ATOM  ") || line.startsWith("HETATM");
+            return line.startsWith("ATOM ") || line.startsWith("HETATM ");
         });
     }
 
@@ -47,6 +47,12 @@ private slots:
         QCOMPARE(ended.output, QStringList());
         QCOMPARE(ended.status, 0);
         QVERIFY(contentOf(path("again.pdb")) == contentOf(structure("1ubq.pdb")));
+    }
+
+    void anotherFormatHasTheSameAtoms() {
+        const Ended ended = run({structure("1ubq.pdb"), "--save=1ubq.cif"});
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(atomRows(contentOf(path("1ubq.cif"))), atomRows(contentOf(structure("1ubq.pdb"))));
     }
 
     void aMapIsConvertedAndItsRemarksAreOnStandardError() {

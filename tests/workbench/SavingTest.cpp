@@ -461,6 +461,10 @@ private slots:
         nextQuestion("Save");
         next<QFileDialog>([](QFileDialog* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
         QVERIFY(!closeWindow());
+        nextQuestion("Save");
+        nextFile(path("made.pdb"));
+        QVERIFY(closeWindow());
+        QCOMPARE(atomRows('\n' + contentOf(path("made.pdb"))), qsizetype{6});
     }
 
     void aNameWithTheMarkOfTheStarIsShownAsItIs() {
