@@ -72,7 +72,10 @@ template <class Wanted> std::vector<Compound*> entriesThat(const Wanted& wanted)
 } // namespace
 
 bool canBeSaved(const Compound* entry) {
-    return entry && (keptOf(entry) == Kept::Map || entry->HasChildren());
+    if (!entry)
+        return false;
+    // All of an entry may have been deleted: that is a change, too.
+    return keptOf(entry) == Kept::Map || entry->HasChildren() || memory_host::hasUnsavedData(entry);
 }
 
 bool isUnsaved(Compound* entry) {

@@ -416,6 +416,19 @@ private slots:
         takeMessages();
     }
 
+    void anEntryOfWhichAllIsDeletedIsChanged() {
+        openOwn();
+        {
+            const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            while (entryAt(0)->HasChildren())
+                TAVIK::DataMaker::Destroy(*entryAt(0)->ChildBegin());
+        }
+        QCOMPARE(title(), "own* - Workbench");
+        nextQuestion("Discard");
+        trigger("Close Entry");
+        QCOMPARE(entries(), QStringList());
+    }
+
     void aSaveThatFailsCancelsTheClosing() {
         openOwn();
         edit();
