@@ -37,6 +37,7 @@ folder(companions/rotamer/sidechain)
 folder(companions/rotamer ${contract} companions/rotamer/sidechain)
 
 folder(memory-host/items host)
+folder(memory-host/history host memory-host/items)
 folder(memory-host/files host memory-host/items)
 folder(memory-host/services host memory-host/items memory-host/files)
 folder(workbench ${contract} memory-host/items memory-host/files memory-host/services)

@@ -3,6 +3,7 @@
 #include "DataVersion.h"
 #include "Holder.h"
 #include "Items.h"
+#include "Recording.h"
 
 namespace TAVIK {
 
@@ -31,6 +32,8 @@ void SetAtomPosition(Atom* atom, const Vertex& position) {
     auto* const item = dynamic_cast<AtomItem*>(atom);
     if (!item)
         return;
+    if (Step* const step = stepFor(item->record()); step && !step->recordPlace(*item))
+        return;
     item->setPosition(position);
     noteDataChange(HostItem::of(item));
 }
@@ -39,12 +42,11 @@ void SetAtomModel(Atom* atom, unsigned int model) {
     auto* const item = dynamic_cast<AtomItem*>(atom);
     if (!item)
         return;
-    Holder* const residue = leaveModels(*item);
-    item->setModel(model);
-    HostItem::of(item).set(HostItem::OtherModel, false);
-    joinModels(*item);
-    settleModel(residue);
-    item->updateShown();
+    Step* const step = stepFor(item->record());
+    if (step &&
+        !step->record(Step::Write::Join, static_cast<Compound*>(item), item->record().model))
+        return;
+    changeModel(*item, model);
     noteDataChange(HostItem::of(item));
 }
 

@@ -45,22 +45,31 @@ BondItem* BondItem::next(const AtomItem* atom) const {
 
 void BondItem::connect(AtomItem* a, AtomItem* b) {
     m_atoms = {a, b};
-    for (const int end : {0, 1}) {
-        AtomItem* at = atom(end);
-        Links& links = m_links[static_cast<std::size_t>(end)];
-        links = {at->m_bonds, nullptr};
-        if (at->m_bonds)
-            at->m_bonds->m_links[static_cast<std::size_t>(at->m_bonds->endAt(at))].previous = this;
-        at->m_bonds = this;
-    }
+    for (const int end : {0, 1})
+        m_links[static_cast<std::size_t>(end)] = {atom(end)->m_bonds, nullptr};
+    relink();
     updateShown();
 }
 
-void BondItem::disconnect() {
-    if (!m_atoms[0])
-        return;
+void BondItem::relink() {
+    m_record.set(HostItem::Unlinked, false);
     for (const int end : {0, 1}) {
-        AtomItem* at = atom(end);
+        AtomItem* const at = atom(end);
+        const Links& links = m_links[static_cast<std::size_t>(end)];
+        if (links.next)
+            links.next->m_links[static_cast<std::size_t>(links.next->endAt(at))].previous = this;
+        if (links.previous)
+            links.previous->m_links[static_cast<std::size_t>(links.previous->endAt(at))].next =
+                this;
+        else
+            at->m_bonds = this;
+    }
+}
+
+void BondItem::unlink() {
+    m_record.set(HostItem::Unlinked, true);
+    for (const int end : {0, 1}) {
+        AtomItem* const at = atom(end);
         const Links& links = m_links[static_cast<std::size_t>(end)];
         if (links.next)
             links.next->m_links[static_cast<std::size_t>(links.next->endAt(at))].previous =
@@ -71,6 +80,13 @@ void BondItem::disconnect() {
         else
             at->m_bonds = links.next;
     }
+}
+
+void BondItem::disconnect() {
+    if (!m_atoms[0])
+        return;
+    if (!m_record.has(HostItem::Unlinked))
+        unlink();
     m_atoms = {};
 }
 

@@ -31,6 +31,11 @@ public:
     BondItem* next(const AtomItem* atom) const;
     void connect(AtomItem* a, AtomItem* b);
     void disconnect();
+    /// Takes the bond out of the lists of its atoms, which it keeps in mind; relink() puts it back
+    /// where it stood, if whatever changed the lists since was taken back, too.
+    void unlink();
+    void relink();
+    bool isUnlinked() const { return m_record.has(HostItem::Unlinked); }
     /// Recomputes the effective visibility from the bond's own mark and from both atoms.
     /// markShown() returns the change in shown leaves, which the caller adds to the counters above
     /// the bond.

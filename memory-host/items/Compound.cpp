@@ -3,6 +3,7 @@
 #include "AtomItem.h"
 #include "ElementColours.h"
 #include "Holder.h"
+#include "Recording.h"
 #include "Sets.h"
 
 #include <algorithm>
@@ -10,6 +11,19 @@
 namespace TAVIK {
 
 using namespace memory_host;
+
+namespace {
+
+void paint(Compound& item, HostItem& record, Color color) {
+    const std::uint32_t rgba = color.rgba();
+    if (record.color == rgba)
+        return;
+    if (Step* const step = stepFor(record);
+        !step || step->record(Step::Write::Paint, &item, record.color))
+        record.color = rgba;
+}
+
+} // namespace
 
 Compound::~Compound() = default;
 Composite::~Composite() = default;
@@ -61,12 +75,12 @@ Color Compound::GetColor() const {
 }
 
 void Compound::SetColor(const Color& color) {
-    hostItem().color = color.rgba();
+    paint(*this, hostItem(), color);
 }
 
 void Compound::RestoreColor() {
     HostItem& record = hostItem();
-    record.color = defaultColor(record).rgba();
+    paint(*this, record, defaultColor(record));
 }
 
 void Compound::ToggleSelected() {

@@ -6,13 +6,15 @@
 #include "GeometryFaults.h"
 #include "Items.h"
 #include "Making.h"
-#include "Origins.h"
+#include "Parking.h"
+#include "Recording.h"
 #include "Selection.h"
 #include "Sets.h"
 
 #include <QtGlobal>
 
 #include <memory>
+#include <new>
 #include <unordered_set>
 #include <utility>
 
@@ -83,6 +85,9 @@ Bond* DataMaker::makeBond(Compound* parent, Compound* a, Compound* b) {
     auto bond = std::make_unique<BondItem>(Name());
     BondItem* const made = bond.get();
     attachNew(std::move(bond), *holder);
+    if (Step* const step = stepFor(HostItem::of(made));
+        step && !step->record(Step::Write::Link, static_cast<Compound*>(made)))
+        throw std::bad_alloc();
     made->connect(first, second);
     return made;
 }
@@ -115,9 +120,12 @@ void DataMaker::Destroy(Compound* item) {
     const FocusKeptAway away(item);
     tellBeforeDestroying(item);
     ++selectionChanges;
-    forgetOrigin(HostItem::of(item));
+    if (Step* const step = stepForGoing(*item)) {
+        destroyRecorded(*item, *step);
+        return;
+    }
     detach(item);
-    freeItem(item);
+    freeDetached(item);
 }
 
 } // namespace TAVIK

@@ -1,8 +1,10 @@
 #include "DataPointBase.h"
 
 #include "Logger.h"
+#include "Messages.h"
 #include "ObserverList.h"
 #include "Publishing.h"
+#include "Recording.h"
 
 #include <exception>
 #include <new>
@@ -17,6 +19,18 @@ void logChange(const std::string& label) noexcept {
         if (!label.empty())
             Logger::Debug(label);
     } catch (...) { // A line that nobody may read is not worth an exception.
+    }
+}
+
+// Made before memory runs out.
+const std::string withoutMemory = "Change: not done, as memory is short";
+
+void tellTakenBack(const std::string& label) noexcept {
+    try {
+        Messages::Show(QStringLiteral("%1: not done, as memory is short")
+                           .arg(QString::fromLatin1(label.empty() ? "Change" : label)));
+    } catch (...) {
+        Logger::Write(withoutMemory);
     }
 }
 
@@ -35,6 +49,8 @@ DataPointBase::DataPointBase(Subscriber* originator, Publisher::ActionType kind,
         return;
     }
     if (state.changing || state.locks > 0)
+        return;
+    if (!beginRecording())
         return;
     state.changing = true;
     state.exceptions = std::uncaught_exceptions();
@@ -57,9 +73,17 @@ DataPointBase::~DataPointBase() {
     if (!m_holds)
         return;
     Publishing& state = publishing();
+    const bool isBroken = std::uncaught_exceptions() != state.exceptions;
+    const bool isTakenBack = endRecording(isBroken, state.label);
     state.changing = false;
-    if (std::uncaught_exceptions() == state.exceptions)
+    // An exception that ends a change says itself what is wrong.
+    if (isTakenBack && !isBroken)
+        tellTakenBack(state.label);
+    else if (!isBroken)
         logChange(state.label);
     state.label.clear();
-    tellAll(m_originator, m_kind);
+    // Nobody knows what was taken back, whoever began it.
+    tellAll(isTakenBack ? nullptr : m_originator, m_kind);
+    if (recording.keeper)
+        recording.keeper->tell();
 }

@@ -1,17 +1,24 @@
 #include "DataVersion.h"
 
 #include "Holder.h"
+#include "Recording.h"
 
+#include <new>
 #include <unordered_map>
+#include <utility>
 
 namespace memory_host {
 
 namespace {
 
 struct Versions {
-    std::uint64_t now = 0;
-    std::uint64_t saved = 0;
+    std::uint32_t now = 0;
+    std::uint32_t saved = 0;
+    std::uint32_t recordedIn = 0; ///< the step that holds the version before it
 };
+
+// Never used twice, also not after a change was taken back.
+std::uint32_t lastVersion = 0;
 
 /// By the identifiers of top-level items, of those that were changed; few are.
 std::unordered_map<std::uint32_t, Versions>& changed() {
@@ -50,15 +57,37 @@ void setDataSaved(const Compound* topLevel) {
         found->second.saved = found->second.now;
 }
 
-void noteDataChange(const HostItem& item) {
+void noteDataChange(const HostItem& item) noexcept {
     if (!isForFiles(item))
         return;
     const HostItem* top = &item;
     while (top->parent && top->parent->kind != Kind::Space)
         top = top->parent;
-    // What is built aside, and an entry as a whole, is no change of an entry.
-    if (top != &item && top->parent)
-        ++changed()[top->id].now;
+    // What is built aside, and an entry as a whole, is no change of an entry. Who takes a step back
+    // restores the version, too.
+    if (top == &item || !top->parent || recording.isReplaying)
+        return;
+    try {
+        Versions& versions = changed()[top->id];
+        if (Step* const step = recording.step; step && versions.recordedIn != step->number()) {
+            if (!step->record(Step::Write::Alter, static_cast<const Holder*>(top)->self,
+                              versions.now))
+                return;
+            versions.recordedIn = step->number();
+        }
+        versions.now = ++lastVersion;
+    } catch (const std::bad_alloc&) {
+        if (recording.step)
+            recording.step->fail();
+    }
+}
+
+std::uint32_t swapDataVersion(const HostItem& top, std::uint32_t version) noexcept {
+    return std::exchange(changed().at(top.id).now, version);
+}
+
+void forgetDataVersion(const HostItem& item) noexcept {
+    changed().erase(item.id);
 }
 
 } // namespace memory_host

@@ -18,6 +18,10 @@ HOST_EXPORT void setDataSaved(const TAVIK::Compound* topLevel);
 
 /// Called when `item` was made, was changed, or is about to be destroyed: the data of the entry
 /// that it stands in change, if it is in one and is something that files hold.
-void noteDataChange(const TAVIK::HostItem& item);
+void noteDataChange(const TAVIK::HostItem& item) noexcept;
+/// Gives a top-level item that was changed another version; returns the one it had.
+std::uint32_t swapDataVersion(const TAVIK::HostItem& top, std::uint32_t version) noexcept;
+/// Called before an item is freed.
+void forgetDataVersion(const TAVIK::HostItem& item) noexcept;
 
 } // namespace memory_host

@@ -4,6 +4,7 @@
 #include "GeometryFaults.h"
 #include "GridItem.h"
 #include "Items.h"
+#include "Recording.h"
 
 #include <QtGlobal>
 
@@ -23,7 +24,10 @@ bool SetSurfaceMesh(Surface* surface, SurfaceMesh mesh) {
     auto* const item = dynamic_cast<SurfaceItem*>(surface);
     if (!item || isRefused(mesh, "SetSurfaceMesh", item->GetName()))
         return false;
-    item->m_mesh = std::make_unique<SurfaceMesh>(std::move(mesh));
+    auto made = std::make_unique<SurfaceMesh>(std::move(mesh));
+    if (Step* const step = stepFor(HostItem::of(item)); step && !step->recordMesh(item))
+        return false;
+    item->m_mesh = std::move(made);
     return true;
 }
 
@@ -35,6 +39,8 @@ bool SetSurfaceColors(Surface* surface, std::vector<std::uint32_t> colors) {
                  mesh ? "there is not one colour a vertex" : "there is no surface with a mesh");
         return false;
     }
+    if (Step* const step = stepFor(HostItem::of(item)); step && !step->recordMeshColours(item))
+        return false;
     mesh->colors = std::move(colors);
     mesh->scale.reset();
     return true;

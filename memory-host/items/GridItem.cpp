@@ -1,9 +1,41 @@
 #include "GridItem.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
 namespace memory_host {
+
+namespace {
+
+std::vector<GridItem*>& grids() {
+    // Never destroyed: grids may outlive every static object.
+    static auto* const all = new std::vector<GridItem*>;
+    return *all;
+}
+
+} // namespace
+
+GridItem::GridItem(Name name) : LeafItem(std::move(name)) {
+    grids().push_back(this);
+}
+
+GridItem::~GridItem() {
+    std::erase(grids(), this);
+}
+
+const std::vector<GridItem*>& GridItem::all() {
+    return grids();
+}
+
+std::array<int, 6> GridItem::bounds() const {
+    return {m_lower[0], m_lower[1], m_lower[2], m_upper[0], m_upper[1], m_upper[2]};
+}
+
+void GridItem::setBounds(const std::array<int, 6>& bounds) {
+    std::copy_n(bounds.begin(), 3, m_lower);
+    std::copy_n(bounds.begin() + 3, 3, m_upper);
+}
 
 bool GridItem::GetNearest(const TAVIK::Vertex& point, int* ijk) const {
     Lattice::Triple place{};

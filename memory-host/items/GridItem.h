@@ -7,16 +7,28 @@
 #include "Lattice.h"
 #include "MapCrystal.h"
 
+#include <array>
+#include <vector>
+
 namespace memory_host {
 
 class GridItem : public LeafItem<TAVIK::Grid, Kind::Grid> {
 public:
-    using LeafItem::LeafItem;
+    explicit GridItem(Name name);
+    ~GridItem() override;
+    /// All grids that exist, in or outside of the space, in the order in which they were made.
+    static const std::vector<GridItem*>& all();
+
     bool GetNearest(const TAVIK::Vertex& point, int* ijk) const override;
     void setValues(TAVIK::GridValues&& values);
 
+    /// m_lower and m_upper.
+    std::array<int, 6> bounds() const;
+    void setBounds(const std::array<int, 6>& bounds);
+
     TAVIK::GridValues m_values;
     MapCrystal m_crystal;
+    std::array<int, 6> m_keptBounds{}; ///< when the change in progress began, or since it is there
 
 private:
     Lattice m_lattice;

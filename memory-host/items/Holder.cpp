@@ -1,5 +1,6 @@
 #include "Holder.h"
 
+#include "Arrivals.h"
 #include "Slabs.h"
 
 #include <algorithm>
@@ -29,15 +30,56 @@ void Holder::appendChild(Compound* child) {
         if (end == capacity)
             resize(std::max<std::uint32_t>(4, capacity * 2));
     }
+    place(child, end++);
+}
+
+void Holder::place(Compound* child, std::uint32_t slot) {
     HostItem& record = HostItem::of(child);
-    record.position = end;
+    record.position = slot;
     directLeaves += record.isHolder() ? 0 : 1;
     directAtoms += record.kind == Kind::Atom ? 1 : 0;
     if (record.kind == Kind::Set)
         set(HeldSet, true);
-    markChild(end, record.has(Selected));
+    markChild(slot, record.has(Selected));
     ++version;
-    children[end++] = child;
+    children[slot] = child;
+}
+
+void Holder::restoreChild(Compound* child) {
+    // A child that stood first, or last, finds its slot free, unless others have taken it.
+    if (end == capacity)
+        closeHoles(0);
+    if (!restored)
+        restored = end + 1;
+    place(child, end++);
+}
+
+void Holder::sortRestored() {
+    if (holes)
+        closeHoles(begin);
+    const std::uint32_t first = std::max(begin, restored - 1);
+    restored = 0;
+    const auto isOlder = [this](const Compound* a, const Compound* b) {
+        return orderIn(*this, HostItem::of(a)) < orderIn(*this, HostItem::of(b));
+    };
+    Compound** const middle = children + first;
+    Compound** const last = children + end;
+    // What is taken back last was removed first.
+    if (last - middle > 1 && !isOlder(middle[0], middle[1]))
+        std::reverse(middle, last);
+    if (!std::is_sorted(middle, last, isOlder))
+        std::sort(middle, last, isOlder);
+    Compound** const from =
+        first == begin ? middle : std::upper_bound(children + begin, middle, *middle, isOlder);
+    std::inplace_merge(from, middle, last, isOlder);
+    for (Compound** child = from; child != last; ++child) {
+        const auto slot = static_cast<std::uint32_t>(child - children);
+        HostItem& record = HostItem::of(*child);
+        prefetchAfter(&record);
+        record.position = slot;
+        markChild(slot, record.has(Selected));
+    }
+    ++version;
 }
 
 void Holder::removeChild(std::uint32_t slot) {
@@ -59,12 +101,17 @@ void Holder::removeChild(std::uint32_t slot) {
     }
     if (begin == end)
         begin = end = holes = 0;
+    if (restored > end)
+        restored = 0;
 }
 
 void Holder::closeHoles(std::uint32_t slot) {
     std::uint32_t to = slot;
+    const std::uint32_t firstRestored = restored ? std::max(begin, restored - 1) : end;
     for (std::uint32_t from = begin; from != end; ++from) {
         Compound* const child = children[from];
+        if (from == firstRestored)
+            restored = to + 1;
         if (!child)
             continue;
         // Only those that move are touched: most of the time is waiting for memory.
@@ -81,6 +128,8 @@ void Holder::closeHoles(std::uint32_t slot) {
     begin = slot;
     end = to;
     holes = 0;
+    if (restored > end)
+        restored = 0;
 }
 
 void Holder::shrink() {

@@ -22,13 +22,11 @@ struct Holder : HostItem {
 
     std::uint32_t childCount() const { return end - begin - holes; }
     Compound** childBegin() {
-        if (holes)
-            closeHoles(begin);
+        settle();
         return children + begin;
     }
     Compound** childEnd() {
-        if (holes)
-            closeHoles(begin);
+        settle();
         return children + end;
     }
     /// Whether its name is a component of the qualified names of what it holds.
@@ -37,6 +35,10 @@ struct Holder : HostItem {
     void appendChild(Compound* child);
     /// Leaves a hole; the caller updates the counters.
     void removeChild(std::uint32_t slot);
+    /// Puts back a child that was removed. It takes its place in the order when the vector is next
+    /// read, so that putting back many costs little more than one. Never allocates: the vector has
+    /// had room for the child. The caller updates the counters.
+    void restoreChild(Compound* child);
     /// Keeps the mark of the child in a slot: whether it is selected.
     void markChild(std::uint32_t slot, bool selected) {
         if (slot >= TAVIK::SelectedChildren::most)
@@ -46,8 +48,7 @@ struct Holder : HostItem {
     }
     /// Tells of all children, from childBegin() on; false where that is not known.
     bool tellSelected(TAVIK::SelectedChildren& told) {
-        if (holes)
-            closeHoles(begin);
+        settle();
         if (end > TAVIK::SelectedChildren::most || directLeaves != childCount() || has(HeldSet))
             return false;
         told = {marks >> begin, version};
@@ -67,12 +68,22 @@ struct Holder : HostItem {
     std::uint32_t end = 0;
     std::uint32_t holes = 0; ///< null children between begin and end
     std::uint32_t capacity = 0;
+    /// Slots from here on hold children that were put back, in any order; 0 if there are none.
+    std::uint32_t restored = 0;
     std::uint32_t directAtoms = 0; ///< children that are atoms
     /// Of a residue: how many of its atoms belong to the active model.
     std::uint32_t modelAtoms = 0;
     Compound* self;
 
 private:
+    void settle() {
+        if (restored)
+            sortRestored();
+        else if (holes)
+            closeHoles(begin);
+    }
+    void sortRestored();
+    void place(Compound* child, std::uint32_t slot);
     /// Moves the children together, the first to `slot`, which is not beyond `begin`.
     void closeHoles(std::uint32_t slot);
     void resize(std::uint32_t slotCount);

@@ -43,7 +43,8 @@ struct HostItem {
         OtherModel = 8,   ///< of a leaf: effective visibility, as it is counted
         InSets = 16,      ///< some set lists the item
         HasPosition = 32, ///< of an atom
-        HeldSet = 64      ///< of a composite: a set is or was among its children
+        HeldSet = 64,     ///< of a composite: a set is or was among its children
+        Unlinked = 128    ///< of a bond: its atoms do not list it, as it is to be taken back
     };
 
     HostItem(memory_host::Kind ofKind, memory_host::Name itsName);

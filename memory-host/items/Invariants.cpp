@@ -4,6 +4,7 @@
 #include "Holder.h"
 #include "ItemOrigin.h"
 #include "Origins.h"
+#include "Parking.h"
 #include "Sets.h"
 #include "Space.h"
 
@@ -33,6 +34,8 @@ private:
         expect(record.parent == parent, record, "has another parent than the one that holds it");
         if (record.kind == Kind::Residue || record.kind == Kind::Group)
             expect(!nearest(record.kind, record.parent), record, "stands in one of its own kind");
+        if (record.restored)
+            record.childBegin();
         Contribution sum;
         std::uint32_t holes = 0;
         std::uint32_t directLeaves = 0;
@@ -148,7 +151,8 @@ private:
         for (std::uint32_t slot = space.begin; slot != space.end; ++slot)
             if (const Compound* child = space.children[slot])
                 found += TAVIK::OriginOf(child).isEmpty() ? 0 : 1;
-        expect(found == originCount(), space, "does not hold all items that files are kept of");
+        expect(found + originsTakenOut() == originCount(), space,
+               "does not hold all items that files are kept of");
     }
 
     void marks(const HostItem& item) {

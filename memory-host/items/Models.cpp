@@ -2,6 +2,7 @@
 
 #include "AtomItem.h"
 #include "Holder.h"
+#include "Recording.h"
 
 #include <algorithm>
 
@@ -38,7 +39,15 @@ void mark(AtomItem& atom, HostItem& record, bool otherModel) {
     atom.updateShown();
 }
 
-void activate(Holder& residue, std::uint16_t model) {
+// Whether a residue may get another active model: only if that is recorded, where it must be.
+bool mayActivate(Holder& residue) {
+    Step* const step = stepFor(residue);
+    return !step || step->record(Step::Write::Activate, residue.self, residue.model);
+}
+
+} // namespace
+
+void activateModel(Holder& residue, std::uint16_t model) {
     residue.model = model;
     residue.modelAtoms = 0;
     forModelAtoms(*residue.self, [&](AtomItem& atom, HostItem& record) {
@@ -47,7 +56,14 @@ void activate(Holder& residue, std::uint16_t model) {
     });
 }
 
-} // namespace
+void changeModel(AtomItem& atom, unsigned int model) {
+    Holder* const residue = leaveModels(atom);
+    atom.setModel(model);
+    atom.record().set(HostItem::OtherModel, false);
+    joinModels(atom);
+    settleModel(residue);
+    atom.updateShown();
+}
 
 void switchModel(Holder& residue, ModelStep step) {
     // 0 stands for "none": models count from 1.
@@ -65,8 +81,8 @@ void switchModel(Holder& residue, ModelStep step) {
     const std::uint16_t chosen = step == ModelStep::First  ? first
                                  : step == ModelStep::Next ? (next ? next : first)
                                                            : (previous ? previous : last);
-    if (chosen != residue.model)
-        activate(residue, chosen);
+    if (chosen != residue.model && mayActivate(residue))
+        activateModel(residue, chosen);
 }
 
 void joinModels(Compound& item) {
@@ -74,7 +90,7 @@ void joinModels(Compound& item) {
     if (!residue)
         return;
     forModelAtoms(item, [&](AtomItem& atom, HostItem& record) {
-        if (residue->model == 0)
+        if (residue->model == 0 && !recording.isReplaying && mayActivate(*residue))
             residue->model = record.model;
         residue->modelAtoms += record.model == residue->model ? 1 : 0;
         mark(atom, record, record.model != residue->model);
@@ -91,7 +107,8 @@ Holder* leaveModels(Compound& item) {
 }
 
 void settleModel(Holder* residue) {
-    if (residue && residue->model != 0 && residue->modelAtoms == 0)
+    // A step that is taken back says itself what becomes of models.
+    if (!recording.isReplaying && residue && residue->model != 0 && residue->modelAtoms == 0)
         switchModel(*residue, ModelStep::First);
 }
 

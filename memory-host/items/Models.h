@@ -4,7 +4,16 @@
 
 #include "HostItem.h"
 
+#include <cstdint>
+
 namespace memory_host {
+
+class AtomItem;
+
+/// Makes a model the active one of its residue: marks and counts its atoms.
+void activateModel(Holder& residue, std::uint16_t model);
+/// Gives an atom another model.
+void changeModel(AtomItem& atom, unsigned int model);
 
 /// Which model of a residue is to be shown: the first one that it has, or the one after or before.
 enum class ModelStep { First, Next, Previous };

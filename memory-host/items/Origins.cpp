@@ -53,8 +53,7 @@ std::shared_ptr<ItemSource> sourceOf(const Compound* item) {
 }
 
 void forgetOrigin(const HostItem& item) {
-    if (!item.parent || item.parent->kind == Kind::Space)
-        origins().erase(item.id);
+    origins().erase(item.id);
 }
 
 std::size_t originCount() {

@@ -17,5 +17,7 @@ void setSelected(HostItem& item, bool on);
 /// Sets the marks of atoms; what is above those that follow one another in a composite is counted
 /// once.
 void selectAtoms(std::span<Compound* const> atoms, bool on);
+/// Sets the marks of what these records of items hold, each either wholly selected or not at all.
+void selectEach(std::span<void* const> records, bool on);
 
 } // namespace memory_host

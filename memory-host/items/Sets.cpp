@@ -5,21 +5,19 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <utility>
 
 namespace memory_host {
 
 namespace {
 
-struct Listing {
-    SetRecord* set;
-    std::uint32_t index; ///< in the set's vector of members
-};
+SetListings& listings() {
+    static auto* const all = new SetListings;
+    return *all;
+}
 
-// Has only members of sets; they carry the flag InSets.
-using Listings = std::unordered_map<const HostItem*, std::vector<Listing>>;
-
-Listings& listings() {
-    static auto* const all = new Listings;
+std::unordered_map<std::uint32_t, SetRecord*>& sets() {
+    static auto* const all = new std::unordered_map<std::uint32_t, SetRecord*>;
     return *all;
 }
 
@@ -60,13 +58,18 @@ void listMembers(SetRecord& set, const std::vector<Compound*>& members) {
         const auto index = static_cast<std::uint32_t>(set.members.size());
         // In this order the set's destructor can undo a part of the list if memory runs out.
         set.members.push_back(member);
-        sets.push_back({&set, index});
+        sets.push_back({&set, index, set.id});
         record.set(HostItem::InSets, true);
         count(set, stateOf(record), 1);
     }
 }
 
+SetRecord::SetRecord(Kind ofKind, Name itsName) : HostItem(ofKind, std::move(itsName)) {
+    sets()[id] = this;
+}
+
 SetRecord::~SetRecord() {
+    sets().erase(id);
     for (Compound* member : listed()) {
         HostItem& record = HostItem::of(member);
         const auto found = listings().find(&record);
@@ -79,11 +82,11 @@ SetRecord::~SetRecord() {
     }
 }
 
-void leaveSets(HostItem& item) {
+SetListing leaveSets(HostItem& item) {
     if (!item.has(HostItem::InSets))
-        return;
+        return {};
     // From here on the sets are not told of changes of the item, which may happen while it leaves.
-    const auto left = listings().extract(&item);
+    SetListing left = listings().extract(&item);
     item.set(HostItem::InSets, false);
     const ItemState state = stateOf(item);
     for (const Listing& listing : left.mapped()) {
@@ -96,6 +99,45 @@ void leaveSets(HostItem& item) {
         if (!listsMembers(set))
             addContribution(set.parent, contributionOf(set));
     }
+    return left;
+}
+
+void rejoinSets(HostItem& item, SetListing&& left) noexcept {
+    if (left.empty())
+        return;
+    // A set that was destroyed before the item left is not in this listing; one may be gone since.
+    std::erase_if(left.mapped(), [](const Listing& listing) { return !findSet(listing.id); });
+    if (left.mapped().empty())
+        return;
+    // The map has had room for this node before, so that nothing is allocated.
+    listings().insert(std::move(left));
+    item.set(HostItem::InSets, true);
+}
+
+void restoreMembers(SetRecord& set, std::vector<Compound*>& members) noexcept {
+    const Contribution before = contributionOf(set);
+    changeState(set, [&] {
+        set.members.swap(members);
+        set.holes = 0;
+        set.selected = set.hasSelected = set.visible = 0;
+        for (std::uint32_t i = 0; i != set.members.size(); ++i) {
+            const HostItem& member = HostItem::of(set.members[i]);
+            for (Listing& listing : listings().find(&member)->second)
+                if (listing.set == &set)
+                    listing.index = i;
+            count(set, stateOf(member), 1);
+        }
+    });
+    addContribution(set.parent, contributionOf(set) - before);
+}
+
+const std::vector<Listing>& listingsOf(const HostItem& item) noexcept {
+    return listings().find(&item)->second;
+}
+
+SetRecord* findSet(std::uint32_t id) noexcept {
+    const auto found = sets().find(id);
+    return found == sets().end() ? nullptr : found->second;
 }
 
 void tellSets(const HostItem& item, ItemState before) {
@@ -110,11 +152,11 @@ void tellSets(const HostItem& item, ItemState before) {
 }
 
 std::vector<SetRecord*> setsOf(const HostItem& item) {
-    std::vector<SetRecord*> sets;
+    std::vector<SetRecord*> all;
     if (const auto found = listings().find(&item); found != listings().end())
         for (const Listing& listing : found->second)
-            sets.push_back(listing.set);
-    return sets;
+            all.push_back(listing.set);
+    return all;
 }
 
 } // namespace memory_host

@@ -5,11 +5,15 @@
 #include "Sets.h"
 
 #include <cstdint>
+#include <span>
 
 namespace memory_host {
 
 /// Sets the mark of an item and of all that it holds.
 void setVisible(HostItem& item, Compound* self, bool on);
+
+/// Sets the marks of what these items hold, each either wholly marked or not at all.
+void showEach(std::span<void* const> items, bool on);
 
 /// Adds a change in the number of shown leaves to the counters of all composites above an item.
 void countShown(const HostItem& item, std::int32_t change);

@@ -281,7 +281,8 @@ private slots:
             throw std::runtime_error("in the middle of a command");
         } catch (const std::runtime_error&) {
         }
-        QCOMPARE(entries(*m_window), QStringList(" X 1abc"));
+        // The change is taken back, of which the window knows.
+        QCOMPARE(entries(*m_window), QStringList(" _ 1abc"));
         const DataPoint<Compound> next(nullptr, entry);
         QVERIFY(next.m_good);
     }

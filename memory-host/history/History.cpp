@@ -1,0 +1,237 @@
+#include "History.h"
+
+#include "Logger.h"
+#include "Messages.h"
+#include "Publisher.h"
+#include "Steps.h"
+#include "items/ObserverList.h"
+#include "items/Publishing.h"
+#include "items/Recording.h"
+#include "items/Subscribers.h"
+
+#include <QApplication>
+#include <QString>
+
+#include <algorithm>
+#include <iterator>
+#include <list>
+#include <new>
+
+namespace memory_host {
+
+namespace {
+
+struct Entry {
+    Step step;
+    std::string label;
+};
+using Entries = std::list<Entry>;
+
+class Steps final : public StepKeeper {
+public:
+    Steps() { makeNext(); }
+
+    Begun begin() noexcept override {
+        if (m_most == 0)
+            return {nullptr, false};
+        if (m_next.empty() && !makeNext())
+            return {nullptr, true};
+        return {&m_next.back().step, false};
+    }
+
+    void end(std::string_view label) noexcept override {
+        Entry& entry = m_next.back();
+        if (entry.step.isEmpty())
+            return;
+        try {
+            entry.label = label;
+        } catch (const std::bad_alloc&) { // It is a change without a name.
+        }
+        entry.step.finish();
+        while (!m_undone.empty())
+            forgetFirst(m_undone);
+        m_bytes += entry.step.bytes();
+        m_done.splice(m_done.end(), m_next);
+        makeNext();
+        m_hasChanged = true;
+        trim();
+    }
+
+    void drop() noexcept override {
+        if (!m_next.empty())
+            m_next.back().step.forget();
+    }
+
+    bool hasRoomFor(std::size_t bytes) noexcept override {
+        if (m_next.back().step.bytes() + bytes <= m_most)
+            return true;
+        Messages::Show(QStringLiteral("This change cannot be undone: it would take more than the "
+                                      "%1 MB of memory that are set for that")
+                           .arg(m_most >> 20U));
+        lose();
+        return false;
+    }
+
+    void lose() noexcept override {
+        recording.step = nullptr;
+        m_hasChanged = m_hasChanged || !m_done.empty() || !m_undone.empty();
+        m_undone.clear();
+        m_done.clear();
+        m_bytes = 0;
+        drop();
+    }
+
+    void tell() noexcept override {
+        if (!m_hasChanged)
+            return;
+        m_hasChanged = false;
+        m_observers.tellEach([](HistoryObserver& observer) {
+            callHandler([&] { observer.historyChanged(); });
+            return true;
+        });
+    }
+
+    bool go(bool back, std::size_t count) noexcept {
+        Entries& from = back ? m_done : m_undone;
+        Entries& to = back ? m_undone : m_done;
+        Publishing& state = publishing();
+        if (count == 0 || from.size() < count || state.changing || state.locks > 0 ||
+            state.tellings > 0 || QApplication::activeModalWidget() ||
+            QApplication::activePopupWidget())
+            return false;
+        state.changing = true;
+        bool adds = false, removes = false, updates = false;
+        for (; count != 0; --count) {
+            Step& step = from.back().step;
+            adds = adds || step.adds(back);
+            removes = removes || step.removes(back);
+            updates = updates || step.updates();
+            m_bytes -= step.bytes();
+            if (back)
+                step.takeBack();
+            else
+                step.doAgain();
+            m_bytes += step.bytes();
+            to.splice(to.end(), from, std::prev(from.end()));
+        }
+        state.changing = false;
+        m_hasChanged = true;
+        trim();
+        if (removes)
+            tellAll(nullptr, Publisher::Delete);
+        if (adds)
+            tellAll(nullptr, Publisher::Add);
+        if (updates || !(adds || removes))
+            tellAll(nullptr, Publisher::Update);
+        tell();
+        return true;
+    }
+
+    void setMost(std::size_t bytes) noexcept {
+        m_most = bytes;
+        trim();
+        tell();
+    }
+    std::size_t bytes() const { return m_bytes; }
+    const Entries& entries(bool back) const { return back ? m_done : m_undone; }
+    ObserverList<HistoryObserver>& observers() { return m_observers; }
+
+private:
+    // The oldest steps go first; then those that would be done again last.
+    void trim() noexcept {
+        for (Entries* entries : {&m_done, &m_undone})
+            while (m_bytes > m_most && !entries->empty())
+                forgetFirst(*entries);
+    }
+    // The next change begins without asking for memory, if it can.
+    bool makeNext() noexcept {
+        try {
+            m_next.emplace_back();
+        } catch (const std::bad_alloc&) {
+        }
+        return !m_next.empty();
+    }
+    void forgetFirst(Entries& entries) noexcept {
+        m_bytes -= entries.front().step.bytes();
+        entries.pop_front();
+        m_hasChanged = true;
+    }
+
+    Entries m_done;          ///< the last one at the end
+    Entries m_undone;        ///< the next one at the end
+    Entries m_next;          ///< the one in progress, or to come
+    std::size_t m_bytes = 0; ///< of those that are done or were taken back
+    std::size_t m_most = defaultHistoryBytes;
+    bool m_hasChanged = false; ///< and observers have not been told
+    ObserverList<HistoryObserver> m_observers;
+};
+
+Steps& steps() {
+    // Never destroyed: items may outlive every static object.
+    static auto* const all = new Steps;
+    return *all;
+}
+
+[[maybe_unused]] const bool isKept = [] {
+    recording.keeper = &steps();
+    return true;
+}();
+
+std::vector<HistoryStep> listed(bool back, std::size_t most) {
+    const Entries& entries = steps().entries(back);
+    std::vector<HistoryStep> all;
+    for (auto entry = entries.rbegin(); entry != entries.rend() && all.size() < most; ++entry)
+        all.push_back({entry->label, entry->step.onlySelects()});
+    return all;
+}
+
+} // namespace
+
+void setHistoryBytes(std::size_t bytes) {
+    steps().setMost(bytes);
+}
+
+std::size_t historyBytes() {
+    return steps().bytes();
+}
+
+void forgetHistory() {
+    steps().lose();
+    steps().tell();
+}
+
+} // namespace memory_host
+
+using namespace memory_host;
+
+HistoryObserver::HistoryObserver() {
+    steps().observers().add(this);
+}
+
+HistoryObserver::~HistoryObserver() {
+    steps().observers().remove(this);
+}
+
+std::vector<HistoryStep> History::undoable(std::size_t most) {
+    return listed(true, most);
+}
+
+std::vector<HistoryStep> History::redoable(std::size_t most) {
+    return listed(false, most);
+}
+
+std::size_t History::toLastOfData() {
+    const Entries& done = steps().entries(true);
+    const auto last = std::find_if(done.rbegin(), done.rend(),
+                                   [](const Entry& entry) { return !entry.step.onlySelects(); });
+    return last == done.rend() ? 0
+                               : static_cast<std::size_t>(std::distance(done.rbegin(), last)) + 1;
+}
+
+bool History::undo(std::size_t count) {
+    return steps().go(true, count);
+}
+
+bool History::redo(std::size_t count) {
+    return steps().go(false, count);
+}

@@ -1,0 +1,200 @@
+#include "Step.h"
+
+#include "AtomItem.h"
+#include "GridItem.h"
+#include "Items.h"
+#include "Parking.h"
+#include "Recording.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace memory_host {
+
+namespace {
+
+std::uint32_t lastNumber = 0;
+
+std::uint32_t numberOf(Step::Write write) {
+    return std::uint32_t{1} << static_cast<unsigned>(write);
+}
+
+std::uint32_t maskOf(std::initializer_list<Step::Write> writes) {
+    std::uint32_t mask = 0;
+    for (const Step::Write write : writes)
+        mask |= numberOf(write);
+    return mask;
+}
+
+} // namespace
+
+Step::Step() : m_number(++lastNumber) {}
+
+Step::~Step() {
+    forget();
+}
+
+template <class Value> bool Step::grow(std::vector<Value>& vector, std::size_t more) noexcept {
+    if (m_failed)
+        return false;
+    const std::size_t needed = vector.size() + more;
+    if (needed <= vector.capacity())
+        return true;
+    try {
+        vector.reserve(std::max(needed, vector.capacity() * 2));
+    } catch (const std::exception&) { // Also a length that no vector can have.
+        m_failed = true;
+    }
+    return !m_failed;
+}
+
+template <class Value> bool Step::grow(Chunks<Value>& chunks, std::size_t more) noexcept {
+    if (m_failed)
+        return false;
+    try {
+        chunks.reserve(more);
+    } catch (const std::bad_alloc&) {
+        m_failed = true;
+    }
+    return !m_failed;
+}
+
+bool Step::reserve(std::size_t items, std::size_t runs) noexcept {
+    return grow(m_items, items) && grow(m_runs, runs);
+}
+
+void Step::add(Write write, bool on, void* item) noexcept {
+    m_items.push_back(item);
+    if (m_runs.empty() || m_runs.back().write != write || m_runs.back().on != on ||
+        m_runs.back().count == std::numeric_limits<std::uint32_t>::max()) {
+        m_runs.push_back({write, on, 0});
+        m_writes |= numberOf(write);
+    }
+    ++m_runs.back().count;
+}
+
+bool Step::record(Write write, void* item) noexcept {
+    if (!reserve(1))
+        return false;
+    add(write, false, item);
+    return true;
+}
+
+bool Step::record(Write write, void* item, std::uint32_t before) noexcept {
+    if (!grow(m_numbers, 1) || !record(write, item))
+        return false;
+    m_numbers.push_back(before);
+    return true;
+}
+
+bool Step::reserveMove() noexcept {
+    // With its parent's own marks.
+    return reserve(2, 2) && grow(m_parents, 1) && grow(m_numbers, 1);
+}
+
+void Step::addMove(Write write, Compound* item, Holder* parent) noexcept {
+    if (write == Write::Attach && parent->sum.leaves == 0) {
+        add(Write::OwnMarks, false, parent->self);
+        m_numbers.push_back(ownMarksOf(parent));
+    }
+    if (write == Write::Detach)
+        m_itemBytes += memoryOf(*item);
+    add(write, false, item);
+    if (m_parents.empty() || m_parents.back().parent != parent)
+        m_parents.push_back({parent, 0});
+    ++m_parents.back().count;
+}
+
+bool Step::recordPlace(AtomItem& atom) noexcept {
+    if (!grow(m_places, 1) || !record(Write::Move, static_cast<Compound*>(&atom)))
+        return false;
+    m_places.push_back({atom.m_position, atom.record().has(HostItem::HasPosition)});
+    return true;
+}
+
+bool Step::recordMesh(Compound* surface) noexcept {
+    if (!grow(m_meshes, 1) || !record(Write::Reshape, surface))
+        return false;
+    m_meshes.push_back(std::move(static_cast<SurfaceItem*>(surface)->m_mesh));
+    m_itemBytes += m_meshes.back() ? memoryOf(*m_meshes.back()) : 0;
+    return true;
+}
+
+bool Step::recordMeshColours(Compound* surface) noexcept {
+    if (!grow(m_meshColours, 1) || !record(Write::Recolour, surface))
+        return false;
+    TAVIK::SurfaceMesh& mesh = *static_cast<SurfaceItem*>(surface)->m_mesh;
+    m_meshColours.push_back({std::move(mesh.colors), std::move(mesh.scale)});
+    m_itemBytes += m_meshColours.back().colors.capacity() * sizeof(std::uint32_t);
+    return true;
+}
+
+bool Step::recordParts(SetRecord& set) noexcept {
+    if (set.recordedIn == m_number)
+        return true;
+    Parts parts{set.id, ownMarksOf(set.parent), {}};
+    if (!grow(m_parts, 1) || !reserve(1) || !grow(parts.members, set.memberCount()))
+        return false;
+    parts.members = set.listed();
+    set.recordedIn = m_number;
+    add(Write::SetParts, false, nullptr);
+    m_parts.push_back(std::move(parts));
+    return true;
+}
+
+bool Step::leaveSetsOf(Compound* item) noexcept {
+    HostItem& record = HostItem::of(item);
+    if (!record.has(HostItem::InSets))
+        return !m_failed;
+    if (!reserve(1) || !grow(m_listings, 1))
+        return false;
+    // The listing does not change meanwhile.
+    for (const Listing& listing : listingsOf(record))
+        if (!recordParts(*listing.set))
+            return false;
+    if (!reserve(1))
+        return false;
+    add(Write::LeaveSets, false, item);
+    m_listings.push_back(leaveSets(record));
+    return true;
+}
+
+bool Step::recordBounds(GridItem& grid) noexcept {
+    const std::array<int, 6> now = grid.bounds();
+    if (now == grid.m_keptBounds)
+        return true;
+    if (!grow(m_bounds, 1) || !record(Write::Bound, static_cast<Compound*>(&grid)))
+        return false;
+    m_bounds.push_back(std::exchange(grid.m_keptBounds, now));
+    return true;
+}
+
+void Step::recordBounds() noexcept {
+    for (GridItem* grid : GridItem::all())
+        if (stepFor(HostItem::of(grid)) == this && !recordBounds(*grid))
+            grid->setBounds(grid->m_keptBounds);
+}
+
+bool Step::onlySelects() const {
+    return m_writes == numberOf(Write::Select);
+}
+
+bool Step::updates() const {
+    return (m_writes &
+            maskOf({Write::Select, Write::Show, Write::Paint, Write::Activate, Write::Join,
+                    Write::Move, Write::Reshape, Write::Recolour, Write::Bound})) != 0;
+}
+
+std::size_t Step::logBytes() const {
+    const auto of = [](const auto& vector) { return vector.capacity() * sizeof(vector[0]); };
+    std::size_t bytes = sizeof(Step) + m_runs.bytes() + m_items.bytes() + of(m_packed) +
+                        m_parents.bytes() + m_numbers.bytes() + of(m_places) + of(m_meshes) +
+                        of(m_meshColours) + of(m_bounds) + of(m_parts) + of(m_listings);
+    for (const Parts& parts : m_parts)
+        bytes += of(parts.members);
+    return bytes;
+}
+
+} // namespace memory_host

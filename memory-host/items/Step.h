@@ -1,0 +1,164 @@
+// What one change has written, in the order of the writes, so that it can be taken back and done
+// again.
+#pragma once
+
+#include "Chunks.h"
+#include "Geometry.h"
+#include "HostItem.h"
+#include "Sets.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace memory_host {
+
+class AtomItem;
+class GridItem;
+
+/// A log of writes, each with what it takes to reverse it. Taking a step back reverses them from
+/// the last to the first, by the functions that commands use; doing it again, from the first to the
+/// last. Items that the data do not hold now, because the step destroyed them or because it made
+/// them and was taken back, belong to the step: their addresses and identifiers stay. Steps are
+/// taken back in the reverse order in which they were made, and nothing else may change the data
+/// between them.
+///
+/// A write is recorded before it happens. If there is no memory for that, it must not happen, nor
+/// any that follows: hasFailed() is true from then on, and the change is to be taken back. Taking
+/// back, doing again and dropping allocate nothing.
+class Step {
+public:
+    Step();
+    Step(const Step&) = delete;
+    Step& operator=(const Step&) = delete;
+    /// Frees the items that belong to the step.
+    ~Step();
+
+    enum class Write : std::uint8_t {
+        Select,   ///< a record: all in it was unselected, and is selected now; or the other way
+        Show,     ///< an item, likewise
+        Paint,    ///< an item, and its colour before
+        Activate, ///< a residue, and its active model before
+        OwnMarks, ///< a composite that is not to be empty any more, and its own marks
+        Join,     ///< an atom, and its model before
+        Move,     ///< an atom, and its place before
+        Reshape,  ///< a surface, and its mesh before
+        Recolour, ///< a surface, and the colours of its mesh before
+        Bound,    ///< a grid, and its bounds before
+        Alter,    ///< a top-level item, and the version of its data before
+        Attach,   ///< an item, and the composite it went into
+        Detach,   ///< an item, and the composite it came out of
+        Link,     ///< a bond, which its atoms list now
+        Unlink,   ///< a bond, which its atoms list no more
+        SetParts, ///< a set, and its members before
+        LeaveSets ///< an item, and the sets that listed it
+    };
+    static constexpr std::size_t writeCount = 17;
+
+    /// Makes room for writes of `items` items in `runs` runs of one kind and direction. False when
+    /// memory has run out, also before.
+    [[nodiscard]] bool reserve(std::size_t items, std::size_t runs = 1) noexcept;
+    /// Records a write; there must be room for it.
+    void add(Write write, bool on, void* item) noexcept;
+    /// reserve() and add().
+    [[nodiscard]] bool record(Write write, void* item) noexcept;
+    /// The same with a number: a colour, a model, or flags.
+    [[nodiscard]] bool record(Write write, void* item, std::uint32_t before) noexcept;
+    /// The same with the composite of an item that comes or goes.
+    [[nodiscard]] bool reserveMove() noexcept;
+    void addMove(Write write, Compound* item, Holder* parent) noexcept;
+    [[nodiscard]] bool recordPlace(AtomItem& atom) noexcept;
+    /// Takes the mesh that is replaced next.
+    [[nodiscard]] bool recordMesh(Compound* surface) noexcept;
+    [[nodiscard]] bool recordMeshColours(Compound* surface) noexcept;
+    /// The members of a set, once a step, before the first of them leaves.
+    [[nodiscard]] bool recordParts(SetRecord& set) noexcept;
+    /// The sets that list an item; it leaves them.
+    [[nodiscard]] bool leaveSetsOf(Compound* item) noexcept;
+
+    /// Records what became of the bounds of grids, which anybody writes directly.
+    void recordBounds() noexcept;
+    /// The same for one that goes.
+    [[nodiscard]] bool recordBounds(GridItem& grid) noexcept;
+
+    /// Unlike any other step's.
+    std::uint32_t number() const { return m_number; }
+    /// There is no memory for what is about to be written.
+    void fail() noexcept { m_failed = true; }
+
+    bool isEmpty() const { return m_runs.empty(); }
+    bool hasFailed() const { return m_failed; }
+    /// Whether it selects and does nothing else.
+    bool onlySelects() const;
+    /// Whether it makes items, or destroys some, when it is done, or taken back if `isBack`.
+    bool adds(bool isBack) const { return has(isBack ? Write::Detach : Write::Attach); }
+    bool removes(bool isBack) const { return has(isBack ? Write::Attach : Write::Detach); }
+    /// Whether it changes items that stay.
+    bool updates() const;
+
+    /// Packs the log, as nothing follows; without memory for that, it stays as it is.
+    void finish() noexcept;
+    void takeBack() noexcept { go(true); }
+    void doAgain() noexcept { go(false); }
+    /// Bytes that the step takes, with the items that belong to it: an estimate.
+    std::size_t bytes() const { return logBytes() + m_itemBytes; }
+    /// Leaves all as it is, and forgets it: the items that belong to the step are freed.
+    void forget() noexcept;
+
+private:
+    struct Run {
+        Write write;
+        bool on;
+        std::uint32_t count;
+    };
+    struct ParentRun {
+        Holder* parent;
+        std::uint32_t count;
+    };
+    struct Place {
+        std::array<float, 3> position;
+        bool isValid;
+    };
+    struct MeshColours {
+        std::vector<std::uint32_t> colors;
+        std::optional<TAVIK::ValueScale> scale;
+    };
+    struct Parts {
+        std::uint32_t set;        ///< identifier
+        std::uint8_t parentMarks; ///< of the composite that the set stands in
+        std::vector<Compound*> members;
+    };
+    /// Reads the addresses of the items from one end to the other.
+    class Items;
+    class Going;
+
+    bool has(Write write) const { return (m_writes >> static_cast<unsigned>(write) & 1U) != 0; }
+    std::size_t logBytes() const;
+    template <class Value> bool grow(std::vector<Value>& vector, std::size_t more) noexcept;
+    template <class Value> bool grow(Chunks<Value>& chunks, std::size_t more) noexcept;
+    void go(bool back) noexcept;
+    void freeItems() noexcept;
+
+    Chunks<Run> m_runs;
+    Chunks<void*> m_items;             ///< of all runs; empty when packed
+    std::vector<std::int8_t> m_packed; ///< their addresses, each as the difference to the last
+    std::uintptr_t m_lastPacked = 0;
+    Chunks<ParentRun> m_parents;     ///< of Attach and Detach
+    Chunks<std::uint32_t> m_numbers; ///< of Paint, Activate, OwnMarks, Join and Alter
+    std::vector<Place> m_places;
+    std::vector<std::unique_ptr<TAVIK::SurfaceMesh>> m_meshes;
+    std::vector<MeshColours> m_meshColours;
+    std::vector<std::array<int, 6>> m_bounds;
+    std::vector<Parts> m_parts;
+    std::vector<SetListing> m_listings; ///< of LeaveSets
+    std::uint32_t m_number;             ///< unlike any other step's
+    std::size_t m_itemBytes = 0;        ///< of items that belong to the step
+    std::uint32_t m_writes = 0;         ///< bits: which writes there are
+    bool m_isBack = false;
+    bool m_failed = false;
+};
+
+} // namespace memory_host

@@ -1,0 +1,311 @@
+// Taking a step back and doing it again, and what becomes of the items that belong to it.
+#include "AtomItem.h"
+#include "DataVersion.h"
+#include "GridItem.h"
+#include "Items.h"
+#include "Models.h"
+#include "Parking.h"
+#include "Recording.h"
+#include "Selection.h"
+#include "Visibility.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+#include <span>
+#include <type_traits>
+#include <utility>
+
+namespace memory_host {
+
+namespace {
+
+// Addresses are multiples of this.
+constexpr std::uintptr_t grain = 8;
+// Stands before and behind a difference that does not fit a byte.
+constexpr std::int8_t wide = -128;
+constexpr std::size_t wideBytes = sizeof(std::uintptr_t);
+
+} // namespace
+
+// A difference is one byte, or stands in eight between two marks: it can be read from either side.
+class Step::Items {
+public:
+    Items(const Step& step, bool fromEnd) : m_step(step), m_isPacked(!step.m_packed.empty()) {
+        if (!fromEnd)
+            return;
+        m_at = m_isPacked ? step.m_packed.size() : step.m_items.size();
+        m_last = step.m_lastPacked;
+    }
+
+    void* next() {
+        if (!m_isPacked)
+            return m_step.m_items[m_at++];
+        const std::int8_t* const at = m_step.m_packed.data() + m_at;
+        m_last += *at == wide ? wideAt(at + 1) : distance(*at);
+        m_at += *at == wide ? wideBytes + 2 : 1;
+        return reinterpret_cast<void*>(m_last);
+    }
+    void* previous() {
+        if (!m_isPacked)
+            return m_step.m_items[--m_at];
+        auto* const found = reinterpret_cast<void*>(m_last);
+        const std::int8_t* const at = m_step.m_packed.data() + m_at - 1;
+        m_last -= *at == wide ? wideAt(at - wideBytes) : distance(*at);
+        m_at -= *at == wide ? wideBytes + 2 : 1;
+        return found;
+    }
+
+    static std::uintptr_t distance(std::int8_t difference) {
+        return static_cast<std::uintptr_t>(std::intptr_t{difference}) * grain;
+    }
+
+private:
+    static std::uintptr_t wideAt(const std::int8_t* at) {
+        std::uintptr_t difference = 0;
+        std::memcpy(&difference, at, wideBytes);
+        return difference;
+    }
+
+    const Step& m_step;
+    bool m_isPacked;
+    std::size_t m_at = 0;
+    std::uintptr_t m_last = 0;
+};
+
+void Step::finish() noexcept {
+    try {
+        m_runs.shrink();
+        m_parents.shrink();
+        m_numbers.shrink();
+        m_items.shrink();
+        std::vector<std::int8_t> packed;
+        packed.reserve(m_items.size() * 2);
+        std::uintptr_t last = 0;
+        for (std::size_t i = 0; i != m_items.size(); ++i) {
+            const auto at = reinterpret_cast<std::uintptr_t>(m_items[i]);
+            const auto difference = static_cast<std::intptr_t>(at - last);
+            last = at;
+            const std::intptr_t grains = difference / static_cast<std::intptr_t>(grain);
+            if (grains > wide && grains <= std::numeric_limits<std::int8_t>::max() &&
+                difference % static_cast<std::intptr_t>(grain) == 0) {
+                packed.push_back(static_cast<std::int8_t>(grains));
+                continue;
+            }
+            std::array<std::int8_t, wideBytes + 2> marked;
+            marked.front() = marked.back() = wide;
+            std::memcpy(marked.data() + 1, &difference, wideBytes);
+            packed.insert(packed.end(), marked.begin(), marked.end());
+        }
+        if (packed.size() >= m_items.size() * sizeof(void*))
+            return;
+        packed.shrink_to_fit();
+        m_packed = std::move(packed);
+        m_lastPacked = last;
+        Chunks<void*>().swap(m_items);
+    } catch (const std::bad_alloc&) { // It takes more memory then.
+    }
+}
+
+// Where taking back, or doing again, has come to: all that the writes of one step have beside
+// their items is in the order of the writes.
+class Step::Going {
+public:
+    Going(Step& step, bool back) : m_step(step), m_back(back), m_items(step, back) {
+        if (!back)
+            return;
+        m_number = step.m_numbers.size();
+        m_place = step.m_places.size();
+        m_mesh = step.m_meshes.size();
+        m_meshColours = step.m_meshColours.size();
+        m_bounds = step.m_bounds.size();
+        m_parts = step.m_parts.size();
+        m_listing = step.m_listings.size();
+        m_parent = step.m_parents.size();
+    }
+
+    void run(const Run& run) {
+        // In the order of Write.
+        static constexpr std::array<void (Going::*)(Compound&), writeCount> each = {
+            nullptr,           nullptr,       &Going::paint,  &Going::activate,
+            &Going::giveMarks, &Going::join,  &Going::move,   &Going::reshape,
+            &Going::recolour,  &Going::bound, &Going::alter,  &Going::attach,
+            &Going::detach,    &Going::link,  &Going::unlink, &Going::giveParts,
+            &Going::leaveSets};
+        if (run.write == Write::Select)
+            inBatches(run, [&](auto items) { selectEach(items, run.on != m_back); });
+        else if (run.write == Write::Show)
+            inBatches(run, [&](auto items) { showEach(items, run.on != m_back); });
+        else
+            for (std::uint32_t i = 0; i != run.count; ++i)
+                (this->*each[static_cast<std::size_t>(run.write)])(*static_cast<Compound*>(item()));
+    }
+
+private:
+    void* item() { return m_back ? m_items.previous() : m_items.next(); }
+    template <class Vector> auto& of(Vector& vector, std::size_t& at) {
+        return vector[m_back ? --at : at++];
+    }
+    std::uint32_t& number() { return of(m_step.m_numbers, m_number); }
+
+    template <class Use> void inBatches(const Run& run, const Use& use) {
+        std::array<void*, 256> batch;
+        for (std::uint32_t left = run.count; left != 0;) {
+            const auto count =
+                static_cast<std::uint32_t>(std::min<std::size_t>(left, batch.size()));
+            for (std::uint32_t i = 0; i != count; ++i)
+                batch[i] = item();
+            use(std::span<void* const>(batch.data(), count));
+            left -= count;
+        }
+    }
+
+    void paint(Compound& item) { std::swap(HostItem::of(&item).color, number()); }
+    void activate(Compound& residue) {
+        Holder& holder = HostItem::of(&residue).asHolder();
+        const auto model = static_cast<std::uint16_t>(std::exchange(number(), holder.model));
+        activateModel(holder, model);
+    }
+    void giveMarks(Compound& composite) {
+        if (const std::uint32_t marks = number(); m_back)
+            setOwnMarks(HostItem::of(&composite).asHolder(), marks);
+    }
+    void join(Compound& item) {
+        auto& atom = static_cast<AtomItem&>(item);
+        std::uint32_t& model = number();
+        const std::uint32_t now = atom.record().model;
+        changeModel(atom, model);
+        model = now;
+    }
+    void move(Compound& item) {
+        auto& atom = static_cast<AtomItem&>(item);
+        Place& place = of(m_step.m_places, m_place);
+        const bool wasValid = atom.record().has(HostItem::HasPosition);
+        std::swap(atom.m_position, place.position);
+        atom.record().set(HostItem::HasPosition, std::exchange(place.isValid, wasValid));
+    }
+    void reshape(Compound& surface) {
+        std::unique_ptr<TAVIK::SurfaceMesh>& mesh = of(m_step.m_meshes, m_mesh);
+        m_step.m_itemBytes -= mesh ? memoryOf(*mesh) : 0;
+        std::swap(static_cast<SurfaceItem&>(surface).m_mesh, mesh);
+        m_step.m_itemBytes += mesh ? memoryOf(*mesh) : 0;
+    }
+    void recolour(Compound& surface) {
+        TAVIK::SurfaceMesh& mesh = *static_cast<SurfaceItem&>(surface).m_mesh;
+        MeshColours& other = of(m_step.m_meshColours, m_meshColours);
+        m_step.m_itemBytes -= other.colors.capacity() * sizeof(std::uint32_t);
+        std::swap(mesh.colors, other.colors);
+        std::swap(mesh.scale, other.scale);
+        m_step.m_itemBytes += other.colors.capacity() * sizeof(std::uint32_t);
+    }
+    void bound(Compound& item) {
+        auto& grid = static_cast<GridItem&>(item);
+        std::array<int, 6>& bounds = of(m_step.m_bounds, m_bounds);
+        const std::array<int, 6> now = grid.bounds();
+        grid.setBounds(std::exchange(bounds, now));
+    }
+    void alter(Compound& top) {
+        std::uint32_t& version = number();
+        version = swapDataVersion(HostItem::of(&top), version);
+    }
+    void attach(Compound& item) { come(item, !m_back); }
+    void detach(Compound& item) { come(item, m_back); }
+    void link(Compound& bond) { list(bond, !m_back); }
+    void unlink(Compound& bond) { list(bond, m_back); }
+    // The first of the next parts is not used.
+    void giveParts(Compound& /*none*/) {
+        Parts& parts = of(m_step.m_parts, m_parts);
+        SetRecord* const set = findSet(parts.set);
+        if (set && m_back) {
+            restoreMembers(*set, parts.members);
+            if (set->parent)
+                setOwnMarks(*set->parent, parts.parentMarks);
+        } else if (set) {
+            // There is room: these members, and no fewer, were here before.
+            parts.members.assign(set->listed().begin(), set->listed().end());
+        }
+    }
+    void leaveSets(Compound& item) {
+        SetListing& listing = of(m_step.m_listings, m_listing);
+        if (m_back)
+            rejoinSets(HostItem::of(&item), std::move(listing));
+        else
+            listing = memory_host::leaveSets(HostItem::of(&item));
+    }
+
+    void come(Compound& item, bool in) {
+        Holder& parent = nextParent();
+        if (in) {
+            m_step.m_itemBytes -= memoryOf(item);
+            putBack(item, parent);
+        } else {
+            takeOut(item);
+            m_step.m_itemBytes += memoryOf(item);
+        }
+    }
+    static void list(Compound& item, bool on) {
+        auto& bond = static_cast<BondItem&>(item);
+        if (on)
+            bond.relink();
+        else
+            bond.unlink();
+    }
+    Holder& nextParent() {
+        if (m_leftOfParent == 0) {
+            const ParentRun& run = of(m_step.m_parents, m_parent);
+            m_holder = run.parent;
+            m_leftOfParent = run.count;
+        }
+        --m_leftOfParent;
+        return *m_holder;
+    }
+
+    Step& m_step;
+    bool m_back;
+    Items m_items;
+    std::size_t m_number = 0, m_place = 0, m_mesh = 0, m_meshColours = 0, m_bounds = 0, m_parts = 0,
+                m_listing = 0, m_parent = 0;
+    Holder* m_holder = nullptr;
+    std::uint32_t m_leftOfParent = 0;
+};
+
+void Step::go(bool back) noexcept {
+    recording.isReplaying = true;
+    Going going(*this, back);
+    for (std::size_t i = 0, count = m_runs.size(); i != count; ++i)
+        going.run(m_runs[back ? count - 1 - i : i]);
+    m_isBack = back;
+    recording.isReplaying = false;
+}
+
+void Step::freeItems() noexcept {
+    const Write theirs = m_isBack ? Write::Attach : Write::Detach;
+    if (!has(theirs))
+        return;
+    Items items(*this, false);
+    for (std::size_t at = 0; at != m_runs.size(); ++at) {
+        const Run run = m_runs[at];
+        for (std::uint32_t i = 0; i != run.count; ++i)
+            if (void* const item = items.next(); run.write == theirs)
+                freeTakenOut(static_cast<Compound*>(item));
+    }
+}
+
+void Step::forget() noexcept {
+    freeItems();
+    const auto empty = [](auto&... vectors) {
+        (std::remove_reference_t<decltype(vectors)>().swap(vectors), ...);
+    };
+    empty(m_runs, m_items, m_packed, m_parents, m_numbers, m_places, m_meshes, m_meshColours,
+          m_bounds, m_parts, m_listings);
+    m_itemBytes = 0;
+    m_writes = 0;
+    m_isBack = false;
+    m_failed = false;
+}
+
+} // namespace memory_host

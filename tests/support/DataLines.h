@@ -1,0 +1,14 @@
+// All that can be read of the data space, as text: two texts are equal when the data are the same,
+// to the addresses of the items.
+#pragma once
+
+#include <QStringList>
+
+namespace test_support {
+
+/// A line an item, in the order of the tree.
+QStringList dataLines();
+/// The first line that differs, in both texts; empty when none does.
+QString firstDifference(const QStringList& now, const QStringList& before);
+
+} // namespace test_support
