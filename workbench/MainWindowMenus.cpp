@@ -3,6 +3,7 @@
 
 #include "FindBox.h"
 #include "HelpPages.h"
+#include "HistoryMenu.h"
 #include "Inspector.h"
 #include "MenuLetters.h"
 #include "PluginDocks.h"
@@ -78,6 +79,8 @@ void MainWindow::nameEntryToClose() {
 
 void MainWindow::makeEditMenu() {
     QMenu* const menu = menuBar()->addMenu(tr("&Edit"));
+    new HistoryMenu(menu);
+    menu->addSeparator();
     menu->addAction(tr("&Copy"), QKeySequence::Copy, this, &MainWindow::copy);
     menu->addAction(tr("&Find"), QKeySequence::Find, m_find, &FindBox::begin);
 }

@@ -2,6 +2,10 @@
 
 #include "Apart.h"
 #include "Compare.h"
+#include "DataLines.h"
+#include "History.h"
+#include "history/Steps.h"
+#include "items/Invariants.h"
 
 #include <algorithm>
 
@@ -304,7 +308,10 @@ namespace {
 // Plays steps one by one until something differs.
 class Play {
 public:
-    Play(const Start& start, const Begin& begin) : m_begin(begin), m_driver(start, m_model) {}
+    Play(const Start& start, const Begin& begin) : m_begin(begin), m_driver(start, m_model) {
+        memory_host::forgetHistory();
+        m_start = test_support::dataLines();
+    }
 
     Model& model() { return m_model; }
 
@@ -318,10 +325,35 @@ public:
         return differences(m_model.said, real) + differences(m_model, m_driver);
     }
 
+    /// All is taken back to the start, and done again.
+    QStringList thereAndBack() {
+        const std::size_t count = History::undoable().size();
+        const QStringList end = test_support::dataLines();
+        if (count == 0)
+            return differs(end, m_start, "without a step");
+        if (!History::undo(count))
+            return {"the steps could not be taken back"};
+        QStringList faults = differs(test_support::dataLines(), m_start, "taken back");
+        if (!History::redo(count))
+            return faults << "the steps could not be done again";
+        faults << differs(test_support::dataLines(), end, "done again");
+        for (const std::string& fault : memory_host::checkInvariants())
+            faults << QString::fromStdString(fault);
+        return faults + differences(m_model, m_driver);
+    }
+
 private:
+    static QStringList differs(const QStringList& now, const QStringList& before,
+                               const char* when) {
+        const QString difference = test_support::firstDifference(now, before);
+        return difference.isEmpty() ? QStringList()
+                                    : QStringList(QLatin1String(when) + ": " + difference);
+    }
+
     const Begin& m_begin;
     Model m_model;
     Driver m_driver;
+    QStringList m_start;
 };
 
 } // namespace
@@ -333,8 +365,9 @@ Outcome play(const Session& session, const Begin& begin) {
         outcome.faults = played.step(step);
         ++outcome.steps;
         if (!outcome.faults.isEmpty())
-            break;
+            return outcome;
     }
+    outcome.faults = played.thereAndBack();
     return outcome;
 }
 
@@ -348,6 +381,8 @@ Outcome play(Session& session, Theme theme, unsigned int seed, std::size_t count
         outcome.faults = played.step(session.steps.back());
         ++outcome.steps;
     }
+    if (outcome.faults.isEmpty())
+        outcome.faults = played.thereAndBack();
     return outcome;
 }
 
