@@ -138,6 +138,14 @@ void AtomItem::setValues(const TAVIK::AtomValues& values) {
     m_record.color = defaultColor(m_record).rgba();
 }
 
+void AtomItem::swapDescription(Description& other) noexcept {
+    auto& details = *static_cast<TAVIK::AtomDetails*>(annexOf(this));
+    std::swap(m_record.type, other.type);
+    std::swap(m_temperature, other.temperature);
+    std::swap(m_record.color, other.color);
+    std::swap(details, other.details);
+}
+
 void AtomItem::setPosition(const TAVIK::Vertex& position) {
     bool isFinite = true;
     for (const std::size_t axis : {0, 1, 2}) {

@@ -6,6 +6,7 @@
 #include "Kinds.h"
 
 #include <array>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -69,6 +70,14 @@ public:
 
     /// Takes all values but the name, the partial charge and marks.
     void setValues(const TAVIK::AtomValues& values);
+    /// The values that no other function sets.
+    struct Description {
+        Name type;
+        float temperature = 0.0F;
+        std::uint32_t color = 0;
+        TAVIK::AtomDetails details;
+    };
+    void swapDescription(Description& other) noexcept;
     /// A position that is not finite counts as none.
     void setPosition(const TAVIK::Vertex& position);
     /// The residue's counts are the caller's.

@@ -6,6 +6,7 @@
 #include "Items.h"
 #include "Making.h"
 #include "Models.h"
+#include "Recording.h"
 
 #include <QtGlobal>
 
@@ -58,6 +59,8 @@ void setAtom(Compound* item, const TAVIK::AtomValues& values) {
         return;
     // What can fail comes before the first change.
     const Name type(values.type);
+    if (Step* const step = stepFor(atom->record()); step && !step->recordValues(*atom))
+        return;
     Holder* const residue = leaveModels(*atom);
     atom->setValues(values);
     HostItem::of(atom).set(HostItem::OtherModel, false);

@@ -114,6 +114,24 @@ bool Step::recordPlace(AtomItem& atom) noexcept {
     return true;
 }
 
+bool Step::recordValues(AtomItem& atom) noexcept {
+    try {
+        if (!recordPlace(atom) ||
+            !record(Write::Join, static_cast<Compound*>(&atom), atom.record().model) ||
+            !grow(m_descriptions, 1))
+            return false;
+        m_descriptions.push_back({Name(atom.record().type.text()), atom.m_temperature,
+                                  atom.record().color, atom.details()});
+    } catch (const std::bad_alloc&) {
+        m_failed = true;
+        return false;
+    }
+    if (record(Write::Rewrite, static_cast<Compound*>(&atom)))
+        return true;
+    m_descriptions.pop_back();
+    return false;
+}
+
 bool Step::recordMesh(Compound* surface) noexcept {
     if (!grow(m_meshes, 1) || !record(Write::Reshape, surface))
         return false;
@@ -191,7 +209,8 @@ std::size_t Step::logBytes() const {
     const auto of = [](const auto& vector) { return vector.capacity() * sizeof(vector[0]); };
     std::size_t bytes = sizeof(Step) + m_runs.bytes() + m_items.bytes() + of(m_packed) +
                         m_parents.bytes() + m_numbers.bytes() + of(m_places) + of(m_meshes) +
-                        of(m_meshColours) + of(m_bounds) + of(m_parts) + of(m_listings);
+                        of(m_meshColours) + of(m_bounds) + of(m_descriptions) + of(m_parts) +
+                        of(m_listings);
     for (const Parts& parts : m_parts)
         bytes += of(parts.members);
     return bytes;

@@ -2,6 +2,7 @@
 // again.
 #pragma once
 
+#include "AtomItem.h"
 #include "Chunks.h"
 #include "Geometry.h"
 #include "HostItem.h"
@@ -16,7 +17,6 @@
 
 namespace memory_host {
 
-class AtomItem;
 class GridItem;
 
 /// A log of writes, each with what it takes to reverse it. Taking a step back reverses them from
@@ -45,6 +45,7 @@ public:
         OwnMarks, ///< a composite that is not to be empty any more, and its own marks
         Join,     ///< an atom, and its model before
         Move,     ///< an atom, and its place before
+        Rewrite,  ///< an atom, and what else it was before
         Reshape,  ///< a surface, and its mesh before
         Recolour, ///< a surface, and the colours of its mesh before
         Bound,    ///< a grid, and its bounds before
@@ -56,7 +57,7 @@ public:
         SetParts, ///< a set, and its members before
         LeaveSets ///< an item, and the sets that listed it
     };
-    static constexpr std::size_t writeCount = 17;
+    static constexpr std::size_t writeCount = 18;
 
     /// Makes room for writes of `items` items in `runs` runs of one kind and direction. False when
     /// memory has run out, also before.
@@ -71,6 +72,8 @@ public:
     [[nodiscard]] bool reserveMove() noexcept;
     void addMove(Write write, Compound* item, Holder* parent) noexcept;
     [[nodiscard]] bool recordPlace(AtomItem& atom) noexcept;
+    /// All values of an atom.
+    [[nodiscard]] bool recordValues(AtomItem& atom) noexcept;
     /// Takes the mesh that is replaced next.
     [[nodiscard]] bool recordMesh(Compound* surface) noexcept;
     [[nodiscard]] bool recordMeshColours(Compound* surface) noexcept;
@@ -149,6 +152,7 @@ private:
     Chunks<ParentRun> m_parents;     ///< of Attach and Detach
     Chunks<std::uint32_t> m_numbers; ///< of Paint, Activate, OwnMarks, Join and Alter
     std::vector<Place> m_places;
+    std::vector<AtomItem::Description> m_descriptions;
     std::vector<std::unique_ptr<TAVIK::SurfaceMesh>> m_meshes;
     std::vector<MeshColours> m_meshColours;
     std::vector<std::array<int, 6>> m_bounds;

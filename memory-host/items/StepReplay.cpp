@@ -120,6 +120,7 @@ public:
             return;
         m_number = step.m_numbers.size();
         m_place = step.m_places.size();
+        m_description = step.m_descriptions.size();
         m_mesh = step.m_meshes.size();
         m_meshColours = step.m_meshColours.size();
         m_bounds = step.m_bounds.size();
@@ -131,11 +132,11 @@ public:
     void run(const Run& run) {
         // In the order of Write.
         static constexpr std::array<void (Going::*)(Compound&), writeCount> each = {
-            nullptr,           nullptr,       &Going::paint,  &Going::activate,
-            &Going::giveMarks, &Going::join,  &Going::move,   &Going::reshape,
-            &Going::recolour,  &Going::bound, &Going::alter,  &Going::attach,
-            &Going::detach,    &Going::link,  &Going::unlink, &Going::giveParts,
-            &Going::leaveSets};
+            nullptr,           nullptr,          &Going::paint, &Going::activate,
+            &Going::giveMarks, &Going::join,     &Going::move,  &Going::rewrite,
+            &Going::reshape,   &Going::recolour, &Going::bound, &Going::alter,
+            &Going::attach,    &Going::detach,   &Going::link,  &Going::unlink,
+            &Going::giveParts, &Going::leaveSets};
         if (run.write == Write::Select)
             inBatches(run, [&](auto items) { selectEach(items, run.on != m_back); });
         else if (run.write == Write::Show)
@@ -187,6 +188,9 @@ private:
         const bool wasValid = atom.record().has(HostItem::HasPosition);
         std::swap(atom.m_position, place.position);
         atom.record().set(HostItem::HasPosition, std::exchange(place.isValid, wasValid));
+    }
+    void rewrite(Compound& item) {
+        static_cast<AtomItem&>(item).swapDescription(of(m_step.m_descriptions, m_description));
     }
     void reshape(Compound& surface) {
         std::unique_ptr<TAVIK::SurfaceMesh>& mesh = of(m_step.m_meshes, m_mesh);
@@ -267,8 +271,8 @@ private:
     Step& m_step;
     bool m_back;
     Items m_items;
-    std::size_t m_number = 0, m_place = 0, m_mesh = 0, m_meshColours = 0, m_bounds = 0, m_parts = 0,
-                m_listing = 0, m_parent = 0;
+    std::size_t m_number = 0, m_place = 0, m_description = 0, m_mesh = 0, m_meshColours = 0,
+                m_bounds = 0, m_parts = 0, m_listing = 0, m_parent = 0;
     Holder* m_holder = nullptr;
     std::uint32_t m_leftOfParent = 0;
 };
@@ -300,8 +304,8 @@ void Step::forget() noexcept {
     const auto empty = [](auto&... vectors) {
         (std::remove_reference_t<decltype(vectors)>().swap(vectors), ...);
     };
-    empty(m_runs, m_items, m_packed, m_parents, m_numbers, m_places, m_meshes, m_meshColours,
-          m_bounds, m_parts, m_listings);
+    empty(m_runs, m_items, m_packed, m_parents, m_numbers, m_places, m_descriptions, m_meshes,
+          m_meshColours, m_bounds, m_parts, m_listings);
     m_itemBytes = 0;
     m_writes = 0;
     m_isBack = false;

@@ -116,6 +116,11 @@ Driver::Driver(const Start& start, Model& model)
     m_listener.told.clear();
 }
 
+void Driver::rest() {
+    m_lock.reset();
+    m_listener.answer = {};
+}
+
 Driver::~Driver() {
     m_lock.reset();
     Cleanup();

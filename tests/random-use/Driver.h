@@ -64,6 +64,8 @@ public:
     /// Fills the empty data space with what `start` says, and `model` with the same.
     Driver(const Start& start, Model& model);
     ~Driver();
+    /// Unlocks the space, and answers no change from now on.
+    void rest();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 

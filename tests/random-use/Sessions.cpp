@@ -325,8 +325,9 @@ public:
         return differences(m_model.said, real) + differences(m_model, m_driver);
     }
 
-    /// All is taken back to the start, and done again.
+    /// All is taken back to the start, and done again. Which entry the window shows is no data.
     QStringList thereAndBack() {
+        m_driver.rest();
         const std::size_t count = History::undoable().size();
         const QStringList end = test_support::dataLines();
         if (count == 0)
@@ -339,7 +340,7 @@ public:
         faults << differs(test_support::dataLines(), end, "done again");
         for (const std::string& fault : memory_host::checkInvariants())
             faults << QString::fromStdString(fault);
-        return faults + differences(m_model, m_driver);
+        return faults;
     }
 
 private:

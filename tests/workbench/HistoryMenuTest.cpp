@@ -131,6 +131,8 @@ private slots:
         press("Ctrl+Z");
         action("Undo")->trigger();
         dialog.close();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
         QVERIFY(!chain()->IsVisible());
         press("Ctrl+Z");
         QVERIFY(chain()->IsVisible());
