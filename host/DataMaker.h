@@ -50,6 +50,8 @@ public:
                              const std::vector<Compound*>& members);
     /// Takes `item` and all that it holds out of the data space and frees it; bonds of destroyed
     /// atoms are destroyed too. Null does nothing; the space itself is refused with a warning.
+    /// Throws std::bad_alloc when there is no memory to keep what can be taken back; the change is
+    /// then taken back when its guard ends.
     static void Destroy(Compound* item);
 };
 

@@ -59,7 +59,7 @@ HOST_EXPORT bool SetSurfaceMesh(Surface* surface, SurfaceMesh mesh);
 /// Replaces the colours of a surface's mesh, one a vertex, or none; as they no longer show the
 /// values, the scale goes. The caller holds a good update guard. Returns whether it did: a surface
 /// without a mesh is refused with a warning, and so are colours for another number of vertices.
-/// Throws nothing.
+/// Throws std::bad_alloc when there is no memory to keep the present ones; they stay then.
 HOST_EXPORT bool SetSurfaceColors(Surface* surface, std::vector<std::uint32_t> colors);
 /// Whether a surface has its default colour, and so shows the colours of its mesh, where it has
 /// any; false for null.

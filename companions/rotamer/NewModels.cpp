@@ -7,6 +7,7 @@
 #include "Traversal.h"
 
 #include <algorithm>
+#include <new>
 #include <unordered_map>
 
 namespace rotamer {
@@ -149,11 +150,14 @@ void NewModels::addModel(const Rotamer& rotamer, unsigned int model) {
 
 // Takes away what was made so far.
 void NewModels::undo() noexcept {
-    for (Compound* atom : m_made)
-        TAVIK::DataMaker::Destroy(atom);
-    for (const ConformationAtom& atom : m_conformation.atoms)
-        if (atom.model == 0)
-            TAVIK::SetAtomModel(atom.item, 0);
+    try {
+        for (Compound* atom : m_made)
+            TAVIK::DataMaker::Destroy(atom);
+        for (const ConformationAtom& atom : m_conformation.atoms)
+            if (atom.model == 0)
+                TAVIK::SetAtomModel(atom.item, 0);
+    } catch (const std::bad_alloc&) { // The host takes the whole change back then.
+    }
 }
 
 void NewModels::add(std::span<const Rotamer* const> rotamers, unsigned int first) {

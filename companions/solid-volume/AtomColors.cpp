@@ -106,7 +106,7 @@ QString colorAll(const std::vector<Surface*>& surfaces) {
     changeData(
         DataPoint<TAVIK::Space>(nullptr, TAVIK::Space::instance(), "Color surfaces by atoms"),
         [&](DataPointBase&) {
-            // Nothing here fails: all of them change, or none.
+            // All of them change, or none: what fails is taken back.
             for (std::size_t i = 0; i != surfaces.size(); ++i) {
                 TAVIK::SetSurfaceColors(surfaces[i], std::move(colors[i]));
                 surfaces[i]->RestoreColor();

@@ -121,7 +121,9 @@ void DataMaker::Destroy(Compound* item) {
     tellBeforeDestroying(item);
     ++selectionChanges;
     if (Step* const step = stepForGoing(*item)) {
-        destroyRecorded(*item, *step);
+        // Who destroys all there is, one after the other, must not go on for ever.
+        if (!destroyRecorded(*item, *step))
+            throw std::bad_alloc();
         return;
     }
     detach(item);

@@ -9,6 +9,7 @@
 #include <QtGlobal>
 
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace TAVIK {
@@ -26,7 +27,7 @@ bool SetSurfaceMesh(Surface* surface, SurfaceMesh mesh) {
         return false;
     auto made = std::make_unique<SurfaceMesh>(std::move(mesh));
     if (Step* const step = stepFor(HostItem::of(item)); step && !step->recordMesh(item))
-        return false;
+        throw std::bad_alloc();
     item->m_mesh = std::move(made);
     return true;
 }
@@ -40,7 +41,7 @@ bool SetSurfaceColors(Surface* surface, std::vector<std::uint32_t> colors) {
         return false;
     }
     if (Step* const step = stepFor(HostItem::of(item)); step && !step->recordMeshColours(item))
-        return false;
+        throw std::bad_alloc();
     mesh->colors = std::move(colors);
     mesh->scale.reset();
     return true;

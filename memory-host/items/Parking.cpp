@@ -105,17 +105,18 @@ private:
 
 } // namespace
 
-void destroyRecorded(Compound& item, Step& step) noexcept {
+bool destroyRecorded(Compound& item, Step& step) noexcept {
     const Loosening loosening(item, step);
     if (!forAllIn(item,
                   [&](Compound& each, HostItem& record) { return loosening.loosen(each, record); }))
-        return;
+        return false;
     if (!step.reserveMove())
-        return;
+        return false;
     step.addMove(Step::Write::Detach, &item, HostItem::of(&item).parent);
     const bool isTop = isAtTop(item);
     detach(&item);
     originsOut += isTop && hasOrigin(item) ? 1 : 0;
+    return true;
 }
 
 bool recordLinks(Compound& item, Step& step) noexcept {

@@ -16,8 +16,8 @@ namespace memory_host {
 class Step;
 
 /// Destroys an item in the space in a way that can be taken back: records what goes, and takes it
-/// out. Ends early when memory runs out, see Step.
-void destroyRecorded(Compound& item, Step& step) noexcept;
+/// out. False when memory has run out, see Step: a part of it may be gone until that is taken back.
+[[nodiscard]] bool destroyRecorded(Compound& item, Step& step) noexcept;
 /// Records which bonds in a new item join atoms that stand elsewhere.
 [[nodiscard]] bool recordLinks(Compound& item, Step& step) noexcept;
 

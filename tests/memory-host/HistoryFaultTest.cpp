@@ -202,11 +202,15 @@ private slots:
     void aGuardWithoutMemoryForAStepIsTakenBackToo() {
         const Chain chain(1);
         const QStringList before = dataLines();
-        {
+        bool threw = false;
+        try {
             const FailingMemory memory(0, all, 0, FailingMemory::Of::OwnCode);
             const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
             DataMaker::Destroy(chain.molecule);
+        } catch (const std::bad_alloc&) {
+            threw = true;
         }
+        QVERIFY(threw);
         QCOMPARE(firstDifference(dataLines(), before), QString());
     }
 };

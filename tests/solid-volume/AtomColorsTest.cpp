@@ -194,7 +194,7 @@ private slots:
         int refusals = 0;
         int failed = 0;
         for (int granted = 0; granted == 0 || refusals > 0; ++granted) {
-            const QStringList said = command([&] {
+            QStringList said = command([&] {
                 const FailingMemory memory(granted, 1, 0, FailingMemory::Of::OwnCode);
                 try {
                     colorByAtoms();
@@ -204,6 +204,7 @@ private slots:
             });
             QCOMPARE(colorsOf(surfaces()[0]), colorsOf(surfaces()[1]));
             const bool isDone = colorsOf(surfaces()[0]) != before;
+            said.removeAll("Color surfaces by atoms: not done, as memory is short");
             failed += isDone ? 0 : 1;
             if (!isDone && !said.isEmpty())
                 QCOMPARE(said,
