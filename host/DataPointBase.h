@@ -12,9 +12,10 @@ class Subscriber;
 /// A change in progress (RAII): a guard lives on the stack for one command. Guards do not nest; a
 /// second one is refused. When a good guard ends, also during stack unwinding, every subscriber but
 /// the originator is told the kind of change, in order of registration. A refused guard announces
-/// nothing. A change that an exception ends, or that memory does not suffice for, is taken back as if
-/// it had never been; the originator is told then, too. A subscriber may answer with a change of its own; subscribers that have not been told
-/// of a deletion yet are told of it before they are told of such an answer.
+/// nothing. A change that an exception ends, or that memory does not suffice for, is taken back as
+/// if it had never been; the originator is told then, too. A subscriber may answer with a change of
+/// its own; subscribers that have not been told of a deletion yet are told of it before they are
+/// told of such an answer.
 class HOST_EXPORT DataPointBase {
 public:
     /// Asks the host for the change. `originator`, which may be null, is not told.
