@@ -40,7 +40,7 @@ folder(memory-host/items host)
 folder(memory-host/history host memory-host/items)
 folder(memory-host/files host memory-host/items)
 folder(memory-host/services host memory-host/items memory-host/files)
-folder(workbench ${contract} memory-host/items memory-host/files memory-host/services)
+folder(workbench ${contract} memory-host/items memory-host/history memory-host/files memory-host/services)
 
 # The contract's tests run against any host: only tests/support/MemoryHostUnderTest.cpp knows which.
 folder(tests/host-contract ${contract} tests/support)

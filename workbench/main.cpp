@@ -11,6 +11,7 @@
 #include "StandardStreams.h"
 #include "StopSignals.h"
 #include "files/Saving.h"
+#include "history/Steps.h"
 #include "services/DataFolder.h"
 #include "services/Log.h"
 #include "services/PluginFolder.h"
@@ -226,6 +227,11 @@ int run(const workbench::CommandLine& line, char* program) {
     memory_host::setSettingsFile(workbench::settingsFile());
     memory_host::setDefaultSettingsFile(data + QStringLiteral("/settings.ini"));
     memory_host::setLogFile(workbench::logFile());
+    // Without a window, nobody takes anything back.
+    if (isWindowless)
+        memory_host::setHistoryBytes(0);
+    else
+        memory_host::readHistorySetting();
 
     std::vector<std::string> files = line.files;
     if (files.empty()) {

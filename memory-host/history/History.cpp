@@ -1,5 +1,6 @@
 #include "History.h"
 
+#include "Config.h"
 #include "Logger.h"
 #include "Messages.h"
 #include "Publisher.h"
@@ -13,9 +14,13 @@
 #include <QString>
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <iterator>
 #include <list>
 #include <new>
+#include <string>
+#include <system_error>
 
 namespace memory_host {
 
@@ -189,6 +194,21 @@ std::vector<HistoryStep> listed(bool back, std::size_t most) {
 
 void setHistoryBytes(std::size_t bytes) {
     steps().setMost(bytes);
+}
+
+void readHistorySetting() {
+    bool isSet = false;
+    const std::string text = Config::GetSetting("History", "Megabytes").ToString(&isSet);
+    if (!isSet)
+        return;
+    std::uint32_t megabytes = 0;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, megabytes);
+    if (read.ec != std::errc() || read.ptr != end) {
+        Logger::Write("The setting Megabytes of History is no number of megabytes: " + text);
+        return;
+    }
+    setHistoryBytes(std::size_t{megabytes} << 20U);
 }
 
 std::size_t historyBytes() {

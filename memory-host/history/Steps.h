@@ -13,6 +13,8 @@ inline constexpr std::size_t defaultHistoryBytes = std::size_t{256} << 20U;
 /// Sets how many bytes the steps may take together; with 0, nothing is recorded. Steps that take
 /// more are forgotten.
 HOST_EXPORT void setHistoryBytes(std::size_t bytes);
+/// The same from the setting "Megabytes" of "History"; what is no number is told to the log.
+HOST_EXPORT void readHistorySetting();
 /// Bytes that the steps take now: an estimate.
 HOST_EXPORT std::size_t historyBytes();
 /// Forgets all steps.

@@ -5,6 +5,7 @@
 #include "Items.h"
 #include "Parking.h"
 #include "Recording.h"
+#include "Space.h"
 
 #include <algorithm>
 #include <limits>
@@ -157,7 +158,8 @@ bool Step::recordParts(SetRecord& set) noexcept {
         return false;
     parts.members = set.listed();
     set.recordedIn = m_number;
-    add(Write::SetParts, false, nullptr);
+    // The set may be gone when this is read: it is known by its identifier only.
+    add(Write::SetParts, false, static_cast<Compound*>(TAVIK::Space::instance()));
     m_parts.push_back(std::move(parts));
     return true;
 }

@@ -54,7 +54,7 @@ public:
         Detach,   ///< an item, and the composite it came out of
         Link,     ///< a bond, which its atoms list now
         Unlink,   ///< a bond, which its atoms list no more
-        SetParts, ///< a set, and its members before
+        SetParts, ///< the space, and the members of a set before
         LeaveSets ///< an item, and the sets that listed it
     };
     static constexpr std::size_t writeCount = 18;

@@ -160,6 +160,35 @@ private slots:
         QVERIFY(History::undoable().empty());
     }
 
+    void theMemoryForStepsIsASetting() {
+        const Chain chain(1);
+        const auto change = [&] {
+            const DataPointBase guard(nullptr, Publisher::Update, "change");
+            chain.atoms[0]->ToggleSelected();
+        };
+        host_under_test::setOnlySetting("History", "Megabytes", "0");
+        readHistorySetting();
+        change();
+        QVERIFY(History::undoable().empty());
+        host_under_test::setOnlySetting("History", "Megabytes", "1");
+        readHistorySetting();
+        change();
+        QCOMPARE(History::undoable().size(), std::size_t{1});
+        for (const char* wrong : {"-1", "much", "", "1.5", "99999999999"}) {
+            takeHostLog();
+            host_under_test::setOnlySetting("History", "Megabytes", wrong);
+            readHistorySetting();
+            QCOMPARE(takeHostLog(),
+                     QStringList(QStringLiteral("The setting Megabytes of History is no number of "
+                                                "megabytes: ") +
+                                 QLatin1String(wrong)));
+            QCOMPARE(History::undoable().size(), std::size_t{1});
+        }
+        host_under_test::setOnlySetting("Other", "Key", "");
+        readHistorySetting();
+        QCOMPARE(History::undoable().size(), std::size_t{1});
+    }
+
     void whatADeletionKeepsIsCounted() {
         const Chain chain(1000);
         const std::size_t before = historyBytes();
