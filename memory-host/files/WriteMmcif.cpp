@@ -1,9 +1,8 @@
 #include "WriteMmcif.h"
 
+#include "CifEdit.h"
 #include "Losses.h"
 #include "Metadata.h"
-
-#include <gemmi/cifdoc.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -56,7 +55,7 @@ template <class Number> void addNumber(std::string& out, Number value) {
 
 // A text as a value: in quotes where it needs them, `none` where it is empty.
 std::string valueOf(std::string_view text, const char* none) {
-    return text.empty() ? std::string(none) : gemmi::cif::quote(std::string(text));
+    return text.empty() ? std::string(none) : cif::written(text);
 }
 
 class BlockWriter {
