@@ -57,6 +57,7 @@ void GridItem::setValues(TAVIK::GridValues&& values) {
         m_lower[axis] = 0;
         m_upper[axis] = m_points[axis];
     }
+    m_keptBounds = bounds();
     m_lattice = Lattice(m_values.steps);
 }
 

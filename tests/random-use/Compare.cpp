@@ -1,6 +1,7 @@
 #include "Compare.h"
 
 #include "CompareRows.h"
+#include "History.h"
 #include "HostTwin.h"
 #include "Space.h"
 #include "items/Building.h"
@@ -14,6 +15,13 @@
 
 namespace random_use {
 
+QString historyText(bool back) {
+    QString text;
+    for (const HistoryStep& step : back ? History::undoable() : History::redoable())
+        text.prepend(step.onlySelects ? u's' : u'd');
+    return text;
+}
+
 QStringList differences(Model& model, const Driver& driver) {
     Comparison all;
     compareItem(all, *model.host.space(), TAVIK::Space::instance());
@@ -21,6 +29,8 @@ QStringList differences(Model& model, const Driver& driver) {
     all.same("shows the selection", model.showSelection, TAVIK::Space::GetShowSelection());
     for (const std::string& fault : memory_host::checkInvariants())
         all.lines << QString::fromStdString(fault);
+    all.same("changes to take back", model.past.text(true), historyText(true));
+    all.same("changes to do again", model.past.text(false), historyText(false));
     const Vuxo* const window = Driver::window();
     all.same("there is a window", model.exists, window != nullptr);
     all.same("is done", model.isDone(), driver.isDone());

@@ -6,6 +6,7 @@
 #include "PluginResult.h"
 #include "Space.h"
 #include "TestSupport.h"
+#include "history/Steps.h"
 #include "items/Building.h"
 #include "items/SpaceLock.h"
 #include "services/DataFolder.h"
@@ -108,17 +109,25 @@ Driver::Driver(const Start& start, Model& model)
             buildStructure(start.seed + i);
     else if (const char* const file = fileOf(start.kind))
         openStructure(file);
-    for (unsigned int i = 0; i != topLevelCount(); ++i)
-        enterItem(Space::instance()->ChildBegin()[i], model.host, model.host.space());
+    enterFrom(0);
     model.host.nextId = takeId();
+    model.past.begin(model.host);
+    memory_host::forgetHistory();
     TestCase::takeMessages();
     TestCase::takeHostLog();
     m_listener.told.clear();
 }
 
+void Driver::enterFrom(unsigned int first) {
+    for (unsigned int i = first; i != topLevelCount(); ++i)
+        enterItem(Space::instance()->ChildBegin()[i], m_model.host, m_model.host.space());
+}
+
 void Driver::rest() {
     m_lock.reset();
     m_listener.answer = {};
+    m_model.locked = false;
+    m_model.answering = {};
 }
 
 Driver::~Driver() {
@@ -219,14 +228,9 @@ Said Driver::act(const Step& step) {
     if (isUsable())
         doInWindow(step);
     if (step.action == Action::Build || step.action == Action::Load) {
-        for (unsigned int i = before; i < topLevelCount(); ++i)
-            enterItem(Space::instance()->ChildBegin()[i], m_model.host, m_model.host.space());
+        if (topLevelCount() > before)
+            m_model.open([&] { enterFrom(before); });
         m_model.host.nextId = takeId();
-        if (topLevelCount() > before) {
-            const Edit waiting = std::exchange(m_model.answering, {});
-            m_model.tellOfNew();
-            m_model.answering = waiting;
-        }
     } else {
         m_model.act(step, m_meaning, m_seen);
     }

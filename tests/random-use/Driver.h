@@ -93,6 +93,8 @@ private:
     void trigger(const Step& step);
     void call(const Step& step);
     void openOrBuild(const Step& step);
+    /// Enters the top-level items from that one on in the model.
+    void enterFrom(unsigned int first);
 
     /// The row that the step is about; null when there is none.
     TreeItem* rowInStep() const;

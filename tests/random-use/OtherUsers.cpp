@@ -7,6 +7,7 @@
 #include "DataMaker.h"
 #include "DataPoint.h"
 #include "Geometry.h"
+#include "History.h"
 #include "Kinds.h"
 #include "PluginResult.h"
 #include "Space.h"
@@ -129,6 +130,19 @@ void destroyItem(Compound* item, const Edit& edit) {
 
 } // namespace
 
+namespace {
+
+void travel(const Edit& edit) {
+    if (edit.kind == EditKind::Undo)
+        History::undo(changesOf(edit, History::undoable().size()));
+    else if (edit.kind == EditKind::Redo)
+        History::redo(changesOf(edit, History::redoable().size()));
+    else
+        History::undo(History::toLastOfData());
+}
+
+} // namespace
+
 void editData(Subscriber* who, const Edit& edit) {
     Compound* const space = Space::instance();
     std::vector<Compound*> all;
@@ -148,6 +162,10 @@ void editData(Subscriber* who, const Edit& edit) {
         PluginResult result;
         return CommandC("Kill", nullptr, &result);
     }
+    case EditKind::Undo:
+    case EditKind::Redo:
+    case EditKind::UndoData:
+        return travel(edit);
     case EditKind::Look:
     case EditKind::Command:
     case EditKind::Entry:

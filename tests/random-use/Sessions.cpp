@@ -5,7 +5,6 @@
 #include "DataLines.h"
 #include "History.h"
 #include "history/Steps.h"
-#include "items/Invariants.h"
 
 #include <algorithm>
 
@@ -67,7 +66,7 @@ constexpr Weight weights[] = {
     {Action::Field, {2, 3, 0, 1}},      {Action::TreeOnly, {1, 1, 0, 1}},
     {Action::Button, {3, 6, 1, 2}},     {Action::CommandC, {2, 1, 1, 4}},
     {Action::Hide, {1, 1, 1, 3}},       {Action::Lock, {1, 1, 1, 3}},
-    {Action::Outside, {8, 4, 4, 24}},   {Action::Answering, {3, 1, 1, 10}},
+    {Action::Outside, {12, 8, 6, 24}},  {Action::Answering, {3, 1, 1, 10}},
     {Action::Build, {2, 2, 2, 3}},
 };
 
@@ -107,7 +106,12 @@ Edit Generator::pickEdit(Model& model) {
         EditKind::AddSet,   EditKind::AddTop,  EditKind::Destroy, EditKind::Destroy,
         EditKind::Swap,     EditKind::SetAtom, EditKind::Model,   EditKind::Highlight,
         EditKind::AddAmong, EditKind::AddAmong};
+    static constexpr EditKind travels[] = {EditKind::Undo, EditKind::Undo, EditKind::Redo,
+                                           EditKind::UndoData};
     Edit edit{kinds[pick(std::size(kinds))], pick(1000), pick(1000)};
+    // Who goes back goes on with that.
+    if (pick(isTravel(m_last.edit) ? 2 : 5) == 0)
+        edit.kind = choose(travels, pick(4));
     if (isMuch(model) && pick(2) == 0)
         edit.kind = EditKind::Destroy;
     if (pick(40) == 0)
@@ -218,6 +222,8 @@ void Generator::goOn(Step& step) {
             return;
         }
     }
+    if (m_last.action == Action::Outside && isTravel(m_last.edit) && pick(3) == 0)
+        step.action = Action::Outside;
     if (m_last.edit.kind == EditKind::AddAmong && pick(2)) {
         // What goes by the selection comes before the rows take it over.
         static constexpr const char* bySelection[] = {"SelectedColor()", "SelectedUnColor()",
@@ -309,7 +315,6 @@ namespace {
 class Play {
 public:
     Play(const Start& start, const Begin& begin) : m_begin(begin), m_driver(start, m_model) {
-        memory_host::forgetHistory();
         m_start = test_support::dataLines();
     }
 
@@ -318,32 +323,35 @@ public:
     QStringList step(const Step& step) {
         if (m_begin)
             m_begin(step);
-        m_model.said = {};
         if (const QString unknown = unknownName(step); !unknown.isEmpty())
             return {unknown};
-        const Said real = m_driver.act(step);
-        return differences(m_model.said, real) + differences(m_model, m_driver);
+        return act(step);
     }
 
     /// All is taken back to the start, and done again. Which entry the window shows is no data.
     QStringList thereAndBack() {
         m_driver.rest();
-        const std::size_t count = History::undoable().size();
+        QStringList faults =
+            act({.action = Action::Outside, .edit = {EditKind::Redo, 0, changesOfAll}});
         const QStringList end = test_support::dataLines();
-        if (count == 0)
-            return differs(end, m_start, "without a step");
-        if (!History::undo(count))
-            return {"the steps could not be taken back"};
-        QStringList faults = differs(test_support::dataLines(), m_start, "taken back");
-        if (!History::redo(count))
-            return faults << "the steps could not be done again";
-        faults << differs(test_support::dataLines(), end, "done again");
-        for (const std::string& fault : memory_host::checkInvariants())
-            faults << QString::fromStdString(fault);
+        faults << act({.action = Action::Outside, .edit = {EditKind::Undo, 0, changesOfAll}})
+               << differs(test_support::dataLines(), m_start, "taken back")
+               << act({.action = Action::Outside, .edit = {EditKind::Redo, 0, changesOfAll}})
+               << differs(test_support::dataLines(), end, "done again");
         return faults;
     }
 
 private:
+    QStringList act(const Step& step) {
+        m_model.said = {};
+        const Said real = m_driver.act(step);
+        if (!m_model.past.keep(historyText(true))) {
+            memory_host::forgetHistory();
+            m_model.past.begin(m_model.host);
+            m_start = test_support::dataLines();
+        }
+        return differences(m_model.said, real) + differences(m_model, m_driver);
+    }
     static QStringList differs(const QStringList& now, const QStringList& before,
                                const char* when) {
         const QString difference = test_support::firstDifference(now, before);

@@ -58,6 +58,15 @@ Host::Switch modelSwitch(const Edit& edit) {
     return static_cast<Host::Switch>(edit.value % 3);
 }
 
+bool isTravel(const Edit& edit) {
+    return edit.kind == EditKind::Undo || edit.kind == EditKind::Redo ||
+           edit.kind == EditKind::UndoData;
+}
+
+std::size_t changesOf(const Edit& edit, std::size_t count) {
+    return edit.value % 16 == changesOfAll ? count : 1 + edit.value % 16 / 3;
+}
+
 AtomValues madeAtom(unsigned int value) {
     return {choose(madeTypes, value),
             {static_cast<float>(value % 13) * 1.5F, static_cast<float>(value % 7),

@@ -31,8 +31,11 @@ enum class EditKind {
     Look,      ///< has the window painted, and all events handled
     Command,   ///< calls a slot of the window, which needs no argument; name: which
     Entry,     ///< presses an entry of the window's list with the left button; value: which
-    Kill,      ///< sends the plug-in "Kill"
-    Throw      ///< answering: an exception leaves the handler
+    Undo,      ///< value: how many changes, see changesOf()
+    Redo,
+    UndoData, ///< takes back the last change that does more than to select, and what came since
+    Kill,     ///< sends the plug-in "Kill"
+    Throw     ///< answering: an exception leaves the handler
 };
 constexpr int editCount = static_cast<int>(EditKind::Throw) + 1;
 
@@ -88,6 +91,13 @@ unsigned int leafValue(const Edit& edit);
 bool turnsOn(const Edit& edit);
 std::uint32_t paintedColor(const Edit& edit);
 Host::Switch modelSwitch(const Edit& edit);
+
+/// Whether an edit goes back or forth in the history.
+bool isTravel(const Edit& edit);
+/// How many changes are taken back or done again, where there are `count`.
+std::size_t changesOf(const Edit& edit, std::size_t count);
+/// A value that stands for all changes.
+constexpr unsigned int changesOfAll = 15;
 
 /// What others give an atom that they make or change.
 AtomValues madeAtom(unsigned int value);

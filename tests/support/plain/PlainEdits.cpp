@@ -37,6 +37,8 @@ void Model::edit(Who who, const Edit& edit) {
         return call(QStringLiteral("CommandC"), QStringLiteral("Kill"));
     if (edit.kind == EditKind::Look)
         return;
+    if (isTravel(edit))
+        return travel(edit);
     if (edit.kind == EditKind::Command) {
         if (exists)
             runCommand(*this, edit.name, m_step);

@@ -189,7 +189,7 @@ void Model::itemMenu(Item* item, const Step& step) {
                            QString::fromLatin1(item->name),
                            QLatin1String(wasVisible ? "Hide" : "Show"),
                            QLatin1String(wasSelected ? "Unselect" : "Select"));
-    edit(Who::Nobody, step.edit);
+    editBehind(step);
     // Whatever is destroyed closes the menu, and so does a dialog.
     if (step.answer == Answer::Cancel || deletions + dialogs != before)
         return;

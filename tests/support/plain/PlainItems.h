@@ -118,6 +118,18 @@ public:
     /// their model.
     void settle();
 
+    /// An item as it was once; it names others by their identifiers.
+    struct Copied {
+        Item item;
+        unsigned int parent;
+        std::vector<unsigned int> children;
+        std::vector<unsigned int> parts;
+    };
+    using Copy = std::vector<Copied>;
+    Copy copy() const;
+    /// Has the data be again as they were. Items that stay keep their addresses.
+    void restore(const Copy& copy);
+
     // The walks over the data. `all` false: selected ones only.
     static Items atOrBelow(Item* root, Kind kind, bool all);
     static Items below(Item* root, Kind kind, bool all);

@@ -1,6 +1,7 @@
 #include "PlainWindow.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace plain {
 
@@ -10,11 +11,45 @@ bool Model::guarded(Who who, Change kind, const std::function<void()>& apply) {
     changing = true;
     apply();
     changing = false;
+    past.record(host);
     tell(who, kind);
     return true;
 }
 
+void Model::open(const std::function<void()>& enter) {
+    const Edit waiting = std::exchange(answering, {});
+    guarded(Who::Nobody, Change::Add, enter);
+    answering = waiting;
+}
+
+void Model::travel(const Edit& edit) {
+    const bool back = edit.kind != EditKind::Redo;
+    const std::size_t count =
+        edit.kind == EditKind::UndoData ? past.toLastOfData() : changesOf(edit, past.count(back));
+    if (changing || locked || m_tellings > 0 || m_open > 0 || !past.has(back, count))
+        return;
+    const Turn turn = past.ahead(back, count);
+    if (turn.removes) {
+        tree.clear();
+        stale = exists;
+    }
+    past.go(host, back, count);
+    if (turn.removes)
+        tell(Who::Nobody, Change::Delete);
+    if (turn.adds)
+        tell(Who::Nobody, Change::Add);
+    if (turn.updates || !(turn.adds || turn.removes))
+        tell(Who::Nobody, Change::Update);
+}
+
+void Model::editBehind(const Step& step) {
+    ++m_open;
+    edit(Who::Nobody, step.edit);
+    --m_open;
+}
+
 void Model::tell(Who who, Change kind) {
+    ++m_tellings;
     deletions += kind == Change::Delete;
     // Of a deletion everyone hears before an answer to it is told.
     for (std::size_t i = 0; i != m_untold.size(); ++i)
@@ -43,6 +78,7 @@ void Model::tell(Who who, Change kind) {
         m_untold.pop_back();
         tellWindow(kind);
     }
+    --m_tellings;
 }
 
 void Model::tellWindow(Change kind) {
@@ -69,7 +105,7 @@ void Model::change(Item* item, Change kind, const std::function<void()>& apply, 
 bool Model::ask(const QString& dialog, const Step& step) {
     said.asked << dialog;
     ++dialogs;
-    edit(Who::Nobody, step.edit);
+    editBehind(step);
     return exists && step.answer == Answer::Accept;
 }
 

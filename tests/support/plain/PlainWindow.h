@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Meaning.h"
+#include "PlainHistory.h"
 #include "PlainItems.h"
 #include "PlainTree.h"
 #include "Step.h"
@@ -42,14 +43,17 @@ class Model {
 public:
     /// Does a step. Those that open files and build structures are entered by whoever did it.
     void act(const Step& step, const Meaning& meaning, const Seen& seen);
-    /// Tells everyone of items that came in.
-    void tellOfNew() { tell(Who::Nobody, Change::Add); }
+    /// Others open a file or build a structure, which `enter` enters here; nobody answers.
+    void open(const std::function<void()>& enter);
+    /// Goes back or forth in the history, which is refused while a change or dialog is open.
+    void travel(const Edit& edit);
     /// Whether a user can reach the window now.
     bool isUsable() const { return exists && shown && !minimised; }
     /// What the plug-in's IsDone answers.
     bool isDone() const { return !exists || (!shown && !minimised); }
 
     Host host;
+    Past past;
     bool changing = false;
     bool locked = false;
     bool showSelection = true;
@@ -103,6 +107,11 @@ private:
     Step m_step;                  ///< the one that is done
     std::vector<Change> m_untold; ///< what the window has not heard of yet, outermost first
 
+    int m_tellings = 0; ///< notifications that are under way
+    int m_open = 0;     ///< dialogs and menus
+
+    /// Others do what the step says while a dialog or menu is open.
+    void editBehind(const Step& step);
     bool guarded(Who who, Change kind, const std::function<void()>& apply);
     void tell(Who who, Change kind);
     void tellWindow(Change kind);

@@ -24,7 +24,7 @@ static_assert(std::size(placeNames) == placeCount);
 const char* const editNames[] = {"None",     "Select",  "Show",   "Paint",     "AddAtom", "AddBond",
                                  "AddLeaf",  "AddBox",  "AddSet", "AddTop",    "Destroy", "Swap",
                                  "AddAmong", "SetAtom", "Model",  "Highlight", "Look",    "Command",
-                                 "Entry",    "Kill",    "Throw"};
+                                 "Entry",    "Undo",    "Redo",   "UndoData",  "Kill",    "Throw"};
 static_assert(std::size(editNames) == editCount);
 
 const char* const startNames[] = {"Generated", "Sample", "Ubiquitin", "Crambin", "Crabp", "Empty"};
