@@ -12,6 +12,7 @@
 #include "FocusWatch.h"
 #include "Subscriber.h"
 #include "data/DestructionWatch.h"
+#include "data/ItemRef.h"
 
 #include <QPointer>
 #include <QtGlobal>
@@ -20,7 +21,6 @@
 #include <string>
 #include <type_traits>
 
-class ItemRef;
 class ListBox;
 class QCheckBox;
 class QFrame;
@@ -164,6 +164,8 @@ private:
     bool isUpToDate(const QListWidgetItem* entry);
     void showEntryMenu(QListWidgetItem* entry);
     void pick(int index);
+    void setCurrent(int index);
+    void followCurrentItem();
     void toggleVisible(int index, const std::string& name);
     void killTopLevel(int index, const std::string& name);
     // Functions that several slots share take the name of the slot, for the log.
@@ -258,6 +260,7 @@ private:
     TreeView* m_Tree;
     ListBox* m_List;
     int m_Current; ///< index of the shown item among the top-level items; -1 for none
+    ItemRef m_currentItem{nullptr}; ///< had that index when it was set
     QFrame* m_SelectBox;
     QLineEdit* m_ChainEdit;
     QLineEdit* m_ResidueEdit;

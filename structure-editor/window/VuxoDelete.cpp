@@ -63,7 +63,7 @@ void Vuxo::renewList(TAVIK::Compound* shown) {
         // A top-level bond was destroyed with its atom, or a top-level item as a member of a set.
         TAVIK::Compound** const begin = TAVIK::Space::instance()->ChildBegin();
         TAVIK::Compound** const end = TAVIK::Space::instance()->ChildEnd();
-        m_Current = shown ? static_cast<int>(std::find(begin, end, shown) - begin) : -1;
+        setCurrent(shown ? static_cast<int>(std::find(begin, end, shown) - begin) : -1);
     }
     // The state of what is left may have changed (selected, shown).
     UpdateList();

@@ -13,6 +13,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace {
 
 std::string entryName(const QListWidgetItem* entry) {
@@ -48,6 +50,8 @@ void Vuxo::MakeList() {
         return;
     if (m_List->count() > items)
         m_Current = -1;
+    else if (m_Current > -1)
+        followCurrentItem();
     QStringList texts;
     texts.reserve(items);
     for (int i = 0; i < items; ++i)
@@ -116,8 +120,21 @@ void Vuxo::showEntryMenu(QListWidgetItem* entry) {
 void Vuxo::pick(int index) {
     if (m_Current == index && rootItem() && rootItem() == topLevelItem(index))
         return;
-    m_Current = index;
+    setCurrent(index);
     Populate(index);
+}
+
+void Vuxo::setCurrent(int index) {
+    m_Current = index;
+    m_currentItem = ItemRef(topLevelItem(index));
+}
+
+// Entries that come back, because their deletion is taken back, stand where they stood.
+void Vuxo::followCurrentItem() {
+    TAVIK::Compound** const begin = TAVIK::Space::instance()->ChildBegin();
+    TAVIK::Compound** const end = TAVIK::Space::instance()->ChildEnd();
+    if (TAVIK::Compound* const item = m_currentItem.inSpace())
+        m_Current = static_cast<int>(std::find(begin, end, item) - begin);
 }
 
 void Vuxo::toggleVisible(int index, const std::string& name) {

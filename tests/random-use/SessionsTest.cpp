@@ -59,7 +59,20 @@ const std::vector<Kept>& keptSessions() {
            {.action = Action::Answering, .edit = {EditKind::Command, 487, 241, "SelectedColor()"}},
            {.action = Action::Press,
             .button = Qt::RightButton,
-            .edit = {EditKind::SetAtom, 86, 616}}}}}};
+            .edit = {EditKind::SetAtom, 86, 616}}}}},
+        {"an entry comes back before the one that is shown",
+         {{Start::Generated, 1004, true},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::PressEntry, .button = Qt::MiddleButton},
+           {.action = Action::PressEntry},
+           {.action = Action::Outside, .edit = {EditKind::Undo, 0, 0}}}}},
+        {"selected residues come back",
+         {{Start::Generated, 2, false},
+          {{.action = Action::CommandC, .name = "Show"},
+           {.action = Action::PressEntry},
+           {.action = Action::Menu, .name = "Select > Invert"},
+           {.action = Action::Menu, .name = "Delete > Residue"},
+           {.action = Action::Outside, .edit = {EditKind::Undo, 0, 0}}}}}};
     return all;
 }
 

@@ -38,8 +38,7 @@ void Model::travel(const Edit& edit) {
         tell(Who::Nobody, Change::Delete);
     if (turn.adds)
         tell(Who::Nobody, Change::Add);
-    if (turn.updates || !(turn.adds || turn.removes))
-        tell(Who::Nobody, Change::Update);
+    tell(Who::Nobody, Change::Update);
 }
 
 void Model::editBehind(const Step& step) {
@@ -92,9 +91,10 @@ void Model::tellWindow(Change kind) {
         commDelete();
 }
 
-bool Model::isTopLevel(unsigned int id) {
-    return std::any_of(topLevel().begin(), topLevel().end(),
-                       [id](const Item* item) { return item->id == id; });
+int Model::indexOf(unsigned int id) {
+    const auto found = std::find_if(topLevel().begin(), topLevel().end(),
+                                    [id](const Item* item) { return item->id == id; });
+    return found == topLevel().end() ? -1 : static_cast<int>(found - topLevel().begin());
 }
 
 void Model::change(Item* item, Change kind, const std::function<void()>& apply, Refusal refusal) {
@@ -126,6 +126,9 @@ void Model::makeList() {
         return;
     if (list.size() > count)
         current = -1;
+    // Entries that come back stand where they stood.
+    else if (current > -1 && isTopLevel(currentId))
+        current = indexOf(currentId);
     list.clear();
     for (const Item* item : topLevel())
         list << entryText(*item);
@@ -196,6 +199,7 @@ void Model::listEvent(Qt::MouseButton button, int index, const Step& step) {
     const unsigned int id = item->id;
     if (button == Qt::LeftButton && (current != index || root() != item)) {
         current = index;
+        currentId = id;
         populate(index);
     } else if (button == Qt::RightButton) {
         change(host.space(), Change::Update, [&] {
@@ -245,15 +249,14 @@ void Model::killBranch(Item* item, const Step& step) {
 // A set can name top-level items, and a bond goes with its atoms. Returns the item of that
 // identifier, which was shown, or null.
 Item* Model::renewList(unsigned int shownId) {
-    const Items& left = topLevel();
-    const auto found = std::find_if(left.begin(), left.end(),
-                                    [shownId](const Item* other) { return other->id == shownId; });
-    if (list.size() != static_cast<qsizetype>(left.size())) {
+    const int left = indexOf(shownId);
+    if (list.size() != static_cast<qsizetype>(topLevel().size())) {
         makeList();
-        current = found == left.end() ? -1 : static_cast<int>(found - left.begin());
+        current = left;
+        currentId = shownId;
     }
     updateList();
-    return found == left.end() ? nullptr : *found;
+    return left < 0 ? nullptr : topLevel()[static_cast<std::size_t>(left)];
 }
 
 void Model::killSelected(Kind kind) {

@@ -68,9 +68,10 @@ public:
     bool minimised = false;
     Tree tree;
     QStringList list;
-    bool stale = false;   ///< others have destroyed items, and the list was not made since
-    int current = -1;     ///< index of the item in the tree, as a press on the list set it
-    int highlighted = -1; ///< entry of the list
+    bool stale = false;         ///< others have destroyed items, and the list was not made since
+    int current = -1;           ///< index of the item in the tree, as a press on the list set it
+    unsigned int currentId = 0; ///< of the item that had that index
+    int highlighted = -1;       ///< entry of the list
     bool panelShown = false;
     std::array<QString, 3> fields;
     bool treeOnly = true;
@@ -82,7 +83,7 @@ public:
 
     Item* root() const { return tree.top() ? tree.top()->item : nullptr; }
     const Items& topLevel() { return host.space()->children; }
-    bool isTopLevel(unsigned int id);
+    bool isTopLevel(unsigned int id) { return indexOf(id) >= 0; }
     /// A change by the window: nothing happens without an `item`; a refused one is reported.
     void change(Item* item, Change kind, const std::function<void()>& apply,
                 Refusal refusal = Refusal::Report);
@@ -100,6 +101,8 @@ public:
     void selectionChanged();
     void killBranch(Item* item, const Step& step);
     Item* renewList(unsigned int shownId);
+    /// The index of a top-level item; -1 if there is none of that identifier.
+    int indexOf(unsigned int id);
     void killSelected(Kind kind);
     void close();
 
