@@ -41,10 +41,11 @@ public:
     static std::size_t toLastOfData();
 
     /// Takes back the last changes, or does again those that were taken back last: the data are
-    /// then exactly as they were. Observers and subscribers are told as of any change; only once
-    /// for all of them. Nothing changes, and false is returned, while a guard is open or its
-    /// subscribers are being told, while the space is locked, while a modal window or a menu is
-    /// open, and when there are not that many.
+    /// then exactly as they were. Observers and subscribers are told as of any change, only once
+    /// for all of them: of a deletion, then of an addition, and always of an update, as what holds
+    /// the items that come or go may be selected or shown otherwise. Nothing changes, and false is
+    /// returned, while a guard is open or its subscribers are being told, while the space is
+    /// locked, while a modal window or a menu is open, and when there are not that many.
     static bool undo(std::size_t steps = 1);
     static bool redo(std::size_t steps = 1);
 };

@@ -105,12 +105,11 @@ public:
             QApplication::activePopupWidget())
             return false;
         state.changing = true;
-        bool adds = false, removes = false, updates = false;
+        bool adds = false, removes = false;
         for (; count != 0; --count) {
             Step& step = from.back().step;
             adds = adds || step.adds(back);
             removes = removes || step.removes(back);
-            updates = updates || step.updates();
             m_bytes -= step.bytes();
             if (back)
                 step.takeBack();
@@ -126,8 +125,9 @@ public:
             tellAll(nullptr, Publisher::Delete);
         if (adds)
             tellAll(nullptr, Publisher::Add);
-        if (updates || !(adds || removes))
-            tellAll(nullptr, Publisher::Update);
+        // What holds items that come or go is selected or shown otherwise, and entries may have
+        // taken the place of others.
+        tellAll(nullptr, Publisher::Update);
         tell();
         return true;
     }

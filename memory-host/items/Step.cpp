@@ -22,13 +22,6 @@ std::uint32_t numberOf(Step::Write write) {
     return std::uint32_t{1} << static_cast<unsigned>(write);
 }
 
-std::uint32_t maskOf(std::initializer_list<Step::Write> writes) {
-    std::uint32_t mask = 0;
-    for (const Step::Write write : writes)
-        mask |= numberOf(write);
-    return mask;
-}
-
 } // namespace
 
 Step::Step() : m_number(++lastNumber) {}
@@ -199,12 +192,6 @@ void Step::recordBounds() noexcept {
 
 bool Step::onlySelects() const {
     return m_writes == numberOf(Write::Select);
-}
-
-bool Step::updates() const {
-    return (m_writes &
-            maskOf({Write::Select, Write::Show, Write::Paint, Write::Activate, Write::Join,
-                    Write::Move, Write::Reshape, Write::Recolour, Write::Bound})) != 0;
 }
 
 std::size_t Step::logBytes() const {

@@ -99,8 +99,6 @@ public:
     /// Whether it makes items, or destroys some, when it is done, or taken back if `isBack`.
     bool adds(bool isBack) const { return has(isBack ? Write::Detach : Write::Attach); }
     bool removes(bool isBack) const { return has(isBack ? Write::Attach : Write::Detach); }
-    /// Whether it changes items that stay.
-    bool updates() const;
 
     /// Packs the log, as nothing follows; without memory for that, it stays as it is.
     void finish() noexcept;

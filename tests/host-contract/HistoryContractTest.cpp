@@ -278,9 +278,9 @@ private slots:
         QVERIFY(History::undo());
         QCOMPARE(std::exchange(heard, {}), QStringList("a update"));
         QVERIFY(History::undo());
-        QCOMPARE(std::exchange(heard, {}), QStringList("a add"));
+        QCOMPARE(std::exchange(heard, {}), QStringList({"a add", "a update"}));
         QVERIFY(History::redo());
-        QCOMPARE(std::exchange(heard, {}), QStringList("a delete"));
+        QCOMPARE(std::exchange(heard, {}), QStringList({"a delete", "a update"}));
         QVERIFY(History::redo());
         QCOMPARE(std::exchange(heard, {}), QStringList("a update"));
         QVERIFY(History::undo(2));

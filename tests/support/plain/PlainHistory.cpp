@@ -66,28 +66,24 @@ Past::Change Past::between(CopyPtr before, CopyPtr after) {
         old[each.item.id] = &each;
     Change change;
     bool selects = false;
+    bool updates = false;
     for (const Host::Copied& now : *after) {
         const auto found = old.find(now.item.id);
         if (found == old.end()) {
             change.again.adds = true;
-            // It was painted after it had come.
-            change.again.updates =
-                change.again.updates || now.item.color != Host::defaultColor(now.item);
             continue;
         }
         const Host::Copied& was = *found->second;
         old.erase(found);
         const bool counts = hasMarks(was) && hasMarks(now);
         selects = selects || (counts && was.item.selected != now.item.selected);
-        change.again.updates = change.again.updates ||
-                               (counts && was.item.visible != now.item.visible) ||
-                               isOtherwise(was.item, now.item);
+        updates = updates || (counts && was.item.visible != now.item.visible) ||
+                  isOtherwise(was.item, now.item);
     }
     change.again.removes = !old.empty();
-    change.onlySelects =
-        selects && !change.again.adds && !change.again.removes && !change.again.updates;
-    change.again.updates = change.again.updates || selects;
-    change.isNothing = !change.again.adds && !change.again.removes && !change.again.updates;
+    const bool changesData = change.again.adds || change.again.removes || updates;
+    change.onlySelects = selects && !changesData;
+    change.isNothing = !selects && !changesData;
     change.before = std::move(before);
     change.after = std::move(after);
     return change;
@@ -122,7 +118,6 @@ Turn Past::ahead(bool back, std::size_t count) const {
     for (std::size_t i = from.size() - count; i != from.size(); ++i) {
         all.adds = all.adds || (back ? from[i].again.removes : from[i].again.adds);
         all.removes = all.removes || (back ? from[i].again.adds : from[i].again.removes);
-        all.updates = all.updates || from[i].again.updates;
     }
     return all;
 }
@@ -156,10 +151,8 @@ bool Past::keep(const QString& real) {
     if (kept != m_done.size())
         m_done.erase(std::remove_if(first, m_done.end(), isNothing), m_done.end());
     for (std::size_t i = old; i < std::min(kept, m_done.size()); ++i)
-        if (m_done[i].isNothing) {
+        if (m_done[i].isNothing)
             m_done[i].onlySelects = real[qsizetype(i)] == u's';
-            m_done[i].again.updates = true;
-        }
     if (m_done.size() != old)
         m_undone.clear();
     return true;

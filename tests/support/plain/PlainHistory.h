@@ -14,7 +14,6 @@ namespace plain {
 struct Turn {
     bool adds = false;
     bool removes = false;
-    bool updates = false; ///< changes items that stay
 };
 
 class Past {
