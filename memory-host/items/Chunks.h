@@ -9,7 +9,7 @@
 
 namespace memory_host {
 
-/// A sequence of values in chunks of one size, appended to at its end. Values are trivial.
+/// A sequence of values in chunks of a page, appended to at its end. Values are trivial.
 template <class Value> class Chunks {
 public:
     std::size_t size() const { return m_size; }
@@ -20,6 +20,8 @@ public:
     const Value& operator[](std::size_t i) const { return m_chunks[i / each][i % each]; }
     Value& back() { return (*this)[m_size - 1]; }
 
+    /// Whether there is room for that many more values.
+    bool hasRoomFor(std::size_t more) const { return m_room - m_size >= more; }
     /// Makes room for that many more values. Throws std::bad_alloc; there is then as much room as
     /// before, at least.
     void reserve(std::size_t more) {
@@ -40,17 +42,18 @@ public:
         m_room = m_size;
     }
     /// There must be room.
-    void push_back(const Value& value) { (*this)[m_size++] = value; }
-    void swap(Chunks& other) noexcept {
-        m_chunks.swap(other.m_chunks);
-        std::swap(m_size, other.m_size);
-        std::swap(m_room, other.m_room);
+    void push_back(const Value& value) {
+        if (m_size % each == 0)
+            m_next = m_chunks[m_size / each].get();
+        *m_next++ = value;
+        ++m_size;
     }
 
 private:
-    static constexpr std::size_t each = 512;
+    static constexpr std::size_t each = 4096 / sizeof(Value);
 
     std::vector<std::unique_ptr<Value[]>> m_chunks; // NOLINT: an array without its size
+    Value* m_next = nullptr; ///< in the last chunk, unless that is full
     std::size_t m_size = 0;
     std::size_t m_room = 0; ///< values that the chunks have room for
 };

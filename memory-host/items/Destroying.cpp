@@ -5,6 +5,7 @@
 #include "DataVersion.h"
 #include "DestroyObserver.h"
 #include "Holder.h"
+#include "Recording.h"
 #include "Sets.h"
 #include "Slabs.h"
 #include "Subscribers.h"
@@ -24,13 +25,6 @@ Observers& observers() {
     // Never destroyed: observers may live as long as static objects.
     static auto* const state = new Observers;
     return *state;
-}
-
-bool isInSpace(const HostItem& item) {
-    const HostItem* root = &item;
-    while (root->parent)
-        root = root->parent;
-    return root->kind == Kind::Space;
 }
 
 void freeBond(BondItem* bond) {

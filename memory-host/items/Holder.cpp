@@ -5,9 +5,48 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <new>
+#include <span>
 
 namespace memory_host {
+
+namespace {
+
+// Prefetches a child that a walk over them comes to soon.
+void prefetchIn(std::span<Compound* const> children, std::size_t i) {
+    constexpr std::size_t ahead = 16;
+    if (i + ahead < children.size())
+        __builtin_prefetch(children[i + ahead], 1);
+}
+
+// Sorts children of a composite, from the one that came first. Their order is read once from each,
+// as that mostly waits for memory; without memory to keep it, it is read for each comparison.
+void sortByOrder(const Holder& holder, std::span<Compound*> children) {
+    struct Ordered {
+        std::uint32_t order;
+        Compound* child;
+    };
+    const auto orderOf = [&](const Compound* child) {
+        return orderIn(holder, HostItem::of(child));
+    };
+    if (std::ranges::is_sorted(children, {}, orderOf))
+        return;
+    const std::unique_ptr<Ordered[]> all(new (std::nothrow) Ordered[children.size()]); // NOLINT
+    if (!all) {
+        std::ranges::sort(children, {}, orderOf);
+        return;
+    }
+    const std::span<Ordered> sorted(all.get(), children.size());
+    for (std::size_t i = 0; i != children.size(); ++i) {
+        prefetchIn(children, i);
+        sorted[i] = {orderOf(children[i]), children[i]};
+    }
+    std::ranges::sort(sorted, {}, &Ordered::order);
+    std::ranges::transform(sorted, children.begin(), &Ordered::child);
+}
+
+} // namespace
 
 Holder::~Holder() {
     std::free(children);
@@ -67,15 +106,16 @@ void Holder::sortRestored() {
     // What is taken back last was removed first.
     if (last - middle > 1 && !isOlder(middle[0], middle[1]))
         std::reverse(middle, last);
-    if (!std::is_sorted(middle, last, isOlder))
-        std::sort(middle, last, isOlder);
+    sortByOrder(*this, {middle, last});
     Compound** const from =
         first == begin ? middle : std::upper_bound(children + begin, middle, *middle, isOlder);
     std::inplace_merge(from, middle, last, isOlder);
-    for (Compound** child = from; child != last; ++child) {
-        const auto slot = static_cast<std::uint32_t>(child - children);
-        HostItem& record = HostItem::of(*child);
-        prefetchAfter(&record);
+    const std::span<Compound* const> moved(from, last);
+    for (std::size_t i = 0; i != moved.size(); ++i) {
+        prefetchIn(moved, i);
+        const auto slot =
+            static_cast<std::uint32_t>(from - children + static_cast<std::ptrdiff_t>(i));
+        HostItem& record = HostItem::of(moved[i]);
         record.position = slot;
         markChild(slot, record.has(Selected));
     }

@@ -7,13 +7,6 @@ namespace memory_host {
 
 namespace {
 
-bool isInSpace(const HostItem& item) {
-    const HostItem* root = &item;
-    while (root->parent)
-        root = root->parent;
-    return root->kind == Kind::Space;
-}
-
 void loseSteps() noexcept {
     if (recording.keeper && !recording.isReplaying)
         recording.keeper->lose();
@@ -22,10 +15,6 @@ void loseSteps() noexcept {
 } // namespace
 
 StepKeeper::~StepKeeper() = default;
-
-Step* stepFor(const HostItem& item) noexcept {
-    return recording.step && !recording.isReplaying && isInSpace(item) ? recording.step : nullptr;
-}
 
 Step* stepForComing(const HostItem& parent) noexcept {
     if (recording.isReplaying || !isInSpace(parent))

@@ -41,9 +41,19 @@ struct Recording {
 };
 inline constinit Recording recording;
 
+/// Whether an item is in the data space.
+inline bool isInSpace(const HostItem& item) noexcept {
+    const HostItem* root = &item;
+    while (root->parent)
+        root = root->parent;
+    return root->kind == Kind::Space;
+}
+
 /// The step in which a write to an item must be recorded; null when the item is not in the space,
 /// or nothing is recorded.
-Step* stepFor(const HostItem& item) noexcept;
+inline Step* stepFor(const HostItem& item) noexcept {
+    return recording.step && !recording.isReplaying && isInSpace(item) ? recording.step : nullptr;
+}
 /// The same for an item that comes or goes. Where that is not recorded, nothing that was can be
 /// taken back any more.
 Step* stepForComing(const HostItem& parent) noexcept;

@@ -8,7 +8,6 @@
 #include "Space.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -44,48 +43,18 @@ template <class Value> bool Step::grow(std::vector<Value>& vector, std::size_t m
     return !m_failed;
 }
 
-template <class Value> bool Step::grow(Chunks<Value>& chunks, std::size_t more) noexcept {
-    if (m_failed)
-        return false;
-    try {
-        chunks.reserve(more);
-    } catch (const std::bad_alloc&) {
-        m_failed = true;
-    }
-    return !m_failed;
+bool Step::makeRoom(std::size_t items, std::size_t runs) noexcept {
+    return growLog(m_items, items) && growLog(m_runs, runs);
 }
 
-bool Step::reserve(std::size_t items, std::size_t runs) noexcept {
-    return grow(m_items, items) && grow(m_runs, runs);
-}
-
-void Step::add(Write write, bool on, void* item) noexcept {
-    m_items.push_back(item);
-    if (m_runs.empty() || m_runs.back().write != write || m_runs.back().on != on ||
-        m_runs.back().count == std::numeric_limits<std::uint32_t>::max()) {
-        m_runs.push_back({write, on, 0});
-        m_writes |= numberOf(write);
-    }
-    ++m_runs.back().count;
-}
-
-bool Step::record(Write write, void* item) noexcept {
-    if (!reserve(1))
-        return false;
-    add(write, false, item);
-    return true;
-}
-
-bool Step::record(Write write, void* item, std::uint32_t before) noexcept {
-    if (!grow(m_numbers, 1) || !record(write, item))
-        return false;
-    m_numbers.push_back(before);
-    return true;
+void Step::beginRun(Write write, bool on) noexcept {
+    m_runs.push_back({write, on, 0});
+    m_writes |= numberOf(write);
 }
 
 bool Step::reserveMove() noexcept {
     // With its parent's own marks.
-    return reserve(2, 2) && grow(m_parents, 1) && grow(m_numbers, 1);
+    return reserve(2, 2) && growLog(m_parents, 1) && growLog(m_numbers, 1);
 }
 
 void Step::addMove(Write write, Compound* item, Holder* parent) noexcept {
@@ -196,10 +165,9 @@ bool Step::onlySelects() const {
 
 std::size_t Step::logBytes() const {
     const auto of = [](const auto& vector) { return vector.capacity() * sizeof(vector[0]); };
-    std::size_t bytes = sizeof(Step) + m_runs.bytes() + m_items.bytes() + of(m_packed) +
-                        m_parents.bytes() + m_numbers.bytes() + of(m_places) + of(m_meshes) +
-                        of(m_meshColours) + of(m_bounds) + of(m_descriptions) + of(m_parts) +
-                        of(m_listings);
+    std::size_t bytes = sizeof(Step) + m_runs.bytes() + m_items.bytes() + m_parents.bytes() +
+                        m_numbers.bytes() + of(m_places) + of(m_meshes) + of(m_meshColours) +
+                        of(m_bounds) + of(m_descriptions) + of(m_parts) + of(m_listings);
     for (const Parts& parts : m_parts)
         bytes += of(parts.members);
     return bytes;

@@ -6,12 +6,15 @@
 #include "Chunks.h"
 #include "Geometry.h"
 #include "HostItem.h"
+#include "ItemLog.h"
 #include "Sets.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -61,13 +64,31 @@ public:
 
     /// Makes room for writes of `items` items in `runs` runs of one kind and direction. False when
     /// memory has run out, also before.
-    [[nodiscard]] bool reserve(std::size_t items, std::size_t runs = 1) noexcept;
+    [[nodiscard]] bool reserve(std::size_t items, std::size_t runs = 1) noexcept {
+        return (!m_failed && m_items.hasRoomFor(items) && m_runs.hasRoomFor(runs)) ||
+               makeRoom(items, runs);
+    }
     /// Records a write; there must be room for it.
-    void add(Write write, bool on, void* item) noexcept;
+    void add(Write write, bool on, void* item) noexcept {
+        m_items.push_back(item);
+        if (m_runs.empty() || !m_runs.back().goesOnWith(write, on))
+            beginRun(write, on);
+        ++m_runs.back().count;
+    }
     /// reserve() and add().
-    [[nodiscard]] bool record(Write write, void* item) noexcept;
+    [[nodiscard]] bool record(Write write, void* item) noexcept {
+        if (!reserve(1))
+            return false;
+        add(write, false, item);
+        return true;
+    }
     /// The same with a number: a colour, a model, or flags.
-    [[nodiscard]] bool record(Write write, void* item, std::uint32_t before) noexcept;
+    [[nodiscard]] bool record(Write write, void* item, std::uint32_t before) noexcept {
+        if ((!m_numbers.hasRoomFor(1) && !growLog(m_numbers, 1)) || !record(write, item))
+            return false;
+        m_numbers.push_back(before);
+        return true;
+    }
     /// The same with the composite of an item that comes or goes.
     [[nodiscard]] bool reserveMove() noexcept;
     void addMove(Write write, Compound* item, Holder* parent) noexcept;
@@ -100,7 +121,7 @@ public:
     bool adds(bool isBack) const { return has(isBack ? Write::Detach : Write::Attach); }
     bool removes(bool isBack) const { return has(isBack ? Write::Attach : Write::Detach); }
 
-    /// Packs the log, as nothing follows; without memory for that, it stays as it is.
+    /// Frees what the log has to spare, as nothing follows; without memory for that, it keeps it.
     void finish() noexcept;
     void takeBack() noexcept { go(true); }
     void doAgain() noexcept { go(false); }
@@ -114,6 +135,11 @@ private:
         Write write;
         bool on;
         std::uint32_t count;
+
+        bool goesOnWith(Write other, bool isOn) const {
+            return write == other && on == isOn &&
+                   count != std::numeric_limits<std::uint32_t>::max();
+        }
     };
     struct ParentRun {
         Holder* parent;
@@ -132,21 +158,28 @@ private:
         std::uint8_t parentMarks; ///< of the composite that the set stands in
         std::vector<Compound*> members;
     };
-    /// Reads the addresses of the items from one end to the other.
-    class Items;
     class Going;
 
+    [[nodiscard]] bool makeRoom(std::size_t items, std::size_t runs) noexcept;
+    void beginRun(Write write, bool on) noexcept;
     bool has(Write write) const { return (m_writes >> static_cast<unsigned>(write) & 1U) != 0; }
     std::size_t logBytes() const;
     template <class Value> bool grow(std::vector<Value>& vector, std::size_t more) noexcept;
-    template <class Value> bool grow(Chunks<Value>& chunks, std::size_t more) noexcept;
+    template <class Log> bool growLog(Log& log, std::size_t more) noexcept {
+        if (m_failed)
+            return false;
+        try {
+            log.reserve(more);
+        } catch (const std::bad_alloc&) {
+            m_failed = true;
+        }
+        return !m_failed;
+    }
     void go(bool back) noexcept;
     void freeItems() noexcept;
 
     Chunks<Run> m_runs;
-    Chunks<void*> m_items;             ///< of all runs; empty when packed
-    std::vector<std::int8_t> m_packed; ///< their addresses, each as the difference to the last
-    std::uintptr_t m_lastPacked = 0;
+    ItemLog m_items;                 ///< of all runs
     Chunks<ParentRun> m_parents;     ///< of Attach and Detach
     Chunks<std::uint32_t> m_numbers; ///< of Paint, Activate, OwnMarks, Join and Alter
     std::vector<Place> m_places;

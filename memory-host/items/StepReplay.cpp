@@ -22,99 +22,12 @@
 
 namespace memory_host {
 
-namespace {
-
-// Addresses are multiples of this.
-constexpr std::uintptr_t grain = 8;
-// LeakSanitizer takes for lost what only differences of addresses lead to.
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool isPacked = false;
-#else
-constexpr bool isPacked = true;
-#endif
-// Stands before and behind a difference that does not fit a byte.
-constexpr std::int8_t wide = -128;
-constexpr std::size_t wideBytes = sizeof(std::uintptr_t);
-
-} // namespace
-
-// A difference is one byte, or stands in eight between two marks: it can be read from either side.
-class Step::Items {
-public:
-    Items(const Step& step, bool fromEnd) : m_step(step), m_isPacked(!step.m_packed.empty()) {
-        if (!fromEnd)
-            return;
-        m_at = m_isPacked ? step.m_packed.size() : step.m_items.size();
-        m_last = step.m_lastPacked;
-    }
-
-    void* next() {
-        if (!m_isPacked)
-            return m_step.m_items[m_at++];
-        const std::int8_t* const at = m_step.m_packed.data() + m_at;
-        m_last += *at == wide ? wideAt(at + 1) : distance(*at);
-        m_at += *at == wide ? wideBytes + 2 : 1;
-        return reinterpret_cast<void*>(m_last);
-    }
-    void* previous() {
-        if (!m_isPacked)
-            return m_step.m_items[--m_at];
-        auto* const found = reinterpret_cast<void*>(m_last);
-        const std::int8_t* const at = m_step.m_packed.data() + m_at - 1;
-        m_last -= *at == wide ? wideAt(at - wideBytes) : distance(*at);
-        m_at -= *at == wide ? wideBytes + 2 : 1;
-        return found;
-    }
-
-    static std::uintptr_t distance(std::int8_t difference) {
-        return static_cast<std::uintptr_t>(std::intptr_t{difference}) * grain;
-    }
-
-private:
-    static std::uintptr_t wideAt(const std::int8_t* at) {
-        std::uintptr_t difference = 0;
-        std::memcpy(&difference, at, wideBytes);
-        return difference;
-    }
-
-    const Step& m_step;
-    bool m_isPacked;
-    std::size_t m_at = 0;
-    std::uintptr_t m_last = 0;
-};
-
 void Step::finish() noexcept {
     try {
         m_runs.shrink();
         m_parents.shrink();
         m_numbers.shrink();
         m_items.shrink();
-        if (!isPacked)
-            return;
-        std::vector<std::int8_t> packed;
-        packed.reserve(m_items.size() * 2);
-        std::uintptr_t last = 0;
-        for (std::size_t i = 0; i != m_items.size(); ++i) {
-            const auto at = reinterpret_cast<std::uintptr_t>(m_items[i]);
-            const auto difference = static_cast<std::intptr_t>(at - last);
-            last = at;
-            const std::intptr_t grains = difference / static_cast<std::intptr_t>(grain);
-            if (grains > wide && grains <= std::numeric_limits<std::int8_t>::max() &&
-                difference % static_cast<std::intptr_t>(grain) == 0) {
-                packed.push_back(static_cast<std::int8_t>(grains));
-                continue;
-            }
-            std::array<std::int8_t, wideBytes + 2> marked;
-            marked.front() = marked.back() = wide;
-            std::memcpy(marked.data() + 1, &difference, wideBytes);
-            packed.insert(packed.end(), marked.begin(), marked.end());
-        }
-        if (packed.size() >= m_items.size() * sizeof(void*))
-            return;
-        packed.shrink_to_fit();
-        m_packed = std::move(packed);
-        m_lastPacked = last;
-        Chunks<void*>().swap(m_items);
     } catch (const std::bad_alloc&) { // It takes more memory then.
     }
 }
@@ -123,7 +36,7 @@ void Step::finish() noexcept {
 // their items is in the order of the writes.
 class Step::Going {
 public:
-    Going(Step& step, bool back) : m_step(step), m_back(back), m_items(step, back) {
+    Going(Step& step, bool back) : m_step(step), m_back(back), m_items(step.m_items, back) {
         if (!back)
             return;
         m_number = step.m_numbers.size();
@@ -277,7 +190,7 @@ private:
 
     Step& m_step;
     bool m_back;
-    Items m_items;
+    ItemLog::Reader m_items;
     std::size_t m_number = 0, m_place = 0, m_description = 0, m_mesh = 0, m_meshColours = 0,
                 m_bounds = 0, m_parts = 0, m_listing = 0, m_parent = 0;
     Holder* m_holder = nullptr;
@@ -297,7 +210,7 @@ void Step::freeItems() noexcept {
     const Write theirs = m_isBack ? Write::Attach : Write::Detach;
     if (!has(theirs))
         return;
-    Items items(*this, false);
+    ItemLog::Reader items(m_items, false);
     for (std::size_t at = 0; at != m_runs.size(); ++at) {
         const Run run = m_runs[at];
         for (std::uint32_t i = 0; i != run.count; ++i)
@@ -309,10 +222,10 @@ void Step::freeItems() noexcept {
 void Step::forget() noexcept {
     freeItems();
     const auto empty = [](auto&... vectors) {
-        (std::remove_reference_t<decltype(vectors)>().swap(vectors), ...);
+        ((vectors = std::remove_reference_t<decltype(vectors)>()), ...);
     };
-    empty(m_runs, m_items, m_packed, m_parents, m_numbers, m_places, m_descriptions, m_meshes,
-          m_meshColours, m_bounds, m_parts, m_listings);
+    empty(m_runs, m_items, m_parents, m_numbers, m_places, m_descriptions, m_meshes, m_meshColours,
+          m_bounds, m_parts, m_listings);
     m_itemBytes = 0;
     m_writes = 0;
     m_isBack = false;
