@@ -67,7 +67,7 @@ void MainWindow::updateTitle() {
     for (TAVIK::Compound** entry = space->ChildBegin(); entry != space->ChildEnd(); ++entry) {
         if (!*entry)
             continue;
-        const bool isChanged = canBeSaved(*entry) && memory_host::hasUnsavedData(*entry);
+        const bool isChanged = canBeSaved(*entry) && memory_host::isUnsaved(*entry);
         if (names.size() == mostNames)
             names << QString(QChar(0x2026));
         if (names.size() > mostNames) {

@@ -129,14 +129,20 @@ std::optional<SaveTarget> askForTarget(QWidget* window, const QString& title,
     return target;
 }
 
-Replacing askToReplace(QWidget* window, const QString& file) {
-    const QPointer<QMessageBox> box(new QMessageBox(
-        QMessageBox::Warning, say("Save"),
-        say("%1 was changed by someone else after it was opened.").arg(nameOf(file)),
-        QMessageBox::Cancel, window));
+Replacing askToReplace(QWidget* window, const QString& file, Losing losing) {
+    const bool isChanged = losing == Losing::ChangesByOthers;
+    const QPointer<QMessageBox> box(
+        new QMessageBox(QMessageBox::Warning, say("Save"),
+                        (isChanged ? say("%1 was changed by someone else after it was opened.")
+                                   : say("%1 holds entries that are closed here."))
+                            .arg(nameOf(file)),
+                        QMessageBox::Cancel, window));
     box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(say(
-        "Replacing it loses these changes. As another file, what is open here is kept as well."));
+    box->setInformativeText(
+        isChanged ? say("Replacing it loses these changes. As another file, what is open here is "
+                        "kept as well.")
+                  : say("Replacing it loses them. As another file, what is open here is kept as "
+                        "well."));
     const QAbstractButton* const replace =
         box->addButton(say("&Replace"), QMessageBox::DestructiveRole);
     const QAbstractButton* const saveAs =

@@ -26,9 +26,10 @@ bool isSavable(const QString& file, Kept kept);
 std::optional<SaveTarget> askForTarget(QWidget* window, const QString& title,
                                        const QString& proposed, Kept kept);
 
+enum class Losing { ChangesByOthers, ClosedEntries };
 enum class Replacing { Replace, SaveAs, Cancel };
-/// Asks what to do with a file that someone else has changed.
-Replacing askToReplace(QWidget* window, const QString& file);
+/// Asks what to do with a file that loses something when it is replaced.
+Replacing askToReplace(QWidget* window, const QString& file, Losing losing);
 
 enum class Unsaved { Save, Discard, Cancel };
 /// Asks what to do with the changes to these files, of which there is at least one.

@@ -80,7 +80,7 @@ bool canBeSaved(const Compound* entry) {
 
 bool isUnsaved(Compound* entry) {
     return TAVIK::OriginOf(entry).isEmpty() ||
-           std::ranges::any_of(memory_host::entriesOfFile(entry), memory_host::hasUnsavedData);
+           std::ranges::any_of(memory_host::entriesOfFile(entry), memory_host::isUnsaved);
 }
 
 Compound* entryWith(unsigned int id) {
@@ -91,7 +91,7 @@ Compound* entryWith(unsigned int id) {
 
 std::vector<Compound*> unsavedEntries() {
     return entriesThat(
-        [](Compound* entry) { return memory_host::hasUnsavedData(entry) && canBeSaved(entry); });
+        [](Compound* entry) { return memory_host::isUnsaved(entry) && canBeSaved(entry); });
 }
 
 Saving::Saving(QWidget* window, Saved saved) : m_window(window), m_saved(std::move(saved)) {}
@@ -148,7 +148,7 @@ bool Saving::mayForget(const std::vector<Compound*>& entries) {
     std::vector<Compound*> unsaved;
     QStringList names;
     for (Compound* const entry : entries)
-        if (memory_host::hasUnsavedData(entry) && canBeSaved(entry)) {
+        if (memory_host::isUnsaved(entry) && canBeSaved(entry)) {
             unsaved.push_back(entry);
             names << shownName(entry);
         }
@@ -200,11 +200,13 @@ bool Saving::write(const Ids& ids, const SaveTarget& target, SaveOptions options
             return false;
         }
         const Outcome outcome = writeOnce(entries, target.file, options);
-        if (outcome != Outcome::ChangedByOthers)
+        if (outcome == Outcome::Saved || outcome == Outcome::NotSaved)
             return outcome == Outcome::Saved;
-        switch (askToReplace(m_window, target.file)) {
+        const bool isChanged = outcome == Outcome::ChangedByOthers;
+        switch (askToReplace(m_window, target.file,
+                             isChanged ? Losing::ChangesByOthers : Losing::ClosedEntries)) {
         case Replacing::Replace:
-            options.replaceChanged = true;
+            (isChanged ? options.replaceChanged : options.dropClosed) = true;
             break;
         case Replacing::SaveAs:
             return askAndWrite(ids, say("Save as"), target.file, keptOf(entries.front()), options);
@@ -243,8 +245,11 @@ Saving::Outcome Saving::writeOnce(const std::vector<Compound*>& entries, const Q
         m_saved(file);
         return Outcome::Saved;
     } catch (const memory_host::SaveError& error) {
-        if (error.reason() == memory_host::SaveError::Reason::ChangedByOthers)
+        using Reason = memory_host::SaveError::Reason;
+        if (error.reason() == Reason::ChangedByOthers)
             return Outcome::ChangedByOthers;
+        if (error.reason() == Reason::LosesClosed)
+            return Outcome::LosesClosed;
         Logger::Write(error.what());
     } catch (const std::bad_alloc&) {
         Logger::Write(path + ": there is not enough memory to save it");

@@ -50,7 +50,7 @@ public:
 private:
     /// Top-level items by their identifiers, as they may be gone when a dialog is closed.
     using Ids = std::vector<unsigned int>;
-    enum class Outcome { Saved, NotSaved, ChangedByOthers };
+    enum class Outcome { Saved, NotSaved, ChangedByOthers, LosesClosed };
 
     static Ids idsOf(const std::vector<TAVIK::Compound*>& entries);
     static std::vector<TAVIK::Compound*> entriesOf(const Ids& ids);

@@ -13,7 +13,8 @@ namespace memory_host {
 
 /// A file on the disk. Entries that are in one file share it.
 struct FileOnDisk {
-    FileStamp stamp; ///< when it was read or last saved
+    FileStamp stamp;                    ///< when it was read or last saved
+    std::vector<std::uint32_t> entries; ///< then in it: identifiers, ascending
 };
 
 class EntrySource : public ItemSource {

@@ -210,6 +210,9 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
         file.content.grid.reset();
         setOrigin(items.back().get(), file.report.path(), makeSource(file, 0, 0));
     }
+    for (const DetachedItem& item : items)
+        file.file->entries.push_back(item->GetId());
+    std::ranges::sort(file.file->entries);
     return items;
 }
 

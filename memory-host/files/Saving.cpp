@@ -93,6 +93,19 @@ std::shared_ptr<FileOnDisk> fileOf(std::span<TAVIK::Compound* const> items,
     return nullptr;
 }
 
+// Refuses to save a file without entries that it holds.
+void checkClosed(const SavePlan& plan, const SaveReport& report) {
+    std::vector<std::uint32_t> saved = plan.items;
+    std::ranges::sort(saved);
+    std::vector<std::uint32_t> closed;
+    std::ranges::set_difference(plan.file->entries, saved, std::back_inserter(closed));
+    if (!closed.empty())
+        report.refuse("holds " + std::to_string(plan.file->entries.size()) + " entries, of which " +
+                          std::to_string(closed.size()) + (closed.size() == 1 ? " is" : " are") +
+                          " closed and would be lost",
+                      "accepted is a file of another name", SaveError::Reason::LosesClosed);
+}
+
 // The text that all structures are of, if that is of the format to be written.
 const SourceText* textToEdit(const SavePlan& plan) {
     const std::vector<SavedStructure>& structures = plan.content.structures;
@@ -137,6 +150,7 @@ template <class Work> auto guarded(const SavePlan& plan, Work work) {
 void moveToFile(const SavePlan& plan) {
     std::vector<unsigned int> ids = plan.items;
     std::ranges::sort(ids);
+    plan.file->entries = ids;
     TAVIK::Compound* const space = TAVIK::Space::instance();
     for (TAVIK::Compound** it = space->ChildBegin(); it != space->ChildEnd(); ++it) {
         if (!*it || !std::ranges::binary_search(ids, (*it)->GetId()))
@@ -181,6 +195,13 @@ std::vector<TAVIK::Compound*> entriesOfFile(TAVIK::Compound* entry) {
     return entries;
 }
 
+bool isUnsaved(const TAVIK::Compound* entry) {
+    const auto source = entrySourceOf(entry);
+    return hasUnsavedData(entry) ||
+           (source && source->file &&
+            !std::ranges::binary_search(source->file->entries, entry->GetId()));
+}
+
 SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::string& path,
                        const SaveOptions& options) {
     SavePlanPtr plan(new SavePlan(path));
@@ -197,6 +218,8 @@ SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::strin
             plan->expected = plan->file->stamp;
         for (const TAVIK::Compound* item : items)
             plan->items.push_back(item->GetId());
+        if (!plan->content.isInPart && !options.dropClosed)
+            checkClosed(*plan, report);
         plan->remarks = report.remarks();
     });
     return plan;

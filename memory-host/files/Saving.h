@@ -30,7 +30,10 @@ public:
         Other,
         /// The file is not the one that the entries were read from or saved to any more; whether to
         /// replace it is the user's to say (SaveOptions::replaceChanged).
-        ChangedByOthers
+        ChangedByOthers,
+        /// Entries that the file holds are closed, and it would lose them; likewise
+        /// (SaveOptions::dropClosed).
+        LosesClosed
     };
 
     explicit SaveError(const std::string& line, Reason reason = Reason::Other)
@@ -47,6 +50,7 @@ struct SaveOptions {
     bool onlyActiveModels =
         false;                   ///< leave out the atoms of alternative models that are not active
     bool replaceChanged = false; ///< even if someone else changed the file meanwhile
+    bool dropClosed = false;     ///< even if entries that the file holds are closed
 };
 
 /// What is to be saved, read from the items as plain tables.
@@ -60,6 +64,10 @@ using SavePlanPtr = std::unique_ptr<SavePlan, SavePlanDeleter>;
 /// were read from it and are still there, or were saved to it; `entry` alone where it has no file.
 /// "Save" saves all of them.
 HOST_EXPORT std::vector<TAVIK::Compound*> entriesOfFile(TAVIK::Compound* entry);
+
+/// Whether the data of a top-level item are not those in its file: they were changed, or the file
+/// was saved without them.
+HOST_EXPORT bool isUnsaved(const TAVIK::Compound* entry);
 
 /// Reads what is to be saved of top-level items, on the GUI thread, and checks that the format of
 /// `path` can hold it. Throws SaveError; std::bad_alloc if there is not even memory for its line.

@@ -9,6 +9,7 @@
 #include "Traversal.h"
 
 #include "DataDelete.h"
+#include "DataMaker.h"
 #include "DataPoint.h"
 
 #include <QAbstractButton>
@@ -330,6 +331,39 @@ private slots:
         trigger("Save");
         QVERIFY(said().startsWith("Saved own as other.pdb"));
         QVERIFY(atomRows(contentOf(path("other.pdb"))) < atomRows(others));
+    }
+
+    void aModelThatIsClosedIsLostOnlyWhenTheUserSaysSo() {
+        const QByteArray atoms = "ATOM      1  CA  GLY A   1       1.000   2.000   3.000\n"
+                                 "ATOM      2  CA  ALA A   2       4.000   2.000   3.000\n";
+        const QByteArray models =
+            "MODEL        1\n" + atoms + "ENDMDL\nMODEL        2\n" + atoms + "ENDMDL\nEND\n";
+        open();
+        QVERIFY(write(path("own.pdb"), models));
+        m_window->openFiles({path("own.pdb")});
+        takeMessages();
+        {
+            DataDelete guard(nullptr, "Close");
+            TAVIK::DataMaker::Destroy(entryAt(1));
+        }
+        QCOMPARE(title(), "own.1 - Workbench");
+        edit();
+        nextQuestion("Cancel");
+        trigger("Save All");
+        QCOMPARE(m_asked, QStringList("own.pdb holds entries that are closed here."));
+        QCOMPARE(contentOf(path("own.pdb")), models);
+
+        nextQuestion("Replace");
+        trigger("Save All");
+        QCOMPARE(atomRows(contentOf(path("own.pdb"))), 1);
+        QCOMPARE(title(), "own.1 - Workbench");
+        // Back again, it is in no file.
+        entry("Edit", "Undo Last Change of Data")->trigger();
+        entry("Edit", "Undo Last Change of Data")->trigger();
+        QCOMPARE(title(), "own.1*, own.2* - Workbench");
+        trigger("Save All");
+        QCOMPARE(contentOf(path("own.pdb")), models);
+        QCOMPARE(title(), "own.1, own.2 - Workbench");
     }
 
     void aFullDiskIsALineAndTheOldFileIsWhole() {
