@@ -23,6 +23,8 @@ public:
         m_conformers.resize(structure.alternatives + 1);
         m_source.atoms.reserve(m_model.atoms.size());
         m_source.bonds.reserve(m_model.listedBonds);
+        m_source.foundBonds =
+            static_cast<std::uint32_t>(m_model.bonds.size() - m_model.listedBonds);
     }
 
     DetachedItem build(const std::string& name) {

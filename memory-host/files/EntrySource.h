@@ -36,6 +36,7 @@ public:
     std::uint32_t block = 0;                ///< which structure of the file, from 0
     std::uint32_t model = 0;                ///< which of its models, from 0
     std::uint32_t lastBond = 0;             ///< identifier; bonds beyond were made later
+    std::uint32_t foundBonds = 0;           ///< how many were found by distance
     std::vector<Row> atoms;                 ///< ascending by identifier
     std::vector<ListedBond> bonds;          ///< likewise
 };

@@ -1,4 +1,4 @@
-// Bonds that were made, in files that do not list them.
+// Bonds that were made or destroyed, in files that do not list them.
 #pragma once
 
 #include "SavedTables.h"
@@ -15,5 +15,8 @@ bool isToBeListed(const SavedModel& model, const SavedBond& bond,
 /// How many of the bonds that were made in a model are not found by the distance of their atoms
 /// when a file is read, and so are lost unless the file lists them.
 std::size_t countBondsToList(const SavedModel& model, const std::vector<std::string>& names);
+/// How many bonds that were destroyed come back, as they are found by the distance of their atoms
+/// when a file is read.
+std::size_t countBondsComingBack(const SavedModel& model, const std::vector<std::string>& names);
 
 } // namespace memory_host

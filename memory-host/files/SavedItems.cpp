@@ -119,6 +119,10 @@ private:
     void readPlace();
     void readBonds();
     std::uint32_t atomOf(const Compound* atom) const;
+    /// The lower one first.
+    std::pair<std::uint32_t, std::uint32_t> atomsOf(const BondItem& bond) const {
+        return std::minmax({atomOf(bond.m_atoms[0]), atomOf(bond.m_atoms[1])});
+    }
 
     Texts& m_texts;
     const SaveOptions& m_options;
@@ -259,27 +263,38 @@ void ModelReader::readBonds() {
     if (!std::ranges::is_sorted(m_ids))
         std::ranges::sort(m_ids);
     std::vector<bool> areThere(m_source ? m_source->bonds.size() : 0);
-    for (const BondItem* bond : m_bonds) {
+    const auto isFound = [this, &areThere](const BondItem* bond) {
         const std::uint32_t id = HostItem::of(bond).id;
-        bool isListed = false;
-        if (m_source && id <= m_source->lastBond) {
-            const auto found =
-                std::ranges::lower_bound(m_source->bonds, id, {}, &EntrySource::ListedBond::id);
-            isListed = found != m_source->bonds.end() && found->id == id;
-            if (!isListed)
-                continue;
-            areThere[static_cast<std::size_t>(found - m_source->bonds.begin())] = true;
-        }
-        const std::uint32_t a = atomOf(bond->m_atoms[0]);
-        const std::uint32_t b = atomOf(bond->m_atoms[1]);
-        if (a != unread && b != unread)
-            m_model.bonds.push_back({std::min(a, b), std::max(a, b), isListed});
-    }
+        if (!m_source || id > m_source->lastBond)
+            return false;
+        const auto listed =
+            std::ranges::lower_bound(m_source->bonds, id, {}, &EntrySource::ListedBond::id);
+        if (listed == m_source->bonds.end() || listed->id != id)
+            return true;
+        areThere[static_cast<std::size_t>(listed - m_source->bonds.begin())] = true;
+        return false;
+    };
+    const auto found = std::stable_partition(m_bonds.begin(), m_bonds.end(),
+                                             [&](const BondItem* bond) { return !isFound(bond); });
+    for (auto bond = m_bonds.begin(); bond != found; ++bond)
+        if (const auto [a, b] = atomsOf(**bond); a != unread && b != unread)
+            m_model.bonds.push_back(
+                {a, b, m_source && HostItem::of(*bond).id <= m_source->lastBond});
     std::ranges::sort(m_model.bonds, {},
                       [](const SavedBond& bond) { return std::pair(bond.first, bond.second); });
     for (std::size_t i = 0; i != areThere.size(); ++i)
         if (!areThere[i])
             m_model.lostBonds.push_back({m_source->bonds[i].first, m_source->bonds[i].second});
+    const auto foundCount = static_cast<std::size_t>(m_bonds.end() - found);
+    m_model.lacksBonds =
+        m_source && (foundCount < m_source->foundBonds || !m_model.lostBonds.empty());
+    if (!m_model.lacksBonds)
+        return;
+    m_model.foundBonds.reserve(foundCount);
+    for (auto bond = found; bond != m_bonds.end(); ++bond)
+        if (const auto pair = atomsOf(**bond); pair.first != unread && pair.second != unread)
+            m_model.foundBonds.push_back(pair);
+    std::ranges::sort(m_model.foundBonds);
 }
 
 // A model with its place: among the files in the order of the items, and in its file.

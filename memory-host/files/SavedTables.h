@@ -67,6 +67,10 @@ struct SavedModel {
     /// Of the bonds that the file lists, those that are not there any more, by the rows of their
     /// atoms, which may be gone, too.
     std::vector<std::pair<std::uint32_t, std::uint32_t>> lostBonds;
+    /// Where bonds that were there when the file was read were destroyed: those that had been found
+    /// by distance and are left, ascending.
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> foundBonds;
+    bool lacksBonds = false; ///< some were destroyed, perhaps with their atoms
 
     /// One past the last atom of a residue.
     std::uint32_t atomEnd(std::size_t residue) const {

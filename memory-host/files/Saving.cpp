@@ -4,6 +4,7 @@
 #include "Fields.h"
 #include "FileKind.h"
 #include "Gzip.h"
+#include "MadeBonds.h"
 #include "ReplaceFile.h"
 #include "SavedItems.h"
 #include "Space.h"
@@ -146,6 +147,18 @@ template <class Work> auto guarded(const SavePlan& plan, Work work) {
     }
 }
 
+void remarkOnBondsComingBack(const SavedContent& content, SaveReport& report) {
+    std::size_t count = 0;
+    for (const SavedStructure& structure : content.structures)
+        for (const SavedModel& model : structure.models)
+            count += countBondsComingBack(model, content.names);
+    if (count != 0)
+        report.remark(
+            std::to_string(count) +
+            (count == 1 ? " bond that was deleted comes" : " bonds that were deleted come") +
+            " back when the file is read, as the atoms are near each other");
+}
+
 // Tells items that they are in the file of the plan.
 void moveToFile(const SavePlan& plan) {
     std::vector<unsigned int> ids = plan.items;
@@ -229,6 +242,7 @@ std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std
     return guarded(plan, [&] {
         SaveReport report(plan.path, progress, std::move(stop));
         const std::string bytes = bytesOf(plan, report);
+        remarkOnBondsComingBack(plan.content, report);
         std::vector<std::string> remarks = plan.remarks;
         remarks.insert(remarks.end(), report.remarks().begin(), report.remarks().end());
         plan.written = replaceFile(report, bytes, plan.expected); // Last: nothing fails afterwards.

@@ -1,7 +1,7 @@
 #include "TableBuilder.h"
 
+#include "BondAtoms.h"
 #include "FileLimits.h"
-
 #include "ResidueKinds.h"
 #include "Waters.h"
 
@@ -20,8 +20,6 @@ constexpr std::uint32_t manyAtoms = 10000;
 constexpr std::size_t bytesOfABondSearch = 140;
 // Only so many residue names are shown for one position.
 constexpr std::ptrdiff_t mostNames = 8;
-// The residue of dummy atoms that mark the position of a membrane.
-constexpr std::string_view membraneMarker = "DUM";
 
 bool isSameResidue(const AtomRow& a, const AtomRow& b) {
     return a.number == b.number && a.residue == b.residue && a.insertion == b.insertion &&
@@ -77,36 +75,20 @@ void sortTable(ModelTable& table) {
         table.residues[table.atoms[i].residue].firstAtom = i;
 }
 
-BondKind bondKindOf(Element element) {
-    return isHydrogen(element)             ? BondKind::Hydrogen
-           : isMetal(element)              ? BondKind::Metal
-           : isMetalLigand(element)        ? BondKind::Ligand
-           : isCarbonOrPhosphorus(element) ? BondKind::Framework
-                                           : BondKind::Other;
-}
-
 // Adds the bonds by distance to those that are listed; the result has the counts alone.
 Bonds findBondsOf(ModelTable& table, const FileNames& names, std::uint32_t alternatives) {
     std::vector<BondAtom> atoms(table.atoms.size());
-    std::array<BondKind, elementCount> kinds{};
-    std::array<float, elementCount> radii{};
-    for (std::size_t i = 0; i != elementCount; ++i) {
-        kinds[i] = bondKindOf(static_cast<Element>(i));
-        radii[i] = covalentRadius(static_cast<Element>(i));
-    }
+    const BondAtoms make;
     for (std::size_t i = 0; i != atoms.size(); ++i) {
         const AtomEntry& atom = table.atoms[i];
-        atoms[i] = {atom.position,       radii[atom.element], atom.alternative,
-                    kinds[atom.element], atom.hasPosition,    false};
+        atoms[i] = make.of(atom.element, atom.position, atom.hasPosition, atom.alternative);
     }
     for (std::size_t i = 0; i != table.residues.size(); ++i)
         if (names.text(table.residues[i].name) == membraneMarker)
             for (std::uint32_t k = table.residues[i].firstAtom; k != table.atomEnd(i); ++k)
                 atoms[k].hasPosition = false;
-    for (const auto& [first, second] : table.bonds) {
-        atoms[first].isHeld = atoms[first].isHeld || atoms[second].kind == BondKind::Ligand;
-        atoms[second].isHeld = atoms[second].isHeld || atoms[first].kind == BondKind::Ligand;
-    }
+    for (const auto& [first, second] : table.bonds)
+        BondAtoms::join(atoms[first], atoms[second]);
     Bonds found = findBonds(atoms, alternatives);
     table.listedBonds = table.bonds.size();
     if (table.listedBonds == 0) {
