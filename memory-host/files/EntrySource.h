@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace memory_host {
@@ -15,6 +16,15 @@ namespace memory_host {
 struct FileOnDisk {
     FileStamp stamp;                    ///< when it was read or last saved
     std::vector<std::uint32_t> entries; ///< then in it: identifiers, ascending
+};
+
+/// One reading of a file, from which the entries were made that share this. The same text gives the
+/// same items in the same order.
+struct FileReading {
+    std::string path;
+    FileStamp stamp;             ///< when it was read
+    std::uint32_t firstItem = 0; ///< identifiers of its items follow one another
+    std::uint32_t itemCount = 0;
 };
 
 class EntrySource : public ItemSource {
@@ -33,6 +43,7 @@ public:
 
     std::shared_ptr<const SourceText> text; ///< null for maps, and for what was not read
     std::shared_ptr<FileOnDisk> file;       ///< in which the entry is
+    std::shared_ptr<FileReading> reading;   ///< null for what was not read
     std::uint32_t block = 0;                ///< which structure of the file, from 0
     std::uint32_t model = 0;                ///< which of its models, from 0
     std::uint32_t lastBond = 0;             ///< identifier; bonds beyond were made later

@@ -29,6 +29,7 @@ public:
     FileContent content;
     std::shared_ptr<const SourceText> text; ///< null for maps
     std::shared_ptr<FileOnDisk> file = std::make_shared<FileOnDisk>();
+    std::shared_ptr<FileReading> reading = std::make_shared<FileReading>();
 };
 
 void ParsedFileDeleter::operator()(ParsedFile* file) const {
@@ -171,6 +172,7 @@ std::shared_ptr<EntrySource> makeSource(const ParsedFile& file, std::size_t bloc
     auto source = std::make_shared<EntrySource>();
     source->text = file.text;
     source->file = file.file;
+    source->reading = file.reading;
     source->block = static_cast<std::uint32_t>(block);
     source->model = static_cast<std::uint32_t>(model);
     return source;
@@ -189,6 +191,7 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     requireMemory(file.report, bytes);
     ProgressCounter counter(progress, "building the atoms", work);
     EntryNames entryNames;
+    const std::uint32_t lastBefore = HostItem::lastIdentifier();
     for (std::size_t block = 0; block != file.content.structures.size(); ++block) {
         StructureTable& structure = file.content.structures[block];
         const std::vector<std::string> names =
@@ -213,6 +216,8 @@ std::vector<DetachedItem> build(ParsedFile& file, const Progress& progress) {
     for (const DetachedItem& item : items)
         file.file->entries.push_back(item->GetId());
     std::ranges::sort(file.file->entries);
+    *file.reading = {originPath(items.front().get()), file.file->stamp, lastBefore + 1,
+                     HostItem::lastIdentifier() - lastBefore};
     return items;
 }
 

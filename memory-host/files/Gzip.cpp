@@ -11,11 +11,12 @@ namespace memory_host {
 namespace {
 
 struct Deflater {
-    Deflater() {
+    explicit Deflater(Packing packing) {
         constexpr int gzipFormat = 15 + 16;
         constexpr int usualMemory = 8;
-        if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, gzipFormat, usualMemory,
-                         Z_DEFAULT_STRATEGY) != Z_OK)
+        const int level = packing == Packing::Fast ? Z_BEST_SPEED : Z_DEFAULT_COMPRESSION;
+        if (deflateInit2(&stream, level, Z_DEFLATED, gzipFormat, usualMemory, Z_DEFAULT_STRATEGY) !=
+            Z_OK)
             throw std::bad_alloc();
     }
     Deflater(const Deflater&) = delete;
@@ -26,9 +27,9 @@ struct Deflater {
 
 } // namespace
 
-std::string gzipped(std::string_view bytes, const SaveReport& report) {
+std::string gzipped(std::string_view bytes, const SaveReport& report, Packing packing) {
     constexpr std::size_t portion = std::size_t{1} << 20;
-    Deflater deflater;
+    Deflater deflater(packing);
     z_stream& stream = deflater.stream;
     std::string made;
     std::array<char, 1 << 16> buffer{};

@@ -8,7 +8,9 @@
 
 namespace memory_host {
 
+enum class Packing { Usual, Fast };
 /// The bytes as one member of a .gz file, without a name or a time. Throws std::bad_alloc.
-std::string gzipped(std::string_view bytes, const SaveReport& report);
+std::string gzipped(std::string_view bytes, const SaveReport& report,
+                    Packing packing = Packing::Usual);
 
 } // namespace memory_host

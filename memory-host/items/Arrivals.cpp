@@ -1,5 +1,8 @@
 #include "Arrivals.h"
 
+#include "Holder.h"
+
+#include <algorithm>
 #include <unordered_map>
 
 namespace memory_host {
@@ -22,6 +25,19 @@ Arrivals& arrivals() {
 void noteArrival(const HostItem& item) {
     Arrivals& all = arrivals();
     all.numbers[item.id] = ++all.last;
+}
+
+void rearrange(Holder& space, std::span<Compound* const> order) {
+    Compound** const children = space.childBegin();
+    std::uint32_t slot = space.begin;
+    for (Compound* const child : order) {
+        HostItem& record = HostItem::of(child);
+        noteArrival(record);
+        record.position = slot++;
+        space.markChild(record.position, record.has(HostItem::Selected));
+    }
+    std::copy(order.begin(), order.end(), children);
+    ++space.version;
 }
 
 void forgetArrival(const HostItem& item) noexcept {

@@ -5,11 +5,15 @@
 #include "HostItem.h"
 
 #include <cstdint>
+#include <span>
 
 namespace memory_host {
 
 /// Keeps that an item comes now, behind all others. Throws std::bad_alloc.
 void noteArrival(const HostItem& item);
+/// Brings the top-level items into this order, of which `order` has each once; all of them arrived
+/// before.
+void rearrange(Holder& space, std::span<Compound* const> order);
 /// Called before an item is freed.
 void forgetArrival(const HostItem& item) noexcept;
 

@@ -35,6 +35,7 @@ void SetAtomPosition(Atom* atom, const Vertex& position) {
     if (Step* const step = stepFor(item->record()); step && !step->recordPlace(*item))
         return;
     item->setPosition(position);
+    item->record().set(HostItem::Edited, true);
     noteDataChange(HostItem::of(item));
 }
 
@@ -47,6 +48,7 @@ void SetAtomModel(Atom* atom, unsigned int model) {
         !step->record(Step::Write::Join, static_cast<Compound*>(item), item->record().model))
         return;
     changeModel(*item, model);
+    item->record().set(HostItem::Edited, true);
     noteDataChange(HostItem::of(item));
 }
 

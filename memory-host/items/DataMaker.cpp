@@ -98,6 +98,7 @@ Surface* DataMaker::makeSurface(Compound* parent, const std::string& name, Surfa
         return nullptr;
     auto surface = std::make_unique<SurfaceItem>(Name::component(name));
     surface->m_mesh = std::make_unique<SurfaceMesh>(std::move(mesh));
+    surface->noteMesh();
     return attachNew(std::move(surface), *holder);
 }
 

@@ -29,6 +29,7 @@ bool SetSurfaceMesh(Surface* surface, SurfaceMesh mesh) {
     if (Step* const step = stepFor(HostItem::of(item)); step && !step->recordMesh(item))
         throw std::bad_alloc();
     item->m_mesh = std::move(made);
+    item->noteMesh();
     return true;
 }
 
@@ -44,6 +45,7 @@ bool SetSurfaceColors(Surface* surface, std::vector<std::uint32_t> colors) {
         throw std::bad_alloc();
     mesh->colors = std::move(colors);
     mesh->scale.reset();
+    item->noteMesh();
     return true;
 }
 

@@ -43,4 +43,8 @@ HostItem::HostItem(memory_host::Kind ofKind, memory_host::Name itsName)
     color = memory_host::defaultColor(*this).rgba();
 }
 
+std::uint32_t HostItem::lastIdentifier() {
+    return lastId;
+}
+
 } // namespace TAVIK

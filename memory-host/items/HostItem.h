@@ -44,6 +44,7 @@ struct HostItem {
         InSets = 16,      ///< some set lists the item
         HasPosition = 32, ///< of an atom
         HeldSet = 64,     ///< of a composite: a set is or was among its children
+        Edited = 64,      ///< of an atom: it was moved, or put into another model, at some time
         Unlinked = 128    ///< of a bond: its atoms do not list it, as it is to be taken back
     };
 
@@ -54,6 +55,9 @@ struct HostItem {
         return const_cast<Compound*>(item)
             ->hostItem(); // NOLINT: the record is the host's to change
     }
+
+    /// The identifier that was given last; the next item gets the one after it.
+    static std::uint32_t lastIdentifier();
 
     bool has(Flag flag) const { return (flags & flag) != 0; }
     void set(Flag flag, bool on) {

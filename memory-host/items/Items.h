@@ -10,6 +10,7 @@
 #include "Sets.h"
 #include "Space.h"
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -36,7 +37,12 @@ public:
 class SurfaceItem : public LeafItem<TAVIK::Surface, Kind::Surface> {
 public:
     using LeafItem::LeafItem;
+    /// Called when the mesh is another, or has other colours.
+    void noteMesh() { m_meshVersion = ++lastMeshVersion; }
+
     std::unique_ptr<TAVIK::SurfaceMesh> m_mesh;
+    std::uint32_t m_meshVersion = 0; ///< unlike that of any other mesh
+    static inline std::uint32_t lastMeshVersion = 0;
 };
 
 class PolyLineItem : public LeafItem<TAVIK::Compound, Kind::PolyLine> {

@@ -56,6 +56,15 @@ void activateModel(Holder& residue, std::uint16_t model) {
     });
 }
 
+void chooseModel(Holder& residue, std::uint16_t model) {
+    bool isThere = false;
+    forModelAtoms(*residue.self, [&](const AtomItem&, const HostItem& atom) {
+        isThere = isThere || atom.model == model;
+    });
+    if (isThere && residue.model != model && mayActivate(residue))
+        activateModel(residue, model);
+}
+
 void changeModel(AtomItem& atom, unsigned int model) {
     Holder* const residue = leaveModels(atom);
     atom.setModel(model);

@@ -12,6 +12,9 @@ class AtomItem;
 
 /// Makes a model the active one of its residue: marks and counts its atoms.
 void activateModel(Holder& residue, std::uint16_t model);
+/// The same below a guard; nothing happens where no atom of the residue is of that model, or where
+/// there is no memory to record the change.
+void chooseModel(Holder& residue, std::uint16_t model);
 /// Gives an atom another model.
 void changeModel(AtomItem& atom, unsigned int model);
 

@@ -113,14 +113,18 @@ private:
     void rewrite(Compound& item) {
         static_cast<AtomItem&>(item).swapDescription(of(m_step.m_descriptions, m_description));
     }
-    void reshape(Compound& surface) {
+    void reshape(Compound& item) {
+        auto& surface = static_cast<SurfaceItem&>(item);
         std::unique_ptr<TAVIK::SurfaceMesh>& mesh = of(m_step.m_meshes, m_mesh);
         m_step.m_itemBytes -= mesh ? memoryOf(*mesh) : 0;
-        std::swap(static_cast<SurfaceItem&>(surface).m_mesh, mesh);
+        std::swap(surface.m_mesh, mesh);
+        surface.noteMesh();
         m_step.m_itemBytes += mesh ? memoryOf(*mesh) : 0;
     }
-    void recolour(Compound& surface) {
-        TAVIK::SurfaceMesh& mesh = *static_cast<SurfaceItem&>(surface).m_mesh;
+    void recolour(Compound& item) {
+        auto& surface = static_cast<SurfaceItem&>(item);
+        TAVIK::SurfaceMesh& mesh = *surface.m_mesh;
+        surface.noteMesh();
         MeshColours& other = of(m_step.m_meshColours, m_meshColours);
         m_step.m_itemBytes -= other.colors.capacity() * sizeof(std::uint32_t);
         std::swap(mesh.colors, other.colors);
