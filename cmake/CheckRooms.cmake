@@ -39,8 +39,10 @@ folder(companions/rotamer ${contract} companions/rotamer/sidechain)
 folder(memory-host/items host)
 folder(memory-host/history host memory-host/items)
 folder(memory-host/files host memory-host/items)
+folder(memory-host/journal host memory-host/items memory-host/files)
 folder(memory-host/services host memory-host/items memory-host/files)
-folder(workbench ${contract} memory-host/items memory-host/history memory-host/files memory-host/services)
+folder(workbench ${contract} memory-host/items memory-host/history memory-host/files memory-host/journal
+  memory-host/services)
 
 # The contract's tests run against any host: only tests/support/MemoryHostUnderTest.cpp knows which.
 folder(tests/host-contract ${contract} tests/support)

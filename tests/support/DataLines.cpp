@@ -7,6 +7,7 @@
 #include "ItemOrigin.h"
 #include "Space.h"
 
+#include <QHash>
 #include <QTextStream>
 
 namespace test_support {
@@ -15,15 +16,45 @@ namespace {
 
 using TAVIK::Compound;
 
-void writeKind(QTextStream& text, const Compound* item) {
+// Names items in the lines: by their addresses, or by their places in the tree.
+class LineWriter {
+public:
+    explicit LineWriter(bool areComparable) : m_areComparable(areComparable) {
+        if (areComparable)
+            number(TAVIK::Space::instance());
+    }
+
+    void write(QStringList& lines, Compound* item) const;
+
+private:
+    void number(Compound* item) {
+        m_places[item] = m_places.size();
+        for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
+            number(*child);
+    }
+    QString nameOf(const Compound* item) const {
+        return m_areComparable ? QString::number(m_places.value(item, -1))
+                               : QString::number(reinterpret_cast<quintptr>(item), 16); // NOLINT
+    }
+    void writeKind(QTextStream& text, const Compound* item) const;
+
+    bool m_areComparable;
+    QHash<const Compound*, qsizetype> m_places;
+};
+
+void LineWriter::writeKind(QTextStream& text, const Compound* item) const {
     if (const auto* atom = dynamic_cast<const TAVIK::Atom*>(item)) {
         const TAVIK::Vertex at = atom->GetPosition();
         text << " at " << at.isValid() << ' ' << at[0] << ' ' << at[1] << ' ' << at[2] << " model "
-             << atom->GetModelNumber().c_str() << " bonds";
+             << atom->GetModelNumber().c_str() << " bonds ";
         std::vector<TAVIK::Bond*> bonds;
         TAVIK::GetBonds(atom, bonds);
+        QStringList names;
         for (const Compound* bond : bonds)
-            text << ' ' << static_cast<const void*>(bond);
+            names << nameOf(bond);
+        if (m_areComparable)
+            names.sort();
+        text << names.join(' ');
     } else if (dynamic_cast<const TAVIK::Residue*>(item)) {
         text << " active " << TAVIK::GetActiveModel(item);
     } else if (const auto* grid = dynamic_cast<const TAVIK::Grid*>(item)) {
@@ -41,29 +72,38 @@ void writeKind(QTextStream& text, const Compound* item) {
     }
 }
 
-void write(QStringList& lines, Compound* item) {
+void LineWriter::write(QStringList& lines, Compound* item) const {
     QString line;
     QTextStream text(&line);
-    text << static_cast<void*>(item) << ' ' << item->GetId() << ' ' << item->GetFQName().c_str()
-         << ' ' << item->GetType().c_str() << (item->IsSelected() ? " selected" : "")
-         << (item->HasSelected() ? " partly" : "") << (item->IsVisible() ? " shown" : "") << ' '
-         << item->GetColor().rgba() << ' ' << TAVIK::OriginOf(item);
+    text << nameOf(item) << ' ' << (m_areComparable ? 0 : item->GetId()) << ' '
+         << item->GetFQName().c_str() << ' ' << item->GetType().c_str()
+         << (item->IsSelected() ? " selected" : "") << (item->HasSelected() ? " partly" : "")
+         << (item->IsVisible() ? " shown" : "") << ' ' << item->GetColor().rgba() << ' '
+         << TAVIK::OriginOf(item);
     writeKind(text, item);
     text << " parts";
     for (Compound** part = item->PartBegin(); part != item->PartEnd(); ++part)
-        text << ' ' << static_cast<void*>(*part);
+        text << ' ' << nameOf(*part);
     text.flush();
     lines << line;
     for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
         write(lines, *child);
 }
 
+QStringList linesOf(bool areComparable) {
+    QStringList lines;
+    LineWriter(areComparable).write(lines, TAVIK::Space::instance());
+    return lines;
+}
+
 } // namespace
 
 QStringList dataLines() {
-    QStringList lines;
-    write(lines, TAVIK::Space::instance());
-    return lines;
+    return linesOf(false);
+}
+
+QStringList comparableLines() {
+    return linesOf(true);
 }
 
 QString firstDifference(const QStringList& now, const QStringList& before) {

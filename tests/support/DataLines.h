@@ -8,6 +8,9 @@ namespace test_support {
 
 /// A line an item, in the order of the tree.
 QStringList dataLines();
+/// The same without addresses and identifiers: items are named by their places in the tree, so that
+/// the data of two runs can be compared.
+QStringList comparableLines();
 /// The first line that differs, in both texts; empty when none does.
 QString firstDifference(const QStringList& now, const QStringList& before);
 

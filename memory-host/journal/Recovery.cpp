@@ -1,0 +1,290 @@
+#include "Recovery.h"
+
+#include "DataMaker.h"
+#include "DataPointBase.h"
+#include "JournalFiles.h"
+#include "JournalFolder.h"
+#include "MakingAgain.h"
+#include "RecoveredItems.h"
+#include "Space.h"
+#include "items/Arrivals.h"
+#include "items/DataVersion.h"
+#include "items/Publishing.h"
+#include "items/Recording.h"
+
+#include <algorithm>
+#include <new>
+#include <optional>
+#include <unordered_set>
+
+namespace memory_host {
+
+namespace {
+
+// After the machine was started anew, the same disk may have another number.
+bool isSame(const FileStamp& now, FileStamp before) {
+    before.device = now.device;
+    return now.isKnown() && now == before;
+}
+
+std::shared_ptr<EntrySource> entrySourceOf(const Compound* item) {
+    return std::static_pointer_cast<EntrySource>(sourceOf(item));
+}
+
+} // namespace
+
+class JournalRecovery::Work {
+public:
+    explicit Work(std::string folder)
+        : m_folder(std::move(folder)),
+          m_content(readFramed(FileReport(journalIn(m_folder)), readJournal)),
+          m_opened(m_content.readings.size()) {}
+
+    const JournalContent& content() const { return m_content; }
+    std::string contentPath(std::size_t file) const;
+    void setOpened(std::size_t file);
+    Outcome apply();
+
+private:
+    RecoveredItems findItems(Outcome& outcome) const;
+    void change(RecoveredItems& items, Outcome& outcome);
+    bool destroyGone(const RecoveredItems& items) const;
+    void arrange(const RecoveredItems& items) const;
+    void nameEntries(const RecoveredItems& items) const;
+    void giveFiles(const RecoveredItems& items, std::vector<std::string>& lines);
+    std::vector<std::shared_ptr<FileOnDisk>> files(const RecoveredItems& items,
+                                                   std::vector<std::string>& lines) const;
+    void restoreReadings() const;
+
+    std::string m_folder;
+    JournalContent m_content;
+    std::vector<std::shared_ptr<FileReading>> m_opened;
+    std::vector<bool> m_areTheFiles; ///< by file: as it was when it was read or saved
+};
+
+std::string JournalRecovery::Work::contentPath(std::size_t file) const {
+    const JournalContent::Reading& reading = m_content.readings[file];
+    std::string path(reading.path);
+    if (isSame(stampOf(path), reading.stamp))
+        return path;
+    if (!reading.hasText)
+        return {};
+    return m_folder + '/' + textFolder(reading.firstItem) + '/' +
+           std::string(fileNameOf(reading.path));
+}
+
+void JournalRecovery::Work::setOpened(std::size_t file) {
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    const auto source = space->HasChildren() ? entrySourceOf(space->ChildEnd()[-1]) : nullptr;
+    m_opened[file] = source ? source->reading : nullptr;
+}
+
+RecoveredItems JournalRecovery::Work::findItems(Outcome& outcome) const {
+    RecoveredItems items(m_content);
+    for (std::size_t i = 0; i != m_opened.size(); ++i) {
+        if (m_opened[i] && items.addReading(i, *m_opened[i]))
+            continue;
+        outcome.isWhole = false;
+        outcome.lines.push_back(std::string(m_content.readings[i].path) +
+                                (m_opened[i]
+                                     ? ": its content is not what it was; the changes to it "
+                                       "are not brought back"
+                                     : ": the changes to it are not brought back"));
+    }
+    items.settle();
+    return items;
+}
+
+bool JournalRecovery::Work::destroyGone(const RecoveredItems& items) const {
+    const std::vector<Compound*> gone = items.gone();
+    for (Compound* const item : gone)
+        TAVIK::DataMaker::Destroy(item);
+    return !gone.empty();
+}
+
+void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
+    LostItems lost{};
+    bool destroys = false;
+    {
+        const DataPointBase guard(nullptr, Publisher::Update, "Recovered changes");
+        if (!guard.m_good) {
+            outcome.lines.emplace_back("The changes are not brought back: another change is under "
+                                       "way");
+            return;
+        }
+        placeAgain(m_content, items);
+        makeAgain(m_content, m_folder, items, lost);
+        destroys = destroyGone(items);
+        lookAgain(m_content, items);
+        giveFiles(items, outcome.lines);
+        nameEntries(items);
+        arrange(items);
+        if (recording.step && recording.step->hasFailed())
+            throw std::bad_alloc();
+        outcome.isDone = true;
+    }
+    // As when steps are done again: who shows the data is told of all that happened.
+    if (destroys)
+        tellAll(nullptr, Publisher::Delete);
+    if (!m_content.made.empty())
+        tellAll(nullptr, Publisher::Add);
+    const std::string missing = describe(lost);
+    if (!missing.empty()) {
+        outcome.isWhole = false;
+        outcome.lines.push_back("Not brought back: " + missing);
+    }
+}
+
+// Those that were there before stay before them.
+void JournalRecovery::Work::arrange(const RecoveredItems& items) const {
+    std::vector<Compound*> recovered;
+    for (const JournalContent::Entry& entry : m_content.entries)
+        if (Compound* const item = items.at(entry.id);
+            item && HostItem::of(item).parent->kind == Kind::Space)
+            recovered.push_back(item);
+    const std::unordered_set<const Compound*> known(recovered.begin(), recovered.end());
+    if (known.size() != recovered.size())
+        return;
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    std::vector<Compound*> order;
+    std::copy_if(space->ChildBegin(), space->ChildEnd(), std::back_inserter(order),
+                 [&known](const Compound* item) { return !known.contains(item); });
+    order.insert(order.end(), recovered.begin(), recovered.end());
+    rearrange(HostItem::of(space).asHolder(), order);
+}
+
+// A name may have a number because of an entry that was closed.
+void JournalRecovery::Work::nameEntries(const RecoveredItems& items) const {
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    std::unordered_set<std::uint32_t> taken;
+    for (Compound** item = space->ChildBegin(); item != space->ChildEnd(); ++item)
+        taken.insert(HostItem::of(*item).name.number());
+    for (const JournalContent::Entry& entry : m_content.entries) {
+        Compound* const item = items.at(entry.id);
+        if (!item)
+            continue;
+        HostItem& record = HostItem::of(item);
+        if (Name name = Name::component(m_content.text(entry.name));
+            record.parent->kind == Kind::Space && taken.insert(name.number()).second) {
+            taken.erase(record.name.number());
+            record.name = std::move(name);
+        }
+    }
+}
+
+std::vector<std::shared_ptr<FileOnDisk>>
+JournalRecovery::Work::files(const RecoveredItems& items, std::vector<std::string>& lines) const {
+    std::vector<std::shared_ptr<FileOnDisk>> all(m_content.files.size() + 1);
+    for (const JournalContent::Entry& entry : m_content.entries) {
+        std::shared_ptr<FileOnDisk>& file = all[entry.file];
+        if (entry.file == 0 || file || !items.at(entry.id))
+            continue;
+        const std::string path(entry.path);
+        const FileStamp now = stampOf(path);
+        const JournalContent::File& known = m_content.files[entry.file - 1];
+        const FileStamp& before = known.stamp;
+        file = std::make_shared<FileOnDisk>(FileOnDisk{isSame(now, before) ? now : before, {}});
+        for (const std::uint32_t id : known.entries)
+            file->entries.push_back(items.identifierNow(id));
+        std::ranges::sort(file->entries);
+        if (now != file->stamp && before.isKnown())
+            lines.push_back(path +
+                            (now.isKnown() ? " is another than when the journal was written"
+                                           : " is not there any more") +
+                            "; what is open is as it was then");
+    }
+    return all;
+}
+
+// What is saved next, and journalled, goes by these.
+void JournalRecovery::Work::restoreReadings() const {
+    for (std::size_t i = 0; i != m_opened.size(); ++i)
+        if (m_opened[i]) {
+            m_opened[i]->path = m_content.readings[i].path;
+            m_opened[i]->stamp = m_content.readings[i].stamp;
+        }
+}
+
+void JournalRecovery::Work::giveFiles(const RecoveredItems& items,
+                                      std::vector<std::string>& lines) {
+    const std::vector<std::shared_ptr<FileOnDisk>> all = files(items, lines);
+    for (const JournalContent::Entry& entry : m_content.entries) {
+        Compound* const item = items.at(entry.id);
+        if (!item)
+            continue;
+        if (!entry.path.empty()) {
+            auto source = entrySourceOf(item);
+            if (!source)
+                source = std::make_shared<EntrySource>();
+            source->file = all[entry.file];
+            setOrigin(item, std::string(entry.path), source);
+        }
+        const std::shared_ptr<FileOnDisk>& file = all[entry.file];
+        const bool isInFile =
+            !entry.isUnsaved && file && stampOf(std::string(entry.path)) == file->stamp;
+        if (isInFile)
+            setDataSaved(item);
+        else if (entry.isUnsaved && !hasUnsavedData(item) && item->HasChildren())
+            noteDataChange(HostItem::of(*item->ChildBegin()));
+    }
+    restoreReadings();
+}
+
+JournalRecovery::Outcome JournalRecovery::Work::apply() {
+    Outcome outcome;
+    try {
+        outcome.isWhole = true;
+        RecoveredItems items = findItems(outcome);
+        change(items, outcome);
+    } catch (const std::bad_alloc&) {
+        outcome = {};
+        outcome.lines.emplace_back("There is not enough memory to bring back the changes");
+    }
+    outcome.isWhole = outcome.isWhole && outcome.isDone;
+    return outcome;
+}
+
+JournalRecovery::JournalRecovery(const std::string& folder) {
+    const FileReport report(folder);
+    try {
+        m_work = std::make_unique<Work>(folder);
+    } catch (const std::bad_alloc&) {
+        report.refuseForMemory();
+    }
+}
+
+JournalRecovery::~JournalRecovery() = default;
+
+std::vector<std::string> JournalRecovery::entries() const {
+    const JournalContent& content = m_work->content();
+    std::vector<std::string> names;
+    std::unordered_set<std::string_view> seen;
+    for (const JournalContent::Entry& entry : content.entries)
+        if (const std::string_view name =
+                entry.path.empty() ? content.text(entry.name) : fileNameOf(entry.path);
+            seen.insert(name).second)
+            names.emplace_back(name);
+    return names;
+}
+
+std::size_t JournalRecovery::fileCount() const {
+    return m_work->content().readings.size();
+}
+
+std::string JournalRecovery::path(std::size_t file) const {
+    return std::string(m_work->content().readings[file].path);
+}
+
+std::string JournalRecovery::contentPath(std::size_t file) const {
+    return m_work->contentPath(file);
+}
+
+void JournalRecovery::setOpened(std::size_t file) {
+    m_work->setOpened(file);
+}
+
+JournalRecovery::Outcome JournalRecovery::apply() {
+    return m_work->apply();
+}
+
+} // namespace memory_host
