@@ -119,8 +119,10 @@ MainWindow::MainWindow(const Setup& setup)
             [](const QString& line) { Logger::Write(line.toStdString()); });
     connect(m_status, &StatusLine::counted, this, &MainWindow::updateTitle);
     m_opening = std::make_unique<Opening>(Logger::Write);
-    m_saving =
-        std::make_unique<Saving>(this, [this](const QString& file) { rememberFiles({file}); });
+    m_saving = std::make_unique<Saving>(this, [this](const QString& file) {
+        rememberFiles({file});
+        emit saved();
+    });
     hearLog();
     updateSaving();
 }

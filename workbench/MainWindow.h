@@ -88,6 +88,10 @@ public slots:
     void showOnlySelected();
     void showEverything();
 
+signals:
+    /// A file was saved.
+    void saved();
+
 protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

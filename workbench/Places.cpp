@@ -16,6 +16,13 @@ QString fromProgram(const char* relative) {
                            QString::fromLatin1(relative));
 }
 
+QString stateFolder() {
+    QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    if (!QDir::isAbsolutePath(state))
+        state = QDir::homePath() + QStringLiteral("/.local/state");
+    return state + u'/' + QCoreApplication::applicationName();
+}
+
 } // namespace
 
 QString installedPluginFolder() {
@@ -44,12 +51,12 @@ QString memoryFile() {
            QStringLiteral("/window.ini");
 }
 
+QString journalFolder() {
+    return stateFolder() + QStringLiteral("/journal");
+}
+
 QString logFile() {
-    QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    if (!QDir::isAbsolutePath(state))
-        state = QDir::homePath() + QStringLiteral("/.local/state");
-    const QString file =
-        state + u'/' + QCoreApplication::applicationName() + QStringLiteral("/workbench.log");
+    const QString file = stateFolder() + QStringLiteral("/workbench.log");
     if (QFile(file).size() > largestLog) {
         QFile::remove(file + QStringLiteral(".old"));
         QFile::rename(file, file + QStringLiteral(".old"));

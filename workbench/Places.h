@@ -17,6 +17,8 @@ QStringList samples(const QString& dataFolder);
 QString settingsFile();
 /// Where the program keeps what it remembers of its window; it need not exist.
 QString memoryFile();
+/// The folder with the journals of all programs of the user, which need not exist.
+QString journalFolder();
 /// The user's log, which need not exist; one that has grown large is put aside first.
 QString logFile();
 

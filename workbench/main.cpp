@@ -1,14 +1,19 @@
 // The program that people start: opens files, loads the plug-ins, and starts them.
 #include "Application.h"
 #include "CommandLine.h"
+#include "CrashJournal.h"
 #include "Focus.h"
+#include "ItemOrigin.h"
 #include "Logger.h"
 #include "MainWindow.h"
 #include "OneInstance.h"
 #include "Opening.h"
 #include "Places.h"
+#include "Recovery.h"
+#include "Saving.h"
 #include "Space.h"
 #include "StandardStreams.h"
+#include "StatusLine.h"
 #include "StopSignals.h"
 #include "files/Saving.h"
 #include "history/Steps.h"
@@ -21,6 +26,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QSet>
 
 #include <cstdio>
 #include <mutex>
@@ -114,8 +120,15 @@ QStringList openFiles(const std::vector<std::string>& files, EarlyFiles& early,
     return opened;
 }
 
+/// The windows are closed, or a signal ends the program. That asks nothing: what is not saved then
+/// is for the next start.
+void endJournal(workbench::CrashJournal& journal, bool isAnyOpen) {
+    journal.end(isAnyOpen && !workbench::unsavedEntries().empty());
+}
+
 /// Starts the plug-ins, each with a window of its own, and runs until all are done.
-int runInWindows(workbench::Application& application, const QStringList& plugins) {
+int runInWindows(workbench::Application& application, const QStringList& plugins,
+                 workbench::CrashJournal& journal) {
     const workbench::StopSignals stopSignals;
     for (const QString& plugin : plugins)
         memory_host::startPlugin(plugin);
@@ -123,12 +136,15 @@ int runInWindows(workbench::Application& application, const QStringList& plugins
         report("no plug-in shows a window");
         return NothingToShow;
     }
-    return application.runUntilDone();
+    const int status = application.runUntilDone();
+    endJournal(journal, !memory_host::allPluginsDone());
+    return status;
 }
 
 /// The same in one window, which takes over what came early.
 int runInOneWindow(workbench::Application& application, const QStringList& plugins,
-                   workbench::OneInstance& instance, const QStringList& opened, EarlyLines& lines,
+                   workbench::OneInstance& instance, workbench::CrashJournal& journal,
+                   const QString& recovered, const QStringList& opened, EarlyLines& lines,
                    EarlyFiles& files) {
     const workbench::StopSignals stopSignals;
     workbench::MainWindow window({plugins, memory_host::dataFolder(), workbench::memoryFile()});
@@ -138,7 +154,10 @@ int runInOneWindow(workbench::Application& application, const QStringList& plugi
         memory_host::unloadPlugins();
         return NothingToShow;
     }
+    QObject::connect(&window, &workbench::MainWindow::saved, &journal,
+                     &workbench::CrashJournal::changed);
     window.rememberFiles(opened);
+    window.status().say(recovered);
     for (const std::string& line : lines.take())
         window.showError(line);
     files.end();
@@ -157,6 +176,7 @@ int runInOneWindow(workbench::Application& application, const QStringList& plugi
         TAVIK::Focus::set(*space->ChildBegin(), nullptr);
     window.show();
     const int status = application.runUntilDone();
+    endJournal(journal, window.isVisible());
     // When the session ends the window is still open.
     if (window.isVisible())
         window.rememberWindow();
@@ -207,6 +227,26 @@ int saveFiles(const workbench::CommandLine& line, bool areAllOpen) {
     return NotWritten;
 }
 
+/// Without those that are open already, as somebody may start the program in the same way again.
+std::vector<std::string> withoutOpen(std::vector<std::string> files) {
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    QSet<QString> open;
+    for (TAVIK::Compound** entry = space->ChildBegin(); entry != space->ChildEnd(); ++entry)
+        open << QFileInfo(TAVIK::OriginOf(*entry)).canonicalFilePath();
+    open.remove(QString());
+    std::erase_if(files, [&open](const std::string& file) {
+        return open.contains(QFileInfo(QFile::decodeName(file.c_str())).canonicalFilePath());
+    });
+    return files;
+}
+
+std::vector<std::string> samplesIn(const QString& data) {
+    std::vector<std::string> files;
+    for (const QString& sample : workbench::samples(data))
+        files.push_back(QFile::encodeName(sample).toStdString());
+    return files;
+}
+
 int run(const workbench::CommandLine& line, char* program) {
     const bool isWindowless = line.picture || line.save;
     if (isWindowless && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -233,15 +273,6 @@ int run(const workbench::CommandLine& line, char* program) {
     else
         memory_host::readHistorySetting();
 
-    std::vector<std::string> files = line.files;
-    if (files.empty()) {
-        for (const QString& sample : workbench::samples(data))
-            files.push_back(QFile::encodeName(sample).toStdString());
-        if (files.empty()) {
-            report("there is no sample in " + data.toStdString());
-            return NothingToShow;
-        }
-    }
     // Other plug-ins, data or windows are another program.
     const bool isUsual =
         !line.isNew && !line.windows && !line.plugins && !line.data && !isWindowless;
@@ -254,8 +285,22 @@ int run(const workbench::CommandLine& line, char* program) {
 
     EarlyLines earlyLines;
     workbench::Opening opening(Logger::Write);
+    const std::string journals = QFile::encodeName(workbench::journalFolder()).toStdString();
+    workbench::CrashJournal journal(journals,
+                                    isWindowless ? std::chrono::milliseconds(0)
+                                                 : workbench::CrashJournal::intervalFromSettings());
+    const QString recovered =
+        isWindowless ? QString() : workbench::Recovery(nullptr, opening).run(journals, journal);
+    std::vector<std::string> files = withoutOpen(line.files);
+    if (line.files.empty() && recovered.isEmpty()) {
+        files = samplesIn(data);
+        if (files.empty()) {
+            report("there is no sample in " + data.toStdString());
+            return NothingToShow;
+        }
+    }
     const QStringList opened = openFiles(files, earlyFiles, opening);
-    if (opened.isEmpty())
+    if (opened.isEmpty() && recovered.isEmpty())
         return NothingToShow;
     if (line.save)
         return saveFiles(line, opened.size() == static_cast<qsizetype>(files.size()));
@@ -274,9 +319,10 @@ int run(const workbench::CommandLine& line, char* program) {
         return NothingToShow;
     }
     if (!line.windows)
-        return runInOneWindow(*application, loaded, instance, opened, earlyLines, earlyFiles);
+        return runInOneWindow(*application, loaded, instance, journal, recovered, opened,
+                              earlyLines, earlyFiles);
     memory_host::setLogListener({}); // nobody will take the lines
-    const int status = runInWindows(*application, loaded);
+    const int status = runInWindows(*application, loaded, journal);
     memory_host::unloadPlugins();
     return status;
 }
