@@ -333,6 +333,11 @@ SavedContent readGrid(std::span<TAVIK::Compound* const> items, SaveReport& repor
     content.grid = partOf(grid.m_values, std::to_array(grid.m_lower), std::to_array(grid.m_upper));
     content.crystal = grid.m_crystal;
     content.isInPart = content.grid->points != grid.m_values.points;
+    if (const auto source = std::static_pointer_cast<EntrySource>(sourceOf(items.front()));
+        source && source->file && !content.isInPart) {
+        content.mapPath = originPath(items.front());
+        content.mapStamp = source->file->stamp;
+    }
     return content;
 }
 

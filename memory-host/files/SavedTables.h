@@ -5,6 +5,7 @@
 #pragma once
 
 #include "AtomDetails.h"
+#include "FileStamp.h"
 #include "Geometry.h"
 #include "PartialCharge.h"
 #include "SourceText.h"
@@ -92,6 +93,8 @@ struct SavedContent {
     std::vector<SavedStructure> structures; ///< those of one file in the order of the file
     std::optional<TAVIK::GridValues> grid;  ///< the shown part of a grid
     MapCrystal crystal;                     ///< of the grid
+    std::string mapPath; ///< the file that the grid was read from; empty unless all of it is shown
+    FileStamp mapStamp;  ///< of that file, when it was read
     bool isInPart = false; ///< whether something of the entries was left out by the options
 };
 

@@ -2,6 +2,7 @@
 
 #include "EntrySource.h"
 #include "Fields.h"
+#include "FileBytes.h"
 #include "FileKind.h"
 #include "Gzip.h"
 #include "MadeBonds.h"
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 namespace memory_host {
@@ -118,8 +120,27 @@ const SourceText* textToEdit(const SavePlan& plan) {
     return isOne && &text->format() == plan.format ? text.get() : nullptr;
 }
 
+// The bytes of a whole map that was read from a file of this format, if that is as it was.
+std::optional<std::string> unchangedMap(const SavePlan& plan, SaveReport& report) {
+    if (plan.content.mapPath.empty() || !plan.content.mapStamp.isKnown())
+        return std::nullopt;
+    try {
+        const ReadBytes read = readFile(FileReport(plan.content.mapPath), [](auto) {}, {});
+        if (read.stamp != plan.content.mapStamp || binaryFormatOf(read.text.text()) != plan.format)
+            return std::nullopt;
+        if (!plan.isGzipped)
+            return std::string(read.text.text());
+        return read.gzipped.size() != 0 ? std::string(read.gzipped.text())
+                                        : gzipped(read.text.text(), report);
+    } catch (const FileError&) { // Its values are here all the same.
+        return std::nullopt;
+    }
+}
+
 // The bytes of the file. A gzipped file that was not edited keeps its own.
 std::string bytesOf(const SavePlan& plan, SaveReport& report) {
+    if (std::optional<std::string> map = unchangedMap(plan, report))
+        return std::move(*map);
     const SourceText* const text = textToEdit(plan);
     if (!text && !plan.format->write)
         report.refuse("its entries come from no one " + std::string(plan.format->name) + " file",

@@ -75,6 +75,11 @@ bool areSame(const std::vector<float>& a, const std::vector<float>& b) {
                       [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); });
 }
 
+QByteArray contentOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 /// What a writer makes of a grid.
 struct Written {
     explicit Written(const GridValues& grid, const MapCrystal& crystal = {}) {
@@ -312,6 +317,37 @@ private slots:
         const QString path = m_folder.path() + "/none.map";
         QVERIFY_EXCEPTION_THROWN(memory_host::saveFile(file.items, path.toStdString()), SaveError);
         QVERIFY(!QFile::exists(path));
+    }
+
+    void aWholeMapKeepsTheBytesOfItsFile_data() {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("density") << "1jzv.ccp4";
+        QTest::newRow("gyroid") << "gyroid.ccp4";
+    }
+    void aWholeMapKeepsTheBytesOfItsFile() {
+        QFETCH(const QString, name);
+        const QString own = m_folder.filePath("own.ccp4");
+        QFile::remove(own);
+        QVERIFY(QFile::copy(structure(name), own));
+        const QByteArray bytes = contentOf(own);
+        const auto file = file_testing::opened(own.toStdString());
+        const QString copy = m_folder.filePath("copy.map");
+        QVERIFY(memory_host::saveFile(file.items, (copy + ".gz").toStdString()).empty());
+        const auto packed = file_testing::opened((copy + ".gz").toStdString());
+        for (const auto& [items, path] :
+             {std::pair(file.items, copy), {file.items, own}, {packed.items, copy}}) {
+            QVERIFY(memory_host::saveFile(items, path.toStdString()).empty());
+            QCOMPARE(contentOf(path), bytes);
+        }
+
+        // What someone else wrote there since is not this map.
+        QVERIFY(QFile::remove(own) && QFile::copy(structure("griddata.dx"), own));
+        QVERIFY(memory_host::saveFile(file.items, copy.toStdString()).empty());
+        const auto again = file_testing::opened(copy.toStdString());
+        const auto values = [](const TAVIK::Compound* item) {
+            return TAVIK::GetGridValues(dynamic_cast<const TAVIK::Grid*>(item))->values;
+        };
+        QVERIFY(areSame(values(again.items.front()), values(file.items.front())));
     }
 
     void aRealMapIsTheSameAgain() {
