@@ -11,6 +11,8 @@
 #include "items/Subscribers.h"
 
 #include <QApplication>
+#include <QBasicTimer>
+#include <QObject>
 #include <QString>
 
 #include <algorithm>
@@ -31,6 +33,53 @@ struct Entry {
     std::string label;
 };
 using Entries = std::list<Entry>;
+
+/// Steps that nobody can take any more. What belongs to them is freed bit by bit while the program
+/// has nothing else to do, as it may be millions of items.
+class Forgotten final : public QObject {
+public:
+    /// Takes the first of some steps.
+    void take(Entries& from) noexcept {
+        m_bytes += from.front().step.bytes();
+        m_steps.splice(m_steps.end(), from, from.begin());
+        if (!isFreeing())
+            freeAll();
+    }
+    void freeAll() noexcept {
+        m_steps.clear();
+        m_bytes = 0;
+        m_timer.stop();
+    }
+    std::size_t bytes() const { return m_bytes; }
+
+protected:
+    void timerEvent(QTimerEvent* /*event*/) override {
+        constexpr std::size_t itemsAtOnce = 10'000; // a millisecond or two
+        Step& step = m_steps.front().step;
+        const std::size_t bytes = step.bytes();
+        if (!step.forgetSome(itemsAtOnce))
+            return;
+        m_bytes -= bytes;
+        m_steps.pop_front();
+        if (m_steps.empty())
+            m_timer.stop();
+    }
+
+private:
+    // Whether there is a timer; without one, or without memory for it, nothing is put off.
+    bool isFreeing() noexcept {
+        try {
+            if (!m_timer.isActive() && QCoreApplication::instance())
+                m_timer.start(0, this);
+        } catch (const std::bad_alloc&) {
+        }
+        return m_timer.isActive();
+    }
+
+    Entries m_steps;
+    std::size_t m_bytes = 0;
+    QBasicTimer m_timer;
+};
 
 class Steps final : public StepKeeper {
 public:
@@ -80,9 +129,9 @@ public:
     void lose() noexcept override {
         recording.step = nullptr;
         m_hasChanged = m_hasChanged || !m_done.empty() || !m_undone.empty();
-        m_undone.clear();
-        m_done.clear();
-        m_bytes = 0;
+        for (Entries* entries : {&m_done, &m_undone})
+            while (!entries->empty())
+                forgetFirst(*entries);
         drop();
     }
 
@@ -138,6 +187,7 @@ public:
         tell();
     }
     std::size_t bytes() const { return m_bytes; }
+    Forgotten& forgotten() { return m_forgotten; }
     const Entries& entries(bool back) const { return back ? m_done : m_undone; }
     ObserverList<HistoryObserver>& observers() { return m_observers; }
 
@@ -158,13 +208,17 @@ private:
     }
     void forgetFirst(Entries& entries) noexcept {
         m_bytes -= entries.front().step.bytes();
-        entries.pop_front();
+        m_forgotten.take(entries);
+        // Who changes much at one go does not wait for the program to be idle.
+        if (m_forgotten.bytes() > m_most)
+            m_forgotten.freeAll();
         m_hasChanged = true;
     }
 
-    Entries m_done;          ///< the last one at the end
-    Entries m_undone;        ///< the next one at the end
-    Entries m_next;          ///< the one in progress, or to come
+    Entries m_done;   ///< the last one at the end
+    Entries m_undone; ///< the next one at the end
+    Entries m_next;   ///< the one in progress, or to come
+    Forgotten m_forgotten;
     std::size_t m_bytes = 0; ///< of those that are done or were taken back
     std::size_t m_most = defaultHistoryBytes;
     bool m_hasChanged = false; ///< and observers have not been told
@@ -215,8 +269,13 @@ std::size_t historyBytes() {
     return steps().bytes();
 }
 
+std::size_t forgottenBytes() {
+    return steps().forgotten().bytes();
+}
+
 void forgetHistory() {
     steps().lose();
+    steps().forgotten().freeAll();
     steps().tell();
 }
 

@@ -17,7 +17,9 @@ HOST_EXPORT void setHistoryBytes(std::size_t bytes);
 HOST_EXPORT void readHistorySetting();
 /// Bytes that the steps take now: an estimate.
 HOST_EXPORT std::size_t historyBytes();
-/// Forgets all steps.
+/// Bytes of steps that are forgotten, but not freed yet: an estimate.
+HOST_EXPORT std::size_t forgottenBytes();
+/// Forgets all steps, and frees them.
 HOST_EXPORT void forgetHistory();
 
 } // namespace memory_host

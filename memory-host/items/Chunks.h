@@ -53,7 +53,7 @@ private:
     static constexpr std::size_t each = 4096 / sizeof(Value);
 
     std::vector<std::unique_ptr<Value[]>> m_chunks; // NOLINT: an array without its size
-    Value* m_next = nullptr; ///< in the last chunk, unless that is full
+    Value* m_next = nullptr;                        ///< in the last chunk, unless that is full
     std::size_t m_size = 0;
     std::size_t m_room = 0; ///< values that the chunks have room for
 };

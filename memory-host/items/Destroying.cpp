@@ -11,6 +11,7 @@
 #include "Subscribers.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace memory_host {
 
@@ -72,17 +73,27 @@ void freeItem(Compound* item) {
         break;
     }
     if (record.isHolder()) {
-        // An atom that is freed takes its bonds along. Bonds in here leave null children behind.
-        Holder& holder = record.asHolder();
-        for (std::uint32_t slot = holder.begin, end = holder.end; slot != end; ++slot) {
-            if (Compound* child = holder.children[slot]) {
-                HostItem::of(child).parent = nullptr;
-                holder.removeChild(slot);
-                freeItem(child);
-            }
-        }
+        auto all = std::numeric_limits<std::size_t>::max();
+        freeChildren(record.asHolder(), all);
     }
     delete item;
+}
+
+bool freeChildren(Holder& holder, std::size_t& most) {
+    // An atom that is freed takes its bonds along. Bonds in here leave null children behind.
+    for (std::uint32_t slot = holder.begin, end = holder.end; slot != end; ++slot) {
+        Compound* const child = holder.children[slot];
+        if (!child)
+            continue;
+        HostItem& record = HostItem::of(child);
+        record.parent = nullptr;
+        if (most == 0 || (record.isHolder() && !freeChildren(record.asHolder(), most)))
+            return false;
+        most -= most != 0 ? 1 : 0;
+        holder.removeChild(slot);
+        freeItem(child);
+    }
+    return true;
 }
 
 } // namespace memory_host

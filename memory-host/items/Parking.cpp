@@ -154,9 +154,14 @@ void putBack(Compound& item, Holder& parent) noexcept {
     joinModels(item);
 }
 
-void freeTakenOut(Compound* item) noexcept {
+bool freeTakenOut(Compound* item, std::size_t& most) noexcept {
+    HostItem& record = HostItem::of(item);
+    if (most == 0 || (record.isHolder() && !freeChildren(record.asHolder(), most)))
+        return false;
+    most -= most != 0 ? 1 : 0;
     originsOut -= hasOrigin(*item) ? 1 : 0;
     freeDetached(item);
+    return true;
 }
 
 void freeDetached(Compound* item) noexcept {

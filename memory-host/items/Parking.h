@@ -25,8 +25,9 @@ class Step;
 void takeOut(Compound& item) noexcept;
 /// Puts an item back where it was taken out.
 void putBack(Compound& item, Holder& parent) noexcept;
-/// Frees an item that was taken out.
-void freeTakenOut(Compound* item) noexcept;
+/// Frees an item that was taken out, or `most` items of it, and subtracts their number from that;
+/// whether all of it is freed. An item that is not is to be freed further, and nothing else.
+bool freeTakenOut(Compound* item, std::size_t& most) noexcept;
 /// Frees a detached item, and what is kept of it beside it.
 void freeDetached(Compound* item) noexcept;
 

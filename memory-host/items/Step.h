@@ -129,6 +129,9 @@ public:
     std::size_t bytes() const { return logBytes() + m_itemBytes; }
     /// Leaves all as it is, and forgets it: the items that belong to the step are freed.
     void forget() noexcept;
+    /// The same bit by bit: frees `most` of the items that belong to the step, and forgets it with
+    /// the last of them; whether it did. Nothing else may be done with the step from then on.
+    [[nodiscard]] bool forgetSome(std::size_t most) noexcept;
 
 private:
     struct Run {
@@ -159,6 +162,13 @@ private:
         std::vector<Compound*> members;
     };
     class Going;
+    /// How far the items that belong to the step are freed.
+    struct Freeing {
+        ItemLog::Reader items;
+        std::size_t run = 0;
+        std::uint32_t done = 0;
+        void* item = nullptr; ///< the one that is being freed
+    };
 
     [[nodiscard]] bool makeRoom(std::size_t items, std::size_t runs) noexcept;
     void beginRun(Write write, bool on) noexcept;
@@ -176,7 +186,7 @@ private:
         return !m_failed;
     }
     void go(bool back) noexcept;
-    void freeItems() noexcept;
+    bool freeItems(std::size_t most) noexcept;
 
     Chunks<Run> m_runs;
     ItemLog m_items;                 ///< of all runs
@@ -189,9 +199,10 @@ private:
     std::vector<std::array<int, 6>> m_bounds;
     std::vector<Parts> m_parts;
     std::vector<SetListing> m_listings; ///< of LeaveSets
-    std::uint32_t m_number;             ///< unlike any other step's
-    std::size_t m_itemBytes = 0;        ///< of items that belong to the step
-    std::uint32_t m_writes = 0;         ///< bits: which writes there are
+    std::optional<Freeing> m_freeing;
+    std::uint32_t m_number;      ///< unlike any other step's
+    std::size_t m_itemBytes = 0; ///< of items that belong to the step
+    std::uint32_t m_writes = 0;  ///< bits: which writes there are
     bool m_isBack = false;
     bool m_failed = false;
 };

@@ -210,21 +210,34 @@ void Step::go(bool back) noexcept {
     recording.isReplaying = false;
 }
 
-void Step::freeItems() noexcept {
+bool Step::freeItems(std::size_t most) noexcept {
     const Write theirs = m_isBack ? Write::Attach : Write::Detach;
     if (!has(theirs))
-        return;
-    ItemLog::Reader items(m_items, false);
-    for (std::size_t at = 0; at != m_runs.size(); ++at) {
-        const Run run = m_runs[at];
-        for (std::uint32_t i = 0; i != run.count; ++i)
-            if (void* const item = items.next(); run.write == theirs)
-                freeTakenOut(static_cast<Compound*>(item));
+        return true;
+    if (!m_freeing)
+        m_freeing.emplace(Freeing{ItemLog::Reader(m_items, false)});
+    for (; m_freeing->run != m_runs.size(); ++m_freeing->run, m_freeing->done = 0) {
+        const Run& run = m_runs[m_freeing->run];
+        for (; m_freeing->done != run.count; ++m_freeing->done, m_freeing->item = nullptr) {
+            if (!m_freeing->item)
+                m_freeing->item = m_freeing->items.next();
+            if (run.write == theirs && !freeTakenOut(static_cast<Compound*>(m_freeing->item), most))
+                return false;
+        }
     }
+    return true;
+}
+
+bool Step::forgetSome(std::size_t most) noexcept {
+    if (!freeItems(most))
+        return false;
+    forget();
+    return true;
 }
 
 void Step::forget() noexcept {
-    freeItems();
+    freeItems(std::numeric_limits<std::size_t>::max());
+    m_freeing.reset();
     const auto empty = [](auto&... vectors) {
         ((vectors = std::remove_reference_t<decltype(vectors)>()), ...);
     };

@@ -160,6 +160,49 @@ private slots:
         QVERIFY(History::undoable().empty());
     }
 
+    void whatIsForgottenIsFreedWhileTheProgramIsIdle() {
+        const auto change = [](const auto& what) {
+            const DataPointBase guard(nullptr, Publisher::Add, "change");
+            what();
+        };
+        change([] { const Chain chain(10'000); });
+        QVERIFY(History::undo());
+        QVERIFY(historyBytes() > 4'000'000);
+        QCOMPARE(forgottenBytes(), std::size_t{0});
+        change([] { make(space(), "Composite"); });
+        QVERIFY(historyBytes() < 10'000);
+        const std::size_t forgotten = forgottenBytes();
+        QVERIFY(forgotten > 4'000'000);
+        QCoreApplication::processEvents(); // Some of it.
+        QCOMPARE(forgottenBytes(), forgotten);
+        QTRY_COMPARE(forgottenBytes(), std::size_t{0});
+        QCOMPARE(faults(), QString());
+    }
+
+    // What waits to be freed never takes more than the steps may.
+    void muchThatIsForgottenIsFreedAtOnce() {
+        const auto makeAndUndo = [] {
+            {
+                const DataPointBase guard(nullptr, Publisher::Add, "change");
+                const Chain chain(1'000);
+            }
+            QVERIFY(History::undo());
+        };
+        makeAndUndo();
+        makeAndUndo();
+        const std::size_t bytes = historyBytes();
+        setHistoryBytes(0);
+        setHistoryBytes(bytes * 5 / 2);
+        for (int i = 0; i != 4; ++i) {
+            makeAndUndo();
+            QCOMPARE(historyBytes(), bytes);
+            QCOMPARE(forgottenBytes(), i < 3 ? bytes * static_cast<std::size_t>(i) : 0);
+        }
+        setHistoryBytes(bytes / 2);
+        QCOMPARE(historyBytes(), std::size_t{0});
+        QCOMPARE(forgottenBytes(), std::size_t{0});
+    }
+
     void theMemoryForStepsIsASetting() {
         const Chain chain(1);
         const auto change = [&] {
