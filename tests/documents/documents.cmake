@@ -55,8 +55,6 @@ target_include_directories(test-documents BEFORE PRIVATE ${example_root})
 target_include_directories(test-documents PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/support/plain
   ${CMAKE_CURRENT_SOURCE_DIR}/structure-editor ${CMAKE_SOURCE_DIR}/structure-editor)
 target_link_libraries(test-documents PRIVATE Qt6::Core5Compat)
-# Compiled for one test: what that takes matters more than how fast it runs.
-target_compile_options(test-documents PRIVATE -O0)
 
 # The host with the format that the document adds to it as an example, under the name of the usual one:
 # ExampleFormatTest runs with it in its place.

@@ -1,5 +1,4 @@
-// What nearly every test includes, compiled once for each program of tests. A source includes what
-// it needs all the same: builds with a compiler cache do without this.
+// What nearly every test includes.
 #pragma once
 
 #include <QApplication>

@@ -6,6 +6,7 @@ function(add_editor_test_plugin folder type name source)
   add_library(${target} MODULE structure-editor/plugins/${source})
   # As for every plug-in, the host's symbols are resolved when the host loads it.
   target_link_libraries(${target} PRIVATE plugin-frame)
+  use_precompiled(${target} precompiled)
   set_target_properties(${target} PROPERTIES
     OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY ${EDITOR_TEST_PLUGINS}/${folder}/${type})
   add_dependencies(test-structure-editor ${target})
