@@ -14,8 +14,13 @@ if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache$")
 endif()
 
 if(SANITIZE)
-  # With the sanitizers' instrumentation these warnings have false positives.
-  add_compile_options(-Wno-array-bounds -Wno-maybe-uninitialized -Wno-stringop-overflow)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # With the sanitizers' instrumentation these warnings have false positives.
+    add_compile_options(-Wno-array-bounds -Wno-maybe-uninitialized -Wno-stringop-overflow)
+  else()
+    # g++ defines it by itself.
+    add_compile_definitions(__SANITIZE_ADDRESS__=1)
+  endif()
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
@@ -24,9 +29,5 @@ if(BUILD_FUZZERS)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     message(FATAL_ERROR "BUILD_FUZZERS needs Clang: -DCMAKE_CXX_COMPILER=clang++")
   endif()
-  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all
-    -fno-omit-frame-pointer -fsized-deallocation)
-  # g++ defines it by itself.
-  add_compile_definitions(__SANITIZE_ADDRESS__=1)
-  add_link_options(-fsanitize=address,undefined)
+  add_compile_options(-fsanitize=fuzzer-no-link -fsized-deallocation)
 endif()
