@@ -1,29 +1,15 @@
 #include "Balls.h"
 
+#include "GemmiReading.h"
 #include "VanDerWaals.h"
-
-#include <gemmi/cif.hpp>
-#include <gemmi/gz.hpp>
-#include <gemmi/mmcif.hpp>
-#include <gemmi/pdb.hpp>
 
 #include <cstdint>
 
 namespace benchmarks {
 
-namespace {
-
-gemmi::Structure structureOf(const std::string& path) {
-    gemmi::MaybeGzipped file(path);
-    return file.basepath().ends_with(".cif") ? gemmi::make_structure(gemmi::cif::read(file))
-                                             : gemmi::read_pdb(file);
-}
-
-} // namespace
-
 std::vector<solid::Ball> ballsOf(const std::string& path) {
     std::vector<solid::Ball> balls;
-    const gemmi::Structure structure = structureOf(path);
+    const gemmi::Structure structure = gemmi_reading::readStructure(path);
     for (const gemmi::Chain& chain : structure.models.front().chains)
         for (const gemmi::Residue& residue : chain.residues)
             for (const gemmi::Atom& atom : residue.atoms)

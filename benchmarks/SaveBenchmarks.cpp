@@ -11,15 +11,13 @@
 #include "Contest.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
+#include "GemmiReading.h"
 #include "RealStructures.h"
 #include "Space.h"
 #include "Works.h"
 #include "files/Saving.h"
 
 #include <QTemporaryDir>
-
-#include <gemmi/cif.hpp>
-#include <gemmi/mmcif.hpp>
 
 #include <fstream>
 
@@ -54,7 +52,7 @@ void benchmarkSaving(const std::string& path, int turns) {
         TAVIK::DataMaker::Destroy(*groups->ChildBegin()); // a residue
     }
     const auto readAndWrite = [&] {
-        const gemmi::Structure structure = gemmi::make_structure(gemmi::cif::read_file(path));
+        const gemmi::Structure structure = gemmi_reading::readStructure(path);
         std::ofstream out(theirs);
         gemmi::cif::write_cif_to_stream(out, gemmi::make_mmcif_document(structure));
     };

@@ -1,13 +1,13 @@
 // What counts as a clash, on two balls; and the clashes of real side chains against a plain search
 // through all pairs, and against gemmi's neighbour search.
 #include "Conformation.h"
+#include "GemmiReading.h"
 #include "NearAtoms.h"
 #include "Residues.h"
 #include "TestSupport.h"
 #include "files/Files.h"
 
 #include <gemmi/neighbor.hpp>
-#include <gemmi/pdb.hpp>
 
 #include <algorithm>
 #include <array>
@@ -146,7 +146,7 @@ private slots:
     void realNeighboursAreThoseOfGemmi() {
         const std::string path = structure("1tii.pdb").toStdString();
         memory_host::openFile(path);
-        gemmi::Structure read = gemmi::read_pdb_file(path);
+        gemmi::Structure read = gemmi_reading::readStructure(path);
         gemmi::NeighborSearch search(read.first_model(), gemmi::UnitCell(), 5);
         search.populate();
         constexpr double radius = 4.2371;

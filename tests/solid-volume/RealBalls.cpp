@@ -1,19 +1,10 @@
 #include "RealBalls.h"
 
-#include <gemmi/cif.hpp>
-#include <gemmi/gz.hpp>
-#include <gemmi/mmcif.hpp>
-#include <gemmi/pdb.hpp>
+#include "GemmiReading.h"
 
 namespace surface_checks {
 
 namespace {
-
-gemmi::Structure structure(const std::string& path) {
-    gemmi::MaybeGzipped file(path);
-    return file.basepath().ends_with(".cif") ? gemmi::make_structure(gemmi::cif::read(file))
-                                             : gemmi::read_pdb(file);
-}
 
 float radiusOf(gemmi::El element) {
     switch (element) {
@@ -33,7 +24,7 @@ float radiusOf(gemmi::El element) {
 
 std::vector<solid::Ball> ballsOf(const std::string& path) {
     std::vector<solid::Ball> balls;
-    const gemmi::Structure read = structure(path);
+    const gemmi::Structure read = gemmi_reading::readStructure(path);
     for (const gemmi::Chain& chain : read.models.front().chains)
         for (const gemmi::Residue& residue : chain.residues)
             for (const gemmi::Atom& atom : residue.atoms)

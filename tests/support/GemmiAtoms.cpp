@@ -1,13 +1,10 @@
 // A second opinion on real files: gemmi's own readers.
 #include "FileTesting.h"
+#include "GemmiReading.h"
 
 #include "files/Bonds.h"
 
-#include <gemmi/cif.hpp>
-#include <gemmi/gz.hpp>
-#include <gemmi/mmcif.hpp>
 #include <gemmi/neighbor.hpp>
-#include <gemmi/pdb.hpp>
 
 #include <algorithm>
 #include <fstream>
@@ -17,11 +14,7 @@ namespace file_testing {
 
 namespace {
 
-gemmi::Structure readStructure(const std::string& path) {
-    gemmi::MaybeGzipped file(path);
-    return file.basepath().ends_with(".cif") ? gemmi::make_structure(gemmi::cif::read(file))
-                                             : gemmi::read_pdb(file);
-}
+using gemmi_reading::readStructure;
 
 std::string textOf(const gemmi::Chain& chain, const gemmi::Residue& residue,
                    const gemmi::Atom& atom) {
@@ -205,7 +198,7 @@ std::vector<std::vector<std::string>> gemmiAtoms(const std::string& path) {
 }
 
 std::string gemmiValue(const std::string& text, const std::string& tag) {
-    const gemmi::cif::Document document = gemmi::cif::read_string(text);
+    const gemmi::cif::Document document = gemmi_reading::readDocument(text);
     const std::string* value = document.blocks.front().find_value(tag);
     return value ? gemmi::cif::as_string(*value) : std::string();
 }

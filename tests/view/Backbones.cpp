@@ -1,9 +1,7 @@
 #include "Backbones.h"
 
-#include <gemmi/cif.hpp>
-#include <gemmi/gz.hpp>
-#include <gemmi/mmcif.hpp>
-#include <gemmi/pdb.hpp>
+#include "GemmiReading.h"
+
 #include <gemmi/resinfo.hpp>
 
 #include <cmath>
@@ -63,12 +61,6 @@ char recordedLetter(const gemmi::Structure& structure, const gemmi::Chain& chain
             if (isWithin(chain, residue, strand.start, strand.end))
                 return 'E';
     return '-';
-}
-
-gemmi::Structure structure(const std::string& path) {
-    gemmi::MaybeGzipped file(path);
-    return file.basepath().ends_with(".cif") ? gemmi::make_structure(gemmi::cif::read(file))
-                                             : gemmi::read_pdb(file);
 }
 
 } // namespace
@@ -133,7 +125,7 @@ QByteArray letters(const Residues& residues) {
 }
 
 Proteins proteins(const std::string& path) {
-    const gemmi::Structure read = structure(path);
+    const gemmi::Structure read = gemmi_reading::readStructure(path);
     Proteins found;
     for (const gemmi::Chain& chain : read.models.at(0).chains) {
         const gemmi::SeqId* before = nullptr;
