@@ -326,12 +326,12 @@ private slots:
     }
     void aWholeMapKeepsTheBytesOfItsFile() {
         QFETCH(const QString, name);
-        const QString own = m_folder.filePath("own.ccp4");
+        const QString own = m_folder.path() + "/own.ccp4";
         QFile::remove(own);
         QVERIFY(QFile::copy(structure(name), own));
         const QByteArray bytes = contentOf(own);
         const auto file = file_testing::opened(own.toStdString());
-        const QString copy = m_folder.filePath("copy.map");
+        const QString copy = m_folder.path() + "/copy.map";
         QVERIFY(memory_host::saveFile(file.items, (copy + ".gz").toStdString()).empty());
         const auto packed = file_testing::opened((copy + ".gz").toStdString());
         for (const auto& [items, path] :
