@@ -15,18 +15,21 @@ namespace memory_host {
 
 namespace {
 
-std::uint32_t lastNumber = 0;
-
 std::uint32_t numberOf(Step::Write write) {
     return std::uint32_t{1} << static_cast<unsigned>(write);
 }
 
 } // namespace
 
-Step::Step() : m_number(++lastNumber) {}
+Step::Step() : m_number(nextNumber()) {}
 
 Step::~Step() {
     forget();
+}
+
+std::uint32_t Step::nextNumber() noexcept {
+    static std::uint32_t last = 0;
+    return ++last;
 }
 
 template <class Value> bool Step::grow(std::vector<Value>& vector, std::size_t more) noexcept {

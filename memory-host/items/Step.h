@@ -108,7 +108,7 @@ public:
     /// The same for one that goes.
     [[nodiscard]] bool recordBounds(GridItem& grid) noexcept;
 
-    /// Unlike any other step's.
+    /// Unlike that of any other step, and of any that this one was before it was forgotten.
     std::uint32_t number() const { return m_number; }
     /// There is no memory for what is about to be written.
     void fail() noexcept { m_failed = true; }
@@ -170,6 +170,7 @@ private:
         void* item = nullptr; ///< the one that is being freed
     };
 
+    static std::uint32_t nextNumber() noexcept;
     [[nodiscard]] bool makeRoom(std::size_t items, std::size_t runs) noexcept;
     void beginRun(Write write, bool on) noexcept;
     bool has(Write write) const { return (m_writes >> static_cast<unsigned>(write) & 1U) != 0; }
@@ -200,7 +201,7 @@ private:
     std::vector<Parts> m_parts;
     std::vector<SetListing> m_listings; ///< of LeaveSets
     std::optional<Freeing> m_freeing;
-    std::uint32_t m_number;      ///< unlike any other step's
+    std::uint32_t m_number;
     std::size_t m_itemBytes = 0; ///< of items that belong to the step
     std::uint32_t m_writes = 0;  ///< bits: which writes there are
     bool m_isBack = false;

@@ -243,6 +243,8 @@ void Step::forget() noexcept {
     };
     empty(m_runs, m_items, m_parents, m_numbers, m_places, m_descriptions, m_meshes, m_meshColours,
           m_bounds, m_parts, m_listings);
+    // What was recorded in it is to be recorded again.
+    m_number = nextNumber();
     m_itemBytes = 0;
     m_writes = 0;
     m_isBack = false;

@@ -346,6 +346,28 @@ private slots:
         QCOMPARE(faults(), QString());
     }
 
+    void aChangeAfterOneThatAnExceptionEndedIsTakenBack() {
+        const Chain chain(1);
+        Compound* set = nullptr;
+        change(Publisher::Add, "Define set",
+               [&] { set = DataMaker::makeSet(space(), "Set", chain.atoms); });
+        const Lines before = dataLines();
+        for (Compound* member : {chain.atoms[0], chain.atoms[1]}) {
+            try {
+                const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+                DataMaker::Destroy(member);
+                throw std::runtime_error("in the middle of a change");
+            } catch (const std::runtime_error&) {
+            }
+            QCOMPARE(firstDifference(dataLines(), before), QString());
+        }
+        change(Publisher::Delete, "Delete", [&] { DataMaker::Destroy(chain.atoms[2]); });
+        QCOMPARE(partsOf(set).size(), chain.atoms.size() - 1);
+        QVERIFY(History::undo());
+        QCOMPARE(firstDifference(dataLines(), before), QString());
+        QCOMPARE(faults(), QString());
+    }
+
     void aChangeWithoutAGuardEndsWhatCanBeTakenBack() {
         const Chain chain(2);
         change(Publisher::Delete, "Delete", [&] { DataMaker::Destroy(chain.residues[0]); });
