@@ -39,6 +39,7 @@ void MainWindow::saveAs() {
 
 void MainWindow::saveSelectionAs() {
     m_saving->saveSelectionAs();
+    updateSaving();
 }
 
 void MainWindow::saveAll() {

@@ -180,6 +180,23 @@ void remarkOnBondsComingBack(const SavedContent& content, SaveReport& report) {
             " back when the file is read, as the atoms are near each other");
 }
 
+// What was at the path of a plan is gone from there: entries of another file, or these ones where
+// only a part of them was saved.
+void emptyOldFile(const SavePlan& plan) {
+    const FileOnDisk* seen = nullptr; // Entries of one file mostly stand together.
+    TAVIK::Compound* const space = TAVIK::Space::instance();
+    for (TAVIK::Compound** it = space->ChildBegin(); it != space->ChildEnd(); ++it) {
+        const auto source = *it ? entrySourceOf(*it) : nullptr;
+        FileOnDisk* const file = source ? source->file.get() : nullptr;
+        if (!file || file == seen)
+            continue;
+        if (file == plan.file.get() ? plan.content.isInPart
+                                    : isSameFile(originPath(*it), plan.path))
+            file->entries.clear();
+        seen = file;
+    }
+}
+
 // Tells items that they are in the file of the plan.
 void moveToFile(const SavePlan& plan) {
     std::vector<unsigned int> ids = plan.items;
@@ -283,8 +300,11 @@ void markSaved(const SavePlan& plan) {
     if (!plan.written.isKnown())
         return;
     plan.file->stamp = plan.written;
-    if (!plan.content.isInPart)
-        guarded(plan, [&plan] { moveToFile(plan); });
+    guarded(plan, [&plan] {
+        emptyOldFile(plan);
+        if (!plan.content.isInPart)
+            moveToFile(plan);
+    });
 }
 
 std::vector<std::string> saveFile(std::span<TAVIK::Compound* const> items, const std::string& path,

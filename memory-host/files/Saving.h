@@ -66,7 +66,7 @@ using SavePlanPtr = std::unique_ptr<SavePlan, SavePlanDeleter>;
 HOST_EXPORT std::vector<TAVIK::Compound*> entriesOfFile(TAVIK::Compound* entry);
 
 /// Whether the data of a top-level item are not those in its file: they were changed, or the file
-/// was saved without them.
+/// was saved without them, or with a part of them only.
 HOST_EXPORT bool isUnsaved(const TAVIK::Compound* entry);
 
 /// Reads what is to be saved of top-level items, on the GUI thread, and checks that the format of
@@ -83,8 +83,9 @@ HOST_EXPORT std::vector<std::string> writePlan(SavePlan& plan, const Progress& p
 /// How many atoms a plan saves.
 HOST_EXPORT std::size_t atomCount(const SavePlan& plan);
 
-/// Tells the items of a written plan, on the GUI thread, that they are in this file now. Does
-/// nothing for those that were saved in part, or destroyed meanwhile. Throws as above.
+/// Tells the items of a written plan, on the GUI thread, that they are in this file now; not those
+/// that were saved in part, or destroyed meanwhile. What the file held before is unsaved from then
+/// on. Throws as above.
 HOST_EXPORT void markSaved(const SavePlan& plan);
 
 /// planSaving(), writePlan() and markSaved().

@@ -395,6 +395,32 @@ private slots:
         // The entry is still in its own file.
         QCOMPARE(TAVIK::OriginOf(item("/test")), path());
     }
+    void aFileThatIsReplacedByThePartOfAnEntryLeavesItUnsaved() {
+        const std::string file = m_folder.write("x.pdb", annotated());
+        TAVIK::Compound* const entry = opened(file).items.front();
+        change([&] { item("/x/A/Groups/ALA 2")->SetSelected(true); });
+        saved({.onlySelected = true});
+        QVERIFY(!memory_host::isUnsaved(entry));
+        saved({.onlySelected = true}, "x.pdb");
+        QVERIFY(memory_host::isUnsaved(entry));
+        saved({}, "x.pdb");
+        QVERIFY(!memory_host::isUnsaved(entry));
+        QCOMPARE(bytesOf(path("x.pdb")), annotated());
+    }
+
+    void anEntryIsUnsavedWhereAnotherTookItsFile() {
+        TAVIK::Compound* const one = opened(m_folder.write("one.pdb", annotated())).items.front();
+        TAVIK::Compound* const other =
+            opened(m_folder.write("other.pdb", annotated())).items.front();
+        saveFile({&one, 1}, path("other.pdb").toStdString());
+        QVERIFY(!memory_host::isUnsaved(one));
+        QVERIFY(memory_host::isUnsaved(other));
+        QVERIFY_THROWS_EXCEPTION(SaveError, saveFile({&other, 1}, path("other.pdb").toStdString()));
+        saveFile({&other, 1}, path("third.pdb").toStdString());
+        QVERIFY(!memory_host::isUnsaved(one));
+        QVERIFY(!memory_host::isUnsaved(other));
+    }
+
     void whatIsSavedIsInItsNewFile() {
         openText(annotated());
         saved();
