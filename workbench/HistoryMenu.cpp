@@ -28,17 +28,18 @@ void setStep(QAction* action, const QString& deed, const std::vector<HistoryStep
     action->setEnabled(!next.empty());
 }
 
-/// Takes back or does again, and says so.
-void go(bool (*act)(std::size_t), std::size_t steps, const std::vector<HistoryStep>& next,
+/// Takes back or does again, and says so; returns whether it was done.
+bool go(bool (*act)(std::size_t), std::size_t steps, const std::vector<HistoryStep>& next,
         const QString& deed) {
     if (next.empty() || steps == 0)
-        return;
+        return false;
     const QString what =
         steps == 1 ? labelOf(next.front()) : HistoryMenu::tr("%1 steps").arg(steps);
+    const bool isDone = act(steps);
     Messages::Show(
-        act(steps)
-            ? deed + QStringLiteral(": ") + what
-            : HistoryMenu::tr("%1: not possible while something else is going on").arg(what));
+        isDone ? deed + QStringLiteral(": ") + what
+               : HistoryMenu::tr("%1: not possible while something else is going on").arg(what));
+    return isDone;
 }
 
 } // namespace
@@ -80,7 +81,10 @@ void HistoryMenu::fillSteps() {
 }
 
 void HistoryMenu::undo(std::size_t steps) {
-    go(&History::undo, steps, History::undoable(1), tr("Undone"));
+    // What came back may take more memory than there is for it.
+    if (go(&History::undo, steps, History::undoable(1), tr("Undone")) &&
+        History::redoable(1).empty())
+        Messages::Show(tr("What was undone cannot be done again"));
 }
 
 void HistoryMenu::redo(std::size_t steps) {

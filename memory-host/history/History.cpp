@@ -31,6 +31,7 @@ namespace {
 struct Entry {
     Step step;
     std::string label;
+    std::size_t selecting = 0; ///< how many in a row only select, up to this one
 };
 using Entries = std::list<Entry>;
 
@@ -102,6 +103,8 @@ public:
         } catch (const std::bad_alloc&) { // It is a change without a name.
         }
         entry.step.finish();
+        if (entry.step.onlySelects())
+            entry.selecting = 1 + (m_done.empty() ? 0 : m_done.back().selecting);
         while (!m_undone.empty())
             forgetFirst(m_undone);
         m_bytes += entry.step.bytes();
@@ -192,8 +195,17 @@ public:
     ObserverList<HistoryObserver>& observers() { return m_observers; }
 
 private:
-    // The oldest steps go first; then those that would be done again last.
+    // The oldest steps go first; then those that would be done again last. What is too large alone
+    // takes only those along that would follow it.
     void trim() noexcept {
+        if (m_bytes <= m_most)
+            return;
+        const auto kept =
+            std::find_if(m_undone.rbegin(), m_undone.rend(), [this](const Entry& entry) {
+                return entry.step.bytes() > m_most;
+            }).base();
+        while (m_undone.begin() != kept)
+            forgetFirst(m_undone);
         for (Entries* entries : {&m_done, &m_undone})
             while (m_bytes > m_most && !entries->empty())
                 forgetFirst(*entries);
@@ -301,10 +313,8 @@ std::vector<HistoryStep> History::redoable(std::size_t most) {
 
 std::size_t History::toLastOfData() {
     const Entries& done = steps().entries(true);
-    const auto last = std::find_if(done.rbegin(), done.rend(),
-                                   [](const Entry& entry) { return !entry.step.onlySelects(); });
-    return last == done.rend() ? 0
-                               : static_cast<std::size_t>(std::distance(done.rbegin(), last)) + 1;
+    const std::size_t selecting = done.empty() ? 0 : done.back().selecting;
+    return selecting < done.size() ? selecting + 1 : 0;
 }
 
 bool History::undo(std::size_t count) {

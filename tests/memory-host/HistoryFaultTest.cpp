@@ -271,6 +271,29 @@ private slots:
         QCOMPARE(History::undoable().size(), std::size_t{1});
     }
 
+    void whatIsTooLargeToBeDoneAgainLeavesTheStepsBefore() {
+        const Chain chain(1);
+        {
+            const DataPointBase guard(nullptr, Publisher::Update, "Hide");
+            chain.molecule->SetVisible(false);
+        }
+        {
+            const DataPointBase guard(nullptr, Publisher::Add, "Add");
+            DataMaker::makePolyLine(space(), "line", std::vector<Vertex>(10'000));
+        }
+        {
+            const DataPointBase guard(nullptr, Publisher::Update, "Colour");
+            chain.molecule->SetColor(Color(1));
+        }
+        setHistoryBytes(50'000);
+        QVERIFY(History::undo(2));
+        QVERIFY(History::redoable().empty());
+        QCOMPARE(History::undoable().size(), std::size_t{1});
+        QVERIFY(History::undo());
+        QVERIFY(chain.molecule->IsVisible());
+        QCOMPARE(faults(), QString());
+    }
+
     void aGuardWithoutMemoryForAStepIsTakenBackToo() {
         const Chain chain(1);
         const QStringList before = dataLines();
