@@ -181,6 +181,9 @@ private slots:
 
     // What waits to be freed never takes more than the steps may.
     void muchThatIsForgottenIsFreedAtOnce() {
+        const auto isAbout = [](std::size_t value, std::size_t wanted) {
+            return value >= wanted / 10 * 9 && value <= wanted / 10 * 11;
+        };
         const auto makeAndUndo = [] {
             {
                 const DataPointBase guard(nullptr, Publisher::Add, "change");
@@ -195,8 +198,9 @@ private slots:
         setHistoryBytes(bytes * 5 / 2);
         for (int i = 0; i != 4; ++i) {
             makeAndUndo();
-            QCOMPARE(historyBytes(), bytes);
-            QCOMPARE(forgottenBytes(), i < 3 ? bytes * static_cast<std::size_t>(i) : 0);
+            // A step's size depends on the addresses of the items, but only a little.
+            QVERIFY(isAbout(historyBytes(), bytes));
+            QVERIFY(isAbout(forgottenBytes(), i < 3 ? bytes * static_cast<std::size_t>(i) : 0));
         }
         setHistoryBytes(bytes / 2);
         QCOMPARE(historyBytes(), std::size_t{0});
