@@ -29,8 +29,12 @@ public:
         if constexpr (keepsAddresses)
             m_addresses.reserve(more);
     }
-    /// Frees what is unused, as nothing follows. Throws std::bad_alloc, and changes nothing then.
-    void shrink() { m_bytes.shrink(); }
+    /// Frees what is unused, as nothing follows. Throws std::bad_alloc; the log is the same then.
+    void shrink() {
+        m_bytes.shrink();
+        if constexpr (keepsAddresses)
+            m_addresses.shrink();
+    }
 
     /// There must be room.
     void push_back(void* item) {
