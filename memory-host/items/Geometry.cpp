@@ -26,7 +26,7 @@ bool SetSurfaceMesh(Surface* surface, SurfaceMesh mesh) {
     if (!item || isRefused(mesh, "SetSurfaceMesh", item->GetName()))
         return false;
     auto made = std::make_unique<SurfaceMesh>(std::move(mesh));
-    if (Step* const step = stepFor(HostItem::of(item)); step && !step->recordMesh(item))
+    if (Step* const step = stepForComing(HostItem::of(item)); step && !step->recordMesh(item))
         throw std::bad_alloc();
     item->m_mesh = std::move(made);
     item->noteMesh();
@@ -41,7 +41,8 @@ bool SetSurfaceColors(Surface* surface, std::vector<std::uint32_t> colors) {
                  mesh ? "there is not one colour a vertex" : "there is no surface with a mesh");
         return false;
     }
-    if (Step* const step = stepFor(HostItem::of(item)); step && !step->recordMeshColours(item))
+    if (Step* const step = stepForComing(HostItem::of(item));
+        step && !step->recordMeshColours(item))
         throw std::bad_alloc();
     mesh->colors = std::move(colors);
     mesh->scale.reset();

@@ -54,8 +54,8 @@ inline bool isInSpace(const HostItem& item) noexcept {
 inline Step* stepFor(const HostItem& item) noexcept {
     return recording.step && !recording.isReplaying && isInSpace(item) ? recording.step : nullptr;
 }
-/// The same for an item that comes or goes. Where that is not recorded, nothing that was can be
-/// taken back any more.
+/// The same for an item that comes or goes, and for a mesh. Where that is not recorded, nothing that
+/// was can be taken back any more: it may be about what is not there.
 Step* stepForComing(const HostItem& parent) noexcept;
 Step* stepForGoing(const Compound& item) noexcept;
 

@@ -377,6 +377,25 @@ private slots:
         QCOMPARE(faults(), QString());
     }
 
+    // Colours that were taken back would not fit another mesh.
+    void aMeshWithoutAGuardEndsWhatCanBeTakenBack() {
+        Surface* const surface = DataMaker::makeSurface(
+            space(), "surface", {{{0, 0, 0}}, {{1, 0, 0}}, {}, {}, {}, {}, {}, {}});
+        const auto paint = [&] {
+            change(Publisher::Update, "Paint", [&] { QVERIFY(SetSurfaceColors(surface, {7})); });
+            QCOMPARE(History::undoable().size(), std::size_t{1});
+        };
+        paint();
+        QVERIFY(SetSurfaceMesh(
+            surface, {{{0, 0, 0}, {1, 1, 1}}, {{1, 0, 0}, {1, 0, 0}}, {}, {}, {}, {}, {}, {}}));
+        QVERIFY(!History::undo());
+        QVERIFY(SetSurfaceMesh(surface, {{{0, 0, 0}}, {{1, 0, 0}}, {}, {}, {}, {}, {}, {}}));
+        paint();
+        QVERIFY(SetSurfaceColors(surface, {}));
+        QVERIFY(!History::undo());
+        QCOMPARE(faults(), QString());
+    }
+
     void anySequenceIsTakenBackAndDoneAgain_data() {
         QTest::addColumn<unsigned int>("seed");
         for (unsigned int seed = 1; seed != 41; ++seed)
