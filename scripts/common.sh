@@ -7,7 +7,7 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 # Names of Debian packages.
 packages_build=(cmake ninja-build g++ qt6-base-dev qt6-5compat-dev gemmi-dev tao-pegtl-dev
     zlib1g-dev libnanoflann-dev fonts-dejavu-core)
-packages_test=(binutils locales xvfb xdotool imagemagick dssp)
+packages_test=(binutils locales xvfb xdotool imagemagick dssp freesasa)
 packages_benchmarks=(libbenchmark-dev)
 # Competitors that are programs of their own, and the display and the OpenGL on the processor with
 # which one draws; the benchmarks leave out those that are not there.
