@@ -29,7 +29,7 @@ constexpr int madePoints = 200; // along each axis
 /// A file of a map with 200 x 200 x 200 values, 1 Å apart, of which the contour at 0 is a gyroid of
 /// three periods; written on first use.
 std::string madeMap(const std::string& folder) {
-    const std::string path = folder + "/gyroid.ccp4";
+    const std::string path = madeFile(folder, "gyroid.ccp4");
     if (std::filesystem::exists(path))
         return path;
     std::array<double, madePoints> sine{};

@@ -66,11 +66,17 @@ struct AtomLoop {
 
 } // namespace
 
+std::string madeFile(const std::string& folder, const std::string& name) {
+    const std::filesystem::path made = std::filesystem::path(folder) / "made";
+    std::filesystem::create_directories(made);
+    return (made / name).string();
+}
+
 std::string ribosomeFile(const std::string& folder, int copies) {
     const std::string original = folder + "/6zu5.cif";
     if (copies == 1)
         return original;
-    const std::string path = folder + "/6zu5x" + std::to_string(copies) + ".cif";
+    const std::string path = madeFile(folder, "6zu5x" + std::to_string(copies) + ".cif");
     if (std::filesystem::exists(path))
         return path;
     const std::string content = contentOf(original);

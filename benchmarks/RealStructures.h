@@ -8,6 +8,10 @@
 
 namespace benchmarks {
 
+/// The path of the file `name` that the benchmarks make, in a folder of its own in `folder`, which
+/// is created: what is made is not among what is fetched, which the tests read.
+std::string madeFile(const std::string& folder, const std::string& name);
+
 /// An mmCIF file with `copies` copies of the ribosome in `folder`, each moved along x and with
 /// chain names of its own; written on first use, except for one copy, which is the original. With
 /// 0 copies, the original's first 2,000 atoms.
