@@ -216,8 +216,7 @@ std::size_t memoryOf(const Compound& item) {
         return sizeof(PolyLineItem) +
                static_cast<const PolyLineItem&>(item).m_points.capacity() * sizeof(TAVIK::Vertex);
     case Kind::Set:
-        return sizeof(SetItem) +
-               static_cast<const SetRecord&>(record).members.capacity() * 4 * slot;
+        return sizeof(SetItem) + static_cast<const SetRecord&>(record).places.capacity() * 5 * slot;
     default:
         break;
     }

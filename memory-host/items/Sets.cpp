@@ -29,36 +29,28 @@ void count(SetRecord& set, const ItemState& state, std::int32_t change) {
 
 } // namespace
 
-std::vector<Compound*>& SetRecord::listed() {
+std::vector<Compound*>& SetRecord::listed() noexcept {
     if (holes == 0)
-        return members;
-    std::uint32_t to = 0;
-    for (std::uint32_t from = 0; from != members.size(); ++from) {
-        Compound* member = members[from];
-        if (!member)
-            continue;
-        if (to != from) {
-            for (Listing& listing : listings().at(&HostItem::of(member)))
-                if (listing.set == this)
-                    listing.index = to;
-            members[to] = member;
-        }
-        ++to;
+        return places;
+    if (!m_isListed) {
+        m_listed.resize(memberCount());
+        std::copy_if(places.begin(), places.end(), m_listed.begin(),
+                     [](const Compound* member) { return member != nullptr; });
+        m_isListed = true;
     }
-    members.resize(to);
-    holes = 0;
-    return members;
+    return m_listed;
 }
 
 void listMembers(SetRecord& set, const std::vector<Compound*>& members) {
-    set.members.reserve(members.size());
+    set.places.reserve(members.size());
+    set.m_listed.reserve(members.size());
     for (Compound* member : members) {
         HostItem& record = HostItem::of(member);
         std::vector<Listing>& sets = listings()[&record];
-        const auto index = static_cast<std::uint32_t>(set.members.size());
+        const auto place = static_cast<std::uint32_t>(set.places.size());
         // In this order the set's destructor can undo a part of the list if memory runs out.
-        set.members.push_back(member);
-        sets.push_back({&set, index, set.id});
+        set.places.push_back(member);
+        sets.push_back({&set, place, set.id});
         record.set(HostItem::InSets, true);
         count(set, stateOf(record), 1);
     }
@@ -92,8 +84,9 @@ SetListing leaveSets(HostItem& item) {
     for (const Listing& listing : left.mapped()) {
         SetRecord& set = *listing.set;
         changeState(set, [&] {
-            set.members[listing.index] = nullptr;
+            set.places[listing.place] = nullptr;
             ++set.holes;
+            set.m_isListed = false;
             count(set, state, -1);
         });
         if (!listsMembers(set))
@@ -102,33 +95,29 @@ SetListing leaveSets(HostItem& item) {
     return left;
 }
 
-void rejoinSets(HostItem& item, SetListing&& left) noexcept {
+void rejoinSets(Compound& item, SetListing&& left) noexcept {
     if (left.empty())
         return;
     // A set that was destroyed before the item left is not in this listing; one may be gone since.
     std::erase_if(left.mapped(), [](const Listing& listing) { return !findSet(listing.id); });
     if (left.mapped().empty())
         return;
+    HostItem& record = HostItem::of(&item);
+    const ItemState state = stateOf(record);
+    for (const Listing& listing : left.mapped()) {
+        SetRecord& set = *listing.set;
+        if (!listsMembers(set))
+            addContribution(set.parent, -contributionOf(set));
+        changeState(set, [&] {
+            set.places[listing.place] = &item;
+            --set.holes;
+            set.m_isListed = false;
+            count(set, state, 1);
+        });
+    }
     // The map has had room for this node before, so that nothing is allocated.
     listings().insert(std::move(left));
-    item.set(HostItem::InSets, true);
-}
-
-void restoreMembers(SetRecord& set, std::vector<Compound*>& members) noexcept {
-    const Contribution before = contributionOf(set);
-    changeState(set, [&] {
-        set.members.swap(members);
-        set.holes = 0;
-        set.selected = set.hasSelected = set.visible = 0;
-        for (std::uint32_t i = 0; i != set.members.size(); ++i) {
-            const HostItem& member = HostItem::of(set.members[i]);
-            for (Listing& listing : listings().find(&member)->second)
-                if (listing.set == &set)
-                    listing.index = i;
-            count(set, stateOf(member), 1);
-        }
-    });
-    addContribution(set.parent, contributionOf(set) - before);
+    record.set(HostItem::InSets, true);
 }
 
 const std::vector<Listing>& listingsOf(const HostItem& item) noexcept {

@@ -10,30 +10,11 @@
 
 namespace memory_host {
 
-/// The record of a set: it counts the states of its members, which tell it of every change. Members
-/// that are destroyed leave holes, closed when the parts are next read.
-struct SetRecord : HostItem {
-    SetRecord(Kind ofKind, Name itsName);
-    SetRecord(const SetRecord&) = delete;
-    SetRecord& operator=(const SetRecord&) = delete;
-    /// Removes the set from the listings of all members.
-    ~SetRecord();
-
-    std::uint32_t memberCount() const { return static_cast<std::uint32_t>(members.size()) - holes; }
-    std::vector<Compound*>& listed();
-
-    std::vector<Compound*> members;
-    std::uint32_t holes = 0;
-    std::int32_t selected = 0; ///< number of members that are selected
-    std::int32_t hasSelected = 0;
-    std::int32_t visible = 0;
-    /// The step that holds the members as they were before it.
-    std::uint32_t recordedIn = 0;
-};
+struct SetRecord;
 
 struct Listing {
     SetRecord* set;
-    std::uint32_t index; ///< in the set's vector of members
+    std::uint32_t place; ///< in the set
     std::uint32_t id;    ///< the set's
 };
 /// The sets that list an item, for members of sets only; they carry the flag InSets.
@@ -41,15 +22,42 @@ using SetListings = std::unordered_map<const HostItem*, std::vector<Listing>>;
 /// One item's, taken out of the map.
 using SetListing = SetListings::node_type;
 
+/// The record of a set: it counts the states of its members, which tell it of every change. Members
+/// only ever leave; each keeps its place, so that it can come back to it.
+struct SetRecord : HostItem {
+    SetRecord(Kind ofKind, Name itsName);
+    SetRecord(const SetRecord&) = delete;
+    SetRecord& operator=(const SetRecord&) = delete;
+    /// Removes the set from the listings of all members.
+    ~SetRecord();
+
+    std::uint32_t memberCount() const { return static_cast<std::uint32_t>(places.size()) - holes; }
+    /// The members in their order, until one leaves or comes back.
+    std::vector<Compound*>& listed() noexcept;
+
+    std::vector<Compound*> places; ///< null: its member has left
+    std::uint32_t holes = 0;
+    std::int32_t selected = 0; ///< number of members that are selected
+    std::int32_t hasSelected = 0;
+    std::int32_t visible = 0;
+    /// The last step in which members left.
+    std::uint32_t leftIn = 0;
+
+private:
+    std::vector<Compound*> m_listed; ///< the places without holes; has room for all from the start
+    bool m_isListed = false;         ///< as it is now
+
+    friend void listMembers(SetRecord& set, const std::vector<Compound*>& members);
+    friend SetListing leaveSets(HostItem& item);
+    friend void rejoinSets(Compound& item, SetListing&& left) noexcept;
+};
+
 /// Lists `members`, which hold neither null nor repetitions, in a new set that is not attached yet.
 void listMembers(SetRecord& set, const std::vector<Compound*>& members);
 /// Takes an item out of every set that lists it. What is returned puts it back in again.
 SetListing leaveSets(HostItem& item);
-/// Lists an item again that has left its sets; the sets get their members back by restoreMembers().
-void rejoinSets(HostItem& item, SetListing&& left) noexcept;
-/// Gives a set the members that it had before some left it, of which all are there again; leaves in
-/// `members` what the set had.
-void restoreMembers(SetRecord& set, std::vector<Compound*>& members) noexcept;
+/// Puts an item that has left its sets back into those that there still are.
+void rejoinSets(Compound& item, SetListing&& left) noexcept;
 /// The sets that list an item, which has the flag InSets.
 const std::vector<Listing>& listingsOf(const HostItem& item) noexcept;
 /// The set of an identifier, or null if it does not exist any more.

@@ -115,17 +115,13 @@ bool Step::recordMeshColours(Compound* surface) noexcept {
     return true;
 }
 
-bool Step::recordParts(SetRecord& set) noexcept {
-    if (set.recordedIn == m_number)
+bool Step::recordLeaving(SetRecord& set) noexcept {
+    if (set.leftIn == m_number)
         return true;
-    Parts parts{set.id, ownMarksOf(set.parent), {}};
-    if (!grow(m_parts, 1) || !reserve(1) || !grow(parts.members, set.memberCount()))
+    // Without members the set counts where it stands, which may have been empty.
+    if (set.parent && !record(Write::OwnMarks, set.parent->self, ownMarksOf(set.parent)))
         return false;
-    parts.members = set.listed();
-    set.recordedIn = m_number;
-    // The set may be gone when this is read: it is known by its identifier only.
-    add(Write::SetParts, false, static_cast<Compound*>(TAVIK::Space::instance()));
-    m_parts.push_back(std::move(parts));
+    set.leftIn = m_number;
     return true;
 }
 
@@ -135,9 +131,8 @@ bool Step::leaveSetsOf(Compound* item) noexcept {
         return !m_failed;
     if (!reserve(1) || !grow(m_listings, 1))
         return false;
-    // The listing does not change meanwhile.
     for (const Listing& listing : listingsOf(record))
-        if (!recordParts(*listing.set))
+        if (!recordLeaving(*listing.set))
             return false;
     if (!reserve(1))
         return false;
@@ -168,12 +163,9 @@ bool Step::onlySelects() const {
 
 std::size_t Step::logBytes() const {
     const auto of = [](const auto& vector) { return vector.capacity() * sizeof(vector[0]); };
-    std::size_t bytes = sizeof(Step) + m_runs.bytes() + m_items.bytes() + m_parents.bytes() +
-                        m_numbers.bytes() + of(m_places) + of(m_meshes) + of(m_meshColours) +
-                        of(m_bounds) + of(m_descriptions) + of(m_parts) + of(m_listings);
-    for (const Parts& parts : m_parts)
-        bytes += of(parts.members);
-    return bytes;
+    return sizeof(Step) + m_runs.bytes() + m_items.bytes() + m_parents.bytes() + m_numbers.bytes() +
+           of(m_places) + of(m_meshes) + of(m_meshColours) + of(m_bounds) + of(m_descriptions) +
+           of(m_listings);
 }
 
 } // namespace memory_host

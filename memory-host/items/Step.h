@@ -57,10 +57,9 @@ public:
         Detach,   ///< an item, and the composite it came out of
         Link,     ///< a bond, which its atoms list now
         Unlink,   ///< a bond, which its atoms list no more
-        SetParts, ///< the space, and the members of a set before
         LeaveSets ///< an item, and the sets that listed it
     };
-    static constexpr std::size_t writeCount = 18;
+    static constexpr std::size_t writeCount = 17;
 
     /// Makes room for writes of `items` items in `runs` runs of one kind and direction. False when
     /// memory has run out, also before.
@@ -98,8 +97,6 @@ public:
     /// Takes the mesh that is replaced next.
     [[nodiscard]] bool recordMesh(Compound* surface) noexcept;
     [[nodiscard]] bool recordMeshColours(Compound* surface) noexcept;
-    /// The members of a set, once a step, before the first of them leaves.
-    [[nodiscard]] bool recordParts(SetRecord& set) noexcept;
     /// The sets that list an item; it leaves them.
     [[nodiscard]] bool leaveSetsOf(Compound* item) noexcept;
 
@@ -156,11 +153,6 @@ private:
         std::vector<std::uint32_t> colors;
         std::optional<TAVIK::ValueScale> scale;
     };
-    struct Parts {
-        std::uint32_t set;        ///< identifier
-        std::uint8_t parentMarks; ///< of the composite that the set stands in
-        std::vector<Compound*> members;
-    };
     class Going;
     /// How far the items that belong to the step are freed.
     struct Freeing {
@@ -171,6 +163,8 @@ private:
     };
 
     static std::uint32_t nextNumber() noexcept;
+    /// What is to be as it was when all members of a set are there again; once a step.
+    [[nodiscard]] bool recordLeaving(SetRecord& set) noexcept;
     [[nodiscard]] bool makeRoom(std::size_t items, std::size_t runs) noexcept;
     void beginRun(Write write, bool on) noexcept;
     bool has(Write write) const { return (m_writes >> static_cast<unsigned>(write) & 1U) != 0; }
@@ -198,7 +192,6 @@ private:
     std::vector<std::unique_ptr<TAVIK::SurfaceMesh>> m_meshes;
     std::vector<MeshColours> m_meshColours;
     std::vector<std::array<int, 6>> m_bounds;
-    std::vector<Parts> m_parts;
     std::vector<SetListing> m_listings; ///< of LeaveSets
     std::optional<Freeing> m_freeing;
     std::uint32_t m_number;

@@ -45,7 +45,6 @@ public:
         m_mesh = step.m_meshes.size();
         m_meshColours = step.m_meshColours.size();
         m_bounds = step.m_bounds.size();
-        m_parts = step.m_parts.size();
         m_listing = step.m_listings.size();
         m_parent = step.m_parents.size();
     }
@@ -53,11 +52,10 @@ public:
     void run(const Run& run) {
         // In the order of Write.
         static constexpr std::array<void (Going::*)(Compound&), writeCount> each = {
-            nullptr,           nullptr,          &Going::paint, &Going::activate,
-            &Going::giveMarks, &Going::join,     &Going::move,  &Going::rewrite,
-            &Going::reshape,   &Going::recolour, &Going::bound, &Going::alter,
-            &Going::attach,    &Going::detach,   &Going::link,  &Going::unlink,
-            &Going::giveParts, &Going::leaveSets};
+            nullptr,        nullptr,          &Going::paint,   &Going::activate, &Going::giveMarks,
+            &Going::join,   &Going::move,     &Going::rewrite, &Going::reshape,  &Going::recolour,
+            &Going::bound,  &Going::alter,    &Going::attach,  &Going::detach,   &Going::link,
+            &Going::unlink, &Going::leaveSets};
         if (run.write == Write::Select)
             inBatches(run, [&](auto items) { selectEach(items, run.on != m_back); });
         else if (run.write == Write::Show)
@@ -145,22 +143,10 @@ private:
     void detach(Compound& item) { come(item, m_back); }
     void link(Compound& bond) { list(bond, !m_back); }
     void unlink(Compound& bond) { list(bond, m_back); }
-    void giveParts(Compound& /*space*/) {
-        Parts& parts = of(m_step.m_parts, m_parts);
-        SetRecord* const set = findSet(parts.set);
-        if (set && m_back) {
-            restoreMembers(*set, parts.members);
-            if (set->parent)
-                setOwnMarks(*set->parent, parts.parentMarks);
-        } else if (set) {
-            // There is room: these members, and no fewer, were here before.
-            parts.members.assign(set->listed().begin(), set->listed().end());
-        }
-    }
     void leaveSets(Compound& item) {
         SetListing& listing = of(m_step.m_listings, m_listing);
         if (m_back)
-            rejoinSets(HostItem::of(&item), std::move(listing));
+            rejoinSets(item, std::move(listing));
         else
             listing = memory_host::leaveSets(HostItem::of(&item));
     }
@@ -196,7 +182,7 @@ private:
     bool m_back;
     ItemLog::Reader m_items;
     std::size_t m_number = 0, m_place = 0, m_description = 0, m_mesh = 0, m_meshColours = 0,
-                m_bounds = 0, m_parts = 0, m_listing = 0, m_parent = 0;
+                m_bounds = 0, m_listing = 0, m_parent = 0;
     Holder* m_holder = nullptr;
     std::uint32_t m_leftOfParent = 0;
 };
@@ -242,7 +228,7 @@ void Step::forget() noexcept {
         ((vectors = std::remove_reference_t<decltype(vectors)>()), ...);
     };
     empty(m_runs, m_items, m_parents, m_numbers, m_places, m_descriptions, m_meshes, m_meshColours,
-          m_bounds, m_parts, m_listings);
+          m_bounds, m_listings);
     // What was recorded in it is to be recorded again.
     m_number = nextNumber();
     m_itemBytes = 0;
