@@ -131,7 +131,8 @@ public:
 
     void lose() noexcept override {
         recording.step = nullptr;
-        m_hasChanged = m_hasChanged || !m_done.empty() || !m_undone.empty();
+        if (!m_hasChanged && !publishing().changing && (!m_done.empty() || !m_undone.empty()))
+            tellLater();
         for (Entries* entries : {&m_done, &m_undone})
             while (!entries->empty())
                 forgetFirst(*entries);
@@ -209,6 +210,15 @@ private:
         for (Entries* entries : {&m_done, &m_undone})
             while (m_bytes > m_most && !entries->empty())
                 forgetFirst(*entries);
+    }
+    // What changes without a guard is in the middle of it.
+    void tellLater() noexcept {
+        try {
+            if (QCoreApplication* const program = QCoreApplication::instance())
+                QMetaObject::invokeMethod(
+                    program, [this] { tell(); }, Qt::QueuedConnection);
+        } catch (const std::bad_alloc&) { // The next guard tells.
+        }
     }
     // The next change begins without asking for memory, if it can.
     bool makeNext() noexcept {
