@@ -66,6 +66,8 @@ void HistoryMenu::historyChanged() {
     setStep(m_redo, tr("&Redo"), History::redoable(1));
     m_undoData->setEnabled(History::toLastOfData() != 0);
     m_steps->menuAction()->setEnabled(!next.empty());
+    if (m_steps->isVisible())
+        fillSteps();
 }
 
 void HistoryMenu::fillSteps() {

@@ -102,6 +102,29 @@ private slots:
         takeHostLog();
     }
 
+    void anOpenListOfStepsFollows() {
+        openSample();
+        hide(chain());
+        QMenu* const steps = m_window->findChild<QMenu*>("UndoSteps");
+        steps->popup(m_window->pos());
+        QCOMPARE(steps->actions().at(0)->text(), "Hide chain A &&&& more");
+        destroy(chain());
+        QCOMPARE(steps->actions().at(0)->text(), "Delete chain A");
+        steps->close();
+        takeHostLog();
+    }
+
+    void theEntriesFollowChangesWithoutAGuard() {
+        openSample();
+        hide(chain());
+        QVERIFY(action("Undo")->isEnabled());
+        TAVIK::DataMaker::Destroy(chain());
+        QVERIFY(History::undoable().empty());
+        QTRY_VERIFY(!action("Undo")->isEnabled());
+        QCOMPARE(action("Undo")->text(), "&Undo");
+        takeHostLog();
+    }
+
     void whatOnlySelectsIsPassedOver() {
         openSample();
         hide(chain());
