@@ -334,7 +334,7 @@ SavedContent readGrid(std::span<TAVIK::Compound* const> items, SaveReport& repor
     content.crystal = grid.m_crystal;
     content.isInPart = content.grid->points != grid.m_values.points;
     if (const auto source = std::static_pointer_cast<EntrySource>(sourceOf(items.front()));
-        source && source->file && !content.isInPart) {
+        source && source->file && !content.isInPart && grid.m_valuesVersion == 0) {
         content.mapPath = originPath(items.front());
         content.mapStamp = source->file->stamp;
     }

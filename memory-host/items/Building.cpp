@@ -2,6 +2,7 @@
 
 #include "ActiveModel.h"
 #include "DataMaker.h"
+#include "DataVersion.h"
 #include "Holder.h"
 #include "Items.h"
 #include "Making.h"
@@ -67,6 +68,8 @@ void setAtom(Compound* item, const TAVIK::AtomValues& values) {
     joinModels(*atom);
     settleModel(residue);
     atom->updateShown();
+    HostItem::of(atom).set(HostItem::Edited, true);
+    noteDataChange(HostItem::of(atom));
 }
 
 void setLabelIds(Compound* residue, const TAVIK::LabelIds& ids) {

@@ -51,6 +51,9 @@ bool GridItem::GetNearest(const TAVIK::Vertex& point, int* ijk) const {
 }
 
 void GridItem::setValues(TAVIK::GridValues&& values) {
+    static std::uint32_t lastVersion = 0;
+    if (!m_values.values.empty())
+        m_valuesVersion = ++lastVersion;
     m_values = std::move(values);
     for (const std::size_t axis : {0, 1, 2}) {
         m_points[axis] = m_values.points[axis];

@@ -8,6 +8,7 @@
 #include "MapCrystal.h"
 
 #include <array>
+#include <cstdint>
 #include <vector>
 
 namespace memory_host {
@@ -28,6 +29,7 @@ public:
 
     TAVIK::GridValues m_values;
     MapCrystal m_crystal;
+    std::uint32_t m_valuesVersion = 0; ///< 0: the first values; else unlike that of any other grid
     std::array<int, 6> m_keptBounds{}; ///< when the change in progress began, or since it is there
 
 private:

@@ -44,7 +44,7 @@ struct HostItem {
         InSets = 16,      ///< some set lists the item
         HasPosition = 32, ///< of an atom
         HeldSet = 64,     ///< of a composite: a set is or was among its children
-        Edited = 64,      ///< of an atom: it was moved, or put into another model, at some time
+        Edited = 64,      ///< of an atom: some value of it was changed, at some time
         Unlinked = 128    ///< of a bond: its atoms do not list it, as it is to be taken back
     };
 

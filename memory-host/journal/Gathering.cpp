@@ -49,7 +49,6 @@ private:
     std::uint32_t m_readEnd = 0;
     std::uint64_t m_readItems = 0; ///< that are there
     std::uint64_t m_givenItems = 0;
-    std::uint32_t m_lastPlaced = 0;
     std::uint32_t m_lastModel = 0;
     /// With the source of one of its entries.
     std::unordered_map<const FileReading*, std::shared_ptr<const EntrySource>> m_readings;
@@ -60,13 +59,6 @@ namespace {
 
 // How many items are visited between two looks at the clock.
 constexpr int itemsAtOnce = 256;
-
-void writePlace(JournalBytes& bytes, const AtomItem& atom, const HostItem& record) {
-    bytes.byte(record.has(HostItem::HasPosition) ? journal_atom::hasPosition : 0);
-    for (const float coordinate : atom.m_position)
-        bytes.real(coordinate);
-    bytes.number(record.model);
-}
 
 void writeFile(JournalBytes& bytes, const FileOnDisk& file) {
     writeStamp(bytes, file.stamp);
@@ -135,12 +127,10 @@ void JournalGathering::Walk::visit(Compound& item) {
 
 void JournalGathering::Walk::visitRead(const Compound& item, const HostItem& record) {
     ++m_readItems;
-    if (record.kind != Kind::Atom || !record.has(HostItem::Edited))
-        return;
-    JournalBytes& places = m_state->at(JournalSection::Places);
-    places.difference(std::int64_t{record.id} -
-                      std::int64_t{std::exchange(m_lastPlaced, record.id)});
-    writePlace(places, static_cast<const AtomItem&>(item), record);
+    if (record.kind == Kind::Atom && record.has(HostItem::Edited))
+        m_made.addChanged(static_cast<const AtomItem&>(item));
+    else if (record.kind == Kind::Grid && static_cast<const GridItem&>(item).m_valuesVersion != 0)
+        m_made.addChanged(static_cast<const GridItem&>(item));
 }
 
 void JournalGathering::Walk::writeEntry(const Compound& item, const HostItem& record) {
@@ -201,8 +191,8 @@ bool JournalGathering::Walk::finish() {
         return m_state->at(section).size() == 0;
     };
     m_state->isAsRead = m_state->isAsRead && m_looks.areAllUsual() && m_readItems == m_givenItems &&
-                        isEmpty(JournalSection::Places) && isEmpty(JournalSection::Models) &&
-                        isEmpty(JournalSection::Bounds);
+                        isEmpty(JournalSection::Atoms) && isEmpty(JournalSection::Values) &&
+                        isEmpty(JournalSection::Models) && isEmpty(JournalSection::Bounds);
     return true;
 }
 

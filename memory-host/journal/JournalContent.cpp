@@ -38,11 +38,12 @@ private:
     void readEntry(JournalReader& in);
     void readMade(JournalReader& in);
     void readValues(JournalReader& in, JournalContent::Made& made);
-    void readAtom(JournalReader& in);
+    JournalContent::AtomValues atomValues(JournalReader& in) const;
     void readLine(JournalReader& in);
     void readSet(JournalReader& in);
     void readLook(JournalReader& in);
-    void readPlace(JournalReader& in);
+    void readChangedAtom(JournalReader& in);
+    void readChangedGrid(JournalReader& in);
     void readModel(JournalReader& in);
     void readBounds(JournalReader& in);
     std::uint32_t textNumber(JournalReader& in) const {
@@ -52,7 +53,7 @@ private:
     void checkLooks();
 
     JournalContent m_content;
-    Identifiers m_made, m_members, m_placed, m_modelled;
+    Identifiers m_made, m_members, m_changed, m_modelled;
     std::uint32_t m_lookEnd = 0;
     std::uint32_t m_color = 0;
 };
@@ -105,7 +106,7 @@ void ContentReader::readValues(JournalReader& in, JournalContent::Made& made) {
         break;
     case Kind::Atom:
         made.values[0] = static_cast<std::uint32_t>(m_content.madeAtoms.size());
-        readAtom(in);
+        m_content.madeAtoms.push_back(atomValues(in));
         break;
     case Kind::Bond:
         made.values = {in.number<std::uint32_t>(), in.number<std::uint32_t>()};
@@ -114,7 +115,7 @@ void ContentReader::readValues(JournalReader& in, JournalContent::Made& made) {
         made.values[0] = in.number<std::uint32_t>();
         break;
     case Kind::Grid:
-        made.values[0] = in.byte();
+        made.values = {in.byte(), in.number<std::uint32_t>()};
         break;
     case Kind::PolyLine:
         made.values[0] = static_cast<std::uint32_t>(m_content.madeLines.size());
@@ -125,8 +126,8 @@ void ContentReader::readValues(JournalReader& in, JournalContent::Made& made) {
     }
 }
 
-void ContentReader::readAtom(JournalReader& in) {
-    JournalContent::MadeAtom atom;
+JournalContent::AtomValues ContentReader::atomValues(JournalReader& in) const {
+    JournalContent::AtomValues atom;
     const std::uint8_t bits = in.byte();
     atom.hasPosition = (bits & journal_atom::hasPosition) != 0;
     for (float& coordinate : atom.position)
@@ -141,7 +142,7 @@ void ContentReader::readAtom(JournalReader& in) {
     atom.details.isHetero = (bits & journal_atom::isHetero) != 0;
     if ((bits & journal_atom::hasCharge) != 0)
         atom.partial = {in.real(), in.real(), true};
-    m_content.madeAtoms.push_back(atom);
+    return atom;
 }
 
 void ContentReader::readLine(JournalReader& in) {
@@ -176,14 +177,14 @@ void ContentReader::readLook(JournalReader& in) {
     m_content.looks.push_back(run);
 }
 
-void ContentReader::readPlace(JournalReader& in) {
-    JournalContent::Place place;
-    place.id = m_placed.next(in);
-    place.hasPosition = in.byte() != 0;
-    for (float& coordinate : place.position)
-        coordinate = in.real();
-    place.model = in.number<std::uint16_t>();
-    m_content.places.push_back(place);
+void ContentReader::readChangedAtom(JournalReader& in) {
+    const std::uint32_t id = m_changed.next(in);
+    m_content.changedAtoms.push_back({id, atomValues(in)});
+}
+
+void ContentReader::readChangedGrid(JournalReader& in) {
+    const auto id = in.number<std::uint32_t>();
+    m_content.changedGrids.push_back({id, in.number<std::uint32_t>()});
 }
 
 void ContentReader::readModel(JournalReader& in) {
@@ -202,10 +203,10 @@ void ContentReader::readBounds(JournalReader& in) {
 JournalContent ContentReader::read() {
     // In the order of JournalSection.
     constexpr std::array<Section, journalSectionCount> sections = {
-        &ContentReader::readText,  &ContentReader::readFile,  &ContentReader::readReading,
-        &ContentReader::readEntry, &ContentReader::readMade,  &ContentReader::readSet,
-        &ContentReader::readLook,  &ContentReader::readPlace, &ContentReader::readModel,
-        &ContentReader::readBounds};
+        &ContentReader::readText,  &ContentReader::readFile,        &ContentReader::readReading,
+        &ContentReader::readEntry, &ContentReader::readMade,        &ContentReader::readSet,
+        &ContentReader::readLook,  &ContentReader::readChangedAtom, &ContentReader::readChangedGrid,
+        &ContentReader::readModel, &ContentReader::readBounds};
     JournalReader all(m_content.bytes);
     if (all.take(journalMark.size()) != journalMark)
         JournalReader::refuse();

@@ -42,10 +42,10 @@ struct JournalContent {
         std::uint32_t name = 0;
         Kind kind{};
         /// By kind: the label ids of a residue, the atoms of a bond, the version of a mesh, whether
-        /// a grid has values; of an atom and a line, the place in their tables.
+        /// a grid has values, and their version; of an atom and a line, the place in their tables.
         std::array<std::uint32_t, 2> values{};
     };
-    struct MadeAtom {
+    struct AtomValues {
         std::array<float, 3> position{};
         bool hasPosition = false;
         float temperature = 0.0F;
@@ -64,11 +64,13 @@ struct JournalContent {
         std::uint32_t color = 0;
         std::uint8_t look = 0;
     };
-    struct Place {
+    struct ChangedAtom {
         std::uint32_t id = 0;
-        std::array<float, 3> position{};
-        bool hasPosition = false;
-        std::uint16_t model = 0;
+        AtomValues values;
+    };
+    struct ChangedGrid {
+        std::uint32_t id = 0;
+        std::uint32_t version = 0; ///< of its values
     };
     struct Model {
         std::uint32_t id = 0;
@@ -85,11 +87,12 @@ struct JournalContent {
     std::vector<Reading> readings; ///< ascending by identifiers, which do not overlap
     std::vector<Entry> entries;    ///< in order
     std::vector<Made> made;        ///< ascending by identifiers
-    std::vector<MadeAtom> madeAtoms;
+    std::vector<AtomValues> madeAtoms;
     std::vector<std::vector<TAVIK::Vertex>> madeLines;
     std::vector<Set> sets;  ///< ascending by identifiers
     std::vector<Run> looks; ///< no item is in two
-    std::vector<Place> places;
+    std::vector<ChangedAtom> changedAtoms;
+    std::vector<ChangedGrid> changedGrids;
     std::vector<Model> models; ///< ascending by identifiers
     std::vector<Bounds> bounds;
 

@@ -23,14 +23,15 @@ enum class JournalSection : std::uint8_t {
     Made,     ///< items that no file gives, with their values
     Members,  ///< of sets
     Looks,    ///< runs of items that are there and look the same: what is in no run is gone
-    Places,   ///< atoms that were moved or put into another model: position and model
+    Atoms,    ///< atoms of files that were changed: all values
+    Values,   ///< grids of files that got other values: version
     Models,   ///< residues whose active model is not the first one
     Bounds    ///< grids of which a part is shown
 };
-inline constexpr std::size_t journalSectionCount = 10;
+inline constexpr std::size_t journalSectionCount = 11;
 using JournalSections = std::array<JournalBytes, journalSectionCount>;
 
-inline constexpr std::string_view journalMark = "structure-editor journal 1\n";
+inline constexpr std::string_view journalMark = "structure-editor journal 2\n";
 
 /// Bits of a look.
 namespace journal_look {
@@ -40,7 +41,7 @@ inline constexpr std::uint8_t coloured = 4;  ///< not in the default colour
 inline constexpr std::uint8_t newColour = 8; ///< the colour follows; else it is the last one
 } // namespace journal_look
 
-/// Bits of a made atom.
+/// Bits of an atom.
 namespace journal_atom {
 inline constexpr std::uint8_t hasPosition = 1;
 inline constexpr std::uint8_t hasCharge = 2;
@@ -51,8 +52,8 @@ inline constexpr std::uint8_t isHetero = 4;
 inline std::string meshFile(std::uint32_t item, std::uint32_t version) {
     return "mesh-" + std::to_string(item) + '-' + std::to_string(version);
 }
-inline std::string gridFile(std::uint32_t item) {
-    return "grid-" + std::to_string(item);
+inline std::string gridFile(std::uint32_t item, std::uint32_t version) {
+    return "grid-" + std::to_string(item) + '-' + std::to_string(version);
 }
 /// The text of a file has its name, by which it may be told what it is.
 inline std::string textFolder(std::uint32_t firstItem) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 #include <typeinfo>
+#include <utility>
 
 namespace memory_host {
 
@@ -105,7 +106,7 @@ void MadeItems::writeValues(const Compound& item, const HostItem& record) {
         break;
     }
     case Kind::Atom:
-        writeAtom(static_cast<const AtomItem&>(item), record);
+        writeAtom(m_bytes, static_cast<const AtomItem&>(item), record);
         break;
     case Kind::Bond:
         for (const Compound* atom : static_cast<const BondItem&>(item).m_atoms)
@@ -121,8 +122,9 @@ void MadeItems::writeValues(const Compound& item, const HostItem& record) {
     case Kind::Grid: {
         const auto& grid = static_cast<const GridItem&>(item);
         m_bytes.byte(grid.m_values.values.empty() ? 0 : 1);
+        m_bytes.number(grid.m_valuesVersion);
         if (!grid.m_values.values.empty())
-            keepBeside(grid, gridFile(record.id));
+            keepBeside(grid, gridFile(record.id, grid.m_valuesVersion));
         break;
     }
     case Kind::PolyLine: {
@@ -143,26 +145,42 @@ void MadeItems::writeValues(const Compound& item, const HostItem& record) {
     }
 }
 
-void MadeItems::writeAtom(const AtomItem& atom, const HostItem& record) {
+void MadeItems::writeAtom(JournalBytes& bytes, const AtomItem& atom, const HostItem& record) {
     using namespace journal_atom;
     const bool isCharged = typeid(atom) == typeid(ChargedAtomItem);
     const TAVIK::AtomDetails& details = atom.details();
-    m_bytes.byte(static_cast<std::uint8_t>((record.has(HostItem::HasPosition) ? hasPosition : 0U) |
-                                           (isCharged ? hasCharge : 0U) |
-                                           (details.isHetero ? isHetero : 0U)));
+    bytes.byte(static_cast<std::uint8_t>((record.has(HostItem::HasPosition) ? hasPosition : 0U) |
+                                         (isCharged ? hasCharge : 0U) |
+                                         (details.isHetero ? isHetero : 0U)));
     for (const float coordinate : atom.m_position)
-        m_bytes.real(coordinate);
-    m_bytes.real(atom.m_temperature);
-    m_bytes.number(m_texts.number(record.type));
-    m_bytes.number(record.model);
-    m_bytes.real(details.occupancy);
-    m_bytes.difference(details.serial);
-    m_bytes.difference(details.formalCharge);
-    m_bytes.byte(static_cast<std::uint8_t>(details.alternative));
+        bytes.real(coordinate);
+    bytes.real(atom.m_temperature);
+    bytes.number(m_texts.number(record.type));
+    bytes.number(record.model);
+    bytes.real(details.occupancy);
+    bytes.difference(details.serial);
+    bytes.difference(details.formalCharge);
+    bytes.byte(static_cast<std::uint8_t>(details.alternative));
     if (isCharged) {
-        m_bytes.real(static_cast<const ChargedAtomItem&>(atom).m_charge);
-        m_bytes.real(static_cast<const ChargedAtomItem&>(atom).m_radius);
+        bytes.real(static_cast<const ChargedAtomItem&>(atom).m_charge);
+        bytes.real(static_cast<const ChargedAtomItem&>(atom).m_radius);
     }
+}
+
+void MadeItems::addChanged(const AtomItem& atom) {
+    const HostItem& record = HostItem::of(&atom);
+    JournalBytes& bytes = m_state.at(JournalSection::Atoms);
+    bytes.difference(std::int64_t{record.id} -
+                     std::int64_t{std::exchange(m_lastChanged, record.id)});
+    writeAtom(bytes, atom, record);
+}
+
+void MadeItems::addChanged(const GridItem& grid) {
+    const std::uint32_t id = HostItem::of(&grid).id;
+    JournalBytes& bytes = m_state.at(JournalSection::Values);
+    bytes.number(id);
+    bytes.number(grid.m_valuesVersion);
+    keepBeside(grid, gridFile(id, grid.m_valuesVersion));
 }
 
 template <class Item> void MadeItems::keepBeside(const Item& item, const std::string& name) {

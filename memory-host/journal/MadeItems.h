@@ -1,4 +1,4 @@
-// Writing the items that no file gives, with all that they were made of.
+// Writing the items that no file gives, or not as they are, with all that they are made of.
 #pragma once
 
 #include "JournalState.h"
@@ -46,6 +46,9 @@ public:
           m_texts(state.at(JournalSection::Texts)) {}
 
     void add(const Compound& item, const HostItem& record);
+    /// An atom, or a grid with its version, of a file that has others.
+    void addChanged(const AtomItem& atom);
+    void addChanged(const GridItem& grid);
     /// Goes on with what takes long: the members of sets, meshes, values. Returns whether that is
     /// all.
     bool step();
@@ -53,7 +56,7 @@ public:
 
 private:
     void writeValues(const Compound& item, const HostItem& record);
-    void writeAtom(const AtomItem& atom, const HostItem& record);
+    void writeAtom(JournalBytes& bytes, const AtomItem& atom, const HostItem& record);
     template <class Item> void keepBeside(const Item& item, const std::string& name);
     bool stepMembers();
 
@@ -62,6 +65,7 @@ private:
     JournalBytes& m_bytes;
     JournalTexts m_texts;
     std::uint32_t m_last = 0; ///< identifier of the item before
+    std::uint32_t m_lastChanged = 0;
     std::vector<SetRecord*> m_sets;
     std::size_t m_member = 0; ///< of the last set, the next to be written
     std::uint32_t m_lastMember = 0;

@@ -6,16 +6,37 @@
 #include "files/FileReport.h"
 #include "items/Building.h"
 #include "items/ElementColours.h"
+#include "items/GeometryFaults.h"
 #include "items/Items.h"
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 namespace memory_host {
 
 namespace {
 
 using TAVIK::DataMaker;
+
+// All but the name.
+TAVIK::AtomValues valuesOf(const JournalContent& content, const JournalContent::AtomValues& atom) {
+    return {.name = {},
+            .type = content.text(atom.type),
+            .position = TAVIK::Vertex(atom.position[0], atom.position[1], atom.position[2],
+                                      atom.hasPosition),
+            .temperature = atom.temperature,
+            .model = atom.model,
+            .partial = atom.partial,
+            .details = atom.details};
+}
+
+// Throws FileError.
+TAVIK::GridValues gridValues(const std::string& folder, std::uint32_t id, std::uint32_t version,
+                             MapCrystal& crystal) {
+    const FileReport report(folder + '/' + gridFile(id, version));
+    return readFramed(report, [&](std::string_view bytes) { return readGrid(bytes, crystal); });
+}
 
 class Maker {
 public:
@@ -69,16 +90,9 @@ Compound* Maker::make(const JournalContent::Made& made) const try {
 }
 
 Compound* Maker::makeAtom(Compound* parent, const JournalContent::Made& made) const {
-    const JournalContent::MadeAtom& atom = m_content.madeAtoms[made.values[0]];
-    return DataMaker::makeAtom(parent,
-                               {.name = m_content.text(made.name),
-                                .type = m_content.text(atom.type),
-                                .position = TAVIK::Vertex(atom.position[0], atom.position[1],
-                                                          atom.position[2], atom.hasPosition),
-                                .temperature = atom.temperature,
-                                .model = atom.model,
-                                .partial = atom.partial,
-                                .details = atom.details});
+    TAVIK::AtomValues values = valuesOf(m_content, m_content.madeAtoms[made.values[0]]);
+    values.name = m_content.text(made.name);
+    return DataMaker::makeAtom(parent, values);
 }
 
 Compound* Maker::makeBond(Compound* parent, const JournalContent::Made& made) const {
@@ -105,11 +119,9 @@ Compound* Maker::makeSurface(Compound* parent, const JournalContent::Made& made)
 Compound* Maker::makeGrid(Compound* parent, const JournalContent::Made& made) const {
     if (made.values[0] == 0)
         return DataMaker::makeCore(parent, name(made), "Grid");
-    const FileReport report(m_folder + '/' + gridFile(made.id));
     MapCrystal crystal;
-    TAVIK::GridValues values =
-        readFramed(report, [&](std::string_view bytes) { return readGrid(bytes, crystal); });
-    TAVIK::Grid* const grid = DataMaker::makeGrid(parent, name(made), std::move(values));
+    TAVIK::Grid* const grid = DataMaker::makeGrid(
+        parent, name(made), gridValues(m_folder, made.id, made.values[1], crystal));
     setCrystal(grid, crystal);
     return grid;
 }
@@ -176,6 +188,34 @@ void boundAgain(const JournalContent& content, const RecoveredItems& items) {
     }
 }
 
+// What moved only is moved only: that takes less to be taken back.
+void changeAtom(AtomItem& atom, const TAVIK::AtomValues& values) {
+    if (atom.GetType() != values.type || atom.m_temperature != values.temperature ||
+        atom.details() != values.details) {
+        setAtom(&atom, values);
+        return;
+    }
+    TAVIK::SetAtomPosition(&atom, values.position);
+    if (atom.record().model != values.model)
+        TAVIK::SetAtomModel(&atom, values.model);
+}
+
+void changeGrid(GridItem& grid, const std::string& folder,
+                const JournalContent::ChangedGrid& changed, std::vector<std::string>& lines) {
+    try {
+        MapCrystal crystal;
+        TAVIK::GridValues values = gridValues(folder, changed.id, changed.version, crystal);
+        if (!isRefused(values, "setGrid", grid.GetName())) {
+            setGrid(&grid, std::move(values));
+            setCrystal(&grid, crystal);
+            return;
+        }
+    } catch (const FileError&) { // It is missing, or damaged.
+    }
+    lines.push_back(grid.GetName() +
+                    ": its values are not brought back, and are those of its file");
+}
+
 } // namespace
 
 std::string describe(const LostItems& lost) {
@@ -209,16 +249,14 @@ void makeAgain(const JournalContent& content, const std::string& folder, Recover
         ++lost[static_cast<std::size_t>(content.made[i].kind)];
 }
 
-void placeAgain(const JournalContent& content, const RecoveredItems& items) {
-    for (const JournalContent::Place& place : content.places) {
-        auto* const atom = dynamic_cast<AtomItem*>(items.at(place.id));
-        if (!atom)
-            continue;
-        TAVIK::SetAtomPosition(atom, TAVIK::Vertex(place.position[0], place.position[1],
-                                                   place.position[2], place.hasPosition));
-        if (atom->record().model != place.model)
-            TAVIK::SetAtomModel(atom, place.model);
-    }
+void changeAgain(const JournalContent& content, const std::string& folder,
+                 const RecoveredItems& items, std::vector<std::string>& lines) {
+    for (const JournalContent::ChangedAtom& changed : content.changedAtoms)
+        if (auto* const atom = dynamic_cast<AtomItem*>(items.at(changed.id)))
+            changeAtom(*atom, valuesOf(content, changed.values));
+    for (const JournalContent::ChangedGrid& changed : content.changedGrids)
+        if (auto* const grid = dynamic_cast<GridItem*>(items.at(changed.id)))
+            changeGrid(*grid, folder, changed, lines);
 }
 
 void lookAgain(const JournalContent& content, const RecoveredItems& items) {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace memory_host {
 
@@ -20,8 +21,9 @@ std::string describe(const LostItems& lost);
 /// stand in files in `folder`.
 void makeAgain(const JournalContent& content, const std::string& folder, RecoveredItems& items,
                LostItems& lost);
-/// Positions and models of atoms.
-void placeAgain(const JournalContent& content, const RecoveredItems& items);
+/// Values of what files have with others; adds a line for each grid that keeps those of its file.
+void changeAgain(const JournalContent& content, const std::string& folder,
+                 const RecoveredItems& items, std::vector<std::string>& lines);
 /// Selection, visibility, colours, active models, bounds of grids: last.
 void lookAgain(const JournalContent& content, const RecoveredItems& items);
 

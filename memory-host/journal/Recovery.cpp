@@ -13,6 +13,7 @@
 #include "items/Recording.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <unordered_set>
@@ -104,6 +105,7 @@ bool JournalRecovery::Work::destroyGone(const RecoveredItems& items) const {
 
 void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
     LostItems lost{};
+    std::vector<std::string> unchanged;
     bool destroys = false;
     {
         const DataPointBase guard(nullptr, Publisher::Update, "Recovered changes");
@@ -112,7 +114,7 @@ void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
                                        "way");
             return;
         }
-        placeAgain(m_content, items);
+        changeAgain(m_content, m_folder, items, unchanged);
         makeAgain(m_content, m_folder, items, lost);
         destroys = destroyGone(items);
         lookAgain(m_content, items);
@@ -128,6 +130,8 @@ void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
         tellAll(nullptr, Publisher::Delete);
     if (!m_content.made.empty())
         tellAll(nullptr, Publisher::Add);
+    outcome.isWhole = outcome.isWhole && unchanged.empty();
+    std::ranges::move(unchanged, std::back_inserter(outcome.lines));
     const std::string missing = describe(lost);
     if (!missing.empty()) {
         outcome.isWhole = false;

@@ -51,6 +51,11 @@ private slots:
             TAVIK::SetAtomModel(static_cast<TAVIK::Atom*>(made), 1);
         }
         QVERIFY(isNew());
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            memory_host::setAtom(made, {.name = {}, .type = "Fe", .position = {}});
+        }
+        QVERIFY(isNew());
         for (TAVIK::Compound* const item : {sample.bonds[0], sample.atoms[0], sample.residues[1]}) {
             const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
             TAVIK::DataMaker::Destroy(item);

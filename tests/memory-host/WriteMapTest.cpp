@@ -5,11 +5,13 @@
 #include "TestSupport.h"
 #include "files/SaveReport.h"
 #include "files/SavedTables.h"
+#include "items/Building.h"
 
 #include <gemmi/ccp4.hpp>
 
 #include <QFile>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -355,6 +357,20 @@ private slots:
             return TAVIK::GetGridValues(dynamic_cast<const TAVIK::Grid*>(item))->values;
         };
         QVERIFY(areSame(values(again.items.front()), values(file.items.front())));
+    }
+
+    void otherValuesOfAMapAreSaved() {
+        const QString path = m_folder.path() + "/other.map";
+        QVERIFY(QFile::copy(structure("1jzv.ccp4"), path));
+        const auto file = file_testing::opened(path.toStdString());
+        GridValues other =
+            *TAVIK::GetGridValues(dynamic_cast<const TAVIK::Grid*>(file.items.front()));
+        std::ranges::fill(other.values, 3.0F);
+        memory_host::setGrid(file.items.front(), GridValues(other));
+        QVERIFY(memory_host::saveFile(file.items, path.toStdString()).empty());
+        const auto again = file_testing::opened(path.toStdString());
+        const auto* const read = dynamic_cast<const TAVIK::Grid*>(again.items.front());
+        QVERIFY(areSame(TAVIK::GetGridValues(read)->values, other.values));
     }
 
     void aRealMapIsTheSameAgain() {

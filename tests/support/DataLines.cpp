@@ -5,6 +5,7 @@
 #include "AtomDetails.h"
 #include "Geometry.h"
 #include "ItemOrigin.h"
+#include "PartialCharge.h"
 #include "Space.h"
 
 #include <QHash>
@@ -15,6 +16,21 @@ namespace test_support {
 namespace {
 
 using TAVIK::Compound;
+
+// What a file says of an atom beside.
+QString detailsOf(const TAVIK::Atom& atom) {
+    const TAVIK::AtomDetails details = TAVIK::GetAtomDetails(&atom);
+    const TAVIK::PartialCharge partial = TAVIK::GetPartialCharge(&atom);
+    return QStringLiteral(" details %1 %2 %3 %4 %5 %6 %7 %8")
+        .arg(static_cast<double>(details.occupancy))
+        .arg(details.serial)
+        .arg(details.formalCharge)
+        .arg(static_cast<int>(details.alternative))
+        .arg(details.isHetero)
+        .arg(partial.isKnown)
+        .arg(static_cast<double>(partial.charge))
+        .arg(static_cast<double>(partial.radius));
+}
 
 // Names items in the lines: by their addresses, or by their places in the tree.
 class LineWriter {
@@ -46,7 +62,8 @@ void LineWriter::writeKind(QTextStream& text, const Compound* item) const {
     if (const auto* atom = dynamic_cast<const TAVIK::Atom*>(item)) {
         const TAVIK::Vertex at = atom->GetPosition();
         text << " at " << at.isValid() << ' ' << at[0] << ' ' << at[1] << ' ' << at[2] << " model "
-             << atom->GetModelNumber().c_str() << " bonds ";
+             << atom->GetModelNumber().c_str() << " factor " << atom->GetTemperature()
+             << detailsOf(*atom) << " bonds ";
         std::vector<TAVIK::Bond*> bonds;
         TAVIK::GetBonds(atom, bonds);
         QStringList names;
@@ -60,6 +77,8 @@ void LineWriter::writeKind(QTextStream& text, const Compound* item) const {
     } else if (const auto* grid = dynamic_cast<const TAVIK::Grid*>(item)) {
         for (const int axis : {0, 1, 2})
             text << ' ' << grid->m_lower[axis] << ".." << grid->m_upper[axis];
+        if (const TAVIK::GridValues* const values = TAVIK::GetGridValues(grid))
+            text << " values " << qHashRange(values->values.begin(), values->values.end());
     } else if (const auto* surface = dynamic_cast<const TAVIK::Surface*>(item)) {
         if (const TAVIK::SurfaceMesh* const mesh = TAVIK::GetSurfaceMesh(surface)) {
             text << " mesh";
