@@ -80,7 +80,7 @@ void CrashJournal::goOn() {
             write();
     } catch (const std::exception& problem) {
         m_gathering.reset();
-        sayOnce(problem.what());
+        tryAgain(problem.what());
     }
 }
 
@@ -126,16 +126,25 @@ void CrashJournal::finishWriting() {
     if (!m_writing.valid())
         return;
     const std::string problem = m_writing.get();
-    if (problem.empty()) {
-        m_hasSaid = false;
-        for (memory_host::JournalFolder& folder : std::exchange(m_adopted, {}))
-            folder.remove();
-        emit written(!m_hasChanged);
-    } else {
-        sayOnce(problem);
+    if (!problem.empty()) {
+        tryAgain(problem);
+        return;
     }
+    if (std::exchange(m_hasSaid, false))
+        Logger::Write("What is changed is kept for the case of a crash again");
+    for (memory_host::JournalFolder& folder : std::exchange(m_adopted, {}))
+        folder.remove();
+    emit written(!m_hasChanged);
     if (m_hasChanged)
         changed();
+}
+
+// What could not be written, as the disk is full, is still to be written.
+void CrashJournal::tryAgain(const std::string& problem) {
+    sayOnce(problem);
+    m_hasChanged = true;
+    m_due.setRemainingTime(m_interval);
+    changed();
 }
 
 void CrashJournal::sayOnce(const std::string& problem) {

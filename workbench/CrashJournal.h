@@ -54,6 +54,7 @@ private:
     bool gather(std::chrono::microseconds time);
     void write();
     void finishWriting();
+    void tryAgain(const std::string& problem);
     void sayOnce(const std::string& problem);
 
     std::string m_all;

@@ -308,6 +308,38 @@ private slots:
                  qPrintable(log[0]));
     }
 
+    void whatCouldNotBeWrittenIsTriedAgain() {
+        QVERIFY(write(path("journal"), "in the way"));
+        startJournal();
+        open();
+        destroy(1);
+        QTest::qWait(30);
+        const auto comesAgain = [this] {
+            const QStringList log = takeHostLog();
+            QCOMPARE(log.size(), 2);
+            QVERIFY2(log[0].startsWith("What is changed is not kept for the case of a crash: "),
+                     qPrintable(log[0]));
+            QCOMPARE(log[1], "What is changed is kept for the case of a crash again");
+        };
+        QVERIFY(QFile::remove(path("journal")));
+        QVERIFY(waitUntilWritten());
+        comesAgain();
+
+        // The folder is there, and cannot be written.
+        const QString journal = path("journal/" + folders().constFirst() + "/journal");
+        QVERIFY(QFile::remove(journal) && QDir().mkdir(journal));
+        destroy(1);
+        const QStringList before = comparableLines();
+        QTest::qWait(30);
+        QVERIFY(QDir().rmdir(journal));
+        QVERIFY(waitUntilWritten());
+        comesAgain();
+        crash();
+        QVERIFY(!startAgain("Open").isEmpty());
+        QCOMPARE(firstDifference(comparableLines(), before), QString());
+        takeHostLog();
+    }
+
     void theIntervalIsASetting() {
         host_under_test::setOnlySetting("Other", "Key", "");
         QCOMPARE(CrashJournal::intervalFromSettings(), std::chrono::milliseconds(5000));
