@@ -1,4 +1,5 @@
 #include "Program.h"
+#include "TestFiles.h"
 #include "TestSupport.h"
 
 #include <QFile>
@@ -8,15 +9,9 @@
 #include <memory>
 
 using namespace end_to_end;
+using test_support::contentOf;
 
 namespace {
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("%s cannot be read", qPrintable(path));
-    return file.readAll();
-}
 
 /// Overwrites a little-endian word of a map's header.
 void setWord(QByteArray& map, int word, qint32 value) {

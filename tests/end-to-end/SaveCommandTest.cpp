@@ -1,4 +1,5 @@
 #include "Program.h"
+#include "TestFiles.h"
 #include "TestSupport.h"
 
 #include <QDir>
@@ -6,6 +7,7 @@
 #include <QTemporaryDir>
 
 using namespace end_to_end;
+using test_support::contentOf;
 
 /// Conversion from the command line, where there is no display.
 class SaveCommandTest : public test_support::TestCase {
@@ -22,10 +24,6 @@ class SaveCommandTest : public test_support::TestCase {
         return program.run(arguments);
     }
     QString path(const QString& name) const { return m_folder.filePath(name); }
-    static QByteArray contentOf(const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
     static qsizetype atomRows(const QByteArray& text) {
         const QList<QByteArray> lines = text.split('\n');
         return std::count_if(lines.begin(), lines.end(), [](const QByteArray& line) {

@@ -1,32 +1,16 @@
 // mmCIF files: their tags, values and blocks, and real ones atom by atom.
 #include "FileTestCase.h"
 #include "Space.h"
+#include "TestFiles.h"
 #include "items/Building.h"
-
-#include <QFile>
-#include <QProcess>
 
 #include <algorithm>
 
 using namespace file_testing;
 using TAVIK::Compound;
+using test_support::contentOf;
 
 namespace {
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("%s cannot be read", qPrintable(path));
-    return file.readAll();
-}
-
-QByteArray unpacked(const QString& path) {
-    QProcess gzip;
-    gzip.start("gzip", {"-dc", path});
-    if (!gzip.waitForFinished())
-        qFatal("gzip does not run");
-    return gzip.readAllStandardOutput();
-}
 
 // The atoms of an mmCIF file whose rows are lines of words, as those of the archive are.
 std::vector<std::string> atomsOfLines(const QByteArray& text) {

@@ -1,9 +1,8 @@
 // Structures that come through a pipe, as from /dev/stdin or a process substitution.
 #include "FileTestCase.h"
 #include "Space.h"
+#include "TestFiles.h"
 #include "files/FileLimits.h"
-
-#include <QFile>
 
 #include <chrono>
 #include <csignal>
@@ -16,15 +15,9 @@
 
 using namespace file_testing;
 using memory_host::fileLimits;
+using test_support::contentOf;
 
 namespace {
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("%s cannot be read", qPrintable(path));
-    return file.readAll();
-}
 
 void writeAll(int file, const QByteArray& content, qsizetype portion) {
     for (qsizetype at = 0; at < content.size();) {

@@ -8,31 +8,13 @@
 #include "Space.h"
 #include "files/Saving.h"
 
-#include <QFile>
-
 #include <algorithm>
-
-#include <zlib.h>
 
 using namespace file_testing;
 using TAVIK::Compound;
 using TAVIK::DataMaker;
 
 namespace {
-
-QByteArray contentOf(const QString& path) {
-    // Reads plain files as well.
-    const gzFile file = gzopen(path.toLocal8Bit().constData(), "rb");
-    if (!file)
-        qFatal("%s cannot be read", qPrintable(path));
-    QByteArray content;
-    QByteArray piece(1 << 20, '\0');
-    for (int size = 0;
-         (size = gzread(file, piece.data(), static_cast<unsigned>(piece.size()))) > 0;)
-        content.append(piece.constData(), size);
-    gzclose(file);
-    return content;
-}
 
 // The lines of a text that another one has not, or not as often.
 QByteArrayList linesOnlyIn(const QByteArray& text, const QByteArray& other) {
@@ -90,7 +72,7 @@ private:
     // The text of all entries in a new file.
     QByteArray savedText(const QString& name = QStringLiteral("saved.cif")) {
         memory_host::saveFile(entries(), path(name).toStdString());
-        return contentOf(path(name));
+        return unpacked(path(name));
     }
     // The same, which reads back as what the items are.
     QByteArray checkedText() {
@@ -196,11 +178,11 @@ private slots:
     void realFilesAreSavedByteForByte() {
         QFETCH(QString, name);
         opened(structure(name).toStdString());
-        QVERIFY(savedText() == contentOf(structure(name)));
+        QVERIFY(savedText() == unpacked(structure(name)));
     }
 
     void aDestroyedLigandTakesItsRowsWithIt() {
-        const QByteArray text = contentOf(structure("1cbs.cif.gz"));
+        const QByteArray text = unpacked(structure("1cbs.cif.gz"));
         opened(structure("1cbs.cif.gz").toStdString());
         DataMaker::Destroy(item("/1cbs/A/Groups/REA 200"));
         const QByteArray saved = checkedText();
@@ -215,7 +197,7 @@ private slots:
     }
 
     void destroyedWatersLeaveSitesWithFewerResidues() {
-        const QByteArray text = contentOf(structure("1cbs.cif.gz"));
+        const QByteArray text = unpacked(structure("1cbs.cif.gz"));
         opened(structure("1cbs.cif.gz").toStdString());
         for (int number = 300; number != 400; ++number)
             DataMaker::Destroy(item(QString("/1cbs/A/Groups/HOH %1").arg(number)));
@@ -445,7 +427,7 @@ private slots:
         QCOMPARE(savedText(), between + two);
         DataMaker::Destroy(item("/two/X"));
         QVERIFY_EXCEPTION_THROWN(savedText(), memory_host::SaveError);
-        QCOMPARE(contentOf(path("saved.cif")), between + two);
+        QCOMPARE(unpacked(path("saved.cif")), between + two);
     }
 
     void aMovedAtomHasItsNewPlaceInItsColumns() {
@@ -576,7 +558,7 @@ private slots:
                 }
                 refused = FailingMemory::refusals();
             }
-            QCOMPARE(contentOf(path("saved.cif")),
+            QCOMPARE(unpacked(path("saved.cif")),
                      isSaved ? expected : QByteArray("what was there before"));
             if (refused == 0)
                 break;

@@ -2,6 +2,7 @@
 #include "files/WriteMap.h"
 #include "FileTesting.h"
 #include "Space.h"
+#include "TestFiles.h"
 #include "TestSupport.h"
 #include "files/SaveReport.h"
 #include "files/SavedTables.h"
@@ -25,6 +26,7 @@ using TAVIK::GridValues;
 namespace {
 
 using Triple = std::array<double, 3>;
+using test_support::contentOf;
 
 /// Point (x, y, z) has the value 100 z + 10 y + x.
 GridValues gridOf(std::array<int, 3> points, Triple origin, std::array<Triple, 3> steps) {
@@ -75,11 +77,6 @@ double farthestCorner(const GridValues& a, const GridValues& b) {
 bool areSame(const std::vector<float>& a, const std::vector<float>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); });
-}
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// What a writer makes of a grid.

@@ -25,6 +25,19 @@ std::string Folder::write(const QString& name, const QByteArray& content) const 
     return file.fileName().toStdString();
 }
 
+QByteArray unpacked(const QString& path) {
+    const gzFile file = gzopen(path.toLocal8Bit().constData(), "rb");
+    if (!file)
+        qFatal("%s cannot be read", qPrintable(path));
+    QByteArray content;
+    QByteArray piece(1 << 20, '\0');
+    for (int size = 0;
+         (size = gzread(file, piece.data(), static_cast<unsigned>(piece.size()))) > 0;)
+        content.append(piece.constData(), size);
+    gzclose(file);
+    return content;
+}
+
 QByteArray gzipped(const QByteArray& content) {
     z_stream stream{};
     if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY) !=

@@ -29,6 +29,8 @@ private:
 };
 
 QByteArray gzipped(const QByteArray& content);
+/// The bytes of a file, gzipped or not; fails the test where it cannot be read.
+QByteArray unpacked(const QString& path);
 
 /// What an ATOM record holds.
 struct PdbAtom {

@@ -14,6 +14,7 @@
 #include "Traversal.h"
 
 #include "Logger.h"
+#include "TestFiles.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -29,6 +30,7 @@
 using namespace std::chrono_literals;
 using test_support::comparableLines;
 using test_support::firstDifference;
+using test_support::writeFile;
 using workbench::CrashJournal;
 
 namespace {
@@ -57,11 +59,6 @@ void closeAll() {
     const DataDelete<TAVIK::Space> guard(nullptr, space());
     while (space()->HasChildren())
         TAVIK::DataMaker::Destroy(*space()->ChildBegin());
-}
-
-bool write(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 } // namespace
@@ -266,7 +263,7 @@ private slots:
         }
         QVERIFY(waitUntilWritten());
         crash();
-        QVERIFY(write(path("own.dx"), "other"));
+        QVERIFY(writeFile(path("own.dx"), "other"));
         QVERIFY(!startAgain("Open").isEmpty());
         const QStringList log = takeHostLog();
         QCOMPARE(log.filter("own.dx was changed by someone else since it was opened").size(), 1);
@@ -286,7 +283,7 @@ private slots:
         select(1);
         QVERIFY(waitUntilWritten());
         crash();
-        QVERIFY(write(path("journal/" + folders().constFirst() + "/journal"), "damaged"));
+        QVERIFY(writeFile(path("journal/" + folders().constFirst() + "/journal"), "damaged"));
         QCOMPARE(startAgain("Open"), QString());
         QCOMPARE(m_asked, QStringList());
         const QStringList log = takeHostLog();
@@ -295,7 +292,7 @@ private slots:
     }
 
     void whereNoJournalCanBeWrittenThereIsOneLine() {
-        QVERIFY(write(path("journal"), "in the way"));
+        QVERIFY(writeFile(path("journal"), "in the way"));
         startJournal(1ms);
         open();
         for (int i = 0; i != 3; ++i) {
@@ -309,7 +306,7 @@ private slots:
     }
 
     void whatCouldNotBeWrittenIsTriedAgain() {
-        QVERIFY(write(path("journal"), "in the way"));
+        QVERIFY(writeFile(path("journal"), "in the way"));
         startJournal();
         open();
         destroy(1);

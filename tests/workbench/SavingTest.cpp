@@ -11,6 +11,7 @@
 #include "DataDelete.h"
 #include "DataMaker.h"
 #include "DataPoint.h"
+#include "TestFiles.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -25,6 +26,9 @@
 
 #include <csignal>
 #include <sys/resource.h>
+
+using test_support::contentOf;
+using test_support::writeFile;
 
 namespace {
 
@@ -48,16 +52,6 @@ private:
     rlimit m_before{};
     void (*m_handler)(int) = nullptr;
 };
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool write(const QString& path, const QByteArray& content) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 qsizetype atomRows(const QByteArray& text) {
     return text.count("\nATOM  ") + text.count("\nHETATM");
@@ -312,7 +306,7 @@ private slots:
         openOwn();
         edit();
         const QByteArray others = "REMARK of someone else\n" + contentOf(path("own.pdb"));
-        QVERIFY(write(path("own.pdb"), others));
+        QVERIFY(writeFile(path("own.pdb"), others));
         nextQuestion("Cancel");
         trigger("Save");
         QCOMPARE(m_asked, QStringList("own.pdb was changed by someone else after it was opened."));
@@ -326,7 +320,7 @@ private slots:
         QVERIFY(QFile::exists(path("other.pdb")));
 
         edit();
-        QVERIFY(write(path("other.pdb"), others));
+        QVERIFY(writeFile(path("other.pdb"), others));
         nextQuestion("Replace");
         trigger("Save");
         QVERIFY(said().startsWith("Saved own as other.pdb"));
@@ -339,7 +333,7 @@ private slots:
         const QByteArray models =
             "MODEL        1\n" + atoms + "ENDMDL\nMODEL        2\n" + atoms + "ENDMDL\nEND\n";
         open();
-        QVERIFY(write(path("own.pdb"), models));
+        QVERIFY(writeFile(path("own.pdb"), models));
         m_window->openFiles({path("own.pdb")});
         takeMessages();
         {
@@ -396,7 +390,7 @@ private slots:
             const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
             TAVIK::DataMaker::makeGrid(TAVIK::Space::instance(), "noise", std::move(grid));
         }
-        QVERIFY(write(path("noise.map.gz"), "old"));
+        QVERIFY(writeFile(path("noise.map.gz"), "old"));
         nextFile(path("noise.map.gz"));
         nextQuestion("Yes"); // to replace it
         // As soon as there is something to cancel, be it seen yet or not.
