@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <iterator>
 #include <optional>
+#include <unordered_set>
 #include <utility>
 
 namespace memory_host {
@@ -181,19 +182,25 @@ void remarkOnBondsComingBack(const SavedContent& content, SaveReport& report) {
 }
 
 // What was at the path of a plan is gone from there: entries of another file, or these ones where
-// only a part of them was saved.
-void emptyOldFile(const SavePlan& plan) {
-    const FileOnDisk* seen = nullptr; // Entries of one file mostly stand together.
-    TAVIK::Compound* const space = TAVIK::Space::instance();
-    for (TAVIK::Compound** it = space->ChildBegin(); it != space->ChildEnd(); ++it) {
-        const auto source = *it ? entrySourceOf(*it) : nullptr;
+// only a part of them was saved. What moved to the file is in no other any more. Entries that are
+// closed may come back.
+void leaveOldFiles(const SavePlan& plan) {
+    std::vector<std::uint32_t> moved =
+        plan.content.isInPart ? std::vector<std::uint32_t>() : plan.items;
+    std::ranges::sort(moved);
+    std::unordered_set<const FileOnDisk*> seen;
+    for (const KnownOrigin& origin : knownOrigins()) {
+        const auto source = std::static_pointer_cast<EntrySource>(origin.source);
         FileOnDisk* const file = source ? source->file.get() : nullptr;
-        if (!file || file == seen)
+        if (!file || !seen.insert(file).second)
             continue;
-        if (file == plan.file.get() ? plan.content.isInPart
-                                    : isSameFile(originPath(*it), plan.path))
+        const bool isThis = file == plan.file.get();
+        if (isThis ? plan.content.isInPart : isSameFile(origin.path, plan.path))
             file->entries.clear();
-        seen = file;
+        else if (!isThis)
+            std::erase_if(file->entries, [&moved](std::uint32_t id) {
+                return std::ranges::binary_search(moved, id);
+            });
     }
 }
 
@@ -301,7 +308,7 @@ void markSaved(const SavePlan& plan) {
         return;
     plan.file->stamp = plan.written;
     guarded(plan, [&plan] {
-        emptyOldFile(plan);
+        leaveOldFiles(plan);
         if (!plan.content.isInPart)
             moveToFile(plan);
     });

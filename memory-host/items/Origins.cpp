@@ -52,6 +52,14 @@ std::shared_ptr<ItemSource> sourceOf(const Compound* item) {
     return originOf(item).source;
 }
 
+std::vector<KnownOrigin> knownOrigins() {
+    std::vector<KnownOrigin> known;
+    known.reserve(origins().size());
+    for (const auto& [item, origin] : origins())
+        known.push_back({item, origin.path, origin.source});
+    return known;
+}
+
 void forgetOrigin(const HostItem& item) {
     origins().erase(item.id);
 }

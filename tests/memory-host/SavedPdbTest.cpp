@@ -7,6 +7,7 @@
 #include "FileTestCase.h"
 #include "ItemOrigin.h"
 #include "Sample.h"
+#include "TestFiles.h"
 #include "Traversal.h"
 #include "files/Saving.h"
 
@@ -15,17 +16,12 @@
 #include <algorithm>
 
 using namespace file_testing;
-using memory_host::entriesOfFile;
 using memory_host::SaveError;
 using memory_host::saveFile;
 using memory_host::SaveOptions;
+using test_support::contentOf;
 
 namespace {
-
-QByteArray bytesOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // Lines that are in only one of two texts: "-" before those of the first.
 QStringList difference(const QByteArray& before, const QByteArray& after) {
@@ -116,7 +112,7 @@ class SavedPdbTest : public FileTestCase {
         } catch (const SaveError& error) {
             return error.what();
         }
-        return bytesOf(path(name));
+        return contentOf(path(name));
     }
     // What the window shows is what is read again, by gemmi and by us.
     void compareAgain() {
@@ -141,7 +137,7 @@ private slots:
     void aRealFileIsSavedByteForByte() {
         QFETCH(QString, name);
         memory_host::openFile(structure(name).toStdString());
-        QVERIFY(saved() == bytesOf(structure(name)));
+        QVERIFY(saved() == contentOf(structure(name)));
         QCOMPARE(m_remarks, QStringList());
     }
 
@@ -360,22 +356,6 @@ private slots:
                  QStringList(path("saved.pdb") + ": of the 3 models of the file that was "
                                                  "read, it has the 2 that are saved"));
     }
-    void theEntriesOfAFileAreItsModels() {
-        memory_host::openFile(structure("1d3z.pdb").toStdString());
-        openText(annotated());
-        QCOMPARE(entriesOfFile(item("/1d3z.4")).size(), std::size_t{10});
-        QCOMPARE(entriesOfFile(item("/test")).size(), std::size_t{1});
-        // Saved to another file, a model is in that.
-        const std::vector<TAVIK::Compound*> one = {item("/1d3z.4")};
-        saveFile(one, path("one.pdb").toStdString());
-        QCOMPARE(entriesOfFile(item("/1d3z.4")), one);
-        QCOMPARE(entriesOfFile(item("/1d3z.5")).size(), std::size_t{9});
-        const QByteArray whole = bytesOf(structure("1d3z.pdb"));
-        const qsizetype first = whole.indexOf("MODEL        4");
-        const QByteArray model = whole.mid(first, whole.indexOf("MODEL        5") - first);
-        QVERIFY(bytesOf(path("one.pdb")).contains(model));
-        QVERIFY(!bytesOf(path("one.pdb")).contains("MODEL        5"));
-    }
     void entriesOfSeveralFilesAreRefused() {
         openText(annotated());
         openText(annotated(), {}, "second.pdb");
@@ -395,32 +375,6 @@ private slots:
         // The entry is still in its own file.
         QCOMPARE(TAVIK::OriginOf(item("/test")), path());
     }
-    void aFileThatIsReplacedByThePartOfAnEntryLeavesItUnsaved() {
-        const std::string file = m_folder.write("x.pdb", annotated());
-        TAVIK::Compound* const entry = opened(file).items.front();
-        change([&] { item("/x/A/Groups/ALA 2")->SetSelected(true); });
-        saved({.onlySelected = true});
-        QVERIFY(!memory_host::isUnsaved(entry));
-        saved({.onlySelected = true}, "x.pdb");
-        QVERIFY(memory_host::isUnsaved(entry));
-        saved({}, "x.pdb");
-        QVERIFY(!memory_host::isUnsaved(entry));
-        QCOMPARE(bytesOf(path("x.pdb")), annotated());
-    }
-
-    void anEntryIsUnsavedWhereAnotherTookItsFile() {
-        TAVIK::Compound* const one = opened(m_folder.write("one.pdb", annotated())).items.front();
-        TAVIK::Compound* const other =
-            opened(m_folder.write("other.pdb", annotated())).items.front();
-        saveFile({&one, 1}, path("other.pdb").toStdString());
-        QVERIFY(!memory_host::isUnsaved(one));
-        QVERIFY(memory_host::isUnsaved(other));
-        QVERIFY_THROWS_EXCEPTION(SaveError, saveFile({&other, 1}, path("other.pdb").toStdString()));
-        saveFile({&other, 1}, path("third.pdb").toStdString());
-        QVERIFY(!memory_host::isUnsaved(one));
-        QVERIFY(!memory_host::isUnsaved(other));
-    }
-
     void whatIsSavedIsInItsNewFile() {
         openText(annotated());
         saved();
