@@ -372,7 +372,7 @@ void PdbEditor::writeMadeBonds() {
     std::size_t nameless = 0;
     for (std::uint32_t i = 0; i != m_structure.models.size(); ++i) {
         for (const SavedBond& bond : m_structure.models[i].bonds) {
-            if (!isToBeListed(m_structure.models[i], bond, m_content.names))
+            if (!isToBeListed(bond))
                 continue;
             std::string first = serialOfAtom({i, bond.first});
             std::string second = serialOfAtom({i, bond.second});

@@ -1,36 +1,14 @@
 #include "MadeBonds.h"
 
 #include "BondAtoms.h"
+#include "ListedBonds.h"
 
 #include <algorithm>
 #include <iterator>
-#include <utility>
 
 namespace memory_host {
 
 namespace {
-
-double square(double x) {
-    return x * x;
-}
-
-bool isFoundByDistance(const SavedAtom& a, const SavedAtom& b,
-                       const std::vector<std::string>& names) {
-    if (!a.hasPosition || !b.hasPosition || (a.model != b.model && a.model != 0 && b.model != 0))
-        return false;
-    const Element first = elementOf(names[a.element]);
-    const Element second = elementOf(names[b.element]);
-    // A metal's bonds depend on what else is near.
-    if (isMetal(first) || isMetal(second) || (isHydrogen(first) && isHydrogen(second)))
-        return false;
-    const double longest = static_cast<double>(covalentRadius(first)) +
-                           static_cast<double>(covalentRadius(second)) + bondTolerance;
-    double squared = 0.0;
-    for (std::size_t axis = 0; axis != a.position.size(); ++axis)
-        squared +=
-            square(static_cast<double>(a.position[axis]) - static_cast<double>(b.position[axis]));
-    return squared >= square(shortestBond) && squared <= square(longest);
-}
 
 // The alternative location, of which residues have each their own models; 0 for none. Those of
 // models that were made have no letter yet.
@@ -41,22 +19,54 @@ std::uint16_t alternativeOf(const SavedAtom& atom) {
                                           : static_cast<std::uint16_t>(letters + atom.model);
 }
 
+// Whether a bond is taken over from a file that lists it.
+bool isInReach(const SavedAtom& a, const SavedAtom& b) {
+    double squared = 0.0;
+    for (std::size_t axis = 0; axis != a.position.size(); ++axis) {
+        const double step =
+            static_cast<double>(a.position[axis]) - static_cast<double>(b.position[axis]);
+        squared += step * step;
+    }
+    return a.hasPosition && b.hasPosition && squared <= longestListedBond * longestListedBond;
+}
+
+// What becomes of the bonds of one model.
+struct Settled {
+    std::size_t comingBack = 0;
+    std::size_t tooLong = 0;
+};
+
+Settled settle(SavedModel& model, const std::vector<std::string>& names) {
+    const std::vector<BondPair> again = bondsFoundAgain(model, names);
+    std::vector<BondPair> there = model.foundBonds;
+    for (SavedBond& bond : model.bonds) {
+        there.emplace_back(bond.first, bond.second);
+        bond.isFoundAgain = std::ranges::binary_search(again, there.back());
+    }
+    std::ranges::sort(there);
+    Settled settled;
+    std::vector<BondPair> pairs;
+    std::ranges::set_difference(again, there, std::back_inserter(pairs));
+    settled.comingBack = model.lacksBonds ? pairs.size() : 0;
+    pairs.clear();
+    std::ranges::set_difference(model.foundBonds, again, std::back_inserter(pairs));
+    for (const auto& [first, second] : pairs)
+        model.bonds.push_back({first, second});
+    settled.tooLong = std::erase_if(model.bonds, [&model](const SavedBond& bond) {
+        return isToBeListed(bond) && !isInReach(model.atoms[bond.first], model.atoms[bond.second]);
+    });
+    for (const SavedBond& bond : model.bonds)
+        settled.tooLong += bond.isListed && !bond.isFoundAgain &&
+                           !isInReach(model.atoms[bond.first], model.atoms[bond.second]);
+    std::ranges::sort(model.bonds, {},
+                      [](const SavedBond& bond) { return std::pair(bond.first, bond.second); });
+    return settled;
+}
+
 } // namespace
 
-bool isToBeListed(const SavedModel& model, const SavedBond& bond,
-                  const std::vector<std::string>& names) {
-    return !bond.isListed &&
-           !isFoundByDistance(model.atoms[bond.first], model.atoms[bond.second], names);
-}
-
-std::size_t countBondsToList(const SavedModel& model, const std::vector<std::string>& names) {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        model.bonds, [&](const SavedBond& bond) { return isToBeListed(model, bond, names); }));
-}
-
-std::size_t countBondsComingBack(const SavedModel& model, const std::vector<std::string>& names) {
-    if (!model.lacksBonds)
-        return 0;
+std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
+                                      const std::vector<std::string>& names) {
     std::vector<BondAtom> atoms(model.atoms.size());
     const BondAtoms make;
     std::uint16_t alternatives = 0;
@@ -69,17 +79,31 @@ std::size_t countBondsComingBack(const SavedModel& model, const std::vector<std:
             alternatives = std::max(alternatives, atom.model);
         }
     }
-    std::vector<BondPair> there = model.foundBonds;
-    for (const SavedBond& bond : model.bonds) {
-        there.emplace_back(bond.first, bond.second);
+    for (const SavedBond& bond : model.bonds)
         if (bond.isListed)
             BondAtoms::join(atoms[bond.first], atoms[bond.second]);
+    return findBonds(atoms, alternatives).pairs;
+}
+
+void settleBonds(SavedContent& content, SaveReport& report) {
+    Settled all;
+    for (SavedStructure& structure : content.structures) {
+        for (SavedModel& model : structure.models) {
+            if (!model.isEdited)
+                continue;
+            const Settled settled = settle(model, content.names);
+            all.comingBack += settled.comingBack;
+            all.tooLong += settled.tooLong;
+        }
     }
-    std::ranges::sort(there);
-    std::vector<BondPair> back;
-    std::ranges::set_difference(findBonds(atoms, alternatives).pairs, there,
-                                std::back_inserter(back));
-    return back.size();
+    if (all.comingBack != 0)
+        report.remark(std::to_string(all.comingBack) +
+                      (all.comingBack == 1 ? " bond that was deleted comes"
+                                           : " bonds that were deleted come") +
+                      " back when the file is read, as the atoms are near each other");
+    if (all.tooLong != 0)
+        report.remark(std::to_string(all.tooLong) + (all.tooLong == 1 ? " bond is" : " bonds are") +
+                      " not kept, as the atoms are more than 6 Angstrom apart");
 }
 
 } // namespace memory_host

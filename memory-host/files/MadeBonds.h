@@ -1,22 +1,27 @@
-// Bonds that were made or destroyed, in files that do not list them.
+// Bonds that were made, stretched or destroyed, in files that do not list them.
 #pragma once
 
+#include "SaveReport.h"
 #include "SavedTables.h"
 
-#include <cstddef>
-#include <string>
+#include <utility>
 #include <vector>
 
 namespace memory_host {
 
-/// Whether a bond was made, and is not found by the distance of its atoms when a file is read.
-bool isToBeListed(const SavedModel& model, const SavedBond& bond,
-                  const std::vector<std::string>& names);
-/// How many of the bonds that were made in a model are not found by the distance of their atoms
-/// when a file is read, and so are lost unless the file lists them.
-std::size_t countBondsToList(const SavedModel& model, const std::vector<std::string>& names);
-/// How many bonds that were destroyed come back, as they are found by the distance of their atoms
-/// when a file is read.
-std::size_t countBondsComingBack(const SavedModel& model, const std::vector<std::string>& names);
+/// The bonds that are found by the distance of their atoms when a model is read again, ascending.
+std::vector<std::pair<std::uint32_t, std::uint32_t>>
+bondsFoundAgain(const SavedModel& model, const std::vector<std::string>& names);
+
+/// Finds out what reading the file will make of the bonds of edited models: bonds that were made
+/// know whether they are found again, and those that were found when the file was read, but are not
+/// any more, join them. Remarks on bonds that come back although they were destroyed, and on those
+/// that no file keeps, because their atoms are too far apart.
+void settleBonds(SavedContent& content, SaveReport& report);
+
+/// Whether reading the file brings a bond back only if the file lists it, which it does not yet.
+inline bool isToBeListed(const SavedBond& bond) {
+    return !bond.isListed && !bond.isFoundAgain;
+}
 
 } // namespace memory_host

@@ -176,11 +176,12 @@ void MmcifEdit::remarkOnBonds() const {
     std::size_t count = 0;
     for (const SavedStructure& structure : m_structures)
         for (const SavedModel& model : structure.models)
-            count += countBondsToList(model, m_names);
+            count += static_cast<std::size_t>(std::ranges::count_if(model.bonds, isToBeListed));
     if (count != 0)
         m_report.remark(std::to_string(count) +
-                        (count == 1 ? " bond that was made is" : " bonds that were made are") +
-                        " not saved, as they are not found by the distance of their atoms");
+                        (count == 1 ? " bond that was made or stretched is"
+                                    : " bonds that were made or stretched are") +
+                        " not saved, as the distance of the atoms does not tell them");
 }
 
 std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {

@@ -3,6 +3,7 @@
 #include "EntrySource.h"
 #include "Fields.h"
 #include "WriteMap.h"
+#include "items/DataVersion.h"
 #include "items/Items.h"
 
 #include <algorithm>
@@ -140,6 +141,7 @@ private:
 
 SavedModel ModelReader::read(Compound& entry) {
     m_model.name = entry.GetName();
+    m_model.isEdited = !m_source || dataVersion(&entry) != 0;
     if (m_source)
         readPlace();
     const HostItem& record = HostItem::of(&entry);
@@ -285,11 +287,11 @@ void ModelReader::readBonds() {
     for (std::size_t i = 0; i != areThere.size(); ++i)
         if (!areThere[i])
             m_model.lostBonds.push_back({m_source->bonds[i].first, m_source->bonds[i].second});
+    if (!m_model.isEdited)
+        return;
     const auto foundCount = static_cast<std::size_t>(m_bonds.end() - found);
     m_model.lacksBonds =
         m_source && (foundCount < m_source->foundBonds || !m_model.lostBonds.empty());
-    if (!m_model.lacksBonds)
-        return;
     m_model.foundBonds.reserve(foundCount);
     for (auto bond = found; bond != m_bonds.end(); ++bond)
         if (const auto pair = atomsOf(**bond); pair.first != unread && pair.second != unread)

@@ -47,11 +47,14 @@ struct SavedResidue {
     std::uint32_t firstAtom = 0; ///< its atoms stand together, up to those of the next residue
 };
 
-/// A bond that the file lists, or that was made since; not one that was found by distance.
+/// A bond that the file lists, or that was made since; not one that was found by distance, unless
+/// its atoms were moved away from each other (settleBonds()).
 struct SavedBond {
     std::uint32_t first = 0; ///< atoms of the model, the lower one first
     std::uint32_t second = 0;
-    bool isListed = false; ///< else it was made
+    bool isListed = false; ///< else it was made, or moved
+    /// Whether it is found by distance when the file is read; known in edited models.
+    bool isFoundAgain = false;
 };
 
 /// One top-level item.
@@ -68,10 +71,11 @@ struct SavedModel {
     /// Of the bonds that the file lists, those that are not there any more, by the rows of their
     /// atoms, which may be gone, too.
     std::vector<std::pair<std::uint32_t, std::uint32_t>> lostBonds;
-    /// Where bonds that were there when the file was read were destroyed: those that had been found
-    /// by distance and are left, ascending.
+    bool isEdited = false; ///< not as it was read, or from no file
+    bool lacksBonds =
+        false; ///< some that it was read with were destroyed, perhaps with their atoms
+    /// Of an edited model: the bonds that were found by distance when it was read, ascending.
     std::vector<std::pair<std::uint32_t, std::uint32_t>> foundBonds;
-    bool lacksBonds = false; ///< some were destroyed, perhaps with their atoms
 
     /// One past the last atom of a residue.
     std::uint32_t atomEnd(std::size_t residue) const {

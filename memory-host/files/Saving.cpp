@@ -169,18 +169,6 @@ template <class Work> auto guarded(const SavePlan& plan, Work work) {
     }
 }
 
-void remarkOnBondsComingBack(const SavedContent& content, SaveReport& report) {
-    std::size_t count = 0;
-    for (const SavedStructure& structure : content.structures)
-        for (const SavedModel& model : structure.models)
-            count += countBondsComingBack(model, content.names);
-    if (count != 0)
-        report.remark(
-            std::to_string(count) +
-            (count == 1 ? " bond that was deleted comes" : " bonds that were deleted come") +
-            " back when the file is read, as the atoms are near each other");
-}
-
 // What was at the path of a plan is gone from there: entries of another file, or these ones where
 // only a part of them was saved. What moved to the file is in no other any more. Entries that are
 // closed may come back.
@@ -286,8 +274,8 @@ SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::strin
 std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std::stop_token stop) {
     return guarded(plan, [&] {
         SaveReport report(plan.path, progress, std::move(stop));
+        settleBonds(plan.content, report);
         const std::string bytes = bytesOf(plan, report);
-        remarkOnBondsComingBack(plan.content, report);
         std::vector<std::string> remarks = plan.remarks;
         remarks.insert(remarks.end(), report.remarks().begin(), report.remarks().end());
         plan.written = replaceFile(report, bytes, plan.expected); // Last: nothing fails afterwards.

@@ -355,7 +355,13 @@ private slots:
         QCOMPARE(savingRemarks(), QStringList());
         bond("/x/X/Groups/GLY 2/N");
         QCOMPARE(savingRemarks().size(), 1);
-        QVERIFY(savingRemarks().front().contains("1 bond that was made is not saved"));
+        QVERIFY(
+            savingRemarks().front().contains("1 bond is not kept, as the atoms are more than "));
+        TAVIK::SetAtomPosition(atom("/x/X/Groups/GLY 2/N"), {6.0F, 2.0F, 3.0F, true});
+        QCOMPARE(savingRemarks().size(), 2);
+        QVERIFY(
+            savingRemarks().front().contains("1 bond is not kept, as the atoms are more than "));
+        QVERIFY(savingRemarks().back().contains("1 bond that was made or stretched is not saved"));
     }
 
     void aDestroyedBondTakesTheRowThatListsItWithIt() {

@@ -1,0 +1,87 @@
+// Bonds in saved files: what files do not list is found again by the distance of the atoms, or is
+// listed, or a line says that it is not kept.
+#include "AtomDetails.h"
+#include "DataMaker.h"
+#include "DataPointBase.h"
+#include "FileTestCase.h"
+#include "Space.h"
+#include "files/Saving.h"
+
+#include <QFile>
+
+using namespace file_testing;
+using TAVIK::Compound;
+
+namespace {
+
+// Atoms of one residue in a row, each 1.5 Å from the last.
+QByteArray chainOf(const QList<QByteArray>& names) {
+    QByteArray text;
+    int serial = 0;
+    for (const QByteArray& name : names) {
+        const QByteArray row = atomAt(name, 1.5F * static_cast<float>(serial));
+        text += QByteArray(row).replace(6, 5, QByteArray::number(++serial).rightJustified(5));
+    }
+    return text;
+}
+
+} // namespace
+
+class SavedBondsTest : public FileTestCase {
+    Q_OBJECT
+
+    /// Saves what is open; returns the lines that are said, without the path.
+    QStringList save(const char* name) {
+        Compound* const space = TAVIK::Space::instance();
+        const std::vector<Compound*> items(space->ChildBegin(), space->ChildEnd());
+        QStringList lines;
+        for (const std::string& line : memory_host::saveFile(items, path(name).toStdString()))
+            lines << QString::fromStdString(line).section(": ", 1);
+        return lines;
+    }
+    /// The bonds of the file that was saved.
+    QStringList bondsIn(const char* name) {
+        return bondNames(opened(path(name).toStdString()).items.front());
+    }
+    static void move(const char* atom, float x) {
+        const DataPointBase guard(nullptr, Publisher::Update, "Move");
+        TAVIK::SetAtomPosition(dynamic_cast<TAVIK::Atom*>(item(atom)),
+                               TAVIK::Vertex(x, 0.0F, 0.0F, true));
+    }
+
+private slots:
+    void aStretchedBondIsListedInPdb() {
+        openText(chainOf({" C1 ", " C2 ", " C3 "}));
+        move("/test/A/Groups/ALA 1/C3", 5.0F);
+        const QStringList shown = bondNames(item("/test"));
+        QCOMPARE(shown.size(), 2);
+        for (const char* name : {"saved.pdb", "saved.cif"}) {
+            QCOMPARE(save(name), QStringList());
+            QCOMPARE(bondsIn(name), shown);
+        }
+    }
+    void aStretchedBondThatMmcifDoesNotListIsSaid() {
+        m_folder.write("test.cif",
+                       mmcif({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C . LIG A 1 ? 1.5 0 0 1",
+                              "C3 C . LIG A 1 ? 3.0 0 0 1"}));
+        opened(path("test.cif").toStdString());
+        move("/test/A/Groups/LIG 1/C3", 5.0F);
+        QCOMPARE(save("saved.cif"),
+                 QStringList("1 bond that was made or stretched is not saved, as the distance of "
+                             "the atoms does not tell them"));
+        QCOMPARE(bondsIn("saved.cif").size(), 1);
+    }
+    void bondsAreNotStretchedBeyondWhatIsRead() {
+        QByteArray text = chainOf({" C1 ", " C2 ", " C3 ", " C4 "});
+        text += "CONECT    1    2\nCONECT    2    1\n";
+        openText(text);
+        move("/test/A/Groups/ALA 1/C1", -10.0F);
+        move("/test/A/Groups/ALA 1/C4", 20.0F);
+        for (const char* name : {"saved.pdb", "saved.cif"})
+            QCOMPARE(save(name), QStringList("2 bonds are not kept, as the atoms are more than 6 "
+                                             "Angstrom apart"));
+    }
+};
+
+REGISTER_TEST(SavedBondsTest)
+#include "SavedBondsTest.moc"
