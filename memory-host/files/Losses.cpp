@@ -1,8 +1,11 @@
 #include "Losses.h"
 
 #include "Fields.h"
+#include "MadeBonds.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 
 namespace memory_host {
 
@@ -80,6 +83,49 @@ bool arrives(std::string_view kind, std::string_view text, bool toMmcif) {
     });
 }
 
+std::size_t countNotFoundAgain(const std::vector<SavedBond>& bonds, const SavedModel& model,
+                               const std::vector<std::string>& names) {
+    if (bonds.empty())
+        return 0;
+    const auto again = bondsFoundAgain(model, names);
+    return static_cast<std::size_t>(std::ranges::count_if(bonds, [&again](const SavedBond& bond) {
+        return !std::ranges::binary_search(again, std::pair(bond.first, bond.second));
+    }));
+}
+
+// The names by which a file knows an atom.
+std::string namesOf(const SavedModel& model, std::uint32_t index,
+                    const std::vector<std::string>& names) {
+    const SavedAtom& atom = model.atoms[index];
+    const SavedResidue& residue =
+        *std::prev(std::ranges::upper_bound(model.residues, index, {}, &SavedResidue::firstAtom));
+    std::string text;
+    for (const std::uint32_t part :
+         {model.chains[residue.chain], residue.number, residue.insertion, residue.name, atom.name})
+        text.append(names[part]) += '\n';
+    return text += atom.details.alternative;
+}
+
+// Bonds of further models that reading the file does not bring back: it lists those of the first.
+std::size_t countFurtherBonds(const SavedStructure& structure,
+                              const std::vector<std::string>& names) {
+    std::set<std::string> listed;
+    std::size_t lost = 0;
+    for (const SavedModel& model : structure.models) {
+        std::vector<SavedBond> others;
+        for (const SavedBond& bond : model.bonds) {
+            std::string key = namesOf(model, bond.first, names);
+            key += namesOf(model, bond.second, names);
+            if (&model == &structure.models.front())
+                listed.insert(std::move(key));
+            else if (!listed.contains(key))
+                others.push_back(bond);
+        }
+        lost += countNotFoundAgain(others, model, names);
+    }
+    return lost;
+}
+
 } // namespace
 
 void remarkOnLostKinds(const SourceFacts& facts, std::string_view text, bool toMmcif,
@@ -113,20 +159,24 @@ void remarkOnLost(std::size_t count, const std::string& what, const std::string&
                       " are not kept");
 }
 
-void remarkOnLostValues(const SavedStructure& structure, SaveReport& report) {
+void remarkOnLostValues(const SavedStructure& structure, const std::vector<std::string>& names,
+                        SaveReport& report) {
     std::size_t charges = 0;
-    std::size_t bonds = 0;
-    for (const SavedModel& model : structure.models) {
+    for (const SavedModel& model : structure.models)
         charges += static_cast<std::size_t>(std::ranges::count_if(
             model.charges, [](const TAVIK::PartialCharge& charge) { return charge.isKnown; }));
-        if (&model != &structure.models.front())
-            bonds += static_cast<std::size_t>(
-                std::ranges::count(model.bonds, false, &SavedBond::isListed));
-    }
     remarkOnLost(charges, "the partial charges and radii", "atom", report);
-    if (bonds != 0)
-        report.remark(std::to_string(bonds) +
-                      " bonds that were made in further models are not kept");
+    if (const std::size_t bonds = countFurtherBonds(structure, names); bonds != 0)
+        report.remark(std::to_string(bonds) + (bonds == 1 ? " bond" : " bonds") +
+                      " of further models " + (bonds == 1 ? "is" : "are") +
+                      " not kept, as the first model has none between these atoms");
+}
+
+void remarkOnAmbiguousBonds(const std::vector<SavedBond>& bonds, const SavedModel& model,
+                            const std::vector<std::string>& names, SaveReport& report) {
+    if (const std::size_t lost = countNotFoundAgain(bonds, model, names); lost != 0)
+        report.remark(std::to_string(lost) + (lost == 1 ? " bond is" : " bonds are") +
+                      " not kept, as the names do not tell the atoms from others");
 }
 
 } // namespace memory_host

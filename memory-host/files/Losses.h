@@ -15,8 +15,12 @@ void remarkOnLostKinds(const SourceFacts& facts, std::string_view text, bool toM
 void remarkOnLost(std::size_t count, const std::string& what, const std::string& noun,
                   SaveReport& report);
 
-/// Adds lines for what neither format keeps of items: partial charges, and bonds that were made in
-/// further models, as listed bonds are those of all models.
-void remarkOnLostValues(const SavedStructure& structure, SaveReport& report);
+/// Adds lines for what neither format keeps of items: partial charges, and bonds of further models,
+/// as listed bonds are those of all models.
+void remarkOnLostValues(const SavedStructure& structure, const std::vector<std::string>& names,
+                        SaveReport& report);
+/// Adds a line for those bonds of a model that reading the file does not find by distance.
+void remarkOnAmbiguousBonds(const std::vector<SavedBond>& bonds, const SavedModel& model,
+                            const std::vector<std::string>& names, SaveReport& report);
 
 } // namespace memory_host

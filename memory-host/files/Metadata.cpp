@@ -290,7 +290,28 @@ std::string Metadata::pdbHeaders() {
     return gemmi::make_pdb_headers(m_structure);
 }
 
-void Metadata::addConnections(gemmi::cif::Block& block) const {
+// By atom: whether it has other bonds, and another atom has the same names and the same letter.
+std::vector<bool> Metadata::ambiguousAtoms() const {
+    std::set<std::uint32_t> bonded;
+    for (const SavedBond& bond : m_otherBonds)
+        bonded.insert({m_starts[bond.first], m_starts[bond.second]});
+    std::vector<bool> ambiguous(m_model.atoms.size());
+    std::unordered_map<std::string, std::size_t> named;
+    for (const std::uint32_t start : bonded) {
+        const gemmi::Chain& chain = m_structure.models.front().chains[m_places[start].chain];
+        const gemmi::Residue& residue = chain.residues[m_places[start].residue];
+        const std::string key = keyOf(chain, residue) + ' ';
+        for (const gemmi::Atom& atom : residue.atoms) {
+            const auto index = static_cast<std::size_t>(atom.serial - 1);
+            const auto [other, isNew] = named.emplace(key + atom.name + atom.altloc, index);
+            if (!isNew)
+                ambiguous[index] = ambiguous[other->second] = true;
+        }
+    }
+    return ambiguous;
+}
+
+void Metadata::addConnections(gemmi::cif::Block& block) {
     if (m_otherBonds.empty())
         return;
     const auto& chains = m_structure.models.front().chains;
@@ -302,7 +323,12 @@ void Metadata::addConnections(gemmi::cif::Block& block) const {
     gemmi::cif::Column ids = block.find_loop("_struct_conn.id");
     gemmi::cif::Loop& loop = *ids.get_loop();
     std::size_t number = 0;
+    const std::vector<bool> ambiguous = ambiguousAtoms();
     for (const SavedBond& bond : m_otherBonds) {
+        if (ambiguous[bond.first] || ambiguous[bond.second]) {
+            m_ambiguousBonds.push_back(bond);
+            continue;
+        }
         const auto type = typeOf(*atoms[bond.first], *atoms[bond.second]);
         std::vector<std::string> row = {"bond" + std::to_string(++number),
                                         gemmi::connection_type_to_string(type)};

@@ -32,6 +32,8 @@ public:
     std::string mmcifBlock(const std::string& name);
     /// The bonds that no connection says, by atoms of the model.
     const std::vector<SavedBond>& otherBonds() const { return m_otherBonds; }
+    /// Those of them that the data block lacks, as the names of an atom are those of others, too.
+    const std::vector<SavedBond>& ambiguousBonds() const { return m_ambiguousBonds; }
     /// By number of the residues that start among a model's written atoms. Those of further models
     /// are as in the first.
     std::vector<ResidueIds> residuesOf(const SavedModel& model, const SavedContent& content,
@@ -50,13 +52,15 @@ private:
     void keepCisBonds(const std::set<std::string>& cis);
     void keepConnections();
     void keepSecondaryStructure();
-    void addConnections(gemmi::cif::Block& block) const;
+    std::vector<bool> ambiguousAtoms() const;
+    void addConnections(gemmi::cif::Block& block);
 
     const SavedModel& m_model;
     gemmi::Structure m_structure;
     std::vector<Place> m_places;         ///< by residue that starts
     std::vector<std::uint32_t> m_starts; ///< by atom: the residue that it is in
     std::vector<SavedBond> m_otherBonds;
+    std::vector<SavedBond> m_ambiguousBonds;
 };
 
 } // namespace memory_host

@@ -155,7 +155,7 @@ void BlockWriter::addModel(const SavedModel& model, std::size_t number,
 }
 
 void BlockWriter::remarkOnAtoms(const SourceFacts& facts) {
-    remarkOnLostValues(m_structure, m_report);
+    remarkOnLostValues(m_structure, m_content.names, m_report);
     remarkOnLost(facts.segments, "the segment names", "atom", m_report);
 }
 
@@ -177,6 +177,7 @@ void BlockWriter::write(const std::string& name, std::string& file) {
         addModel(model, ++number, rows, facts, metadata.residuesOf(model, m_content, rows));
     }
     remarkOnLostKinds(facts, block, true, m_report);
+    remarkOnAmbiguousBonds(metadata.ambiguousBonds(), first, m_content.names, m_report);
     remarkOnAtoms(facts);
     file.reserve(file.size() + block.size() + m_atoms.size() + m_displacements.size());
     file.append(block).append(m_atoms).append(m_displacements).append("#\n");

@@ -324,7 +324,7 @@ void PdbWriter::remarkOnAtoms() {
     for (const SavedModel& model : m_structure.models)
         labels += static_cast<std::size_t>(std::ranges::count_if(
             model.residues, [](const SavedResidue& residue) { return residue.labelChain != 0; }));
-    remarkOnLostValues(m_structure, m_report);
+    remarkOnLostValues(m_structure, m_content.names, m_report);
     remarkOnLost(labels, "the label ids", "residue", m_report);
     if (m_rounded != 0)
         m_report.remark("the numbers of " + std::to_string(m_rounded) +

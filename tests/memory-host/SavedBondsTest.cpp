@@ -81,6 +81,34 @@ private slots:
             QCOMPARE(save(name), QStringList("2 bonds are not kept, as the atoms are more than 6 "
                                              "Angstrom apart"));
     }
+    // As small molecules often are: all carbons are called C.
+    void atomsThatNamesDoNotTellApartHaveNoListedBonds() {
+        QByteArray text = chainOf({" C  ", " C  ", " O1 ", " O2 "});
+        text += "CONECT    1    2    4\nCONECT    3    4\n";
+        openText(text);
+        const QStringList shown = bondNames(item("/test"));
+        QCOMPARE(shown.size(), 4);
+        QVERIFY(
+            save("saved.cif")
+                .contains("1 bond is not kept, as the names do not tell the atoms from others"));
+        QStringList left = shown;
+        left.removeOne("ALA 1 C-O2");
+        QCOMPARE(bondsIn("saved.cif"), left);
+    }
+    void bondsOfFurtherModelsThatTheFirstHasNotAreSaid() {
+        const QByteArray one = chainOf({" C1 ", " C2 "}) + "ENDMDL\n";
+        QByteArray two = one;
+        two.replace(" C2 ", " C3 ").replace("   1.500", "   4.500");
+        openText("MODEL        1\n" + one + "MODEL        2\n" + two + "CONECT    1    2\n");
+        QCOMPARE(bondNames(item("/test.2")).size(), 1);
+        QVERIFY(save("saved.cif")
+                    .contains("1 bond of further models is not kept, as the first model has none "
+                              "between these "
+                              "atoms"));
+        const auto items = opened(path("saved.cif").toStdString()).items;
+        QCOMPARE(bondNames(items[0]).size(), 1);
+        QCOMPARE(bondNames(items[1]).size(), 0);
+    }
 };
 
 REGISTER_TEST(SavedBondsTest)
