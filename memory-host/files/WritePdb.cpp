@@ -45,8 +45,10 @@ public:
         if (error != std::errc())
             return;
         std::string_view text(begin, static_cast<std::size_t>(end - begin));
-        if (text.starts_with('-') && text.find_first_not_of("-0.") == std::string_view::npos)
-            text.remove_prefix(1); // no negative zero
+        // A negative zero is one that the file had, and does not come of rounding.
+        if (value != 0.0 && text.starts_with('-') &&
+            text.find_first_not_of("-0.") == std::string_view::npos)
+            text.remove_prefix(1);
         if (text.size() <= width)
             m_shown = text;
     }

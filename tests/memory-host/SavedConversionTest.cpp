@@ -182,6 +182,13 @@ private slots:
         QCOMPARE(remarksOf("HELIX"), 0);
     }
 
+    void theSignOfAZeroIsKept() {
+        openText(mmcif({"CA C . ALA A 1 ? -0.000 -0.0004 -1.000 1"}), {}, "zero.cif");
+        const std::vector<TAVIK::Compound*> items = {item("/test")};
+        (void)saveFile(items, out("zero.pdb"));
+        QVERIFY(bytesOf(out("zero.pdb")).contains("  -0.000   0.000  -1.000"));
+    }
+
     void displacementsArriveWithTheirAtoms() {
         const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
         const QByteArray before = bytesOf(structure("1ejg.pdb").toStdString());
