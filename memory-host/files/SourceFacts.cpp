@@ -35,6 +35,17 @@ void readPdbRows(std::string_view text, bool isPqr, SourceFacts& facts) {
     }
 }
 
+// In old files columns 73 to 80 name the entry and the line, and are no element and charge.
+gemmi::Structure readPdbMetadata(std::string_view text) {
+    gemmi::PdbReadOptions options;
+    try {
+        return gemmi::read_pdb_from_memory(text.data(), text.size(), "", options);
+    } catch (const std::runtime_error&) {
+        options.max_line_length = 72;
+        return gemmi::read_pdb_from_memory(text.data(), text.size(), "", options);
+    }
+}
+
 std::string categoryOf(const std::string& tag) {
     return gemmi::to_lower(tag.substr(0, tag.find('.')));
 }
@@ -159,7 +170,7 @@ SourceFacts readFacts(const SavedStructure& structure, SaveReport& report) {
             const bool isPqr = structure.source->format().name == "PQR";
             readPdbRows(text, isPqr, facts);
             if (!isPqr)
-                facts.metadata = gemmi::read_pdb_from_memory(text.data(), text.size(), "");
+                facts.metadata = readPdbMetadata(text);
         }
     } catch (const std::bad_alloc&) {
         throw;

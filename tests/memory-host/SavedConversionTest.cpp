@@ -182,6 +182,22 @@ private slots:
         QCOMPARE(remarksOf("HELIX"), 0);
     }
 
+    // As before 1996: the last columns name the entry and count the lines.
+    void metadataOfOldFilesArrive() {
+        QByteArray row = atomAt(" CA ", 1.0F).leftJustified(72, ' ', true);
+        openText(
+            "TITLE     OF OLD                                                        1ABC   2\n"
+            "CRYST1   50.840   42.770   28.950  90.00  90.00  90.00 P 21 21 21    4  1ABC   3\n" +
+            row + "1ABC  68\n");
+        const std::vector<TAVIK::Compound*> items = {item("/test")};
+        QStringList remarks;
+        for (const std::string& line : saveFile(items, out("old.cif")))
+            remarks << QString::fromStdString(line).section(": ", 1);
+        QCOMPARE(remarks, QStringList("the segment names of 1 atom are not kept"));
+        QVERIFY(bytesOf(out("old.cif")).contains("_cell.length_a 50.84"));
+        QVERIFY(bytesOf(out("old.cif")).contains("'OF OLD'"));
+    }
+
     void theSignOfAZeroIsKept() {
         openText(mmcif({"CA C . ALA A 1 ? -0.000 -0.0004 -1.000 1"}), {}, "zero.cif");
         const std::vector<TAVIK::Compound*> items = {item("/test")};
