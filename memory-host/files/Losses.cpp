@@ -4,7 +4,6 @@
 #include "MadeBonds.h"
 
 #include <algorithm>
-#include <iterator>
 #include <set>
 
 namespace memory_host {
@@ -93,19 +92,6 @@ std::size_t countNotFoundAgain(const std::vector<SavedBond>& bonds, const SavedM
     }));
 }
 
-// The names by which a file knows an atom.
-std::string namesOf(const SavedModel& model, std::uint32_t index,
-                    const std::vector<std::string>& names) {
-    const SavedAtom& atom = model.atoms[index];
-    const SavedResidue& residue =
-        *std::prev(std::ranges::upper_bound(model.residues, index, {}, &SavedResidue::firstAtom));
-    std::string text;
-    for (const std::uint32_t part :
-         {model.chains[residue.chain], residue.number, residue.insertion, residue.name, atom.name})
-        text.append(names[part]) += '\n';
-    return text += atom.details.alternative;
-}
-
 // Bonds of further models that reading the file does not bring back: it lists those of the first.
 std::size_t countFurtherBonds(const SavedStructure& structure,
                               const std::vector<std::string>& names) {
@@ -114,8 +100,7 @@ std::size_t countFurtherBonds(const SavedStructure& structure,
     for (const SavedModel& model : structure.models) {
         std::vector<SavedBond> others;
         for (const SavedBond& bond : model.bonds) {
-            std::string key = namesOf(model, bond.first, names);
-            key += namesOf(model, bond.second, names);
+            std::string key = namesOfBond(model, {bond.first, bond.second}, names);
             if (&model == &structure.models.front())
                 listed.insert(std::move(key));
             else if (!listed.contains(key))

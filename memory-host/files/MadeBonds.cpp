@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace memory_host {
 
@@ -36,6 +38,66 @@ struct Settled {
     std::size_t tooLong = 0;
 };
 
+// The names of the atom of a model.
+std::string namesOf(const SavedModel& model, std::uint32_t index,
+                    const std::vector<std::string>& names) {
+    const SavedAtom& atom = model.atoms[index];
+    const SavedResidue& residue =
+        *std::prev(std::ranges::upper_bound(model.residues, index, {}, &SavedResidue::firstAtom));
+    std::string text;
+    for (const std::uint32_t part :
+         {model.chains[residue.chain], residue.number, residue.insertion, residue.name, atom.name})
+        text.append(names[part]) += '\n';
+    return text += atom.details.alternative;
+}
+
+// The names of the bonds that a file goes on to list for all models.
+std::unordered_set<std::string> listedNames(const SavedStructure& structure, bool isTextKept,
+                                            const std::vector<std::string>& names) {
+    std::unordered_set<std::string> all;
+    for (const SavedModel& model : structure.models)
+        if (isTextKept || &model == &structure.models.front())
+            for (const SavedBond& bond : model.bonds)
+                if (bond.isListed)
+                    all.insert(namesOfBond(model, {bond.first, bond.second}, names));
+    return all;
+}
+
+// Bonds of a model that were listed and destroyed, whose atoms are left.
+std::vector<BondPair> destroyedBonds(const SavedModel& model) {
+    std::unordered_map<std::uint32_t, std::uint32_t> atoms; // by row
+    for (const auto& [first, second] : model.lostBonds)
+        for (const std::uint32_t row : {first, second})
+            atoms.emplace(row, SavedAtom::newRow);
+    for (std::uint32_t i = 0; i != model.atoms.size(); ++i)
+        if (const auto found = atoms.find(model.atoms[i].row); found != atoms.end())
+            found->second = i;
+    std::vector<BondPair> destroyed;
+    for (const auto& [first, second] : model.lostBonds)
+        if (const BondPair pair = std::minmax(atoms[first], atoms[second]);
+            pair.second != SavedAtom::newRow)
+            destroyed.push_back(pair);
+    return destroyed;
+}
+
+// Adds the bonds that come back because further models have them, too.
+void addListedElsewhere(const SavedStructure& structure, bool isTextKept,
+                        const std::vector<std::string>& names, Settled& settled) {
+    const auto isWhole = [](const SavedModel& model) { return model.lostBonds.empty(); };
+    if (std::ranges::all_of(structure.models, isWhole))
+        return;
+    const auto listed = listedNames(structure, isTextKept, names);
+    for (const SavedModel& model : structure.models) {
+        const std::vector<BondPair> destroyed = destroyedBonds(model);
+        if (destroyed.empty())
+            continue;
+        const std::vector<BondPair> again = bondsFoundAgain(model, names);
+        for (const BondPair& pair : destroyed)
+            settled.comingBack += listed.contains(namesOfBond(model, pair, names)) &&
+                                  !std::ranges::binary_search(again, pair);
+    }
+}
+
 Settled settle(SavedModel& model, const std::vector<std::string>& names) {
     const std::vector<BondPair> again = bondsFoundAgain(model, names);
     std::vector<BondPair> there = model.foundBonds;
@@ -65,6 +127,11 @@ Settled settle(SavedModel& model, const std::vector<std::string>& names) {
 
 } // namespace
 
+std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::uint32_t> atoms,
+                        const std::vector<std::string>& names) {
+    return namesOf(model, atoms.first, names) + namesOf(model, atoms.second, names);
+}
+
 std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
                                       const std::vector<std::string>& names) {
     std::vector<BondAtom> atoms(model.atoms.size());
@@ -85,9 +152,10 @@ std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
     return findBonds(atoms, alternatives).pairs;
 }
 
-void settleBonds(SavedContent& content, SaveReport& report) {
+void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report) {
     Settled all;
     for (SavedStructure& structure : content.structures) {
+        addListedElsewhere(structure, isTextKept, content.names, all);
         for (SavedModel& model : structure.models) {
             if (!model.isEdited)
                 continue;
@@ -100,7 +168,8 @@ void settleBonds(SavedContent& content, SaveReport& report) {
         report.remark(std::to_string(all.comingBack) +
                       (all.comingBack == 1 ? " bond that was deleted comes"
                                            : " bonds that were deleted come") +
-                      " back when the file is read, as the atoms are near each other");
+                      " back when the file is read, as the atoms are near each other, or bonded in "
+                      "other models");
     if (all.tooLong != 0)
         report.remark(std::to_string(all.tooLong) + (all.tooLong == 1 ? " bond is" : " bonds are") +
                       " not kept, as the atoms are more than 6 Angstrom apart");

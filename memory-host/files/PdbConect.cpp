@@ -47,6 +47,13 @@ void Conect::loseBond(std::string_view firstRow, std::string_view secondRow) {
         m_lostBonds.insert({pairOf(a, b), pairOf(b, a)});
 }
 
+void Conect::keepBond(std::string_view firstRow, std::string_view secondRow) {
+    const Serial a = serialOf(firstRow);
+    const Serial b = serialOf(secondRow);
+    m_lostBonds.erase(pairOf(a, b));
+    m_lostBonds.erase(pairOf(b, a));
+}
+
 bool Conect::isGone(Serial serial) const {
     return serial != noSerial && std::ranges::binary_search(m_gone, serial);
 }

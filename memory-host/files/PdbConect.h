@@ -18,6 +18,8 @@ public:
     /// Takes the serial number of a row, and whether the row is kept; all of them come first.
     void see(std::string_view row, bool isKept);
     void loseBond(std::string_view firstRow, std::string_view secondRow);
+    /// Takes a bond that is left, behind all that are gone: models share their serial numbers.
+    void keepBond(std::string_view firstRow, std::string_view secondRow);
     /// To be called after the last row, and before update().
     void settle();
 

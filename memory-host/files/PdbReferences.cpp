@@ -118,6 +118,21 @@ std::string sheetOf(std::string_view record) {
     return std::string(field(record, 12, 14));
 }
 
+// How a record may name a bond: from either atom, with and without alternative locations.
+std::array<std::string, 4> keysOfBond(std::string_view first, std::string_view second) {
+    const std::array<std::string, 2> residues = {std::string(keyOf(first)),
+                                                 std::string(keyOf(second))};
+    const std::array<std::string, 2> atoms = {atomAt(first, 13), atomAt(second, 13)};
+    std::array<std::string, 4> keys;
+    for (const std::size_t a : {0, 1}) {
+        const std::size_t b = 1 - a;
+        keys[2 * a] = atoms[a] + residues[a] + atoms[b] + residues[b];
+        keys[2 * a + 1] =
+            withoutAlternative(atoms[a]) + residues[a] + withoutAlternative(atoms[b]) + residues[b];
+    }
+    return keys;
+}
+
 } // namespace
 
 void References::collect(std::string_view record) {
@@ -173,15 +188,13 @@ void References::see(std::string_view row, bool isKept) {
 }
 
 void References::loseBond(std::string_view first, std::string_view second) {
-    const std::array<std::string, 2> residues = {std::string(keyOf(first)),
-                                                 std::string(keyOf(second))};
-    const std::array<std::string, 2> atoms = {atomAt(first, 13), atomAt(second, 13)};
-    for (const std::size_t a : {0, 1}) {
-        const std::size_t b = 1 - a;
-        m_lostBonds.insert(atoms[a] + residues[a] + atoms[b] + residues[b]);
-        m_lostBonds.insert(withoutAlternative(atoms[a]) + residues[a] +
-                           withoutAlternative(atoms[b]) + residues[b]);
-    }
+    for (std::string& key : keysOfBond(first, second))
+        m_lostBonds.insert(std::move(key));
+}
+
+void References::keepBond(std::string_view first, std::string_view second) {
+    for (const std::string& key : keysOfBond(first, second))
+        m_lostBonds.erase(key);
 }
 
 void References::settle() {

@@ -25,6 +25,8 @@ public:
     void see(std::string_view row, bool isKept);
     /// Takes the rows of two atoms whose bond is gone.
     void loseBond(std::string_view first, std::string_view second);
+    /// Takes those of a bond that is left, behind all that are gone: a record may name both.
+    void keepBond(std::string_view first, std::string_view second);
     /// To be called after the last row, and before update().
     void settle();
 

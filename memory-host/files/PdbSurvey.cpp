@@ -114,6 +114,23 @@ void PdbSurvey::readOther(std::string_view line) {
     }
 }
 
+// One record lists the bonds of all models, and of all alternative locations.
+void PdbSurvey::keepBonds(const SavedStructure& structure) {
+    if (std::ranges::all_of(structure.models,
+                            [](const SavedModel& model) { return model.lostBonds.empty(); }))
+        return;
+    for (const SavedModel& model : structure.models) {
+        for (const SavedBond& bond : model.bonds) {
+            if (!bond.isListed)
+                continue;
+            const std::string_view first = rows[model.atoms[bond.first].row];
+            const std::string_view second = rows[model.atoms[bond.second].row];
+            references.keepBond(first, second);
+            conect.keepBond(first, second);
+        }
+    }
+}
+
 // What is left of what records refer to. Models that are not saved do not count.
 void PdbSurvey::findFates(const SavedStructure& structure) {
     const bool isWhole = std::ranges::all_of(places, &RowPlace::isKept);
@@ -132,6 +149,7 @@ void PdbSurvey::findFates(const SavedStructure& structure) {
             conect.loseBond(rows[first], rows[second]);
         }
     }
+    keepBonds(structure);
     if (!isWhole)
         for (std::size_t row = 0; row != rows.size(); ++row)
             conect.see(rows[row], places[row].isKept());

@@ -65,6 +65,7 @@ private:
     void readLines(std::string_view text);
     void readAtom(std::string_view line);
     void readOther(std::string_view line);
+    void keepBonds(const SavedStructure& structure);
     void findFates(const SavedStructure& structure);
 
     bool m_hasModelRows = false; ///< of the model that is read

@@ -274,7 +274,7 @@ SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::strin
 std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std::stop_token stop) {
     return guarded(plan, [&] {
         SaveReport report(plan.path, progress, std::move(stop));
-        settleBonds(plan.content, report);
+        settleBonds(plan.content, textToEdit(plan) != nullptr, report);
         const std::string bytes = bytesOf(plan, report);
         std::vector<std::string> remarks = plan.remarks;
         remarks.insert(remarks.end(), report.remarks().begin(), report.remarks().end());

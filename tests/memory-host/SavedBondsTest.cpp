@@ -95,6 +95,32 @@ private slots:
         left.removeOne("ALA 1 C-O2");
         QCOMPARE(bondsIn("saved.cif"), left);
     }
+    // One record lists the bond of all models.
+    void aBondThatIsDestroyedInOneModelStaysInTheOthers() {
+        const QByteArray model =
+            chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500") + "ENDMDL\n";
+        openText("LINK         C1  ALA A   1                 C2  ALA A   1     1555   1555  4.50\n"
+                 "MODEL        1\n" +
+                 model + "MODEL        2\n" + model + "CONECT    1    2\nCONECT    2    1\n");
+        const auto destroy = [](const char* bond) {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item(bond));
+        };
+        destroy("/test.1/A/Bonds/ALA 1 C1-C2");
+        QFile before(path());
+        QVERIFY(before.open(QIODevice::ReadOnly));
+        const QByteArray text = before.readAll();
+        QCOMPARE(save("saved.pdb"),
+                 QStringList("1 bond that was deleted comes back when the file is read, as the "
+                             "atoms are near each other, or bonded in other models"));
+        QFile saved(path("saved.pdb"));
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(saved.readAll(), text);
+        destroy("/test.2/A/Bonds/ALA 1 C1-C2");
+        QCOMPARE(save("none.pdb"), QStringList());
+        const auto items = opened(path("none.pdb").toStdString()).items;
+        QCOMPARE(bondNames(items[0]).size() + bondNames(items[1]).size(), 0);
+    }
     void bondsOfFurtherModelsThatTheFirstHasNotAreSaid() {
         const QByteArray one = chainOf({" C1 ", " C2 "}) + "ENDMDL\n";
         QByteArray two = one;
