@@ -7,6 +7,7 @@
 #include "PdbInsertions.h"
 #include "PdbRows.h"
 #include "PdbSurvey.h"
+#include "ResidueNames.h"
 #include "TextLines.h"
 
 #include <algorithm>
@@ -94,6 +95,9 @@ std::string PdbEditor::run() {
     giveLetters();
     m_file.look(text, m_structure);
     m_insertions = insertionsOf(m_structure);
+    remarkOnLostNames(
+        m_structure, m_content.names,
+        [this](std::uint32_t row) { return field(m_file.rows[row], 18, 20); }, m_report);
     write(text);
     if (m_file.modelsLeft != m_file.models)
         m_report.remark("of the " + std::to_string(m_file.models) +

@@ -4,6 +4,7 @@
 #include "MadeBonds.h"
 #include "MmcifFates.h"
 #include "MmcifRowText.h"
+#include "ResidueNames.h"
 
 #include <algorithm>
 #include <limits>
@@ -74,7 +75,9 @@ private:
     SaveReport& m_report;
     cif::Contents m_contents;
     std::vector<AtomsOfBlock> m_atoms;
-    std::vector<std::string_view> m_letters; ///< of alternative locations, by row of atoms
+    std::vector<std::string_view> m_letters;  ///< of alternative locations, by row of atoms
+    bool m_haveSeveralNames = false;          ///< some residues
+    std::vector<std::string_view> m_residues; ///< names, by row of atoms, if some have several
     std::optional<mmcif::RowPlan> m_plan;
     std::size_t m_nextAdded = 0; ///< of the plan
     std::size_t m_nextLetter = 0;
@@ -101,12 +104,18 @@ void MmcifEdit::readRows(AtomsOfBlock& atoms) {
     const Category& rowsOf = category(atoms.category);
     const std::size_t letter = rowsOf.column("label_alt_id");
     const std::size_t id = rowsOf.column("id");
+    const std::size_t author = rowsOf.column("auth_comp_id");
+    const std::size_t residue =
+        author < rowsOf.columns.size() ? author : rowsOf.column("label_comp_id");
     std::uint64_t largest = 0;
     m_letters.reserve(m_letters.size() + rowsOf.rowCount);
     cif::Rows rows(m_text, rowsOf);
     while (rows.next()) {
         m_letters.push_back(letter < rowsOf.columns.size() ? mmcif::contentOf(rows[letter])
                                                            : std::string_view());
+        if (m_haveSeveralNames)
+            m_residues.push_back(residue < rowsOf.columns.size() ? mmcif::contentOf(rows[residue])
+                                                                 : std::string_view());
         if (id < rowsOf.columns.size())
             largest = std::max(largest, static_cast<std::uint64_t>(
                                             std::max(0, serialNumber(mmcif::contentOf(rows[id])))));
@@ -318,6 +327,9 @@ void MmcifEdit::write(const Piece& piece) {
 }
 
 std::string MmcifEdit::make() {
+    m_haveSeveralNames = std::ranges::any_of(m_structures, [this](const SavedStructure& structure) {
+        return haveSeveralNames(structure, m_names);
+    });
     findAtoms();
     checkRows();
     planRows();
@@ -328,6 +340,11 @@ std::string MmcifEdit::make() {
             mmcif::findFates(m_text, m_contents, changeOf(atoms), m_fates);
     remarkOnRanges();
     remarkOnBonds();
+    if (m_haveSeveralNames)
+        for (const SavedStructure& structure : m_structures)
+            remarkOnLostNames(
+                structure, m_names, [this](std::uint32_t row) { return m_residues[row]; },
+                m_report);
     std::size_t copied = 0; // A block that is dropped is dropped with all that it holds.
     for (const Piece& piece : pieces()) {
         if (piece.begin < copied)

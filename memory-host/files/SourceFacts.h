@@ -25,6 +25,12 @@ struct SourceFacts {
     std::vector<std::pair<std::uint32_t, Anisotropic>> anisotropic; ///< ascending by row
     std::size_t segments = 0; ///< number of atoms with a segment name, which only PDB has
 
+    /// Tells the residue name in a row; empty where it is not known.
+    auto namesInRows() const {
+        return [this](std::uint32_t row) {
+            return row < residues.size() ? std::string_view(residues[row]) : std::string_view();
+        };
+    }
     /// The displacement of a row, or null.
     const Anisotropic* anisotropicOf(std::uint32_t row) const;
 };

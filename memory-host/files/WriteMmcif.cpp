@@ -3,6 +3,7 @@
 #include "CifEdit.h"
 #include "Losses.h"
 #include "Metadata.h"
+#include "ResidueNames.h"
 
 #include <algorithm>
 #include <charconv>
@@ -179,6 +180,7 @@ void BlockWriter::write(const std::string& name, std::string& file) {
     remarkOnLostKinds(facts, block, true, m_report);
     remarkOnAmbiguousBonds(metadata.ambiguousBonds(), first, m_content.names, m_report);
     remarkOnAtoms(facts);
+    remarkOnLostNames(m_structure, m_content.names, facts.namesInRows(), m_report);
     file.reserve(file.size() + block.size() + m_atoms.size() + m_displacements.size());
     file.append(block).append(m_atoms).append(m_displacements).append("#\n");
 }

@@ -6,6 +6,7 @@
 #include "Losses.h"
 #include "Metadata.h"
 #include "PdbColumns.h"
+#include "ResidueNames.h"
 
 #include <algorithm>
 #include <charconv>
@@ -347,6 +348,7 @@ std::string PdbWriter::write() {
         atoms += model.atoms.size();
     m_atoms.reserve((recordLength + 1) * (atoms + atoms / 32));
     addModels(facts, metadata);
+    remarkOnLostNames(m_structure, m_content.names, facts.namesInRows(), m_report);
     m_offences.refuse(m_report);
     addConnections(metadata.otherBonds());
     m_atoms += Record("END").text();

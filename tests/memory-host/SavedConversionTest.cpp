@@ -357,6 +357,33 @@ private slots:
         QCOMPARE(gemmiAtoms(out("less.cif")), sortedAtoms(source.items));
     }
 
+    void aNameOfWhichNoAtomIsLeftIsSaid() {
+        const std::string file = structure("1ejg.pdb").toStdString();
+        (void)saveFile(opened(file).items, out("both.cif"));
+        for (const std::string& source : {file, out("both.cif")}) {
+            TAVIK::Compound* const entry = opened(source).items.front();
+            const QString name = QString::fromStdString(entry->GetName());
+            change(Publisher::Delete, [&] {
+                for (TAVIK::Atom* atom : atoms(item('/' + name + "/A/Groups/PRO,SER 22")))
+                    if (TAVIK::GetAtomDetails(atom).alternative != 'A')
+                        TAVIK::DataMaker::Destroy(atom);
+            });
+            for (const char* saved : {"one.pdb", "one.cif"}) {
+                QStringList remarks;
+                for (const std::string& remark : saveFile(std::vector{entry}, out(saved)))
+                    remarks << QString::fromStdString(remark).section(": ", 1);
+                QCOMPARE(remarks.filter("several names"),
+                         QStringList("1 residue of several names is read again without those of "
+                                     "which no atom is left: PRO,SER 22 as PRO 22"));
+                TAVIK::Compound* const again = opened(out(saved)).items.front();
+                const QString groups =
+                    '/' + QString::fromStdString(again->GetName()) + "/A/Groups/";
+                QVERIFY(item(groups + "PRO 22"));
+                QVERIFY(item(groups + "LEU,ILE 25"));
+            }
+        }
+    }
+
     void modelsThatDifferKeepTheirResidues() {
         const OpenedFile source = opened(structure("1d3z.pdb").toStdString());
         change(Publisher::Delete, [&] {

@@ -103,8 +103,8 @@ private slots:
         for (const char* name : {"1ubq.pdb", "1ejg.pdb", "3al1.pdb", "1tii.pdb", "1cbs.cif.gz",
                                  "2nwl-opm.pdb", "3o21.pdb"})
             add(QString::fromLatin1(name), {"Residue", "Atom", "Bond"});
-        // A residue of two names of which one is gone, as in 1ejg, is read under the other.
-        for (const char* name : {"1ubq.pdb", "3al1.pdb", "1tii.pdb", "1cbs.cif.gz", "3o21.pdb"})
+        for (const char* name :
+             {"1ubq.pdb", "1ejg.pdb", "3al1.pdb", "1tii.pdb", "1cbs.cif.gz", "3o21.pdb"})
             add(QString::fromLatin1(name), {"Group"});
         for (const char* name : {"3al1.pdb", "1tii.pdb", "2nwl-opm.pdb", "3o21.pdb"})
             add(QString::fromLatin1(name), {"Chain"});
@@ -121,12 +121,19 @@ private slots:
         trigger(*m_window, QStringLiteral("Delete"), command);
         QVERIFY(command == u"Bond" || atoms(TAVIK::Space::instance()).size() < before);
 
-        const std::vector<QStringList> shown = shownAtoms();
-        const std::vector<QStringList> bonds = shownBonds();
+        std::vector<QStringList> shown = shownAtoms();
+        std::vector<QStringList> bonds = shownBonds();
         const auto sorted = sortedAtoms(entriesInSpace());
         const std::string path = (m_folder.path() + u'/' + name).toStdString();
         const auto remarks = memory_host::saveFile(entriesInSpace(), path);
         QVERIFY(gemmiAtoms(path) == sorted);
+        // Here all atoms of one name of a residue go, and the file has no room for that name.
+        if (name == u"1ejg.pdb" && command == u"Group") {
+            QVERIFY(remarksOf(remarks).contains(QLatin1String("LEU,ILE 25 as LEU 25")));
+            shown.front().replaceInStrings(QStringLiteral("LEU,ILE 25"), QStringLiteral("LEU 25"));
+            bonds.front().replaceInStrings(QStringLiteral("LEU,ILE 25"), QStringLiteral("LEU 25"));
+            bonds.front().sort();
+        }
 
         trigger(*m_window, QStringLiteral("Delete"), QStringLiteral("All"));
         QCOMPARE(entriesInSpace().size(), std::size_t(0));
