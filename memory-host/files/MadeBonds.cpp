@@ -35,6 +35,7 @@ bool isInReach(const SavedAtom& a, const SavedAtom& b) {
 // What becomes of the bonds of one model.
 struct Settled {
     std::size_t comingBack = 0;
+    std::size_t appearing = 0; ///< that were never there
     std::size_t tooLong = 0;
 };
 
@@ -109,7 +110,7 @@ Settled settle(SavedModel& model, const std::vector<std::string>& names) {
     Settled settled;
     std::vector<BondPair> pairs;
     std::ranges::set_difference(again, there, std::back_inserter(pairs));
-    settled.comingBack = model.lacksBonds ? pairs.size() : 0;
+    (model.lacksBonds ? settled.comingBack : settled.appearing) = pairs.size();
     pairs.clear();
     std::ranges::set_difference(model.foundBonds, again, std::back_inserter(pairs));
     for (const auto& [first, second] : pairs)
@@ -161,6 +162,7 @@ void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report) {
                 continue;
             const Settled settled = settle(model, content.names);
             all.comingBack += settled.comingBack;
+            all.appearing += settled.appearing;
             all.tooLong += settled.tooLong;
         }
     }
@@ -170,6 +172,10 @@ void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report) {
                                            : " bonds that were deleted come") +
                       " back when the file is read, as the atoms are near each other, or bonded in "
                       "other models");
+    if (all.appearing != 0)
+        report.remark(std::to_string(all.appearing) +
+                      (all.appearing == 1 ? " further bond is" : " further bonds are") +
+                      " found when the file is read, as the atoms are near each other");
     if (all.tooLong != 0)
         report.remark(std::to_string(all.tooLong) + (all.tooLong == 1 ? " bond is" : " bonds are") +
                       " not kept, as the atoms are more than 6 Angstrom apart");

@@ -414,7 +414,11 @@ private slots:
         second.model = 2;
         TAVIK::Compound* entry = madeEntry("A", "ALA 1", {atomValues("CA", 0.0F), first, second});
         for (const char* name : {"alt.pdb", "alt.cif"}) {
-            QVERIFY(saveFile(std::vector{entry}, out(name)).empty());
+            const std::vector<std::string> remarks = saveFile(std::vector{entry}, out(name));
+            QCOMPARE(remarks.size(), std::size_t(1));
+            QVERIFY(remarks.front().ends_with(
+                "2 further bonds are found when the file is read, as the atoms are near each "
+                "other"));
             QString letters;
             for (TAVIK::Atom* atom : atoms(opened(out(name)).items.front()))
                 letters += TAVIK::GetAtomDetails(atom).alternative == '\0'
