@@ -351,6 +351,10 @@ std::string counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
+bool hasPosition(const Part& part) {
+    return std::ranges::any_of(part.model.atoms, &SavedAtom::hasPosition);
+}
+
 } // namespace
 
 SavedContent readItems(std::span<TAVIK::Compound* const> items, const SaveOptions& options,
@@ -372,6 +376,9 @@ SavedContent readItems(std::span<TAVIK::Compound* const> items, const SaveOption
     }
     if (parts.empty())
         report.refuse("there is no atom to be saved", "accepted are entries with atoms");
+    if (std::ranges::none_of(parts, hasPosition))
+        report.refuse("no atom to be saved has a position",
+                      "accepted are entries of which some atom has one");
     addStructures(parts, content);
     if (others != 0)
         report.remark(counted(others, "surface, set or line") + " of the entries cannot be saved");

@@ -249,6 +249,21 @@ private slots:
         }
     }
 
+    void entriesWithoutAnyPositionAreRefused() {
+        TAVIK::AtomValues nowhere = atomValues("CA", 0.0F);
+        nowhere.position = {};
+        TAVIK::Compound* const made = madeEntry("A", "ALA 1", {nowhere});
+        TAVIK::Compound* const read = openText(atomAt(" CA ", 1.0F)).items.front();
+        change(Publisher::Update, [&] { TAVIK::SetAtomPosition(atoms(read).front(), {}); });
+        for (TAVIK::Compound* entry : {made, read}) {
+            for (const char* name : {"none.pdb", "none.cif"}) {
+                const QString line = saveRefusal({entry}, out(name));
+                QVERIFY2(line.contains("no atom to be saved has a position"), qPrintable(line));
+                QVERIFY(!QFile::exists(path(name)));
+            }
+        }
+    }
+
     void numbersBeyondTheColumnsAreHybrid36() {
         TAVIK::Compound* entry = madeEntry("AB", "ALA 12345", {atomValues("CA", 1.0F)});
         (void)saveFile(std::vector{entry}, out("h.pdb"));
