@@ -20,6 +20,8 @@ namespace {
 constexpr std::uint32_t unread = std::numeric_limits<std::uint32_t>::max();
 // The residue of atoms that are in none: PDB's name for an unknown ligand.
 constexpr std::string_view unknownResidue = "UNL";
+// What readers show for a blank name.
+constexpr std::string_view blankName = "_";
 
 /// The parts of a residue's label, as numbers of texts.
 struct Label {
@@ -98,6 +100,22 @@ private:
     std::size_t m_next = 0;
 };
 
+// What of the items a file cannot say as it is.
+struct Oddities {
+    std::size_t others = 0;    ///< surfaces, sets and the like
+    std::size_t loose = 0;     ///< atoms that are in no residue
+    std::size_t chainless = 0; ///< residues that are in no chain
+    std::size_t nameless = 0;  ///< chains and atoms
+
+    void add(const Oddities& more) {
+        others += more.others;
+        loose += more.loose;
+        chainless += more.chainless;
+        nameless += more.nameless;
+    }
+    void remark(SaveReport& report) const;
+};
+
 // Reads one top-level item.
 class ModelReader {
 public:
@@ -105,7 +123,7 @@ public:
         : m_texts(texts), m_options(options), m_source(source), m_rows(source) {}
 
     SavedModel read(Compound& entry);
-    std::size_t others() const { return m_others; } ///< surfaces, sets and the like
+    const Oddities& oddities() const { return m_odd; }
     bool isInPart() const { return m_isInPart; }
 
 private:
@@ -116,6 +134,16 @@ private:
     bool isWanted(const HostItem& atom) const {
         return !(m_options.onlySelected && !atom.has(HostItem::Selected)) &&
                !(m_options.onlyActiveModels && atom.has(HostItem::OtherModel));
+    }
+    /// What a file calls an item: files have no empty names.
+    std::uint32_t nameOf(const Name& name) {
+        m_odd.nameless += name.isEmpty() ? 1 : 0;
+        return name.isEmpty() ? blank() : m_texts.number(name);
+    }
+    std::uint32_t blank() {
+        if (m_blank == 0)
+            m_blank = m_texts.number(blankName);
+        return m_blank;
     }
     void readPlace();
     void readBonds();
@@ -135,7 +163,8 @@ private:
     bool m_hasResidue = false;              ///< the model's last residue is the one that is read
     std::vector<std::pair<std::uint32_t, std::uint32_t>> m_ids; ///< of the atoms, and their indices
     std::vector<const BondItem*> m_bonds;
-    std::size_t m_others = 0;
+    std::uint32_t m_blank = 0; ///< the number of that name, if it is used
+    Oddities m_odd;
     bool m_isInPart = false;
 };
 
@@ -191,7 +220,7 @@ void ModelReader::readItem(Compound& item, const Name* chain) {
         readChildren(item, chain);
         break;
     default:
-        ++m_others;
+        ++m_odd.others;
         break;
     }
 }
@@ -204,8 +233,9 @@ void ModelReader::readChildren(Compound& item, const Name* chain) {
 }
 
 void ModelReader::startResidue(const Name* chain) {
+    m_odd.chainless += m_residue && !chain ? 1 : 0;
     if (m_model.chains.empty() || chain != m_chain) {
-        m_model.chains.push_back(chain ? m_texts.number(*chain) : 0);
+        m_model.chains.push_back(chain ? nameOf(*chain) : blank());
         m_chain = chain;
     }
     SavedResidue residue;
@@ -232,10 +262,11 @@ void ModelReader::readAtom(const AtomItem& atom, const HostItem& record, const N
     }
     if (!m_hasResidue)
         startResidue(chain);
+    m_odd.loose += m_residue ? 0 : 1;
     SavedAtom saved;
     saved.position = atom.m_position;
     saved.temperature = atom.m_temperature;
-    saved.name = m_texts.number(record.name);
+    saved.name = nameOf(record.name);
     saved.element = m_texts.number(record.type);
     saved.row = m_rows.of(record.id);
     saved.model = record.model;
@@ -351,6 +382,20 @@ std::string counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
+void Oddities::remark(SaveReport& report) const {
+    if (others != 0)
+        report.remark(counted(others, "surface, set or line") + " of the entries cannot be saved");
+    const auto comeBack = [&report](std::size_t count, const char* noun, const char* where,
+                                    std::string_view as) {
+        if (count != 0)
+            report.remark(counted(count, noun) + where + (count == 1 ? " comes" : " come") +
+                          " back as " + std::string(as));
+    };
+    comeBack(loose, "atom", " in no residue", "those of a residue UNL");
+    comeBack(chainless, "residue", " in no chain", "those of a chain \"_\"");
+    comeBack(nameless, "blank name", "", "\"_\"");
+}
+
 bool hasPosition(const Part& part) {
     return std::ranges::any_of(part.model.atoms, &SavedAtom::hasPosition);
 }
@@ -364,12 +409,12 @@ SavedContent readItems(std::span<TAVIK::Compound* const> items, const SaveOption
     SavedContent content;
     Texts texts(content.names);
     std::vector<Part> parts;
-    std::size_t others = 0;
+    Oddities odd;
     for (TAVIK::Compound* item : items) {
         const auto source = std::static_pointer_cast<EntrySource>(sourceOf(item));
         ModelReader reader(texts, options, source.get());
         SavedModel model = reader.read(*item);
-        others += reader.others();
+        odd.add(reader.oddities());
         content.isInPart = content.isInPart || reader.isInPart();
         if (!model.atoms.empty())
             parts.push_back({0, source, std::move(model)});
@@ -380,8 +425,7 @@ SavedContent readItems(std::span<TAVIK::Compound* const> items, const SaveOption
         report.refuse("no atom to be saved has a position",
                       "accepted are entries of which some atom has one");
     addStructures(parts, content);
-    if (others != 0)
-        report.remark(counted(others, "surface, set or line") + " of the entries cannot be saved");
+    odd.remark(report);
     return content;
 }
 

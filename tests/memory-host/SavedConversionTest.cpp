@@ -15,6 +15,7 @@
 #include "items/Building.h"
 
 #include <QFile>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -246,6 +247,30 @@ private slots:
             QCOMPARE(shownDetails(again.items.front()), shownDetails(entry));
             QCOMPARE(bondNames(again.items.front()).size(), 1);
             QCOMPARE(gemmiAtoms(out(name)), sortedAtoms({entry}));
+        }
+    }
+
+    // Entries that plug-ins make may have any form.
+    void whatStandsInNoChainOrResidueIsSaid() {
+        TAVIK::Compound* const entry = madeEntry("", "ALA 1", {atomValues("CA", 0.0F)});
+        change(Publisher::Add, [&] {
+            memory_host::addAtom(entry, atomValues("Q", 5.0F));
+            TAVIK::Compound* const residue = TAVIK::DataMaker::makeCore(entry, "GLY 2", "Residue");
+            memory_host::addAtom(residue, atomValues("", 10.0F));
+        });
+        for (const char* name : {"odd.pdb", "odd.cif"}) {
+            QStringList remarks;
+            for (const std::string& remark : saveFile(std::vector{entry}, out(name)))
+                remarks << QString::fromStdString(remark).section(": ", 1);
+            QCOMPARE(remarks,
+                     QStringList({"1 atom in no residue comes back as those of a residue UNL",
+                                  "1 residue in no chain comes back as those of a chain \"_\"",
+                                  "2 blank names come back as \"_\""}));
+            QStringList paths = atomPaths(opened(out(name)).items.front());
+            paths.replaceInStrings(QRegularExpression("^/[^/]*"), "");
+            paths.sort();
+            QCOMPARE(paths, QStringList({"/_/Groups/ALA 1/Backbone/CA",
+                                         "/_/Groups/GLY 2/Side chain/_", "/_/Groups/UNL/Q"}));
         }
     }
 
