@@ -65,18 +65,22 @@ private:
 
 } // namespace
 
-AlternativeLetters alternativeLetters(const SavedModel& model) {
-    AlternativeLetters result{std::vector<char>(model.atoms.size()), model.residues.size()};
+std::vector<char> alternativeLetters(const SavedModel& model, const std::vector<std::string>& names,
+                                     const SaveReport& report) {
+    std::vector<char> result(model.atoms.size());
     const std::span<const SavedAtom> all(model.atoms);
-    for (std::size_t residue = 0; residue != model.residues.size(); ++residue) {
-        const std::size_t first = model.residues[residue].firstAtom;
-        const auto atoms = all.subspan(first, model.atomEnd(residue) - first);
+    for (std::size_t i = 0; i != model.residues.size(); ++i) {
+        const SavedResidue& residue = model.residues[i];
+        const std::size_t first = residue.firstAtom;
+        const auto atoms = all.subspan(first, model.atomEnd(i) - first);
         if (std::ranges::all_of(atoms, [](const SavedAtom& atom) { return atom.model == 0; }))
             continue;
         ResidueLetters found(atoms);
         if (!found.find())
-            result.crowded = std::min(result.crowded, residue);
-        std::ranges::transform(atoms, result.ofAtoms.begin() + static_cast<std::ptrdiff_t>(first),
+            report.refuse("residue " + names[residue.name] + ' ' + names[residue.number] +
+                              " has more alternative models than there are letters",
+                          "accepted are up to 62");
+        std::ranges::transform(atoms, result.begin() + static_cast<std::ptrdiff_t>(first),
                                [&found](const SavedAtom& atom) { return found.of(atom); });
     }
     return result;

@@ -29,7 +29,6 @@ public:
     std::string run();
 
 private:
-    void giveLetters();
     void write(std::string_view text);
     void writeLine(const TextLine& line);
     void writeAtom(const TextLine& line);
@@ -50,14 +49,14 @@ private:
     std::string serialOfAtom(const RowPlace& place) const;
     WrittenAtom written(const RowPlace& place) const {
         return {m_structure.models[place.model].atoms[place.atom],
-                m_letters[place.model].ofAtoms[place.atom]};
+                m_letters[place.model][place.atom]};
     }
     std::string_view rowLike(const Insertion& insertion, std::uint32_t atom, std::string& made);
 
     const SavedContent& m_content;
     const SavedStructure& m_structure;
     SaveReport& m_report;
-    std::vector<AlternativeLetters> m_letters; ///< by model
+    std::vector<std::vector<char>> m_letters; ///< by model and atom
     std::vector<Insertion> m_insertions;
 
     PdbSurvey m_file;
@@ -92,7 +91,8 @@ std::string PdbEditor::run() {
         m_out = mark;
         text.remove_prefix(mark.size());
     }
-    giveLetters();
+    for (const SavedModel& model : m_structure.models)
+        m_letters.push_back(alternativeLetters(model, m_content.names, m_report));
     m_file.look(text, m_structure);
     m_insertions = insertionsOf(m_structure);
     remarkOnLostNames(
@@ -104,19 +104,6 @@ std::string PdbEditor::run() {
                         " models of the file that was read, it has the " +
                         std::to_string(m_file.modelsLeft) + " that are saved");
     return std::move(m_out);
-}
-
-void PdbEditor::giveLetters() {
-    for (const SavedModel& model : m_structure.models) {
-        m_letters.push_back(alternativeLetters(model));
-        if (m_letters.back().crowded == model.residues.size())
-            continue;
-        const SavedResidue& residue = model.residues[m_letters.back().crowded];
-        m_report.refuse("residue " + m_content.names[residue.name] + ' ' +
-                            m_content.names[residue.number] +
-                            " has more alternative models than a PDB file has letters",
-                        "accepted are up to 62, or saving it as mmCIF");
-    }
 }
 
 void PdbEditor::write(std::string_view text) {
@@ -318,7 +305,7 @@ void PdbEditor::insert(std::string_view next, bool isAtEnd) {
 std::string_view PdbEditor::rowLike(const Insertion& insertion, std::uint32_t atom,
                                     std::string& made) {
     const SavedModel& model = m_structure.models[insertion.model];
-    const std::vector<char>& letters = m_letters[insertion.model].ofAtoms;
+    const std::vector<char>& letters = m_letters[insertion.model];
     const SavedResidue& residue = model.residues[insertion.residue];
     if (insertion.isResidueNew) {
         if (made.empty())

@@ -1,5 +1,6 @@
 #include "SourceFacts.h"
 
+#include "AlternativeLetters.h"
 #include "Fields.h"
 #include "PdbColumns.h"
 
@@ -109,37 +110,6 @@ void readMmcif(std::string_view text, std::uint32_t wanted, SourceFacts& facts) 
     }
 }
 
-// The letter of each alternative model of a residue, by model number.
-class Letters {
-public:
-    Letters(const SavedModel& model, std::uint32_t first, std::uint32_t end) {
-        for (std::uint32_t i = first; i != end; ++i)
-            if (const char letter = model.atoms[i].details.alternative; letter != '\0') {
-                m_letters[model.atoms[i].model] = letter;
-                m_used.push_back(letter);
-            }
-    }
-    char of(const SavedAtom& atom) {
-        if (atom.details.alternative != '\0' || atom.model == 0)
-            return atom.details.alternative;
-        char& letter = m_letters[atom.model];
-        if (letter == '\0')
-            m_used.push_back(letter = free());
-        return letter;
-    }
-
-private:
-    char free() const {
-        constexpr std::string_view all =
-            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
-        const std::size_t at = all.find_first_not_of(m_used);
-        return at == std::string_view::npos ? '?' : all[at];
-    }
-
-    std::map<std::uint16_t, char> m_letters;
-    std::string m_used;
-};
-
 std::string_view nameOf(const SavedAtom& atom, std::string_view label, const SourceFacts& facts) {
     // Only a residue of several names has to ask the file.
     const std::size_t comma = label.find(',');
@@ -183,17 +153,17 @@ SourceFacts readFacts(const SavedStructure& structure, SaveReport& report) {
 }
 
 std::vector<WrittenAtom> writtenAtoms(const SavedModel& model, const SavedContent& content,
-                                      const SourceFacts& facts) {
+                                      const SourceFacts& facts, const SaveReport& report) {
+    const std::vector<char> letters = alternativeLetters(model, content.names, report);
     std::vector<WrittenAtom> written;
     written.reserve(model.atoms.size());
     for (std::uint32_t residue = 0; residue != model.residues.size(); ++residue) {
         const std::uint32_t first = model.residues[residue].firstAtom;
         const std::uint32_t end = model.atomEnd(residue);
         const std::string_view label = content.names[model.residues[residue].name];
-        Letters letters(model, first, end);
         for (std::uint32_t i = first; i != end; ++i) {
             const SavedAtom& atom = model.atoms[i];
-            written.push_back({i, residue, nameOf(atom, label, facts), letters.of(atom)});
+            written.push_back({i, residue, nameOf(atom, label, facts), letters[i]});
         }
         const auto begin = written.begin() + first;
         std::stable_sort(begin, written.end(), [&](const WrittenAtom& a, const WrittenAtom& b) {

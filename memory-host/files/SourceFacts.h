@@ -48,9 +48,9 @@ struct WrittenAtom {
     bool startsResidue = false; ///< another residue, or another name, than the atom before it
 };
 
-/// The atoms of a model by residue, then as the file has them; new ones come last. Alternative
-/// models without a letter get the next free one of their residue. The texts live as long as both.
+/// The atoms of a model by residue, then as the file has them; new ones come last. The texts live as
+/// long as both. Refuses more alternative models than there are letters.
 std::vector<WrittenAtom> writtenAtoms(const SavedModel& model, const SavedContent& content,
-                                      const SourceFacts& facts);
+                                      const SourceFacts& facts, const SaveReport& report);
 
 } // namespace memory_host

@@ -163,7 +163,7 @@ void BlockWriter::remarkOnAtoms(const SourceFacts& facts) {
 void BlockWriter::write(const std::string& name, std::string& file) {
     SourceFacts facts = readFacts(m_structure, m_report);
     const SavedModel& first = m_structure.models.front();
-    const std::vector<WrittenAtom> written = writtenAtoms(first, m_content, facts);
+    const std::vector<WrittenAtom> written = writtenAtoms(first, m_content, facts, m_report);
     Metadata metadata(first, 1, m_content, facts, written);
     const std::string block = metadata.mmcifBlock(name);
     std::size_t atoms = 0;
@@ -174,7 +174,7 @@ void BlockWriter::write(const std::string& name, std::string& file) {
     m_atoms += atomTags;
     std::size_t number = 0;
     for (const SavedModel& model : m_structure.models) {
-        const std::vector<WrittenAtom> rows = writtenAtoms(model, m_content, facts);
+        const std::vector<WrittenAtom> rows = writtenAtoms(model, m_content, facts, m_report);
         addModel(model, ++number, rows, facts, metadata.residuesOf(model, m_content, rows));
     }
     remarkOnLostKinds(facts, block, true, m_report);

@@ -295,7 +295,7 @@ void PdbWriter::addModels(const SourceFacts& facts, const Metadata& metadata) {
         begin.right(14, std::to_string(++number));
         if (areSeveral)
             m_atoms += begin.text();
-        const std::vector<WrittenAtom> written = writtenAtoms(model, m_content, facts);
+        const std::vector<WrittenAtom> written = writtenAtoms(model, m_content, facts, m_report);
         addModel(model, written, facts, metadata.residuesOf(model, m_content, written));
         if (areSeveral)
             m_atoms += Record("ENDMDL").text();
@@ -342,7 +342,7 @@ std::string PdbWriter::write() {
     SourceFacts facts = readFacts(m_structure, m_report);
     const SavedModel& first = m_structure.models.front();
     Metadata metadata(first, m_structure.models.size(), m_content, facts,
-                      writtenAtoms(first, m_content, facts));
+                      writtenAtoms(first, m_content, facts, m_report));
     std::size_t atoms = 0;
     for (const SavedModel& model : m_structure.models)
         atoms += model.atoms.size();

@@ -1,5 +1,6 @@
 // Saving entries in another format than the one that they were read in, and entries of no file.
 // What is written is read by gemmi and by this host.
+#include "Ancestry.h"
 #include "AtomDetails.h"
 #include "DataMaker.h"
 #include "DataPointBase.h"
@@ -466,6 +467,38 @@ private slots:
                                : TAVIK::GetAtomDetails(atom).alternative;
             QCOMPARE(letters, QString("-AB"));
         }
+    }
+
+    void lettersFollowTheModelsAndNotTheOrderOfTheAtoms() {
+        TAVIK::AtomValues first = atomValues("CB", 1.0F);
+        first.model = 2;
+        TAVIK::AtomValues second = atomValues("CB", 1.5F);
+        second.model = 1;
+        TAVIK::Compound* entry = madeEntry("A", "ALA 1", {first, second});
+        // One that was of a model in its file, and is of all now.
+        TAVIK::AtomValues shared = atomValues("CA", 0.0F);
+        shared.details.alternative = 'C';
+        change(Publisher::Add,
+               [&] { memory_host::addAtom(TAVIK::GetParent(atoms(entry).front()), shared); });
+        for (const char* name : {"two.pdb", "two.cif"}) {
+            (void)saveFile(std::vector{entry}, out(name));
+            QString letters;
+            for (const TAVIK::Atom* atom : atoms(opened(out(name)).items.front()))
+                letters += detailsOf(*atom).alternative ? detailsOf(*atom).alternative : '-';
+            QCOMPARE(letters, QString("-BA")); // The backbone comes first.
+        }
+    }
+
+    void moreModelsThanLettersAreRefused() {
+        std::vector<TAVIK::AtomValues> values(63, atomValues("CA", 0.0F));
+        for (std::size_t i = 0; i != values.size(); ++i)
+            values[i].model = static_cast<unsigned int>(i + 1);
+        TAVIK::Compound* entry = madeEntry("A", "ALA 1", values);
+        for (const char* name : {"crowded.pdb", "crowded.cif"})
+            QVERIFY(saveRefusal({entry}, out(name)).contains("accepted are up to 62"));
+        change(Publisher::Delete, [&] { TAVIK::DataMaker::Destroy(atoms(entry).back()); });
+        for (const char* name : {"crowded.pdb", "crowded.cif"})
+            QCOMPARE(saveRefusal({entry}, out(name)), QString());
     }
 
     void manyAtomsAndResiduesAreHybrid36() {
