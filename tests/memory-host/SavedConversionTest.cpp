@@ -501,6 +501,18 @@ private slots:
             QCOMPARE(saveRefusal({entry}, out(name)), QString());
     }
 
+    void atomsOutsideOfChainsAndResiduesAreRead() {
+        TAVIK::Compound* entry = madeEntry("A", "ALA 1", {atomValues("CA", 0.0F)});
+        change(Publisher::Add, [&] { memory_host::addAtom(entry, atomValues("CB", 4.0F)); });
+        for (const char* name : {"loose.pdb", "loose.cif"}) {
+            (void)saveFile(std::vector{entry}, out(name));
+            const OpenedFile again = opened(out(name));
+            QCOMPARE(childNames(again.items.front()), (QStringList{"A", "_"}));
+            QCOMPARE(childNames(again.items.front()->ChildBegin()[1]->ChildBegin()[0]),
+                     QStringList{"UNL"});
+        }
+    }
+
     void manyAtomsAndResiduesAreHybrid36() {
         memory_host::SavedContent content = tableOf(11'000, 10);
         memory_host::SaveReport report(out("many.pdb"));
