@@ -159,7 +159,7 @@ std::string newRow(std::string_view like, const WrittenAtom& written, const Save
                    std::int32_t serial, bool areSerialsDecimal, const SaveReport& report) {
     const SavedAtom& atom = written.atom;
     const std::string& element = content.names[atom.element];
-    std::string row(like.substr(0, 6));
+    std::string row(atom.details.isHetero ? "HETATM" : "ATOM  ");
     const std::string number = serialText(serial, areSerialsDecimal);
     row.resize(11, ' ');
     // Six digits of an ATOM record begin in the blank column after its name.

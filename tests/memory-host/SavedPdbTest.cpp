@@ -321,6 +321,21 @@ private slots:
         QVERIFY(saved({.onlyActiveModels = true}).contains("CA AALA"));
         QVERIFY(!saved({.onlyActiveModels = true}).contains("CA BALA"));
     }
+    void newAtomsAreAsTheySayWhateverTheirResidueIs() {
+        QByteArray text = annotated();
+        text.replace("ATOM      2", "HETATM    2");
+        openText(text);
+        change([] {
+            TAVIK::AtomValues values{"CB", "C", TAVIK::Vertex(6, 9, 0, true), 20.0F};
+            TAVIK::DataMaker::makeAtom(item("/test/A/Groups/ALA 2"), values);
+            values.name = "CG";
+            values.details.isHetero = true;
+            TAVIK::DataMaker::makeAtom(item("/test/A/Groups/ALA 2"), values);
+        });
+        QVERIFY(saved().contains("\nATOM      9  CB  ALA A   2"));
+        QVERIFY(saved().contains("\nHETATM   10  CG  ALA A   2"));
+    }
+
     void newResiduesAndChainsGetRows() {
         openText(annotated());
         change([] {
