@@ -32,6 +32,7 @@ void freeBond(BondItem* bond) {
     // Bonds go with their atoms in the order in which they were made.
     prefetchAfter(bond);
     prefetchAfter(bond + 1);
+    noteDataChange(HostItem::of(bond));
     detach(bond);
     freeItem(bond);
 }

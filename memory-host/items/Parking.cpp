@@ -36,6 +36,13 @@ bool isIn(const HostItem& item, const HostItem& root) {
     return at != nullptr;
 }
 
+const HostItem& topOf(const HostItem& item) {
+    const HostItem* top = &item;
+    while (top->parent && top->parent->kind != Kind::Space)
+        top = top->parent;
+    return *top;
+}
+
 // Runs `function(item, record)` on each leaf and composite at or in an item until it returns false.
 template <class Function> bool forAllIn(Compound& item, const Function& function) {
     HostItem& record = HostItem::of(&item);
@@ -52,7 +59,8 @@ template <class Function> bool forAllIn(Compound& item, const Function& function
 // Records and takes what ties an item to others that stay or that go with it by themselves.
 class Loosening {
 public:
-    Loosening(Compound& root, Step& step) : m_root(HostItem::of(&root)), m_step(step) {}
+    Loosening(Compound& root, Step& step)
+        : m_root(HostItem::of(&root)), m_top(topOf(m_root)), m_step(step) {}
 
     bool loosen(Compound& item, HostItem& record) const {
         prefetchAfter(&record);
@@ -73,6 +81,8 @@ private:
             HostItem& record = HostItem::of(bond);
             if (!isIn(record, m_root)) {
                 prefetchAfter(bond);
+                if (&topOf(record) != &m_top) // Else the atom says so.
+                    noteDataChange(record);
                 if (!m_step.leaveSetsOf(bond) || !m_step.reserve(1) || !m_step.reserveMove())
                     return false;
                 m_step.add(Step::Write::Unlink, false, static_cast<Compound*>(bond));
@@ -100,6 +110,7 @@ private:
     }
 
     const HostItem& m_root;
+    const HostItem& m_top; ///< the entry that it is in
     Step& m_step;
 };
 

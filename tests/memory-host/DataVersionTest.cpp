@@ -5,8 +5,10 @@
 #include "DataDelete.h"
 #include "DataPoint.h"
 #include "FileTesting.h"
+#include "History.h"
 #include "Sample.h"
 #include "TestSupport.h"
+#include "history/Steps.h"
 
 using memory_host::dataVersion;
 using memory_host::hasUnsavedData;
@@ -90,6 +92,26 @@ private slots:
         }
         QVERIFY(hasUnsavedData(one.entry));
         QVERIFY(!hasUnsavedData(other.entry));
+    }
+
+    void aBondThatGoesWithTheAtomOfAnotherEntryCounts() {
+        const Sample one;
+        const Sample other;
+        {
+            const DataAdder<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::DataMaker::makeBond(one.bondsBox, one.atoms[0], other.atoms[0]);
+        }
+        const std::uint64_t before = dataVersion(one.entry);
+        {
+            const DataDelete<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::DataMaker::Destroy(other.entry);
+        }
+        QVERIFY(dataVersion(one.entry) != before);
+        QVERIFY(History::undo());
+        QCOMPARE(dataVersion(one.entry), before);
+        memory_host::forgetHistory();
+        TAVIK::DataMaker::Destroy(other.entry); // without a guard
+        QVERIFY(dataVersion(one.entry) != before);
     }
 
     void whatIsSavedIsUnsavedOnlyAfterTheNextChange() {
