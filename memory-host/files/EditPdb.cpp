@@ -46,6 +46,7 @@ private:
     void copy(const TextLine& line) { add(line.content, line.end); }
     void add(std::string_view content, std::string_view end);
     void addNew(std::string_view content);
+    void addRow(const std::string& row, std::string_view end, const WrittenAtom& atom);
     std::string serialOfAtom(const RowPlace& place) const;
     WrittenAtom written(const RowPlace& place) const {
         return {m_structure.models[place.model].atoms[place.atom],
@@ -63,6 +64,7 @@ private:
 
     // While writing:
     std::string m_out;
+    std::size_t m_rounded = 0; ///< atoms
     bool m_isLineOpen = false; ///< the output ends without a line end
     PdbCounts m_now;
     std::uint32_t m_row = 0;      ///< the next one
@@ -103,6 +105,7 @@ std::string PdbEditor::run() {
         m_report.remark("of the " + std::to_string(m_file.models) +
                         " models of the file that was read, it has the " +
                         std::to_string(m_file.modelsLeft) + " that are saved");
+    remarkOnRounded(m_rounded, m_report);
     return std::move(m_out);
 }
 
@@ -128,6 +131,12 @@ void PdbEditor::add(std::string_view content, std::string_view end) {
     if (std::exchange(m_isLineOpen, end.empty()))
         m_out += m_file.lineEnd;
     m_out.append(content).append(end);
+}
+
+// A row that was not in the file, of which the columns may have no room for all digits.
+void PdbEditor::addRow(const std::string& row, std::string_view end, const WrittenAtom& atom) {
+    add(row, end);
+    m_rounded += isUnchanged(row, atom) ? 0 : 1;
 }
 
 void PdbEditor::addNew(std::string_view content) {
@@ -164,7 +173,7 @@ void PdbEditor::writeAtom(const TextLine& line) {
     if (isUnchanged(line.content, atom))
         copy(line);
     else
-        add(changedRow(line.content, atom, m_report), line.end);
+        addRow(changedRow(line.content, atom, m_report), line.end, atom);
 }
 
 // ANISOU and the like name their atom, and mostly follow it.
@@ -336,7 +345,7 @@ void PdbEditor::insertResidue(const Insertion& insertion) {
         const RowPlace place{insertion.model, i};
         const std::string row = newRow(rowLike(insertion, i, made), written(place), m_content,
                                        ++m_file.lastSerial, m_file.areSerialsDecimal, m_report);
-        addNew(row);
+        addRow(row, m_file.lineEnd, written(place));
         ++m_now.atoms;
         m_isModelWritten = true;
         m_lastWritten = columns(row, 1, 27);

@@ -33,6 +33,10 @@ std::optional<float> read(std::string_view row, const Number& number) {
     return finiteFloat(field(row, number.first, number.last));
 }
 
+[[noreturn]] void refuse(const std::string& what, const SaveReport& report) {
+    report.refuse(what + " does not fit the columns of a PDB file", mmcifHolds);
+}
+
 void put(std::string& row, const Number& number, float value, const SaveReport& report) {
     std::array<char, 64> text{};
     const auto [end, error] =
@@ -40,9 +44,7 @@ void put(std::string& row, const Number& number, float value, const SaveReport& 
                       std::chars_format::fixed, number.decimals);
     const auto length = static_cast<std::size_t>(end - text.data());
     if (error != std::errc() || length > number.last - number.first + 1)
-        report.refuse("the " + std::string(number.name) + ' ' + numberText(value) +
-                          " does not fit the columns of a PDB file",
-                      mmcifHolds);
+        refuse("the " + std::string(number.name) + ' ' + numberText(value), report);
     putRight(row, number.first, number.last, {text.data(), length});
 }
 
@@ -87,12 +89,23 @@ void putPosition(std::string& row, const SavedAtom& atom, const SaveReport& repo
     }
 }
 
-void putCharge(std::string& row, std::int8_t charge) {
+void putCharge(std::string& row, std::int8_t charge, const SaveReport& report) {
     std::string text;
     if (charge != 0)
         text = std::to_string(std::abs(charge)) + (charge > 0 ? '+' : '-');
-    if (text.size() <= 2 && (charge != 0 || row.size() > 78))
+    if (text.size() > 2)
+        refuse("the formal charge " + std::to_string(charge), report);
+    if (charge != 0 || row.size() > 78)
         putRight(row, 79, 80, text);
+}
+
+void putSymbol(std::string& row, std::string symbol, const SaveReport& report) {
+    if (symbol.size() > 2)
+        refuse("the element " + inQuotes(symbol), report);
+    std::ranges::transform(symbol, symbol.begin(), [](char c) {
+        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    });
+    putRight(row, 77, 78, symbol);
 }
 
 // A name begins in the second of its columns, unless it fills all four or its element's symbol has
@@ -100,8 +113,7 @@ void putCharge(std::string& row, std::int8_t charge) {
 std::string nameColumns(const std::string& name, const std::string& element,
                         const SaveReport& report) {
     if (name.size() > 4)
-        report.refuse("the atom name " + inQuotes(name) + " does not fit the columns of a PDB file",
-                      mmcifHolds);
+        refuse("the atom name " + inQuotes(name), report);
     const bool isWide = name.size() == 4 || (element.size() == 2 && startsWith(name, element));
     std::string columns = isWide ? name : ' ' + name;
     columns.resize(4, ' ');
@@ -151,7 +163,7 @@ std::string changedRow(std::string_view row, const WrittenAtom& written, const S
     if (read(row, temperature).value_or(0.0F) != atom.temperature)
         put(changed, temperature, atom.temperature, report);
     if (chargeOf(row) != atom.details.formalCharge)
-        putCharge(changed, atom.details.formalCharge);
+        putCharge(changed, atom.details.formalCharge, report);
     return changed;
 }
 
@@ -177,13 +189,9 @@ std::string newRow(std::string_view like, const WrittenAtom& written, const Save
     row.resize(72, ' ');
     row += columns(like, 73, 76);
     row.resize(76, ' ');
-    std::string symbol = element;
-    std::ranges::transform(symbol, symbol.begin(), [](char c) {
-        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    });
-    putRight(row, 77, 78, symbol);
+    putSymbol(row, element, report);
     row.resize(80, ' ');
-    putCharge(row, atom.details.formalCharge);
+    putCharge(row, atom.details.formalCharge, report);
     return row;
 }
 
@@ -200,9 +208,9 @@ std::string rowBeginning(const SavedModel& model, const SavedResidue& residue,
                       name.size() <= 4 && chain.size() <= 2 && number.size() <= 4 &&
                       insertion.size() <= 1;
     if (!fits)
-        report.refuse("residue " + inQuotes(name + ' ' + number + insertion) + " of chain " +
-                          inQuotes(chain) + " does not fit the columns of a PDB file",
-                      mmcifHolds);
+        refuse("residue " + inQuotes(name + ' ' + number + insertion) + " of chain " +
+                   inQuotes(chain),
+               report);
     const bool isHetero = model.atoms[residue.firstAtom].details.isHetero;
     std::string row(isHetero ? "HETATM" : "ATOM  ");
     putRight(row, 18, name.size() == 4 ? 21 : 20, name);
@@ -210,6 +218,13 @@ std::string rowBeginning(const SavedModel& model, const SavedResidue& residue,
     putRight(row, 23, 26, number);
     putRight(row, 27, 27, insertion);
     return row;
+}
+
+void remarkOnRounded(std::size_t atoms, SaveReport& report) {
+    if (atoms != 0)
+        report.remark("the numbers of " + std::to_string(atoms) +
+                      (atoms == 1 ? " atom" : " atoms") +
+                      " are rounded to the columns of a PDB file");
 }
 
 } // namespace memory_host::pdb

@@ -37,4 +37,7 @@ std::string serialText(std::int32_t serial, bool areDecimal);
 /// Writes a text into columns, counted from 1, to the right; the row grows with blanks.
 void putRight(std::string& row, std::size_t first, std::size_t last, std::string_view text);
 
+/// The line for atoms whose numbers have more digits than the columns; nothing for a count of 0.
+void remarkOnRounded(std::size_t atoms, SaveReport& report);
+
 } // namespace memory_host::pdb

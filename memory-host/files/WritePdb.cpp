@@ -6,6 +6,7 @@
 #include "Losses.h"
 #include "Metadata.h"
 #include "PdbColumns.h"
+#include "PdbRows.h"
 #include "ResidueNames.h"
 
 #include <algorithm>
@@ -216,7 +217,9 @@ void PdbWriter::addAtom(const SavedModel& model, const WrittenAtom& item, Record
     std::string symbol = element;
     std::ranges::transform(symbol, symbol.begin(),
                            [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
-    if (symbol.size() <= 2)
+    if (symbol.size() > 2)
+        m_offences.add([&] { return "the element " + inQuotes(element); });
+    else
         record.right(78, symbol);
     const int charge = atom.details.formalCharge;
     if (std::abs(charge) > 9)
@@ -329,9 +332,7 @@ void PdbWriter::remarkOnAtoms() {
             model.residues, [](const SavedResidue& residue) { return residue.labelChain != 0; }));
     remarkOnLostValues(m_structure, m_content.names, m_report);
     remarkOnLost(labels, "the label ids", "residue", m_report);
-    if (m_rounded != 0)
-        m_report.remark("the numbers of " + std::to_string(m_rounded) +
-                        " atoms are rounded to the columns of a PDB file");
+    pdb::remarkOnRounded(m_rounded, m_report);
 }
 
 std::string PdbWriter::write() {
