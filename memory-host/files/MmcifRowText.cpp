@@ -82,7 +82,8 @@ void RowText::move(const cif::Rows& row, const SavedAtom& atom,
         setPosition(row, atom, changes);
 }
 
-void RowText::setLetter(std::string_view letter, std::vector<cif::Change>& changes) const {
+void RowText::setLetter(std::string_view letter, std::vector<cif::Change>& changes) {
+    m_lostCount += !letter.empty() && lacks(Alternative) ? 1 : 0;
     set(Alternative, letter.empty() ? "." : cif::written(letter), changes);
 }
 
@@ -108,6 +109,15 @@ void RowText::setResidue(const cif::Rows& row, const AddedAtom& added,
     set(Insertion, cif::written(name(residue.insertion)), changes);
 }
 
+// Beside the letter.
+bool RowText::losesValues(const AddedAtom& added) const {
+    const SavedAtom& atom = *added.atom;
+    return (atom.details.formalCharge != 0 && lacks(FormalCharge)) ||
+           (atom.details.occupancy != 1.0F && lacks(Occupancy)) ||
+           (atom.temperature != 0.0F && lacks(Temperature)) ||
+           (!added.isInResidue && added.residue->insertion != 0 && lacks(Insertion));
+}
+
 std::vector<cif::Change> RowText::added(const cif::Rows& row, const AddedAtom& added) {
     const SavedAtom& atom = *added.atom;
     const std::string& element = name(atom.element);
@@ -117,6 +127,7 @@ std::vector<cif::Change> RowText::added(const cif::Rows& row, const AddedAtom& a
     set(Symbol, cif::written(upperCase(element)), changes);
     set(AuthAtom, cif::written(name(atom.name)), changes);
     set(LabelAtom, cif::written(name(atom.name)), changes);
+    m_lostCount += losesValues(added) ? 1 : 0;
     setLetter(added.letter, changes);
     if (!added.isInResidue)
         setResidue(row, added, changes);

@@ -20,9 +20,11 @@ public:
 
     /// Changes to the row of an atom that may have moved.
     void move(const cif::Rows& row, const SavedAtom& atom, std::vector<cif::Change>& changes) const;
-    void setLetter(std::string_view letter, std::vector<cif::Change>& changes) const;
+    void setLetter(std::string_view letter, std::vector<cif::Change>& changes);
     /// Changes to a copy of the row that a new atom follows.
     std::vector<cif::Change> added(const cif::Rows& row, const AddedAtom& added);
+    /// How many atoms have said something so far for which the category has no column.
+    std::size_t lostCount() const { return m_lostCount; }
 
 private:
     std::string_view text(const cif::Rows& row, Column column) const {
@@ -37,6 +39,8 @@ private:
                      std::vector<cif::Change>& changes) const;
     void setResidue(const cif::Rows& row, const AddedAtom& added,
                     std::vector<cif::Change>& changes) const;
+    bool lacks(Column column) const { return m_columns[column] == m_columnCount; }
+    bool losesValues(const AddedAtom& added) const;
     const std::string& name(std::uint32_t number) const { return m_names[number]; }
 
     const std::vector<std::string>& m_names;
@@ -46,6 +50,7 @@ private:
     std::vector<std::size_t> m_ofPosition; ///< what depends on it: fractions, uncertainties
     std::vector<std::size_t> m_ofAtom; ///< what is the atom's alone: displacements, uncertainties
     std::uint64_t m_nextId;
+    std::size_t m_lostCount = 0;
 };
 
 } // namespace memory_host::mmcif

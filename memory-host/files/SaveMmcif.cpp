@@ -65,7 +65,7 @@ private:
     void writePair(const Piece& piece);
     PairRows pairRows(std::size_t category);
     PairRows atomPairRows(AtomsOfBlock& atoms);
-    void changesOf(const AtomsOfBlock& atoms, const cif::Rows& rows, std::size_t row,
+    void changesOf(AtomsOfBlock& atoms, const cif::Rows& rows, std::size_t row,
                    std::vector<Change>& changes);
     const AddedAtom* takeAdded(std::size_t row);
 
@@ -208,7 +208,7 @@ std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {
     return pieces;
 }
 
-void MmcifEdit::changesOf(const AtomsOfBlock& atoms, const cif::Rows& rows, std::size_t row,
+void MmcifEdit::changesOf(AtomsOfBlock& atoms, const cif::Rows& rows, std::size_t row,
                           std::vector<Change>& changes) {
     changes.clear();
     atoms.texts->move(rows, *m_plan->atoms()[row], changes);
@@ -354,6 +354,13 @@ std::string MmcifEdit::make() {
             copied = piece.part + 1 == m_contents.blocks.size() ? m_text.size()
                                                                 : m_contents.blocks[piece.part + 1];
     }
+    std::size_t lost = 0;
+    for (const AtomsOfBlock& atoms : m_atoms)
+        lost += atoms.texts->lostCount();
+    if (lost != 0)
+        m_report.remark("something of " + std::to_string(lost) + (lost == 1 ? " atom" : " atoms") +
+                        " that " + (lost == 1 ? "was" : "were") +
+                        " made is not saved, as the file has no column for it");
     return m_edit.take();
 }
 

@@ -129,6 +129,24 @@ private slots:
         QCOMPARE(save("saved.pdb"),
                  QStringList("the numbers of 1 atom are rounded to the columns of a PDB file"));
     }
+
+    void whatAnEditedMmcifFileHasNoColumnForIsSaid() {
+        m_folder.write("test.cif",
+                       "data_x\nloop_\n_atom_site.id\n_atom_site.type_symbol\n"
+                       "_atom_site.label_atom_id\n_atom_site.label_comp_id\n"
+                       "_atom_site.label_asym_id\n_atom_site.label_seq_id\n_atom_site.Cartn_x\n"
+                       "_atom_site.Cartn_y\n_atom_site.Cartn_z\n1 C CA ALA A 1 1.0 2.0 3.0\n");
+        opened(path("test.cif").toStdString());
+        addAtom("B", "ALA 1", usualAtom());
+        QCOMPARE(save("saved.cif"), QStringList());
+        AtomValues charged = usualAtom();
+        charged.details.formalCharge = 1;
+        addAtom("C", "ALA 1", charged);
+        addAtom("D", "ALA 1B", usualAtom());
+        QCOMPARE(save("saved.cif"),
+                 QStringList("something of 2 atoms that were made is not saved, as the file has "
+                             "no column for it"));
+    }
 };
 
 REGISTER_TEST(SavedLimitsTest)
