@@ -67,6 +67,7 @@ private slots:
         };
         const auto as = [](AtomValues&) {};
         add("chain", "ABCD", "ALA 1", "of chain \"ABCD\"", as);
+        add("chain, short residue", "ABC", "DA 1", "of chain \"ABC\"", as);
         add("residue", "B", "ALANI 1", "\"ALANI 1\"", as);
         add("four letters, chain of two", "BC", "ALAN 1", "\"ALAN 1\"", as);
         add("negative", "B", "ALA -1000", "\"ALA -1000\"", as);
@@ -101,6 +102,43 @@ private slots:
         save("saved.cif");
         const auto items = opened(path("saved.cif").toStdString()).items;
         QVERIFY(atom.type != "C" || sortedAtoms(items) == sortedAtoms({item("/test")}));
+    }
+
+    // Of no file, it is written as a whole.
+    void whatDoesNotFitANewPdbFileIsRefused_data() {
+        whatDoesNotFitAnEditedPdbFileIsRefused_data();
+    }
+    void whatDoesNotFitANewPdbFileIsRefused() {
+        QFETCH(QByteArray, chain);
+        QFETCH(QByteArray, residue);
+        QFETCH(AtomValues, atom);
+        {
+            const DataPointBase guard(nullptr, Publisher::Add, "Add");
+            DataMaker::makeCore(TAVIK::Space::instance(), "made", "Composite");
+        }
+        addAtom(chain, residue, atom);
+        const QStringList lines = save("new.pdb");
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines.front().contains("does not fit the columns of a PDB file; accepted is "
+                                        "saving as mmCIF"),
+                 qPrintable(lines.front()));
+        QVERIFY(!QFile::exists(path("new.pdb")));
+    }
+    void displacementsThatDoNotFitAreRefused() {
+        const QByteArray tags = "_atom_site_anisotrop.id\n_atom_site_anisotrop.U[1][1]\n"
+                                "_atom_site_anisotrop.U[2][2]\n_atom_site_anisotrop.U[3][3]\n"
+                                "_atom_site_anisotrop.U[1][2]\n_atom_site_anisotrop.U[1][3]\n"
+                                "_atom_site_anisotrop.U[2][3]\n";
+        QByteArray atoms = mmcif({"1 CA C . ALA A 1 ? 1 2 3 1"});
+        atoms.replace("loop_\n", "loop_\n_atom_site.id\n");
+        for (const char* u : {"999.9", "1000.0"}) {
+            m_folder.write("test.cif", atoms + "loop_\n" + tags + "1 " + u + " 1 1 0 0 0\n#\n");
+            const auto items = opened(path("test.cif").toStdString()).items;
+            const QStringList lines = save("saved.pdb");
+            QCOMPARE(lines.join(u' ').contains("anisotropic displacement of the atom \"CA\""),
+                     QByteArray(u) == "1000.0");
+            DataMaker::Destroy(items.front());
+        }
     }
 
     void serialNumbersGoOnInHybrid36() {
