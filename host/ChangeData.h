@@ -10,7 +10,8 @@ enum class Refusal { Report, Silent };
 
 /// Runs `change(guard)` if `guard`, which was made for this change alone and ends with it, is good.
 /// Else nothing is changed, which is said unless it is to be silent. Exceptions pass, and end the
-/// guard.
+/// guard. Throws std::bad_alloc after a change that the host takes back, as memory does not suffice
+/// to keep it.
 HOST_EXPORT void changeData(DataPointBase&& guard,
                             TAVIK::detail::FunctionRef<void(DataPointBase&)> change,
                             Refusal refusal = Refusal::Report);
