@@ -39,6 +39,7 @@ void detach(Compound* child) {
     Holder* const residue = leaveModels(*child);
     parent->removeChild(record.position);
     record.parent = nullptr;
+    recording.inSpace = nullptr;
     addContribution(parent, -contributionOf(record));
     settleModel(residue);
 }

@@ -38,6 +38,9 @@ struct Recording {
     StepKeeper* keeper = nullptr;
     Step* step = nullptr;     ///< of the guard that is open
     bool isReplaying = false; ///< a step is being taken back or done again
+    /// A composite in the space, until something leaves it; null if none is known. What is written
+    /// next stands mostly in the same one.
+    const HostItem* inSpace = nullptr;
 };
 inline constinit Recording recording;
 
@@ -52,10 +55,17 @@ inline bool isInSpace(const HostItem& item) noexcept {
 /// The step in which a write to an item must be recorded; null when the item is not in the space,
 /// or nothing is recorded.
 inline Step* stepFor(const HostItem& item) noexcept {
-    return recording.step && !recording.isReplaying && isInSpace(item) ? recording.step : nullptr;
+    if (!recording.step || recording.isReplaying)
+        return nullptr;
+    if (!recording.inSpace || recording.inSpace != item.parent) {
+        if (!isInSpace(item))
+            return nullptr;
+        recording.inSpace = item.parent;
+    }
+    return recording.step;
 }
-/// The same for an item that comes or goes, and for a mesh. Where that is not recorded, nothing that
-/// was can be taken back any more: it may be about what is not there.
+/// The same for an item that comes or goes, and for a mesh. Where that is not recorded, nothing
+/// that was can be taken back any more: it may be about what is not there.
 Step* stepForComing(const HostItem& parent) noexcept;
 Step* stepForGoing(const Compound& item) noexcept;
 
