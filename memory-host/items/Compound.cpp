@@ -18,8 +18,7 @@ void paint(Compound& item, HostItem& record, Color color) {
     const std::uint32_t rgba = color.rgba();
     if (record.color == rgba)
         return;
-    if (Step* const step = stepFor(record);
-        !step || step->record(Step::Write::Paint, &item, record.color))
+    if (Step* const step = stepFor(record); !step || step->recordColour(&item, record.color))
         record.color = rgba;
 }
 

@@ -55,6 +55,17 @@ void Step::beginRun(Write write, bool on) noexcept {
     m_writes |= numberOf(write);
 }
 
+bool Step::closePaints() noexcept {
+    for (; m_paints != 0; m_paints -= m_runs.back().count) {
+        if (!growLog(m_runs, 1))
+            return false;
+        beginRun(Write::Paint, false);
+        m_runs.back().count = static_cast<std::uint32_t>(
+            std::min<std::size_t>(m_paints, std::numeric_limits<std::uint32_t>::max()));
+    }
+    return !m_failed;
+}
+
 bool Step::reserveMove() noexcept {
     // With its parent's own marks.
     return reserve(2, 2) && growLog(m_parents, 1) && growLog(m_numbers, 1);
@@ -82,7 +93,7 @@ bool Step::recordPlace(AtomItem& atom) noexcept {
 
 bool Step::recordValues(AtomItem& atom) noexcept {
     try {
-        if (!recordPlace(atom) ||
+        if (!closePaints() || !recordPlace(atom) ||
             !record(Write::Join, static_cast<Compound*>(&atom), atom.record().model) ||
             !grow(m_descriptions, 1))
             return false;
@@ -158,14 +169,14 @@ void Step::recordBounds() noexcept {
 }
 
 bool Step::onlySelects() const {
-    return m_writes == numberOf(Write::Select);
+    return m_writes == numberOf(Write::Select) && m_paints == 0;
 }
 
 std::size_t Step::logBytes() const {
     const auto of = [](const auto& vector) { return vector.capacity() * sizeof(vector[0]); };
-    return sizeof(Step) + m_runs.bytes() + m_items.bytes() + m_parents.bytes() + m_numbers.bytes() +
-           of(m_places) + of(m_meshes) + of(m_meshColours) + of(m_bounds) + of(m_descriptions) +
-           of(m_listings);
+    return sizeof(Step) + m_runs.bytes() + m_items.bytes() + m_painted.bytes() + m_colours.bytes() +
+           m_parents.bytes() + m_numbers.bytes() + of(m_places) + of(m_meshes) + of(m_meshColours) +
+           of(m_bounds) + of(m_descriptions) + of(m_listings);
 }
 
 } // namespace memory_host

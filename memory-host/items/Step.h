@@ -43,7 +43,7 @@ public:
     enum class Write : std::uint8_t {
         Select,   ///< a record: all in it was unselected, and is selected now; or the other way
         Show,     ///< an item, likewise
-        Paint,    ///< an item, and its colour before
+        Paint,    ///< of the painted items, which have a log of their own
         Activate, ///< a residue, and its active model before
         OwnMarks, ///< a composite that is not to be empty any more, and its own marks
         Join,     ///< an atom, and its model before
@@ -88,6 +88,16 @@ public:
         m_numbers.push_back(before);
         return true;
     }
+    /// An item that is painted next, and its colour before.
+    [[nodiscard]] bool recordColour(void* item, std::uint32_t before) noexcept {
+        if (m_failed || !((m_painted.hasRoomFor(1) && m_colours.hasRoomFor(1)) ||
+                          (growLog(m_painted, 1) && growLog(m_colours, 1))))
+            return false;
+        m_painted.push_back(item);
+        m_colours.push_back(before);
+        ++m_paints;
+        return true;
+    }
     /// The same with the composite of an item that comes or goes.
     [[nodiscard]] bool reserveMove() noexcept;
     void addMove(Write write, Compound* item, Holder* parent) noexcept;
@@ -110,7 +120,7 @@ public:
     /// There is no memory for what is about to be written.
     void fail() noexcept { m_failed = true; }
 
-    bool isEmpty() const { return m_runs.empty(); }
+    bool isEmpty() const { return m_runs.empty() && m_paints == 0; }
     bool hasFailed() const { return m_failed; }
     /// Whether it selects and does nothing else.
     bool onlySelects() const;
@@ -167,6 +177,8 @@ private:
     [[nodiscard]] bool recordLeaving(SetRecord& set) noexcept;
     [[nodiscard]] bool makeRoom(std::size_t items, std::size_t runs) noexcept;
     void beginRun(Write write, bool on) noexcept;
+    /// Begins a run for what was painted since the last one.
+    [[nodiscard]] bool closePaints() noexcept;
     bool has(Write write) const { return (m_writes >> static_cast<unsigned>(write) & 1U) != 0; }
     std::size_t logBytes() const;
     template <class Value> bool grow(std::vector<Value>& vector, std::size_t more) noexcept;
@@ -184,9 +196,14 @@ private:
     bool freeItems(std::size_t most) noexcept;
 
     Chunks<Run> m_runs;
-    ItemLog m_items;                 ///< of all runs
+    ItemLog m_items; ///< of all runs but Paint
+    // What is painted is mostly selected or unselected, too: one run would follow another. Nothing
+    // but Rewrite reads or writes colours, so that these may be put back at another time.
+    ItemLog m_painted;
+    Chunks<std::uint32_t> m_colours; ///< of the painted items, before
+    std::size_t m_paints = 0;        ///< that no run holds: as if they were done last
     Chunks<ParentRun> m_parents;     ///< of Attach and Detach
-    Chunks<std::uint32_t> m_numbers; ///< of Paint, Activate, OwnMarks, Join and Alter
+    Chunks<std::uint32_t> m_numbers; ///< of Activate, OwnMarks, Join and Alter
     std::vector<Place> m_places;
     std::vector<AtomItem::Description> m_descriptions;
     std::vector<std::unique_ptr<TAVIK::SurfaceMesh>> m_meshes;

@@ -28,6 +28,8 @@ void Step::finish() noexcept {
         m_parents.shrink();
         m_numbers.shrink();
         m_items.shrink();
+        m_painted.shrink();
+        m_colours.shrink();
     } catch (const std::bad_alloc&) { // It takes more memory then.
     }
 }
@@ -36,10 +38,12 @@ void Step::finish() noexcept {
 // their items is in the order of the writes.
 class Step::Going {
 public:
-    Going(Step& step, bool back) : m_step(step), m_back(back), m_items(step.m_items, back) {
+    Going(Step& step, bool back)
+        : m_step(step), m_back(back), m_items(step.m_items, back), m_painted(step.m_painted, back) {
         if (!back)
             return;
         m_number = step.m_numbers.size();
+        m_colour = step.m_colours.size();
         m_place = step.m_places.size();
         m_description = step.m_descriptions.size();
         m_mesh = step.m_meshes.size();
@@ -52,7 +56,7 @@ public:
     void run(const Run& run) {
         // In the order of Write.
         static constexpr std::array<void (Going::*)(Compound&), writeCount> each = {
-            nullptr,        nullptr,          &Going::paint,   &Going::activate, &Going::giveMarks,
+            nullptr,        nullptr,          nullptr,         &Going::activate, &Going::giveMarks,
             &Going::join,   &Going::move,     &Going::rewrite, &Going::reshape,  &Going::recolour,
             &Going::bound,  &Going::alter,    &Going::attach,  &Going::detach,   &Going::link,
             &Going::unlink, &Going::leaveSets};
@@ -60,9 +64,19 @@ public:
             inBatches(run, [&](auto items) { selectEach(items, run.on != m_back); });
         else if (run.write == Write::Show)
             inBatches(run, [&](auto items) { showEach(items, run.on != m_back); });
+        else if (run.write == Write::Paint)
+            paint(run.count);
         else
             for (std::uint32_t i = 0; i != run.count; ++i)
                 (this->*each[static_cast<std::size_t>(run.write)])(*static_cast<Compound*>(item()));
+    }
+
+    void paint(std::size_t count) {
+        for (; count != 0; --count) {
+            void* const item = m_back ? m_painted.previous() : m_painted.next();
+            std::uint32_t& other = m_step.m_colours[m_back ? --m_colour : m_colour++];
+            std::swap(HostItem::of(static_cast<Compound*>(item)).color, other);
+        }
     }
 
 private:
@@ -84,7 +98,6 @@ private:
         }
     }
 
-    void paint(Compound& item) { std::swap(HostItem::of(&item).color, number()); }
     void activate(Compound& residue) {
         Holder& holder = HostItem::of(&residue).asHolder();
         const auto model = static_cast<std::uint16_t>(std::exchange(number(), holder.model));
@@ -181,8 +194,9 @@ private:
     Step& m_step;
     bool m_back;
     ItemLog::Reader m_items;
-    std::size_t m_number = 0, m_place = 0, m_description = 0, m_mesh = 0, m_meshColours = 0,
-                m_bounds = 0, m_listing = 0, m_parent = 0;
+    ItemLog::Reader m_painted;
+    std::size_t m_number = 0, m_colour = 0, m_place = 0, m_description = 0, m_mesh = 0,
+                m_meshColours = 0, m_bounds = 0, m_listing = 0, m_parent = 0;
     Holder* m_holder = nullptr;
     std::uint32_t m_leftOfParent = 0;
 };
@@ -190,8 +204,12 @@ private:
 void Step::go(bool back) noexcept {
     recording.isReplaying = true;
     Going going(*this, back);
+    if (back)
+        going.paint(m_paints);
     for (std::size_t i = 0, count = m_runs.size(); i != count; ++i)
         going.run(m_runs[back ? count - 1 - i : i]);
+    if (!back)
+        going.paint(m_paints);
     m_isBack = back;
     recording.isReplaying = false;
 }
@@ -204,6 +222,8 @@ bool Step::freeItems(std::size_t most) noexcept {
         m_freeing.emplace(Freeing{ItemLog::Reader(m_items, false)});
     for (; m_freeing->run != m_runs.size(); ++m_freeing->run, m_freeing->done = 0) {
         const Run& run = m_runs[m_freeing->run];
+        if (run.write == Write::Paint)
+            continue;
         for (; m_freeing->done != run.count; ++m_freeing->done, m_freeing->item = nullptr) {
             if (!m_freeing->item)
                 m_freeing->item = m_freeing->items.next();
@@ -227,12 +247,13 @@ void Step::forget() noexcept {
     const auto empty = [](auto&... vectors) {
         ((vectors = std::remove_reference_t<decltype(vectors)>()), ...);
     };
-    empty(m_runs, m_items, m_parents, m_numbers, m_places, m_descriptions, m_meshes, m_meshColours,
-          m_bounds, m_listings);
+    empty(m_runs, m_items, m_painted, m_colours, m_parents, m_numbers, m_places, m_descriptions,
+          m_meshes, m_meshColours, m_bounds, m_listings);
     // What was recorded in it is to be recorded again.
     m_number = nextNumber();
     m_itemBytes = 0;
     m_writes = 0;
+    m_paints = 0;
     m_isBack = false;
     m_failed = false;
 }

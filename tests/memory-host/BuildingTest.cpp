@@ -1,5 +1,8 @@
 // Building aside and attaching, values of atoms and grids, and what is refused.
 #include "Ancestry.h"
+#include "DataLines.h"
+#include "DataPointBase.h"
+#include "History.h"
 #include "Sample.h"
 #include "TestSupport.h"
 #include "items/Holder.h"
@@ -34,6 +37,7 @@ private slots:
     void atomsStartInTheColourOfTheirElement_data();
     void atomsStartInTheColourOfTheirElement();
     void aColourThatWasSetGivesWayToNewValues();
+    void coloursAndValuesOfOneStepAreTakenBack();
     void everyRefusalSaysWhat();
 };
 
@@ -269,6 +273,33 @@ void BuildingTest::aColourThatWasSetGivesWayToNewValues() {
     atom->SetColor(Color(0x11223344U));
     setAtom(atom, {"", "O", {}, 0.0F, 0});
     QCOMPARE(atom->GetColor().rgba(), 0xfff00000U);
+}
+
+void BuildingTest::coloursAndValuesOfOneStepAreTakenBack() {
+    Compound* const molecule = make(space(), "Molecule");
+    Compound* const first = makeAtom(molecule);
+    Compound* const second = makeAtom(molecule);
+    first->SetColor(Color(1));
+    const QStringList before = test_support::dataLines();
+    {
+        const DataPointBase guard(nullptr, Publisher::Update, "Change");
+        first->SetColor(Color(2));
+        second->SetColor(Color(3));
+        setAtom(first, {"", "Fe", Vertex(1, 2, 3, true), 12.5F, 0});
+        first->SetSelected(true);
+        second->SetColor(Color(4));
+        first->SetColor(Color(5));
+        setAtom(second, {"", "O", {}, 0.0F, 0});
+        molecule->SetColor(Color(6));
+    }
+    const QStringList after = test_support::dataLines();
+    QCOMPARE(first->GetColor().rgba(), Color(5).rgba());
+    for (int i = 0; i != 2; ++i) {
+        QVERIFY(History::undo());
+        QCOMPARE(test_support::firstDifference(test_support::dataLines(), before), QString());
+        QVERIFY(History::redo());
+        QCOMPARE(test_support::firstDifference(test_support::dataLines(), after), QString());
+    }
 }
 
 void BuildingTest::everyRefusalSaysWhat() {
