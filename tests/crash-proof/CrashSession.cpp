@@ -116,12 +116,16 @@ void answer() {
             return QTest::mouseClick(button, Qt::LeftButton);
 }
 
+bool hasBegun(const QString& folder) {
+    QFile file(folder + QStringLiteral("/log"));
+    return file.open(QIODevice::ReadOnly) && file.readAll().contains('\n');
+}
+
 /// What is wrong with a state that was brought back; empty if nothing is.
 QString problemOf(const QByteArray& state, const QString& folder, qint64 end) {
     QFile file(folder + QStringLiteral("/log"));
     if (!file.open(QIODevice::ReadOnly))
-        return {}; // Killed before it began.
-    bool hasBegun = false;
+        return QStringLiteral("there is no log");
     qint64 foundAt = -1;
     qint64 leftAt = -1;         // when the data were others
     bool isNeededNewer = false; // a later one is said to be written
@@ -129,7 +133,6 @@ QString problemOf(const QByteArray& state, const QString& folder, qint64 end) {
         const QList<QByteArray> words = line.split(' ');
         if (words.size() != 3 || words[2].size() != state.size())
             continue;
-        hasBegun = true;
         const bool isFound = words[2] == state;
         if (isFound) {
             foundAt = words[1].toLongLong();
@@ -141,8 +144,6 @@ QString problemOf(const QByteArray& state, const QString& folder, qint64 end) {
             leftAt = words[1].toLongLong();
         }
     }
-    if (!hasBegun)
-        return {};
     if (foundAt < 0)
         return QStringLiteral("what was brought back was no state of the session");
     if (isNeededNewer)
@@ -155,6 +156,10 @@ QString problemOf(const QByteArray& state, const QString& folder, qint64 end) {
 }
 
 int recover(const QString& folder, const char* end) {
+    if (!hasBegun(folder)) {
+        std::printf("killed before it began\n");
+        return 0;
+    }
     CrashJournal journal(journalsIn(folder), std::chrono::milliseconds(0));
     QTimer answering;
     QObject::connect(&answering, &QTimer::timeout, &answer);

@@ -9,6 +9,7 @@
 #include "Space.h"
 #include "Traversal.h"
 #include "files/Saving.h"
+#include "items/Building.h"
 
 #include <QFile>
 
@@ -108,11 +109,23 @@ void Session::edit() {
     auto* const atom = dynamic_cast<TAVIK::Atom*>(anyOf(atoms()));
     if (!atom)
         return;
-    if (upTo(3) == 0)
-        TAVIK::SetAtomModel(atom, static_cast<unsigned int>(upTo(4)));
-    else
-        TAVIK::SetAtomPosition(
-            atom, TAVIK::Vertex(static_cast<float>(upTo(100)), 1.25F, 0.1F, upTo(10) != 0));
+    const auto model = static_cast<unsigned int>(upTo(4));
+    const TAVIK::Vertex position(static_cast<float>(upTo(100)), 1.25F, 0.1F, upTo(10) != 0);
+    switch (upTo(3)) {
+    case 0:
+        TAVIK::SetAtomModel(atom, model);
+        break;
+    case 1:
+        TAVIK::SetAtomPosition(atom, position);
+        break;
+    default:
+        memory_host::setAtom(atom, {.name = {},
+                                    .type = upTo(2) == 0 ? "Fe" : "C",
+                                    .position = position,
+                                    .temperature = static_cast<float>(upTo(100)),
+                                    .model = model});
+        break;
+    }
 }
 
 void Session::destroy() {
