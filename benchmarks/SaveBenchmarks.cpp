@@ -12,6 +12,7 @@
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "GemmiReading.h"
+#include "History.h"
 #include "RealStructures.h"
 #include "Space.h"
 #include "Works.h"
@@ -19,7 +20,10 @@
 
 #include <QTemporaryDir>
 
+#include <array>
 #include <fstream>
+#include <utility>
+#include <vector>
 
 namespace benchmarks {
 
@@ -34,18 +38,72 @@ TAVIK::Compound* makeAnotherEntry() {
     return entry;
 }
 
+void findBonds(TAVIK::Compound* item, std::vector<TAVIK::Compound*>& bonds) {
+    for (TAVIK::Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
+        if (dynamic_cast<TAVIK::Bond*>(*child))
+            bonds.push_back(*child);
+        else
+            findBonds(*child, bonds);
+}
+
+void deleteBonds() {
+    const DataPointBase guard(nullptr, Publisher::Delete);
+    std::vector<TAVIK::Compound*> bonds;
+    findBonds(TAVIK::Space::instance(), bonds);
+    for (std::size_t i = 0; i < bonds.size(); i += 10)
+        TAVIK::DataMaker::Destroy(bonds[i]);
+}
+
+// It is said which of them come back when the file is read, as their atoms are near each other.
+void benchmarkBonds(const std::string& work, const std::vector<TAVIK::Compound*>& items,
+                    const std::string& file, int turns) {
+    deleteBonds();
+    bool areDeleted = true;
+    const auto restore = [&areDeleted] {
+        if (std::exchange(areDeleted, false))
+            History::undo();
+    };
+    const auto deleteAgain = [&areDeleted] {
+        if (!std::exchange(areDeleted, true))
+            History::redo();
+    };
+    std::array<std::size_t, 2> lines{};
+    const auto save = [&](std::size_t which) {
+        return [&, which] { lines[which] = memory_host::saveFile(items, file).size(); };
+    };
+    const auto told = [&lines](std::size_t which) {
+        return [&lines, which] {
+            return std::to_string(lines[which]) + (lines[which] == 1 ? " line" : " lines");
+        };
+    };
+    const std::size_t atoms = atomCount(TAVIK::Space::instance());
+    run({.work = work,
+         .size = atoms,
+         .items = atoms,
+         .itemName = "atom",
+         .peer = "with all bonds",
+         .target = "ratio at least 0.83",
+         .ours = {.prepare = deleteAgain, .work = save(0), .outcome = told(0)},
+         .theirs = {.prepare = restore, .work = save(1), .outcome = told(1)}},
+        turns);
+    restore();
+}
+
 } // namespace
 
 void benchmarkSaving(const std::string& path, int turns) {
     const std::string edited = "saving the edited structure";
     const std::string made = "saving the structure from its items";
-    if (!isWanted(edited) && !isWanted(made))
+    const std::string bonds = "saving with every tenth bond deleted";
+    if (!isWanted(edited) && !isWanted(made) && !isWanted(bonds))
         return;
     const QTemporaryDir folder;
     const std::string ours = folder.filePath("ours.cif").toStdString();
     const std::string theirs = folder.filePath("theirs.cif").toStdString();
     std::vector<TAVIK::Compound*> items = memory_host::openFile(path).items;
     const std::size_t atoms = atomCount(TAVIK::Space::instance());
+    if (isWanted(bonds))
+        benchmarkBonds(bonds, items, ours, turns);
     {
         const DataPointBase guard(nullptr, Publisher::Delete);
         TAVIK::Compound* const groups = *(*items.front()->ChildBegin())->ChildBegin();

@@ -8,8 +8,10 @@ namespace benchmarks {
 
 /// Opening the file, and what an atom takes in memory.
 void benchmarkFiles(const std::string& path, int turns);
-/// Saving it with a residue less: its text edited, and all of it written anew.
+/// Saving it with a residue less: its text edited, and all of it written anew; and with bonds less.
 void benchmarkSaving(const std::string& path, int turns);
+/// What is kept for the case of a crash, with a colour of its own for each atom.
+void benchmarkJournal(const std::string& path, int turns);
 /// Filling the tree, refreshing it, clicking in it, and what a row takes in memory.
 void benchmarkTree(const std::string& path, int turns);
 

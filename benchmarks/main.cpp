@@ -65,6 +65,7 @@ int main(int argc, char** argv) {
             const int turns = copies > 20 ? 2 : copies > 1 ? 3 : copies > 0 ? 5 : 1;
             benchmarks::benchmarkFiles(path, turns);
             benchmarks::benchmarkSaving(path, turns);
+            benchmarks::benchmarkJournal(path, turns);
             benchmarks::benchmarkTree(path, turns);
             benchmarks::benchmarkCommands(path, turns);
             benchmarks::benchmarkPictures(path, turns);

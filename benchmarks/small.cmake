@@ -8,7 +8,8 @@ if(NOT result EQUAL 0)
 endif()
 file(READ ${plots} picture)
 foreach(work "opening the file" "saving the edited structure"
-    "saving the structure from its items" "filling the tree" "commUpdate()" "Any w/ rad." "union by"
+    "saving the structure from its items"
+    "saving with every tenth bond deleted" "longest piece of gathering the journal" "writing the journal" "filling the tree" "commUpdate()" "Any w/ rad." "union by"
     "intersection by" "difference by" "Clear" "Invert" "Full groups" "Atoms by type" "Hide" "Show"
     "Set color" "Color by Temp" "Default color" "Colour Atoms by Residue" "Next Model" "Atom"
     "Bond" "Residue" "picture of points" "picture of spheres" "picture of sticks"

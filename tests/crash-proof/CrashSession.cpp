@@ -13,6 +13,7 @@
 #include "MainWindow.h"
 #include "Opening.h"
 #include "Recovery.h"
+#include "journal/JournalState.h"
 #include "services/PluginFolder.h"
 
 #include <QAbstractButton>
@@ -26,8 +27,11 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <memory>
+#include <set>
+#include <string>
 
 namespace {
 
@@ -41,6 +45,21 @@ QByteArray stateNow() {
 
 /// Where all is as it was read, there is no journal: the next start opens nothing.
 const QByteArray nothing(40, '0');
+
+bool isAsRead() {
+    const std::set<std::string> written;
+    memory_host::JournalGathering gathering(written);
+    while (gathering.advance(std::chrono::seconds(1)) !=
+           memory_host::JournalGathering::Progress::Done) {
+    }
+    return gathering.take()->isAsRead;
+}
+
+/// The states that a start may bring back for the present one: the program may be killed after it
+/// removed the journal, and before it says so.
+QByteArray statesNow() {
+    return isAsRead() ? stateNow() + ' ' + nothing : stateNow();
+}
 
 bool hasJournal(const QString& folder) {
     const QDir all(folder + QStringLiteral("/journal"));
@@ -87,18 +106,18 @@ int runSession(const QString& folder, char** arguments, int count) {
         return 1;
     window.show();
     log.write("state", nothing);
-    QByteArray state = stateNow();
+    QByteArray state = statesNow();
     log.write("state", state);
     QObject::connect(&journal, &CrashJournal::written, &window, [&](bool isAll) {
         if (isAll)
-            log.write("written", hasJournal(folder) ? state : nothing);
+            log.write("written", hasJournal(folder) ? state.first(nothing.size()) : nothing);
     });
     QTimer timer;
     timer.setSingleShot(true);
     QObject::connect(&timer, &QTimer::timeout, &window, [&] {
         if (session.change())
             journal.changed();
-        state = stateNow();
+        state = statesNow();
         log.write("state", state);
         timer.start(session.pause());
     });
@@ -131,9 +150,9 @@ QString problemOf(const QByteArray& state, const QString& folder, qint64 end) {
     bool isNeededNewer = false; // a later one is said to be written
     for (const QByteArray& line : file.readAll().split('\n')) {
         const QList<QByteArray> words = line.split(' ');
-        if (words.size() != 3 || words[2].size() != state.size())
+        if (words.size() < 3 || words[2].size() != state.size())
             continue;
-        const bool isFound = words[2] == state;
+        const bool isFound = words.indexOf(state, 2) > 0;
         if (isFound) {
             foundAt = words[1].toLongLong();
             leftAt = -1;
