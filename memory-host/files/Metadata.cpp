@@ -11,6 +11,7 @@
 #include <gemmi/to_mmcif.hpp>
 #include <gemmi/to_pdb.hpp>
 
+#include "CifEdit.h"
 #include "Metadata.h"
 
 #include <algorithm>
@@ -350,6 +351,29 @@ void Metadata::addConnections(gemmi::cif::Block& block) {
     }
 }
 
+namespace {
+
+bool isOutsideOfAscii(const std::string& value) {
+    return std::ranges::any_of(value, [](unsigned char c) { return c >= 0x80; });
+}
+
+// gemmi leaves letters outside of ASCII, as in the names of chains, without the quotes that they
+// need to be read.
+void quoteOthers(gemmi::cif::Block& block) {
+    static constexpr std::string_view quotes = "'\";";
+    const auto quote = [](std::string& value) {
+        if (isOutsideOfAscii(value) && quotes.find(value.front()) == std::string_view::npos)
+            value = cif::written(value);
+    };
+    for (gemmi::cif::Item& item : block.items)
+        if (item.type == gemmi::cif::ItemType::Pair)
+            quote(item.pair[1]);
+        else if (item.type == gemmi::cif::ItemType::Loop)
+            std::ranges::for_each(item.loop.values, quote);
+}
+
+} // namespace
+
 std::string Metadata::mmcifBlock(const std::string& name) {
     const PointsInNumbers points;
     nameBlankChains();
@@ -360,6 +384,7 @@ std::string Metadata::mmcifBlock(const std::string& name) {
     groups.atoms = false;
     gemmi::cif::Block block = gemmi::make_mmcif_block(m_structure, groups);
     addConnections(block);
+    quoteOthers(block);
     std::ostringstream out;
     gemmi::cif::write_cif_block_to_stream(out, block);
     return std::move(out).str();

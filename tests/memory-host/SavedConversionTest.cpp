@@ -356,6 +356,15 @@ private slots:
         QCOMPARE(shownDetails(opened(out("full.cif")).items.front()), shownDetails(entry));
     }
 
+    void lettersOutsideOfAsciiArriveAsMmcif() {
+        PdbAtom atom;
+        atom.chain = "\xe9";
+        const OpenedFile source = opened(m_folder.write("letters.pdb", line(atom)));
+        QVERIFY(saveFile(source.items, out("letters.cif")).empty());
+        const OpenedFile again = opened(out("letters.cif"));
+        QCOMPARE(sortedAtoms(again.items), sortedAtoms(source.items));
+    }
+
     void onlyWhatIsSelectedIsSavedWithTheBondsInIt() {
         const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
         change(Publisher::Update, [&] {
