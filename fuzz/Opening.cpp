@@ -35,12 +35,6 @@ Compound* openBefore() {
     return entry;
 }
 
-void requireInvariants() {
-    const std::vector<std::string> faults = memory_host::checkInvariants();
-    require(faults.empty(), "the data space agrees with itself",
-            faults.empty() ? std::string() : faults.front());
-}
-
 void requireAsBefore() {
     Compound* const entry = openBefore();
     require(childrenOf(TAVIK::Space::instance()) == std::vector<Compound*>{entry},
@@ -177,6 +171,12 @@ void openAndDestroy(const InputFile& file) {
 }
 
 } // namespace
+
+void requireInvariants() {
+    const std::vector<std::string> faults = memory_host::checkInvariants();
+    require(faults.empty(), "the data space agrees with itself",
+            faults.empty() ? std::string() : faults.front());
+}
 
 void openInput(const InputFile& file, std::string_view content) {
     // A packed input may grow a thousandfold, but not beyond this limit.

@@ -7,6 +7,7 @@
 #include "MakingAgain.h"
 #include "RecoveredItems.h"
 #include "Space.h"
+#include "files/FileReport.h"
 #include "items/Arrivals.h"
 #include "items/DataVersion.h"
 #include "items/Publishing.h"
@@ -26,6 +27,12 @@ namespace {
 bool isSame(const FileStamp& now, FileStamp before) {
     before.device = now.device;
     return now.isKnown() && now == before;
+}
+
+// As part of a line for the user.
+std::string shown(std::string_view path) {
+    constexpr std::size_t longest = 4096;
+    return oneLine(path, longest);
 }
 
 std::shared_ptr<EntrySource> entrySourceOf(const Compound* item) {
@@ -86,7 +93,7 @@ RecoveredItems JournalRecovery::Work::findItems(Outcome& outcome) const {
         if (m_opened[i] && items.addReading(i, *m_opened[i]))
             continue;
         outcome.isWhole = false;
-        outcome.lines.push_back(std::string(m_content.readings[i].path) +
+        outcome.lines.push_back(shown(m_content.readings[i].path) +
                                 (m_opened[i]
                                      ? ": its content is not what it was; the changes to it "
                                        "are not brought back"
@@ -192,7 +199,7 @@ JournalRecovery::Work::files(const RecoveredItems& items, std::vector<std::strin
             file->entries.push_back(items.identifierNow(id));
         std::ranges::sort(file->entries);
         if (now != file->stamp && before.isKnown())
-            lines.push_back(path +
+            lines.push_back(shown(path) +
                             (now.isKnown() ? " is another than when the journal was written"
                                            : " is not there any more") +
                             "; what is open is as it was then");
@@ -267,7 +274,7 @@ std::vector<std::string> JournalRecovery::entries() const {
         if (const std::string_view name =
                 entry.path.empty() ? content.text(entry.name) : fileNameOf(entry.path);
             seen.insert(name).second)
-            names.emplace_back(name);
+            names.push_back(shown(name));
     return names;
 }
 
@@ -276,7 +283,7 @@ std::size_t JournalRecovery::fileCount() const {
 }
 
 std::string JournalRecovery::path(std::size_t file) const {
-    return std::string(m_work->content().readings[file].path);
+    return shown(m_work->content().readings[file].path);
 }
 
 std::string JournalRecovery::contentPath(std::size_t file) const {
