@@ -43,9 +43,6 @@ constexpr std::string_view displacementTags = "#\nloop_\n"
                                               "_atom_site_anisotrop.U[1][3]\n"
                                               "_atom_site_anisotrop.U[2][3]\n";
 
-// As names are shown that are blank.
-const std::string blankName = "'_'";
-
 template <class Number> void addNumber(std::string& out, Number value) {
     std::array<char, 64> text{};
     char* const begin = text.data();
@@ -141,9 +138,7 @@ void BlockWriter::addModel(const SavedModel& model, std::size_t number,
         if (item.startsResidue) {
             residue = residueValues(model, item, residues[starts++]);
             const SavedResidue& saved = model.residues[item.residue];
-            // Without one, a reader would take the label's.
-            const std::uint32_t chain = model.chains[saved.chain];
-            author = m_quoted[saved.number] + ' ' + (chain ? m_quoted[chain] : blankName) + ' ' +
+            author = m_quoted[saved.number] + ' ' + m_quoted[model.chains[saved.chain]] + ' ' +
                      std::to_string(number) + '\n';
         }
         m_atoms += atom.details.isHetero ? "HETATM " : "ATOM ";
