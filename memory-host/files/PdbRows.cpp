@@ -202,6 +202,8 @@ std::string rowBeginning(const SavedModel& model, const SavedResidue& residue,
     std::string chain = content.names[model.chains[residue.chain]];
     if (!neighbour.empty())
         chain = std::string(field(neighbour, 21, 22));
+    else if (chain == "_") // as a blank one is shown
+        chain.clear();
     const std::string number = residueNumberText(content.names[residue.number]);
     const std::string& insertion = content.names[residue.insertion];
     const bool fits = name.size() + std::max<std::size_t>(chain.size(), 1) <= 5 &&

@@ -275,6 +275,15 @@ private slots:
         }
     }
 
+    void whatStandsInNoChainJoinsTheBlankOneOfAnEditedFile() {
+        PdbAtom row;
+        row.chain = " ";
+        TAVIK::Compound* const entry = openText(line(row)).items.front();
+        change(Publisher::Add, [&] { memory_host::addAtom(entry, atomValues("Q", 5.0F)); });
+        (void)saveFile(std::vector{entry}, out("edited.pdb"));
+        QCOMPARE(childNames(opened(out("edited.pdb")).items.front()), QStringList("_"));
+    }
+
     void entriesWithoutAnyPositionAreRefused() {
         TAVIK::AtomValues nowhere = atomValues("CA", 0.0F);
         nowhere.position = {};
