@@ -103,11 +103,13 @@ void rejoinSets(Compound& item, SetListing&& left) noexcept {
     if (left.mapped().empty())
         return;
     HostItem& record = HostItem::of(&item);
+    // A set that has had no members counts by itself, perhaps in this very item.
+    for (const Listing& listing : left.mapped())
+        if (const SetRecord& set = *listing.set; !listsMembers(set))
+            addContribution(set.parent, -contributionOf(set));
     const ItemState state = stateOf(record);
     for (const Listing& listing : left.mapped()) {
         SetRecord& set = *listing.set;
-        if (!listsMembers(set))
-            addContribution(set.parent, -contributionOf(set));
         changeState(set, [&] {
             set.places[listing.place] = &item;
             --set.holes;

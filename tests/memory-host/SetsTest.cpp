@@ -1,4 +1,6 @@
 // Named sets: what they list, what they say of it, and that nothing in them ever dangles.
+#include "DataPointBase.h"
+#include "History.h"
 #include "Sample.h"
 #include "TestSupport.h"
 
@@ -19,6 +21,7 @@ private slots:
     void aSetThatLosesItsLastMemberIsALeaf();
     void nestedSetsFollowTheirMembers();
     void aSetMayListWhatItStandsIn();
+    void aSetThatListsWhatItStandsInComesBackAsItWas();
     void aSetMayListTheSpace();
     void manySetsMayListOneItem();
     void aDestroyedMemberIsGoneFromEverySet();
@@ -180,6 +183,24 @@ void SetsTest::aSetMayListWhatItStandsIn() {
     QVERIFY(!box->IsVisible());
     DataMaker::Destroy(box);
     QVERIFY(!space()->HasChildren());
+}
+
+void SetsTest::aSetThatListsWhatItStandsInComesBackAsItWas() {
+    const Sample sample;
+    sample.entry->SetSelected(true);
+    Compound* set = nullptr;
+    {
+        const DataPointBase guard(nullptr, Publisher::Add, "Make a set");
+        set = DataMaker::makeSet(sample.bondsBox, "set", {sample.bonds[0], sample.bondsBox});
+    }
+    {
+        const DataPointBase guard(nullptr, Publisher::Delete, "Close");
+        DataMaker::Destroy(sample.entry);
+    }
+    QVERIFY(History::undo());
+    QVERIFY(set->IsSelected());
+    QVERIFY(sample.bondsBox->IsSelected());
+    QCOMPARE(faults(), QString());
 }
 
 void SetsTest::aSetMayListTheSpace() {
