@@ -3,6 +3,7 @@
 #include "CompareRows.h"
 #include "History.h"
 #include "HostTwin.h"
+#include "Saving.h"
 #include "Space.h"
 #include "items/Building.h"
 #include "items/Invariants.h"
@@ -13,6 +14,8 @@
 #include <QFrame>
 #include <QLineEdit>
 
+#include <algorithm>
+
 namespace random_use {
 
 QString historyText(bool back) {
@@ -22,6 +25,26 @@ QString historyText(bool back) {
     return text;
 }
 
+namespace {
+
+// Which file each entry is in, and whether it is as there.
+void compareFiles(Comparison& all, Model& model, const Driver& driver) {
+    const std::vector<TAVIK::Compound*> unsaved = workbench::unsavedEntries();
+    for (const Item* item : model.topLevel()) {
+        const TAVIK::Compound* const entry = workbench::entryWith(item->id);
+        if (!entry)
+            continue;
+        all.lookAt("entry", item);
+        all.same("its file", model.files.nameOf(*item), driver.fileOf(entry));
+        all.same("is unsaved", model.files.isUnsaved(*item), memory_host::isUnsaved(entry));
+        all.same("has a star", model.files.isUnsaved(*item) && model.files.isSavable(*item),
+                 std::find(unsaved.begin(), unsaved.end(), entry) != unsaved.end());
+    }
+    all.lookAt("", nullptr);
+}
+
+} // namespace
+
 QStringList differences(Model& model, const Driver& driver) {
     Comparison all;
     compareItem(all, *model.host.space(), TAVIK::Space::instance());
@@ -29,6 +52,7 @@ QStringList differences(Model& model, const Driver& driver) {
     all.same("shows the selection", model.showSelection, TAVIK::Space::GetShowSelection());
     for (const std::string& fault : memory_host::checkInvariants())
         all.lines << QString::fromStdString(fault);
+    compareFiles(all, model, driver);
     all.same("changes to take back", model.past.text(true), historyText(true));
     all.same("changes to do again", model.past.text(false), historyText(false));
     const Vuxo* const window = Driver::window();

@@ -107,9 +107,14 @@ Driver::Driver(const Start& start, Model& model)
     if (start.kind == Start::Generated)
         for (unsigned int i = 0; i != 1 + start.seed % 3; ++i)
             buildStructure(start.seed + i);
-    else if (const char* const file = fileOf(start.kind))
-        openStructure(file);
+    const char* const file = random_use::fileOf(start.kind);
+    if (file) {
+        fetch(file);
+        openStructure(pathOf(file));
+    }
     enterFrom(0);
+    if (file)
+        enterFile(file, 0);
     model.host.nextId = takeId();
     model.past.begin(model.host);
     memory_host::forgetHistory();
@@ -228,8 +233,11 @@ Said Driver::act(const Step& step) {
     if (isUsable())
         doInWindow(step);
     if (step.action == Action::Build || step.action == Action::Load) {
-        if (topLevelCount() > before)
+        const bool hasOpened = topLevelCount() > before;
+        if (hasOpened)
             m_model.open([&] { enterFrom(before); });
+        if (hasOpened && step.action == Action::Load)
+            enterFile(step.name, before);
         m_model.host.nextId = takeId();
     } else {
         m_model.act(step, m_meaning, m_seen);
@@ -247,7 +255,8 @@ Said Driver::act(const Step& step) {
             m_said.asked << widget->windowTitle();
             widget->hide();
         }
-    m_said.messages = TestCase::takeMessages();
+    readSaved();
+    m_said.messages << TestCase::takeMessages();
     m_said.log = TestCase::takeHostLog();
     m_said.told = std::exchange(m_listener.told, {});
     return m_said;
@@ -281,6 +290,8 @@ void Driver::doAnywhere(const Step& step) {
     case Action::Build:
     case Action::Load:
         return openOrBuild(step);
+    case Action::Save:
+        return save(step);
     case Action::Hide:
     case Action::Minimise:
     case Action::Close:
@@ -317,8 +328,10 @@ void Driver::openOrBuild(const Step& step) {
     const Edit waiting = std::exchange(m_listener.answer, {});
     if (step.action == Action::Build)
         buildStructure(step.value);
-    else
-        openStructure(step.name);
+    else {
+        fetch(step.name);
+        openStructure(pathOf(step.name));
+    }
     m_listener.answer = waiting;
 }
 

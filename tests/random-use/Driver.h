@@ -9,6 +9,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QPointer>
+#include <QTemporaryDir>
 
 #include <functional>
 #include <memory>
@@ -20,9 +21,13 @@ class QMenu;
 class TreeItem;
 class TreeView;
 class Vuxo;
-namespace memory_host {
-class SpaceLock;
+namespace TAVIK {
+class Compound;
 }
+namespace memory_host {
+struct SaveOptions;
+class SpaceLock;
+} // namespace memory_host
 
 namespace random_use {
 
@@ -52,9 +57,10 @@ void editData(Subscriber* who, const Edit& edit);
 /// Builds a structure, other for each seed, as a file reader does; nothing happens when the host
 /// refuses it.
 void buildStructure(unsigned int seed);
-/// Opens a structure file of that name. Returns whether the host let it in.
-bool openStructure(const std::string& name);
+/// Opens a file. Returns whether the host let it in.
+bool openStructure(const std::string& path);
 inline constexpr const char* sampleFile = "sample.pdb";
+inline constexpr const char* modelsFile = "models.pdb";
 inline constexpr const char* missingFile = "no such file.pdb";
 /// The file that a session begins with; null for none.
 const char* fileOf(Start::Kind kind);
@@ -77,6 +83,8 @@ public:
     static ListBox* listOf(const Vuxo* window);
     static QFrame* panelOf(const Vuxo* window);
     bool isDone() const;
+    /// The name of an entry's file in the session's folder; empty for none.
+    std::string fileOf(const TAVIK::Compound* entry) const;
 
 private:
     bool isUsable() const;
@@ -93,6 +101,18 @@ private:
     void trigger(const Step& step);
     void call(const Step& step);
     void openOrBuild(const Step& step);
+    /// In the session's own folder.
+    std::string pathOf(const std::string& name) const;
+    QString nameOf(const std::string& path) const;
+    void fetch(const std::string& name) const;
+    /// Enters what was opened of a file, the top-level items from that one on, and compares it with
+    /// what was saved.
+    void enterFile(const std::string& name, unsigned int first);
+    void save(const Step& step);
+    void saveAs(const std::vector<TAVIK::Compound*>& entries, const std::string& path,
+                memory_host::SaveOptions options, const Step& step);
+    /// Reads what was saved in this step, and compares it.
+    void readSaved();
     /// Enters the top-level items from that one on in the model.
     void enterFrom(unsigned int first);
 
@@ -121,6 +141,8 @@ private:
     Said m_said;
     Listener m_listener;
     std::unique_ptr<memory_host::SpaceLock> m_lock;
+    QTemporaryDir m_folder;
+    std::vector<std::string> m_saved; ///< paths, in this step
     bool m_isLow;
     bool m_watched;
     QPointer<QAbstractItemModel> m_rows;

@@ -83,6 +83,14 @@ bool isIn(Compound* box, const std::string& kind) {
     return box;
 }
 
+void setAtom(Compound* item, const TAVIK::AtomValues& values) {
+    auto* const atom = dynamic_cast<TAVIK::Atom*>(item);
+    if (TAVIK::GetAtomDetails(atom).serial == TAVIK::AtomDetails::noSerial)
+        return memory_host::setAtom(item, values);
+    TAVIK::SetAtomPosition(atom, values.position);
+    TAVIK::SetAtomModel(atom, values.model);
+}
+
 void changeItem(Compound* item, const Edit& edit) {
     if (edit.kind == EditKind::Select)
         item->SetSelected(turnsOn(edit));
@@ -91,7 +99,7 @@ void changeItem(Compound* item, const Edit& edit) {
     else if (edit.kind == EditKind::Paint)
         item->SetColor(Color(paintedColor(edit)));
     else if (edit.kind == EditKind::SetAtom)
-        memory_host::setAtom(item, recordOf(madeAtom(edit.value), ""));
+        setAtom(item, recordOf(madeAtom(edit.value), ""));
     else if (modelSwitch(edit) == Host::Switch::First)
         item->FirstModel();
     else if (modelSwitch(edit) == Host::Switch::Previous)
@@ -237,13 +245,9 @@ void buildStructure(unsigned int seed) {
         DataMaker::Destroy(entry);
 }
 
-bool openStructure(const std::string& name) {
-    const QString file = QString::fromStdString(name);
-    const QString path = name == missingFile  ? file
-                         : name == sampleFile ? QStringLiteral(SOURCE_DIR "/data/") + file
-                                              : test_support::TestCase::structure(file);
+bool openStructure(const std::string& path) {
     try {
-        memory_host::openFile(path.toStdString());
+        memory_host::openFile(path);
     } catch (const memory_host::FileError&) {
         return false; // the host refuses the file, or changes just now
     }

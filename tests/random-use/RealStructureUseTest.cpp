@@ -7,7 +7,7 @@ private slots:
         QTest::addColumn<int>("structure");
         QTest::addColumn<unsigned int>("seed");
         QTest::newRow("sample") << int(Start::Sample) << 1U;
-        for (unsigned int seed = 2; seed != 5; ++seed) {
+        for (unsigned int seed = 2; seed != 4; ++seed) {
             QTest::addRow("ubiquitin %u", seed) << int(Start::Ubiquitin) << seed;
             QTest::addRow("crambin %u", seed) << int(Start::Crambin) << seed;
             QTest::addRow("crabp %u", seed) << int(Start::Crabp) << seed;

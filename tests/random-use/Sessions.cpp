@@ -35,6 +35,8 @@ constexpr Place places[] = {Place::Object,     Place::Show,        Place::Select
                             Place::Partial,    Place::Indentation, Place::MarkBegin, Place::MarkEnd,
                             Place::NameMargin, Place::NameBegin};
 constexpr Place columns[] = {Place::Object, Place::Show, Place::Select, Place::Partial};
+constexpr const char* savedFiles[] = {"a.pdb",    "a.cif", "b.pdb.gz", "b.cif.gz", "c.pdb",
+                                      "map.ccp4", "a.cif", "c.cif",    "list.txt", "a.pdb"};
 constexpr const char* pluginCommands[] = {"Show", "Kill", "show", "", "Show"};
 constexpr Action entryPoints[] = {Action::Command, Action::CommandC, Action::Execute0,
                                   Action::Cleanup, Action::CommandC};
@@ -67,7 +69,7 @@ constexpr Weight weights[] = {
     {Action::Button, {3, 6, 1, 2}},     {Action::CommandC, {2, 1, 1, 4}},
     {Action::Hide, {1, 1, 1, 3}},       {Action::Lock, {1, 1, 1, 3}},
     {Action::Outside, {12, 8, 6, 24}},  {Action::Answering, {3, 1, 1, 10}},
-    {Action::Build, {2, 2, 2, 3}},
+    {Action::Build, {2, 2, 2, 3}},      {Action::Save, {10, 10, 2, 10}},
 };
 
 } // namespace
@@ -169,6 +171,8 @@ void Generator::pickDetails(Step& step, Model& model) {
     case Action::Type:
         step.key = choose(letterKeys, pick(1000));
         return;
+    case Action::Save:
+        return pickFile(step, model);
     case Action::PressEntry:
         step.button = model.tree.top() ? choose(listButtons, pick(1000)) : Qt::LeftButton;
         return;
@@ -200,6 +204,10 @@ void Generator::pickDetails(Step& step, Model& model) {
             step.action = Action::Load;
             step.name = file ? file : missingFile;
         }
+        if (m_last.action == Action::Save || pick(4) == 0)
+            pickFile(step, model);
+        else if (pick(8) == 0)
+            step = {.action = Action::Load, .name = modelsFile};
         if (isMuch(model)) {
             step.action = Action::Outside;
             step.edit = {EditKind::Destroy, pick(1000), pick(4)};
@@ -207,6 +215,18 @@ void Generator::pickDetails(Step& step, Model& model) {
         return;
     default:
         return;
+    }
+}
+
+void Generator::pickFile(Step& step, Model& model) {
+    const std::vector<std::string> saved = model.files.names();
+    if (step.action == Action::Save) {
+        step.name = choose(savedFiles, pick(1000));
+        step.value = pick(5);
+        if (pick(3) == 0)
+            step.answer = Answer::Cancel;
+    } else if (!saved.empty() && !isMuch(model)) {
+        step = {.action = Action::Load, .name = choose(saved, pick(1000))};
     }
 }
 
@@ -222,6 +242,9 @@ void Generator::goOn(Step& step) {
             return;
         }
     }
+    // Who saves reads it.
+    if (m_last.action == Action::Save && pick(2))
+        step.action = Action::Build;
     if (m_last.action == Action::Outside && isTravel(m_last.edit) && pick(3) == 0)
         step.action = Action::Outside;
     if (m_last.edit.kind == EditKind::AddAmong && pick(2)) {
@@ -315,7 +338,7 @@ namespace {
 class Play {
 public:
     Play(const Start& start, const Begin& begin) : m_begin(begin), m_driver(start, m_model) {
-        m_start = test_support::dataLines();
+        m_start = test_support::dataLines(false);
     }
 
     Model& model() { return m_model; }
@@ -333,11 +356,11 @@ public:
         m_driver.rest();
         QStringList faults =
             act({.action = Action::Outside, .edit = {EditKind::Redo, 0, changesOfAll}});
-        const QStringList end = test_support::dataLines();
+        const QStringList end = test_support::dataLines(false);
         faults << act({.action = Action::Outside, .edit = {EditKind::Undo, 0, changesOfAll}})
-               << differs(test_support::dataLines(), m_start, "taken back")
+               << differs(test_support::dataLines(false), m_start, "taken back")
                << act({.action = Action::Outside, .edit = {EditKind::Redo, 0, changesOfAll}})
-               << differs(test_support::dataLines(), end, "done again");
+               << differs(test_support::dataLines(false), end, "done again");
         return faults;
     }
 
@@ -348,7 +371,7 @@ private:
         if (!m_model.past.keep(historyText(true))) {
             memory_host::forgetHistory();
             m_model.past.begin(m_model.host);
-            m_start = test_support::dataLines();
+            m_start = test_support::dataLines(false);
         }
         return differences(m_model.said, real) + differences(m_model, m_driver);
     }

@@ -24,6 +24,7 @@ private:
     unsigned int pick(unsigned int below) { return unsigned(m_random() % below); }
     Action pickAction(Model& model);
     Edit pickEdit(Model& model);
+    void pickFile(Step& step, Model& model);
     /// What the action is done with.
     void pickDetails(Step& step, Model& model);
     void pickPlaces(Step& step);

@@ -35,7 +35,8 @@ QString detailsOf(const TAVIK::Atom& atom) {
 // Names items in the lines: by their addresses, or by their places in the tree.
 class LineWriter {
 public:
-    explicit LineWriter(bool areComparable) : m_areComparable(areComparable) {
+    LineWriter(bool areComparable, bool withFiles)
+        : m_areComparable(areComparable), m_withFiles(withFiles) {
         if (areComparable)
             number(TAVIK::Space::instance());
     }
@@ -55,6 +56,7 @@ private:
     void writeKind(QTextStream& text, const Compound* item) const;
 
     bool m_areComparable;
+    bool m_withFiles;
     QHash<const Compound*, qsizetype> m_places;
 };
 
@@ -98,7 +100,7 @@ void LineWriter::write(QStringList& lines, Compound* item) const {
          << item->GetFQName().c_str() << ' ' << item->GetType().c_str()
          << (item->IsSelected() ? " selected" : "") << (item->HasSelected() ? " partly" : "")
          << (item->IsVisible() ? " shown" : "") << ' ' << item->GetColor().rgba() << ' '
-         << TAVIK::OriginOf(item);
+         << (m_withFiles ? TAVIK::OriginOf(item) : QString());
     writeKind(text, item);
     text << " parts";
     for (Compound** part = item->PartBegin(); part != item->PartEnd(); ++part)
@@ -109,20 +111,20 @@ void LineWriter::write(QStringList& lines, Compound* item) const {
         write(lines, *child);
 }
 
-QStringList linesOf(bool areComparable) {
+QStringList linesOf(bool areComparable, bool withFiles) {
     QStringList lines;
-    LineWriter(areComparable).write(lines, TAVIK::Space::instance());
+    LineWriter(areComparable, withFiles).write(lines, TAVIK::Space::instance());
     return lines;
 }
 
 } // namespace
 
-QStringList dataLines() {
-    return linesOf(false);
+QStringList dataLines(bool withFiles) {
+    return linesOf(false, withFiles);
 }
 
 QStringList comparableLines() {
-    return linesOf(true);
+    return linesOf(true, true);
 }
 
 QString firstDifference(const QStringList& now, const QStringList& before) {

@@ -6,8 +6,8 @@
 
 namespace test_support {
 
-/// A line an item, in the order of the tree.
-QStringList dataLines();
+/// A line an item, in the order of the tree; with the files of entries, which no change is about.
+QStringList dataLines(bool withFiles = true);
 /// The same without addresses and identifiers: items are named by their places in the tree, so that
 /// the data of two runs can be compared.
 QStringList comparableLines();

@@ -1,5 +1,6 @@
 #include "HostTwin.h"
 
+#include "AtomDetails.h"
 #include "Geometry.h"
 #include "Kinds.h"
 #include "Space.h"
@@ -40,6 +41,22 @@ std::vector<std::array<float, 3>> cornersOf(Compound* item) {
     return corners;
 }
 
+AtomDetails detailsOf(const TAVIK::Atom* atom) {
+    const TAVIK::AtomDetails details = TAVIK::GetAtomDetails(atom);
+    return {details.occupancy, details.formalCharge, details.alternative, details.isHetero};
+}
+
+void enterGrid(Item& item, const TAVIK::Grid& grid) {
+    const TAVIK::GridValues* const values = TAVIK::GetGridValues(&grid);
+    item.origin = values->origin;
+    for (const std::size_t k : {0, 1, 2}) {
+        item.points[k] = grid.m_points[k];
+        item.lower[k] = grid.m_lower[k];
+        item.upper[k] = grid.m_upper[k];
+        item.step[k] = values->steps[k][k];
+    }
+}
+
 // Whether the item is of the class that a plug-in tells its kind by.
 bool isOfItsClass(const Item& item, Compound* real) {
     const auto is = [&](Kind kind, const auto* found) { return (item.kind == kind) == !!found; };
@@ -60,6 +77,7 @@ void compareValues(Comparison& all, const Item& item, Compound* real) {
     all.same("corners", item.corners, cornersOf(real));
     if (const auto* const atom = dynamic_cast<TAVIK::Atom*>(real)) {
         const TAVIK::Vertex at = real->GetPosition();
+        all.same("details", true, item.details == detailsOf(atom));
         all.same("model", std::to_string(item.model), atom->GetModelNumber());
         all.same("temperature", item.temperature, atom->GetTemperature());
         all.same("has a position", item.hasPosition, at.isValid());
@@ -97,6 +115,10 @@ Item* enterItem(Compound* real, Host& host, Item* parent) {
                                  at.isValid(),
                                  atom->GetTemperature(),
                                  unsigned(std::stoi(atom->GetModelNumber()))});
+            made->details = detailsOf(atom);
+            made->serial = TAVIK::GetAtomDetails(atom).serial;
+        } else if (const auto* const grid = dynamic_cast<TAVIK::Grid*>(item)) {
+            enterGrid(*made, *grid);
         }
         for (Compound** child = item->ChildBegin(); child != item->ChildEnd(); ++child)
             enter(*child, made);

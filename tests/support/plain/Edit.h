@@ -25,7 +25,7 @@ enum class EditKind {
     Swap,     ///< one change destroys a top-level item and makes another
     AddAmong, ///< one change adds an atom and selects or unselects the item; value: as AddAtom, and
               ///< whether the atom stands in the space itself
-    SetAtom,  ///< value: its new type, place, model
+    SetAtom,  ///< value: its new type, place, model; of an atom of a file place and model alone
     Model,    ///< value: first, previous, next
     Highlight, ///< switches the host's showing of the selection; needs no guard
     Look,      ///< has the window painted, and all events handled

@@ -89,6 +89,8 @@ void Model::changeItem(Item& item, const Edit& edit) {
         item.color = paintedColor(edit);
     else if (edit.kind == EditKind::Model && item.kind == Kind::Residue)
         Host::switchModel(item, modelSwitch(edit));
+    else if (edit.kind == EditKind::SetAtom && item.kind == Kind::Atom && item.isOfFile())
+        host.moveAtom(item, madeAtom(edit.value));
     else if (edit.kind == EditKind::SetAtom && item.kind == Kind::Atom)
         host.setAtom(item, madeAtom(edit.value));
 }

@@ -22,6 +22,8 @@ void Model::act(const Step& step, const Meaning& meaning, const Seen& seen) {
         return;
     case Action::Outside:
         return edit(Who::Nobody, step.edit);
+    case Action::Save:
+        return save(step);
     case Action::Answering:
         answering = step.edit;
         return;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace plain {
@@ -47,18 +48,59 @@ void Host::restore(const Copy& copy) {
 
 namespace {
 
+bool isData(const Item& item, bool hasChildren) {
+    return item.kind == Kind::Atom || item.kind == Kind::Bond ||
+           (item.isComposite() && hasChildren);
+}
+
+bool hasOtherValues(const Item& a, const Item& b) {
+    return a.model != b.model || a.type != b.type || a.position != b.position ||
+           a.hasPosition != b.hasPosition || a.temperature != b.temperature ||
+           !(a.details == b.details);
+}
+
 // Whether the own marks of an item count.
 bool hasMarks(const Host::Copied& copied) {
     return !copied.item.heldLeaves && (copied.item.kind != Kind::Set || copied.parts.empty());
 }
 
 bool isOtherwise(const Item& a, const Item& b) {
-    return a.color != b.color || a.model != b.model || a.type != b.type ||
-           a.position != b.position || a.hasPosition != b.hasPosition ||
-           a.temperature != b.temperature || a.lower != b.lower || a.upper != b.upper;
+    return a.color != b.color || hasOtherValues(a, b) || a.lower != b.lower || a.upper != b.upper;
 }
 
 } // namespace
+
+void Host::noteChanges(const Copy& before, unsigned int& lastVersion) {
+    std::map<unsigned int, const Copied*> old;
+    for (const Copied& each : before)
+        old[each.item.id] = &each;
+    std::set<unsigned int> changed;
+    std::set<unsigned int> left;
+    for (const auto& item : m_items) {
+        left.insert(item->id);
+        const auto was = old.find(item->id);
+        const bool isLeaf = item->kind == Kind::Atom || item->kind == Kind::Bond;
+        const bool isOther = was == old.end() ||
+                             (item->kind == Kind::Atom && hasOtherValues(*item, was->second->item));
+        const Item* top = item.get();
+        while (isLeaf && isOther && top->parent->kind != Kind::Space)
+            top = top->parent;
+        // What comes as a whole is as it came.
+        if (top != item.get() && old.count(top->id))
+            changed.insert(top->id);
+    }
+    for (const Copied& gone : before) {
+        if (left.count(gone.item.id) || !isData(gone.item, !gone.children.empty()))
+            continue;
+        const Copied* top = &gone;
+        while (top->parent != space()->id)
+            top = old.at(top->parent);
+        changed.insert(top->item.id);
+    }
+    for (const unsigned int id : changed)
+        if (Item* const top = find(id))
+            top->version = ++lastVersion;
+}
 
 Past::Change Past::between(CopyPtr before, CopyPtr after) {
     std::map<unsigned int, const Host::Copied*> old;
@@ -90,11 +132,12 @@ Past::Change Past::between(CopyPtr before, CopyPtr after) {
 }
 
 void Past::begin(const Host& host) {
-    *this = {};
+    *this = Past(m_lastVersion);
     m_now = std::make_shared<Host::Copy>(host.copy());
 }
 
-void Past::record(const Host& host) {
+void Past::record(Host& host) {
+    host.noteChanges(*m_now, m_lastVersion);
     CopyPtr after = std::make_shared<Host::Copy>(host.copy());
     m_done.push_back(between(m_now, after));
     m_now = std::move(after);

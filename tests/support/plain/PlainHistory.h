@@ -18,10 +18,11 @@ struct Turn {
 
 class Past {
 public:
+    Past() = default;
     /// Begins with the data as they are.
     void begin(const Host& host);
     /// A change has ended.
-    void record(const Host& host);
+    void record(Host& host);
     /// Whether so many changes, at least one, can be taken back, or done again.
     bool has(bool back, std::size_t count) const;
     std::size_t count(bool back) const { return (back ? m_done : m_undone).size(); }
@@ -40,6 +41,8 @@ public:
     bool keep(const QString& real);
 
 private:
+    explicit Past(unsigned int lastVersion) : m_lastVersion(lastVersion) {}
+
     using CopyPtr = std::shared_ptr<const Host::Copy>;
     struct Change {
         CopyPtr before;
@@ -51,9 +54,10 @@ private:
     static Change between(CopyPtr before, CopyPtr after);
 
     CopyPtr m_now;
-    std::vector<Change> m_done;   ///< the last one at the end
-    std::vector<Change> m_undone; ///< the next one at the end
-    std::size_t m_new = 0;        ///< of those done, which keep() has not seen
+    std::vector<Change> m_done;     ///< the last one at the end
+    std::vector<Change> m_undone;   ///< the next one at the end
+    unsigned int m_lastVersion = 0; ///< of a top-level item
+    std::size_t m_new = 0;          ///< of those done, which keep() has not seen
 };
 
 } // namespace plain

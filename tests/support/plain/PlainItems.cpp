@@ -155,8 +155,16 @@ void Host::setAtom(Item& atom, const AtomValues& values) {
     atom.position = values.position;
     atom.hasPosition = values.hasPosition;
     atom.temperature = values.temperature;
+    atom.details = {};
     atom.model = values.model;
     atom.color = defaultColor(atom);
+    settle();
+}
+
+void Host::moveAtom(Item& atom, const AtomValues& values) {
+    atom.position = values.position;
+    atom.hasPosition = values.hasPosition;
+    atom.model = values.model;
     settle();
 }
 

@@ -29,6 +29,16 @@ enum class Kind {
 /// A kind as the host names it.
 std::string kindName(Kind kind);
 
+/// What files say of an atom beside its place.
+struct AtomDetails {
+    float occupancy = 1.0F;
+    int charge = 0;
+    char letter = '\0'; ///< of the alternative location that it had in its file
+    bool isHetero = false;
+
+    bool operator==(const AtomDetails&) const = default;
+};
+
 struct Item {
     Kind kind = Kind::Composite;
     std::string name;
@@ -41,12 +51,15 @@ struct Item {
     bool heldLeaves = false;
     std::uint32_t color = 0xffffffffU; ///< as Color packs it
     unsigned int model = 0;            ///< of an atom its own, of a residue the active one
+    unsigned int version = 0;          ///< of a top-level item's data; 0: as they came
 
     // Of an atom.
     std::string type;
     std::array<float, 3> position{};
     bool hasPosition = false;
     float temperature = 0.0F;
+    AtomDetails details;
+    int serial = -1; ///< in the file that it comes from
 
     // Of a grid; its axes are those of the coordinates.
     std::array<int, 3> points{};
@@ -58,6 +71,7 @@ struct Item {
     // Of a poly-line.
     std::vector<std::array<float, 3>> corners;
 
+    bool isOfFile() const { return serial >= 0; }
     bool isComposite() const { return kind <= Kind::Group; }
     /// A set that has members stands for them, and counts nowhere.
     bool listsMembers() const { return kind == Kind::Set && !parts.empty(); }
@@ -94,6 +108,8 @@ public:
     /// none.
     static bool nests(Kind kind, const Item* parent);
     void setAtom(Item& atom, const AtomValues& values);
+    /// Gives an atom another place and model.
+    void moveAtom(Item& atom, const AtomValues& values);
     Item* makeBond(Item* parent, Item* a, Item* b);
     /// Makes a set of those members, each once.
     Item* makeSet(Item* parent, const std::string& name, const Items& members);
@@ -127,6 +143,9 @@ public:
     };
     using Copy = std::vector<Copied>;
     Copy copy() const;
+    /// Gives the top-level items whose atoms or bonds are not those of the copy, from another
+    /// version than they have now, the next version.
+    void noteChanges(const Copy& before, unsigned int& lastVersion);
     /// Has the data be again as they were. Items that stay keep their addresses.
     void restore(const Copy& copy);
 

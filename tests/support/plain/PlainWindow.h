@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Meaning.h"
+#include "PlainFiles.h"
 #include "PlainHistory.h"
 #include "PlainItems.h"
 #include "PlainTree.h"
@@ -54,6 +55,7 @@ public:
 
     Host host;
     Past past;
+    Files files;
     bool changing = false;
     bool locked = false;
     bool showSelection = true;
@@ -114,6 +116,8 @@ private:
     int m_open = 0;     ///< dialogs and menus
 
     /// Others do what the step says while a dialog or menu is open.
+    void save(const Step& step);
+    void saveAs(const Items& entries, const std::string& name, SaveChoice choice, const Step& step);
     void editBehind(const Step& step);
     bool guarded(Who who, Change kind, const std::function<void()>& apply);
     void tell(Who who, Change kind);

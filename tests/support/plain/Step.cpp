@@ -10,11 +10,11 @@ namespace plain {
 namespace {
 
 const char* const actionNames[] = {
-    "Idle",        "Slot",     "Menu",     "Press",      "PressBelow", "Move",       "Release",
-    "DoubleClick", "Open",     "Key",      "Type",       "Header",     "PressEntry", "ListKey",
-    "Field",       "TreeOnly", "Button",   "Command",    "CommandC",   "Execute0",   "Cleanup",
-    "Hide",        "Minimise", "Close",    "ClosePanel", "Lock",       "Outside",    "Answering",
-    "Build",       "Load",     "Sabotage", "Crash"};
+    "Idle",        "Slot",     "Menu",   "Press",      "PressBelow", "Move",       "Release",
+    "DoubleClick", "Open",     "Key",    "Type",       "Header",     "PressEntry", "ListKey",
+    "Field",       "TreeOnly", "Button", "Command",    "CommandC",   "Execute0",   "Cleanup",
+    "Hide",        "Minimise", "Close",  "ClosePanel", "Lock",       "Outside",    "Answering",
+    "Build",       "Load",     "Save",   "Sabotage",   "Crash"};
 static_assert(std::size(actionNames) == actionCount);
 
 const char* const placeNames[] = {"Object",      "Show",      "Select",  "Partial",    "RightOfAll",

@@ -44,7 +44,8 @@ enum class Action {
     Outside,   ///< edit: done by others now
     Answering, ///< edit: done by another subscriber when it is told the next time
     Build,     ///< others add a structure; value: which
-    Load,      ///< name: the file; one of them is refused
+    Load,      ///< name: the file, which may have been saved before; one of them is refused
+    Save,      ///< target: the entry; value: what of it; name: the file, where one is asked for
     Sabotage,  ///< selects an item behind everyone's back: a comparison must notice
     Crash      ///< ends the program, which must be noticed, too
 };
@@ -114,6 +115,12 @@ inline constexpr PanelButton panelButtons[] = {{"Union", "applySelect()"},
 /// How many rows a step opens at most.
 constexpr int openedAtOnce = 40;
 
+/// What is saved: the entry's file, or the entry as another file, what is shown of it, the
+/// selection of all entries, or each file with changes.
+enum class Saving { File, FileAs, ShownAs, SelectionAs, All };
+inline Saving savingOf(const Step& step) {
+    return static_cast<Saving>(step.value % 5);
+}
 inline std::uint32_t chosenColor(const Step& step) {
     return 0x80000000U | step.value;
 }
