@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <future>
 #include <iterator>
 #include <optional>
 #include <unordered_set>
@@ -274,7 +275,11 @@ SavePlanPtr planSaving(std::span<TAVIK::Compound* const> items, const std::strin
 std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std::stop_token stop) {
     return guarded(plan, [&] {
         SaveReport report(plan.path, progress, std::move(stop));
-        settleBonds(plan.content, textToEdit(plan) != nullptr, report);
+        const SourceText* const text = textToEdit(plan);
+        // Unpacked meanwhile, where there can be another thread: each takes a fifth of the time.
+        auto unpacking = std::async([text] { return text ? text->unpack() : nullptr; });
+        settleBonds(plan.content, text != nullptr, report);
+        const std::shared_ptr<const Bytes> unpacked = unpacking.get();
         const std::string bytes = bytesOf(plan, report);
         std::vector<std::string> remarks = plan.remarks;
         remarks.insert(remarks.end(), report.remarks().begin(), report.remarks().end());

@@ -131,12 +131,15 @@ void SourceText::pack(const std::stop_token& stop) try {
 }
 
 std::shared_ptr<const Bytes> SourceText::unpack() const {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_text)
-            return m_text;
+    const std::lock_guard lock(m_mutex);
+    if (m_text)
+        return m_text;
+    std::shared_ptr<const Bytes> text = m_unpacked.lock();
+    if (!text) {
+        text = std::make_shared<const Bytes>(unpacked(m_packed.text(), m_size));
+        m_unpacked = text;
     }
-    return std::make_shared<const Bytes>(unpacked(m_packed.text(), m_size));
+    return text;
 }
 
 std::size_t SourceText::memory() const {

@@ -26,7 +26,8 @@ public:
 
     /// The format that it was read in.
     const FileFormat& format() const { return *m_format; }
-    /// The text, byte for byte, with its own line ends. Throws std::bad_alloc.
+    /// The text, byte for byte, with its own line ends; the same as long as someone has it. Throws
+    /// std::bad_alloc.
     std::shared_ptr<const Bytes> unpack() const;
     /// The bytes of a gzipped file; empty for others.
     std::string_view gzipped() const { return m_isGzipped ? m_packed.text() : std::string_view(); }
@@ -39,8 +40,9 @@ private:
     const FileFormat* m_format;
     std::size_t m_size;
     bool m_isGzipped;
-    mutable std::mutex m_mutex;          ///< for the two that follow
+    mutable std::mutex m_mutex;          ///< for what follows
     std::shared_ptr<const Bytes> m_text; ///< until it is packed
+    mutable std::weak_ptr<const Bytes> m_unpacked;
     Bytes m_packed;
     std::jthread m_packer; ///< last, so that it ends first
 };
