@@ -89,13 +89,15 @@ void addListedElsewhere(const SavedStructure& structure, bool isTextKept,
         return;
     const auto listed = listedNames(structure, isTextKept, names);
     for (const SavedModel& model : structure.models) {
-        const std::vector<BondPair> destroyed = destroyedBonds(model);
-        if (destroyed.empty())
+        std::vector<BondPair> destroyed = destroyedBonds(model);
+        std::erase_if(destroyed, [&](const BondPair& pair) {
+            return !listed.contains(namesOfBond(model, pair, names));
+        });
+        if (destroyed.empty()) // mostly, which spares the search
             continue;
         const std::vector<BondPair> again = bondsFoundAgain(model, names);
         for (const BondPair& pair : destroyed)
-            settled.comingBack += listed.contains(namesOfBond(model, pair, names)) &&
-                                  !std::ranges::binary_search(again, pair);
+            settled.comingBack += !std::ranges::binary_search(again, pair);
     }
 }
 
