@@ -221,7 +221,7 @@ void JournalRecovery::Work::giveFiles(const RecoveredItems& items,
     const std::vector<std::shared_ptr<FileOnDisk>> all = files(items, lines);
     for (const JournalContent::Entry& entry : m_content.entries) {
         Compound* const item = items.at(entry.id);
-        if (!item)
+        if (!item || HostItem::of(item).parent->kind != Kind::Space)
             continue;
         if (!entry.path.empty()) {
             auto source = entrySourceOf(item);
