@@ -125,9 +125,10 @@ std::string formatOf(std::string name) {
     return ending == ".pdb" || ending == ".cif" || ending == ".ccp4" ? ending : "";
 }
 
+// Of several names of a residue, new atoms have the first.
 bool fits(const FileRow& row) {
     return (row.chain == "_" || row.chain.size() <= 2) &&
-           row.residue.substr(0, row.residue.rfind(' ')).size() <= 3;
+           row.residue.substr(0, row.residue.find_first_of(", ")).size() <= 3;
 }
 
 } // namespace
