@@ -106,6 +106,7 @@ private slots:
     }
     void realClashesAreThoseOfAPlainSearch() {
         QFETCH(const QString, file);
+        m_balls.clear(); // atoms of another file were at the same addresses
         memory_host::openFile(structure(file).toStdString());
         memory_host::openFile(structure(file).toStdString()); // another entry in the same place
         Compound* const entry = *TAVIK::Space::instance()->ChildBegin();
