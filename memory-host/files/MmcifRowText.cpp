@@ -20,15 +20,18 @@ std::size_t decimalsOf(std::string_view number) {
     return static_cast<std::size_t>(end - behind.begin());
 }
 
-// A number with as many decimals as the one before it.
+// A number with as many decimals as the one before it, or more if its value has more: columns of
+// mmCIF have room for it.
 std::string numberLike(std::string_view old, float value, std::size_t fewest = fewestDecimals) {
     std::array<char, 96> text{};
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), static_cast<double>(value),
-                      std::chars_format::fixed,
-                      static_cast<int>(std::clamp(decimalsOf(old), fewest, mostDecimals)))
-            .ptr;
-    return {text.data(), end};
+    char* const begin = text.data();
+    char* const limit = begin + text.size();
+    char* end = std::to_chars(begin, limit, value, std::chars_format::fixed).ptr;
+    const std::size_t needed = std::max(decimalsOf(old), decimalsOf({begin, end}));
+    end = std::to_chars(begin, limit, static_cast<double>(value), std::chars_format::fixed,
+                        static_cast<int>(std::clamp(needed, fewest, mostDecimals)))
+              .ptr;
+    return {begin, end};
 }
 
 std::string upperCase(std::string text) {

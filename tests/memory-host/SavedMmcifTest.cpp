@@ -449,6 +449,12 @@ private slots:
         QCOMPARE(linesOnlyIn(text, saved), QByteArrayList{peptide.split('\n').front()});
     }
 
+    void aMovedAtomHasAllDigitsOfItsPlace() {
+        openText("data_x\n" + loop("_atom_site", atomColumns, peptide));
+        TAVIK::SetAtomPosition(atom("/x/X/Groups/ALA 1/N"), {1.2345679F, 2.0F, -0.1F, true});
+        QVERIFY(checkedText().contains("ALA A 1 1 ? 1.2345679 2.000 -0.100 1.00 10.00"));
+    }
+
     void whatDependsOnThePlaceIsNotKept() {
         const QByteArray columns = "id auth_atom_id auth_comp_id auth_asym_id auth_seq_id Cartn_x "
                                    "Cartn_y Cartn_z Cartn_x_esd fract_x B_iso_or_equiv_esd";
