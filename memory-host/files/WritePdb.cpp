@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <unordered_map>
+#include <utility>
 
 namespace memory_host {
 
@@ -106,6 +108,11 @@ public:
     std::string write();
 
 private:
+    struct NamedSerial {
+        std::int64_t serial;
+        const SavedModel* lastUser; ///< the last model that has it
+    };
+
     const std::string& text(std::uint32_t name) const { return m_content.names[name]; }
     void addModels(const SourceFacts& facts, const Metadata& metadata);
     void addModel(const SavedModel& model, const std::vector<WrittenAtom>& written,
@@ -116,9 +123,12 @@ private:
                    const char* what, const std::string& atom);
     void addDisplacement(const Record& record, const SourceFacts::Anisotropic& u,
                          const std::string& atom);
-    void addEnd(const Record& record);
+    void addEnd(const SavedModel& model, const Record& record);
     void addConnections(const std::vector<SavedBond>& bonds);
     std::string nextSerial();
+    std::string serialText(std::int64_t serial);
+    std::string serialOf(const SavedModel& model, const Record& record);
+    bool isFirst(const SavedModel& model) const { return &model == &m_structure.models.front(); }
     void remarkOnAtoms();
 
     const SavedContent& m_content;
@@ -129,18 +139,40 @@ private:
     pdb::ResidueColumns m_columns; ///< as they are read
     std::int64_t m_serial = 0;
     std::vector<std::string> m_serials; ///< of the first model, by atom, if there are bonds
+    /// Likewise, by the columns that name an atom, or the end of a chain.
+    std::unordered_map<std::string, NamedSerial> m_named;
     std::size_t m_rounded = 0;
     std::size_t m_written = 0;
 };
 
 std::string PdbWriter::nextSerial() {
+    return serialText(++m_serial);
+}
+
+std::string PdbWriter::serialText(std::int64_t serial) {
     constexpr std::size_t width = 5;
-    std::string serial = hybrid36(++m_serial, width);
-    if (serial.empty()) {
-        m_offences.add([&] { return "the number " + std::to_string(m_serial) + " of atoms"; });
-        serial = "*****";
+    std::string text = hybrid36(serial, width);
+    if (text.empty()) {
+        m_offences.add([&] { return "the number " + std::to_string(serial) + " of atoms"; });
+        text = "*****";
     }
-    return serial;
+    return text;
+}
+
+// Bonds name the atoms of all models by their numbers, so that an atom has the same one in each,
+// also where models lack atoms that others have.
+std::string PdbWriter::serialOf(const SavedModel& model, const Record& record) {
+    if (m_serials.empty() || m_structure.models.size() == 1)
+        return nextSerial();
+    const std::string name(record.text().substr(12, 15));
+    if (isFirst(model)) {
+        m_named.try_emplace(name, NamedSerial{m_serial + 1, nullptr});
+        return nextSerial();
+    }
+    const auto found = m_named.find(name);
+    if (found == m_named.end() || std::exchange(found->second.lastUser, &model) == &model)
+        return nextSerial();
+    return serialText(found->second.serial);
 }
 
 void PdbWriter::addNumber(Record& record, std::size_t last, std::size_t width, int decimals,
@@ -200,13 +232,13 @@ void PdbWriter::addAtom(const SavedModel& model, const WrittenAtom& item, Record
     const std::string name = shown(text(atom.name));
     const std::string& element = text(atom.element);
     record.left(1, atom.details.isHetero ? "HETATM" : "ATOM  ");
-    record.left(7, nextSerial());
     record.left(13, "    ");
     if (name.size() > 4)
         m_offences.add([&] { return "the atom name " + inQuotes(name); });
     else
         record.left(13, nameColumns(name, element));
     record.character(17, item.alternative != '\0' ? item.alternative : ' ');
+    record.left(7, serialOf(model, record));
     record.left(31, std::string_view("                                                  ", 50));
     for (const std::size_t axis : {0, 1, 2})
         if (atom.hasPosition)
@@ -255,10 +287,10 @@ void PdbWriter::addDisplacement(const Record& record, const SourceFacts::Anisotr
     m_atoms += row.text();
 }
 
-void PdbWriter::addEnd(const Record& record) {
+void PdbWriter::addEnd(const SavedModel& model, const Record& record) {
     Record row("TER");
-    row.left(7, nextSerial());
     row.left(18, record.text().substr(17, 10));
+    row.left(7, serialOf(model, row));
     m_atoms += row.text();
 }
 
@@ -267,7 +299,8 @@ void PdbWriter::addModel(const SavedModel& model, const std::vector<WrittenAtom>
     constexpr std::size_t piece = 10'000;
     Record record("ATOM");
     std::size_t residue = 0;
-    m_serial = 0;
+    if (m_named.empty())
+        m_serial = 0;
     for (std::size_t i = 0; i != written.size(); ++i) {
         const WrittenAtom& item = written[i];
         if (item.startsResidue) {
@@ -275,14 +308,14 @@ void PdbWriter::addModel(const SavedModel& model, const std::vector<WrittenAtom>
             ++residue;
         }
         addAtom(model, item, record);
-        if (!m_serials.empty() && &model == &m_structure.models.front())
+        if (!m_serials.empty() && isFirst(model))
             m_serials[item.atom] = record.text().substr(6, 5);
         m_atoms += record.text();
         if (const auto* u = facts.anisotropicOf(model.atoms[item.atom].row))
             addDisplacement(record, *u, text(model.atoms[item.atom].name));
         const bool isLast = i + 1 == written.size() || written[i + 1].startsResidue;
         if (isLast && residues[residue - 1].endsPolymer)
-            addEnd(record);
+            addEnd(model, record);
         if (++m_written % piece == 0)
             m_report.advance(-1.0);
     }

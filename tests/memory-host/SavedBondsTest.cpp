@@ -135,6 +135,23 @@ private slots:
         QCOMPARE(bondNames(items[0]).size(), 1);
         QCOMPARE(bondNames(items[1]).size(), 0);
     }
+    void bondsOfModelsOfUnlikeAtomsAreKeptInConversions() {
+        const QByteArray one =
+            chainOf({" C0 ", " C1 ", " C2 ", " C3 "}).replace("   4.500", "   8.000");
+        const QByteArray two = one.mid(one.indexOf('\n') + 1);
+        openText("MODEL        1\n" + one + "ENDMDL\nMODEL        2\n" + two +
+                 "ENDMDL\nCONECT    3    4\n");
+        const QStringList bonds = bondNames(item("/test.2"));
+        QCOMPARE(bonds, QStringList({"ALA 1 C1-C2", "ALA 1 C2-C3"}));
+        save("saved.cif");
+        TAVIK::DataMaker::Destroy(item("/test.1"));
+        TAVIK::DataMaker::Destroy(item("/test.2"));
+        opened(path("saved.cif").toStdString());
+        save("again.pdb");
+        const auto items = opened(path("again.pdb").toStdString()).items;
+        QCOMPARE(bondNames(items[0]).size(), 3);
+        QCOMPARE(bondNames(items[1]), bonds);
+    }
 };
 
 REGISTER_TEST(SavedBondsTest)
