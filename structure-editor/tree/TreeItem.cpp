@@ -75,8 +75,16 @@ void TreeItem::setOpen(bool open) {
 }
 
 void TreeItem::commAdd() {
-    Batch batch;
-    commAdd(batch);
+    TreeModel& model = root()->model;
+    model.beginAdding();
+    try {
+        Batch batch;
+        commAdd(batch);
+    } catch (...) {
+        model.endAdding();
+        throw;
+    }
+    model.endAdding();
 }
 
 void TreeItem::commAdd(Batch& batch) {

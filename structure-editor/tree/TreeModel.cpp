@@ -3,12 +3,18 @@
 #include <QColor>
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace {
 
 // Rows for more separate positions than this are inserted at the end in one step and then sorted,
 // because each separate insertion moves all siblings after it.
 constexpr std::size_t fewRuns = 16;
+
+// Of more insertions than this in one go, views are told at once: telling them of each takes longer
+// than all else.
+constexpr int fewInsertions = 16;
 
 } // namespace
 
@@ -27,6 +33,14 @@ void TreeModel::insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_
         std::stable_sort(rows.begin(), rows.end(), byId);
     TreeRoot::makeRoom(parent, rows.size());
     m_root.inStep = false;
+    if (m_isAdding && ++m_insertions == fewInsertions)
+        beginMoving({}, NoLayoutChangeHint);
+    if (m_moving) {
+        TreeRoot::insert(parent, static_cast<std::uint32_t>(parent->childCount()), rows);
+        TreeRoot::sort(parent);
+        m_root.rows += count;
+        return;
+    }
 
     std::vector<Run> runs;
     const std::span<TreeItem* const> siblings = parent->children();
@@ -71,17 +85,47 @@ void TreeModel::insertRun(TreeItem* parent, std::uint32_t position,
     }
 }
 
+void TreeModel::beginAdding() {
+    m_isAdding = true;
+    m_insertions = 0;
+}
+
+void TreeModel::endAdding() {
+    m_isAdding = false;
+    if (m_moving)
+        endMoving({}, NoLayoutChangeHint);
+}
+
+void TreeModel::beginMoving(const QList<QPersistentModelIndex>& parents, LayoutChangeHint hint) {
+    m_moving.emplace();
+    emit layoutAboutToBeChanged(parents, hint);
+    m_moving->from = persistentIndexList();
+    m_moving->to.reserve(m_moving->from.size());
+    m_moving->isKnown = true;
+}
+
+void TreeModel::endMoving(const QList<QPersistentModelIndex>& parents, LayoutChangeHint hint) {
+    Moving moving = *std::exchange(m_moving, std::nullopt);
+    try {
+        if (!moving.isKnown)
+            throw std::bad_alloc();
+        for (const QModelIndex& index : moving.from)
+            moving.to << indexOf(itemOf(index), index.column());
+        changePersistentIndexList(moving.from, moving.to);
+        emit layoutChanged(parents, hint);
+    } catch (...) {
+        beginResetModel();
+        m_root.closeAll();
+        endResetModel();
+        throw;
+    }
+}
+
 template <class Change>
 void TreeModel::rearrange(const QList<QPersistentModelIndex>& parents, Change change) {
-    emit layoutAboutToBeChanged(parents, VerticalSortHint);
-    const QModelIndexList from = persistentIndexList();
+    beginMoving(parents, VerticalSortHint);
     change();
-    QModelIndexList to;
-    to.reserve(from.size());
-    for (const QModelIndex& index : from)
-        to << indexOf(itemOf(index), index.column());
-    changePersistentIndexList(from, to);
-    emit layoutChanged(parents, VerticalSortHint);
+    endMoving(parents, VerticalSortHint);
 }
 
 void TreeModel::clear(bool keepAside) {

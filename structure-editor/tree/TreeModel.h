@@ -5,6 +5,8 @@
 
 #include <QAbstractItemModel>
 
+#include <optional>
+
 /// Owns the rows. Rows are added singly or with all that lies below them, and deleted only all at
 /// once. Adding keeps open, current and selected rows as they are, unless memory runs out.
 class TreeModel : public QAbstractItemModel {
@@ -22,6 +24,10 @@ public:
     /// are inserted in one step. `count` is their number with all rows below. The tree owns them
     /// afterwards; if this throws, not those without a parent.
     void insert(TreeItem* parent, std::vector<TreeItem*> rows, std::size_t count);
+    /// Between these, rows are inserted for one change of the data: of many insertions views are
+    /// told at once, at the end.
+    void beginAdding();
+    void endAdding();
     /// Deletes all rows, or sets them aside. Their memory is kept: see TreeRoot.
     void clear(bool keepAside = false);
 
@@ -53,6 +59,19 @@ private:
     template <class Change>
     void rearrange(const QList<QPersistentModelIndex>& parents, Change change);
 
+    /// Where rows that views know are, while others are moved or inserted.
+    struct Moving {
+        QModelIndexList from;
+        QModelIndexList to;
+        bool isKnown = false;
+    };
+    void beginMoving(const QList<QPersistentModelIndex>& parents, LayoutChangeHint hint);
+    /// If memory runs out, the views are reset.
+    void endMoving(const QList<QPersistentModelIndex>& parents, LayoutChangeHint hint);
+
     TreeRoot m_root;
+    std::optional<Moving> m_moving;
+    int m_insertions = 0; ///< since beginAdding()
+    bool m_isAdding = false;
     bool m_leaving = false; ///< the rows are being deleted
 };

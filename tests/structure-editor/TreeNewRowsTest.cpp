@@ -236,6 +236,64 @@ private slots:
         }
     }
 
+    void manyInsertionsAreToldAtOnceAndEveryRowStaysWhatItWas() {
+        Compound* const molecule = makeMolecule(100, 2);
+        ShownTree tree;
+        TreeItem* const top = tree.populate(molecule);
+        for (const bool descending : {false, true}) {
+            tree.rows()->sort(0, descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+            TreeItem* const open = tree.row("R50");
+            open->setOpen(true);
+            TreeItem* const current = tree.row("R50a");
+            tree.setCurrentItem(current);
+            current->setSelected(true);
+            tree.watch.inserted.clear();
+            tree.watch.layouts.clear();
+            for (int i = 0; i != 100; ++i)
+                DataMaker::makeCore(childOf(molecule, i), "new", "Atom");
+            top->commAdd();
+            QVERIFY(tree.watch.inserted.count() < 20);
+            QCOMPARE(tree.watch.layouts.count(), 1);
+            QCOMPARE(tree.watch.resets.count(), 0);
+            QCOMPARE(tree.row("R50"), open);
+            QVERIFY(open->isOpen() && tree.isExpanded(tree.rows()->indexOf(open)));
+            QVERIFY(!tree.isExpanded(tree.rows()->indexOf(tree.row("R51"))));
+            QCOMPARE(tree.currentItem(), current);
+            QCOMPARE(tree.selected(), QStringList("R50a"));
+            QCOMPARE(tree.rows()->rowCount(tree.rows()->indexOf(open)), descending ? 4 : 3);
+        }
+        tree.row("R50a")->setSelected(false);
+        tree.rows()->sort(0, Qt::AscendingOrder);
+        compareToHost(top);
+    }
+
+    void memoryThatRunsOutInManyInsertionsLeavesWholeRows() {
+        Compound* const molecule = makeMolecule(40, 1);
+        TreeView tree;
+        auto* const top = new TreeItem(&tree, molecule);
+        top->commAdd();
+        for (int i = 0; i != 40; ++i)
+            DataMaker::makeCore(childOf(molecule, i), "new", "Atom");
+        int failures = 0;
+        for (int granted = 0;; ++granted, ++failures) {
+            {
+                const FailingMemory memory(granted, 1, 0);
+                try {
+                    top->commAdd();
+                } catch (const std::bad_alloc&) {
+                }
+                if (FailingMemory::refusals() == 0)
+                    break;
+            }
+            QCOMPARE(top->childCount(), 40);
+            for (int i = 0; i != 40; ++i)
+                QCOMPARE(tree.rows()->rowCount(tree.rows()->indexOf(top->child(i))),
+                         top->child(i)->childCount());
+        }
+        QVERIFY(failures >= 20);
+        compareToHost(top);
+    }
+
     void aHalfMillionScatteredRowsAreAddedInTime() {
         Compound* molecule = DataMaker::makeCore(space(), "M", "Molecule");
         std::vector<Compound*> later;
