@@ -48,8 +48,8 @@ struct WrittenAtom {
     bool startsResidue = false; ///< another residue, or another name, than the atom before it
 };
 
-/// The atoms of a model by residue, then as the file has them; new ones come last. The texts live as
-/// long as both. Refuses more alternative models than there are letters.
+/// The atoms of a model by residue, then as the file has them; new ones come last. The texts live
+/// as long as both. Refuses more alternative models than there are letters.
 std::vector<WrittenAtom> writtenAtoms(const SavedModel& model, const SavedContent& content,
                                       const SourceFacts& facts, const SaveReport& report);
 
