@@ -1,5 +1,7 @@
 #include "MmcifRowText.h"
 
+#include "AtomNumbers.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -41,6 +43,10 @@ std::string upperCase(std::string text) {
     return text;
 }
 
+std::string chargeText(std::int8_t charge) {
+    return charge == 0 ? "?" : std::to_string(charge);
+}
+
 } // namespace
 
 RowText::RowText(const cif::Category& category, const std::vector<std::string>& names,
@@ -71,8 +77,8 @@ void RowText::setPosition(const cif::Rows& row, const SavedAtom& atom,
         changes.push_back({column, "?"});
 }
 
-void RowText::move(const cif::Rows& row, const SavedAtom& atom,
-                   std::vector<cif::Change>& changes) const {
+void RowText::change(const cif::Rows& row, const SavedAtom& atom,
+                     std::vector<cif::Change>& changes) {
     const std::array<std::optional<float>, 3> old = {numberOf(text(row, X)), numberOf(text(row, Y)),
                                                      numberOf(text(row, Z))};
     const bool hadPosition =
@@ -83,6 +89,23 @@ void RowText::move(const cif::Rows& row, const SavedAtom& atom,
          !std::ranges::equal(old, atom.position, [](const auto& a, float b) { return *a == b; }));
     if (hasMoved)
         setPosition(row, atom, changes);
+
+    // Each is compared with what was read of the row, which may be no number.
+    bool isLost = false;
+    const auto isOther = [&](Column column, bool is) {
+        isLost = isLost || (is && lacks(column));
+        return is;
+    };
+    const std::string_view temperature = text(row, Temperature);
+    if (isOther(Temperature, numberOf(temperature).value_or(0.0F) != atom.temperature))
+        set(Temperature, numberLike(temperature, atom.temperature, 2), changes);
+    const std::string_view occupancy = rawText(row, Occupancy);
+    if (isOther(Occupancy, numberOf(occupancy).value_or(1.0F) != atom.details.occupancy))
+        set(Occupancy, numberLike(occupancy, atom.details.occupancy, 2), changes);
+    const std::int8_t charge = atom.details.formalCharge;
+    if (isOther(FormalCharge, formalCharge(text(row, FormalCharge)) != charge))
+        set(FormalCharge, chargeText(charge), changes);
+    m_lostCount += isLost ? 1 : 0;
 }
 
 void RowText::setLetter(std::string_view letter, std::vector<cif::Change>& changes) {
@@ -137,8 +160,7 @@ std::vector<cif::Change> RowText::added(const cif::Rows& row, const AddedAtom& a
     setPosition(row, atom, changes);
     set(Occupancy, numberLike(text(row, Occupancy), atom.details.occupancy, 2), changes);
     set(Temperature, numberLike(text(row, Temperature), atom.temperature, 2), changes);
-    set(FormalCharge,
-        atom.details.formalCharge == 0 ? "?" : std::to_string(atom.details.formalCharge), changes);
+    set(FormalCharge, chargeText(atom.details.formalCharge), changes);
     for (const std::size_t column : m_ofAtom)
         changes.push_back({column, "?"});
     return changes;

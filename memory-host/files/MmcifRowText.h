@@ -18,8 +18,8 @@ public:
     RowText(const cif::Category& category, const std::vector<std::string>& names,
             std::uint64_t nextId);
 
-    /// Changes to the row of an atom that may have moved.
-    void move(const cif::Rows& row, const SavedAtom& atom, std::vector<cif::Change>& changes) const;
+    /// Changes to the row of an atom that may have been moved or given other values.
+    void change(const cif::Rows& row, const SavedAtom& atom, std::vector<cif::Change>& changes);
     void setLetter(std::string_view letter, std::vector<cif::Change>& changes);
     /// Changes to a copy of the row that a new atom follows.
     std::vector<cif::Change> added(const cif::Rows& row, const AddedAtom& added);
@@ -27,9 +27,12 @@ public:
     std::size_t lostCount() const { return m_lostCount; }
 
 private:
-    std::string_view text(const cif::Rows& row, Column column) const {
-        return m_columns[column] < row.places().size() ? contentOf(row[m_columns[column]])
+    std::string_view rawText(const cif::Rows& row, Column column) const {
+        return m_columns[column] < row.places().size() ? row[m_columns[column]]
                                                        : std::string_view();
+    }
+    std::string_view text(const cif::Rows& row, Column column) const {
+        return contentOf(rawText(row, column));
     }
     void set(Column column, std::string value, std::vector<cif::Change>& changes) const {
         if (m_columns[column] < m_columnCount)

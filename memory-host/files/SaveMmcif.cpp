@@ -211,7 +211,7 @@ std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {
 void MmcifEdit::changesOf(AtomsOfBlock& atoms, const cif::Rows& rows, std::size_t row,
                           std::vector<Change>& changes) {
     changes.clear();
-    atoms.texts->move(rows, *m_plan->atoms()[row], changes);
+    atoms.texts->change(rows, *m_plan->atoms()[row], changes);
     const auto& letters = m_plan->newLetters();
     while (m_nextLetter != letters.size() && letters[m_nextLetter].row < row)
         ++m_nextLetter;
@@ -360,7 +360,7 @@ std::string MmcifEdit::make() {
     if (lost != 0)
         m_report.remark("something of " + std::to_string(lost) + (lost == 1 ? " atom" : " atoms") +
                         " that " + (lost == 1 ? "was" : "were") +
-                        " made is not saved, as the file has no column for it");
+                        " made or changed is not saved, as the file has no column for it");
     return m_edit.take();
 }
 

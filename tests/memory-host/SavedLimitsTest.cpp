@@ -182,8 +182,8 @@ private slots:
         addAtom("C", "ALA 1", charged);
         addAtom("D", "ALA 1B", usualAtom());
         QCOMPARE(save("saved.cif"),
-                 QStringList("something of 2 atoms that were made is not saved, as the file has "
-                             "no column for it"));
+                 QStringList("something of 2 atoms that were made or changed is not saved, as the "
+                             "file has no column for it"));
     }
 };
 

@@ -7,6 +7,7 @@
 #include "FileTestCase.h"
 #include "Space.h"
 #include "files/Saving.h"
+#include "items/Building.h"
 
 #include <algorithm>
 
@@ -453,6 +454,25 @@ private slots:
         openText("data_x\n" + loop("_atom_site", atomColumns, peptide));
         TAVIK::SetAtomPosition(atom("/x/X/Groups/ALA 1/N"), {1.2345679F, 2.0F, -0.1F, true});
         QVERIFY(checkedText().contains("ALA A 1 1 ? 1.2345679 2.000 -0.100 1.00 10.00"));
+    }
+
+    void otherValuesOfAnAtomAreWritten() {
+        openText("data_x\n" + loop("_atom_site", atomColumns, peptide));
+        TAVIK::AtomValues values{.name = "N", .type = "N", .position = {1, 2, 3, true}};
+        values.temperature = 25.5F;
+        values.details.occupancy = 0.25F;
+        values.details.formalCharge = -1;
+        memory_host::setAtom(atom("/x/X/Groups/ALA 1/N"), values);
+        QVERIFY(checkedText().contains("ALA A 1 1 ? 1.000  2.000 3.000 0.25 25.50 -1 1   ALA X N"));
+
+        const QByteArray columns = "id auth_atom_id auth_comp_id auth_asym_id auth_seq_id Cartn_x "
+                                   "Cartn_y Cartn_z";
+        openText("data_x\n" + loop("_atom_site", columns, "1 N ALA A 1 1 2 3\n"));
+        memory_host::setAtom(atom("/x/A/Groups/ALA 1/N"), values);
+        const QStringList remarks = savingRemarks();
+        QCOMPARE(remarks.size(), 1);
+        QVERIFY(remarks[0].endsWith(": something of 1 atom that was made or changed is not saved, "
+                                    "as the file has no column for it"));
     }
 
     void whatDependsOnThePlaceIsNotKept() {
