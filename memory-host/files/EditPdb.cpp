@@ -124,6 +124,9 @@ void PdbEditor::write(std::string_view text) {
     writeSite();
     insert({}, true);
     writeMadeBonds();
+    // Without its end, a row that is shorter than those that are left would be taken for cut.
+    if (m_isLineOpen && !m_out.ends_with(text))
+        m_out += m_file.lineEnd;
 }
 
 void PdbEditor::add(std::string_view content, std::string_view end) {

@@ -398,6 +398,13 @@ private slots:
         saved();
         compareAgain();
     }
+    void aShortLastRowWithoutALineEndIsNotTakenForCut() {
+        const QByteArray row = atomAt(" CA ", 1);
+        openText(row + row.left(66) + '\n' + row.left(66));
+        change([] { TAVIK::DataMaker::Destroy(atoms(*space()->ChildBegin())[1]); });
+        QCOMPARE(saved(), row + row.left(66) + '\n');
+        compareAgain();
+    }
     void deletedPartsOfARealFileAreGone_data() {
         QTest::addColumn<QString>("name");
         for (const char* name : {"1ejg.pdb", "1tii.pdb", "3al1.pdb", "2nwl-opm.pdb", "1d3z.pdb"})
