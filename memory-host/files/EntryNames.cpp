@@ -13,6 +13,11 @@ EntryNames::EntryNames() {
             setTaken((*item)->GetName());
 }
 
+EntryNames::EntryNames(const std::unordered_set<std::string>& names) {
+    for (const std::string& name : names)
+        setTaken(name);
+}
+
 void EntryNames::setTaken(const std::string& name) {
     m_taken.insert(name);
     if (const std::size_t point = name.rfind('.'); point != std::string::npos)

@@ -15,6 +15,8 @@ namespace memory_host {
 class HOST_EXPORT EntryNames {
 public:
     EntryNames();
+    /// Others are in use.
+    explicit EntryNames(const std::unordered_set<std::string>& names);
 
     /// The names of an entry, of which each model is a top-level item: `name` with each of
     /// `endings`, which are empty, or a point and what has none. If one of these is taken, all of

@@ -1,9 +1,12 @@
 #include "Arrivals.h"
 
 #include "Holder.h"
+#include "Recording.h"
 
 #include <algorithm>
+#include <new>
 #include <unordered_map>
+#include <utility>
 
 namespace memory_host {
 
@@ -27,17 +30,38 @@ void noteArrival(const HostItem& item) {
     all.numbers[item.id] = ++all.last;
 }
 
-void rearrange(Holder& space, std::span<Compound* const> order) {
+Arrangement arrangementOf(Holder& space) {
+    Arrangement now;
+    now.reserve(space.childCount());
+    for (Compound** child = space.childBegin(); child != space.childEnd(); ++child) {
+        const HostItem& record = HostItem::of(*child);
+        now.push_back({*child, arrivals().numbers.at(record.id), Name(record.name.text())});
+    }
+    return now;
+}
+
+void swapArrangement(Holder& space, Arrangement& other) noexcept {
     Compound** const children = space.childBegin();
     std::uint32_t slot = space.begin;
-    for (Compound* const child : order) {
-        HostItem& record = HostItem::of(child);
-        noteArrival(record);
+    for (std::size_t i = 0; i != other.size(); ++i) {
+        TopLevel& top = other[i];
+        HostItem& record = HostItem::of(top.item);
+        std::swap(arrivals().numbers.find(record.id)->second, top.arrival);
+        std::swap(record.name, top.name);
+        children[i] = top.item;
         record.position = slot++;
         space.markChild(record.position, record.has(HostItem::Selected));
     }
-    std::copy(order.begin(), order.end(), children);
+    std::ranges::sort(other, {}, &TopLevel::arrival);
     ++space.version;
+}
+
+void rearrange(Holder& space, Arrangement other) {
+    if (Step* const step = stepFor(space); step && !step->recordArrangement(space))
+        throw std::bad_alloc();
+    for (TopLevel& top : other)
+        top.arrival = ++arrivals().last;
+    swapArrangement(space, other);
 }
 
 void forgetArrival(const HostItem& item) noexcept {

@@ -152,6 +152,19 @@ bool Step::leaveSetsOf(Compound* item) noexcept {
     return true;
 }
 
+bool Step::recordArrangement(Holder& space) noexcept {
+    if (!reserve(1) || !grow(m_arrangements, 1))
+        return false;
+    try {
+        m_arrangements.push_back(arrangementOf(space));
+    } catch (const std::bad_alloc&) {
+        m_failed = true;
+        return false;
+    }
+    add(Write::Arrange, false, space.self);
+    return true;
+}
+
 bool Step::recordBounds(GridItem& grid) noexcept {
     const std::array<int, 6> now = grid.bounds();
     if (now == grid.m_keptBounds)
@@ -176,7 +189,7 @@ std::size_t Step::logBytes() const {
     const auto of = [](const auto& vector) { return vector.capacity() * sizeof(vector[0]); };
     return sizeof(Step) + m_runs.bytes() + m_items.bytes() + m_painted.bytes() + m_colours.bytes() +
            m_parents.bytes() + m_numbers.bytes() + of(m_places) + of(m_meshes) + of(m_meshColours) +
-           of(m_bounds) + of(m_descriptions) + of(m_listings);
+           of(m_bounds) + of(m_descriptions) + of(m_listings) + of(m_arrangements);
 }
 
 } // namespace memory_host

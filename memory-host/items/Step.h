@@ -2,6 +2,7 @@
 // again.
 #pragma once
 
+#include "Arrivals.h"
 #include "AtomItem.h"
 #include "Chunks.h"
 #include "Geometry.h"
@@ -41,25 +42,26 @@ public:
     ~Step();
 
     enum class Write : std::uint8_t {
-        Select,   ///< a record: all in it was unselected, and is selected now; or the other way
-        Show,     ///< an item, likewise
-        Paint,    ///< of the painted items, which have a log of their own
-        Activate, ///< a residue, and its active model before
-        OwnMarks, ///< a composite that is not to be empty any more, and its own marks
-        Join,     ///< an atom, and its model before
-        Move,     ///< an atom, and its place before
-        Rewrite,  ///< an atom, and what else it was before
-        Reshape,  ///< a surface, and its mesh before
-        Recolour, ///< a surface, and the colours of its mesh before
-        Bound,    ///< a grid, and its bounds before
-        Alter,    ///< a top-level item, and the version of its data before
-        Attach,   ///< an item, and the composite it went into
-        Detach,   ///< an item, and the composite it came out of
-        Link,     ///< a bond, which its atoms list now
-        Unlink,   ///< a bond, which its atoms list no more
-        LeaveSets ///< an item, and the sets that listed it
+        Select,    ///< a record: all in it was unselected, and is selected now; or the other way
+        Show,      ///< an item, likewise
+        Paint,     ///< of the painted items, which have a log of their own
+        Activate,  ///< a residue, and its active model before
+        OwnMarks,  ///< a composite that is not to be empty any more, and its own marks
+        Join,      ///< an atom, and its model before
+        Move,      ///< an atom, and its place before
+        Rewrite,   ///< an atom, and what else it was before
+        Reshape,   ///< a surface, and its mesh before
+        Recolour,  ///< a surface, and the colours of its mesh before
+        Bound,     ///< a grid, and its bounds before
+        Alter,     ///< a top-level item, and the version of its data before
+        Attach,    ///< an item, and the composite it went into
+        Detach,    ///< an item, and the composite it came out of
+        Link,      ///< a bond, which its atoms list now
+        Unlink,    ///< a bond, which its atoms list no more
+        LeaveSets, ///< an item, and the sets that listed it
+        Arrange    ///< the space, and the order and the names of its children before
     };
-    static constexpr std::size_t writeCount = 17;
+    static constexpr std::size_t writeCount = 18;
 
     /// Makes room for writes of `items` items in `runs` runs of one kind and direction. False when
     /// memory has run out, also before.
@@ -110,6 +112,8 @@ public:
     /// The sets that list an item; it leaves them.
     [[nodiscard]] bool leaveSetsOf(Compound* item) noexcept;
 
+    [[nodiscard]] bool recordArrangement(Holder& space) noexcept;
+
     /// Records what became of the bounds of grids, which anybody writes directly.
     void recordBounds() noexcept;
     /// The same for one that goes.
@@ -124,8 +128,11 @@ public:
     bool hasFailed() const { return m_failed; }
     /// Whether it selects and does nothing else.
     bool onlySelects() const;
-    /// Whether it makes items, or destroys some, when it is done, or taken back if `isBack`.
-    bool adds(bool isBack) const { return has(isBack ? Write::Detach : Write::Attach); }
+    /// Whether it makes items, or destroys some, when it is done, or taken back if `isBack`. Who
+    /// shows top-level items learns of another order as of new ones.
+    bool adds(bool isBack) const {
+        return has(isBack ? Write::Detach : Write::Attach) || has(Write::Arrange);
+    }
     bool removes(bool isBack) const { return has(isBack ? Write::Attach : Write::Detach); }
 
     /// Frees what the log has to spare, as nothing follows; without memory for that, it keeps it.
@@ -210,6 +217,7 @@ private:
     std::vector<MeshColours> m_meshColours;
     std::vector<std::array<int, 6>> m_bounds;
     std::vector<SetListing> m_listings; ///< of LeaveSets
+    std::vector<Arrangement> m_arrangements;
     std::optional<Freeing> m_freeing;
     std::uint32_t m_number;
     std::size_t m_itemBytes = 0; ///< of items that belong to the step

@@ -1,4 +1,5 @@
 // Taking a step back and doing it again, and what becomes of the items that belong to it.
+#include "Arrivals.h"
 #include "AtomItem.h"
 #include "DataVersion.h"
 #include "GridItem.h"
@@ -50,16 +51,17 @@ public:
         m_meshColours = step.m_meshColours.size();
         m_bounds = step.m_bounds.size();
         m_listing = step.m_listings.size();
+        m_arrangement = step.m_arrangements.size();
         m_parent = step.m_parents.size();
     }
 
     void run(const Run& run) {
         // In the order of Write.
         static constexpr std::array<void (Going::*)(Compound&), writeCount> each = {
-            nullptr,        nullptr,          nullptr,         &Going::activate, &Going::giveMarks,
-            &Going::join,   &Going::move,     &Going::rewrite, &Going::reshape,  &Going::recolour,
-            &Going::bound,  &Going::alter,    &Going::attach,  &Going::detach,   &Going::link,
-            &Going::unlink, &Going::leaveSets};
+            nullptr,        nullptr,           nullptr,         &Going::activate, &Going::giveMarks,
+            &Going::join,   &Going::move,      &Going::rewrite, &Going::reshape,  &Going::recolour,
+            &Going::bound,  &Going::alter,     &Going::attach,  &Going::detach,   &Going::link,
+            &Going::unlink, &Going::leaveSets, &Going::arrange};
         if (run.write == Write::Select)
             inBatches(run, [&](auto items) { selectEach(items, run.on != m_back); });
         else if (run.write == Write::Show)
@@ -164,6 +166,10 @@ private:
             listing = memory_host::leaveSets(HostItem::of(&item));
     }
 
+    void arrange(Compound& space) {
+        swapArrangement(HostItem::of(&space).asHolder(), of(m_step.m_arrangements, m_arrangement));
+    }
+
     void come(Compound& item, bool in) {
         Holder& parent = nextParent();
         if (in) {
@@ -196,7 +202,7 @@ private:
     ItemLog::Reader m_items;
     ItemLog::Reader m_painted;
     std::size_t m_number = 0, m_colour = 0, m_place = 0, m_description = 0, m_mesh = 0,
-                m_meshColours = 0, m_bounds = 0, m_listing = 0, m_parent = 0;
+                m_meshColours = 0, m_bounds = 0, m_listing = 0, m_arrangement = 0, m_parent = 0;
     Holder* m_holder = nullptr;
     std::uint32_t m_leftOfParent = 0;
 };
@@ -248,7 +254,7 @@ void Step::forget() noexcept {
         ((vectors = std::remove_reference_t<decltype(vectors)>()), ...);
     };
     empty(m_runs, m_items, m_painted, m_colours, m_parents, m_numbers, m_places, m_descriptions,
-          m_meshes, m_meshColours, m_bounds, m_listings);
+          m_meshes, m_meshColours, m_bounds, m_listings, m_arrangements);
     // What was recorded in it is to be recorded again.
     m_number = nextNumber();
     m_itemBytes = 0;

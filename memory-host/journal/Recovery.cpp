@@ -7,6 +7,7 @@
 #include "MakingAgain.h"
 #include "RecoveredItems.h"
 #include "Space.h"
+#include "files/EntryNames.h"
 #include "files/FileReport.h"
 #include "items/Arrivals.h"
 #include "items/DataVersion.h"
@@ -39,6 +40,28 @@ std::shared_ptr<EntrySource> entrySourceOf(const Compound* item) {
     return std::static_pointer_cast<EntrySource>(sourceOf(item));
 }
 
+// Opening has numbered the names anew. They are what they were, but for those that others have.
+void keepApart(Arrangement& recovered, const Arrangement& others) {
+    const auto have = [](const Arrangement& items) {
+        std::unordered_set<std::string> names;
+        for (const TopLevel& top : items)
+            names.insert(top.name.text());
+        return names;
+    };
+    const std::unordered_set<std::string> taken = have(others);
+    std::unordered_set<std::string> given = have(recovered);
+    given.insert(taken.begin(), taken.end());
+    EntryNames names(given);
+    for (TopLevel& top : recovered) {
+        if (!taken.contains(top.name.text()))
+            continue;
+        std::string name = HostItem::of(top.item).name.text();
+        while (!given.insert(name).second)
+            name = names.take(top.name.text(), {std::string()}).front();
+        top.name = Name(name);
+    }
+}
+
 } // namespace
 
 class JournalRecovery::Work {
@@ -58,7 +81,6 @@ private:
     void change(RecoveredItems& items, Outcome& outcome);
     bool destroyGone(const RecoveredItems& items) const;
     void arrange(const RecoveredItems& items) const;
-    void nameEntries(const RecoveredItems& items) const;
     void giveFiles(const RecoveredItems& items, std::vector<std::string>& lines);
     std::vector<std::shared_ptr<FileOnDisk>> files(const RecoveredItems& items,
                                                    std::vector<std::string>& lines) const;
@@ -126,17 +148,16 @@ void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
         destroys = destroyGone(items);
         lookAgain(m_content, items);
         giveFiles(items, outcome.lines);
-        nameEntries(items);
         arrange(items);
         if (recording.step && recording.step->hasFailed())
             throw std::bad_alloc();
         outcome.isDone = true;
     }
-    // As when steps are done again: who shows the data is told of all that happened.
+    // As when steps are done again: who shows the data is told of all that happened, and learns of
+    // other names and another order as of new items.
     if (destroys)
         tellAll(nullptr, Publisher::Delete);
-    if (!m_content.made.empty())
-        tellAll(nullptr, Publisher::Add);
+    tellAll(nullptr, Publisher::Add);
     outcome.isWhole = outcome.isWhole && unchanged.empty();
     std::ranges::move(unchanged, std::back_inserter(outcome.lines));
     const std::string missing = describe(lost);
@@ -146,41 +167,20 @@ void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
     }
 }
 
-// Those that were there before stay before them.
+// What is open otherwise stays before what comes back.
 void JournalRecovery::Work::arrange(const RecoveredItems& items) const {
-    std::vector<Compound*> recovered;
+    Holder& space = HostItem::of(TAVIK::Space::instance()).asHolder();
+    Arrangement recovered;
+    std::unordered_set<const Compound*> known;
     for (const JournalContent::Entry& entry : m_content.entries)
         if (Compound* const item = items.at(entry.id);
-            item && HostItem::of(item).parent->kind == Kind::Space)
-            recovered.push_back(item);
-    const std::unordered_set<const Compound*> known(recovered.begin(), recovered.end());
-    if (known.size() != recovered.size())
-        return;
-    TAVIK::Space* const space = TAVIK::Space::instance();
-    std::vector<Compound*> order;
-    std::copy_if(space->ChildBegin(), space->ChildEnd(), std::back_inserter(order),
-                 [&known](const Compound* item) { return !known.contains(item); });
-    order.insert(order.end(), recovered.begin(), recovered.end());
-    rearrange(HostItem::of(space).asHolder(), order);
-}
-
-// A name may have a number because of an entry that was closed.
-void JournalRecovery::Work::nameEntries(const RecoveredItems& items) const {
-    TAVIK::Space* const space = TAVIK::Space::instance();
-    std::unordered_set<std::uint32_t> taken;
-    for (Compound** item = space->ChildBegin(); item != space->ChildEnd(); ++item)
-        taken.insert(HostItem::of(*item).name.number());
-    for (const JournalContent::Entry& entry : m_content.entries) {
-        Compound* const item = items.at(entry.id);
-        if (!item)
-            continue;
-        HostItem& record = HostItem::of(item);
-        if (Name name = Name::component(m_content.text(entry.name));
-            record.parent->kind == Kind::Space && taken.insert(name.number()).second) {
-            taken.erase(record.name.number());
-            record.name = std::move(name);
-        }
-    }
+            item && HostItem::of(item).parent == &space && known.insert(item).second)
+            recovered.push_back({item, 0, Name::component(m_content.text(entry.name))});
+    Arrangement order = arrangementOf(space);
+    std::erase_if(order, [&known](const TopLevel& top) { return known.contains(top.item); });
+    keepApart(recovered, order);
+    std::ranges::move(recovered, std::back_inserter(order));
+    rearrange(space, std::move(order));
 }
 
 std::vector<std::shared_ptr<FileOnDisk>>

@@ -133,6 +133,37 @@ private slots:
         QVERIFY(item("/1ejg-2"));
     }
 
+    void namesStayWhenAFileWasClosedAndOpenedAgain() {
+        openAll();
+        openFile(path("1ejg.pdb"));
+        change([] { DataMaker::Destroy(item("/1ejg")); });
+        openFile(path("1ejg.pdb"));
+        change([] { residueAt(2)->SetSelected(true); });
+        comesBack();
+        QCOMPARE(entryNames(), QStringList({"models.1", "models.2", "1ejg-2", "1ejg"}));
+    }
+
+    void whatIsOpenOtherwiseKeepsItsName() {
+        openAll();
+        openFile(path("1ejg.pdb"));
+        change([] {
+            residueAt(2)->SetSelected(true);
+            DataMaker::Destroy(space()->ChildBegin()[1]);
+            make(space(), "Composite", "made");
+        });
+        gather();
+        clear();
+        openFile(path("1ejg.pdb"));
+        recover();
+        QVERIFY(m_outcome.isWhole);
+        QCOMPARE(entryNames(), QStringList({"1ejg", "1ejg-3", "models.2", "1ejg-2", "made"}));
+        QVERIFY(History::undo());
+        QCOMPARE(entryNames(), QStringList({"1ejg", "1ejg-2", "models.1", "models.2", "1ejg-3"}));
+        QVERIFY(History::redo());
+        QCOMPARE(entryNames(), QStringList({"1ejg", "1ejg-3", "models.2", "1ejg-2", "made"}));
+        QCOMPARE(faults(), QString());
+    }
+
     void aMapComesBackWithItsBounds() {
         openFile(copyOf("griddata.dx"));
         change([] {
@@ -153,8 +184,6 @@ private slots:
         change([] { setGrid(*space()->ChildBegin(), smallGrid()); });
         comesBack();
     }
-
-    // Its values are not kept.
 
     void meshesAreWrittenOnceAndGoWithTheirSurface() {
         openAll();
@@ -183,8 +212,6 @@ private slots:
         const DataPointBase guard(nullptr, Publisher::Update, "Change");
         QCOMPARE(gathering.advance(std::chrono::seconds(1)), JournalGathering::Progress::Disturbed);
     }
-
-    // Whatever stands in a journal that is no accident, the data stay sound.
 };
 
 REGISTER_TEST(JournalTest)

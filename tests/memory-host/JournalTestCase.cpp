@@ -274,6 +274,13 @@ QStringList JournalTestCase::unsaved() {
     return names;
 }
 
+QStringList JournalTestCase::entryNames() {
+    QStringList names;
+    for (const Compound* item : childrenOf(space()))
+        names << QString::fromStdString(item->GetName());
+    return names;
+}
+
 void JournalTestCase::comesBack() {
     const QStringList before = comparableLines();
     const QStringList unsavedBefore = unsaved();

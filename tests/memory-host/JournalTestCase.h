@@ -56,6 +56,7 @@ protected:
     void recover();
     static void clear();
     static QStringList unsaved();
+    static QStringList entryNames();
     /// What is open is so after an end without a word, too.
     void comesBack();
 
