@@ -79,6 +79,9 @@ void Holder::place(Compound* child, std::uint32_t slot) {
     directAtoms += record.kind == Kind::Atom ? 1 : 0;
     if (record.kind == Kind::Set)
         set(HeldSet, true);
+    if (holdsLarge(record))
+        for (Holder* holder = this; holder && !holder->has(HeldLarge); holder = holder->parent)
+            holder->set(HeldLarge, true);
     markChild(slot, record.has(Selected));
     ++version;
     children[slot] = child;

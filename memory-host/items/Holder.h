@@ -54,6 +54,11 @@ struct Holder : HostItem {
         told = {marks >> begin, version};
         return true;
     }
+    /// Whether a child is, or holds, or held, what may take much memory: neither atom nor bond.
+    static bool holdsLarge(const HostItem& child) {
+        return child.isHolder() ? child.has(HeldLarge)
+                                : child.kind != Kind::Atom && child.kind != Kind::Bond;
+    }
     /// Frees unused capacity of the vector.
     void shrink();
 

@@ -45,7 +45,8 @@ struct HostItem {
         HasPosition = 32, ///< of an atom
         HeldSet = 64,     ///< of a composite: a set is or was among its children
         Edited = 64,      ///< of an atom: some value of it was changed, at some time
-        Unlinked = 128    ///< of a bond: its atoms do not list it, as it is to be taken back
+        Unlinked = 128,   ///< of a bond: its atoms do not list it, as it is to be taken back
+        HeldLarge = 128   ///< of a composite: in it is or was what is neither atom nor bond
     };
 
     HostItem(memory_host::Kind ofKind, memory_host::Name itsName);

@@ -63,6 +63,8 @@ private:
                 selected |= std::uint64_t{1} << slot;
             expect(item.kind != Kind::Set || record.has(HostItem::HeldSet), record,
                    "does not know of a set in it");
+            expect(!Holder::holdsLarge(item) || record.has(HostItem::HeldLarge), record,
+                   "does not know what large items are in it");
             sum += contributionOf(item);
             marks(item);
         }

@@ -203,46 +203,65 @@ std::size_t memoryOf(const TAVIK::SurfaceMesh& mesh) {
            of(mesh.colors) + of(mesh.values) + of(mesh.atoms);
 }
 
+std::size_t memoryOf(const TAVIK::GridValues& grid) {
+    return grid.values.capacity() * sizeof(float);
+}
+
+namespace {
+
+constexpr std::size_t slot = sizeof(Compound*);
+constexpr std::size_t atomBytes = sizeof(AtomItem) + annexSize + slot;
+constexpr std::size_t bondBytes = sizeof(BondItem) + slot;
+
+// All but atoms and bonds.
+std::size_t largeIn(const Holder& holder) {
+    std::size_t bytes = 0;
+    for (std::uint32_t i = holder.begin; holder.has(HostItem::HeldLarge) && i != holder.end; ++i) {
+        const Compound* const child = holder.children[i];
+        if (!child)
+            continue;
+        HostItem& record = HostItem::of(child);
+        if (record.isHolder())
+            bytes += largeIn(record.asHolder());
+        else if (Holder::holdsLarge(record))
+            bytes += memoryOf(*child);
+    }
+    return bytes;
+}
+
+std::size_t memoryOf(const Holder& holder) {
+    constexpr std::size_t composite = sizeof(ResidueItem) + slot;
+    // Few composites hold fewer leaves.
+    constexpr std::size_t leavesOfComposite = 8;
+    const auto atoms = static_cast<std::size_t>(holder.sum.atoms);
+    const auto leaves = static_cast<std::size_t>(holder.sum.leaves);
+    return composite + atoms * atomBytes + (leaves - atoms) * bondBytes +
+           leaves / leavesOfComposite * composite + largeIn(holder);
+}
+
+} // namespace
+
 std::size_t memoryOf(const Compound& item) {
     const HostItem& record = HostItem::of(&item);
-    constexpr std::size_t slot = sizeof(Compound*);
-    constexpr std::size_t atom = sizeof(AtomItem) + annexSize + slot;
-    constexpr std::size_t bond = sizeof(BondItem) + slot;
-    constexpr std::size_t holder = sizeof(ResidueItem) + slot;
-    // Few composites hold fewer leaves.
-    constexpr std::size_t leavesOfHolder = 8;
     switch (record.kind) {
     case Kind::Atom:
-        return atom;
+        return atomBytes;
     case Kind::Bond:
-        return bond;
+        return bondBytes;
     case Kind::Surface: {
         const auto& mesh = static_cast<const SurfaceItem&>(item).m_mesh;
         return sizeof(SurfaceItem) + (mesh ? memoryOf(*mesh) : 0);
     }
     case Kind::Grid:
-        return sizeof(GridItem) +
-               static_cast<const GridItem&>(item).m_values.values.capacity() * sizeof(float);
+        return sizeof(GridItem) + memoryOf(static_cast<const GridItem&>(item).m_values);
     case Kind::PolyLine:
         return sizeof(PolyLineItem) +
                static_cast<const PolyLineItem&>(item).m_points.capacity() * sizeof(TAVIK::Vertex);
     case Kind::Set:
         return sizeof(SetItem) + static_cast<const SetRecord&>(record).places.capacity() * 5 * slot;
     default:
-        break;
+        return memoryOf(static_cast<const Holder&>(record));
     }
-    const auto& all = static_cast<const Holder&>(record);
-    const auto atoms = static_cast<std::size_t>(all.sum.atoms);
-    const auto leaves = static_cast<std::size_t>(all.sum.leaves);
-    std::size_t bytes =
-        holder + atoms * atom + (leaves - atoms) * bond + leaves / leavesOfHolder * holder;
-    // What is large stands at the top level, or next to it.
-    if (all.directLeaves != all.directAtoms && all.childCount() <= leavesOfHolder * leavesOfHolder)
-        for (std::uint32_t slotOf = all.begin; slotOf != all.end; ++slotOf)
-            if (const Compound* child = all.children[slotOf];
-                child && !HostItem::of(child).isHolder() && HostItem::of(child).kind != Kind::Atom)
-                bytes += memoryOf(*child);
-    return bytes;
 }
 
 } // namespace memory_host

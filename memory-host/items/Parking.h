@@ -8,8 +8,9 @@
 #include <cstdint>
 
 namespace TAVIK {
+struct GridValues;
 struct SurfaceMesh;
-}
+} // namespace TAVIK
 
 namespace memory_host {
 
@@ -42,5 +43,6 @@ void setOwnMarks(Holder& holder, std::uint32_t marks);
 /// How much memory an item takes with all that it holds, in bytes: an estimate.
 std::size_t memoryOf(const Compound& item);
 std::size_t memoryOf(const TAVIK::SurfaceMesh& mesh);
+std::size_t memoryOf(const TAVIK::GridValues& grid);
 
 } // namespace memory_host

@@ -10,6 +10,7 @@
 #include "history/Steps.h"
 
 #include <limits>
+#include <vector>
 
 using namespace contract;
 using namespace TAVIK;
@@ -248,6 +249,21 @@ private slots:
         QVERIFY2(kept > atoms * 100 && kept < atoms * 400, qPrintable(QString::number(kept)));
         QVERIFY(History::undo());
         QVERIFY2(historyBytes() - before < 2000, qPrintable(QString::number(historyBytes())));
+    }
+
+    void whatIsLargeIsCountedHoweverDeepItStands() {
+        const Chain chain(100);
+        constexpr std::size_t points = 100'000;
+        DataMaker::makePolyLine(chain.groups[50], "line", std::vector<Vertex>(points));
+        const std::size_t before = historyBytes();
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            DataMaker::Destroy(chain.molecule);
+        }
+        QVERIFY(historyBytes() - before > points * sizeof(Vertex));
+        QVERIFY(History::undo());
+        QVERIFY2(historyBytes() - before < 2000, qPrintable(QString::number(historyBytes())));
+        QCOMPARE(faults(), QString());
     }
 
     void aDeletionThatIsTooLargeIsSaidNotToBeUndone() {
