@@ -1,7 +1,10 @@
 #include "GridItem.h"
 
+#include "Recording.h"
+
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <utility>
 
 namespace memory_host {
@@ -52,15 +55,24 @@ bool GridItem::GetNearest(const TAVIK::Vertex& point, int* ijk) const {
 
 void GridItem::setValues(TAVIK::GridValues&& values) {
     static std::uint32_t lastVersion = 0;
+    Contents next{std::move(values), m_crystal, 0, {}};
+    std::ranges::copy(next.values.points, next.bounds.begin() + 3);
     if (!m_values.values.empty())
-        m_valuesVersion = ++lastVersion;
-    m_values = std::move(values);
-    for (const std::size_t axis : {0, 1, 2}) {
-        m_points[axis] = m_values.points[axis];
-        m_lower[axis] = 0;
-        m_upper[axis] = m_points[axis];
-    }
-    m_keptBounds = bounds();
+        next.version = ++lastVersion;
+    if (Step* const step = stepForComing(m_record); !step)
+        swapContents(next);
+    else if (!step->recordGrid(*this, next))
+        throw std::bad_alloc();
+}
+
+void GridItem::swapContents(Contents& other) noexcept {
+    const std::array<int, 6> shown = std::exchange(other.bounds, bounds());
+    std::swap(m_values, other.values);
+    std::swap(m_crystal, other.crystal);
+    std::swap(m_valuesVersion, other.version);
+    std::ranges::copy(m_values.points, m_points);
+    setBounds(shown);
+    m_keptBounds = shown;
     m_lattice = Lattice(m_values.steps);
 }
 

@@ -21,7 +21,15 @@ public:
     static const std::vector<GridItem*>& all();
 
     bool GetNearest(const TAVIK::Vertex& point, int* ijk) const override;
+    struct Contents {
+        TAVIK::GridValues values;
+        MapCrystal crystal;
+        std::uint32_t version = 0;
+        std::array<int, 6> bounds{};
+    };
+    /// All of it is shown. Throws std::bad_alloc when there is no memory for recording it.
     void setValues(TAVIK::GridValues&& values);
+    void swapContents(Contents& other) noexcept;
 
     /// m_lower and m_upper.
     std::array<int, 6> bounds() const;

@@ -1,7 +1,6 @@
 #include "Step.h"
 
 #include "AtomItem.h"
-#include "GridItem.h"
 #include "Items.h"
 #include "Parking.h"
 #include "Recording.h"
@@ -152,6 +151,17 @@ bool Step::leaveSetsOf(Compound* item) noexcept {
     return true;
 }
 
+bool Step::recordGrid(GridItem& grid, GridItem::Contents& next) noexcept {
+    // The bounds change with the values; what was written to them until now is another write.
+    if (!recordBounds(grid) || !grow(m_grids, 1) ||
+        !record(Write::Refill, static_cast<Compound*>(&grid)))
+        return false;
+    grid.swapContents(next);
+    m_grids.push_back(std::move(next));
+    m_itemBytes += memoryOf(m_grids.back().values);
+    return true;
+}
+
 bool Step::recordArrangement(Holder& space) noexcept {
     if (!reserve(1) || !grow(m_arrangements, 1))
         return false;
@@ -189,7 +199,7 @@ std::size_t Step::logBytes() const {
     const auto of = [](const auto& vector) { return vector.capacity() * sizeof(vector[0]); };
     return sizeof(Step) + m_runs.bytes() + m_items.bytes() + m_painted.bytes() + m_colours.bytes() +
            m_parents.bytes() + m_numbers.bytes() + of(m_places) + of(m_meshes) + of(m_meshColours) +
-           of(m_bounds) + of(m_descriptions) + of(m_listings) + of(m_arrangements);
+           of(m_bounds) + of(m_descriptions) + of(m_listings) + of(m_grids) + of(m_arrangements);
 }
 
 } // namespace memory_host

@@ -6,6 +6,7 @@
 #include "AtomItem.h"
 #include "Chunks.h"
 #include "Geometry.h"
+#include "GridItem.h"
 #include "HostItem.h"
 #include "ItemLog.h"
 #include "Sets.h"
@@ -20,8 +21,6 @@
 #include <vector>
 
 namespace memory_host {
-
-class GridItem;
 
 /// A log of writes, each with what it takes to reverse it. Taking a step back reverses them from
 /// the last to the first, by the functions that commands use; doing it again, from the first to the
@@ -53,6 +52,7 @@ public:
         Reshape,   ///< a surface, and its mesh before
         Recolour,  ///< a surface, and the colours of its mesh before
         Bound,     ///< a grid, and its bounds before
+        Refill,    ///< a grid, and all of its values before
         Alter,     ///< a top-level item, and the version of its data before
         Attach,    ///< an item, and the composite it went into
         Detach,    ///< an item, and the composite it came out of
@@ -61,7 +61,7 @@ public:
         LeaveSets, ///< an item, and the sets that listed it
         Arrange    ///< the space, and the order and the names of its children before
     };
-    static constexpr std::size_t writeCount = 18;
+    static constexpr std::size_t writeCount = 19;
 
     /// Makes room for writes of `items` items in `runs` runs of one kind and direction. False when
     /// memory has run out, also before.
@@ -112,6 +112,8 @@ public:
     /// The sets that list an item; it leaves them.
     [[nodiscard]] bool leaveSetsOf(Compound* item) noexcept;
 
+    /// Gives a grid these values; `next` is left without any.
+    [[nodiscard]] bool recordGrid(GridItem& grid, GridItem::Contents& next) noexcept;
     [[nodiscard]] bool recordArrangement(Holder& space) noexcept;
 
     /// Records what became of the bounds of grids, which anybody writes directly.
@@ -216,6 +218,7 @@ private:
     std::vector<std::unique_ptr<TAVIK::SurfaceMesh>> m_meshes;
     std::vector<MeshColours> m_meshColours;
     std::vector<std::array<int, 6>> m_bounds;
+    std::vector<GridItem::Contents> m_grids;
     std::vector<SetListing> m_listings; ///< of LeaveSets
     std::vector<Arrangement> m_arrangements;
     std::optional<Freeing> m_freeing;

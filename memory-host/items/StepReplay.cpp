@@ -2,7 +2,6 @@
 #include "Arrivals.h"
 #include "AtomItem.h"
 #include "DataVersion.h"
-#include "GridItem.h"
 #include "Items.h"
 #include "Models.h"
 #include "Parking.h"
@@ -50,6 +49,7 @@ public:
         m_mesh = step.m_meshes.size();
         m_meshColours = step.m_meshColours.size();
         m_bounds = step.m_bounds.size();
+        m_grid = step.m_grids.size();
         m_listing = step.m_listings.size();
         m_arrangement = step.m_arrangements.size();
         m_parent = step.m_parents.size();
@@ -58,10 +58,10 @@ public:
     void run(const Run& run) {
         // In the order of Write.
         static constexpr std::array<void (Going::*)(Compound&), writeCount> each = {
-            nullptr,        nullptr,           nullptr,         &Going::activate, &Going::giveMarks,
-            &Going::join,   &Going::move,      &Going::rewrite, &Going::reshape,  &Going::recolour,
-            &Going::bound,  &Going::alter,     &Going::attach,  &Going::detach,   &Going::link,
-            &Going::unlink, &Going::leaveSets, &Going::arrange};
+            nullptr,       nullptr,        nullptr,           &Going::activate, &Going::giveMarks,
+            &Going::join,  &Going::move,   &Going::rewrite,   &Going::reshape,  &Going::recolour,
+            &Going::bound, &Going::refill, &Going::alter,     &Going::attach,   &Going::detach,
+            &Going::link,  &Going::unlink, &Going::leaveSets, &Going::arrange};
         if (run.write == Write::Select)
             inBatches(run, [&](auto items) { selectEach(items, run.on != m_back); });
         else if (run.write == Write::Show)
@@ -150,6 +150,12 @@ private:
         const std::array<int, 6> now = grid.bounds();
         grid.setBounds(std::exchange(bounds, now));
     }
+    void refill(Compound& item) {
+        GridItem::Contents& other = of(m_step.m_grids, m_grid);
+        m_step.m_itemBytes -= memoryOf(other.values);
+        static_cast<GridItem&>(item).swapContents(other);
+        m_step.m_itemBytes += memoryOf(other.values);
+    }
     void alter(Compound& top) {
         std::uint32_t& version = number();
         version = swapDataVersion(HostItem::of(&top), version);
@@ -202,7 +208,8 @@ private:
     ItemLog::Reader m_items;
     ItemLog::Reader m_painted;
     std::size_t m_number = 0, m_colour = 0, m_place = 0, m_description = 0, m_mesh = 0,
-                m_meshColours = 0, m_bounds = 0, m_listing = 0, m_arrangement = 0, m_parent = 0;
+                m_meshColours = 0, m_bounds = 0, m_grid = 0, m_listing = 0, m_arrangement = 0,
+                m_parent = 0;
     Holder* m_holder = nullptr;
     std::uint32_t m_leftOfParent = 0;
 };
@@ -254,7 +261,7 @@ void Step::forget() noexcept {
         ((vectors = std::remove_reference_t<decltype(vectors)>()), ...);
     };
     empty(m_runs, m_items, m_painted, m_colours, m_parents, m_numbers, m_places, m_descriptions,
-          m_meshes, m_meshColours, m_bounds, m_listings, m_arrangements);
+          m_meshes, m_meshColours, m_bounds, m_grids, m_listings, m_arrangements);
     // What was recorded in it is to be recorded again.
     m_number = nextNumber();
     m_itemBytes = 0;

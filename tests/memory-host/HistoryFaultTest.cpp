@@ -8,8 +8,11 @@
 #include "ManyAtoms.h"
 #include "TestSupport.h"
 #include "history/Steps.h"
+#include "items/Building.h"
+#include "items/MapCrystal.h"
 
 #include <limits>
+#include <tuple>
 #include <vector>
 
 using namespace contract;
@@ -49,6 +52,8 @@ struct Everything {
         SetSurfaceColors(surface, {7});
         SetSurfaceMesh(surface, {});
         grid->m_lower[1] = 1;
+        setGrid(grid, {{1, 1, 3}, {}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 2}}}, {4, 5, 6}});
+        grid->m_upper[2] = 2;
         Compound* const made = make(space(), "Composite");
         DataMaker::makeBond(made, atom(made), chain.atoms[0]);
         DataMaker::Destroy(second);
@@ -263,6 +268,41 @@ private slots:
         QVERIFY(historyBytes() - before > points * sizeof(Vertex));
         QVERIFY(History::undo());
         QVERIFY2(historyBytes() - before < 2000, qPrintable(QString::number(historyBytes())));
+        QCOMPARE(faults(), QString());
+    }
+
+    void otherValuesOfAGridAreTakenBack() {
+        const Everything everything;
+        Grid* const grid = everything.grid;
+        const auto change = [](const auto& write) {
+            const DataPointBase guard(nullptr, Publisher::Update, "Grid");
+            write();
+        };
+        setCrystal(grid, {{2, 2, 2}, 19});
+        change([&] { grid->m_upper[1] = 1; });
+        const auto look = [&] {
+            return std::tuple(*GetGridValues(grid), crystalOf(grid), grid->m_points[2],
+                              std::vector<int>(grid->m_lower, grid->m_lower + 3),
+                              std::vector<int>(grid->m_upper, grid->m_upper + 3));
+        };
+        const auto before = look();
+        change([&] {
+            grid->m_lower[0] = 1;
+            setGrid(grid, {{1, 1, 3}, {1, 2, 3}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 2}}}, {4, 5, 6}});
+            setCrystal(grid, {{1, 1, 3}, 1});
+            grid->m_upper[2] = 2;
+        });
+        const auto after = look();
+        QVERIFY(after != before);
+        for (int i = 0; i != 2; ++i) {
+            QVERIFY(History::undo());
+            QVERIFY(look() == before);
+            QVERIFY(History::redo());
+            QVERIFY(look() == after);
+        }
+        // Without a guard, what was before cannot come back.
+        setGrid(grid, {});
+        QVERIFY(History::undoable().empty() && History::redoable().empty());
         QCOMPARE(faults(), QString());
     }
 
