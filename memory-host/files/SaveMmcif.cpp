@@ -157,9 +157,9 @@ mmcif::BlockChange MmcifEdit::changeOf(const AtomsOfBlock& atoms) const {
     for (std::size_t row = 0; row != change.isKept.size(); ++row)
         change.isKept[row] = m_plan->atoms()[atoms.firstRow + row] != nullptr;
     const auto firstRow = static_cast<std::uint32_t>(atoms.firstRow);
-    for (const SavedStructure& structure : m_structures) {
-        if (&m_atoms[structure.block] != &atoms)
-            continue;
+    const auto block = static_cast<std::uint32_t>(&atoms - m_atoms.data());
+    for (const SavedStructure& structure :
+         std::ranges::equal_range(m_structures, block, {}, &SavedStructure::block)) {
         for (const SavedModel& model : structure.models) {
             for (const auto& [first, second] : model.lostBonds)
                 change.lost.emplace_back(first - firstRow, second - firstRow);
