@@ -39,7 +39,6 @@ void detach(Compound* child) {
     Holder* const residue = leaveModels(*child);
     parent->removeChild(record.position);
     record.parent = nullptr;
-    recording.inSpace = nullptr;
     addContribution(parent, -contributionOf(record));
     settleModel(residue);
 }

@@ -17,7 +17,11 @@ namespace memory_host {
 
 Compound* makeDetached(const std::string& name, const std::string& className) {
     Kind kind{};
-    return findKind(className, name, kind) ? newItem(kind, name) : nullptr;
+    if (!findKind(className, name, kind))
+        return nullptr;
+    Compound* const item = newItem(kind, name);
+    ++recording.detachedCount;
+    return item;
 }
 
 void attach(Compound* detached, Compound* parent) {
@@ -48,6 +52,7 @@ void attach(Compound* detached, Compound* parent) {
     if (HostItem::of(detached).isHolder())
         Shrink::all(HostItem::of(detached).asHolder());
     attachTo(detached, *holder);
+    --recording.detachedCount;
 }
 
 TAVIK::Atom* addAtom(Compound* parent, const TAVIK::AtomValues& values) {

@@ -127,6 +127,7 @@ void DataMaker::Destroy(Compound* item) {
             throw std::bad_alloc();
         return;
     }
+    recording.detachedCount -= HostItem::of(item).parent ? 0 : 1;
     detach(item);
     freeDetached(item);
 }

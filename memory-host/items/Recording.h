@@ -38,9 +38,8 @@ struct Recording {
     StepKeeper* keeper = nullptr;
     Step* step = nullptr;     ///< of the guard that is open
     bool isReplaying = false; ///< a step is being taken back or done again
-    /// A composite in the space, until something leaves it; null if none is known. What is written
-    /// next stands mostly in the same one.
-    const HostItem* inSpace = nullptr;
+    /// Items that were made outside of the space, are no part of others, and are still there.
+    std::size_t detachedCount = 0;
 };
 inline constinit Recording recording;
 
@@ -57,12 +56,9 @@ inline bool isInSpace(const HostItem& item) noexcept {
 inline Step* stepFor(const HostItem& item) noexcept {
     if (!recording.step || recording.isReplaying)
         return nullptr;
-    if (!recording.inSpace || recording.inSpace != item.parent) {
-        if (!isInSpace(item))
-            return nullptr;
-        recording.inSpace = item.parent;
-    }
-    return recording.step;
+    // Looking up to the space is a cache miss for each composite.
+    const bool isSurelyIn = item.parent && recording.detachedCount == 0;
+    return isSurelyIn || isInSpace(item) ? recording.step : nullptr;
 }
 /// The same for an item that comes or goes, and for a mesh. Where that is not recorded, nothing
 /// that was can be taken back any more: it may be about what is not there.

@@ -187,7 +187,7 @@ bool Step::recordBounds(GridItem& grid) noexcept {
 
 void Step::recordBounds() noexcept {
     for (GridItem* grid : GridItem::all())
-        if (stepFor(HostItem::of(grid)) == this && !recordBounds(*grid))
+        if (isInSpace(HostItem::of(grid)) && !recordBounds(*grid))
             grid->setBounds(grid->m_keptBounds);
 }
 
