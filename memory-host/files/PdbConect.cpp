@@ -5,7 +5,6 @@
 #include "PdbRows.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace memory_host::pdb {
 
@@ -32,11 +31,10 @@ void Conect::see(std::string_view row, bool isKept) {
 
 // A number that several atoms have, as in the models of a file, is gone with the last of them.
 void Conect::settle() {
-    std::ranges::sort(m_gone);
     std::ranges::sort(m_kept);
-    std::vector<Serial> gone;
-    std::ranges::set_difference(m_gone, m_kept, std::back_inserter(gone));
-    m_gone = std::move(gone);
+    std::erase_if(m_gone,
+                  [this](Serial serial) { return std::ranges::binary_search(m_kept, serial); });
+    std::ranges::sort(m_gone);
     m_kept = {};
 }
 

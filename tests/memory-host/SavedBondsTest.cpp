@@ -121,6 +121,20 @@ private slots:
         const auto items = opened(path("none.pdb").toStdString()).items;
         QCOMPARE(bondNames(items[0]).size() + bondNames(items[1]).size(), 0);
     }
+    void aRecordOfBondsStaysAsLongAsAnyModelHasItsAtoms() {
+        const QByteArray model =
+            chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500") + "ENDMDL\n";
+        const QByteArray bonds = "CONECT    1    2\nCONECT    2    1\n";
+        openText("MODEL        1\n" + model + "MODEL        2\n" + model + "MODEL        3\n" +
+                 model + bonds);
+        for (const char* atom : {"/test.1/A/Groups/ALA 1/C1", "/test.2/A/Groups/ALA 1/C1"}) {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item(atom));
+        }
+        QCOMPARE(save("saved.pdb"), QStringList());
+        const auto items = opened(path("saved.pdb").toStdString()).items;
+        QCOMPARE(bondNames(items[2]), QStringList("ALA 1 C1-C2"));
+    }
     void bondsOfFurtherModelsThatTheFirstHasNotAreSaid() {
         const QByteArray one = chainOf({" C1 ", " C2 "}) + "ENDMDL\n";
         QByteArray two = one;
