@@ -68,6 +68,13 @@ void writeFile(JournalBytes& bytes, const FileOnDisk& file) {
         bytes.difference(std::int64_t{id} - std::int64_t{std::exchange(last, id)});
 }
 
+// The text of a structure is in the journal; the values of a map are in its file alone.
+bool canBeReadAgain(const EntrySource& source) {
+    const FileReading* const reading = source.reading.get();
+    return reading &&
+           (source.text || (reading->stamp.isKnown() && stampOf(reading->path) == reading->stamp));
+}
+
 bool isShownInPart(const GridItem& grid) {
     return grid.bounds() !=
            std::array<int, 6>{0, 0, 0, grid.m_points[0], grid.m_points[1], grid.m_points[2]};
@@ -137,7 +144,7 @@ void JournalGathering::Walk::writeEntry(const Compound& item, const HostItem& re
     const auto source = std::static_pointer_cast<EntrySource>(sourceOf(&item));
     const bool isChanged = hasUnsavedData(&item);
     m_readBegin = m_readEnd = 0;
-    if (source && source->reading) {
+    if (source && canBeReadAgain(*source)) {
         const FileReading& reading = *source->reading;
         m_readBegin = reading.firstItem;
         m_readEnd = reading.firstItem + reading.itemCount;

@@ -4,6 +4,7 @@
 #include "DataMaker.h"
 #include "DataPointBase.h"
 #include "History.h"
+#include "ItemOrigin.h"
 #include "JournalTestCase.h"
 #include "Sample.h"
 #include "files/Saving.h"
@@ -171,6 +172,20 @@ private slots:
             grid->m_upper[2] = 1;
             grid->SetColor(Color(7));
         });
+        comesBack();
+    }
+
+    void aMapWhoseFileWasReplacedComesBackAsItIsOpen() {
+        Grid* made = nullptr;
+        change([&] { made = DataMaker::makeGrid(space(), "made", smallGrid()); });
+        saveFile(std::vector<Compound*>{made}, path("own.ccp4"));
+        clear();
+        openFile(path("own.ccp4"));
+        auto* const grid = dynamic_cast<Grid*>(*space()->ChildBegin());
+        change([grid] { grid->m_upper[1] = 1; });
+        saveFile(std::vector<Compound*>{grid}, path("own.ccp4"));
+        comesBack();
+        QCOMPARE(OriginOf(*space()->ChildBegin()), QString::fromStdString(path("own.ccp4")));
         comesBack();
     }
 
