@@ -57,6 +57,10 @@ void setDataSaved(const Compound* topLevel) {
         found->second.saved = found->second.now;
 }
 
+void setDataUnsaved(const Compound* topLevel) {
+    changed()[HostItem::of(topLevel).id].saved = ++lastVersion;
+}
+
 void noteDataChange(const HostItem& item) noexcept {
     if (!isForFiles(item))
         return;

@@ -15,6 +15,9 @@ HOST_EXPORT std::uint64_t dataVersion(const TAVIK::Compound* topLevel);
 HOST_EXPORT bool hasUnsavedData(const TAVIK::Compound* topLevel);
 /// Keeps that the present data of a top-level item are in a file.
 HOST_EXPORT void setDataSaved(const TAVIK::Compound* topLevel);
+/// Keeps that no file has the data of a top-level item, neither as they are nor as they were read.
+/// Throws std::bad_alloc.
+void setDataUnsaved(const TAVIK::Compound* topLevel);
 
 /// Called when `item` was made, was changed, or is about to be destroyed: the data of the entry
 /// that it stands in change, if it is in one and is something that files hold.

@@ -86,9 +86,20 @@ void RecoveredItems::settle() {
     }
 }
 
-Compound* RecoveredItems::at(std::uint32_t id) const {
+const RecoveredItems::Reading* RecoveredItems::readingWith(std::uint32_t id) const {
     const auto reading = readingFrom(m_readings, id);
-    if (reading != m_readings.end() && id - reading->firstItem < reading->items.size()) {
+    return reading != m_readings.end() && id - reading->firstItem < reading->items.size()
+               ? &*reading
+               : nullptr;
+}
+
+Compound* RecoveredItems::given(std::uint32_t id) const {
+    const Reading* const reading = readingWith(id);
+    return reading ? reading->items[id - reading->firstItem] : nullptr;
+}
+
+Compound* RecoveredItems::at(std::uint32_t id) const {
+    if (const Reading* const reading = readingWith(id)) {
         const std::size_t i = id - reading->firstItem;
         return reading->areThere[i] ? reading->items[i] : nullptr;
     }
@@ -97,8 +108,7 @@ Compound* RecoveredItems::at(std::uint32_t id) const {
 }
 
 std::uint32_t RecoveredItems::identifierNow(std::uint32_t id) const {
-    const auto reading = readingFrom(m_readings, id);
-    if (reading != m_readings.end() && id - reading->firstItem < reading->items.size())
+    if (const Reading* const reading = readingWith(id))
         return id + reading->shift;
     const Compound* const item = at(id);
     return item ? item->GetId() : 0;

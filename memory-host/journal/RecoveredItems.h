@@ -28,6 +28,8 @@ public:
 
     /// The item that had an identifier; null if it is gone, or was not brought back.
     Compound* at(std::uint32_t id) const;
+    /// The item of a file that was opened, also if it is gone; null for other items.
+    Compound* given(std::uint32_t id) const;
     /// The identifier that it has now, also if it is gone; 0 where that is not known.
     std::uint32_t identifierNow(std::uint32_t id) const;
     /// What is gone and stands in an item that is not; bonds, which go with atoms, come first.
@@ -47,6 +49,8 @@ private:
     };
 
     void markThere();
+    /// The reading that an identifier is of; null if none is.
+    const Reading* readingWith(std::uint32_t id) const;
     /// The reading that an identifier is of, or else the first one behind it.
     static auto readingFrom(auto& readings, std::uint32_t id) {
         auto after = std::ranges::upper_bound(readings, id, {}, &Reading::firstItem);

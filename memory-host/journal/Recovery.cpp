@@ -18,7 +18,9 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace memory_host {
 
@@ -30,6 +32,11 @@ bool isSame(const FileStamp& now, FileStamp before) {
     return now.isKnown() && now == before;
 }
 
+// The stamp of a file, with the number that its disk has now.
+FileStamp renumbered(const FileStamp& before, const FileStamp& now) {
+    return isSame(now, before) ? now : before;
+}
+
 // As part of a line for the user.
 std::string shown(std::string_view path) {
     constexpr std::size_t longest = 4096;
@@ -38,6 +45,25 @@ std::string shown(std::string_view path) {
 
 std::shared_ptr<EntrySource> entrySourceOf(const Compound* item) {
     return std::static_pointer_cast<EntrySource>(sourceOf(item));
+}
+
+bool isEntry(const Compound* item) {
+    return item && HostItem::of(item).parent->kind == Kind::Space;
+}
+
+// Keeps in which file an entry is.
+void setFile(const Compound* entry, const std::string& path, std::shared_ptr<FileOnDisk> file) {
+    auto source = entrySourceOf(entry);
+    if (!source)
+        source = std::make_shared<EntrySource>();
+    source->file = std::move(file);
+    setOrigin(entry, path, source);
+}
+
+// Whether the data of an entry as they were read are those in its file.
+bool isFileAsRead(const EntrySource* source) {
+    return source && source->file && source->reading &&
+           source->file->stamp == source->reading->stamp;
 }
 
 // Opening has numbered the names anew. They are what they were, but for those that others have.
@@ -81,15 +107,15 @@ private:
     void change(RecoveredItems& items, Outcome& outcome);
     bool destroyGone(const RecoveredItems& items) const;
     void arrange(const RecoveredItems& items) const;
-    void giveFiles(const RecoveredItems& items, std::vector<std::string>& lines);
+    void giveFiles(const RecoveredItems& items, std::vector<std::string>& lines) const;
     std::vector<std::shared_ptr<FileOnDisk>> files(const RecoveredItems& items,
                                                    std::vector<std::string>& lines) const;
+    void markUnsaved(const RecoveredItems& items) const;
     void restoreReadings() const;
 
     std::string m_folder;
     JournalContent m_content;
     std::vector<std::shared_ptr<FileReading>> m_opened;
-    std::vector<bool> m_areTheFiles; ///< by file: as it was when it was read or saved
 };
 
 std::string JournalRecovery::Work::contentPath(std::size_t file) const {
@@ -145,9 +171,10 @@ void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
         }
         changeAgain(m_content, m_folder, items, unchanged);
         makeAgain(m_content, m_folder, items, lost);
+        giveFiles(items, outcome.lines);
         destroys = destroyGone(items);
         lookAgain(m_content, items);
-        giveFiles(items, outcome.lines);
+        markUnsaved(items);
         arrange(items);
         if (recording.step && recording.step->hasFailed())
             throw std::bad_alloc();
@@ -173,8 +200,7 @@ void JournalRecovery::Work::arrange(const RecoveredItems& items) const {
     Arrangement recovered;
     std::unordered_set<const Compound*> known;
     for (const JournalContent::Entry& entry : m_content.entries)
-        if (Compound* const item = items.at(entry.id);
-            item && HostItem::of(item).parent == &space && known.insert(item).second)
+        if (Compound* const item = items.at(entry.id); isEntry(item) && known.insert(item).second)
             recovered.push_back({item, 0, Name::component(m_content.text(entry.name))});
     Arrangement order = arrangementOf(space);
     std::erase_if(order, [&known](const TopLevel& top) { return known.contains(top.item); });
@@ -194,7 +220,7 @@ JournalRecovery::Work::files(const RecoveredItems& items, std::vector<std::strin
         const FileStamp now = stampOf(path);
         const JournalContent::File& known = m_content.files[entry.file - 1];
         const FileStamp& before = known.stamp;
-        file = std::make_shared<FileOnDisk>(FileOnDisk{isSame(now, before) ? now : before, {}});
+        file = std::make_shared<FileOnDisk>(FileOnDisk{renumbered(before, now), {}});
         for (const std::uint32_t id : known.entries)
             file->entries.push_back(items.identifierNow(id));
         std::ranges::sort(file->entries);
@@ -207,44 +233,76 @@ JournalRecovery::Work::files(const RecoveredItems& items, std::vector<std::strin
     return all;
 }
 
-// What is saved next, and journalled, goes by these.
-void JournalRecovery::Work::restoreReadings() const {
-    for (std::size_t i = 0; i != m_opened.size(); ++i)
-        if (m_opened[i]) {
-            m_opened[i]->path = m_content.readings[i].path;
-            m_opened[i]->stamp = m_content.readings[i].stamp;
-        }
+// What is gone comes back when this is taken back, and is in its file then as the others are.
+void JournalRecovery::Work::giveFiles(const RecoveredItems& items,
+                                      std::vector<std::string>& lines) const {
+    const std::vector<std::shared_ptr<FileOnDisk>> all = files(items, lines);
+    std::vector<bool> areGiven(all.size());
+    for (const JournalContent::Entry& entry : m_content.entries) {
+        const std::shared_ptr<FileOnDisk>& file = all[entry.file];
+        const std::string path(entry.path);
+        if (file && !areGiven[entry.file])
+            for (const std::uint32_t id : m_content.files[entry.file - 1].entries)
+                if (Compound* const item = items.given(id); isEntry(item))
+                    setFile(item, path, file);
+        areGiven[entry.file] = true;
+        if (Compound* const item = items.at(entry.id); isEntry(item) && !path.empty())
+            setFile(item, path, file);
+    }
 }
 
-void JournalRecovery::Work::giveFiles(const RecoveredItems& items,
-                                      std::vector<std::string>& lines) {
-    const std::vector<std::shared_ptr<FileOnDisk>> all = files(items, lines);
+// Where the file is not as it was read, that is not saved either when all this is taken back.
+void JournalRecovery::Work::markUnsaved(const RecoveredItems& items) const {
     for (const JournalContent::Entry& entry : m_content.entries) {
         Compound* const item = items.at(entry.id);
-        if (!item || HostItem::of(item).parent->kind != Kind::Space)
+        if (!isEntry(item))
             continue;
-        if (!entry.path.empty()) {
-            auto source = entrySourceOf(item);
-            if (!source)
-                source = std::make_shared<EntrySource>();
-            source->file = all[entry.file];
-            setOrigin(item, std::string(entry.path), source);
-        }
-        const std::shared_ptr<FileOnDisk>& file = all[entry.file];
-        const bool isInFile =
-            !entry.isUnsaved && file && stampOf(std::string(entry.path)) == file->stamp;
+        const auto source = entrySourceOf(item);
+        const bool isInFile = !entry.isUnsaved && source && source->file &&
+                              stampOf(std::string(entry.path)) == source->file->stamp;
+        const bool isUnsaved = entry.isUnsaved || hasUnsavedData(item);
         if (isInFile)
             setDataSaved(item);
-        else if (entry.isUnsaved && !hasUnsavedData(item) && item->HasChildren())
+        else if (isUnsaved && !isFileAsRead(source.get()))
+            setDataUnsaved(item);
+        else if (isUnsaved && !hasUnsavedData(item) && item->HasChildren())
             noteDataChange(HostItem::of(*item->ChildBegin()));
     }
-    restoreReadings();
+}
+
+// The text in the journal is that of a file. What is saved next, and journalled, goes by that, also
+// where the changes are not brought back.
+void JournalRecovery::Work::restoreReadings() const {
+    std::unordered_map<const FileReading*, bool> areAsRead;
+    for (std::size_t i = 0; i != m_opened.size(); ++i) {
+        if (!m_opened[i])
+            continue;
+        const JournalContent::Reading& before = m_content.readings[i];
+        FileReading& reading = *m_opened[i];
+        reading.path = before.path;
+        const FileStamp now = stampOf(reading.path);
+        reading.stamp = renumbered(before.stamp, now);
+        areAsRead[&reading] = reading.stamp == now;
+    }
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    for (Compound** entry = space->ChildBegin(); entry != space->ChildEnd(); ++entry) {
+        const auto source = entrySourceOf(*entry);
+        const auto opened = areAsRead.find(source ? source->reading.get() : nullptr);
+        if (opened == areAsRead.end())
+            continue;
+        const FileReading& reading = *source->reading;
+        source->file->stamp = reading.stamp;
+        if (!opened->second)
+            source->file->entries.clear();
+        setOrigin(*entry, reading.path, source);
+    }
 }
 
 JournalRecovery::Outcome JournalRecovery::Work::apply() {
     Outcome outcome;
     try {
         outcome.isWhole = true;
+        restoreReadings();
         RecoveredItems items = findItems(outcome);
         change(items, outcome);
     } catch (const std::bad_alloc&) {

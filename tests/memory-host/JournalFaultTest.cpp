@@ -2,6 +2,7 @@
 #include "DataLines.h"
 #include "DataMaker.h"
 #include "FailingMemory.h"
+#include "ItemOrigin.h"
 #include "JournalTestCase.h"
 #include "Sample.h"
 #include "TestFiles.h"
@@ -80,6 +81,31 @@ private slots:
         // Saving does not replace it unasked.
         QVERIFY_THROWS_EXCEPTION(SaveError,
                                  saveFile(std::vector<Compound*>{item("/1ejg")}, path("1ejg.pdb")));
+    }
+
+    // Another version of the program may read it otherwise.
+    void aTextThatGivesOtherItemsIsOpenAsTheUsersFile() {
+        openSmall();
+        change([] { DataMaker::Destroy(atomAt(0)); });
+        gather();
+        clear();
+        QVERIFY(writeFile(QString::fromStdString(path("one.pdb")), "other"));
+        const QString text = QDir(QString::fromStdString(m_journal->path()))
+                                 .entryInfoList({"text-*"})
+                                 .at(0)
+                                 .filePath();
+        QVERIFY(writeFile(text + "/one.pdb", file_testing::atomAt(" CA ", 1)));
+        recover();
+        QVERIFY(!m_outcome.isWhole);
+        QCOMPARE(m_outcome.lines,
+                 std::vector<std::string>{path("one.pdb") +
+                                          ": its content is not what it was; the changes to it are "
+                                          "not brought back"});
+        Compound* const entry = *space()->ChildBegin();
+        QCOMPARE(OriginOf(entry), QString::fromStdString(path("one.pdb")));
+        QVERIFY(isUnsaved(entry));
+        QVERIFY_THROWS_EXCEPTION(SaveError,
+                                 saveFile(std::vector<Compound*>{entry}, path("one.pdb")));
     }
 
     void aMeshThatIsMissingIsCounted() {

@@ -10,6 +10,7 @@
 #include "files/Saving.h"
 
 #include <QDir>
+#include <QFile>
 
 #include <chrono>
 
@@ -102,6 +103,31 @@ private slots:
         comesBack();
     }
 
+    // The file is neither as it was read nor as it is open.
+    void aFileThatWasSavedIsUnsavedAlsoWhenAllIsTakenBack() {
+        openAll();
+        change([] { DataMaker::Destroy(residueAt(1)); });
+        saveFile(std::vector<Compound*>{item("/1ejg")}, path("1ejg.pdb"));
+        change([] { DataMaker::Destroy(residueAt(1)); });
+        for (int start = 0; start != 2; ++start) {
+            comesBack();
+            QVERIFY(History::undo());
+            QCOMPARE(unsaved(), QStringList("1ejg"));
+        }
+        QVERIFY(History::redo());
+        QCOMPARE(unsaved(), QStringList("1ejg"));
+        saveFile(std::vector<Compound*>{item("/1ejg")}, path("1ejg.pdb"));
+        QCOMPARE(unsaved(), QStringList());
+    }
+
+    void aFileThatWasNotSavedIsAsReadWhenAllIsTakenBack() {
+        openAll();
+        change([] { DataMaker::Destroy(residueAt(1)); });
+        comesBack();
+        QVERIFY(History::undo());
+        QCOMPARE(unsaved(), QStringList());
+    }
+
     void anEntryThatWasSavedAsAnotherFileComesBackInThat() {
         openAll();
         change([] { DataMaker::Destroy(residueAt(1)); });
@@ -123,6 +149,20 @@ private slots:
             SaveError,
             saveFile(std::vector<Compound*>{space()->ChildBegin()[1]}, path("models.pdb")));
         QVERIFY(!isUnsaved(space()->ChildBegin()[1]));
+    }
+
+    void aClosedEntryIsInItsFileWhenTheClosingIsTakenBack() {
+        openAll();
+        change([] { DataMaker::Destroy(space()->ChildBegin()[1]); });
+        gather();
+        clear();
+        // The entry is read from the text in the journal.
+        QVERIFY(QFile::remove(QString::fromStdString(path("models.pdb"))));
+        recover();
+        QVERIFY(History::undo());
+        const Items entries = childrenOf(space());
+        QCOMPARE(OriginOf(entries[1]), QString::fromStdString(path("models.pdb")));
+        QCOMPARE(entriesOfFile(entries[1]), Items({entries[1], entries[2]}));
     }
 
     void aNameWithANumberStaysWhenTheFirstIsClosed() {
