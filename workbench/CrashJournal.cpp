@@ -107,6 +107,7 @@ void CrashJournal::write() {
     std::shared_ptr<memory_host::JournalState> state = m_gathering->take();
     m_gathering.reset();
     m_hasChanged = false;
+    m_replaced = m_adopted.size();
     m_writing = std::async(std::launch::async, [this, state = std::move(state)] {
         yieldToOthers();
         std::string problem;
@@ -132,8 +133,7 @@ void CrashJournal::finishWriting() {
     }
     if (std::exchange(m_hasSaid, false))
         Logger::Write("What is changed is kept for the case of a crash again");
-    for (memory_host::JournalFolder& folder : std::exchange(m_adopted, {}))
-        folder.remove();
+    removeAdopted(m_replaced);
     emit written(!m_hasChanged);
     if (m_hasChanged)
         changed();
@@ -142,6 +142,8 @@ void CrashJournal::finishWriting() {
 // What could not be written, as the disk is full, is still to be written.
 void CrashJournal::tryAgain(const std::string& problem) {
     sayOnce(problem);
+    if (m_folder && !m_folder->isThere())
+        m_folder.reset();
     m_hasChanged = true;
     m_due.setRemainingTime(m_interval);
     changed();
@@ -152,28 +154,38 @@ void CrashJournal::sayOnce(const std::string& problem) {
         Logger::Write("What is changed is not kept for the case of a crash: " + problem);
 }
 
+void CrashJournal::removeAdopted(std::size_t count) {
+    const auto end = m_adopted.begin() + static_cast<std::ptrdiff_t>(count);
+    std::for_each(m_adopted.begin(), end, [](auto& folder) { folder.remove(); });
+    m_adopted.erase(m_adopted.begin(), end);
+}
+
+bool CrashJournal::writeLast() {
+    bool isWritten = false;
+    try {
+        isWritten = gather(inOneGo);
+        if (isWritten)
+            m_folder->write(*m_gathering->take());
+    } catch (const std::exception& problem) {
+        isWritten = false;
+        sayOnce(problem.what());
+    }
+    m_timer.stop();
+    return isWritten;
+}
+
 void CrashJournal::end(bool isToStay) {
     m_timer.stop();
     m_gathering.reset();
     if (m_writing.valid())
         m_writing.wait();
     m_writing = {};
-    if (isToStay && m_interval != 0ms) {
-        try {
-            if (gather(inOneGo))
-                m_folder->write(*m_gathering->take());
-        } catch (const std::exception& problem) {
-            sayOnce(problem.what());
-        }
-        m_timer.stop();
-        m_interval = 0ms;
-        return;
-    }
-    m_interval = 0ms;
-    if (m_folder)
+    const bool isOn = std::exchange(m_interval, 0ms) != 0ms;
+    const bool isWritten = isToStay && isOn && writeLast();
+    if (!isToStay && m_folder)
         m_folder->remove();
-    for (memory_host::JournalFolder& folder : std::exchange(m_adopted, {}))
-        folder.remove();
+    if (!isToStay || isWritten)
+        removeAdopted(m_adopted.size());
 }
 
 } // namespace workbench

@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <cstddef>
 #include <future>
 #include <optional>
 #include <string>
@@ -54,6 +55,8 @@ private:
     bool gather(std::chrono::microseconds time);
     void write();
     void finishWriting();
+    bool writeLast();
+    void removeAdopted(std::size_t count);
     void tryAgain(const std::string& problem);
     void sayOnce(const std::string& problem);
 
@@ -61,6 +64,7 @@ private:
     std::chrono::milliseconds m_interval;
     std::optional<memory_host::JournalFolder> m_folder;
     std::vector<memory_host::JournalFolder> m_adopted; ///< to be removed
+    std::size_t m_replaced = 0; ///< how many of them what is being written replaces
     std::vector<memory_host::JournalFolder> m_staying;
     std::optional<memory_host::JournalGathering> m_gathering;
     QTimer m_timer;                     ///< until gathering begins or goes on

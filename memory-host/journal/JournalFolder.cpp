@@ -158,6 +158,11 @@ std::vector<JournalFolder> JournalFolder::abandoned(const std::string& all) noex
     return {};
 }
 
+bool JournalFolder::isThere() const {
+    std::error_code problem;
+    return fs::is_directory(m_path, problem);
+}
+
 void JournalFolder::write(JournalState& state) {
     if (state.isAsRead) {
         ::unlink(journal().c_str());
@@ -180,6 +185,8 @@ void JournalFolder::removeUnneeded(const std::set<std::string>& needed) {
 
 void JournalFolder::remove() noexcept try {
     std::error_code problem;
+    // First, as nobody is to be offered what lacks files beside it.
+    fs::remove(journal(), problem);
     fs::remove_all(m_path, problem);
     if (m_lock >= 0)
         ::close(std::exchange(m_lock, -1));

@@ -26,6 +26,8 @@ public:
     ~JournalFolder();
 
     const std::string& path() const { return m_path; }
+    /// Whether nobody has removed it.
+    bool isThere() const;
     /// When the journal was written, in seconds since 1970.
     std::int64_t time() const { return m_time; }
 

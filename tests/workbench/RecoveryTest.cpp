@@ -18,6 +18,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QMessageBox>
@@ -25,9 +26,12 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 using namespace std::chrono_literals;
+using memory_host::JournalFolder;
 using test_support::comparableLines;
 using test_support::firstDifference;
 using test_support::writeFile;
@@ -99,7 +103,7 @@ class RecoveryTest : public test_support::TestCase {
         closeAll();
     }
     /// A start of which each question is answered so; returns what is said then.
-    QString startAgain(const QString& button) {
+    QString startAgain(const QString& button, std::chrono::milliseconds interval = 5ms) {
         QTimer answering;
         connect(&answering, &QTimer::timeout, this, [&] {
             auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
@@ -112,7 +116,7 @@ class RecoveryTest : public test_support::TestCase {
             QTest::keyClick(box, Qt::Key_Escape);
         });
         answering.start(1);
-        startJournal();
+        startJournal(interval);
         workbench::Opening opening(Logger::Write);
         return workbench::Recovery(nullptr, opening).run(journals(), *m_journal);
     }
@@ -224,6 +228,73 @@ private slots:
         destroy(1);
         const QStringList before = comparableLines();
         m_journal->end(true);
+        crash();
+        QVERIFY(!startAgain("Open").isEmpty());
+        QCOMPARE(firstDifference(comparableLines(), before), QString());
+        takeHostLog();
+    }
+
+    void anEndWithoutAQuestionLeavesOneJournal() {
+        startJournal();
+        open();
+        destroy(1);
+        QVERIFY(waitUntilWritten());
+        const QStringList before = comparableLines();
+        crash();
+        for (const auto interval : {1h, 0h}) {
+            QVERIFY(!startAgain("Open", interval).isEmpty());
+            m_journal->end(true);
+            crash();
+            QCOMPARE(folders().size(), 1);
+        }
+        QVERIFY(!startAgain("Open").isEmpty());
+        QCOMPARE(firstDifference(comparableLines(), before), QString());
+        takeHostLog();
+    }
+
+    // It is in none of what is being written.
+    void aJournalThatIsTakenOverMeanwhileStays() {
+        startJournal();
+        open();
+        select(1);
+        QVERIFY(waitUntilWritten());
+        crash();
+        std::vector<JournalFolder> found = JournalFolder::abandoned(journals());
+        QCOMPARE(found.size(), std::size_t{1});
+        const QString journal = QString::fromStdString(found.front().path()) + "/journal";
+
+        startJournal();
+        open();
+        select(2);
+        const auto isWritten = [&] {
+            const QStringList all = folders();
+            return std::ranges::all_of(all, [this](const QString& folder) {
+                return QFile::exists(path("journal/" + folder + "/journal"));
+            });
+        };
+        const QDeadlineTimer deadline(60'000);
+        for (; folders().size() != 2 || !isWritten(); QTest::qSleep(20)) {
+            QVERIFY(!deadline.hasExpired());
+            if (folders().size() != 2)
+                QCoreApplication::processEvents();
+        }
+        QSignalSpy written(m_journal.get(), &CrashJournal::written);
+        m_journal->adopt(std::move(found.front()), false);
+        QVERIFY(written.wait());
+        QVERIFY(QFile::exists(journal));
+        QVERIFY(waitUntilWritten());
+        QVERIFY(!QFile::exists(journal));
+    }
+
+    void aJournalWhoseFolderIsGoneIsWrittenAnew() {
+        startJournal();
+        open();
+        destroy(1);
+        QVERIFY(waitUntilWritten());
+        QVERIFY(QDir(path("journal")).removeRecursively());
+        destroy(1);
+        const QStringList before = comparableLines();
+        QVERIFY(waitUntilWritten());
         crash();
         QVERIFY(!startAgain("Open").isEmpty());
         QCOMPARE(firstDifference(comparableLines(), before), QString());
