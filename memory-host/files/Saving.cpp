@@ -52,6 +52,21 @@ bool isWritten(const FileFormat* format) {
     return format->write != nullptr || format->edit != nullptr;
 }
 
+// The endings of the formats that are wanted, as the end of a sentence.
+template <class IsWanted> std::string acceptedEndings(const IsWanted& isWanted) {
+    std::string text = "accepted are names that end in";
+    const char* separator = " ";
+    for (const FileFormat* format : fileFormats()) {
+        if (!isWritten(format) || !isWanted(format))
+            continue;
+        for (const std::string_view ending : format->endings) {
+            text.append(separator).append(ending);
+            separator = ", ";
+        }
+    }
+    return text + ", each also with .gz";
+}
+
 // The format that a file's name asks for.
 const FileFormat& formatOf(const SavePlan& plan, const SaveReport& report) {
     std::string_view name = plan.path;
@@ -66,11 +81,11 @@ const FileFormat& formatOf(const SavePlan& plan, const SaveReport& report) {
 
 void checkContent(const SavePlan& plan, const SaveReport& report) {
     const bool isMap = plan.content.grid.has_value();
-    if (isMap != (plan.format->holds == FileFormat::Holds::Map))
+    const auto holds = isMap ? FileFormat::Holds::Map : FileFormat::Holds::Structure;
+    if (plan.format->holds != holds)
         report.refuse(
             std::string(plan.format->name) + " files hold no " + (isMap ? "maps" : "structures"),
-            "accepted are files of " +
-                formatNames(isMap ? FileFormat::Holds::Map : FileFormat::Holds::Structure));
+            acceptedEndings([holds](const FileFormat* format) { return format->holds == holds; }));
     if (plan.content.structures.size() > 1 && !plan.format->holdsSeveral)
         report.refuse("\"" + plan.content.structures[0].models[0].name + "\" and \"" +
                           plan.content.structures[1].models[0].name +
@@ -215,17 +230,7 @@ void moveToFile(const SavePlan& plan) {
 } // namespace
 
 std::string savableFiles() {
-    std::string text = "accepted are names that end in";
-    const char* separator = " ";
-    for (const FileFormat* format : fileFormats()) {
-        if (!isWritten(format))
-            continue;
-        for (const std::string_view ending : format->endings) {
-            text.append(separator).append(ending);
-            separator = ", ";
-        }
-    }
-    return text + ", each also with .gz";
+    return acceptedEndings([](const FileFormat*) { return true; });
 }
 
 std::vector<TAVIK::Compound*> entriesOfFile(TAVIK::Compound* entry) {

@@ -87,7 +87,8 @@ private slots:
         QTest::newRow("no such format") << "out.xyz"
                                         << "out.xyz: the ending of its name tells no format";
         QTest::newRow("another kind") << "out.map"
-                                      << "out.map: CCP4/MRC files hold no structures";
+                                      << "out.map: CCP4/MRC files hold no structures; accepted are "
+                                         "names that end in .pdb, .ent, .cif, .mmcif, each";
         QTest::newRow("no such folder") << "nowhere/out.pdb"
                                         << "nowhere/out.pdb: ";
         QTest::newRow("no folder") << "/dev/null/out.pdb"
