@@ -4,7 +4,11 @@
 #include "ListedBonds.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <functional>
 #include <iterator>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -32,11 +36,53 @@ bool isInReach(const SavedAtom& a, const SavedAtom& b) {
     return a.hasPosition && b.hasPosition && squared <= longestListedBond * longestListedBond;
 }
 
+// Why reading does not take over a bond that a file lists.
+enum class Unread : std::uint8_t { TooLong, Apart, TooMany };
+constexpr std::array<const char*, 3> unreadTexts = {
+    "the atoms are more than 6 Angstrom apart", "the atoms are in different alternative locations",
+    "one of the atoms has more than 64 bonds"};
+static_assert(longestListedBond == 6.0 && mostListedBonds == 64);
+
 // What becomes of the bonds of one model.
 struct Settled {
     std::size_t comingBack = 0;
     std::size_t appearing = 0; ///< that were never there
-    std::size_t tooLong = 0;
+    std::array<std::size_t, unreadTexts.size()> unread{};
+};
+
+// Takes out the bonds that reading would not take over, in order; counts them.
+class UnreadBonds {
+public:
+    UnreadBonds(SavedModel& model, Settled& settled)
+        : m_model(model), m_settled(settled), m_bonds(model.atoms.size()) {}
+
+    void takeOut() {
+        std::erase_if(m_model.bonds, [this](const SavedBond& bond) {
+            const std::optional<Unread> reason = bond.isFoundAgain ? std::nullopt : reasonOf(bond);
+            if (reason)
+                ++m_settled.unread[static_cast<std::size_t>(*reason)];
+            return reason && !bond.isListed;
+        });
+    }
+
+private:
+    std::optional<Unread> reasonOf(const SavedBond& bond) {
+        const SavedAtom& a = m_model.atoms[bond.first];
+        const SavedAtom& b = m_model.atoms[bond.second];
+        if (!isInReach(a, b))
+            return Unread::TooLong;
+        const std::uint16_t one = alternativeOf(a);
+        const std::uint16_t other = alternativeOf(b);
+        if (one != other && one != 0 && other != 0)
+            return Unread::Apart;
+        if (std::max(++m_bonds[bond.first], ++m_bonds[bond.second]) > mostListedBonds)
+            return Unread::TooMany;
+        return std::nullopt;
+    }
+
+    SavedModel& m_model;
+    Settled& m_settled;
+    std::vector<std::uint32_t> m_bonds; ///< by atom: how many the file lists
 };
 
 // The names of the atom of a model.
@@ -117,14 +163,9 @@ Settled settle(SavedModel& model, const std::vector<std::string>& names) {
     std::ranges::set_difference(model.foundBonds, again, std::back_inserter(pairs));
     for (const auto& [first, second] : pairs)
         model.bonds.push_back({first, second});
-    settled.tooLong = std::erase_if(model.bonds, [&model](const SavedBond& bond) {
-        return isToBeListed(bond) && !isInReach(model.atoms[bond.first], model.atoms[bond.second]);
-    });
-    for (const SavedBond& bond : model.bonds)
-        settled.tooLong += bond.isListed && !bond.isFoundAgain &&
-                           !isInReach(model.atoms[bond.first], model.atoms[bond.second]);
     std::ranges::sort(model.bonds, {},
                       [](const SavedBond& bond) { return std::pair(bond.first, bond.second); });
+    UnreadBonds(model, settled).takeOut();
     return settled;
 }
 
@@ -165,7 +206,7 @@ void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report) {
             const Settled settled = settle(model, content.names);
             all.comingBack += settled.comingBack;
             all.appearing += settled.appearing;
-            all.tooLong += settled.tooLong;
+            std::ranges::transform(all.unread, settled.unread, all.unread.begin(), std::plus());
         }
     }
     if (all.comingBack != 0)
@@ -178,9 +219,10 @@ void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report) {
         report.remark(std::to_string(all.appearing) +
                       (all.appearing == 1 ? " further bond is" : " further bonds are") +
                       " found when the file is read, as the atoms are near each other");
-    if (all.tooLong != 0)
-        report.remark(std::to_string(all.tooLong) + (all.tooLong == 1 ? " bond is" : " bonds are") +
-                      " not kept, as the atoms are more than 6 Angstrom apart");
+    for (std::size_t i = 0; i != unreadTexts.size(); ++i)
+        if (const std::size_t count = all.unread[i]; count != 0)
+            report.remark(std::to_string(count) + (count == 1 ? " bond is" : " bonds are") +
+                          " not kept, as " + unreadTexts[i]);
 }
 
 } // namespace memory_host

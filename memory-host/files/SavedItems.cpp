@@ -170,7 +170,7 @@ private:
 
 SavedModel ModelReader::read(Compound& entry) {
     m_model.name = entry.GetName();
-    m_model.isEdited = !m_source || dataVersion(&entry) != 0;
+    m_model.isEdited = !m_source || !m_source->text || dataVersion(&entry) != 0;
     if (m_source)
         readPlace();
     const HostItem& record = HostItem::of(&entry);

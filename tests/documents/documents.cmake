@@ -40,7 +40,7 @@ target_sources(test-documents PRIVATE
   structure-editor/TreeItemTest.cpp structure-editor/TreeLookTest.cpp
   random-use/CommandUseTest.cpp random-use/SessionsTest.cpp random-use/Sessions.cpp
   random-use/Apart.cpp random-use/Compare.cpp random-use/Driver.cpp random-use/DriverGestures.cpp
-  random-use/DriverSaving.cpp random-use/SavedRows.cpp random-use/OtherUsers.cpp)
+  random-use/DriverSaving.cpp random-use/SavedBonds.cpp random-use/SavedRows.cpp random-use/OtherUsers.cpp)
 target_compile_definitions(test-documents PRIVATE
   TEST_PLUGINS="${TEST_PLUGINS}" RECORDING_PLUGINS="${EDITOR_TEST_PLUGINS}/recording")
 target_link_libraries(test-documents PRIVATE workbench-parts host-twin gemmi-reading)

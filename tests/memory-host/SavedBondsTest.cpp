@@ -9,6 +9,8 @@
 
 #include <QFile>
 
+#include <array>
+
 using namespace file_testing;
 using TAVIK::Compound;
 
@@ -24,6 +26,36 @@ QByteArray chainOf(const QList<QByteArray>& names) {
     }
     return text;
 }
+
+// An entry without a file.
+class Made {
+public:
+    TAVIK::Atom* atom(float x, char alternative = '\0') const {
+        return atom(TAVIK::Vertex(x, 0.0F, 0.0F, true), alternative);
+    }
+    TAVIK::Atom* atom(const TAVIK::Vertex& at, char alternative = '\0') const {
+        const DataPointBase guard(nullptr, Publisher::Add, "Make");
+        TAVIK::AtomValues values{
+            .name = 'C' + std::to_string(m_count++), .type = "C", .position = at};
+        values.details.alternative = alternative;
+        values.model = alternative == '\0' ? 0 : static_cast<std::uint16_t>(alternative - 'A' + 1);
+        return TAVIK::DataMaker::makeAtom(m_residue, values);
+    }
+    void bond(TAVIK::Atom* a, TAVIK::Atom* b) const {
+        const DataPointBase guard(nullptr, Publisher::Add, "Make");
+        TAVIK::DataMaker::makeBond(m_entry, a, b);
+    }
+
+private:
+    static Compound* make(Compound* parent, const char* name, const char* kind) {
+        const DataPointBase guard(nullptr, Publisher::Add, "Make");
+        return TAVIK::DataMaker::makeCore(parent, name, kind);
+    }
+
+    Compound* m_entry = make(TAVIK::Space::instance(), "made", "Composite");
+    Compound* m_residue = make(make(m_entry, "A", "Molecule"), "LIG 1", "Residue");
+    mutable int m_count = 0;
+};
 
 } // namespace
 
@@ -165,6 +197,49 @@ private slots:
         const auto items = opened(path("again.pdb").toStdString()).items;
         QCOMPARE(bondNames(items[0]).size(), 3);
         QCOMPARE(bondNames(items[1]), bonds);
+    }
+    void bondsOfAnEntryWithoutAFileAreSavedAgainAndAgain() {
+        const Made made;
+        made.bond(made.atom(0.0F), made.atom(4.5F));
+        made.bond(made.atom(0.0F), made.atom(20.0F));
+        for (int time = 0; time != 2; ++time) {
+            QCOMPARE(save("saved.pdb"), QStringList("1 bond is not kept, as the atoms are more "
+                                                    "than 6 Angstrom apart"));
+            Compound* const read = opened(path("saved.pdb").toStdString()).items.front();
+            QCOMPARE(bondNames(read), QStringList("LIG 1 C0-C1"));
+            TAVIK::DataMaker::Destroy(read);
+        }
+    }
+    void bondsBetweenAlternativeLocationsAreSaid() {
+        const Made made;
+        TAVIK::Atom* const a = made.atom(0.0F, 'A');
+        made.bond(a, made.atom(3.0F, 'B'));
+        made.bond(a, made.atom(6.0F, 'A'));
+        made.bond(a, made.atom(-4.0F));
+        for (const char* name : {"saved.pdb", "saved.cif"}) {
+            QCOMPARE(save(name), QStringList("1 bond is not kept, as the atoms are in different "
+                                             "alternative locations"));
+            Compound* const read = opened(path(name).toStdString()).items.front();
+            QCOMPARE(bondNames(read), QStringList({"LIG 1 C0-C2", "LIG 1 C0-C3"}));
+            TAVIK::DataMaker::Destroy(read);
+        }
+    }
+    void moreBondsOfAnAtomThanAreReadAreSaid() {
+        const Made made;
+        TAVIK::Atom* const centre = made.atom(0.0F);
+        // The points of a lattice within 6 A, farther from each other than bonds are long.
+        for (int i = 0; i != 125; ++i) {
+            const std::array<int, 3> at = {i % 5 - 2, i / 5 % 5 - 2, i / 25 - 2};
+            const int squared = at[0] * at[0] + at[1] * at[1] + at[2] * at[2];
+            if (squared != 0 && squared <= 6)
+                made.bond(centre, made.atom(TAVIK::Vertex(2.3F * static_cast<float>(at[0]),
+                                                          2.3F * static_cast<float>(at[1]),
+                                                          2.3F * static_cast<float>(at[2]), true)));
+        }
+        QCOMPARE(bondNames(item("/made")).size(), 80);
+        QCOMPARE(save("saved.pdb"),
+                 QStringList("16 bonds are not kept, as one of the atoms has more than 64 bonds"));
+        QCOMPARE(bondsIn("saved.pdb").size(), 64);
     }
 };
 

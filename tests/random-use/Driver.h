@@ -2,6 +2,7 @@
 // entry points, and as others do who work on the same data.
 #pragma once
 
+#include "SavedBonds.h"
 #include "plain/PlainWindow.h"
 #include "plain/Step.h"
 
@@ -143,6 +144,7 @@ private:
     std::unique_ptr<memory_host::SpaceLock> m_lock;
     QTemporaryDir m_folder;
     std::vector<std::string> m_saved; ///< paths, in this step
+    SavedBonds m_savedBonds;
     bool m_isLow;
     bool m_watched;
     QPointer<QAbstractItemModel> m_rows;

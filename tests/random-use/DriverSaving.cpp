@@ -93,13 +93,19 @@ void Driver::enterFile(const std::string& name, unsigned int first) {
     m_model.files.opened(name, entered);
     if (const FileContent* const content = m_model.files.at(name))
         m_said.messages << differenceFrom(*content, rowsOf(opened));
+    m_said.messages << m_savedBonds.differenceFrom(name, opened);
 }
 
 void Driver::saveAs(const std::vector<Compound*>& entries, const std::string& path,
                     SaveOptions options, const Step& step) {
     for (;;) {
         try {
-            memory_host::saveFile(entries, path, options);
+            const std::vector<std::string> lines = memory_host::saveFile(entries, path, options);
+            const std::string name = nameOf(path).toStdString();
+            if (options.onlySelected || options.onlyActiveModels)
+                m_savedBonds.forget(name);
+            else
+                m_savedBonds.saved(name, entries, lines);
             m_said.asked << QStringLiteral("saved as ") + nameOf(path);
             m_saved.push_back(path);
             return;
