@@ -38,6 +38,7 @@ struct FileFormat {
     std::string (*write)(const SavedContent& content, SaveReport& report) = nullptr;
     /// The same for entries of one file that was of this format: its text, edited.
     std::string (*edit)(const SavedContent& content, SaveReport& report) = nullptr;
+    bool addsBonds = false; ///< edit() lists bonds that were made, by the atoms' numbers
 };
 
 /// All formats, in the order in which they are listed.

@@ -83,10 +83,10 @@ bool arrives(std::string_view kind, std::string_view text, bool toMmcif) {
 }
 
 std::size_t countNotFoundAgain(const std::vector<SavedBond>& bonds, const SavedModel& model,
-                               const std::vector<std::string>& names) {
+                               const std::vector<std::string>& names, const SaveReport& report) {
     if (bonds.empty())
         return 0;
-    const auto again = bondsFoundAgain(model, names);
+    const auto again = bondsFoundAgain(model, names, report);
     return static_cast<std::size_t>(std::ranges::count_if(bonds, [&again](const SavedBond& bond) {
         return !std::ranges::binary_search(again, std::pair(bond.first, bond.second));
     }));
@@ -94,7 +94,7 @@ std::size_t countNotFoundAgain(const std::vector<SavedBond>& bonds, const SavedM
 
 // Bonds of further models that reading the file does not bring back: it lists those of the first.
 std::size_t countFurtherBonds(const SavedStructure& structure,
-                              const std::vector<std::string>& names) {
+                              const std::vector<std::string>& names, const SaveReport& report) {
     std::set<std::string> listed;
     std::size_t lost = 0;
     for (const SavedModel& model : structure.models) {
@@ -106,7 +106,7 @@ std::size_t countFurtherBonds(const SavedStructure& structure,
             else if (!listed.contains(key))
                 others.push_back(bond);
         }
-        lost += countNotFoundAgain(others, model, names);
+        lost += countNotFoundAgain(others, model, names, report);
     }
     return lost;
 }
@@ -151,7 +151,7 @@ void remarkOnLostValues(const SavedStructure& structure, const std::vector<std::
         charges += static_cast<std::size_t>(std::ranges::count_if(
             model.charges, [](const TAVIK::PartialCharge& charge) { return charge.isKnown; }));
     remarkOnLost(charges, "the partial charges and radii", "atom", report);
-    if (const std::size_t bonds = countFurtherBonds(structure, names); bonds != 0)
+    if (const std::size_t bonds = countFurtherBonds(structure, names, report); bonds != 0)
         report.remark(std::to_string(bonds) + (bonds == 1 ? " bond" : " bonds") +
                       " of further models " + (bonds == 1 ? "is" : "are") +
                       " not kept, as the first model has none between these atoms");
@@ -159,7 +159,7 @@ void remarkOnLostValues(const SavedStructure& structure, const std::vector<std::
 
 void remarkOnAmbiguousBonds(const std::vector<SavedBond>& bonds, const SavedModel& model,
                             const std::vector<std::string>& names, SaveReport& report) {
-    if (const std::size_t lost = countNotFoundAgain(bonds, model, names); lost != 0)
+    if (const std::size_t lost = countNotFoundAgain(bonds, model, names, report); lost != 0)
         report.remark(std::to_string(lost) + (lost == 1 ? " bond is" : " bonds are") +
                       " not kept, as the names do not tell the atoms from others");
 }

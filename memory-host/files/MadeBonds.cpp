@@ -1,5 +1,6 @@
 #include "MadeBonds.h"
 
+#include "AlternativeLetters.h"
 #include "BondAtoms.h"
 #include "ListedBonds.h"
 
@@ -9,6 +10,7 @@
 #include <functional>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -16,14 +18,7 @@ namespace memory_host {
 
 namespace {
 
-// The alternative location, of which residues have each their own models; 0 for none. Those of
-// models that were made have no letter yet.
-std::uint16_t alternativeOf(const SavedAtom& atom) {
-    constexpr std::uint16_t letters = 256;
-    const auto letter = static_cast<unsigned char>(atom.details.alternative);
-    return letter != 0 || atom.model == 0 ? letter
-                                          : static_cast<std::uint16_t>(letters + atom.model);
-}
+using Letters = std::vector<char>; // of alternative locations, by atom; see alternativeLetters()
 
 // Whether a bond is taken over from a file that lists it.
 bool isInReach(const SavedAtom& a, const SavedAtom& b) {
@@ -36,25 +31,35 @@ bool isInReach(const SavedAtom& a, const SavedAtom& b) {
     return a.hasPosition && b.hasPosition && squared <= longestListedBond * longestListedBond;
 }
 
+BondPair endsOf(const SavedBond& bond) {
+    return {bond.first, bond.second};
+}
+
+bool areApart(char a, char b) {
+    return a != b && a != 0 && b != 0;
+}
+
 // Why reading does not take over a bond that a file lists.
-enum class Unread : std::uint8_t { TooLong, Apart, TooMany };
-constexpr std::array<const char*, 3> unreadTexts = {
+enum class Unread : std::uint8_t { TooLong, Apart, TooMany, Ambiguous };
+constexpr std::array<const char*, 4> unreadTexts = {
     "the atoms are more than 6 Angstrom apart", "the atoms are in different alternative locations",
-    "one of the atoms has more than 64 bonds"};
+    "one of the atoms has more than 64 bonds",
+    "the number of one of the atoms is that of another, too"};
 static_assert(longestListedBond == 6.0 && mostListedBonds == 64);
 
 // What becomes of the bonds of one model.
 struct Settled {
     std::size_t comingBack = 0;
     std::size_t appearing = 0; ///< that were never there
+    std::size_t shared = 0;    ///< likewise, in further models than the one that has them
     std::array<std::size_t, unreadTexts.size()> unread{};
 };
 
 // Takes out the bonds that reading would not take over, in order; counts them.
 class UnreadBonds {
 public:
-    UnreadBonds(SavedModel& model, Settled& settled)
-        : m_model(model), m_settled(settled), m_bonds(model.atoms.size()) {}
+    UnreadBonds(SavedModel& model, const Letters& letters, Settled& settled)
+        : m_model(model), m_letters(letters), m_settled(settled), m_bonds(model.atoms.size()) {}
 
     void takeOut() {
         std::erase_if(m_model.bonds, [this](const SavedBond& bond) {
@@ -67,13 +72,9 @@ public:
 
 private:
     std::optional<Unread> reasonOf(const SavedBond& bond) {
-        const SavedAtom& a = m_model.atoms[bond.first];
-        const SavedAtom& b = m_model.atoms[bond.second];
-        if (!isInReach(a, b))
+        if (!isInReach(m_model.atoms[bond.first], m_model.atoms[bond.second]))
             return Unread::TooLong;
-        const std::uint16_t one = alternativeOf(a);
-        const std::uint16_t other = alternativeOf(b);
-        if (one != other && one != 0 && other != 0)
+        if (areApart(m_letters[bond.first], m_letters[bond.second]))
             return Unread::Apart;
         if (std::max(++m_bonds[bond.first], ++m_bonds[bond.second]) > mostListedBonds)
             return Unread::TooMany;
@@ -81,9 +82,30 @@ private:
     }
 
     SavedModel& m_model;
+    const Letters& m_letters;
     Settled& m_settled;
     std::vector<std::uint32_t> m_bonds; ///< by atom: how many the file lists
 };
+
+std::vector<BondPair> foundAgain(const SavedModel& model, const std::vector<std::string>& names,
+                                 const Letters& letters) {
+    std::vector<BondAtom> atoms(model.atoms.size());
+    const BondAtoms make;
+    std::uint16_t alternatives = 0;
+    for (std::size_t i = 0; i != model.residues.size(); ++i) {
+        const bool canBond = names[model.residues[i].name] != membraneMarker;
+        for (std::uint32_t k = model.residues[i].firstAtom; k != model.atomEnd(i); ++k) {
+            const SavedAtom& atom = model.atoms[k];
+            atoms[k] = make.of(elementOf(names[atom.element]), atom.position,
+                               canBond && atom.hasPosition, static_cast<unsigned char>(letters[k]));
+            alternatives = std::max(alternatives, atom.model);
+        }
+    }
+    for (const SavedBond& bond : model.bonds)
+        if (bond.isListed)
+            BondAtoms::join(atoms[bond.first], atoms[bond.second]);
+    return findBonds(atoms, alternatives).pairs;
+}
 
 // The names of the atom of a model.
 std::string namesOf(const SavedModel& model, std::uint32_t index,
@@ -129,7 +151,8 @@ std::vector<BondPair> destroyedBonds(const SavedModel& model) {
 
 // Adds the bonds that come back because further models have them, too.
 void addListedElsewhere(const SavedStructure& structure, bool isTextKept,
-                        const std::vector<std::string>& names, Settled& settled) {
+                        const std::vector<std::string>& names, const SaveReport& report,
+                        Settled& settled) {
     const auto isWhole = [](const SavedModel& model) { return model.lostBonds.empty(); };
     if (std::ranges::all_of(structure.models, isWhole))
         return;
@@ -141,14 +164,15 @@ void addListedElsewhere(const SavedStructure& structure, bool isTextKept,
         });
         if (destroyed.empty()) // mostly, which spares the search
             continue;
-        const std::vector<BondPair> again = bondsFoundAgain(model, names);
+        const std::vector<BondPair> again = bondsFoundAgain(model, names, report);
         for (const BondPair& pair : destroyed)
             settled.comingBack += !std::ranges::binary_search(again, pair);
     }
 }
 
-Settled settle(SavedModel& model, const std::vector<std::string>& names) {
-    const std::vector<BondPair> again = bondsFoundAgain(model, names);
+Settled settle(SavedModel& model, const std::vector<std::string>& names, const SaveReport& report) {
+    const Letters letters = alternativeLetters(model, names, report);
+    const std::vector<BondPair> again = foundAgain(model, names, letters);
     std::vector<BondPair> there = model.foundBonds;
     for (SavedBond& bond : model.bonds) {
         there.emplace_back(bond.first, bond.second);
@@ -163,11 +187,109 @@ Settled settle(SavedModel& model, const std::vector<std::string>& names) {
     std::ranges::set_difference(model.foundBonds, again, std::back_inserter(pairs));
     for (const auto& [first, second] : pairs)
         model.bonds.push_back({first, second});
-    std::ranges::sort(model.bonds, {},
-                      [](const SavedBond& bond) { return std::pair(bond.first, bond.second); });
-    UnreadBonds(model, settled).takeOut();
+    std::ranges::sort(model.bonds, {}, endsOf);
+    UnreadBonds(model, letters, settled).takeOut();
     return settled;
 }
+
+// The bonds that the file is going to list, and what their records say of other atoms: the records
+// know an atom by its number, or by its names, which atoms of other models have, too.
+class SharedBonds {
+public:
+    SharedBonds(SavedStructure& structure, BondRecords records,
+                const std::vector<std::string>& names, const SaveReport& report)
+        : m_structure(structure), m_records(records), m_names(names), m_report(report) {}
+
+    void settle(Settled& settled) {
+        const bool isWritten = m_records == BondRecords::Written;
+        const std::size_t count = isWritten ? 1 : m_structure.models.size();
+        for (std::size_t i = 0; i != count; ++i)
+            for (const SavedBond& bond : m_structure.models[i].bonds)
+                if (isToBeListed(bond) || (isWritten && bond.isListed))
+                    add(m_structure.models[i], bond);
+        if (m_bonds.empty() || (isWritten && m_structure.models.size() == 1))
+            return;
+        for (SavedModel& model : m_structure.models) {
+            find(model);
+            if (m_records == BondRecords::Added)
+                takeOutAmbiguous(model, settled);
+            settled.shared += countShared(model);
+        }
+    }
+
+private:
+    static constexpr std::uint32_t ambiguous = SavedAtom::newRow;
+    using Ends = std::pair<std::string, std::string>;
+
+    // Empty for an atom that shares its key with none.
+    std::string keyOf(const SavedModel& model, std::uint32_t index) const {
+        if (m_records == BondRecords::Written)
+            return namesOf(model, index, m_names);
+        const SavedAtom& atom = model.atoms[index];
+        const bool isNumbered =
+            atom.row != SavedAtom::newRow && atom.details.serial != TAVIK::AtomDetails::noSerial;
+        return isNumbered ? std::to_string(atom.details.serial) : std::string();
+    }
+    void add(const SavedModel& model, const SavedBond& bond) {
+        Ends ends(keyOf(model, bond.first), keyOf(model, bond.second));
+        for (const std::string& key : {ends.first, ends.second})
+            if (!key.empty())
+                m_atoms.emplace(key, std::nullopt);
+        m_bonds.insert(std::move(ends));
+    }
+    // Which atoms of a model have the keys.
+    void find(const SavedModel& model) {
+        for (auto& [key, atom] : m_atoms)
+            atom.reset();
+        for (std::uint32_t i = 0; i != model.atoms.size(); ++i)
+            if (const auto known = m_atoms.find(keyOf(model, i)); known != m_atoms.end())
+                known->second = known->second ? ambiguous : i;
+    }
+    bool isAmbiguous(const SavedModel& model, std::uint32_t index) const {
+        const auto known = m_atoms.find(keyOf(model, index));
+        return known != m_atoms.end() && known->second == ambiguous;
+    }
+    void takeOutAmbiguous(SavedModel& model, Settled& settled) const {
+        settled.unread[static_cast<std::size_t>(Unread::Ambiguous)] +=
+            std::erase_if(model.bonds, [&](const SavedBond& bond) {
+                return isToBeListed(bond) &&
+                       (isAmbiguous(model, bond.first) || isAmbiguous(model, bond.second));
+            });
+    }
+    // The bonds that a model gets without having them.
+    std::size_t countShared(const SavedModel& model) const {
+        std::vector<BondPair> pairs;
+        for (const auto& [first, second] : m_bonds) {
+            const auto one = m_atoms.find(first);
+            const auto other = m_atoms.find(second);
+            if (one == m_atoms.end() || other == m_atoms.end() ||
+                one->second.value_or(ambiguous) == ambiguous ||
+                other->second.value_or(ambiguous) == ambiguous)
+                continue;
+            const BondPair pair = std::minmax(*one->second, *other->second);
+            if (isInReach(model.atoms[pair.first], model.atoms[pair.second]))
+                pairs.push_back(pair);
+        }
+        std::erase_if(pairs, [&model](const BondPair& pair) {
+            return std::ranges::binary_search(model.bonds, pair, {}, endsOf);
+        });
+        if (pairs.empty())
+            return 0;
+        const Letters letters = alternativeLetters(model, m_names, m_report);
+        const std::vector<BondPair> again = foundAgain(model, m_names, letters);
+        return static_cast<std::size_t>(std::ranges::count_if(pairs, [&](const BondPair& pair) {
+            return !areApart(letters[pair.first], letters[pair.second]) &&
+                   !std::ranges::binary_search(again, pair);
+        }));
+    }
+
+    SavedStructure& m_structure;
+    BondRecords m_records;
+    const std::vector<std::string>& m_names;
+    const SaveReport& m_report;
+    std::set<Ends> m_bonds;                                                ///< each once
+    std::unordered_map<std::string, std::optional<std::uint32_t>> m_atoms; ///< of one model
+};
 
 } // namespace
 
@@ -177,37 +299,25 @@ std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::u
 }
 
 std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
-                                      const std::vector<std::string>& names) {
-    std::vector<BondAtom> atoms(model.atoms.size());
-    const BondAtoms make;
-    std::uint16_t alternatives = 0;
-    for (std::size_t i = 0; i != model.residues.size(); ++i) {
-        const bool canBond = names[model.residues[i].name] != membraneMarker;
-        for (std::uint32_t k = model.residues[i].firstAtom; k != model.atomEnd(i); ++k) {
-            const SavedAtom& atom = model.atoms[k];
-            atoms[k] = make.of(elementOf(names[atom.element]), atom.position,
-                               canBond && atom.hasPosition, alternativeOf(atom));
-            alternatives = std::max(alternatives, atom.model);
-        }
-    }
-    for (const SavedBond& bond : model.bonds)
-        if (bond.isListed)
-            BondAtoms::join(atoms[bond.first], atoms[bond.second]);
-    return findBonds(atoms, alternatives).pairs;
+                                      const std::vector<std::string>& names,
+                                      const SaveReport& report) {
+    return foundAgain(model, names, alternativeLetters(model, names, report));
 }
 
-void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report) {
+void settleBonds(SavedContent& content, BondRecords records, SaveReport& report) {
     Settled all;
     for (SavedStructure& structure : content.structures) {
-        addListedElsewhere(structure, isTextKept, content.names, all);
+        addListedElsewhere(structure, records != BondRecords::Written, content.names, report, all);
         for (SavedModel& model : structure.models) {
             if (!model.isEdited)
                 continue;
-            const Settled settled = settle(model, content.names);
+            const Settled settled = settle(model, content.names, report);
             all.comingBack += settled.comingBack;
             all.appearing += settled.appearing;
             std::ranges::transform(all.unread, settled.unread, all.unread.begin(), std::plus());
         }
+        if (records != BondRecords::Kept)
+            SharedBonds(structure, records, content.names, report).settle(all);
     }
     if (all.comingBack != 0)
         report.remark(std::to_string(all.comingBack) +
@@ -219,6 +329,10 @@ void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report) {
         report.remark(std::to_string(all.appearing) +
                       (all.appearing == 1 ? " further bond is" : " further bonds are") +
                       " found when the file is read, as the atoms are near each other");
+    if (all.shared != 0)
+        report.remark(std::to_string(all.shared) +
+                      (all.shared == 1 ? " further bond is" : " further bonds are") +
+                      " read, as a bond that was made in one model is one of all models");
     for (std::size_t i = 0; i != unreadTexts.size(); ++i)
         if (const std::size_t count = all.unread[i]; count != 0)
             report.remark(std::to_string(count) + (count == 1 ? " bond is" : " bonds are") +

@@ -4,6 +4,7 @@
 #include "SaveReport.h"
 #include "SavedTables.h"
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,18 +13,26 @@ namespace memory_host {
 
 /// The bonds that are found by the distance of their atoms when a model is read again, ascending.
 std::vector<std::pair<std::uint32_t, std::uint32_t>>
-bondsFoundAgain(const SavedModel& model, const std::vector<std::string>& names);
+bondsFoundAgain(const SavedModel& model, const std::vector<std::string>& names,
+                const SaveReport& report);
 
 /// The names by which a file knows both atoms of a bond.
 std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::uint32_t> atoms,
                         const std::vector<std::string>& names);
 
+/// Where a file lists bonds.
+enum class BondRecords : std::uint8_t {
+    Kept,   ///< in its text, which lists no others
+    Added,  ///< in its text, and in further records that know atoms by their numbers
+    Written ///< in records that know the atoms of the first model by their names
+};
+
 /// Finds out what reading the file will make of the bonds of edited models: bonds that were made
 /// know whether they are found again, and those that were found when the file was read, but are not
-/// any more, join them. Remarks on bonds that come back although they were destroyed, and on those
-/// that no file keeps, because their atoms are too far apart. `isTextKept`: records of bonds stay
-/// as long as any model has the bond; else they are written by the first model.
-void settleBonds(SavedContent& content, bool isTextKept, SaveReport& report);
+/// any more, join them. Remarks on bonds that come back although they were destroyed, on those that
+/// further models get, as records hold for all models, and on those that no file keeps. Records
+/// that are kept stay as long as any model has the bond.
+void settleBonds(SavedContent& content, BondRecords records, SaveReport& report);
 
 /// Whether reading the file brings a bond back only if the file lists it, which it does not yet.
 inline bool isToBeListed(const SavedBond& bond) {

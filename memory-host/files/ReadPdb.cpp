@@ -164,6 +164,7 @@ extern const FileFormat pdbFormat = {.name = "PDB",
                                      .recognises = isPdb,
                                      .read = readPdb,
                                      .write = writePdb,
-                                     .edit = editPdb};
+                                     .edit = editPdb,
+                                     .addsBonds = true};
 
 } // namespace memory_host

@@ -283,7 +283,11 @@ std::vector<std::string> writePlan(SavePlan& plan, const Progress& progress, std
         const SourceText* const text = textToEdit(plan);
         // Unpacked meanwhile, where there can be another thread: each takes a fifth of the time.
         auto unpacking = std::async([text] { return text ? text->unpack() : nullptr; });
-        settleBonds(plan.content, text != nullptr, report);
+        settleBonds(plan.content,
+                    !text                    ? BondRecords::Written
+                    : plan.format->addsBonds ? BondRecords::Added
+                                             : BondRecords::Kept,
+                    report);
         const std::shared_ptr<const Bytes> unpacked = unpacking.get();
         const std::string bytes = bytesOf(plan, report);
         std::vector<std::string> remarks = plan.remarks;

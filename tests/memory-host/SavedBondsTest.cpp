@@ -75,6 +75,13 @@ class SavedBondsTest : public FileTestCase {
     QStringList bondsIn(const char* name) {
         return bondNames(opened(path(name).toStdString()).items.front());
     }
+    static void bond(const std::string& chain, const char* first, const char* second) {
+        const DataPointBase guard(nullptr, Publisher::Add, "Bond");
+        const auto atom = [&chain](const char* name) {
+            return dynamic_cast<TAVIK::Atom*>(item((chain + "/Groups/" + name).c_str()));
+        };
+        TAVIK::DataMaker::makeBond(item((chain + "/Bonds").c_str()), atom(first), atom(second));
+    }
     static void move(const char* atom, float x) {
         const DataPointBase guard(nullptr, Publisher::Update, "Move");
         TAVIK::SetAtomPosition(dynamic_cast<TAVIK::Atom*>(item(atom)),
@@ -240,6 +247,50 @@ private slots:
         QCOMPARE(save("saved.pdb"),
                  QStringList("16 bonds are not kept, as one of the atoms has more than 64 bonds"));
         QCOMPARE(bondsIn("saved.pdb").size(), 64);
+    }
+    void aBondThatIsMadeInOneModelAndReadInAllIsSaid() {
+        const QByteArray model = chainOf({" C1 ", " C2 ", " C3 "}).replace("   3.000", "   5.000");
+        openText("MODEL        1\n" + model + "ENDMDL\nMODEL        2\n" + model + "ENDMDL\n");
+        const QString line = "1 further bond is read, as a bond that was made in one model is one "
+                             "of all models";
+        bond("/test.1/A", "ALA 1/C2", "ALA 1/C3");
+        for (const char* name : {"saved.pdb", "saved.cif"}) {
+            QVERIFY(save(name).contains(line));
+            for (Compound* read : opened(path(name).toStdString()).items) {
+                QCOMPARE(bondNames(read), QStringList({"ALA 1 C1-C2", "ALA 1 C2-C3"}));
+                TAVIK::DataMaker::Destroy(read);
+            }
+        }
+        bond("/test.2/A", "ALA 1/C2", "ALA 1/C3");
+        QCOMPARE(save("both.pdb"), QStringList());
+    }
+    // As in files whose numbers begin anew with each chain.
+    void bondsOfAtomsWhoseNumberIsNotTheirOwnAreSaid() {
+        QByteArray text = chainOf({" C1 ", " C2 ", " C3 "}).replace("   3.000", "   5.000");
+        text += "TER\n" + atomAt(" O  ", 30.0F).replace("ALA A   1", "HOH A   2");
+        openText(text.replace(6, 5, "    1"));
+        bond("/test/A", "ALA 1/C1", "ALA 1/C3");
+        bond("/test/A", "ALA 1/C2", "ALA 1/C3");
+        QCOMPARE(save("saved.pdb"), QStringList("1 bond is not kept, as the number of one of the "
+                                                "atoms is that of another, too"));
+        QCOMPARE(bondsIn("saved.pdb"), QStringList({"ALA 1 C1-C2", "ALA 1 C2-C3"}));
+    }
+    void bondsGoByTheLettersThatAtomsGet() {
+        QByteArray text = chainOf({" C1 ", " C2 ", " C3 "});
+        for (int row = 0; row != 3; ++row)
+            text[row * text.size() / 3 + 16] = row == 2 ? 'B' : 'A';
+        openText(text);
+        QCOMPARE(bondNames(item("/test")), QStringList("ALA 1 C1-C2"));
+        {
+            const DataPointBase guard(nullptr, Publisher::Update, "Model");
+            TAVIK::SetAtomModel(dynamic_cast<TAVIK::Atom*>(item("/test/A/Groups/ALA 1/C2")), 2);
+        }
+        QCOMPARE(save("saved.pdb"),
+                 QStringList({"1 further bond is found when the file is read, as the atoms are "
+                              "near each other",
+                              "1 bond is not kept, as the atoms are in different alternative "
+                              "locations"}));
+        QCOMPARE(bondsIn("saved.pdb"), QStringList("ALA 1 C2-C3"));
     }
 };
 
