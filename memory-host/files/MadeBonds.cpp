@@ -44,7 +44,7 @@ enum class Unread : std::uint8_t { TooLong, Apart, TooMany, Ambiguous };
 constexpr std::array<const char*, 4> unreadTexts = {
     "the atoms are more than 6 Angstrom apart", "the atoms are in different alternative locations",
     "one of the atoms has more than 64 bonds",
-    "the number of one of the atoms is that of another, too"};
+    "the number or the names of one of the atoms are those of another, too"};
 static_assert(longestListedBond == 6.0 && mostListedBonds == 64);
 
 // What becomes of the bonds of one model.
@@ -201,6 +201,11 @@ public:
         : m_structure(structure), m_records(records), m_names(names), m_report(report) {}
 
     void settle(Settled& settled) {
+        if (m_records == BondRecords::Kept) {
+            for (const SavedModel& model : m_structure.models)
+                countAmbiguous(model, settled);
+            return;
+        }
         const bool isWritten = m_records == BondRecords::Written;
         const std::size_t count = isWritten ? 1 : m_structure.models.size();
         for (std::size_t i = 0; i != count; ++i)
@@ -223,7 +228,7 @@ private:
 
     // Empty for an atom that shares its key with none.
     std::string keyOf(const SavedModel& model, std::uint32_t index) const {
-        if (m_records == BondRecords::Written)
+        if (m_records != BondRecords::Added)
             return namesOf(model, index, m_names);
         const SavedAtom& atom = model.atoms[index];
         const bool isNumbered =
@@ -255,6 +260,25 @@ private:
                 return isToBeListed(bond) &&
                        (isAmbiguous(model, bond.first) || isAmbiguous(model, bond.second));
             });
+    }
+    // The records that are kept may be about new atoms, too.
+    void countAmbiguous(const SavedModel& model, Settled& settled) {
+        const auto isNew = [](const SavedAtom& atom) { return atom.row == SavedAtom::newRow; };
+        const auto isNeeded = [](const SavedBond& bond) {
+            return bond.isListed && !bond.isFoundAgain;
+        };
+        if (!model.isEdited || std::ranges::none_of(model.bonds, isNeeded) ||
+            std::ranges::none_of(model.atoms, isNew))
+            return;
+        for (const SavedBond& bond : model.bonds)
+            if (isNeeded(bond))
+                add(model, bond);
+        find(model);
+        settled.unread[static_cast<std::size_t>(Unread::Ambiguous)] +=
+            static_cast<std::size_t>(std::ranges::count_if(model.bonds, [&](const SavedBond& bond) {
+                return isNeeded(bond) &&
+                       (isAmbiguous(model, bond.first) || isAmbiguous(model, bond.second));
+            }));
     }
     // The bonds that a model gets without having them.
     std::size_t countShared(const SavedModel& model) const {
@@ -316,8 +340,7 @@ void settleBonds(SavedContent& content, BondRecords records, SaveReport& report)
             all.appearing += settled.appearing;
             std::ranges::transform(all.unread, settled.unread, all.unread.begin(), std::plus());
         }
-        if (records != BondRecords::Kept)
-            SharedBonds(structure, records, content.names, report).settle(all);
+        SharedBonds(structure, records, content.names, report).settle(all);
     }
     if (all.comingBack != 0)
         report.remark(std::to_string(all.comingBack) +

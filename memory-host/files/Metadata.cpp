@@ -291,24 +291,31 @@ std::string Metadata::pdbHeaders() {
     return gemmi::make_pdb_headers(m_structure);
 }
 
-// By atom: whether it has other bonds, and another atom has the same names and the same letter.
+// By atom: whether a row that names it names another atom, too. Without a letter, it names the atom
+// in all of its alternative locations.
 std::vector<bool> Metadata::ambiguousAtoms() const {
     std::set<std::uint32_t> bonded;
     for (const SavedBond& bond : m_otherBonds)
         bonded.insert({m_starts[bond.first], m_starts[bond.second]});
-    std::vector<bool> ambiguous(m_model.atoms.size());
-    std::unordered_map<std::string, std::size_t> named;
-    for (const std::uint32_t start : bonded) {
-        const gemmi::Chain& chain = m_structure.models.front().chains[m_places[start].chain];
-        const gemmi::Residue& residue = chain.residues[m_places[start].residue];
-        const std::string key = keyOf(chain, residue) + ' ';
-        for (const gemmi::Atom& atom : residue.atoms) {
-            const auto index = static_cast<std::size_t>(atom.serial - 1);
-            const auto [other, isNew] = named.emplace(key + atom.name + atom.altloc, index);
-            if (!isNew)
-                ambiguous[index] = ambiguous[other->second] = true;
+    std::unordered_map<std::string, std::size_t> counts; // with and without letters
+    const auto forBonded = [&](const auto& use) {
+        for (const std::uint32_t start : bonded) {
+            const gemmi::Chain& chain = m_structure.models.front().chains[m_places[start].chain];
+            const gemmi::Residue& residue = chain.residues[m_places[start].residue];
+            const std::string key = keyOf(chain, residue) + ' ';
+            for (const gemmi::Atom& atom : residue.atoms)
+                use(atom, counts[key + atom.name], counts[key + atom.name + ' ' + atom.altloc]);
         }
-    }
+    };
+    forBonded([](const gemmi::Atom&, std::size_t& named, std::size_t& lettered) {
+        ++named;
+        ++lettered;
+    });
+    std::vector<bool> ambiguous(m_model.atoms.size());
+    forBonded([&ambiguous](const gemmi::Atom& atom, std::size_t named, std::size_t lettered) {
+        ambiguous[static_cast<std::size_t>(atom.serial - 1)] =
+            (atom.altloc == '\0' ? named : lettered) > 1;
+    });
     return ambiguous;
 }
 

@@ -271,9 +271,33 @@ private slots:
         openText(text.replace(6, 5, "    1"));
         bond("/test/A", "ALA 1/C1", "ALA 1/C3");
         bond("/test/A", "ALA 1/C2", "ALA 1/C3");
-        QCOMPARE(save("saved.pdb"), QStringList("1 bond is not kept, as the number of one of the "
-                                                "atoms is that of another, too"));
+        QCOMPARE(save("saved.pdb"),
+                 QStringList("1 bond is not kept, as the number or the names of one of the atoms "
+                             "are those of another, too"));
         QCOMPARE(bondsIn("saved.pdb"), QStringList({"ALA 1 C1-C2", "ALA 1 C2-C3"}));
+    }
+    void listedBondsOfAtomsThatGetANamesakeAreSaid() {
+        m_folder.write("test.cif",
+                       mmcif({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C . LIG A 1 ? 4.5 0 0 1"}) +
+                           "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
+                           "_struct_conn.ptnr1_auth_asym_id\n"
+                           "_struct_conn.ptnr1_auth_seq_id\n"
+                           "_struct_conn.ptnr1_label_atom_id\n"
+                           "_struct_conn.ptnr2_auth_asym_id\n"
+                           "_struct_conn.ptnr2_auth_seq_id\n"
+                           "_struct_conn.ptnr2_label_atom_id\n"
+                           "a covale A 1 C1 A 1 C2\n");
+        opened(path("test.cif").toStdString());
+        QCOMPARE(bondNames(item("/test")), QStringList("LIG 1 C1-C2"));
+        {
+            const DataPointBase guard(nullptr, Publisher::Add, "Make");
+            TAVIK::DataMaker::makeAtom(
+                item("/test/A/Groups/LIG 1"),
+                {.name = "C2", .type = "C", .position = TAVIK::Vertex(0.0F, 9.0F, 0.0F, true)});
+        }
+        QVERIFY(save("saved.cif")
+                    .contains("1 bond is not kept, as the number or the names of one of the atoms "
+                              "are those of another, too"));
     }
     void bondsGoByTheLettersThatAtomsGet() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C3 "});

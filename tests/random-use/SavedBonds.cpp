@@ -24,6 +24,14 @@ std::string endOf(const TAVIK::Atom& atom) {
     return text.toStdString();
 }
 
+// Bonds that stand in another entry than their atoms are saved with none.
+bool isIn(const Compound* entry, const TAVIK::Bond* bond) {
+    const Compound* item = bond;
+    while (item && item != entry)
+        item = TAVIK::GetParent(item);
+    return item;
+}
+
 // Those within an entry, each as the ends that it has there.
 std::vector<std::string> bondsOf(const std::vector<Compound*>& entries) {
     std::vector<std::string> all;
@@ -36,12 +44,12 @@ std::vector<std::string> bondsOf(const std::vector<Compound*>& entries) {
             const auto* const atom = dynamic_cast<const TAVIK::Atom*>(item);
             bonds.clear();
             TAVIK::GetBonds(atom, bonds);
+            const std::string end = endOf(*atom);
             for (const TAVIK::Bond* bond : bonds)
-                if (const auto [other, isFirst] = first.try_emplace(bond, endOf(*atom)); !isFirst) {
-                    const std::string end = endOf(*atom);
+                if (const auto [other, isFirst] = first.try_emplace(bond, end);
+                    !isFirst && isIn(entry, bond))
                     all.push_back(std::min(other->second, end) + " - " +
                                   std::max(other->second, end));
-                }
         }
     }
     // Of several bonds between two atoms, a file keeps one.
