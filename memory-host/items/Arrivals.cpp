@@ -2,6 +2,7 @@
 
 #include "Holder.h"
 #include "Recording.h"
+#include "Selection.h"
 
 #include <algorithm>
 #include <new>
@@ -54,6 +55,7 @@ void swapArrangement(Holder& space, Arrangement& other) noexcept {
     }
     std::ranges::sort(other, {}, &TopLevel::arrival);
     ++space.version;
+    ++selectionChanges;
 }
 
 void rearrange(Holder& space, Arrangement other) {

@@ -66,6 +66,7 @@ void GridItem::setValues(TAVIK::GridValues&& values) {
 }
 
 void GridItem::swapContents(Contents& other) noexcept {
+    ++valuesChanges;
     const std::array<int, 6> shown = std::exchange(other.bounds, bounds());
     std::swap(m_values, other.values);
     std::swap(m_crystal, other.crystal);

@@ -39,6 +39,7 @@ public:
     MapCrystal m_crystal;
     std::uint32_t m_valuesVersion = 0; ///< 0: the first values; else unlike that of any other grid
     std::array<int, 6> m_keptBounds{}; ///< when the change in progress began, or since it is there
+    static inline std::uint64_t valuesChanges = 0; ///< of all grids
 
 private:
     Lattice m_lattice;

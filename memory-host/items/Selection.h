@@ -9,7 +9,8 @@
 namespace memory_host {
 
 /// Counts the changes after which some item may answer IsSelected() or HasSelected() differently:
-/// changed marks, and items that are attached or detached.
+/// changed marks, and items that come or go. Those that change places are counted, too, so that who
+/// walks over items learns of all that moves them, also without a guard.
 inline std::uint64_t selectionChanges = 0;
 
 /// Sets the mark of an item and of all that it holds.

@@ -7,6 +7,7 @@
 #include "files/Saving.h"
 #include "items/DataVersion.h"
 #include "items/Publishing.h"
+#include "items/Selection.h"
 
 #include <unordered_map>
 #include <utility>
@@ -78,6 +79,11 @@ bool canBeReadAgain(const EntrySource& source) {
 bool isShownInPart(const GridItem& grid) {
     return grid.bounds() !=
            std::array<int, 6>{0, 0, 0, grid.m_points[0], grid.m_points[1], grid.m_points[2]};
+}
+
+// Rises when items, meshes or values go or move, to which a walk may hold pointers.
+std::uint64_t changesOfAddresses() {
+    return selectionChanges + SurfaceItem::lastMeshVersion + GridItem::valuesChanges;
 }
 
 } // namespace
@@ -204,12 +210,12 @@ bool JournalGathering::Walk::finish() {
 }
 
 JournalGathering::JournalGathering(const std::set<std::string>& written)
-    : m_walk(std::make_unique<Walk>(written)) {}
+    : m_walk(std::make_unique<Walk>(written)), m_changes(changesOfAddresses()) {}
 
 JournalGathering::~JournalGathering() = default;
 
 JournalGathering::Progress JournalGathering::advance(std::chrono::microseconds time) {
-    if (publishing().changing)
+    if (publishing().changing || m_changes != changesOfAddresses())
         return Progress::Disturbed;
     const auto end = std::chrono::steady_clock::now() + time;
     do

@@ -5,6 +5,7 @@
 #include "HostExport.h"
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -19,13 +20,14 @@ struct HOST_EXPORT JournalStateDeleter {
 using JournalStatePtr = std::unique_ptr<JournalState, JournalStateDeleter>;
 
 /// Goes over all items, on the GUI thread. When anything changes meanwhile, as subscribers are
-/// told, it can only be destroyed.
+/// told, or as it says itself, it can only be destroyed.
 class HOST_EXPORT JournalGathering {
 public:
     enum class Progress {
         More,
         Done,
-        Disturbed ///< a change is under way: it is to be destroyed, and another one made later
+        Disturbed ///< a change is under way, or was made without a guard, of which nobody is told:
+                  ///< it is to be destroyed, and another one made later
     };
 
     /// `written` are the files beside the journal that are complete; they must outlive this.
@@ -42,6 +44,7 @@ public:
 private:
     class Walk;
     std::unique_ptr<Walk> m_walk;
+    std::uint64_t m_changes; ///< as they were counted when it began
 };
 
 } // namespace memory_host

@@ -13,6 +13,8 @@
 #include <QFile>
 
 #include <chrono>
+#include <functional>
+#include <utility>
 
 using namespace file_testing;
 using namespace journal_testing;
@@ -266,6 +268,49 @@ private slots:
         JournalGathering gathering(m_journal->written());
         const DataPointBase guard(nullptr, Publisher::Update, "Change");
         QCOMPARE(gathering.advance(std::chrono::seconds(1)), JournalGathering::Progress::Disturbed);
+    }
+
+    // Which nobody is told of.
+    void gatheringStopsForAChangeWithoutAGuard_data() {
+        QTest::addColumn<std::function<void()>>("alter");
+        const auto row = [](const char* name, std::function<void()> alter) {
+            QTest::newRow(name) << std::move(alter);
+        };
+        row("an atom comes", [] { makeAtom(residueAt(1)); });
+        row("an entry comes", [] { make(space(), "Composite", "made"); });
+        row("an atom goes", [] { DataMaker::Destroy(atomAt(1)); });
+        row("an entry goes", [] { DataMaker::Destroy(*space()->ChildBegin()); });
+        row("another mesh",
+            [] { SetSurfaceMesh(dynamic_cast<Surface*>(item("/surface")), triangle()); });
+        row("another mesh's colours", [] {
+            SetSurfaceColors(dynamic_cast<Surface*>(item("/surface")), {1, 2, 3});
+        });
+        row("other values", [] { setGrid(item("/grid"), otherGrid()); });
+    }
+    void gatheringStopsForAChangeWithoutAGuard() {
+        QFETCH(const std::function<void()>, alter);
+        openAll();
+        for (const char* name : {"a surface", "a grid"})
+            change(changeOf(name));
+        JournalGathering gathering(m_journal->written());
+        const auto goOn = [&gathering] { return gathering.advance(std::chrono::seconds(0)); };
+        QCOMPARE(goOn(), JournalGathering::Progress::More);
+        alter();
+        QCOMPARE(goOn(), JournalGathering::Progress::Disturbed);
+        comesBack();
+    }
+
+    void gatheringStopsForWhatIsTakenBackAndDoneAgain() {
+        openAll();
+        change([] { DataMaker::Destroy(residueAt(1)); });
+        const auto isDisturbedBy = [this](bool (*replay)()) {
+            JournalGathering gathering(m_journal->written());
+            replay();
+            return gathering.advance(std::chrono::seconds(1)) ==
+                   JournalGathering::Progress::Disturbed;
+        };
+        QVERIFY(isDisturbedBy([] { return History::undo(); }));
+        QVERIFY(isDisturbedBy([] { return History::redo(); }));
     }
 };
 
