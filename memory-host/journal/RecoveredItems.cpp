@@ -24,10 +24,22 @@ std::size_t fill(std::vector<Compound*>& items, std::uint32_t first, Compound& i
     return count;
 }
 
+std::uint32_t identifierOf(const Compound* item) {
+    return HostItem::of(item).id;
+}
+
+std::vector<Compound*> topLevelByIdentifier() {
+    TAVIK::Space* const space = TAVIK::Space::instance();
+    std::vector<Compound*> items(space->ChildBegin(), space->ChildEnd());
+    std::ranges::sort(items, {}, identifierOf);
+    return items;
+}
+
 } // namespace
 
 RecoveredItems::RecoveredItems(const JournalContent& content)
-    : m_content(content), m_readings(content.readings.size()), m_made(content.made.size()) {
+    : m_content(content), m_readings(content.readings.size()), m_made(content.made.size()),
+      m_topLevel(topLevelByIdentifier()) {
     for (std::size_t i = 0; i != m_readings.size(); ++i)
         m_readings[i].firstItem = content.readings[i].firstItem;
 }
@@ -38,8 +50,9 @@ bool RecoveredItems::addReading(std::size_t number, const FileReading& opened) {
     Reading& reading = m_readings[number];
     std::vector<Compound*> items(opened.itemCount);
     std::size_t found = 0;
-    TAVIK::Space* const space = TAVIK::Space::instance();
-    for (Compound** entry = space->ChildBegin(); entry != space->ChildEnd(); ++entry)
+    for (auto entry = std::ranges::lower_bound(m_topLevel, opened.firstItem, {}, identifierOf);
+         entry != m_topLevel.end() && identifierOf(*entry) - opened.firstItem < items.size();
+         ++entry)
         found += fill(items, opened.firstItem, **entry);
     if (found != items.size())
         return false;

@@ -14,7 +14,7 @@ namespace memory_host {
 
 class RecoveredItems {
 public:
-    /// The content must outlive this.
+    /// When all files are opened. The content must outlive this.
     explicit RecoveredItems(const JournalContent& content);
 
     /// Finds the items that a file gave which was opened again; false if it gives others than it
@@ -62,6 +62,7 @@ private:
     const JournalContent& m_content;
     std::vector<Reading> m_readings; ///< as those of the content; empty where none was opened
     std::vector<Compound*> m_made;
+    std::vector<Compound*> m_topLevel; ///< before anything is made again; ascending by identifier
 };
 
 template <class Use>
