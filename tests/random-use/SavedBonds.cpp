@@ -2,12 +2,15 @@
 
 #include "Ancestry.h"
 #include "AtomBonds.h"
+#include "AtomDetails.h"
 #include "Kinds.h"
 #include "Traversal.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <map>
+#include <utility>
 
 namespace random_use {
 
@@ -58,6 +61,21 @@ std::vector<std::string> bondsOf(const std::vector<Compound*>& entries) {
     return all;
 }
 
+// Whether some atoms of one name in a residue have letters, and others have none: what a file lists
+// of those without is about all of them.
+bool mixesLetters(Compound* entry) {
+    std::vector<Compound*> atoms;
+    TAVIK::GetAtoms(entry, atoms, true);
+    std::map<std::pair<const Compound*, std::string>, bool> areLettered;
+    return std::any_of(atoms.begin(), atoms.end(), [&](const Compound* item) {
+        const auto* const atom = dynamic_cast<const TAVIK::Atom*>(item);
+        const bool isLettered = TAVIK::GetAtomDetails(atom).alternative != '\0';
+        const std::pair key(TAVIK::GetParent(atom), atom->GetName());
+        const auto [known, isFirst] = areLettered.try_emplace(key, isLettered);
+        return !isFirst && known->second != isLettered;
+    });
+}
+
 } // namespace
 
 void SavedBonds::saved(const std::string& file, const std::vector<Compound*>& entries,
@@ -65,7 +83,8 @@ void SavedBonds::saved(const std::string& file, const std::vector<Compound*>& en
     const auto isAboutBonds = [](const std::string& line) {
         return line.find("bond") != std::string::npos;
     };
-    if (std::any_of(lines.begin(), lines.end(), isAboutBonds))
+    if (std::any_of(lines.begin(), lines.end(), isAboutBonds) ||
+        std::any_of(entries.begin(), entries.end(), mixesLetters))
         forget(file);
     else
         m_files[file] = bondsOf(entries);

@@ -14,6 +14,7 @@ namespace random_use {
 class SavedBonds {
 public:
     /// Keeps the bonds of what was saved whole as a file; `lines` are what saving has said.
+    /// Entries that mix atoms with and without letters under one name are left out.
     void saved(const std::string& file, const std::vector<TAVIK::Compound*>& entries,
                const std::vector<std::string>& lines);
     /// What was saved as a file is not known any more, or was a part only.
