@@ -19,6 +19,7 @@
 #include <clocale>
 #include <sstream>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace memory_host {
 
@@ -294,18 +295,21 @@ std::string Metadata::pdbHeaders() {
 // By atom: whether a row that names it names another atom, too. Without a letter, it names the atom
 // in all of its alternative locations.
 std::vector<bool> Metadata::ambiguousAtoms() const {
-    std::set<std::uint32_t> bonded;
+    const auto& chains = m_structure.models.front().chains;
+    std::unordered_set<std::string> bonded; // residues; several may be called the same
     for (const SavedBond& bond : m_otherBonds)
-        bonded.insert({m_starts[bond.first], m_starts[bond.second]});
+        for (const std::uint32_t end : {bond.first, bond.second}) {
+            const auto& place = m_places[m_starts[end]];
+            bonded.insert(keyOf(chains[place.chain], chains[place.chain].residues[place.residue]));
+        }
     std::unordered_map<std::string, std::size_t> counts; // with and without letters
     const auto forBonded = [&](const auto& use) {
-        for (const std::uint32_t start : bonded) {
-            const gemmi::Chain& chain = m_structure.models.front().chains[m_places[start].chain];
-            const gemmi::Residue& residue = chain.residues[m_places[start].residue];
-            const std::string key = keyOf(chain, residue) + ' ';
-            for (const gemmi::Atom& atom : residue.atoms)
-                use(atom, counts[key + atom.name], counts[key + atom.name + ' ' + atom.altloc]);
-        }
+        for (const gemmi::Chain& chain : chains)
+            for (const gemmi::Residue& residue : chain.residues)
+                if (const std::string key = keyOf(chain, residue); bonded.contains(key))
+                    for (const gemmi::Atom& atom : residue.atoms)
+                        use(atom, counts[key + ' ' + atom.name],
+                            counts[key + ' ' + atom.name + ' ' + atom.altloc]);
     };
     forBonded([](const gemmi::Atom&, std::size_t& named, std::size_t& lettered) {
         ++named;

@@ -1,5 +1,6 @@
 #include "SaveMmcif.h"
 
+#include "AlternativeLetters.h"
 #include "CifEdit.h"
 #include "MadeBonds.h"
 #include "MmcifFates.h"
@@ -58,6 +59,7 @@ private:
     mmcif::BlockChange changeOf(const AtomsOfBlock& atoms) const;
     void remarkOnRanges() const;
     void remarkOnBonds() const;
+    std::size_t countMoved(const SavedModel& model) const;
     std::vector<Piece> pieces() const;
     void write(const Piece& piece);
     void writeAtoms(AtomsOfBlock& atoms);
@@ -191,6 +193,29 @@ void MmcifEdit::remarkOnBonds() const {
                         (count == 1 ? " bond that was made or stretched is"
                                     : " bonds that were made or stretched are") +
                         " not saved, as the distance of the atoms does not tell them");
+    std::size_t moved = 0;
+    for (const SavedStructure& structure : m_structures)
+        for (const SavedModel& model : structure.models)
+            moved += countMoved(model);
+    if (moved != 0)
+        m_report.remark(std::to_string(moved) + (moved == 1 ? " bond is" : " bonds are") +
+                        " not kept, as an atom is in another alternative location than the file "
+                        "lists");
+}
+
+// Listed bonds of atoms whose letters have changed.
+std::size_t MmcifEdit::countMoved(const SavedModel& model) const {
+    const auto isNeeded = [](const SavedBond& bond) { return bond.isListed && !bond.isFoundAgain; };
+    if (!model.isEdited || std::ranges::none_of(model.bonds, isNeeded))
+        return 0;
+    const std::vector<char> letters = alternativeLetters(model, m_names, m_report);
+    const auto hasMoved = [&](std::uint32_t atom) {
+        const std::string_view before = m_letters[model.atoms[atom].row];
+        return letters[atom] != (before.empty() ? '\0' : before.front());
+    };
+    return static_cast<std::size_t>(std::ranges::count_if(model.bonds, [&](const SavedBond& bond) {
+        return isNeeded(bond) && (hasMoved(bond.first) || hasMoved(bond.second));
+    }));
 }
 
 std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {

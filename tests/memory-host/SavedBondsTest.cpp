@@ -75,6 +75,22 @@ class SavedBondsTest : public FileTestCase {
     QStringList bondsIn(const char* name) {
         return bondNames(opened(path(name).toStdString()).items.front());
     }
+    /// Opens the mmCIF file of these atoms, which lists the bond of C1 and C2.
+    void openListed(const QStringList& atoms, const QByteArray& letter = ".") {
+        m_folder.write("test.cif", mmcif(atoms) +
+                                       "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
+                                       "_struct_conn.ptnr1_auth_asym_id\n"
+                                       "_struct_conn.ptnr1_auth_seq_id\n"
+                                       "_struct_conn.ptnr1_label_atom_id\n"
+                                       "_struct_conn.ptnr2_auth_asym_id\n"
+                                       "_struct_conn.ptnr2_auth_seq_id\n"
+                                       "_struct_conn.ptnr2_label_atom_id\n"
+                                       "_struct_conn.pdbx_ptnr2_label_alt_id\n"
+                                       "a covale A 1 C1 A 1 C2 " +
+                                       letter + '\n');
+        opened(path("test.cif").toStdString());
+        QCOMPARE(bondNames(item("/test")), QStringList("LIG 1 C1-C2"));
+    }
     static void bond(const std::string& chain, const char* first, const char* second) {
         const DataPointBase guard(nullptr, Publisher::Add, "Bond");
         const auto atom = [&chain](const char* name) {
@@ -277,18 +293,7 @@ private slots:
         QCOMPARE(bondsIn("saved.pdb"), QStringList({"ALA 1 C1-C2", "ALA 1 C2-C3"}));
     }
     void listedBondsOfAtomsThatGetANamesakeAreSaid() {
-        m_folder.write("test.cif",
-                       mmcif({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C . LIG A 1 ? 4.5 0 0 1"}) +
-                           "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
-                           "_struct_conn.ptnr1_auth_asym_id\n"
-                           "_struct_conn.ptnr1_auth_seq_id\n"
-                           "_struct_conn.ptnr1_label_atom_id\n"
-                           "_struct_conn.ptnr2_auth_asym_id\n"
-                           "_struct_conn.ptnr2_auth_seq_id\n"
-                           "_struct_conn.ptnr2_label_atom_id\n"
-                           "a covale A 1 C1 A 1 C2\n");
-        opened(path("test.cif").toStdString());
-        QCOMPARE(bondNames(item("/test")), QStringList("LIG 1 C1-C2"));
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C . LIG A 1 ? 4.5 0 0 1"});
         {
             const DataPointBase guard(nullptr, Publisher::Add, "Make");
             TAVIK::DataMaker::makeAtom(
@@ -298,6 +303,18 @@ private slots:
         QVERIFY(save("saved.cif")
                     .contains("1 bond is not kept, as the number or the names of one of the atoms "
                               "are those of another, too"));
+    }
+    void listedBondsOfAtomsThatChangeTheirLocationAreSaid() {
+        openListed({"C1 C A LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C3 C B LIG A 1 ? 9.5 0 0 1"},
+                   "A");
+        {
+            const DataPointBase guard(nullptr, Publisher::Update, "Model");
+            TAVIK::SetAtomModel(dynamic_cast<TAVIK::Atom*>(item("/test/A/Groups/LIG 1/C2")), 2);
+        }
+        QVERIFY(save("saved.cif")
+                    .contains("1 bond is not kept, as an atom is in another alternative location "
+                              "than the file lists"));
     }
     void bondsGoByTheLettersThatAtomsGet() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C3 "});
