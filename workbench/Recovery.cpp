@@ -101,6 +101,21 @@ QString Recovery::run(const std::string& all, CrashJournal& journal) {
     return opened;
 }
 
+void Recovery::openFiles(JournalRecovery& recovery) {
+    std::vector<std::string> contents;
+    std::vector<std::size_t> files;
+    for (std::size_t file = 0; file != recovery.fileCount(); ++file) {
+        std::string content = recovery.contentPath(file);
+        if (content.empty()) {
+            Logger::Write(recovery.path(file) + " was changed by someone else since it was opened");
+            continue;
+        }
+        contents.push_back(std::move(content));
+        files.push_back(file);
+    }
+    m_opening.open(contents, [&](std::size_t opened) { recovery.setOpened(files[opened]); });
+}
+
 QString Recovery::open(memory_host::JournalFolder folder, CrashJournal& journal) {
     const std::unique_ptr<JournalRecovery> recovery = read(folder);
     if (!recovery)
@@ -115,14 +130,7 @@ QString Recovery::open(memory_host::JournalFolder folder, CrashJournal& journal)
     case Answer::Later:
         return {};
     }
-    for (std::size_t file = 0; file != recovery->fileCount(); ++file) {
-        const std::string content = recovery->contentPath(file);
-        if (content.empty())
-            Logger::Write(recovery->path(file) +
-                          " was changed by someone else since it was opened");
-        else
-            m_opening.open({content}, [&](std::size_t) { recovery->setOpened(file); });
-    }
+    openFiles(*recovery);
     const JournalRecovery::Outcome outcome = recovery->apply();
     for (const std::string& line : outcome.lines)
         Logger::Write(line);

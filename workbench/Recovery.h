@@ -10,6 +10,10 @@
 
 class QWidget;
 
+namespace memory_host {
+class JournalRecovery;
+}
+
 namespace workbench {
 
 class CrashJournal;
@@ -27,6 +31,8 @@ public:
     QString run(const std::string& all, CrashJournal& journal);
 
 private:
+    /// As when the user opens them: what is not opened, as that was cancelled, is missing.
+    void openFiles(memory_host::JournalRecovery& recovery);
     QString open(memory_host::JournalFolder folder, CrashJournal& journal);
 
     QWidget* m_window; ///< may be null

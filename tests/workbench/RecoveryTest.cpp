@@ -15,6 +15,7 @@
 
 #include "Logger.h"
 #include "TestFiles.h"
+#include "services/ElidedLine.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -27,8 +28,13 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 using memory_host::JournalFolder;
@@ -59,6 +65,14 @@ void destroy(std::size_t i) {
     TAVIK::DataMaker::Destroy(residue(i));
 }
 
+memory_host::ProgressWindow* progressWindow() {
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* const each : windows)
+        if (auto* const window = qobject_cast<memory_host::ProgressWindow*>(each))
+            return window;
+    return nullptr;
+}
+
 void closeAll() {
     const DataDelete<TAVIK::Space> guard(nullptr, space());
     while (space()->HasChildren())
@@ -78,6 +92,13 @@ class RecoveryTest : public test_support::TestCase {
     std::string journals() const { return path("journal").toStdString(); }
     QStringList folders() const {
         return QDir(path("journal")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    }
+    QString textInJournal(const QString& name) const {
+        const QDir journal(path("journal/" + folders().constFirst()));
+        for (const QString& text : journal.entryList({"text-*"}))
+            if (QFile::exists(journal.filePath(text + u'/' + name)))
+                return journal.filePath(text + u'/' + name);
+        return {};
     }
     void startJournal(std::chrono::milliseconds interval = 5ms) {
         m_journal = std::make_unique<CrashJournal>(journals(), interval);
@@ -166,6 +187,50 @@ private slots:
         QCOMPARE(m_asked, QStringList("The workbench did not end in good order while 2 entries and "
                                       "files were open."));
         QVERIFY(residue(3)->IsSelected());
+        takeHostLog();
+    }
+
+    void whoCancelsOpensNoneOfTheFilesThatFollow() {
+        startJournal();
+        open({"a.pdb", "b.pdb", "c.pdb"});
+        select(3);
+        const QStringList before = comparableLines();
+        QVERIFY(waitUntilWritten());
+        crash();
+        // The second file is taken from the journal, and there a pipe that brings nothing.
+        QVERIFY(QFile::remove(path("b.pdb")));
+        const QString text = textInJournal("b.pdb");
+        QVERIFY(QFile::rename(text, path("kept")));
+        QCOMPARE(mkfifo(QFile::encodeName(text).constData(), 0600), 0);
+        QTimer cancelling;
+        QString title;
+        connect(&cancelling, &QTimer::timeout, this, [&] {
+            // This succeeds when somebody reads.
+            const int writer =
+                ::open(QFile::encodeName(text).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+            if (writer < 0)
+                return;
+            cancelling.stop();
+            auto* const window = progressWindow();
+            title = window->findChild<memory_host::ElidedLine*>()->accessibleName();
+            window->reject();
+            ::close(writer);
+        });
+        cancelling.start(1);
+        QVERIFY(!startAgain("Open").isEmpty());
+        QCOMPARE(title, "Opening b.pdb (2 of 3)");
+        QCOMPARE(std::distance(space()->ChildBegin(), space()->ChildEnd()), 1);
+        QVERIFY(residue(3)->IsSelected());
+        const QStringList log = takeHostLog();
+        QCOMPARE(log.filter("opening was cancelled").size(), 1);
+        QCOMPARE(log.filter("the changes to it are not brought back").size(), 2);
+        QCOMPARE(log.filter("The journal is kept").size(), 1);
+
+        m_journal->end(false);
+        crash();
+        QVERIFY(QFile::remove(text) && QFile::rename(path("kept"), text));
+        QVERIFY(!startAgain("Open").isEmpty());
+        QCOMPARE(firstDifference(comparableLines(), before), QString());
         takeHostLog();
     }
 
