@@ -137,7 +137,7 @@ QString Recovery::open(memory_host::JournalFolder folder, CrashJournal& journal)
     if (!outcome.isWhole)
         Logger::Write("The journal is kept and offered again at the next start: " + folder.path());
     journal.adopt(std::move(folder), !outcome.isWhole);
-    return outcome.isDone ? say("Opened as it was on %1").arg(time) : QString();
+    return outcome.hasEntries ? say("Opened as it was on %1").arg(time) : QString();
 }
 
 } // namespace workbench

@@ -292,7 +292,8 @@ int run(const workbench::CommandLine& line, char* program) {
     const QString recovered =
         isWindowless ? QString() : workbench::Recovery(nullptr, opening).run(journals, journal);
     std::vector<std::string> files = withoutOpen(line.files);
-    if (line.files.empty() && recovered.isEmpty()) {
+    const auto isAnythingOpen = [] { return TAVIK::Space::instance()->HasChildren(); };
+    if (line.files.empty() && !isAnythingOpen()) {
         files = samplesIn(data);
         if (files.empty()) {
             report("there is no sample in " + data.toStdString());
@@ -300,7 +301,7 @@ int run(const workbench::CommandLine& line, char* program) {
         }
     }
     const QStringList opened = openFiles(files, earlyFiles, opening);
-    if (opened.isEmpty() && recovered.isEmpty())
+    if (opened.isEmpty() && !isAnythingOpen())
         return NothingToShow;
     if (line.save)
         return saveFiles(line, opened.size() == static_cast<qsizetype>(files.size()));

@@ -176,6 +176,8 @@ void JournalRecovery::Work::change(RecoveredItems& items, Outcome& outcome) {
         lookAgain(m_content, items);
         markUnsaved(items);
         arrange(items);
+        outcome.hasEntries = std::ranges::any_of(
+            m_content.entries, [&](const auto& entry) { return isEntry(items.at(entry.id)); });
         if (recording.step && recording.step->hasFailed())
             throw std::bad_alloc();
         outcome.isDone = true;

@@ -35,6 +35,7 @@ public:
     struct Outcome {
         bool isDone = false;
         bool isWhole = false;           ///< and nothing is missing
+        bool hasEntries = false;        ///< and something of what was open is there
         std::vector<std::string> lines; ///< what could not be brought back, and what to know
     };
     /// Changes what was opened, as one change that can be taken back; on the GUI thread. Files that
