@@ -35,8 +35,8 @@ public:
     }
     TAVIK::Atom* atom(const TAVIK::Vertex& at, char alternative = '\0') const {
         const DataPointBase guard(nullptr, Publisher::Add, "Make");
-        TAVIK::AtomValues values{
-            .name = 'C' + std::to_string(m_count++), .type = "C", .position = at};
+        const std::string name = 'C' + std::to_string(m_count++);
+        TAVIK::AtomValues values{.name = name, .type = "C", .position = at};
         values.details.alternative = alternative;
         values.model = alternative == '\0' ? 0 : static_cast<std::uint16_t>(alternative - 'A' + 1);
         return TAVIK::DataMaker::makeAtom(m_residue, values);
