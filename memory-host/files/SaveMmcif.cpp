@@ -160,9 +160,9 @@ mmcif::BlockChange MmcifEdit::changeOf(const AtomsOfBlock& atoms) const {
         change.isKept[row] = m_plan->atoms()[atoms.firstRow + row] != nullptr;
     const auto firstRow = static_cast<std::uint32_t>(atoms.firstRow);
     const auto block = static_cast<std::uint32_t>(&atoms - m_atoms.data());
-    for (const SavedStructure& structure :
-         std::ranges::equal_range(m_structures, block, {}, &SavedStructure::block)) {
-        for (const SavedModel& model : structure.models) {
+    auto structure = std::ranges::lower_bound(m_structures, block, {}, &SavedStructure::block);
+    for (; structure != m_structures.end() && structure->block == block; ++structure) {
+        for (const SavedModel& model : structure->models) {
             for (const auto& [first, second] : model.lostBonds)
                 change.lost.emplace_back(first - firstRow, second - firstRow);
             for (const SavedBond& bond : model.bonds)
