@@ -48,11 +48,12 @@ struct AtomValues {
 };
 
 /// Moves an atom; the caller holds a good update or add guard. A position that is not valid, or
-/// not finite, leaves the atom without one. Null does nothing.
+/// not finite, leaves the atom without one. Null does nothing, nor does the position it has.
 HOST_EXPORT void SetAtomPosition(Atom* atom, const Vertex& position);
 /// Puts an atom into an alternative model of its residue, from 1 to 65535, or with 0 into all of
 /// them; larger numbers count as 65535. The caller holds a good update or add guard. The active
-/// model stays unless it has no atoms any more, or is the first. Null does nothing.
+/// model stays unless it has no atoms any more, or is the first. Null does nothing, nor does the
+/// model it is in.
 HOST_EXPORT void SetAtomModel(Atom* atom, unsigned int model);
 
 } // namespace TAVIK

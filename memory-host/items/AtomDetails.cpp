@@ -30,7 +30,7 @@ LabelIds GetLabelIds(const Compound* item) {
 
 void SetAtomPosition(Atom* atom, const Vertex& position) {
     auto* const item = dynamic_cast<AtomItem*>(atom);
-    if (!item)
+    if (!item || item->isAt(position))
         return;
     if (Step* const step = stepFor(item->record()); step && !step->recordPlace(*item))
         return;
@@ -41,7 +41,7 @@ void SetAtomPosition(Atom* atom, const Vertex& position) {
 
 void SetAtomModel(Atom* atom, unsigned int model) {
     auto* const item = dynamic_cast<AtomItem*>(atom);
-    if (!item)
+    if (!item || item->isInModel(model))
         return;
     Step* const step = stepFor(item->record());
     if (step &&

@@ -14,6 +14,16 @@ namespace memory_host {
 
 namespace {
 
+bool isPosition(const TAVIK::Vertex& position) {
+    return position.isValid() && std::isfinite(position[0]) && std::isfinite(position[1]) &&
+           std::isfinite(position[2]);
+}
+
+std::uint16_t asModel(unsigned int number) {
+    return static_cast<std::uint16_t>(
+        std::min<unsigned int>(number, std::numeric_limits<std::uint16_t>::max()));
+}
+
 std::string residuePrefix(const HostItem& atom) {
     const Holder* residue = residueAround(atom);
     return residue ? residue->name.text() + ' ' : std::string();
@@ -138,6 +148,12 @@ void AtomItem::setValues(const TAVIK::AtomValues& values) {
     m_record.color = defaultColor(m_record).rgba();
 }
 
+bool AtomItem::hasValues(const TAVIK::AtomValues& values) const {
+    return isAt(values.position) && isInModel(values.model) &&
+           m_temperature == values.temperature && details() == values.details &&
+           m_record.type.text() == values.type;
+}
+
 void AtomItem::swapDescription(Description& other) noexcept {
     auto& details = *static_cast<TAVIK::AtomDetails*>(annexOf(this));
     std::swap(m_record.type, other.type);
@@ -147,17 +163,22 @@ void AtomItem::swapDescription(Description& other) noexcept {
 }
 
 void AtomItem::setPosition(const TAVIK::Vertex& position) {
-    bool isFinite = true;
-    for (const std::size_t axis : {0, 1, 2}) {
+    for (const std::size_t axis : {0, 1, 2})
         m_position[axis] = position[axis];
-        isFinite = isFinite && std::isfinite(position[axis]);
-    }
-    m_record.set(HostItem::HasPosition, position.isValid() && isFinite);
+    m_record.set(HostItem::HasPosition, isPosition(position));
+}
+
+bool AtomItem::isAt(const TAVIK::Vertex& position) const {
+    return m_record.has(HostItem::HasPosition) == isPosition(position) &&
+           m_position == std::array{position[0], position[1], position[2]};
 }
 
 void AtomItem::setModel(unsigned int model) {
-    m_record.model = static_cast<std::uint16_t>(
-        std::min<unsigned int>(model, std::numeric_limits<std::uint16_t>::max()));
+    m_record.model = asModel(model);
+}
+
+bool AtomItem::isInModel(unsigned int model) const {
+    return m_record.model == asModel(model);
 }
 
 } // namespace memory_host

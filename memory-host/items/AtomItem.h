@@ -70,6 +70,8 @@ public:
 
     /// Takes all values but the name, the partial charge and marks.
     void setValues(const TAVIK::AtomValues& values);
+    /// Whether setValues() would leave everything but the colour as it is.
+    bool hasValues(const TAVIK::AtomValues& values) const;
     /// The values that no other function sets.
     struct Description {
         Name type;
@@ -80,8 +82,10 @@ public:
     void swapDescription(Description& other) noexcept;
     /// A position that is not finite counts as none.
     void setPosition(const TAVIK::Vertex& position);
+    bool isAt(const TAVIK::Vertex& position) const;
     /// The residue's counts are the caller's.
     void setModel(unsigned int model);
+    bool isInModel(unsigned int model) const;
     /// Recomputes the effective visibility from mark and model, and that of the bonds. markShown()
     /// returns the change in shown leaves, which the caller adds to the counters above the atom.
     std::int32_t markShown();

@@ -67,12 +67,15 @@ void setAtom(Compound* item, const TAVIK::AtomValues& values) {
     const Name type(values.type);
     if (Step* const step = stepFor(atom->record()); step && !step->recordValues(*atom))
         return;
+    const bool isChange = !atom->hasValues(values);
     Holder* const residue = leaveModels(*atom);
     atom->setValues(values);
     HostItem::of(atom).set(HostItem::OtherModel, false);
     joinModels(*atom);
     settleModel(residue);
     atom->updateShown();
+    if (!isChange)
+        return;
     HostItem::of(atom).set(HostItem::Edited, true);
     noteDataChange(HostItem::of(atom));
 }

@@ -22,7 +22,7 @@ HOST_EXPORT void attach(TAVIK::Compound* detached, TAVIK::Compound* parent);
 /// DataMaker::makeAtom.
 HOST_EXPORT TAVIK::Atom* addAtom(TAVIK::Compound* parent, const TAVIK::AtomValues& values);
 /// Sets the values of an atom that makeCore made. The name stays, and so does the partial charge
-/// that the atom was made with.
+/// that the atom was made with. The colour becomes that of the element.
 HOST_EXPORT void setAtom(TAVIK::Compound* atom, const TAVIK::AtomValues& values);
 /// Sets the label ids of a residue (see TAVIK::GetLabelIds).
 HOST_EXPORT void setLabelIds(TAVIK::Compound* residue, const TAVIK::LabelIds& ids);

@@ -196,8 +196,7 @@ void changeAtom(AtomItem& atom, const TAVIK::AtomValues& values) {
         return;
     }
     TAVIK::SetAtomPosition(&atom, values.position);
-    if (atom.record().model != values.model)
-        TAVIK::SetAtomModel(&atom, values.model);
+    TAVIK::SetAtomModel(&atom, values.model);
 }
 
 void changeGrid(GridItem& grid, const std::string& folder,

@@ -45,7 +45,7 @@ private slots:
         QVERIFY(isNew());
         {
             const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
-            TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(made), TAVIK::Vertex(1, 2, 3, true));
+            TAVIK::SetAtomPosition(static_cast<TAVIK::Atom*>(made), TAVIK::Vertex(3, 2, 1, true));
         }
         QVERIFY(isNew());
         {
@@ -81,6 +81,38 @@ private slots:
         }
         QVERIFY(!hasUnsavedData(sample.entry));
         QCOMPARE(dataVersion(sample.entry), std::uint64_t{0});
+    }
+
+    void whatAnAtomHasAlreadyDoesNotCount() {
+        const Sample sample;
+        auto* const atom = static_cast<TAVIK::Atom*>(sample.atoms[0]);
+        const TAVIK::AtomValues fe{
+            .name = {}, .type = "Fe", .position = TAVIK::Vertex(1, 2, 3, true), .model = 2};
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            memory_host::setAtom(atom, fe);
+        }
+        const std::uint64_t before = dataVersion(sample.entry);
+        QVERIFY(before != 0);
+        const std::size_t steps = History::undoable().size();
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::SetAtomPosition(atom, fe.position);
+            TAVIK::SetAtomModel(atom, fe.model);
+        }
+        QCOMPARE(History::undoable().size(), steps);
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            atom->SetColor(Color(0xff010203U));
+            memory_host::setAtom(atom, fe);
+        }
+        QCOMPARE(dataVersion(sample.entry), before);
+        QVERIFY(atom->GetColor() != Color(0xff010203U));
+        {
+            const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
+            TAVIK::SetAtomPosition(atom, TAVIK::Vertex(1, 2, 3, false));
+        }
+        QVERIFY(dataVersion(sample.entry) != before);
     }
 
     void oneEntryIsChangedAndNotTheOther() {
