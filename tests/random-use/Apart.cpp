@@ -2,6 +2,7 @@
 
 #include <QDataStream>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QThreadPool>
 
 #include <array>
@@ -92,6 +93,11 @@ Outcome apart(bool quiet, std::vector<Step>& steps, const Playing& playing) {
     static const Outcome loaded =
         play({{Start::Empty, 1, false}, {{.action = Action::CommandC, .name = "Show"}}});
     (void)loaded;
+    // A process that ends early leaves its files here; and names that one generator makes for all
+    // of the processes run out where those before them left theirs.
+    const QTemporaryDir folder;
+    if (!folder.isValid())
+        throw std::runtime_error("no folder for a session");
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         throw std::runtime_error("no pipe to the process of a session");
@@ -101,8 +107,10 @@ Outcome apart(bool quiet, std::vector<Step>& steps, const Playing& playing) {
     const pid_t player = fork();
     if (player < 0)
         throw std::runtime_error("no process for a session");
-    if (player == 0)
+    if (player == 0) {
+        qputenv("TMPDIR", QFile::encodeName(folder.path()));
         playAndExit(ends[1], quiet, playing);
+    }
     close(ends[1]);
     QFile pipe;
     (void)pipe.open(ends[0], QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
