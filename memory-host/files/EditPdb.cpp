@@ -65,6 +65,7 @@ private:
     // While writing:
     std::string m_out;
     std::size_t m_rounded = 0; ///< atoms
+    std::size_t m_sharedBonds = 0;
     bool m_isLineOpen = false; ///< the output ends without a line end
     PdbCounts m_now;
     std::uint32_t m_row = 0;      ///< the next one
@@ -106,6 +107,7 @@ std::string PdbEditor::run() {
                         " models of the file that was read, it has the " +
                         std::to_string(m_file.modelsLeft) + " that are saved");
     remarkOnRounded(m_rounded, m_report);
+    remarkOnSharedBonds(m_sharedBonds, m_report);
     return std::move(m_out);
 }
 
@@ -220,6 +222,7 @@ void PdbEditor::writeOther(const TextLine& line) {
         const References::Outcome outcome = m_file.references.update(line.content);
         if (!outcome.isKept)
             return;
+        m_sharedBonds += outcome.bringsBondBack ? 1 : 0;
         m_now.add(line.content);
         add(outcome.changed.empty() ? line.content : outcome.changed, line.end);
     }

@@ -328,6 +328,15 @@ std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
     return foundAgain(model, names, alternativeLetters(model, names, report));
 }
 
+void remarkOnSharedBonds(std::size_t count, SaveReport& report) {
+    if (count != 0)
+        report.remark(
+            std::to_string(count) +
+            (count == 1 ? " bond that was deleted comes" : " bonds that were deleted come") +
+            " back when the file is read, as the file lists them with those of other "
+            "alternative locations");
+}
+
 void settleBonds(SavedContent& content, BondRecords records, SaveReport& report) {
     Settled all;
     for (SavedStructure& structure : content.structures) {

@@ -4,6 +4,7 @@
 #include "SaveReport.h"
 #include "SavedTables.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -33,6 +34,10 @@ enum class BondRecords : std::uint8_t {
 /// further models get, as records hold for all models, and on those that no file keeps. Records
 /// that are kept stay as long as any model has the bond.
 void settleBonds(SavedContent& content, BondRecords records, SaveReport& report);
+
+/// Adds the line for bonds that were destroyed and that are listed by records which stay for other
+/// alternative locations; nothing for a count of 0.
+void remarkOnSharedBonds(std::size_t count, SaveReport& report);
 
 /// Whether reading the file brings a bond back only if the file lists it, which it does not yet.
 inline bool isToBeListed(const SavedBond& bond) {

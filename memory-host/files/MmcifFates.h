@@ -13,7 +13,7 @@ namespace memory_host::mmcif {
 struct BlockChange {
     std::size_t atoms;         ///< category of the atoms
     std::vector<bool> isKept;  ///< whether an atom is still there, by row
-    std::vector<RowBond> lost; ///< bonds that the file lists and that are gone
+    std::vector<RowBond> lost; ///< bonds that the file lists and that are gone, but not their atoms
     std::vector<RowBond> kept; ///< and those that are still there
 };
 

@@ -45,21 +45,40 @@ public:
         }
     }
 
+    // The keys of those of these bonds that are none of the others, whatever model they are in.
+    Keys keysOfOnly(std::vector<RowBond> bonds, const std::vector<RowBond>& others) const {
+        Keys known;
+        for (const RowBond& bond : others)
+            known.insert(letteredKey(bond));
+        std::erase_if(bonds,
+                      [&](const RowBond& bond) { return known.contains(letteredKey(bond)); });
+        return keysOf(bonds);
+    }
+
     // The keys by which a row may list these bonds.
     Keys keysOf(const std::vector<RowBond>& bonds) const {
         Keys keys;
-        for (const RowBond& bond : bonds)
-            for (const bool byLabel : {false, true})
-                addKeys(Name(m_values.at(bond.first), byLabel),
-                        Name(m_values.at(bond.second), byLabel), keys);
+        for (const RowBond& bond : bonds) {
+            const auto others = keysOf(bond.second);
+            for (const std::string& key : keysOf(bond.first))
+                for (const std::string& other : others)
+                    keys.insert(bondKey(key, other));
+        }
         return keys;
     }
 
 private:
-    static void addKeys(const Name& a, const Name& b, Keys& keys) {
-        for (const std::string_view letter : {a.letter, std::string_view()})
-            for (const std::string_view other : {b.letter, std::string_view()})
-                keys.insert(bondKey(atomKey(a, letter), atomKey(b, other)));
+    std::string letteredKey(const RowBond& bond) const {
+        return bondKey(keysOf(bond.first).front(), keysOf(bond.second).front());
+    }
+
+    // A row may name the one atom by the author's ids, and the other, which has no number of the
+    // author's, by its label; with or without their letters.
+    std::array<std::string, 4> keysOf(std::uint32_t row) const {
+        const Name author(m_values.at(row), false);
+        const Name label(m_values.at(row), true);
+        return {atomKey(author, author.letter), atomKey(author, {}), atomKey(label, label.letter),
+                atomKey(label, {})};
     }
 
     std::unordered_map<std::uint32_t, PartValues> m_values;
@@ -88,6 +107,7 @@ void dropLostBonds(std::string_view text, const cif::Category& atoms,
     const NamedAtoms named(text, atoms, rowsOf(lost, kept));
     const Keys lostKeys = named.keysOf(lost);
     const Keys keptKeys = named.keysOf(kept);
+    const Keys otherKeys = named.keysOfOnly(lost, kept);
     cif::Rows rows(text, connections);
     for (std::size_t row = 0; rows.next(); ++row) {
         if (!listsBond(contentOf(rows[type])))
@@ -99,8 +119,12 @@ void dropLostBonds(std::string_view text, const cif::Category& atoms,
             keys[i] = atomKey(name, name.letter);
         }
         const std::string key = bondKey(keys[0], keys[1]);
-        if (lostKeys.contains(key) && !keptKeys.contains(key))
+        if (!lostKeys.contains(key))
+            continue;
+        if (!keptKeys.contains(key))
             fate.drop(row, connections.rowCount);
+        else
+            fate.sharedBonds += otherKeys.contains(key) ? 1 : 0;
     }
 }
 

@@ -15,7 +15,7 @@ using RowBond = std::pair<std::uint32_t, std::uint32_t>;
 
 /// Drops the rows of _struct_conn that list `lost` bonds, and none of those that are `kept`. A row
 /// without letters lists the bonds of all alternative locations, and one without a model of all
-/// models.
+/// models. Counts the rows that stay for other alternative locations than those of a lost bond.
 void dropLostBonds(std::string_view text, const cif::Category& atoms,
                    const cif::Category& connections, const std::vector<RowBond>& lost,
                    const std::vector<RowBond>& kept, RowFate& fate);

@@ -118,17 +118,19 @@ std::string sheetOf(std::string_view record) {
     return std::string(field(record, 12, 14));
 }
 
-// How a record may name a bond: from either atom, with and without alternative locations.
-std::array<std::string, 4> keysOfBond(std::string_view first, std::string_view second) {
-    const std::array<std::string, 2> residues = {std::string(keyOf(first)),
-                                                 std::string(keyOf(second))};
-    const std::array<std::string, 2> atoms = {atomAt(first, 13), atomAt(second, 13)};
-    std::array<std::string, 4> keys;
-    for (const std::size_t a : {0, 1}) {
-        const std::size_t b = 1 - a;
-        keys[2 * a] = atoms[a] + residues[a] + atoms[b] + residues[b];
-        keys[2 * a + 1] =
-            withoutAlternative(atoms[a]) + residues[a] + withoutAlternative(atoms[b]) + residues[b];
+// The first key is that with the alternative locations of both atoms.
+std::array<std::string, 8> keysOfBond(std::string_view first, std::string_view second) {
+    const auto namesOf = [](std::string_view row) {
+        const std::string residue(keyOf(row));
+        const std::string atom = atomAt(row, 13);
+        return std::array{atom + residue, withoutAlternative(atom) + residue};
+    };
+    const std::array one = namesOf(first);
+    const std::array other = namesOf(second);
+    std::array<std::string, 8> keys;
+    for (std::size_t i = 0; i != 4; ++i) {
+        keys[2 * i] = one[i / 2] + other[i % 2];
+        keys[2 * i + 1] = other[i % 2] + one[i / 2];
     }
     return keys;
 }
@@ -188,19 +190,22 @@ void References::see(std::string_view row, bool isKept) {
 }
 
 void References::loseBond(std::string_view first, std::string_view second) {
-    for (std::string& key : keysOfBond(first, second))
-        m_lostBonds.insert(std::move(key));
+    m_lostBonds.push_back(keysOfBond(first, second));
+    m_lostKeys.insert(m_lostBonds.back().begin(), m_lostBonds.back().end());
 }
 
 void References::keepBond(std::string_view first, std::string_view second) {
-    for (const std::string& key : keysOfBond(first, second))
-        m_lostBonds.erase(key);
+    for (std::string& key : keysOfBond(first, second))
+        m_keptKeys.insert(std::move(key));
 }
 
 void References::settle() {
     for (const std::string_view record : m_sheetRecords)
         if (!updateRange(record, *placesOf(record)).isKept)
             ++m_lostStrands[sheetOf(record)];
+    for (const BondKeys& keys : m_lostBonds)
+        if (!m_keptKeys.contains(keys.front()))
+            m_sharedKeys.insert(keys.begin(), keys.end());
 }
 
 const References::Residue* References::find(std::string_view key) const {
@@ -221,19 +226,24 @@ bool References::isAtomGone(std::string_view key, std::string_view atom) const {
     return found != residue->atoms.end() && found->second.isGone();
 }
 
-// Whether an atom, or the bond between the atoms, is gone.
-bool References::isLinkGone(std::string_view record, const RecordPlaces& places) const {
+// Of two atoms, of which one may be gone, or the bond between them.
+References::Outcome References::updateLink(std::string_view record,
+                                           const RecordPlaces& places) const {
     std::string bond;
     for (const std::size_t i : {0, 1}) {
         const std::string key = keyAt(record, places.residues[i]);
         const std::string atom = linkedAtom(record, places, i);
         if (atom.empty())
-            return false;
+            return {};
         if (isAtomGone(key, atom))
-            return true;
+            return {.isKept = false, .changed = {}};
         bond += atom + key;
     }
-    return m_lostBonds.contains(bond);
+    if (!m_lostKeys.contains(bond))
+        return {};
+    const bool isKept = m_keptKeys.contains(bond);
+    return {
+        .isKept = isKept, .changed = {}, .bringsBondBack = isKept && m_sharedKeys.contains(bond)};
 }
 
 References::Outcome References::trimmedRange(std::string_view record, const RecordPlaces& places,
@@ -245,7 +255,7 @@ References::Outcome References::trimmedRange(std::string_view record, const Reco
     while (begin != end && !m_runs[end - 1].isKept)
         --end;
     if (begin == end)
-        return {false, {}};
+        return {.isKept = false, .changed = {}};
     Outcome outcome{true, std::string(record)};
     putKey(outcome.changed, places.residues[0], padded(m_runs[begin].key, keyWidth));
     putKey(outcome.changed, places.residues[1], padded(m_runs[end - 1].key, keyWidth));
@@ -291,8 +301,8 @@ References::Outcome References::update(std::string_view record) const {
     }
     for (const ResiduePlace& place : places->residues)
         if (place.name != 0 && isGone(keyAt(record, place)))
-            return {false, {}};
-    return {!isLinkGone(record, *places), {}};
+            return {.isKept = false, .changed = {}};
+    return updateLink(record, *places);
 }
 
 std::vector<std::string>

@@ -2,6 +2,7 @@
 // when these are gone.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -34,6 +35,8 @@ public:
     struct Outcome {
         bool isKept = true;
         std::string changed; ///< empty: as it was
+        /// Whether a bond that is gone comes back, as the record is of other locations, too.
+        bool bringsBondBack = false;
     };
     Outcome update(std::string_view record) const;
     /// The records of one binding site, of which the residues that are left move together.
@@ -51,6 +54,8 @@ private:
         std::uint32_t run = none;                     ///< the first of its rows
         std::unordered_map<std::string, State> atoms; ///< by name and alternative location
     };
+    /// How records may name a bond: from either atom, with and without each alternative location.
+    using BondKeys = std::array<std::string, 8>;
     /// Rows of one residue that stand together.
     struct Run {
         std::string_view key;
@@ -60,14 +65,17 @@ private:
     const Residue* find(std::string_view key) const;
     bool isGone(std::string_view key) const;
     bool isAtomGone(std::string_view key, std::string_view atom) const;
-    bool isLinkGone(std::string_view record, const RecordPlaces& places) const;
+    Outcome updateLink(std::string_view record, const RecordPlaces& places) const;
     Outcome updateRange(std::string_view record, const RecordPlaces& places) const;
     Outcome trimmedRange(std::string_view record, const RecordPlaces& places, std::uint32_t first,
                          std::uint32_t last) const;
     void updateSheet(std::string_view record, Outcome& outcome) const;
 
     std::unordered_map<std::string, Residue> m_residues; ///< those that records name
-    std::unordered_set<std::string> m_lostBonds;         ///< both atoms
+    std::vector<BondKeys> m_lostBonds;
+    std::unordered_set<std::string> m_lostKeys;   ///< of bonds
+    std::unordered_set<std::string> m_keptKeys;   ///< likewise
+    std::unordered_set<std::string> m_sharedKeys; ///< of lost ones, and of others that are kept
     std::vector<std::string_view> m_sheetRecords;
     std::unordered_map<std::string, int> m_lostStrands; ///< by the name of the sheet
     std::vector<Run> m_runs;

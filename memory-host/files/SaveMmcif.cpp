@@ -164,7 +164,8 @@ mmcif::BlockChange MmcifEdit::changeOf(const AtomsOfBlock& atoms) const {
     for (; structure != m_structures.end() && structure->block == block; ++structure) {
         for (const SavedModel& model : structure->models) {
             for (const auto& [first, second] : model.lostBonds)
-                change.lost.emplace_back(first - firstRow, second - firstRow);
+                if (m_plan->atoms()[first] && m_plan->atoms()[second])
+                    change.lost.emplace_back(first - firstRow, second - firstRow);
             for (const SavedBond& bond : model.bonds)
                 if (bond.isListed)
                     change.kept.emplace_back(model.atoms[bond.first].row - firstRow,
@@ -193,6 +194,10 @@ void MmcifEdit::remarkOnBonds() const {
                         (count == 1 ? " bond that was made or stretched is"
                                     : " bonds that were made or stretched are") +
                         " not saved, as the distance of the atoms does not tell them");
+    std::size_t shared = 0;
+    for (const RowFate& fate : m_fates)
+        shared += fate.sharedBonds;
+    remarkOnSharedBonds(shared, m_report);
     std::size_t moved = 0;
     for (const SavedStructure& structure : m_structures)
         for (const SavedModel& model : structure.models)

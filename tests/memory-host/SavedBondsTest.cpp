@@ -76,7 +76,8 @@ class SavedBondsTest : public FileTestCase {
         return bondNames(opened(path(name).toStdString()).items.front());
     }
     /// Opens the mmCIF file of these atoms, which lists the bond of C1 and C2.
-    void openListed(const QStringList& atoms, const QByteArray& letter = ".") {
+    void openListed(const QStringList& atoms, const QByteArray& letter = ".",
+                    const QStringList& bonds = {"LIG 1 C1-C2"}) {
         m_folder.write("test.cif", mmcif(atoms) +
                                        "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
                                        "_struct_conn.ptnr1_auth_asym_id\n"
@@ -89,7 +90,7 @@ class SavedBondsTest : public FileTestCase {
                                        "a covale A 1 C1 A 1 C2 " +
                                        letter + '\n');
         opened(path("test.cif").toStdString());
-        QCOMPARE(bondNames(item("/test")), QStringList("LIG 1 C1-C2"));
+        QCOMPARE(bondNames(item("/test")), bonds);
     }
     static void bond(const std::string& chain, const char* first, const char* second) {
         const DataPointBase guard(nullptr, Publisher::Add, "Bond");
@@ -103,6 +104,10 @@ class SavedBondsTest : public FileTestCase {
         TAVIK::SetAtomPosition(dynamic_cast<TAVIK::Atom*>(item(atom)),
                                TAVIK::Vertex(x, 0.0F, 0.0F, true));
     }
+
+    const QStringList comesBackWithOthers{
+        "1 bond that was deleted comes back when the file is read, as the file lists them with "
+        "those of other alternative locations"};
 
 private slots:
     void aStretchedBondIsListedInPdb() {
@@ -315,6 +320,40 @@ private slots:
         QVERIFY(save("saved.cif")
                     .contains("1 bond is not kept, as an atom is in another alternative location "
                               "than the file lists"));
+    }
+    // One row without a letter lists the bonds of both.
+    void aBondOfOneAlternativeLocationComesBackWithTheOther() {
+        const QStringList both = {"LIG 1 C1-C2", "LIG 1 C1-C2"};
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C2 C B LIG A 1 ? 0.0 4.5 0 1"},
+                   ".", both);
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/LIG 1 C1-C2"));
+        }
+        QCOMPARE(save("saved.cif"), comesBackWithOthers);
+        QCOMPARE(bondsIn("saved.cif"), both);
+    }
+    void aLinkOfOneAlternativeLocationComesBackWithTheOther() {
+        QByteArray text = chainOf({" C1 ", " C2 ", " C2 "});
+        text.replace("   1.500", "   4.500").replace("   3.000", "  -4.500");
+        text[text.indexOf(" C2 ") + 4] = 'A';
+        text[text.lastIndexOf(" C2 ") + 4] = 'B';
+        const QByteArray link = "LINK         C1  ALA A   1                 C2  ALA A   1     1555 "
+                                "  1555  4.50\n";
+        openText(link + text);
+        const QStringList both = bondNames(item("/test"));
+        QCOMPARE(both.size(), 2);
+        const auto destroy = [] {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/ALA 1 C1-C2"));
+        };
+        destroy();
+        QCOMPARE(save("saved.pdb"), comesBackWithOthers);
+        destroy();
+        QCOMPARE(save("none.pdb"), QStringList());
+        QCOMPARE(bondsIn("saved.pdb"), both);
+        QCOMPARE(bondsIn("none.pdb"), QStringList());
     }
     void bondsGoByTheLettersThatAtomsGet() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C3 "});

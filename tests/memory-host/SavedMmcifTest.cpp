@@ -379,15 +379,17 @@ private slots:
                                 loop("_struct_conn", columns,
                                      "1 covale X 1 CA ? A 1 N X 1\n2 hydrog X 1 N ? A 1 CA X 1\n"
                                      "3 covale X 2 CA A A 2 N X 2\n4 covale X 2 CA B A 2 N X 2\n"
-                                     "5 covale X 2 N ? A 2 CA X 2\n") +
+                                     "5 covale X 2 N ? A 2 CA X 2\n"
+                                     "6 covale X 1 CA ? A 1 N ? ?\n") +
                                 loop("_atom_site", atomColumns, letters);
         openText(text);
         const auto saved = [&] { return linesOnlyIn(text, savedText()); };
         QCOMPARE(saved(), QByteArrayList());
         DataMaker::Destroy(item("/x/X/Bonds/ALA 1 N-CA"));
-        QCOMPARE(saved(), QByteArrayList{"1 covale X 1 CA ? A 1 N X 1"});
+        QCOMPARE(saved(),
+                 QByteArrayList({"1 covale X 1 CA ? A 1 N X 1", "6 covale X 1 CA ? A 1 N ? ?"}));
         DataMaker::Destroy(item("/x/X/Bonds/GLY 2 N-CA"));
-        QCOMPARE(saved().size(), 2);
+        QCOMPARE(saved().size(), 3);
         DataMaker::Destroy(item("/x/X/Bonds/GLY 2 N-CA"));
         QVERIFY(!savedText().contains("covale"));
         QVERIFY(savedText().contains("2 hydrog X 1 N ? A 1 CA X 1\n"));
