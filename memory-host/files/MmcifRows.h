@@ -3,11 +3,11 @@
 
 #include "SavedTables.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 namespace memory_host::mmcif {
@@ -28,8 +28,7 @@ struct NewLetter {
     std::string letter;
 };
 
-/// The atoms by rows. An alternative model has the letter that its atoms have in the file, else one
-/// that the residue does not use.
+/// The atoms by rows, with the letters of their residues; see ResidueLetters.
 class RowPlan {
 public:
     /// `letters` are the file's, by row; `lastRows` the last row of each structure in the file.
@@ -41,21 +40,19 @@ public:
     const std::vector<const SavedAtom*>& atoms() const { return m_atoms; }
     const std::vector<AddedAtom>& added() const { return m_added; }        ///< ascending
     const std::vector<NewLetter>& newLetters() const { return m_letters; } ///< ascending
+    bool hasNewLetter(std::uint32_t row) const {
+        return std::ranges::binary_search(m_letters, row, {}, &NewLetter::row);
+    }
 
 private:
     void takeModel(const SavedModel& model, std::uint32_t lastRow);
     void takeResidue(const SavedModel& model, std::size_t residue);
-    void findLetters(std::span<const SavedAtom> atoms);
-    std::string freeLetter(std::size_t& next) const;
 
     std::span<const std::string_view> m_fileLetters;
     std::vector<const SavedAtom*> m_atoms;
     std::vector<AddedAtom> m_added;
     std::vector<NewLetter> m_letters;
     std::uint32_t m_lastRow = 0; ///< of the atoms so far
-    /// By alternative model of the current residue; and which letters are in use.
-    std::vector<std::string> m_residueLetters;
-    std::unordered_set<std::string> m_usedLetters;
 };
 
 } // namespace memory_host::mmcif

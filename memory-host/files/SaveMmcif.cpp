@@ -1,6 +1,5 @@
 #include "SaveMmcif.h"
 
-#include "AlternativeLetters.h"
 #include "CifEdit.h"
 #include "MadeBonds.h"
 #include "MmcifFates.h"
@@ -213,10 +212,8 @@ std::size_t MmcifEdit::countMoved(const SavedModel& model) const {
     const auto isNeeded = [](const SavedBond& bond) { return bond.isListed && !bond.isFoundAgain; };
     if (!model.isEdited || std::ranges::none_of(model.bonds, isNeeded))
         return 0;
-    const std::vector<char> letters = alternativeLetters(model, m_names, m_report);
     const auto hasMoved = [&](std::uint32_t atom) {
-        const std::string_view before = m_letters[model.atoms[atom].row];
-        return letters[atom] != (before.empty() ? '\0' : before.front());
+        return m_plan->hasNewLetter(model.atoms[atom].row);
     };
     return static_cast<std::size_t>(std::ranges::count_if(model.bonds, [&](const SavedBond& bond) {
         return isNeeded(bond) && (hasMoved(bond.first) || hasMoved(bond.second));

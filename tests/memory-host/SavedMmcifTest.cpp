@@ -490,6 +490,19 @@ private slots:
         QVERIFY(saved.contains("\n2 C ALA A 1 ?   ?   ? ?    ?   0.5\n"));
     }
 
+    // The items of a residue stand in another order than its rows.
+    void theFirstRowOfALocationKeepsItsLetter() {
+        openText(mmcif({"CB C B ALA A 1 ? 3.0 0 0 1", "CA C B ALA A 1 ? 1.5 0 0 1",
+                        "N N A ALA A 1 ? 0.0 0 0 1"}));
+        QCOMPARE(atomPaths(item("/test")),
+                 QStringList({"/test/A/Groups/ALA 1/Backbone/CA", "/test/A/Groups/ALA 1/Backbone/N",
+                              "/test/A/Groups/ALA 1/Side chain/CB"}));
+        TAVIK::SetAtomModel(atoms(item("/test")).back(), 3);
+        const QByteArray saved = savedText();
+        QVERIFY(saved.contains("CB C B ALA A 1"));
+        QVERIFY(saved.contains("CA C C ALA A 1"));
+    }
+
     void alternativeModelsHaveLetters() {
         const QByteArray text =
             "data_x\n" +
