@@ -65,17 +65,18 @@ void setAtom(Compound* item, const TAVIK::AtomValues& values) {
         return;
     // What can fail comes before the first change.
     const Name type(values.type);
+    if (atom->hasValues(values)) {
+        atom->RestoreColor();
+        return;
+    }
     if (Step* const step = stepFor(atom->record()); step && !step->recordValues(*atom))
         return;
-    const bool isChange = !atom->hasValues(values);
     Holder* const residue = leaveModels(*atom);
     atom->setValues(values);
     HostItem::of(atom).set(HostItem::OtherModel, false);
     joinModels(*atom);
     settleModel(residue);
     atom->updateShown();
-    if (!isChange)
-        return;
     HostItem::of(atom).set(HostItem::Edited, true);
     noteDataChange(HostItem::of(atom));
 }

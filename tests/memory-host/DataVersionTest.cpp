@@ -99,6 +99,7 @@ private slots:
             const DataPoint<TAVIK::Space> guard(nullptr, TAVIK::Space::instance());
             TAVIK::SetAtomPosition(atom, fe.position);
             TAVIK::SetAtomModel(atom, fe.model);
+            memory_host::setAtom(atom, fe);
         }
         QCOMPARE(History::undoable().size(), steps);
         {
