@@ -178,9 +178,12 @@ void Metadata::keepConnections() {
             return true;
         const auto first = static_cast<std::uint32_t>(a.atom->serial - 1);
         const auto second = static_cast<std::uint32_t>(b.atom->serial - 1);
-        if (lost.contains(std::minmax(m_model.atoms[first].row, m_model.atoms[second].row)))
+        const bool isToCopy = connection.asu == gemmi::Asu::Different;
+        // Without symmetry operators, a bond to a copy would be written as one that is not.
+        if ((!isToCopy || m_structure.cell.images.empty()) &&
+            lost.contains(std::minmax(m_model.atoms[first].row, m_model.atoms[second].row)))
             return true;
-        if (connection.type != gemmi::Connection::Hydrog && connection.asu != gemmi::Asu::Different)
+        if (connection.type != gemmi::Connection::Hydrog && !isToCopy)
             said.insert(std::minmax(first, second));
         return false;
     });

@@ -61,13 +61,15 @@ BondColumn bondColumnOf(std::string_view tag) {
                                          static_cast<std::size_t>(found - partnerTags.begin()));
 }
 
+bool isBond(std::string_view type, std::string_view symmetry, std::string_view other) {
+    return (startsWith(type, "covale") || startsWith(type, "disulf") ||
+            startsWith(type, "metalc")) &&
+           (symmetry.empty() || other.empty() || symmetry == other);
+}
+
 void addBond(const BondRow& row, std::size_t line, ListedBonds& bonds) {
-    const std::string_view type = contentOf(row[BondType]);
-    if (!startsWith(type, "covale") && !startsWith(type, "disulf") && !startsWith(type, "metalc"))
-        return;
-    const std::string_view symmetry = contentOf(row[PartnerSymmetry]);
-    const std::string_view other = contentOf(row[PartnerColumnCount + PartnerSymmetry]);
-    if (!symmetry.empty() && !other.empty() && symmetry != other)
+    if (!isBond(contentOf(row[BondType]), contentOf(row[PartnerSymmetry]),
+                contentOf(row[PartnerColumnCount + PartnerSymmetry])))
         return;
     const ListedAtom a = partner(row, 0);
     const ListedAtom b = partner(row, 1);

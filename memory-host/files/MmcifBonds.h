@@ -35,8 +35,10 @@ inline bool isBondTag(std::string_view tag) {
 }
 /// The column of a tag for which isBondTag() holds.
 BondColumn bondColumnOf(std::string_view tag);
-/// Adds the bond of a row if it is a disulfide, covalent or metal bond, and not one to a symmetry
-/// copy.
+/// Whether a row lists a disulfide, covalent or metal bond that is not one to a symmetry copy, by
+/// its kind and the symmetry operators of both atoms.
+bool isBond(std::string_view type, std::string_view symmetry, std::string_view other);
+/// Adds the bond of a row if isBond() holds.
 void addBond(const BondRow& row, std::size_t line, ListedBonds& bonds);
 
 } // namespace memory_host::mmcif

@@ -1,5 +1,6 @@
 #include "MmcifLostBonds.h"
 
+#include "MmcifBonds.h"
 #include "MmcifName.h"
 
 #include <algorithm>
@@ -12,9 +13,24 @@ namespace {
 
 using Keys = std::unordered_set<std::string>;
 
-bool listsBond(std::string_view type) {
-    return startsWith(type, "covale") || startsWith(type, "disulf") || startsWith(type, "metalc");
-}
+// Tells whether rows of connections list bonds.
+class BondRows {
+public:
+    explicit BondRows(const cif::Category& connections)
+        : m_columns{connections.column("conn_type_id"), connections.column("ptnr1_symmetry"),
+                    connections.column("ptnr2_symmetry")} {}
+
+    bool listBonds(const cif::Rows& row) const {
+        std::array<std::string_view, 3> values;
+        for (std::size_t i = 0; i != values.size(); ++i)
+            if (m_columns[i] < row.places().size())
+                values[i] = contentOf(row[m_columns[i]]);
+        return isBond(values[0], values[1], values[2]);
+    }
+
+private:
+    std::array<std::size_t, 3> m_columns;
+};
 
 std::string atomKey(const Name& name, std::string_view letter) {
     std::string key;
@@ -100,17 +116,17 @@ std::vector<std::uint32_t> rowsOf(const std::vector<RowBond>& lost,
 void dropLostBonds(std::string_view text, const cif::Category& atoms,
                    const cif::Category& connections, const std::vector<RowBond>& lost,
                    const std::vector<RowBond>& kept, RowFate& fate) {
-    const std::size_t type = connections.column("conn_type_id");
     const std::optional<Naming> naming = namingOf(connections);
-    if (lost.empty() || !naming || type == connections.columns.size())
+    if (lost.empty() || !naming)
         return;
     const NamedAtoms named(text, atoms, rowsOf(lost, kept));
     const Keys lostKeys = named.keysOf(lost);
     const Keys keptKeys = named.keysOf(kept);
     const Keys otherKeys = named.keysOfOnly(lost, kept);
+    const BondRows bondRows(connections);
     cif::Rows rows(text, connections);
     for (std::size_t row = 0; rows.next(); ++row) {
-        if (!listsBond(contentOf(rows[type])))
+        if (!bondRows.listBonds(rows))
             continue;
         std::array<std::string, 2> keys;
         for (std::size_t i = 0; i != keys.size(); ++i) {

@@ -54,13 +54,6 @@ void readConect(std::string_view line, std::size_t number, ListedBonds& bonds) {
             bonds.add(packedSerial(first), packedSerial(other), number);
 }
 
-// Whether the two atoms are in the same copy of the structure.
-bool areInOneCopy(std::string_view line) {
-    const std::string_view first = field(line, 60, 65);
-    const std::string_view second = field(line, 67, 72);
-    return first.empty() || second.empty() || first == second;
-}
-
 // The name and the chain of a residue, which begin in column `first` of a record.
 ListedAtom residueAt(std::string_view line, std::size_t first, ResidueColumns& residues) {
     const ResidueColumns::Fields fields = residues.read(columns(line, first, first + 4));
@@ -125,6 +118,12 @@ void readConnections(std::string_view line, std::size_t number, ListedBonds& bon
 
 bool isLink(std::string_view line) {
     return startsWith(line, "SSBOND") || startsWith(line, "LINK  ");
+}
+
+bool areInOneCopy(std::string_view line) {
+    const std::string_view first = field(line, 60, 65);
+    const std::string_view second = field(line, 67, 72);
+    return first.empty() || second.empty() || first == second;
 }
 
 void readLink(std::string_view line, std::size_t number, ResidueColumns& columns,

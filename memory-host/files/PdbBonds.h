@@ -18,6 +18,8 @@ void readConnections(std::string_view line, std::size_t number, ListedBonds& bon
 
 /// Whether a line is an SSBOND or LINK record, which refer to atoms by name.
 bool isLink(std::string_view line);
+/// Whether the atoms of such a record are in the same copy of the structure.
+bool areInOneCopy(std::string_view line);
 /// Adds the bond of such a record. `columns` must have read the atoms before. A bond to a symmetry
 /// copy is ignored.
 void readLink(std::string_view line, std::size_t number, ResidueColumns& columns,

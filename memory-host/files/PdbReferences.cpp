@@ -1,5 +1,6 @@
 #include "PdbReferences.h"
 
+#include "PdbBonds.h"
 #include "PdbColumns.h"
 #include "PdbRows.h"
 
@@ -239,7 +240,7 @@ References::Outcome References::updateLink(std::string_view record,
             return {.isKept = false, .changed = {}};
         bond += atom + key;
     }
-    if (!m_lostKeys.contains(bond))
+    if (!areInOneCopy(record) || !m_lostKeys.contains(bond))
         return {};
     const bool isKept = m_keptKeys.contains(bond);
     return {

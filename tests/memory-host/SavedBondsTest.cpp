@@ -355,6 +355,24 @@ private slots:
         QCOMPARE(bondsIn("saved.pdb"), both);
         QCOMPARE(bondsIn("none.pdb"), QStringList());
     }
+    void aDestroyedBondLeavesThoseToSymmetryCopies() {
+        const QByteArray link = "LINK         C1  ALA A   1                 C2  ALA A   1     1555 "
+                                "  1555  4.50\n";
+        const QByteArray other = QByteArray(link).replace("  1555  4.50", "  2545 10.97");
+        const QByteArray atoms = chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500");
+        const QByteArray cell =
+            "CRYST1   20.000   20.000   20.000  90.00  90.00  90.00 P 1 21 1      2\n";
+        openText(link + other + cell + atoms);
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/ALA 1 C1-C2"));
+        }
+        QCOMPARE(save("saved.pdb"), QStringList());
+        QCOMPARE(unpacked(path("saved.pdb")), other + cell + atoms);
+        QCOMPARE(save("saved.cif"), QStringList());
+        QCOMPARE(bondsIn("saved.cif"), QStringList());
+        QVERIFY(unpacked(path("saved.cif")).contains("C2 ? 1 ? 2_545"));
+    }
     void bondsGoByTheLettersThatAtomsGet() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C3 "});
         for (int row = 0; row != 3; ++row)

@@ -395,6 +395,24 @@ private slots:
         QVERIFY(savedText().contains("2 hydrog X 1 N ? A 1 CA X 1\n"));
     }
 
+    void aDestroyedBondLeavesThoseToSymmetryCopies() {
+        const QByteArray text =
+            "data_x\n" +
+            loop("_struct_conn",
+                 "id conn_type_id ptnr1_auth_asym_id ptnr1_auth_seq_id ptnr1_label_atom_id "
+                 "ptnr1_symmetry ptnr2_auth_asym_id ptnr2_auth_seq_id ptnr2_label_atom_id "
+                 "ptnr2_symmetry",
+                 "1 covale X 1 CA 1_555 X 1 N 1_555\n2 covale X 1 CA 1_555 X 1 N 2_655\n"
+                 "3 covale X 1 CA 2_655 X 1 N 2_655\n4 covale X 1 CA ? X 1 N 2_655\n") +
+            loop("_atom_site", atomColumns, peptide);
+        openText(text);
+        DataMaker::Destroy(item("/x/X/Bonds/ALA 1 N-CA"));
+        QCOMPARE(
+            linesOnlyIn(text, savedText()),
+            QByteArrayList({"1 covale X 1 CA 1_555 X 1 N 1_555",
+                            "3 covale X 1 CA 2_655 X 1 N 2_655", "4 covale X 1 CA ? X 1 N 2_655"}));
+    }
+
     void displacementsGoWithTheirAtom() {
         QCOMPARE(lostWithResidue(loop("_atom_site_anisotrop", "id U[1][1]",
                                       "1 0.1\n2 0.2\n3 0.3\n4 0.4\n'5' 0.5\n")),
