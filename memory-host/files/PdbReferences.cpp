@@ -38,7 +38,7 @@ using Meaning = RecordPlaces::Meaning;
 
 // After wwPDB's description of the format, version 3.3.
 constexpr std::array<RecordPlaces, 10> table = {{
-    {"SSBOND", Meaning::Each, {{{12, 15, 18}, {26, 29, 32}}}, {}, " SG  "},
+    {"SSBOND", Meaning::Each, {{{12, 15, 18}, {26, 29, 32}}}, {}, "SG   "},
     {"LINK", Meaning::Each, {{{18, 21, 23}, {48, 51, 53}}}, {13, 43}},
     {"LINKR", Meaning::Each, {{{18, 21, 23}, {48, 51, 53}}}, {13, 43}},
     {"SLTBRG", Meaning::Each, {{{18, 21, 23}, {48, 51, 53}}}, {13, 43}},
@@ -80,9 +80,11 @@ std::string_view keyOf(std::string_view row) {
     return columns(row, 18, 27);
 }
 
-// An atom as columns 13 to 17 of its row name it: the name, and the alternative location.
+// An atom as columns 13 to 17 of its row name it: the name, and the alternative location. In which
+// columns the name begins goes by the element, of which a record need not know.
 std::string atomAt(std::string_view record, std::size_t first) {
-    return padded(columns(record, first, first + 4), 5);
+    return padded(field(record, first, first + 3), 4) +
+           padded(columns(record, first + 4, first + 4), 1);
 }
 
 bool hasAlternative(std::string_view atom) {

@@ -334,6 +334,27 @@ private slots:
         QCOMPARE(save("saved.cif"), comesBackWithOthers);
         QCOMPARE(bondsIn("saved.cif"), both);
     }
+    // Where a name begins goes by the element, which LINK records do not have.
+    void namesOfALinkMayBeginInOtherColumnsThanThoseOfTheAtoms_data() {
+        QTest::addColumn<QString>("gone");
+        QTest::newRow("bond") << "/test/A/Bonds/ALA 1 C1-C2";
+        QTest::newRow("atom") << "/test/A/Groups/ALA 1/C2";
+    }
+    void namesOfALinkMayBeginInOtherColumnsThanThoseOfTheAtoms() {
+        QFETCH(QString, gone);
+        openText(
+            "LINK        C1   ALA A   1                C2   ALA A   1     1555   1555  4.50\n" +
+            chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500"));
+        QCOMPARE(bondNames(item("/test")).size(), 1);
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item(gone));
+        }
+        QCOMPARE(save("saved.pdb"), QStringList());
+        QFile saved(path("saved.pdb"));
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QVERIFY(!saved.readAll().contains("LINK"));
+    }
     void aLinkOfOneAlternativeLocationComesBackWithTheOther() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C2 "});
         text.replace("   1.500", "   4.500").replace("   3.000", "  -4.500");
