@@ -222,7 +222,7 @@ void PdbEditor::writeOther(const TextLine& line) {
         const References::Outcome outcome = m_file.references.update(line.content);
         if (!outcome.isKept)
             return;
-        m_sharedBonds += outcome.bringsBondBack ? 1 : 0;
+        m_sharedBonds += outcome.comingBack;
         m_now.add(line.content);
         add(outcome.changed.empty() ? line.content : outcome.changed, line.end);
     }

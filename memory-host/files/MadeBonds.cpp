@@ -132,21 +132,22 @@ std::unordered_set<std::string> listedNames(const SavedStructure& structure, boo
     return all;
 }
 
-// Bonds of a model that were listed and destroyed, whose atoms are left.
-std::vector<BondPair> destroyedBonds(const SavedModel& model) {
+// The atoms of the lost bonds of a model; `none` is the second where one of them is gone.
+constexpr std::uint32_t none = SavedAtom::newRow;
+std::vector<BondPair> atomsOfLost(const SavedModel& model) {
+    std::vector<BondPair> pairs;
+    if (model.lostBonds.empty()) // mostly
+        return pairs;
     std::unordered_map<std::uint32_t, std::uint32_t> atoms; // by row
-    for (const auto& [first, second] : model.lostBonds)
-        for (const std::uint32_t row : {first, second})
-            atoms.emplace(row, SavedAtom::newRow);
+    for (const LostBond& bond : model.lostBonds)
+        for (const std::uint32_t row : {bond.first, bond.second})
+            atoms.emplace(row, none);
     for (std::uint32_t i = 0; i != model.atoms.size(); ++i)
         if (const auto found = atoms.find(model.atoms[i].row); found != atoms.end())
             found->second = i;
-    std::vector<BondPair> destroyed;
-    for (const auto& [first, second] : model.lostBonds)
-        if (const BondPair pair = std::minmax(atoms[first], atoms[second]);
-            pair.second != SavedAtom::newRow)
-            destroyed.push_back(pair);
-    return destroyed;
+    for (const LostBond& bond : model.lostBonds)
+        pairs.push_back(std::minmax(atoms[bond.first], atoms[bond.second]));
+    return pairs;
 }
 
 // Adds the bonds that come back because further models have them, too.
@@ -158,9 +159,9 @@ void addListedElsewhere(const SavedStructure& structure, bool isTextKept,
         return;
     const auto listed = listedNames(structure, isTextKept, names);
     for (const SavedModel& model : structure.models) {
-        std::vector<BondPair> destroyed = destroyedBonds(model);
+        std::vector<BondPair> destroyed = atomsOfLost(model);
         std::erase_if(destroyed, [&](const BondPair& pair) {
-            return !listed.contains(namesOfBond(model, pair, names));
+            return pair.second == none || !listed.contains(namesOfBond(model, pair, names));
         });
         if (destroyed.empty()) // mostly, which spares the search
             continue;
@@ -179,6 +180,9 @@ Settled settle(SavedModel& model, const std::vector<std::string>& names, const S
         bond.isFoundAgain = std::ranges::binary_search(again, there.back());
     }
     std::ranges::sort(there);
+    const std::vector<BondPair> lost = atomsOfLost(model);
+    for (std::size_t i = 0; i != lost.size(); ++i)
+        model.lostBonds[i].isFoundAgain = std::ranges::binary_search(again, lost[i]);
     Settled settled;
     std::vector<BondPair> pairs;
     std::ranges::set_difference(again, there, std::back_inserter(pairs));

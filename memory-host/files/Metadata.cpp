@@ -167,8 +167,8 @@ void Metadata::keepCisBonds(const std::set<std::string>& cis) {
 // A connection is kept if both atoms are there, and nobody has taken the bond away.
 void Metadata::keepConnections() {
     std::set<std::pair<std::uint32_t, std::uint32_t>> lost;
-    for (const auto& [a, b] : m_model.lostBonds)
-        lost.insert(std::minmax(a, b));
+    for (const LostBond& bond : m_model.lostBonds)
+        lost.insert(std::minmax(bond.first, bond.second));
     std::set<std::pair<std::uint32_t, std::uint32_t>> said;
     gemmi::Model& model = m_structure.models.front();
     std::erase_if(m_structure.connections, [&](const gemmi::Connection& connection) {

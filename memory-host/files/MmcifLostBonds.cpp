@@ -1,17 +1,17 @@
 #include "MmcifLostBonds.h"
 
+#include "LostBonds.h"
 #include "MmcifBonds.h"
 #include "MmcifName.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace memory_host::mmcif {
 
 namespace {
-
-using Keys = std::unordered_set<std::string>;
 
 // Tells whether rows of connections list bonds.
 class BondRows {
@@ -40,11 +40,6 @@ std::string atomKey(const Name& name, std::string_view letter) {
     return key;
 }
 
-// The same in both orders.
-std::string bondKey(const std::string& a, const std::string& b) {
-    return std::min(a, b) + std::max(a, b);
-}
-
 // What rows of atoms say of those that take part in bonds.
 class NamedAtoms {
 public:
@@ -61,68 +56,50 @@ public:
         }
     }
 
-    // The keys of those of these bonds that are none of the others, whatever model they are in.
-    Keys keysOfOnly(std::vector<RowBond> bonds, const std::vector<RowBond>& others) const {
-        Keys known;
-        for (const RowBond& bond : others)
-            known.insert(letteredKey(bond));
-        std::erase_if(bonds,
-                      [&](const RowBond& bond) { return known.contains(letteredKey(bond)); });
-        return keysOf(bonds);
-    }
-
-    // The keys by which a row may list these bonds.
-    Keys keysOf(const std::vector<RowBond>& bonds) const {
-        Keys keys;
-        for (const RowBond& bond : bonds) {
-            const auto others = keysOf(bond.second);
-            for (const std::string& key : keysOf(bond.first))
-                for (const std::string& other : others)
-                    keys.insert(bondKey(key, other));
+    // A row may name the one atom by the author's ids, and the other, which has no number of the
+    // author's, by its label; with or without their letters.
+    LostBonds::Names namesOf(std::uint32_t row) const {
+        LostBonds::Names names;
+        for (const bool byLabel : {false, true}) {
+            const Name name(m_values.at(row), byLabel);
+            names.push_back(atomKey(name, name.letter));
+            if (!name.letter.empty())
+                names.push_back(atomKey(name, {}));
         }
-        return keys;
+        return names;
     }
 
 private:
-    std::string letteredKey(const RowBond& bond) const {
-        return bondKey(keysOf(bond.first).front(), keysOf(bond.second).front());
-    }
-
-    // A row may name the one atom by the author's ids, and the other, which has no number of the
-    // author's, by its label; with or without their letters.
-    std::array<std::string, 4> keysOf(std::uint32_t row) const {
-        const Name author(m_values.at(row), false);
-        const Name label(m_values.at(row), true);
-        return {atomKey(author, author.letter), atomKey(author, {}), atomKey(label, label.letter),
-                atomKey(label, {})};
-    }
-
     std::unordered_map<std::uint32_t, PartValues> m_values;
 };
 
-std::vector<std::uint32_t> rowsOf(const std::vector<RowBond>& lost,
+std::vector<std::uint32_t> rowsOf(const std::vector<LostBond>& lost,
                                   const std::vector<RowBond>& kept) {
     std::vector<std::uint32_t> rows;
-    for (const std::vector<RowBond>* bonds : {&lost, &kept})
-        for (const auto& [first, second] : *bonds) {
-            rows.push_back(first);
-            rows.push_back(second);
-        }
+    const auto add = [&rows](const auto& bond) {
+        rows.push_back(bond.first);
+        rows.push_back(bond.second);
+    };
+    std::ranges::for_each(lost, add);
+    std::ranges::for_each(kept, add);
     return rows;
 }
 
 } // namespace
 
 void dropLostBonds(std::string_view text, const cif::Category& atoms,
-                   const cif::Category& connections, const std::vector<RowBond>& lost,
+                   const cif::Category& connections, const std::vector<LostBond>& lost,
                    const std::vector<RowBond>& kept, RowFate& fate) {
     const std::optional<Naming> naming = namingOf(connections);
     if (lost.empty() || !naming)
         return;
     const NamedAtoms named(text, atoms, rowsOf(lost, kept));
-    const Keys lostKeys = named.keysOf(lost);
-    const Keys keptKeys = named.keysOf(kept);
-    const Keys otherKeys = named.keysOfOnly(lost, kept);
+    LostBonds bonds;
+    for (const LostBond& bond : lost)
+        bonds.lose(named.namesOf(bond.first), named.namesOf(bond.second), bond.isFoundAgain);
+    for (const auto& [first, second] : kept)
+        bonds.keep(named.namesOf(first), named.namesOf(second));
+    bonds.settle();
     const BondRows bondRows(connections);
     cif::Rows rows(text, connections);
     for (std::size_t row = 0; rows.next(); ++row) {
@@ -134,13 +111,10 @@ void dropLostBonds(std::string_view text, const cif::Category& atoms,
             const Name name(values, isByLabel(values));
             keys[i] = atomKey(name, name.letter);
         }
-        const std::string key = bondKey(keys[0], keys[1]);
-        if (!lostKeys.contains(key))
-            continue;
-        if (!keptKeys.contains(key))
+        const LostBonds::Fate found = bonds.of(keys[0], keys[1]);
+        fate.sharedBonds += found.comingBack;
+        if (!found.isKept)
             fate.drop(row, connections.rowCount);
-        else
-            fate.sharedBonds += otherKeys.contains(key) ? 1 : 0;
     }
 }
 

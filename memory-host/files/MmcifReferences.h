@@ -26,7 +26,7 @@ struct RowFate {
     std::vector<Update> updates; ///< ascending by row
     std::size_t dropCount = 0;
     std::size_t cutRanges = 0; ///< how many of them were ranges with another end still there
-    /// Rows of _struct_conn that bring bonds back, as they list those of other locations, too.
+    /// Bonds that rows of _struct_conn bring back, as they list those of other locations, too.
     std::size_t sharedBonds = 0;
 
     bool drops(std::size_t row) const { return !isDropped.empty() && isDropped[row]; }

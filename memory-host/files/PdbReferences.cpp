@@ -121,21 +121,13 @@ std::string sheetOf(std::string_view record) {
     return std::string(field(record, 12, 14));
 }
 
-// The first key is that with the alternative locations of both atoms.
-std::array<std::string, 8> keysOfBond(std::string_view first, std::string_view second) {
-    const auto namesOf = [](std::string_view row) {
-        const std::string residue(keyOf(row));
-        const std::string atom = atomAt(row, 13);
-        return std::array{atom + residue, withoutAlternative(atom) + residue};
-    };
-    const std::array one = namesOf(first);
-    const std::array other = namesOf(second);
-    std::array<std::string, 8> keys;
-    for (std::size_t i = 0; i != 4; ++i) {
-        keys[2 * i] = one[i / 2] + other[i % 2];
-        keys[2 * i + 1] = other[i % 2] + one[i / 2];
-    }
-    return keys;
+// How records may name the atom of a row: with and without its alternative location.
+LostBonds::Names namesOf(std::string_view row) {
+    const std::string residue(keyOf(row));
+    const std::string atom = atomAt(row, 13);
+    if (!hasAlternative(atom))
+        return {atom + residue};
+    return {atom + residue, withoutAlternative(atom) + residue};
 }
 
 } // namespace
@@ -192,23 +184,21 @@ void References::see(std::string_view row, bool isKept) {
         note(found->second);
 }
 
-void References::loseBond(std::string_view first, std::string_view second) {
-    m_lostBonds.push_back(keysOfBond(first, second));
-    m_lostKeys.insert(m_lostBonds.back().begin(), m_lostBonds.back().end());
+void References::loseBond(std::string_view first, std::string_view second, bool isFoundAgain) {
+    if (!m_residues.empty())
+        m_lostBonds.lose(namesOf(first), namesOf(second), isFoundAgain);
 }
 
 void References::keepBond(std::string_view first, std::string_view second) {
-    for (std::string& key : keysOfBond(first, second))
-        m_keptKeys.insert(std::move(key));
+    if (!m_lostBonds.areNone())
+        m_lostBonds.keep(namesOf(first), namesOf(second));
 }
 
 void References::settle() {
     for (const std::string_view record : m_sheetRecords)
         if (!updateRange(record, *placesOf(record)).isKept)
             ++m_lostStrands[sheetOf(record)];
-    for (const BondKeys& keys : m_lostBonds)
-        if (!m_keptKeys.contains(keys.front()))
-            m_sharedKeys.insert(keys.begin(), keys.end());
+    m_lostBonds.settle();
 }
 
 const References::Residue* References::find(std::string_view key) const {
@@ -232,7 +222,7 @@ bool References::isAtomGone(std::string_view key, std::string_view atom) const {
 // Of two atoms, of which one may be gone, or the bond between them.
 References::Outcome References::updateLink(std::string_view record,
                                            const RecordPlaces& places) const {
-    std::string bond;
+    std::array<std::string, 2> names;
     for (const std::size_t i : {0, 1}) {
         const std::string key = keyAt(record, places.residues[i]);
         const std::string atom = linkedAtom(record, places, i);
@@ -240,13 +230,12 @@ References::Outcome References::updateLink(std::string_view record,
             return {};
         if (isAtomGone(key, atom))
             return {.isKept = false, .changed = {}};
-        bond += atom + key;
+        names[i] = atom + key;
     }
-    if (!areInOneCopy(record) || !m_lostKeys.contains(bond))
+    if (!areInOneCopy(record))
         return {};
-    const bool isKept = m_keptKeys.contains(bond);
-    return {
-        .isKept = isKept, .changed = {}, .bringsBondBack = isKept && m_sharedKeys.contains(bond)};
+    const LostBonds::Fate fate = m_lostBonds.of(names[0], names[1]);
+    return {.isKept = fate.isKept, .changed = {}, .comingBack = fate.comingBack};
 }
 
 References::Outcome References::trimmedRange(std::string_view record, const RecordPlaces& places,

@@ -2,7 +2,9 @@
 // when these are gone.
 #pragma once
 
-#include <array>
+#include "LostBonds.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -24,8 +26,8 @@ public:
     /// Takes a row of an atom, and whether it is kept; all rows, in their order. The texts live
     /// longer than this.
     void see(std::string_view row, bool isKept);
-    /// Takes the rows of two atoms whose bond is gone.
-    void loseBond(std::string_view first, std::string_view second);
+    /// Takes the rows of two atoms whose bond is gone; see LostBonds.
+    void loseBond(std::string_view first, std::string_view second, bool isFoundAgain);
     /// Takes those of a bond that is left, behind all that are gone: a record may name both.
     void keepBond(std::string_view first, std::string_view second);
     /// To be called after the last row, and before update().
@@ -35,8 +37,8 @@ public:
     struct Outcome {
         bool isKept = true;
         std::string changed; ///< empty: as it was
-        /// Whether a bond that is gone comes back, as the record is of other locations, too.
-        bool bringsBondBack = false;
+        /// How many bonds that are gone come back, as the record is of other locations, too.
+        std::size_t comingBack = 0;
     };
     Outcome update(std::string_view record) const;
     /// The records of one binding site, of which the residues that are left move together.
@@ -54,8 +56,6 @@ private:
         std::uint32_t run = none;                     ///< the first of its rows
         std::unordered_map<std::string, State> atoms; ///< by name and alternative location
     };
-    /// How records may name a bond: from either atom, with and without each alternative location.
-    using BondKeys = std::array<std::string, 8>;
     /// Rows of one residue that stand together.
     struct Run {
         std::string_view key;
@@ -72,10 +72,7 @@ private:
     void updateSheet(std::string_view record, Outcome& outcome) const;
 
     std::unordered_map<std::string, Residue> m_residues; ///< those that records name
-    std::vector<BondKeys> m_lostBonds;
-    std::unordered_set<std::string> m_lostKeys;   ///< of bonds
-    std::unordered_set<std::string> m_keptKeys;   ///< likewise
-    std::unordered_set<std::string> m_sharedKeys; ///< of lost ones, and of others that are kept
+    LostBonds m_lostBonds;
     std::vector<std::string_view> m_sheetRecords;
     std::unordered_map<std::string, int> m_lostStrands; ///< by the name of the sheet
     std::vector<Run> m_runs;

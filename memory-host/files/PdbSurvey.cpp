@@ -142,11 +142,11 @@ void PdbSurvey::findFates(const SavedStructure& structure) {
             if (!isKept)
                 droppedAtoms.insert(columns(rows[row], 7, 27));
         }
-        for (const auto& [first, second] : model.lostBonds) {
-            if (!places[first].isKept() || !places[second].isKept())
+        for (const LostBond& bond : model.lostBonds) {
+            if (!places[bond.first].isKept() || !places[bond.second].isKept())
                 continue;
-            references.loseBond(rows[first], rows[second]);
-            conect.loseBond(rows[first], rows[second]);
+            references.loseBond(rows[bond.first], rows[bond.second], bond.isFoundAgain);
+            conect.loseBond(rows[bond.first], rows[bond.second]);
         }
     }
     keepBonds(structure);

@@ -162,9 +162,10 @@ mmcif::BlockChange MmcifEdit::changeOf(const AtomsOfBlock& atoms) const {
     auto structure = std::ranges::lower_bound(m_structures, block, {}, &SavedStructure::block);
     for (; structure != m_structures.end() && structure->block == block; ++structure) {
         for (const SavedModel& model : structure->models) {
-            for (const auto& [first, second] : model.lostBonds)
-                if (m_plan->atoms()[first] && m_plan->atoms()[second])
-                    change.lost.emplace_back(first - firstRow, second - firstRow);
+            for (const LostBond& bond : model.lostBonds)
+                if (m_plan->atoms()[bond.first] && m_plan->atoms()[bond.second])
+                    change.lost.push_back(
+                        {bond.first - firstRow, bond.second - firstRow, bond.isFoundAgain});
             for (const SavedBond& bond : model.bonds)
                 if (bond.isListed)
                     change.kept.emplace_back(model.atoms[bond.first].row - firstRow,

@@ -57,6 +57,13 @@ struct SavedBond {
     bool isFoundAgain = false;
 };
 
+/// A bond that the file lists and that is not there any more.
+struct LostBond {
+    std::uint32_t first = 0; ///< rows of its atoms, which may be gone, too
+    std::uint32_t second = 0;
+    bool isFoundAgain = false; ///< as in SavedBond
+};
+
 /// One top-level item.
 struct SavedModel {
     std::string name;           ///< of the item, as "1d3z.1"
@@ -68,9 +75,7 @@ struct SavedModel {
     std::vector<SavedAtom> atoms;
     std::vector<TAVIK::PartialCharge> charges; ///< by atom; empty where none is known
     std::vector<SavedBond> bonds;              ///< ascending
-    /// Of the bonds that the file lists, those that are not there any more, by the rows of their
-    /// atoms, which may be gone, too.
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> lostBonds;
+    std::vector<LostBond> lostBonds;
     bool isEdited = false; ///< not as it was read, or from no file
     bool lacksBonds =
         false; ///< some that it was read with were destroyed, perhaps with their atoms

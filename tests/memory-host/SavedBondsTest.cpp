@@ -109,6 +109,10 @@ class SavedBondsTest : public FileTestCase {
         "1 bond that was deleted comes back when the file is read, as the file lists them with "
         "those of other alternative locations"};
 
+    const QStringList comesBackAsNear{
+        "1 bond that was deleted comes back when the file is read, as the atoms are near each "
+        "other, or bonded in other models"};
+
 private slots:
     void aStretchedBondIsListedInPdb() {
         openText(chainOf({" C1 ", " C2 ", " C3 "}));
@@ -170,9 +174,7 @@ private slots:
         QFile before(path());
         QVERIFY(before.open(QIODevice::ReadOnly));
         const QByteArray text = before.readAll();
-        QCOMPARE(save("saved.pdb"),
-                 QStringList("1 bond that was deleted comes back when the file is read, as the "
-                             "atoms are near each other, or bonded in other models"));
+        QCOMPARE(save("saved.pdb"), comesBackAsNear);
         QFile saved(path("saved.pdb"));
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll(), text);
@@ -354,6 +356,45 @@ private slots:
         QFile saved(path("saved.pdb"));
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QVERIFY(!saved.readAll().contains("LINK"));
+    }
+    // Bonds count, and not the rows that list them.
+    void allBondsThatComeBackWithAnotherAreCounted() {
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C2 C B LIG A 1 ? 0.0 4.5 0 1", "C2 C C LIG A 1 ? 0.0 0 4.5 1"},
+                   ".", {"LIG 1 C1-C2", "LIG 1 C1-C2", "LIG 1 C1-C2"});
+        for (int i = 0; i != 2; ++i) {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/LIG 1 C1-C2"));
+        }
+        QCOMPARE(save("saved.cif"),
+                 QStringList("2 bonds that were deleted come back when the file is read, as the "
+                             "file lists them with those of other alternative locations"));
+        QCOMPARE(bondsIn("saved.cif").size(), 3);
+    }
+    void aBondThatComesBackForTwoReasonsIsSaidOnce() {
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 1.5 0 0 1",
+                    "C2 C B LIG A 1 ? 0.0 1.5 0 1"},
+                   ".", {"LIG 1 C1-C2", "LIG 1 C1-C2"});
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/LIG 1 C1-C2"));
+        }
+        QCOMPARE(save("saved.cif"), comesBackAsNear);
+        QCOMPARE(bondsIn("saved.cif").size(), 2);
+    }
+    void aLinkThatComesBackForTwoReasonsIsSaidOnce() {
+        QByteArray text = chainOf({" C1 ", " C2 ", " C2 "}).replace("   3.000", "  -1.500");
+        text[text.indexOf(" C2 ") + 4] = 'A';
+        text[text.lastIndexOf(" C2 ") + 4] = 'B';
+        openText(
+            "LINK         C1  ALA A   1                 C2  ALA A   1     1555   1555  1.50\n" +
+            text);
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/ALA 1 C1-C2"));
+        }
+        QCOMPARE(save("saved.pdb"), comesBackAsNear);
+        QCOMPARE(bondsIn("saved.pdb").size(), 2);
     }
     void aLinkOfOneAlternativeLocationComesBackWithTheOther() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C2 "});
