@@ -65,7 +65,7 @@ private:
     // While writing:
     std::string m_out;
     std::size_t m_rounded = 0; ///< atoms
-    std::size_t m_sharedBonds = 0;
+    BondsOfSharedRecords m_shared;
     bool m_isLineOpen = false; ///< the output ends without a line end
     PdbCounts m_now;
     std::uint32_t m_row = 0;      ///< the next one
@@ -96,7 +96,7 @@ std::string PdbEditor::run() {
     }
     for (const SavedModel& model : m_structure.models)
         m_letters.push_back(alternativeLetters(model, m_content.names, m_report));
-    m_file.look(text, m_structure);
+    m_file.look(text, m_structure, m_letters);
     m_insertions = insertionsOf(m_structure);
     remarkOnLostNames(
         m_structure, m_content.names,
@@ -107,7 +107,7 @@ std::string PdbEditor::run() {
                         " models of the file that was read, it has the " +
                         std::to_string(m_file.modelsLeft) + " that are saved");
     remarkOnRounded(m_rounded, m_report);
-    remarkOnSharedBonds(m_sharedBonds, m_report);
+    remarkOnSharedRecords(m_shared, m_report);
     return std::move(m_out);
 }
 
@@ -222,7 +222,8 @@ void PdbEditor::writeOther(const TextLine& line) {
         const References::Outcome outcome = m_file.references.update(line.content);
         if (!outcome.isKept)
             return;
-        m_sharedBonds += outcome.comingBack;
+        m_shared.comingBack += outcome.comingBack;
+        m_shared.joined += outcome.joined;
         m_now.add(line.content);
         add(outcome.changed.empty() ? line.content : outcome.changed, line.end);
     }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <set>
 #include <unordered_map>
@@ -107,9 +108,9 @@ std::vector<BondPair> foundAgain(const SavedModel& model, const std::vector<std:
     return findBonds(atoms, alternatives).pairs;
 }
 
-// The names of the atom of a model.
+// The names of the atom of a model, in an alternative location.
 std::string namesOf(const SavedModel& model, std::uint32_t index,
-                    const std::vector<std::string>& names) {
+                    const std::vector<std::string>& names, char letter) {
     const SavedAtom& atom = model.atoms[index];
     const SavedResidue& residue =
         *std::prev(std::ranges::upper_bound(model.residues, index, {}, &SavedResidue::firstAtom));
@@ -117,7 +118,13 @@ std::string namesOf(const SavedModel& model, std::uint32_t index,
     for (const std::uint32_t part :
          {model.chains[residue.chain], residue.number, residue.insertion, residue.name, atom.name})
         text.append(names[part]) += '\n';
-    return text += atom.details.alternative;
+    return text += letter;
+}
+
+// As the file has the location.
+std::string namesOf(const SavedModel& model, std::uint32_t index,
+                    const std::vector<std::string>& names) {
+    return namesOf(model, index, names, model.atoms[index].details.alternative);
 }
 
 // The names of the bonds that a file goes on to list for all models.
@@ -171,6 +178,78 @@ void addListedElsewhere(const SavedStructure& structure, bool isTextKept,
     }
 }
 
+// Marks the listed bonds whose atoms have other alternative locations than the file says, or of
+// which there are new ones in others.
+class Relettering {
+public:
+    Relettering(SavedModel& model, const Letters& letters, const std::vector<BondPair>& there,
+                const std::vector<BondPair>& again)
+        : m_model(model), m_letters(letters), m_there(there), m_again(again) {
+        findNamesakes();
+    }
+
+    void mark() const {
+        for (SavedBond& bond : m_model.bonds) {
+            if (!bond.isListed)
+                continue;
+            const std::vector<std::uint32_t>& first = namesakesOf(bond.first);
+            const std::vector<std::uint32_t>& second = namesakesOf(bond.second);
+            bond.isRelettered = hasOtherLetter(bond.first) || hasOtherLetter(bond.second) ||
+                                !first.empty() || !second.empty();
+            if (!first.empty() || !second.empty())
+                bond.joined = static_cast<std::uint16_t>(std::min<std::size_t>(
+                    countJoined(bond, first, second), std::numeric_limits<std::uint16_t>::max()));
+        }
+    }
+
+private:
+    // By atom of the file: those of its name in its residue that no file has.
+    void findNamesakes() {
+        for (std::size_t i = 0; i != m_model.residues.size(); ++i) {
+            std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> made;
+            const std::uint32_t first = m_model.residues[i].firstAtom;
+            const std::uint32_t end = m_model.atomEnd(i);
+            for (std::uint32_t k = first; k != end; ++k)
+                if (m_model.atoms[k].row == SavedAtom::newRow)
+                    made[m_model.atoms[k].name].push_back(k);
+            for (std::uint32_t k = first; k != end && !made.empty(); ++k)
+                if (const auto found = made.find(m_model.atoms[k].name);
+                    found != made.end() && m_model.atoms[k].row != SavedAtom::newRow)
+                    m_namesakes[k] = found->second;
+        }
+    }
+    const std::vector<std::uint32_t>& namesakesOf(std::uint32_t atom) const {
+        static const std::vector<std::uint32_t> noAtoms;
+        const auto found = m_namesakes.find(atom);
+        return found == m_namesakes.end() ? noAtoms : found->second;
+    }
+    bool hasOtherLetter(std::uint32_t atom) const {
+        return m_letters[atom] != m_model.atoms[atom].details.alternative;
+    }
+    std::size_t countJoined(const SavedBond& bond, std::vector<std::uint32_t> first,
+                            std::vector<std::uint32_t> second) const {
+        first.push_back(bond.first);
+        second.push_back(bond.second);
+        std::size_t count = 0;
+        for (const std::uint32_t a : first)
+            for (const std::uint32_t b : second)
+                count += isJoined(std::minmax(a, b)) ? 1 : 0;
+        return count;
+    }
+    bool isJoined(const BondPair& pair) const {
+        return isInReach(m_model.atoms[pair.first], m_model.atoms[pair.second]) &&
+               !areApart(m_letters[pair.first], m_letters[pair.second]) &&
+               !std::ranges::binary_search(m_there, pair) &&
+               !std::ranges::binary_search(m_again, pair);
+    }
+
+    SavedModel& m_model;
+    const Letters& m_letters;
+    const std::vector<BondPair>& m_there; ///< ascending
+    const std::vector<BondPair>& m_again; ///< likewise
+    std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> m_namesakes;
+};
+
 Settled settle(SavedModel& model, const std::vector<std::string>& names, const SaveReport& report) {
     const Letters letters = alternativeLetters(model, names, report);
     const std::vector<BondPair> again = foundAgain(model, names, letters);
@@ -180,6 +259,7 @@ Settled settle(SavedModel& model, const std::vector<std::string>& names, const S
         bond.isFoundAgain = std::ranges::binary_search(again, there.back());
     }
     std::ranges::sort(there);
+    Relettering(model, letters, there, again).mark();
     const std::vector<BondPair> lost = atomsOfLost(model);
     for (std::size_t i = 0; i != lost.size(); ++i)
         model.lostBonds[i].isFoundAgain = std::ranges::binary_search(again, lost[i]);
@@ -232,7 +312,9 @@ private:
 
     // Empty for an atom that shares its key with none.
     std::string keyOf(const SavedModel& model, std::uint32_t index) const {
-        if (m_records != BondRecords::Added)
+        if (m_records == BondRecords::Kept)
+            return namesOf(model, index, m_names, m_letters[index]);
+        if (m_records == BondRecords::Written)
             return namesOf(model, index, m_names);
         const SavedAtom& atom = model.atoms[index];
         const bool isNumbered =
@@ -274,6 +356,7 @@ private:
         if (!model.isEdited || std::ranges::none_of(model.bonds, isNeeded) ||
             std::ranges::none_of(model.atoms, isNew))
             return;
+        m_letters = alternativeLetters(model, m_names, m_report);
         for (const SavedBond& bond : model.bonds)
             if (isNeeded(bond))
                 add(model, bond);
@@ -315,7 +398,8 @@ private:
     BondRecords m_records;
     const std::vector<std::string>& m_names;
     const SaveReport& m_report;
-    std::set<Ends> m_bonds;                                                ///< each once
+    Letters m_letters;      ///< of the model whose records are kept
+    std::set<Ends> m_bonds; ///< each once
     std::unordered_map<std::string, std::optional<std::uint32_t>> m_atoms; ///< of one model
 };
 
@@ -332,13 +416,17 @@ std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
     return foundAgain(model, names, alternativeLetters(model, names, report));
 }
 
-void remarkOnSharedBonds(std::size_t count, SaveReport& report) {
-    if (count != 0)
-        report.remark(
-            std::to_string(count) +
-            (count == 1 ? " bond that was deleted comes" : " bonds that were deleted come") +
-            " back when the file is read, as the file lists them with those of other "
-            "alternative locations");
+void remarkOnSharedRecords(const BondsOfSharedRecords& bonds, SaveReport& report) {
+    if (bonds.comingBack != 0)
+        report.remark(std::to_string(bonds.comingBack) +
+                      (bonds.comingBack == 1 ? " bond that was deleted comes"
+                                             : " bonds that were deleted come") +
+                      " back when the file is read, as the file lists them with those of other "
+                      "alternative locations");
+    if (bonds.joined != 0)
+        report.remark(std::to_string(bonds.joined) +
+                      (bonds.joined == 1 ? " further bond is" : " further bonds are") +
+                      " read, as the file lists the bonds of all alternative locations together");
 }
 
 void settleBonds(SavedContent& content, BondRecords records, SaveReport& report) {

@@ -35,9 +35,13 @@ enum class BondRecords : std::uint8_t {
 /// that are kept stay as long as any model has the bond.
 void settleBonds(SavedContent& content, BondRecords records, SaveReport& report);
 
-/// Adds the line for bonds that were destroyed and that are listed by records which stay for other
-/// alternative locations; nothing for a count of 0.
-void remarkOnSharedBonds(std::size_t count, SaveReport& report);
+/// What reading the file takes from records which list the bonds of several alternative locations.
+struct BondsOfSharedRecords {
+    std::size_t comingBack = 0; ///< that were destroyed
+    std::size_t joined = 0;     ///< of new atoms
+};
+/// Adds a line for each count that is not 0.
+void remarkOnSharedRecords(const BondsOfSharedRecords& bonds, SaveReport& report);
 
 /// Whether reading the file brings a bond back only if the file lists it, which it does not yet.
 inline bool isToBeListed(const SavedBond& bond) {

@@ -70,8 +70,8 @@ void findFates(std::string_view text, const cif::Contents& contents, const Block
                               block.fateOf(*displacements, fates));
     }
     if (const Category* connections = block.find("_struct_conn"))
-        dropLostBonds(text, atoms, *connections, change.lost, change.kept,
-                      block.fateOf(*connections, fates));
+        updateBonds(text, atoms, *connections, change.lost, change.kept,
+                    block.fateOf(*connections, fates));
 }
 
 } // namespace memory_host::mmcif

@@ -11,10 +11,10 @@ namespace memory_host::mmcif {
 
 /// What the items still have of a data block.
 struct BlockChange {
-    std::size_t atoms;          ///< category of the atoms
-    std::vector<bool> isKept;   ///< whether an atom is still there, by row
-    std::vector<LostBond> lost; ///< by rows of the block, which are still there
-    std::vector<RowBond> kept;  ///< bonds that the file lists and that are still there
+    std::size_t atoms;         ///< category of the atoms
+    std::vector<bool> isKept;  ///< whether an atom is still there, by row
+    std::vector<RowBond> lost; ///< bonds that the file lists and that are gone, not so their atoms
+    std::vector<RowBond> kept; ///< and those that are still there
 };
 
 /// Sets what becomes of the rows of the block's categories, but for those of the atoms. `fates` are

@@ -1,6 +1,6 @@
 #include "MmcifLostBonds.h"
 
-#include "LostBonds.h"
+#include "BondReferences.h"
 #include "MmcifBonds.h"
 #include "MmcifName.h"
 
@@ -58,62 +58,96 @@ public:
 
     // A row may name the one atom by the author's ids, and the other, which has no number of the
     // author's, by its label; with or without their letters.
-    LostBonds::Names namesOf(std::uint32_t row) const {
-        LostBonds::Names names;
+    BondReferences::Atom referenceTo(const BondAtom& atom) const {
+        BondReferences::Atom reference{{}, std::string(atom.letter)};
         for (const bool byLabel : {false, true}) {
-            const Name name(m_values.at(row), byLabel);
-            names.push_back(atomKey(name, name.letter));
+            const Name name(m_values.at(atom.row), byLabel);
+            reference.names.push_back(atomKey(name, name.letter));
             if (!name.letter.empty())
-                names.push_back(atomKey(name, {}));
+                reference.names.push_back(atomKey(name, {}));
         }
-        return names;
+        return reference;
     }
 
 private:
     std::unordered_map<std::uint32_t, PartValues> m_values;
 };
 
-std::vector<std::uint32_t> rowsOf(const std::vector<LostBond>& lost,
+std::vector<std::uint32_t> rowsOf(const std::vector<RowBond>& lost,
                                   const std::vector<RowBond>& kept) {
     std::vector<std::uint32_t> rows;
-    const auto add = [&rows](const auto& bond) {
-        rows.push_back(bond.first);
-        rows.push_back(bond.second);
-    };
-    std::ranges::for_each(lost, add);
-    std::ranges::for_each(kept, add);
+    for (const std::vector<RowBond>* bonds : {&lost, &kept})
+        for (const RowBond& bond : *bonds) {
+            rows.push_back(bond.first.row);
+            rows.push_back(bond.second.row);
+        }
     return rows;
+}
+
+BondReferences referencesTo(const std::vector<RowBond>& lost, const std::vector<RowBond>& kept,
+                            const NamedAtoms& named) {
+    BondReferences references;
+    for (const RowBond& bond : lost)
+        references.lose(named.referenceTo(bond.first), named.referenceTo(bond.second),
+                        bond.isFoundAgain);
+    for (const RowBond& bond : kept)
+        if (bond.isRelettered)
+            references.reletter(named.referenceTo(bond.first), named.referenceTo(bond.second),
+                                bond.joined);
+    for (const RowBond& bond : kept)
+        references.keep(named.referenceTo(bond.first), named.referenceTo(bond.second));
+    references.settle();
+    return references;
+}
+
+// Gives a row what becomes of it, if it is left.
+void update(std::size_t row, const std::array<PartColumns, 2>& partners,
+            const BondReferences::Fate& found, std::size_t columns, RowFate& fate) {
+    bool isPlaceMissing = false;
+    for (std::size_t i = 0; i != partners.size(); ++i)
+        isPlaceMissing = isPlaceMissing || (partners[i][PartLetter] == columns &&
+                                            !found.letters[i].value_or(std::string()).empty());
+    fate.comingBack += isPlaceMissing ? found.comingBack : found.comingBackToo;
+    fate.joined += isPlaceMissing ? found.joined : found.joinedToo;
+    for (std::size_t i = 0; i != partners.size() && !isPlaceMissing; ++i)
+        if (found.letters[i] && partners[i][PartLetter] != columns)
+            fate.updates.push_back(
+                {row,
+                 {partners[i][PartLetter],
+                  found.letters[i]->empty() ? "?" : cif::written(*found.letters[i])}});
 }
 
 } // namespace
 
-void dropLostBonds(std::string_view text, const cif::Category& atoms,
-                   const cif::Category& connections, const std::vector<LostBond>& lost,
-                   const std::vector<RowBond>& kept, RowFate& fate) {
+void updateBonds(std::string_view text, const cif::Category& atoms,
+                 const cif::Category& connections, const std::vector<RowBond>& lost,
+                 const std::vector<RowBond>& kept, RowFate& fate) {
     const std::optional<Naming> naming = namingOf(connections);
-    if (lost.empty() || !naming)
+    if (!naming || (lost.empty() && std::ranges::none_of(kept, &RowBond::isRelettered)))
         return;
     const NamedAtoms named(text, atoms, rowsOf(lost, kept));
-    LostBonds bonds;
-    for (const LostBond& bond : lost)
-        bonds.lose(named.namesOf(bond.first), named.namesOf(bond.second), bond.isFoundAgain);
-    for (const auto& [first, second] : kept)
-        bonds.keep(named.namesOf(first), named.namesOf(second));
-    bonds.settle();
+    const BondReferences references = referencesTo(lost, kept, named);
+    const std::array<PartColumns, 2> partners{naming->partners[0], naming->partners[1]};
     const BondRows bondRows(connections);
     cif::Rows rows(text, connections);
     for (std::size_t row = 0; rows.next(); ++row) {
         if (!bondRows.listBonds(rows))
             continue;
         std::array<std::string, 2> keys;
+        std::array<std::string_view, 2> letters;
         for (std::size_t i = 0; i != keys.size(); ++i) {
-            const PartValues values = valuesOf(rows, naming->partners[i]);
+            const PartValues values = valuesOf(rows, partners[i]);
             const Name name(values, isByLabel(values));
+            letters[i] = name.letter;
             keys[i] = atomKey(name, name.letter);
         }
-        const LostBonds::Fate found = bonds.of(keys[0], keys[1]);
-        fate.sharedBonds += found.comingBack;
-        if (!found.isKept)
+        BondReferences::Fate found = references.of(keys[0], keys[1]);
+        for (std::size_t i = 0; i != letters.size(); ++i)
+            if (found.letters[i] == letters[i])
+                found.letters[i].reset();
+        if (found.isKept)
+            update(row, partners, found, connections.columns.size(), fate);
+        else
             fate.drop(row, connections.rowCount);
     }
 }

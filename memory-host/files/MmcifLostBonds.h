@@ -1,24 +1,38 @@
-// The bonds that an mmCIF file lists and that were destroyed, while their atoms may still be there.
+// The bonds that an mmCIF file lists, when they or the locations of their atoms have changed.
 #pragma once
 
 #include "CifText.h"
 #include "MmcifReferences.h"
-#include "SavedTables.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <utility>
+#include <string_view>
 #include <vector>
 
 namespace memory_host::mmcif {
 
-/// Two atoms of a data block, by their rows.
-using RowBond = std::pair<std::uint32_t, std::uint32_t>;
+/// An atom of a data block that takes part in a bond.
+struct BondAtom {
+    std::uint32_t row;
+    std::string_view letter; ///< of the alternative location that it has now, or empty
+};
 
-/// Drops the rows of _struct_conn that list `lost` bonds (by rows of the block), and none of those
-/// that are `kept`. A row without letters lists the bonds of all alternative locations, and one
-/// without a model of all models. Counts the lost bonds of rows that stay for other locations.
-void dropLostBonds(std::string_view text, const cif::Category& atoms,
-                   const cif::Category& connections, const std::vector<LostBond>& lost,
-                   const std::vector<RowBond>& kept, RowFate& fate);
+/// A bond that the file lists.
+struct RowBond {
+    BondAtom first;
+    BondAtom second;
+    bool isFoundAgain = false; ///< as in SavedBond; so are the others, which are of those left
+    bool isRelettered = false;
+    std::size_t joined = 0;
+};
+
+/// Drops the rows of _struct_conn that list `lost` bonds, whose atoms are still there, and none of
+/// those that are `kept`. A row without letters lists the bonds of all alternative locations, and
+/// one without a model of all models. Where bonds are lost or relettered, rows get the letters of
+/// the bonds that are left, if these have one each; else the bonds that are read besides are
+/// counted.
+void updateBonds(std::string_view text, const cif::Category& atoms,
+                 const cif::Category& connections, const std::vector<RowBond>& lost,
+                 const std::vector<RowBond>& kept, RowFate& fate);
 
 } // namespace memory_host::mmcif

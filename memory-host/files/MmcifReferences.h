@@ -26,8 +26,10 @@ struct RowFate {
     std::vector<Update> updates; ///< ascending by row
     std::size_t dropCount = 0;
     std::size_t cutRanges = 0; ///< how many of them were ranges with another end still there
-    /// Bonds that rows of _struct_conn bring back, as they list those of other locations, too.
-    std::size_t sharedBonds = 0;
+    /// Of rows of _struct_conn that list the bonds of several alternative locations: lost bonds that
+    /// they bring back, and bonds of new atoms.
+    std::size_t comingBack = 0;
+    std::size_t joined = 0;
 
     bool drops(std::size_t row) const { return !isDropped.empty() && isDropped[row]; }
     void drop(std::size_t row, std::size_t rowCount);

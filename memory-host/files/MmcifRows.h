@@ -40,8 +40,11 @@ public:
     const std::vector<const SavedAtom*>& atoms() const { return m_atoms; }
     const std::vector<AddedAtom>& added() const { return m_added; }        ///< ascending
     const std::vector<NewLetter>& newLetters() const { return m_letters; } ///< ascending
-    bool hasNewLetter(std::uint32_t row) const {
-        return std::ranges::binary_search(m_letters, row, {}, &NewLetter::row);
+    /// The letter that the atom of a row has now; that of the file for one that is gone.
+    std::string_view letterOf(std::uint32_t row) const {
+        const auto found = std::ranges::lower_bound(m_letters, row, {}, &NewLetter::row);
+        return found != m_letters.end() && found->row == row ? std::string_view(found->letter)
+                                                             : m_fileLetters[row];
     }
 
 private:

@@ -96,6 +96,10 @@ std::string withoutAlternative(std::string atom) {
     return atom;
 }
 
+std::string letterText(char letter) {
+    return letter == '\0' ? std::string() : std::string(1, letter);
+}
+
 void putKey(std::string& record, const ResiduePlace& place, std::string_view key) {
     putRight(record, place.name, place.name + 2, key.substr(0, 3));
     putRight(record, place.chain, place.chain + 1, key.substr(3, 2));
@@ -121,13 +125,14 @@ std::string sheetOf(std::string_view record) {
     return std::string(field(record, 12, 14));
 }
 
-// How records may name the atom of a row: with and without its alternative location.
-LostBonds::Names namesOf(std::string_view row) {
-    const std::string residue(keyOf(row));
-    const std::string atom = atomAt(row, 13);
-    if (!hasAlternative(atom))
-        return {atom + residue};
-    return {atom + residue, withoutAlternative(atom) + residue};
+// Records name the atom of a row with or without its alternative location.
+BondReferences::Atom referenceTo(const References::BondAtom& bonded) {
+    const std::string residue(keyOf(bonded.row));
+    const std::string atom = atomAt(bonded.row, 13);
+    BondReferences::Atom reference{{atom + residue}, letterText(bonded.letter)};
+    if (hasAlternative(atom))
+        reference.names.push_back(withoutAlternative(atom) + residue);
+    return reference;
 }
 
 } // namespace
@@ -184,21 +189,26 @@ void References::see(std::string_view row, bool isKept) {
         note(found->second);
 }
 
-void References::loseBond(std::string_view first, std::string_view second, bool isFoundAgain) {
+void References::loseBond(const BondAtom& first, const BondAtom& second, bool isFoundAgain) {
     if (!m_residues.empty())
-        m_lostBonds.lose(namesOf(first), namesOf(second), isFoundAgain);
+        m_bonds.lose(referenceTo(first), referenceTo(second), isFoundAgain);
 }
 
-void References::keepBond(std::string_view first, std::string_view second) {
-    if (!m_lostBonds.areNone())
-        m_lostBonds.keep(namesOf(first), namesOf(second));
+void References::reletterBond(const BondAtom& first, const BondAtom& second, std::size_t joined) {
+    if (!m_residues.empty())
+        m_bonds.reletter(referenceTo(first), referenceTo(second), joined);
+}
+
+void References::keepBond(const BondAtom& first, const BondAtom& second) {
+    if (haveBondsChanged())
+        m_bonds.keep(referenceTo(first), referenceTo(second));
 }
 
 void References::settle() {
     for (const std::string_view record : m_sheetRecords)
         if (!updateRange(record, *placesOf(record)).isKept)
             ++m_lostStrands[sheetOf(record)];
-    m_lostBonds.settle();
+    m_bonds.settle();
 }
 
 const References::Residue* References::find(std::string_view key) const {
@@ -234,8 +244,21 @@ References::Outcome References::updateLink(std::string_view record,
     }
     if (!areInOneCopy(record))
         return {};
-    const LostBonds::Fate fate = m_lostBonds.of(names[0], names[1]);
-    return {.isKept = fate.isKept, .changed = {}, .comingBack = fate.comingBack};
+    const BondReferences::Fate fate = m_bonds.of(names[0], names[1]);
+    if (!fate.isKept)
+        return {.isKept = false, .changed = {}};
+    // SSBOND records have no letters.
+    const auto hasPlace = [&](std::size_t i) {
+        return !fate.letters[i] || fate.letters[i]->empty() || places.atoms[i] != 0;
+    };
+    if (!hasPlace(0) || !hasPlace(1))
+        return {.changed = {}, .comingBack = fate.comingBack, .joined = fate.joined};
+    Outcome outcome{
+        .changed = std::string(record), .comingBack = fate.comingBackToo, .joined = fate.joinedToo};
+    for (const std::size_t i : {0, 1})
+        if (const std::size_t place = places.atoms[i] + 4; fate.letters[i] && places.atoms[i] != 0)
+            putRight(outcome.changed, place, place, *fate.letters[i]);
+    return outcome;
 }
 
 References::Outcome References::trimmedRange(std::string_view record, const RecordPlaces& places,

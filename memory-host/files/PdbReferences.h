@@ -2,7 +2,7 @@
 // when these are gone.
 #pragma once
 
-#include "LostBonds.h"
+#include "BondReferences.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,10 +25,18 @@ public:
     /// Takes a row of an atom, and whether it is kept; all rows, in their order. The texts live
     /// longer than this.
     void see(std::string_view row, bool isKept);
-    /// Takes the rows of two atoms whose bond is gone; see LostBonds.
-    void loseBond(std::string_view first, std::string_view second, bool isFoundAgain);
+    /// An atom of a bond.
+    struct BondAtom {
+        std::string_view row;
+        char letter; ///< of the alternative location that it has now, or 0
+    };
+    /// Takes the atoms of a bond that is gone; of one that is left and relettered; see
+    /// BondReferences.
+    void loseBond(const BondAtom& first, const BondAtom& second, bool isFoundAgain);
+    void reletterBond(const BondAtom& first, const BondAtom& second, std::size_t joined);
+    bool haveBondsChanged() const { return !m_bonds.areNone(); }
     /// Takes those of a bond that is left, behind all that are gone: a record may name both.
-    void keepBond(std::string_view first, std::string_view second);
+    void keepBond(const BondAtom& first, const BondAtom& second);
     /// To be called after the last row, and before update().
     void settle();
 
@@ -38,6 +46,7 @@ public:
         std::string changed; ///< empty: as it was
         /// How many bonds that are gone come back, as the record is of other locations, too.
         std::size_t comingBack = 0;
+        std::size_t joined = 0; ///< further bonds that are read from it, for the same reason
     };
     Outcome update(std::string_view record) const;
     /// The records of one binding site, of which the residues that are left move together.
@@ -71,7 +80,7 @@ private:
     void updateSheet(std::string_view record, Outcome& outcome) const;
 
     std::unordered_map<std::string, Residue> m_residues; ///< those that records name
-    LostBonds m_lostBonds;
+    BondReferences m_bonds;
     std::vector<std::string_view> m_sheetRecords;
     std::unordered_map<std::string, int> m_lostStrands; ///< by the name of the sheet
     std::vector<Run> m_runs;

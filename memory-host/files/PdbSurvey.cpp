@@ -53,10 +53,11 @@ void PdbCounts::update(std::string& master, const PdbCounts& before) const {
     put(endsColumn, before.ends, ends);
 }
 
-void PdbSurvey::look(std::string_view text, const SavedStructure& structure) {
+void PdbSurvey::look(std::string_view text, const SavedStructure& structure,
+                     const Letters& letters) {
     placeAtoms(structure);
     readLines(text);
-    findFates(structure);
+    findFates(structure, letters);
 }
 
 void PdbSurvey::placeAtoms(const SavedStructure& structure) {
@@ -114,27 +115,53 @@ void PdbSurvey::readOther(std::string_view line) {
     }
 }
 
-// One record lists the bonds of all models, and of all alternative locations.
-void PdbSurvey::keepBonds(const SavedStructure& structure) {
-    if (std::ranges::all_of(structure.models,
-                            [](const SavedModel& model) { return model.lostBonds.empty(); }))
-        return;
-    for (const SavedModel& model : structure.models) {
-        for (const SavedBond& bond : model.bonds) {
-            if (!bond.isListed)
-                continue;
-            const std::string_view first = rows[model.atoms[bond.first].row];
-            const std::string_view second = rows[model.atoms[bond.second].row];
-            references.keepBond(first, second);
-            conect.keepBond(first, second);
-        }
+// Calls use(bond, first, second) for each bond that the file lists and that is left.
+template <class Use>
+void PdbSurvey::forListed(const SavedStructure& structure, const Letters& letters,
+                          const Use& use) const {
+    for (std::size_t i = 0; i != structure.models.size(); ++i) {
+        const SavedModel& model = structure.models[i];
+        const auto atomAt = [&](std::uint32_t atom) {
+            return References::BondAtom{rows[model.atoms[atom].row], letters[i][atom]};
+        };
+        for (const SavedBond& bond : model.bonds)
+            if (bond.isListed)
+                use(bond, atomAt(bond.first), atomAt(bond.second));
     }
 }
 
+// One record lists the bonds of all models, and of all alternative locations.
+void PdbSurvey::findFatesOfBonds(const SavedStructure& structure, const Letters& letters) {
+    bool isAnyLost = false;
+    for (const SavedModel& model : structure.models)
+        for (const LostBond& bond : model.lostBonds) {
+            isAnyLost = true;
+            if (!places[bond.first].isKept() || !places[bond.second].isKept())
+                continue;
+            const auto atomAt = [&](std::uint32_t row) {
+                return References::BondAtom{rows[row],
+                                            letters[places[row].model][places[row].atom]};
+            };
+            references.loseBond(atomAt(bond.first), atomAt(bond.second), bond.isFoundAgain);
+            conect.loseBond(rows[bond.first], rows[bond.second]);
+        }
+    forListed(structure, letters,
+              [&](const SavedBond& bond, const auto& first, const auto& second) {
+                  if (bond.isRelettered)
+                      references.reletterBond(first, second, bond.joined);
+              });
+    if (!isAnyLost && !references.haveBondsChanged())
+        return;
+    forListed(structure, letters, [&](const SavedBond&, const auto& first, const auto& second) {
+        references.keepBond(first, second);
+        conect.keepBond(first.row, second.row);
+    });
+}
+
 // What is left of what records refer to. Models that are not saved do not count.
-void PdbSurvey::findFates(const SavedStructure& structure) {
+void PdbSurvey::findFates(const SavedStructure& structure, const Letters& letters) {
     const bool isWhole = std::ranges::all_of(places, &RowPlace::isKept);
-    for (const SavedModel& model : structure.models) {
+    for (const SavedModel& model : structure.models)
         for (std::uint32_t row = isWhole ? model.endRow : model.firstRow; row != model.endRow;
              ++row) {
             const bool isKept = places[row].isKept();
@@ -142,14 +169,7 @@ void PdbSurvey::findFates(const SavedStructure& structure) {
             if (!isKept)
                 droppedAtoms.insert(columns(rows[row], 7, 27));
         }
-        for (const LostBond& bond : model.lostBonds) {
-            if (!places[bond.first].isKept() || !places[bond.second].isKept())
-                continue;
-            references.loseBond(rows[bond.first], rows[bond.second], bond.isFoundAgain);
-            conect.loseBond(rows[bond.first], rows[bond.second]);
-        }
-    }
-    keepBonds(structure);
+    findFatesOfBonds(structure, letters);
     if (!isWhole)
         for (std::size_t row = 0; row != rows.size(); ++row)
             conect.see(rows[row], places[row].isKept());

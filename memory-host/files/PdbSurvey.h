@@ -45,8 +45,10 @@ struct RowPlace {
 };
 
 struct PdbSurvey {
-    /// Looks at all lines of a text, which lives longer than this.
-    void look(std::string_view text, const SavedStructure& structure);
+    /// Looks at all lines of a text, which lives longer than this. `letters` are those of the
+    /// alternative locations, by model and atom.
+    void look(std::string_view text, const SavedStructure& structure,
+              const std::vector<std::vector<char>>& letters);
 
     std::vector<std::string_view> rows; ///< those of all atoms, without their line ends
     std::vector<RowPlace> places;       ///< by row
@@ -65,8 +67,11 @@ private:
     void readLines(std::string_view text);
     void readAtom(std::string_view line);
     void readOther(std::string_view line);
-    void keepBonds(const SavedStructure& structure);
-    void findFates(const SavedStructure& structure);
+    using Letters = std::vector<std::vector<char>>;
+    template <class Use>
+    void forListed(const SavedStructure& structure, const Letters& letters, const Use& use) const;
+    void findFatesOfBonds(const SavedStructure& structure, const Letters& letters);
+    void findFates(const SavedStructure& structure, const Letters& letters);
 
     bool m_hasModelRows = false; ///< of the model that is read
     bool m_isModelLeft = false;

@@ -58,7 +58,6 @@ private:
     mmcif::BlockChange changeOf(const AtomsOfBlock& atoms) const;
     void remarkOnRanges() const;
     void remarkOnBonds() const;
-    std::size_t countMoved(const SavedModel& model) const;
     std::vector<Piece> pieces() const;
     void write(const Piece& piece);
     void writeAtoms(AtomsOfBlock& atoms);
@@ -158,18 +157,24 @@ mmcif::BlockChange MmcifEdit::changeOf(const AtomsOfBlock& atoms) const {
     for (std::size_t row = 0; row != change.isKept.size(); ++row)
         change.isKept[row] = m_plan->atoms()[atoms.firstRow + row] != nullptr;
     const auto firstRow = static_cast<std::uint32_t>(atoms.firstRow);
+    const auto atomAt = [&](std::uint32_t row) {
+        return mmcif::BondAtom{row - firstRow, m_plan->letterOf(row)};
+    };
     const auto block = static_cast<std::uint32_t>(&atoms - m_atoms.data());
     auto structure = std::ranges::lower_bound(m_structures, block, {}, &SavedStructure::block);
     for (; structure != m_structures.end() && structure->block == block; ++structure) {
         for (const SavedModel& model : structure->models) {
             for (const LostBond& bond : model.lostBonds)
                 if (m_plan->atoms()[bond.first] && m_plan->atoms()[bond.second])
-                    change.lost.push_back(
-                        {bond.first - firstRow, bond.second - firstRow, bond.isFoundAgain});
+                    change.lost.push_back({.first = atomAt(bond.first),
+                                           .second = atomAt(bond.second),
+                                           .isFoundAgain = bond.isFoundAgain});
             for (const SavedBond& bond : model.bonds)
                 if (bond.isListed)
-                    change.kept.emplace_back(model.atoms[bond.first].row - firstRow,
-                                             model.atoms[bond.second].row - firstRow);
+                    change.kept.push_back({.first = atomAt(model.atoms[bond.first].row),
+                                           .second = atomAt(model.atoms[bond.second].row),
+                                           .isRelettered = bond.isRelettered,
+                                           .joined = bond.joined});
         }
     }
     return change;
@@ -194,31 +199,12 @@ void MmcifEdit::remarkOnBonds() const {
                         (count == 1 ? " bond that was made or stretched is"
                                     : " bonds that were made or stretched are") +
                         " not saved, as the distance of the atoms does not tell them");
-    std::size_t shared = 0;
-    for (const RowFate& fate : m_fates)
-        shared += fate.sharedBonds;
-    remarkOnSharedBonds(shared, m_report);
-    std::size_t moved = 0;
-    for (const SavedStructure& structure : m_structures)
-        for (const SavedModel& model : structure.models)
-            moved += countMoved(model);
-    if (moved != 0)
-        m_report.remark(std::to_string(moved) + (moved == 1 ? " bond is" : " bonds are") +
-                        " not kept, as an atom is in another alternative location than the file "
-                        "lists");
-}
-
-// Listed bonds of atoms whose letters have changed.
-std::size_t MmcifEdit::countMoved(const SavedModel& model) const {
-    const auto isNeeded = [](const SavedBond& bond) { return bond.isListed && !bond.isFoundAgain; };
-    if (!model.isEdited || std::ranges::none_of(model.bonds, isNeeded))
-        return 0;
-    const auto hasMoved = [&](std::uint32_t atom) {
-        return m_plan->hasNewLetter(model.atoms[atom].row);
-    };
-    return static_cast<std::size_t>(std::ranges::count_if(model.bonds, [&](const SavedBond& bond) {
-        return isNeeded(bond) && (hasMoved(bond.first) || hasMoved(bond.second));
-    }));
+    BondsOfSharedRecords shared;
+    for (const RowFate& fate : m_fates) {
+        shared.comingBack += fate.comingBack;
+        shared.joined += fate.joined;
+    }
+    remarkOnSharedRecords(shared, m_report);
 }
 
 std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {

@@ -55,6 +55,11 @@ struct SavedBond {
     bool isListed = false; ///< else it was made, or moved
     /// Whether it is found by distance when the file is read; known in edited models.
     bool isFoundAgain = false;
+    /// Of one that is listed, in an edited model: whether an atom has another alternative location
+    /// than the file says, or there are atoms in others now.
+    bool isRelettered = false;
+    /// The bonds of these others that a record without letters would list, too.
+    std::uint16_t joined = 0;
 };
 
 /// A bond that the file lists and that is not there any more.

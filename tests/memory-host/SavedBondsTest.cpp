@@ -105,6 +105,20 @@ class SavedBondsTest : public FileTestCase {
                                TAVIK::Vertex(x, 0.0F, 0.0F, true));
     }
 
+    /// Puts an atom into the first alternative model, and a new one of its name near it into the
+    /// second.
+    static void makeSecondLocation(const QString& residue, const std::string& name = "C2") {
+        const DataPointBase guard(nullptr, Publisher::Add, "Make");
+        auto* const first =
+            dynamic_cast<TAVIK::Atom*>(item(residue + u'/' + QString::fromStdString(name)));
+        TAVIK::DataMaker::makeAtom(item(residue),
+                                   {.name = name,
+                                    .type = first->GetType(),
+                                    .position = TAVIK::Vertex(0.0F, 4.6F, 0.0F, true),
+                                    .model = 2});
+        TAVIK::SetAtomModel(first, 1);
+    }
+
     const QStringList comesBackWithOthers{
         "1 bond that was deleted comes back when the file is read, as the file lists them with "
         "those of other alternative locations"};
@@ -319,12 +333,58 @@ private slots:
             const DataPointBase guard(nullptr, Publisher::Update, "Model");
             TAVIK::SetAtomModel(dynamic_cast<TAVIK::Atom*>(item("/test/A/Groups/LIG 1/C2")), 2);
         }
-        QVERIFY(save("saved.cif")
-                    .contains("1 bond is not kept, as an atom is in another alternative location "
-                              "than the file lists"));
+        QCOMPARE(save("saved.cif"),
+                 QStringList("1 bond is not kept, as the atoms are in different alternative "
+                             "locations"));
     }
-    // One row without a letter lists the bonds of both.
-    void aBondOfOneAlternativeLocationComesBackWithTheOther() {
+    void rowsOfBondsGetTheLettersThatAtomsGet() {
+        openListed({"C1 C A LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C3 C B LIG A 1 ? 9.5 0 0 1"},
+                   "A");
+        for (const char* name : {"C1", "C2"}) {
+            const DataPointBase guard(nullptr, Publisher::Update, "Model");
+            TAVIK::SetAtomModel(
+                dynamic_cast<TAVIK::Atom*>(item(QStringLiteral("/test/A/Groups/LIG 1/") + name)),
+                3);
+        }
+        QCOMPARE(save("saved.cif"), QStringList());
+        QCOMPARE(bondsIn("saved.cif"), QStringList("LIG 1 C1-C2"));
+        QVERIFY(unpacked(path("saved.cif")).contains("a covale A 1 C1 A 1 C2 A\n"));
+    }
+    // As rotamers do: the atom gets a letter, and others of its name have other letters.
+    void aRowOfBondsIsOnlyOfTheLocationThatHasThem() {
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C . LIG A 1 ? 4.5 0 0 1"});
+        makeSecondLocation("/test/A/Groups/LIG 1");
+        const QByteArray text = unpacked(path("test.cif"));
+        QCOMPARE(save("saved.cif"), QStringList());
+        QCOMPARE(bondsIn("saved.cif"), QStringList("LIG 1 C1-C2"));
+        QVERIFY(text.contains("a covale A 1 C1 A 1 C2 .\n"));
+        QVERIFY(unpacked(path("saved.cif")).contains("a covale A 1 C1 A 1 C2 A\n"));
+    }
+    void aLinkIsOnlyOfTheLocationThatHasIt() {
+        const QByteArray link = "LINK         C1  ALA A   1                 C2  ALA A   1     1555 "
+                                "  1555  4.50\n";
+        openText(link + chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500"));
+        makeSecondLocation("/test/A/Groups/ALA 1");
+        QCOMPARE(save("saved.pdb"), QStringList());
+        QCOMPARE(bondsIn("saved.pdb"), QStringList("ALA 1 C1-C2"));
+        QVERIFY(unpacked(path("saved.pdb")).startsWith(QByteArray(link).replace("C2  A", "C2 AA")));
+    }
+    // Disulfides are listed without letters.
+    void bondsThatADisulfideGivesFurtherLocationsAreSaid() {
+        openText(
+            "SSBOND   1 CYS A    1    CYS A    2                          1555   1555  4.50\n" +
+            atomAt(" SG ", 0.0F).replace("ALA A   1", "CYS A   1") +
+            QByteArray(atomAt(" SG ", 4.5F)).replace("ALA A   1", "CYS A   2"));
+        const QStringList shown = bondNames(item("/test"));
+        QCOMPARE(shown.size(), 1);
+        makeSecondLocation("/test/A/Groups/CYS 2", "SG");
+        QCOMPARE(save("saved.pdb"),
+                 QStringList("1 further bond is read, as the file lists the bonds of all "
+                             "alternative locations together"));
+        QCOMPARE(bondsIn("saved.pdb"), shown + shown);
+    }
+    void aBondOfOneAlternativeLocationGoesAlone() {
         const QStringList both = {"LIG 1 C1-C2", "LIG 1 C1-C2"};
         openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
                     "C2 C B LIG A 1 ? 0.0 4.5 0 1"},
@@ -333,8 +393,21 @@ private slots:
             const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
             TAVIK::DataMaker::Destroy(item("/test/A/Bonds/LIG 1 C1-C2"));
         }
+        QCOMPARE(save("saved.cif"), QStringList());
+        QCOMPARE(bondsIn("saved.cif"), QStringList("LIG 1 C1-C2"));
+    }
+    // One row without a letter lists the bonds of all.
+    void aBondOfOneAlternativeLocationComesBackWithSeveralOthers() {
+        const QStringList all = {"LIG 1 C1-C2", "LIG 1 C1-C2", "LIG 1 C1-C2"};
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C2 C B LIG A 1 ? 0.0 4.5 0 1", "C2 C C LIG A 1 ? 0.0 0 4.5 1"},
+                   ".", all);
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/LIG 1 C1-C2"));
+        }
         QCOMPARE(save("saved.cif"), comesBackWithOthers);
-        QCOMPARE(bondsIn("saved.cif"), both);
+        QCOMPARE(bondsIn("saved.cif"), all);
     }
     // Where a name begins goes by the element, which LINK records do not have.
     void namesOfALinkMayBeginInOtherColumnsThanThoseOfTheAtoms_data() {
@@ -360,8 +433,9 @@ private slots:
     // Bonds count, and not the rows that list them.
     void allBondsThatComeBackWithAnotherAreCounted() {
         openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
-                    "C2 C B LIG A 1 ? 0.0 4.5 0 1", "C2 C C LIG A 1 ? 0.0 0 4.5 1"},
-                   ".", {"LIG 1 C1-C2", "LIG 1 C1-C2", "LIG 1 C1-C2"});
+                    "C2 C B LIG A 1 ? 0.0 4.5 0 1", "C2 C C LIG A 1 ? 0.0 0 4.5 1",
+                    "C2 C D LIG A 1 ? 0.0 0 -4.5 1"},
+                   ".", {"LIG 1 C1-C2", "LIG 1 C1-C2", "LIG 1 C1-C2", "LIG 1 C1-C2"});
         for (int i = 0; i != 2; ++i) {
             const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
             TAVIK::DataMaker::Destroy(item("/test/A/Bonds/LIG 1 C1-C2"));
@@ -369,7 +443,7 @@ private slots:
         QCOMPARE(save("saved.cif"),
                  QStringList("2 bonds that were deleted come back when the file is read, as the "
                              "file lists them with those of other alternative locations"));
-        QCOMPARE(bondsIn("saved.cif").size(), 3);
+        QCOMPARE(bondsIn("saved.cif").size(), 4);
     }
     void aBondThatComesBackForTwoReasonsIsSaidOnce() {
         openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 1.5 0 0 1",
@@ -396,7 +470,7 @@ private slots:
         QCOMPARE(save("saved.pdb"), comesBackAsNear);
         QCOMPARE(bondsIn("saved.pdb").size(), 2);
     }
-    void aLinkOfOneAlternativeLocationComesBackWithTheOther() {
+    void aLinkOfOneAlternativeLocationGoesAlone() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C2 "});
         text.replace("   1.500", "   4.500").replace("   3.000", "  -4.500");
         text[text.indexOf(" C2 ") + 4] = 'A';
@@ -404,17 +478,16 @@ private slots:
         const QByteArray link = "LINK         C1  ALA A   1                 C2  ALA A   1     1555 "
                                 "  1555  4.50\n";
         openText(link + text);
-        const QStringList both = bondNames(item("/test"));
-        QCOMPARE(both.size(), 2);
+        QCOMPARE(bondNames(item("/test")).size(), 2);
         const auto destroy = [] {
             const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
             TAVIK::DataMaker::Destroy(item("/test/A/Bonds/ALA 1 C1-C2"));
         };
         destroy();
-        QCOMPARE(save("saved.pdb"), comesBackWithOthers);
+        QCOMPARE(save("saved.pdb"), QStringList());
         destroy();
         QCOMPARE(save("none.pdb"), QStringList());
-        QCOMPARE(bondsIn("saved.pdb"), both);
+        QCOMPARE(bondsIn("saved.pdb"), QStringList("ALA 1 C1-C2"));
         QCOMPARE(bondsIn("none.pdb"), QStringList());
     }
     void aDestroyedBondLeavesThoseToSymmetryCopies() {
