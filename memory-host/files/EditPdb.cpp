@@ -203,7 +203,7 @@ void PdbEditor::writeOther(const TextLine& line) {
         writeEndOfChain(line);
     } else if (isRecord(line.content, "MODEL") || isRecord(line.content, "ENDMDL")) {
         writeModel(line);
-    } else if (line.content.starts_with("CONECT") && m_file.conect.hasChanges()) {
+    } else if (isRecord(line.content, "CONECT") && m_file.conect.hasChanges()) {
         const std::string updated = m_file.conect.update(line.content);
         if (!updated.empty()) {
             add(updated, line.end);

@@ -24,10 +24,13 @@ inline std::string_view field(std::string_view line, std::size_t first, std::siz
     return trimmed(columns(line, first, last));
 }
 
-/// Whether a line begins with the name of a record and a blank, or is that name.
+/// Whether a line begins with the name of a record and a blank, or is that name. Behind six letters
+/// a number may follow at once.
 inline bool isRecord(std::string_view line, std::string_view record) {
-    return line.starts_with(record) && (line.size() == record.size() ||
-                                        line[record.size()] == ' ' || line[record.size()] == '\t');
+    constexpr std::size_t nameColumns = 6;
+    return line.starts_with(record) &&
+           (record.size() == nameColumns || line.size() == record.size() ||
+            line[record.size()] == ' ' || line[record.size()] == '\t');
 }
 /// Whether a line begins as a record of an atom. A serial number of more than five digits may
 /// follow the record's name without a blank.

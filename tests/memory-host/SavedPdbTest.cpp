@@ -356,6 +356,21 @@ private slots:
                           "ATOM     10 ZN    ZN C  -1B      1.000   2.000  30.000  1.00 20.00"));
         compareAgain();
     }
+    // Numbers of five digits follow the name of the record at once.
+    void masterCountsConectOfLargeNumbers() {
+        QByteArray text;
+        for (const char* serial : {"12001", "12002", "12003"})
+            text += QByteArray(atomAt(" C" + QByteArray(serial).right(1) + ' ', 0))
+                        .replace(6, 5, serial)
+                        .replace("   0.000", "   " + QByteArray(serial).right(1) + ".000");
+        text += "CONECT1200112002\nCONECT1200212003\n"
+                "MASTER        0    0    0    0    0    0    0    0    3    0    2    0\nEND\n";
+        openText(text);
+        change([] { TAVIK::DataMaker::Destroy(item("/test/A/Groups/ALA 1/C3")); });
+        QCOMPARE(difference(text, saved()).filter("CONECT").size(), 1);
+        QVERIFY(saved().contains(
+            "\nMASTER        0    0    0    0    0    0    0    0    2    0    1 "));
+    }
     void aModelThatIsClosedIsLeftOut() {
         QByteArray text = "NUMMDL       3\n";
         for (const char* model : {"1", "2", "3"})
