@@ -26,8 +26,8 @@ struct RowFate {
     std::vector<Update> updates; ///< ascending by row
     std::size_t dropCount = 0;
     std::size_t cutRanges = 0; ///< how many of them were ranges with another end still there
-    /// Of rows of _struct_conn that list the bonds of several alternative locations: lost bonds that
-    /// they bring back, and bonds of new atoms.
+    /// Of rows of _struct_conn that list the bonds of several alternative locations: lost bonds
+    /// that they bring back, and bonds of new atoms.
     std::size_t comingBack = 0;
     std::size_t joined = 0;
 
