@@ -1,7 +1,7 @@
 // What becomes of the rows of a data block of mmCIF when atoms and bonds of it are gone.
 #pragma once
 
-#include "MmcifLostBonds.h"
+#include "MmcifListedBonds.h"
 #include "MmcifReferences.h"
 
 #include <string_view>

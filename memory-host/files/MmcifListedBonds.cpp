@@ -1,4 +1,4 @@
-#include "MmcifLostBonds.h"
+#include "MmcifListedBonds.h"
 
 #include "BondReferences.h"
 #include "MmcifBonds.h"
