@@ -317,6 +317,22 @@ private:
     std::unordered_map<std::string, std::optional<std::uint32_t>> m_atoms; ///< of one model
 };
 
+void remarkOnReturning(std::size_t count, const std::string& why, SaveReport& report) {
+    if (count != 0)
+        report.remark(
+            std::to_string(count) +
+            (count == 1 ? " bond that was deleted comes" : " bonds that were deleted come") +
+            " back when the file is read, as " + why);
+}
+
+void remarkOnFurther(std::size_t count, const std::string& how, const std::string& why,
+                     SaveReport& report) {
+    if (count != 0)
+        report.remark(std::to_string(count) +
+                      (count == 1 ? " further bond is " : " further bonds are ") + how + ", as " +
+                      why);
+}
+
 } // namespace
 
 std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::uint32_t> atoms,
@@ -331,16 +347,10 @@ std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
 }
 
 void remarkOnSharedRecords(const BondsOfSharedRecords& bonds, SaveReport& report) {
-    if (bonds.comingBack != 0)
-        report.remark(std::to_string(bonds.comingBack) +
-                      (bonds.comingBack == 1 ? " bond that was deleted comes"
-                                             : " bonds that were deleted come") +
-                      " back when the file is read, as the file lists them with those of other "
-                      "alternative locations");
-    if (bonds.joined != 0)
-        report.remark(std::to_string(bonds.joined) +
-                      (bonds.joined == 1 ? " further bond is" : " further bonds are") +
-                      " read, as the file lists the bonds of all alternative locations together");
+    remarkOnReturning(bonds.comingBack,
+                      "the file lists them with those of other alternative locations", report);
+    remarkOnFurther(bonds.joined, "read",
+                    "the file lists the bonds of all alternative locations together", report);
 }
 
 void settleBonds(SavedContent& content, BondRecords records, SaveReport& report) {
@@ -357,20 +367,12 @@ void settleBonds(SavedContent& content, BondRecords records, SaveReport& report)
         }
         SharedBonds(structure, records, content.names, report).settle(all);
     }
-    if (all.comingBack != 0)
-        report.remark(std::to_string(all.comingBack) +
-                      (all.comingBack == 1 ? " bond that was deleted comes"
-                                           : " bonds that were deleted come") +
-                      " back when the file is read, as the atoms are near each other, or bonded in "
-                      "other models");
-    if (all.appearing != 0)
-        report.remark(std::to_string(all.appearing) +
-                      (all.appearing == 1 ? " further bond is" : " further bonds are") +
-                      " found when the file is read, as the atoms are near each other");
-    if (all.shared != 0)
-        report.remark(std::to_string(all.shared) +
-                      (all.shared == 1 ? " further bond is" : " further bonds are") +
-                      " read, as a bond that was made in one model is one of all models");
+    remarkOnReturning(all.comingBack, "the atoms are near each other, or bonded in other models",
+                      report);
+    remarkOnFurther(all.appearing, "found when the file is read", "the atoms are near each other",
+                    report);
+    remarkOnFurther(all.shared, "read", "a bond that was made in one model is one of all models",
+                    report);
     for (std::size_t i = 0; i != unreadTexts.size(); ++i)
         if (const std::size_t count = all.unread[i]; count != 0)
             report.remark(std::to_string(count) + (count == 1 ? " bond is" : " bonds are") +
