@@ -83,6 +83,17 @@ std::set<std::string> cisResidues(const gemmi::Structure& structure) {
     return found;
 }
 
+// The chains of the first model, without their atoms, which take memory.
+std::vector<gemmi::Chain> takeResidues(gemmi::Structure& structure) {
+    if (structure.models.empty())
+        return {};
+    std::vector<gemmi::Chain> chains = std::move(structure.models.front().chains);
+    for (gemmi::Chain& chain : chains)
+        for (gemmi::Residue& residue : chain.residues)
+            std::vector<gemmi::Atom>().swap(residue.atoms);
+    return chains;
+}
+
 gemmi::Connection::Type typeOf(const gemmi::Atom& a, const gemmi::Atom& b) {
     if (a.element.is_metal() || b.element.is_metal())
         return gemmi::Connection::MetalC;
@@ -96,6 +107,7 @@ Metadata::Metadata(const SavedModel& model, std::size_t models, const SavedConte
                    SourceFacts& facts, const std::vector<WrittenAtom>& written)
     : m_model(model) {
     const std::set<std::string> cis = cisResidues(facts.metadata);
+    const std::vector<gemmi::Chain> before = takeResidues(facts.metadata);
     facts.metadata.models.clear();
     m_structure = std::move(facts.metadata);
     build(content, written);
@@ -103,7 +115,7 @@ Metadata::Metadata(const SavedModel& model, std::size_t models, const SavedConte
     gemmi::assign_label_seq_id(m_structure, false);
     keepCisBonds(cis);
     keepConnections();
-    keepSecondaryStructure();
+    keepSecondaryStructure(before);
     while (m_structure.models.size() < models)
         m_structure.models.emplace_back(std::to_string(m_structure.models.size() + 1));
 }
@@ -192,21 +204,59 @@ void Metadata::keepConnections() {
             m_otherBonds.push_back(bond);
 }
 
-void Metadata::keepSecondaryStructure() {
-    gemmi::Model& model = m_structure.models.front();
-    const auto isThere = [&model](const gemmi::AtomAddress& address) {
-        const gemmi::CRA found = model.find_cra(address);
-        return found.residue != nullptr && isWritable(found.residue->seqid);
-    };
-    std::erase_if(m_structure.helices, [&](const gemmi::Helix& helix) {
-        return !isThere(helix.start) || !isThere(helix.end);
+bool Metadata::isThere(const gemmi::AtomAddress& address) const {
+    const gemmi::const_CRA found = m_structure.models.front().find_cra(address);
+    return found.residue != nullptr && isWritable(found.residue->seqid);
+}
+
+// Brings the ends of a range of residues to the first and last of it that are left. Returns how
+// many went, or -1 if all did, or the file did not have the ends.
+int Metadata::trim(const std::vector<gemmi::Chain>& before, gemmi::AtomAddress& start,
+                   gemmi::AtomAddress& end) const {
+    if (isThere(start) && isThere(end))
+        return 0;
+    for (const gemmi::Chain& chain : before) {
+        const auto placeOf = [&chain](const gemmi::AtomAddress& address) {
+            return std::ranges::find_if(chain.residues, [&address](const gemmi::Residue& residue) {
+                return address.res_id.matches_noseg(residue);
+            });
+        };
+        if (chain.name != start.chain_name || chain.name != end.chain_name)
+            continue;
+        auto first = placeOf(start);
+        auto last = placeOf(end);
+        if (first == chain.residues.end() || last == chain.residues.end() || last < first)
+            continue;
+        const auto length = last - first;
+        const auto take = [](gemmi::AtomAddress& address, const gemmi::Residue& residue) {
+            address.res_id.seqid = residue.seqid;
+            address.res_id.name = residue.name;
+        };
+        for (take(start, *first); !isThere(start) && first != last;)
+            take(start, *++first);
+        for (take(end, *last); !isThere(end) && first != last;)
+            take(end, *--last);
+        return isThere(start) ? static_cast<int>(length - (last - first)) : -1;
+    }
+    return -1;
+}
+
+void Metadata::keepSecondaryStructure(const std::vector<gemmi::Chain>& before) {
+    std::erase_if(m_structure.helices, [&](gemmi::Helix& helix) {
+        const int gone = trim(before, helix.start, helix.end);
+        if (gone > 0 && helix.length > gone)
+            helix.length -= gone;
+        return gone < 0;
     });
     for (gemmi::Sheet& sheet : m_structure.sheets) {
-        std::erase_if(sheet.strands, [&](const gemmi::Sheet::Strand& strand) {
-            return !isThere(strand.start) || !isThere(strand.end);
+        std::erase_if(sheet.strands, [&](gemmi::Sheet::Strand& strand) {
+            return trim(before, strand.start, strand.end) < 0;
         });
         if (!sheet.strands.empty())
             sheet.strands.front().sense = 0;
+        for (gemmi::Sheet::Strand& strand : sheet.strands)
+            if (!isThere(strand.hbond_atom1) || !isThere(strand.hbond_atom2))
+                strand.hbond_atom1 = strand.hbond_atom2 = gemmi::AtomAddress();
     }
     std::erase_if(m_structure.sheets,
                   [](const gemmi::Sheet& sheet) { return sheet.strands.empty(); });

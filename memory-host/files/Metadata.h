@@ -51,7 +51,10 @@ private:
     void addResidue(const SavedContent& content, const WrittenAtom& atom);
     void keepCisBonds(const std::set<std::string>& cis);
     void keepConnections();
-    void keepSecondaryStructure();
+    bool isThere(const gemmi::AtomAddress& address) const;
+    int trim(const std::vector<gemmi::Chain>& before, gemmi::AtomAddress& start,
+             gemmi::AtomAddress& end) const;
+    void keepSecondaryStructure(const std::vector<gemmi::Chain>& before);
     std::vector<bool> ambiguousAtoms() const;
     void addConnections(gemmi::cif::Block& block);
 

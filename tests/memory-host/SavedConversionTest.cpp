@@ -207,6 +207,41 @@ private slots:
         QVERIFY(bytesOf(out("zero.pdb")).contains("  -0.000   0.000  -1.000"));
     }
 
+    void secondaryStructureLosesTheResiduesThatAreGone() {
+        QByteArray text;
+        for (int i = 1; i != 10; ++i) {
+            PdbAtom atom;
+            atom.number = QByteArray::number(i);
+            atom.x = 3.8F * static_cast<float>(i);
+            text += line(atom);
+        }
+        openText("HELIX    1   1 ALA A    1  ALA A    4  1                                   4\n"
+                 "SHEET    1   A 2 ALA A   5  ALA A   6  0\n"
+                 "SHEET    2   A 2 ALA A   7  ALA A   9 -1  O  ALA A   7   N  ALA A   6\n" +
+                 text);
+        (void)saveFile(std::vector{item("/test")}, out("all.cif"));
+        change(Publisher::Delete, [&] {
+            for (const char* residue : {"1", "7", "9"})
+                TAVIK::DataMaker::Destroy(item(QString("/test/A/Groups/ALA ") + residue));
+        });
+        (void)saveFile(std::vector{item("/test")}, out("part.cif"));
+        const auto recordsOf = [this](const std::string& file) {
+            TAVIK::Compound* const entry = opened(out(file.c_str())).items.front();
+            (void)saveFile(std::vector{entry}, out("again.pdb"));
+            QStringList records;
+            for (const QByteArray& record : bytesOf(out("again.pdb")).split('\n'))
+                if (record.startsWith("HELIX") || record.startsWith("SHEET"))
+                    records << QString::fromLatin1(record).simplified();
+            return records;
+        };
+        QCOMPARE(recordsOf("all.cif"),
+                 QStringList({"HELIX 1 1 ALA A 1 ALA A 4 1 4", "SHEET 1 A 2 ALA A 5 ALA A 6 0",
+                              "SHEET 2 A 2 ALA A 7 ALA A 9 -1 O ALA A 7 N ALA A 6"}));
+        const QStringList left{"HELIX 1 1 ALA A 2 ALA A 4 1 3", "SHEET 1 A 2 ALA A 5 ALA A 6 0",
+                               "SHEET 2 A 2 ALA A 8 ALA A 8 -1"};
+        QCOMPARE(recordsOf("part.cif"), left);
+    }
+
     void displacementsArriveWithTheirAtoms() {
         const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
         const QByteArray before = bytesOf(structure("1ejg.pdb").toStdString());
