@@ -342,7 +342,17 @@ std::string Metadata::pdbHeaders() {
             entity.full_sequence.clear();
         std::erase_if(entity.dbrefs, [](const auto& reference) { return !isWritable(reference); });
     }
+    // SSBOND records have no names of atoms.
+    for (gemmi::Connection& connection : m_structure.connections)
+        if (connection.type == gemmi::Connection::Disulf &&
+            (connection.partner1.atom_name != "SG" || connection.partner2.atom_name != "SG"))
+            connection.type = gemmi::Connection::Covale;
     return gemmi::make_pdb_headers(m_structure);
+}
+
+std::size_t Metadata::hydrogenBonds() const {
+    return static_cast<std::size_t>(std::ranges::count(
+        m_structure.connections, gemmi::Connection::Hydrog, &gemmi::Connection::type));
 }
 
 // By atom: whether a row that names it names another atom, too. Without a letter, it names the atom

@@ -28,6 +28,8 @@ public:
 
     /// The records before the atoms of a PDB file.
     std::string pdbHeaders();
+    /// How many of the connections are hydrogen bonds, which PDB files have no record of.
+    std::size_t hydrogenBonds() const;
     /// A data block of this name, without its atoms.
     std::string mmcifBlock(const std::string& name);
     /// The bonds that no connection says, by atoms of the model.

@@ -388,6 +388,10 @@ std::string PdbWriter::write() {
     m_atoms += Record("END").text();
     std::string file = metadata.pdbHeaders();
     remarkOnLostKinds(facts, file, false, m_report);
+    if (const std::size_t rows = metadata.hydrogenBonds(); rows != 0)
+        m_report.remark("the file's " + std::to_string(rows) + (rows == 1 ? " row" : " rows") +
+                        " of category _struct_conn with the type hydrog " +
+                        (rows == 1 ? "is" : "are") + " not kept");
     remarkOnAtoms();
     return file += m_atoms;
 }

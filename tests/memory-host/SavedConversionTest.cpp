@@ -242,6 +242,27 @@ private slots:
         QCOMPARE(recordsOf("part.cif"), left);
     }
 
+    // Their types are those of PDB files only in part.
+    void connectionsArriveWithTheirAtoms() {
+        openText(mmcif({"SG S . CYS A 1 ? 0 0 0 1", "SG2 S . LIG B 1 ? 4.0 0 0 1",
+                        "O O . HOH C 1 ? 0 3.0 0 1"}) +
+                     "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
+                     "_struct_conn.ptnr1_auth_asym_id\n_struct_conn.ptnr1_auth_seq_id\n"
+                     "_struct_conn.ptnr1_label_atom_id\n_struct_conn.ptnr1_label_comp_id\n"
+                     "_struct_conn.ptnr2_auth_asym_id\n_struct_conn.ptnr2_auth_seq_id\n"
+                     "_struct_conn.ptnr2_label_atom_id\n_struct_conn.ptnr2_label_comp_id\n"
+                     "a disulf A 1 SG CYS B 1 SG2 LIG\nb hydrog A 1 SG CYS C 1 O HOH\n",
+                 {}, "test.cif");
+        const QStringList bonds = bondNames(item("/test"));
+        QCOMPARE(bonds.size(), 1);
+        QStringList remarks;
+        for (const std::string& remark : saveFile(std::vector{item("/test")}, out("test.pdb")))
+            remarks << QString::fromStdString(remark).section(": ", 1);
+        QVERIFY(remarks.contains(
+            "the file's 1 row of category _struct_conn with the type hydrog is not kept"));
+        QCOMPARE(bondNames(opened(out("test.pdb")).items.front()), bonds);
+    }
+
     void displacementsArriveWithTheirAtoms() {
         const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
         const QByteArray before = bytesOf(structure("1ejg.pdb").toStdString());
