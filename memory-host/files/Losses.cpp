@@ -164,4 +164,9 @@ void remarkOnAmbiguousBonds(const std::vector<SavedBond>& bonds, const SavedMode
                       " not kept, as the names do not tell the atoms from others");
 }
 
+void remarkOnJoinedBonds(const std::vector<SavedBond>& bonds, const SavedModel& model,
+                         const std::vector<std::string>& names, SaveReport& report) {
+    remarkOnSharedRecords({.joined = countNotFoundAgain(bonds, model, names, report)}, report);
+}
+
 } // namespace memory_host

@@ -22,5 +22,8 @@ void remarkOnLostValues(const SavedStructure& structure, const std::vector<std::
 /// Adds a line for those bonds of a model that reading the file does not find by distance.
 void remarkOnAmbiguousBonds(const std::vector<SavedBond>& bonds, const SavedModel& model,
                             const std::vector<std::string>& names, SaveReport& report);
+/// Likewise for bonds that a model does not have, and that are read from records of others.
+void remarkOnJoinedBonds(const std::vector<SavedBond>& bonds, const SavedModel& model,
+                         const std::vector<std::string>& names, SaveReport& report);
 
 } // namespace memory_host

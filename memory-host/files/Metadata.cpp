@@ -13,6 +13,7 @@
 
 #include "CifEdit.h"
 #include "Metadata.h"
+#include "Relettering.h"
 
 #include <algorithm>
 #include <charconv>
@@ -348,6 +349,27 @@ std::string Metadata::pdbHeaders() {
             (connection.partner1.atom_name != "SG" || connection.partner2.atom_name != "SG"))
             connection.type = gemmi::Connection::Covale;
     return gemmi::make_pdb_headers(m_structure);
+}
+
+std::vector<SavedBond> Metadata::joinedByDisulfides() const {
+    std::set<std::pair<std::uint32_t, std::uint32_t>> pairs;
+    const gemmi::Model& model = m_structure.models.front();
+    for (const gemmi::Connection& connection : m_structure.connections) {
+        if (connection.type != gemmi::Connection::Disulf || connection.asu == gemmi::Asu::Different)
+            continue;
+        for (const gemmi::Atom& a : model.find_cra(connection.partner1, true).residue->atoms)
+            for (const gemmi::Atom& b : model.find_cra(connection.partner2, true).residue->atoms)
+                if (a.name == "SG" && b.name == "SG" && !areApart(a.altloc, b.altloc))
+                    pairs.insert(std::minmax({static_cast<std::uint32_t>(a.serial - 1),
+                                              static_cast<std::uint32_t>(b.serial - 1)}));
+    }
+    for (const SavedBond& bond : m_model.bonds)
+        pairs.erase({bond.first, bond.second});
+    std::vector<SavedBond> bonds;
+    for (const auto& [first, second] : pairs)
+        if (isInReach(m_model.atoms[first], m_model.atoms[second]))
+            bonds.push_back({first, second});
+    return bonds;
 }
 
 std::size_t Metadata::hydrogenBonds() const {

@@ -30,6 +30,9 @@ public:
     std::string pdbHeaders();
     /// How many of the connections are hydrogen bonds, which PDB files have no record of.
     std::size_t hydrogenBonds() const;
+    /// The bonds that SSBOND records of these connections list, too, by atoms of the model: the
+    /// records are about all alternative locations.
+    std::vector<SavedBond> joinedByDisulfides() const;
     /// A data block of this name, without its atoms.
     std::string mmcifBlock(const std::string& name);
     /// The bonds that no connection says, by atoms of the model.

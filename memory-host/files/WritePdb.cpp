@@ -392,6 +392,7 @@ std::string PdbWriter::write() {
         m_report.remark("the file's " + std::to_string(rows) + (rows == 1 ? " row" : " rows") +
                         " of category _struct_conn with the type hydrog " +
                         (rows == 1 ? "is" : "are") + " not kept");
+    remarkOnJoinedBonds(metadata.joinedByDisulfides(), first, m_content.names, m_report);
     remarkOnAtoms();
     return file += m_atoms;
 }

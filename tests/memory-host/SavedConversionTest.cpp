@@ -263,6 +263,26 @@ private slots:
         QCOMPARE(bondNames(opened(out("test.pdb")).items.front()), bonds);
     }
 
+    // As in crystals in which the X-rays broke some of the disulfides.
+    void aDisulfideOfOneAlternativeLocationIsSaidToBeOneOfAll() {
+        openText(mmcif({"SG S . CYS A 1 ? 0 0 0 1", "SG S A CYS B 1 ? 2.0 0 0 1",
+                        "SG S B CYS B 1 ? 3.5 0 0 1"}) +
+                     "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
+                     "_struct_conn.ptnr1_auth_asym_id\n_struct_conn.ptnr1_auth_seq_id\n"
+                     "_struct_conn.ptnr1_label_atom_id\n_struct_conn.ptnr1_label_comp_id\n"
+                     "_struct_conn.ptnr2_auth_asym_id\n_struct_conn.ptnr2_auth_seq_id\n"
+                     "_struct_conn.ptnr2_label_atom_id\n_struct_conn.ptnr2_label_comp_id\n"
+                     "_struct_conn.pdbx_ptnr2_label_alt_id\na disulf A 1 SG CYS B 1 SG CYS A\n",
+                 {}, "test.cif");
+        QCOMPARE(bondNames(item("/test")).size(), 1);
+        QStringList remarks;
+        for (const std::string& remark : saveFile(std::vector{item("/test")}, out("test.pdb")))
+            remarks << QString::fromStdString(remark).section(": ", 1);
+        QVERIFY(remarks.contains("1 further bond is read, as the file lists the bonds of all "
+                                 "alternative locations together"));
+        QCOMPARE(bondNames(opened(out("test.pdb")).items.front()).size(), 2);
+    }
+
     void displacementsArriveWithTheirAtoms() {
         const OpenedFile source = opened(structure("1ejg.pdb").toStdString());
         const QByteArray before = bytesOf(structure("1ejg.pdb").toStdString());
