@@ -1,7 +1,9 @@
 #include "Losses.h"
 
+#include "AlternativeLetters.h"
 #include "Fields.h"
 #include "MadeBonds.h"
+#include "Relettering.h"
 
 #include <algorithm>
 #include <set>
@@ -97,13 +99,16 @@ std::size_t countFurtherBonds(const SavedStructure& structure,
                               const std::vector<std::string>& names, const SaveReport& report) {
     std::set<std::string> listed;
     std::size_t lost = 0;
+    if (structure.models.size() == 1)
+        return lost;
     for (const SavedModel& model : structure.models) {
         std::vector<SavedBond> others;
+        const std::vector<char> letters = alternativeLetters(model, names, report);
         for (const SavedBond& bond : model.bonds) {
-            std::string key = namesOfBond(model, {bond.first, bond.second}, names);
+            std::string key = namesOfBond(model, {bond.first, bond.second}, names, letters);
             if (&model == &structure.models.front())
                 listed.insert(std::move(key));
-            else if (!listed.contains(key))
+            else if (!listed.contains(key) && !areApart(letters[bond.first], letters[bond.second]))
                 others.push_back(bond);
         }
         lost += countNotFoundAgain(others, model, names, report);

@@ -340,6 +340,12 @@ std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::u
     return namesOf(model, atoms.first, names) + namesOf(model, atoms.second, names);
 }
 
+std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::uint32_t> atoms,
+                        const std::vector<std::string>& names, const std::vector<char>& letters) {
+    return namesOf(model, atoms.first, names, letters[atoms.first]) +
+           namesOf(model, atoms.second, names, letters[atoms.second]);
+}
+
 std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
                                       const std::vector<std::string>& names,
                                       const SaveReport& report) {

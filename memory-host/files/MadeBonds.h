@@ -20,6 +20,9 @@ bondsFoundAgain(const SavedModel& model, const std::vector<std::string>& names,
 /// The names by which a file knows both atoms of a bond.
 std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::uint32_t> atoms,
                         const std::vector<std::string>& names);
+/// Likewise, with the letters that the atoms of the model get; see alternativeLetters().
+std::string namesOfBond(const SavedModel& model, std::pair<std::uint32_t, std::uint32_t> atoms,
+                        const std::vector<std::string>& names, const std::vector<char>& letters);
 
 /// Where a file lists bonds.
 enum class BondRecords : std::uint8_t {

@@ -225,6 +225,23 @@ private slots:
         QCOMPARE(bondNames(items[0]).size(), 1);
         QCOMPARE(bondNames(items[1]).size(), 0);
     }
+    void bondsOfFurtherModelsAreSaidWhereTheFirstHasOtherAlternativeLocations() {
+        const QByteArray model =
+            chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500") + "ENDMDL\n";
+        openText("MODEL        1\n" + model + "MODEL        2\n" + model + "CONECT    1    2\n");
+        makeSecondLocation("/test.1/A/Groups/ALA 1");
+        for (const char* name : {"saved.pdb.gz", "saved.cif"}) {
+            const bool isLost = QString(name).endsWith("cif");
+            QCOMPARE(save(name).contains("1 bond of further models is not kept, as the first model "
+                                         "has none between these atoms"),
+                     isLost);
+            const auto items = opened(path(name).toStdString()).items;
+            QCOMPARE(bondNames(items[0]).size(), 1);
+            QCOMPARE(bondNames(items[1]).size(), isLost ? 0 : 1);
+            for (Compound* read : items)
+                TAVIK::DataMaker::Destroy(read);
+        }
+    }
     void bondsOfModelsOfUnlikeAtomsAreKeptInConversions() {
         const QByteArray one =
             chainOf({" C0 ", " C1 ", " C2 ", " C3 "}).replace("   4.500", "   8.000");
