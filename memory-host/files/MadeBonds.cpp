@@ -21,7 +21,6 @@ namespace {
 
 using Letters = std::vector<char>; // of alternative locations, by atom; see alternativeLetters()
 
-// Whether a bond is taken over from a file that lists it.
 BondPair endsOf(const SavedBond& bond) {
     return {bond.first, bond.second};
 }
@@ -74,24 +73,67 @@ private:
     std::vector<std::uint32_t> m_bonds; ///< by atom: how many the file lists
 };
 
+// The search for bonds by distance when a model is read again.
+class SearchAgain {
+public:
+    SearchAgain(const SavedModel& model, const std::vector<std::string>& names,
+                const Letters& letters)
+        : m_atoms(model.atoms.size()) {
+        const BondAtoms make;
+        for (std::size_t i = 0; i != model.residues.size(); ++i) {
+            const bool canBond = names[model.residues[i].name] != membraneMarker;
+            for (std::uint32_t k = model.residues[i].firstAtom; k != model.atomEnd(i); ++k) {
+                const SavedAtom& atom = model.atoms[k];
+                m_atoms[k] =
+                    make.of(elementOf(names[atom.element]), atom.position,
+                            canBond && atom.hasPosition, static_cast<unsigned char>(letters[k]));
+                m_alternatives = std::max(m_alternatives, atom.model);
+            }
+        }
+        for (const SavedBond& bond : model.bonds)
+            if (bond.isListed)
+                BondAtoms::join(m_atoms[bond.first], m_atoms[bond.second]);
+    }
+
+    std::vector<BondPair> find() const { return findBonds(m_atoms, m_alternatives).pairs; }
+    /// Takes into account a bond that the file is going to list. Returns whether that holds a metal
+    /// which was not held before, so that other bonds of it may not be found.
+    bool join(const SavedBond& bond) {
+        BondAtom& first = m_atoms[bond.first];
+        BondAtom& second = m_atoms[bond.second];
+        const auto heldMetals = [&] {
+            return static_cast<int>(first.kind == BondKind::Metal && first.isHeld) +
+                   static_cast<int>(second.kind == BondKind::Metal && second.isHeld);
+        };
+        const int before = heldMetals();
+        BondAtoms::join(first, second);
+        return heldMetals() != before;
+    }
+
+private:
+    std::vector<BondAtom> m_atoms;
+    std::uint16_t m_alternatives = 0;
+};
+
 std::vector<BondPair> foundAgain(const SavedModel& model, const std::vector<std::string>& names,
                                  const Letters& letters) {
-    std::vector<BondAtom> atoms(model.atoms.size());
-    const BondAtoms make;
-    std::uint16_t alternatives = 0;
-    for (std::size_t i = 0; i != model.residues.size(); ++i) {
-        const bool canBond = names[model.residues[i].name] != membraneMarker;
-        for (std::uint32_t k = model.residues[i].firstAtom; k != model.atomEnd(i); ++k) {
-            const SavedAtom& atom = model.atoms[k];
-            atoms[k] = make.of(elementOf(names[atom.element]), atom.position,
-                               canBond && atom.hasPosition, static_cast<unsigned char>(letters[k]));
-            alternatives = std::max(alternatives, atom.model);
-        }
+    return SearchAgain(model, names, letters).find();
+}
+
+// Marks the bonds that are found again. Those found when the file was read, but not any more, join
+// them.
+void markFoundAgain(SavedModel& model, const std::vector<BondPair>& again) {
+    std::vector<BondPair> lost;
+    std::ranges::set_difference(model.foundBonds, again, std::back_inserter(lost));
+    for (const auto& [first, second] : lost)
+        model.bonds.push_back({first, second});
+    if (!lost.empty()) {
+        std::vector<BondPair> found;
+        std::ranges::set_intersection(model.foundBonds, again, std::back_inserter(found));
+        model.foundBonds = std::move(found);
     }
-    for (const SavedBond& bond : model.bonds)
-        if (bond.isListed)
-            BondAtoms::join(atoms[bond.first], atoms[bond.second]);
-    return findBonds(atoms, alternatives).pairs;
+    for (SavedBond& bond : model.bonds)
+        bond.isFoundAgain = std::ranges::binary_search(again, endsOf(bond));
 }
 
 // The names of the atom of a model, in an alternative location.
@@ -164,15 +206,38 @@ void addListedElsewhere(const SavedStructure& structure, bool isTextKept,
     }
 }
 
-Settled settle(SavedModel& model, const std::vector<std::string>& names, const SaveReport& report) {
-    const Letters letters = alternativeLetters(model, names, report);
-    const std::vector<BondPair> again = foundAgain(model, names, letters);
-    std::vector<BondPair> there = model.foundBonds;
-    for (SavedBond& bond : model.bonds) {
-        there.emplace_back(bond.first, bond.second);
-        bond.isFoundAgain = std::ranges::binary_search(again, there.back());
+// All bonds of a model, ascending.
+std::vector<BondPair> allBonds(const SavedModel& model) {
+    std::vector<BondPair> all = model.foundBonds;
+    for (const SavedBond& bond : model.bonds)
+        all.push_back(endsOf(bond));
+    std::ranges::sort(all);
+    return all;
+}
+
+// The bonds that are found again, which model.bonds knows of afterwards.
+std::vector<BondPair> findAgain(SavedModel& model, BondRecords records,
+                                const std::vector<std::string>& names, const Letters& letters) {
+    SearchAgain search(model, names, letters);
+    std::vector<BondPair> again = search.find();
+    markFoundAgain(model, again);
+    bool isFurtherHeld = false;
+    if (records != BondRecords::Kept)
+        for (const SavedBond& bond : model.bonds)
+            if (isToBeListed(bond) && search.join(bond))
+                isFurtherHeld = true;
+    if (isFurtherHeld) { // The bonds that are lost by it hold no others: they are to no ligands.
+        again = search.find();
+        markFoundAgain(model, again);
     }
-    std::ranges::sort(there);
+    return again;
+}
+
+Settled settle(SavedModel& model, BondRecords records, const std::vector<std::string>& names,
+               const SaveReport& report) {
+    const Letters letters = alternativeLetters(model, names, report);
+    const std::vector<BondPair> there = allBonds(model);
+    const std::vector<BondPair> again = findAgain(model, records, names, letters);
     markRelettered(model, letters, there, again);
     const std::vector<BondPair> lost = atomsOfLost(model);
     for (std::size_t i = 0; i != lost.size(); ++i)
@@ -181,10 +246,6 @@ Settled settle(SavedModel& model, const std::vector<std::string>& names, const S
     std::vector<BondPair> pairs;
     std::ranges::set_difference(again, there, std::back_inserter(pairs));
     (model.lacksBonds ? settled.comingBack : settled.appearing) = pairs.size();
-    pairs.clear();
-    std::ranges::set_difference(model.foundBonds, again, std::back_inserter(pairs));
-    for (const auto& [first, second] : pairs)
-        model.bonds.push_back({first, second});
     std::ranges::sort(model.bonds, {}, endsOf);
     UnreadBonds(model, letters, settled).takeOut();
     return settled;
@@ -366,7 +427,7 @@ void settleBonds(SavedContent& content, BondRecords records, SaveReport& report)
         for (SavedModel& model : structure.models) {
             if (!model.isEdited)
                 continue;
-            const Settled settled = settle(model, content.names, report);
+            const Settled settled = settle(model, records, content.names, report);
             all.comingBack += settled.comingBack;
             all.appearing += settled.appearing;
             std::ranges::transform(all.unread, settled.unread, all.unread.begin(), std::plus());

@@ -318,6 +318,20 @@ private slots:
         bond("/test.2/A", "ALA 1/C2", "ALA 1/C3");
         QCOMPARE(save("both.pdb"), QStringList());
     }
+    // Of a metal for which the file lists ligands, no bonds to carbon are found.
+    void bondsOfAMetalThatABondHoldsAreKept() {
+        openText(chainOf({"ZN  ", " C1 ", " N1 "})
+                     .replace("   1.500", "  -2.000")
+                     .replace("ALA", "LIG"));
+        QCOMPARE(bondNames(item("/test")), QStringList("LIG 1 ZN-C1"));
+        bond("/test/A", "LIG 1/ZN", "LIG 1/N1");
+        for (const char* name : {"saved.pdb", "saved.cif"}) {
+            QCOMPARE(save(name), QStringList());
+            Compound* const read = opened(path(name).toStdString()).items.front();
+            QCOMPARE(bondNames(read), QStringList({"LIG 1 ZN-C1", "LIG 1 ZN-N1"}));
+            TAVIK::DataMaker::Destroy(read);
+        }
+    }
     // As in files whose numbers begin anew with each chain.
     void bondsOfAtomsWhoseNumberIsNotTheirOwnAreSaid() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C3 "}).replace("   3.000", "   5.000");
