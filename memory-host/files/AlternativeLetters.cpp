@@ -1,6 +1,7 @@
 #include "AlternativeLetters.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace memory_host {
@@ -32,18 +33,29 @@ ResidueLetters::ResidueLetters(std::span<const SavedAtom> atoms, const InFile& i
             letter = freeLetter();
 }
 
+// So that an atom which is put into another model changes its letter, and not those of all others.
 void ResidueLetters::takeFromFile(std::span<const SavedAtom> atoms, const InFile& inFile) {
-    std::vector<const SavedAtom*> rows;
+    struct Rows {
+        std::uint32_t count = 0;
+        std::uint32_t first = SavedAtom::newRow;
+    };
+    std::map<std::pair<std::uint16_t, std::string_view>, Rows> found;
     for (const SavedAtom& atom : atoms)
-        if (atom.row != SavedAtom::newRow && atom.model != 0 && !inFile(atom).empty())
-            rows.push_back(&atom);
-    std::ranges::sort(rows, {}, &SavedAtom::row);
-    for (const SavedAtom* atom : rows) {
-        std::string& letter = m_letters[indexOf(atom->model)];
-        if (!letter.empty())
-            continue;
-        if (std::string found(inFile(*atom)); m_used.insert(found).second)
-            letter = std::move(found);
+        if (atom.row != SavedAtom::newRow && atom.model != 0 && !inFile(atom).empty()) {
+            Rows& rows = found[{atom.model, inFile(atom)}];
+            ++rows.count;
+            rows.first = std::min(rows.first, atom.row);
+        }
+    std::vector<std::pair<std::pair<std::uint16_t, std::string_view>, Rows>> order(found.begin(),
+                                                                                   found.end());
+    std::ranges::sort(order, [](const auto& a, const auto& b) {
+        return a.second.count != b.second.count ? a.second.count > b.second.count
+                                                : a.second.first < b.second.first;
+    });
+    for (const auto& [use, rows] : order) {
+        std::string& letter = m_letters[indexOf(use.first)];
+        if (letter.empty() && m_used.emplace(use.second).second)
+            letter = use.second;
     }
 }
 

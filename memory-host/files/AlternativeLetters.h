@@ -15,9 +15,9 @@
 
 namespace memory_host {
 
-/// The letters of the alternative models of one residue: that of the first row of the file that is
-/// in the model, unless another model has it, or else the first free one of A to Z, 0 to 9 and a to
-/// z. Beyond these, numbers.
+/// The letters of the alternative models of one residue: that of most of the rows of the file that
+/// are in the model, or of the first of them, unless another model has it, or else the first free
+/// one of A to Z, 0 to 9 and a to z. Beyond these, numbers.
 class ResidueLetters {
 public:
     /// `inFile` gives the letter that the file has for an atom of it, or an empty text.

@@ -521,6 +521,14 @@ private slots:
         QVERIFY(saved.contains("CA C C ALA A 1"));
     }
 
+    void anAtomThatChangesItsLocationLeavesOthersTheirLetters() {
+        const QByteArray text = mmcif({"N N A ALA A 1 ? 0.0 0 0 1", "CA C A ALA A 1 ? 1.5 0 0 1",
+                                       "CB C A ALA A 1 ? 3.0 0 0 1", "CB C B ALA A 1 ? 3.0 1 0 1"});
+        openText(text);
+        TAVIK::SetAtomModel(atoms(item("/test")).front(), 2);
+        QCOMPARE(linesOnlyIn(savedText(), text), QByteArrayList({"N N B ALA A 1 ? 0.0 0 0 1"}));
+    }
+
     void alternativeModelsHaveLetters() {
         const QByteArray text =
             "data_x\n" +
