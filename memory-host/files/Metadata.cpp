@@ -12,6 +12,7 @@
 #include <gemmi/to_pdb.hpp>
 
 #include "CifEdit.h"
+#include "ConnectedAtoms.h"
 #include "Metadata.h"
 #include "Relettering.h"
 
@@ -71,7 +72,11 @@ std::string gemmiName(std::string_view name) {
 }
 
 std::string keyOf(const gemmi::Chain& chain, const gemmi::Residue& residue) {
-    return chain.name + ' ' + residue.str();
+    return residueKey(chain.name, residue);
+}
+
+std::string keyOf(const gemmi::AtomAddress& address) {
+    return residueKey(address.chain_name, address.res_id);
 }
 
 std::set<std::string> cisResidues(const gemmi::Structure& structure) {
@@ -93,6 +98,15 @@ std::vector<gemmi::Chain> takeResidues(gemmi::Structure& structure) {
         for (gemmi::Residue& residue : chain.residues)
             std::vector<gemmi::Atom>().swap(residue.atoms);
     return chains;
+}
+
+bool isToCopy(const gemmi::Connection& connection) {
+    return connection.asu == gemmi::Asu::Different;
+}
+
+// Whether reading takes it for a bond of the model.
+bool isBond(const gemmi::Connection& connection) {
+    return connection.type != gemmi::Connection::Hydrog && !isToCopy(connection);
 }
 
 gemmi::Connection::Type typeOf(const gemmi::Atom& a, const gemmi::Atom& b) {
@@ -147,6 +161,7 @@ void Metadata::build(const SavedContent& content, const std::vector<WrittenAtom>
         for (const std::string& chain : entity.subchains)
             entities.emplace(chain, &entity);
     m_starts.resize(m_model.atoms.size());
+    m_letters.resize(m_model.atoms.size());
     for (const WrittenAtom& item : written) {
         if (item.startsResidue) {
             addResidue(content, item);
@@ -163,6 +178,7 @@ void Metadata::build(const SavedContent& content, const std::vector<WrittenAtom>
         atom.altloc = item.alternative;
         atom.pos = gemmi::Position(saved.position[0], saved.position[1], saved.position[2]);
         atom.serial = static_cast<int>(item.atom + 1); // The index, for what gemmi finds.
+        m_letters[item.atom] = item.alternative;
         m_starts[item.atom] = static_cast<std::uint32_t>(m_places.size() - 1);
         model.chains[m_places.back().chain].residues[m_places.back().residue].atoms.push_back(
             std::move(atom));
@@ -177,32 +193,47 @@ void Metadata::keepCisBonds(const std::set<std::string>& cis) {
             residue.is_cis = cis.contains(keyOf(chain, residue));
 }
 
-// A connection is kept if both atoms are there, and nobody has taken the bond away.
+// A connection is kept with the letters that its atoms get, once for each pair of them, unless
+// somebody has taken the bond away.
 void Metadata::keepConnections() {
-    std::set<std::pair<std::uint32_t, std::uint32_t>> lost;
+    const ConnectedAtoms atoms(m_structure, m_model);
+    std::set<BondPair> lost;
     for (const LostBond& bond : m_model.lostBonds)
         lost.insert(std::minmax(bond.first, bond.second));
-    std::set<std::pair<std::uint32_t, std::uint32_t>> said;
-    gemmi::Model& model = m_structure.models.front();
-    std::erase_if(m_structure.connections, [&](const gemmi::Connection& connection) {
-        const gemmi::CRA a = model.find_cra(connection.partner1, true);
-        const gemmi::CRA b = model.find_cra(connection.partner2, true);
-        if (!a.atom || !b.atom || !isWritable(a.residue->seqid) || !isWritable(b.residue->seqid))
-            return true;
-        const auto first = static_cast<std::uint32_t>(a.atom->serial - 1);
-        const auto second = static_cast<std::uint32_t>(b.atom->serial - 1);
-        const bool isToCopy = connection.asu == gemmi::Asu::Different;
-        // Without symmetry operators, a bond to a copy would be written as one that is not.
-        if ((!isToCopy || m_structure.cell.images.empty()) &&
-            lost.contains(std::minmax(m_model.atoms[first].row, m_model.atoms[second].row)))
-            return true;
-        if (connection.type != gemmi::Connection::Hydrog && !isToCopy)
-            said.insert(std::minmax(first, second));
-        return false;
-    });
+    std::set<BondPair> said;
+    std::vector<gemmi::Connection> kept;
+    for (const gemmi::Connection& connection : m_structure.connections) {
+        std::size_t count = 0;
+        for (const BondPair& pair : atoms.pairsOf(connection)) {
+            if (!isKept(connection, pair, lost))
+                continue;
+            if (isBond(connection))
+                said.insert(std::minmax(pair.first, pair.second));
+            kept.push_back(connection);
+            kept.back().partner1.altloc = m_letters[pair.first];
+            kept.back().partner2.altloc = m_letters[pair.second];
+            if (++count > 1)
+                kept.back().name += '-' + std::to_string(count);
+        }
+        m_hydrogenBonds += connection.type == gemmi::Connection::Hydrog && count != 0;
+    }
+    m_structure.connections = std::move(kept);
     for (const SavedBond& bond : m_model.bonds)
         if (!said.contains({bond.first, bond.second}))
             m_otherBonds.push_back(bond);
+}
+
+// `lost` are bonds by rows.
+bool Metadata::isKept(const gemmi::Connection& connection, const BondPair& pair,
+                      const std::set<BondPair>& lost) const {
+    if (!isWritable(connection.partner1.res_id.seqid) ||
+        !isWritable(connection.partner2.res_id.seqid))
+        return false;
+    const SavedAtom& first = m_model.atoms[pair.first];
+    const SavedAtom& second = m_model.atoms[pair.second];
+    // Without symmetry operators, a bond to a copy would be written as one that is not.
+    return (isToCopy(connection) && !m_structure.cell.images.empty()) ||
+           !lost.contains(std::minmax(first.row, second.row));
 }
 
 bool Metadata::isThere(const gemmi::AtomAddress& address) const {
@@ -348,6 +379,12 @@ std::string Metadata::pdbHeaders() {
         if (connection.type == gemmi::Connection::Disulf &&
             (connection.partner1.atom_name != "SG" || connection.partner2.atom_name != "SG"))
             connection.type = gemmi::Connection::Covale;
+    // Nor letters: one is of all alternative locations.
+    std::set<std::pair<std::string, std::string>> disulfides;
+    std::erase_if(m_structure.connections, [&disulfides](const gemmi::Connection& connection) {
+        return connection.type == gemmi::Connection::Disulf && !isToCopy(connection) &&
+               !disulfides.emplace(keyOf(connection.partner1), keyOf(connection.partner2)).second;
+    });
     return gemmi::make_pdb_headers(m_structure);
 }
 
@@ -355,7 +392,7 @@ std::vector<SavedBond> Metadata::joinedByDisulfides() const {
     std::set<std::pair<std::uint32_t, std::uint32_t>> pairs;
     const gemmi::Model& model = m_structure.models.front();
     for (const gemmi::Connection& connection : m_structure.connections) {
-        if (connection.type != gemmi::Connection::Disulf || connection.asu == gemmi::Asu::Different)
+        if (connection.type != gemmi::Connection::Disulf || isToCopy(connection))
             continue;
         for (const gemmi::Atom& a : model.find_cra(connection.partner1, true).residue->atoms)
             for (const gemmi::Atom& b : model.find_cra(connection.partner2, true).residue->atoms)
@@ -370,11 +407,6 @@ std::vector<SavedBond> Metadata::joinedByDisulfides() const {
         if (isInReach(m_model.atoms[first], m_model.atoms[second]))
             bonds.push_back({first, second});
     return bonds;
-}
-
-std::size_t Metadata::hydrogenBonds() const {
-    return static_cast<std::size_t>(std::ranges::count(
-        m_structure.connections, gemmi::Connection::Hydrog, &gemmi::Connection::type));
 }
 
 // By atom: whether a row that names it names another atom, too. Without a letter, it names the atom

@@ -28,8 +28,8 @@ public:
 
     /// The records before the atoms of a PDB file.
     std::string pdbHeaders();
-    /// How many of the connections are hydrogen bonds, which PDB files have no record of.
-    std::size_t hydrogenBonds() const;
+    /// How many of the kept rows are hydrogen bonds, which PDB files have no record of.
+    std::size_t hydrogenBonds() const { return m_hydrogenBonds; }
     /// The bonds that SSBOND records of these connections list, too, by atoms of the model: the
     /// records are about all alternative locations.
     std::vector<SavedBond> joinedByDisulfides() const;
@@ -55,7 +55,10 @@ private:
     void build(const SavedContent& content, const std::vector<WrittenAtom>& written);
     void addResidue(const SavedContent& content, const WrittenAtom& atom);
     void keepCisBonds(const std::set<std::string>& cis);
+    using BondPair = std::pair<std::uint32_t, std::uint32_t>;
     void keepConnections();
+    bool isKept(const gemmi::Connection& connection, const BondPair& pair,
+                const std::set<BondPair>& lost) const;
     bool isThere(const gemmi::AtomAddress& address) const;
     int trim(const std::vector<gemmi::Chain>& before, gemmi::AtomAddress& start,
              gemmi::AtomAddress& end) const;
@@ -67,6 +70,8 @@ private:
     gemmi::Structure m_structure;
     std::vector<Place> m_places;         ///< by residue that starts
     std::vector<std::uint32_t> m_starts; ///< by atom: the residue that it is in
+    std::vector<char> m_letters;         ///< by atom: of its alternative location, or 0
+    std::size_t m_hydrogenBonds = 0;
     std::vector<SavedBond> m_otherBonds;
     std::vector<SavedBond> m_ambiguousBonds;
 };

@@ -92,6 +92,31 @@ class SavedBondsTest : public FileTestCase {
         opened(path("test.cif").toStdString());
         QCOMPARE(bondNames(item("/test")), bonds);
     }
+    /// Opens the mmCIF file of these atoms and rows of _struct_conn, which say the type, and of
+    /// both atoms the chain, number, name, residue and letter.
+    void openConnections(const QStringList& atoms, const QStringList& rows) {
+        QByteArray text = mmcif(atoms) + "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n";
+        for (const char* partner : {"ptnr1", "ptnr2"})
+            for (const char* tag : {"%_auth_asym_id", "%_auth_seq_id", "%_label_atom_id",
+                                    "%_label_comp_id", "pdbx_%_label_alt_id"})
+                text += "_struct_conn." + QByteArray(tag).replace("%", partner) + '\n';
+        int number = 0;
+        for (const QString& row : rows)
+            text += QStringLiteral("c%1 %2\n").arg(++number).arg(row).toLatin1();
+        openText(text, {}, "test.cif");
+    }
+    /// The connections of a converted file: id, name and letter of both atoms, symmetry operator.
+    QStringList connectionsIn(const char* name) {
+        QStringList rows;
+        for (const QString& line : QString::fromLatin1(unpacked(path(name))).split('\n')) {
+            const QStringList values = line.simplified().split(' ');
+            if (values.size() == 22)
+                rows << QStringList(
+                            {values[0], values[6], values[7], values[15], values[16], values[19]})
+                            .join(' ');
+        }
+        return rows;
+    }
     static void bond(const std::string& chain, const char* first, const char* second) {
         const DataPointBase guard(nullptr, Publisher::Add, "Bond");
         const auto atom = [&chain](const char* name) {
@@ -400,6 +425,57 @@ private slots:
         QCOMPARE(save("saved.pdb"), QStringList());
         QCOMPARE(bondsIn("saved.pdb"), QStringList("ALA 1 C1-C2"));
         QVERIFY(unpacked(path("saved.pdb")).startsWith(QByteArray(link).replace("C2  A", "C2 AA")));
+    }
+    void convertedLinksAreOnlyOfTheLocationThatHasThem() {
+        const QByteArray link = "LINK         C1  ALA A   1                 C2  ALA A   1     1555 "
+                                "  1555  4.50\n";
+        openText(link + QByteArray(link).replace("  1555  4.50", "  2545 10.97") +
+                 "CRYST1   20.000   20.000   20.000  90.00  90.00  90.00 P 1 21 1      2\n" +
+                 chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500"));
+        makeSecondLocation("/test/A/Groups/ALA 1");
+        QCOMPARE(save("saved.cif"), QStringList());
+        QCOMPARE(bondsIn("saved.cif"), QStringList("ALA 1 C1-C2"));
+        QCOMPARE(connectionsIn("saved.cif"),
+                 QStringList({"covale1 C1 ? C2 A 1_555", "covale2 C1 ? C2 A 2_545"}));
+    }
+    void convertedConnectionsAreOnlyOfTheLocationThatHasThem() {
+        openConnections({"SG S . CYS A 1 ? 0 0 0 1", "SG S . CYS B 1 ? 4.5 0 0 1",
+                         "ZN ZN . ZN C 1 ? 0 -4.5 0 1", "O O . HOH D 1 ? 0 0 3.0 1"},
+                        {"disulf A 1 SG CYS . B 1 SG CYS .", "metalc C 1 ZN ZN . A 1 SG CYS .",
+                         "hydrog A 1 SG CYS . D 1 O HOH ."});
+        const QStringList bonds = bondNames(item("/test"));
+        QCOMPARE(bonds.size(), 2);
+        makeSecondLocation("/test/A/Groups/CYS 1", "SG");
+        QCOMPARE(save("saved.pdb"), QStringList("the file's 1 row of category _struct_conn with "
+                                                "the type hydrog is not kept"));
+        const QByteArray text = unpacked(path("saved.pdb"));
+        QCOMPARE(text.count("SSBOND"), 1);
+        QVERIFY(text.contains("LINK        ZN    ZN C   1                 SG ACYS A   1"));
+        QVERIFY(!text.contains("CONECT"));
+        QCOMPARE(bondsIn("saved.pdb"), bonds);
+    }
+    // A record without letters is one for each location.
+    void convertedConnectionsOfSeveralLocationsGetTheirLetters() {
+        openConnections({"SG S A CYS A 1 ? 0 0 0 1", "SG S B CYS A 1 ? 0 1 0 1",
+                         "SG S A CYS B 1 ? 4.5 0 0 1", "SG S B CYS B 1 ? 4.5 1 0 1",
+                         "ZN ZN . ZN C 1 ? 0 -4.5 0 1"},
+                        {"disulf A 1 SG CYS . B 1 SG CYS .", "metalc C 1 ZN ZN . A 1 SG CYS .",
+                         "hydrog A 1 SG CYS . B 1 SG CYS ."});
+        const QStringList bonds = bondNames(item("/test"));
+        QCOMPARE(bonds.size(), 4);
+        QCOMPARE(save("saved.pdb"), QStringList("the file's 1 row of category _struct_conn with "
+                                                "the type hydrog is not kept"));
+        const QByteArray text = unpacked(path("saved.pdb"));
+        QCOMPARE(text.count("SSBOND"), 1);
+        QCOMPARE(text.count("LINK"), 2);
+        QVERIFY(!text.contains("CONECT"));
+        Compound* const read = opened(path("saved.pdb").toStdString()).items.front();
+        QCOMPARE(bondNames(read), bonds);
+        TAVIK::DataMaker::Destroy(item("/test"));
+        QCOMPARE(save("again.cif"), QStringList());
+        QCOMPARE(connectionsIn("again.cif"),
+                 QStringList({"disulf1 SG A SG A 1_555", "metalc1 ZN ? SG A 1_555",
+                              "metalc2 ZN ? SG B 1_555", "bond1 SG B SG B 1_555"}));
     }
     // Disulfides are listed without letters.
     void bondsThatADisulfideGivesFurtherLocationsAreSaid() {
