@@ -219,7 +219,8 @@ void Metadata::keepConnections() {
     }
     m_structure.connections = std::move(kept);
     for (const SavedBond& bond : m_model.bonds)
-        if (!said.contains({bond.first, bond.second}))
+        if (!said.contains({bond.first, bond.second}) &&
+            !areApart(m_letters[bond.first], m_letters[bond.second]))
             m_otherBonds.push_back(bond);
 }
 
@@ -232,8 +233,11 @@ bool Metadata::isKept(const gemmi::Connection& connection, const BondPair& pair,
     const SavedAtom& first = m_model.atoms[pair.first];
     const SavedAtom& second = m_model.atoms[pair.second];
     // Without symmetry operators, a bond to a copy would be written as one that is not.
-    return (isToCopy(connection) && !m_structure.cell.images.empty()) ||
-           !lost.contains(std::minmax(first.row, second.row));
+    if ((!isToCopy(connection) || m_structure.cell.images.empty()) &&
+        lost.contains(std::minmax(first.row, second.row)))
+        return false;
+    return !isBond(connection) || !areApart(m_letters[pair.first], m_letters[pair.second]) ||
+           areApart(first.details.alternative, second.details.alternative);
 }
 
 bool Metadata::isThere(const gemmi::AtomAddress& address) const {

@@ -477,6 +477,24 @@ private slots:
                  QStringList({"disulf1 SG A SG A 1_555", "metalc1 ZN ? SG A 1_555",
                               "metalc2 ZN ? SG B 1_555", "bond1 SG B SG B 1_555"}));
     }
+    void convertedFilesDoNotListBondsBetweenAlternativeLocations() {
+        const QByteArray link = "LINK         C1 AALA A   1                 C2 AALA A   1     1555 "
+                                "  1555  4.50\n";
+        QByteArray atoms = chainOf({" C1 ", " C2 ", " C3 ", " C4 "});
+        for (int row = 0; row != 4; ++row)
+            atoms[row * atoms.size() / 4 + 16] = row == 3 ? 'B' : 'A';
+        atoms.replace("   4.500", "  13.500").replace("   3.000", "   9.000");
+        openText(link + atoms.replace("   1.500", "   4.500") + "CONECT    2    3\n");
+        QCOMPARE(bondNames(item("/test")), QStringList({"ALA 1 C1-C2", "ALA 1 C2-C3"}));
+        {
+            const DataPointBase guard(nullptr, Publisher::Update, "Model");
+            TAVIK::SetAtomModel(dynamic_cast<TAVIK::Atom*>(item("/test/A/Groups/ALA 1/C2")), 2);
+        }
+        QVERIFY(save("saved.cif")
+                    .contains("2 bonds are not kept, as the atoms are in different alternative "
+                              "locations"));
+        QCOMPARE(bondsIn("saved.cif"), QStringList()); // without a remark
+    }
     // Disulfides are listed without letters.
     void bondsThatADisulfideGivesFurtherLocationsAreSaid() {
         openText(
