@@ -368,6 +368,33 @@ void Metadata::nameBlankChains() {
                 name(address->chain_name);
 }
 
+namespace {
+
+// gemmi writes letters of alternative locations in upper case into LINK records. These stand
+// together, in the order of the connections.
+void putLetters(const std::vector<gemmi::Connection>& connections, std::string& headers) {
+    constexpr std::string_view record = "LINK  ";
+    constexpr std::size_t first = 16; // from 0
+    constexpr std::size_t second = 46;
+    std::size_t line =
+        headers.starts_with(record) ? 0 : headers.find('\n' + std::string(record)) + 1;
+    for (const gemmi::Connection& connection : connections) {
+        if (connection.type == gemmi::Connection::Disulf ||
+            connection.type == gemmi::Connection::Hydrog)
+            continue;
+        if (headers.compare(line, record.size(), record) != 0)
+            return;
+        const auto put = [&](std::size_t column, char letter) {
+            headers[line + column] = letter == '\0' ? ' ' : letter;
+        };
+        put(first, connection.partner1.altloc);
+        put(second, connection.partner2.altloc);
+        line = headers.find('\n', line) + 1;
+    }
+}
+
+} // namespace
+
 std::string Metadata::pdbHeaders() {
     const PointsInNumbers points;
     for (gemmi::Entity& entity : m_structure.entities) {
@@ -389,7 +416,9 @@ std::string Metadata::pdbHeaders() {
         return connection.type == gemmi::Connection::Disulf && !isToCopy(connection) &&
                !disulfides.emplace(keyOf(connection.partner1), keyOf(connection.partner2)).second;
     });
-    return gemmi::make_pdb_headers(m_structure);
+    std::string headers = gemmi::make_pdb_headers(m_structure);
+    putLetters(m_structure.connections, headers);
+    return headers;
 }
 
 std::vector<SavedBond> Metadata::joinedByDisulfides() const {

@@ -495,6 +495,16 @@ private slots:
                               "locations"));
         QCOMPARE(bondsIn("saved.cif"), QStringList()); // without a remark
     }
+    void namesInConvertedLinksKeepTheirCase() {
+        openConnections({"C1 C . LIG b 1 ? 0 0 0 1", "C2 C a LIG b 1 ? 4.5 0 0 1",
+                         "C2 C A LIG b 1 ? 0 4.6 0 1"},
+                        {"covale b 1 C1 LIG . b 1 C2 LIG a"});
+        const QStringList bonds = bondNames(item("/test"));
+        QCOMPARE(bonds.size(), 1);
+        QCOMPARE(save("saved.pdb"), QStringList());
+        QVERIFY(unpacked(path("saved.pdb")).contains(" C2 aLIG b   1     1555"));
+        QCOMPARE(bondsIn("saved.pdb"), bonds);
+    }
     // Disulfides are listed without letters.
     void bondsThatADisulfideGivesFurtherLocationsAreSaid() {
         openText(
