@@ -1,15 +1,12 @@
 #include "ConnectedAtoms.h"
 
 #include "Relettering.h"
+#include "ResidueKey.h"
 
 #include <bitset>
 #include <limits>
 
 namespace memory_host {
-
-std::string residueKey(const std::string& chain, const gemmi::ResidueId& residue) {
-    return chain + ' ' + residue.str();
-}
 
 ConnectedAtoms::ConnectedAtoms(const gemmi::Structure& structure, const SavedModel& model)
     : m_model(model) {

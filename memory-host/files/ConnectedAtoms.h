@@ -13,9 +13,6 @@
 
 namespace memory_host {
 
-/// What tells a residue from others, as far as files name it.
-std::string residueKey(const std::string& chain, const gemmi::ResidueId& residue);
-
 /// Finds the atoms of connections among those that are saved.
 class ConnectedAtoms {
 public:

@@ -15,6 +15,8 @@
 #include "ConnectedAtoms.h"
 #include "Metadata.h"
 #include "Relettering.h"
+#include "ResidueKey.h"
+#include "SecondaryStructure.h"
 
 #include <algorithm>
 #include <charconv>
@@ -57,11 +59,7 @@ gemmi::SeqId seqIdOf(const SavedResidue& residue, const SavedContent& content) {
     return id;
 }
 
-bool isWritable(const gemmi::SeqId& id) {
-    return id.num.has_value() && *id.num > -1000;
-}
-
-bool isWritable(const gemmi::Entity::DbRef& reference) {
+bool areNumbersWritable(const gemmi::Entity::DbRef& reference) {
     return isWritable(reference.seq_begin) && isWritable(reference.seq_end) &&
            isWritable(reference.db_begin) && isWritable(reference.db_end);
 }
@@ -130,7 +128,7 @@ Metadata::Metadata(const SavedModel& model, std::size_t models, const SavedConte
     gemmi::assign_label_seq_id(m_structure, false);
     keepCisBonds(cis);
     keepConnections();
-    keepSecondaryStructure(before);
+    trimSecondaryStructure(m_structure, before);
     while (m_structure.models.size() < models)
         m_structure.models.emplace_back(std::to_string(m_structure.models.size() + 1));
 }
@@ -240,64 +238,6 @@ bool Metadata::isKept(const gemmi::Connection& connection, const BondPair& pair,
            areApart(first.details.alternative, second.details.alternative);
 }
 
-bool Metadata::isThere(const gemmi::AtomAddress& address) const {
-    const gemmi::const_CRA found = m_structure.models.front().find_cra(address);
-    return found.residue != nullptr && isWritable(found.residue->seqid);
-}
-
-// Brings the ends of a range of residues to the first and last of it that are left. Returns how
-// many went, or -1 if all did, or the file did not have the ends.
-int Metadata::trim(const std::vector<gemmi::Chain>& before, gemmi::AtomAddress& start,
-                   gemmi::AtomAddress& end) const {
-    if (isThere(start) && isThere(end))
-        return 0;
-    for (const gemmi::Chain& chain : before) {
-        const auto placeOf = [&chain](const gemmi::AtomAddress& address) {
-            return std::ranges::find_if(chain.residues, [&address](const gemmi::Residue& residue) {
-                return address.res_id.matches_noseg(residue);
-            });
-        };
-        if (chain.name != start.chain_name || chain.name != end.chain_name)
-            continue;
-        auto first = placeOf(start);
-        auto last = placeOf(end);
-        if (first == chain.residues.end() || last == chain.residues.end() || last < first)
-            continue;
-        const auto length = last - first;
-        const auto take = [](gemmi::AtomAddress& address, const gemmi::Residue& residue) {
-            address.res_id.seqid = residue.seqid;
-            address.res_id.name = residue.name;
-        };
-        for (take(start, *first); !isThere(start) && first != last;)
-            take(start, *++first);
-        for (take(end, *last); !isThere(end) && first != last;)
-            take(end, *--last);
-        return isThere(start) ? static_cast<int>(length - (last - first)) : -1;
-    }
-    return -1;
-}
-
-void Metadata::keepSecondaryStructure(const std::vector<gemmi::Chain>& before) {
-    std::erase_if(m_structure.helices, [&](gemmi::Helix& helix) {
-        const int gone = trim(before, helix.start, helix.end);
-        if (gone > 0 && helix.length > gone)
-            helix.length -= gone;
-        return gone < 0;
-    });
-    for (gemmi::Sheet& sheet : m_structure.sheets) {
-        std::erase_if(sheet.strands, [&](gemmi::Sheet::Strand& strand) {
-            return trim(before, strand.start, strand.end) < 0;
-        });
-        if (!sheet.strands.empty())
-            sheet.strands.front().sense = 0;
-        for (gemmi::Sheet::Strand& strand : sheet.strands)
-            if (!isThere(strand.hbond_atom1) || !isThere(strand.hbond_atom2))
-                strand.hbond_atom1 = strand.hbond_atom2 = gemmi::AtomAddress();
-    }
-    std::erase_if(m_structure.sheets,
-                  [](const gemmi::Sheet& sheet) { return sheet.strands.empty(); });
-}
-
 std::vector<ResidueIds> Metadata::residues() const {
     std::unordered_map<std::string, std::string> entities;
     for (const gemmi::Entity& entity : m_structure.entities)
@@ -403,7 +343,8 @@ std::string Metadata::pdbHeaders() {
                 return gemmi::Entity::first_mon(name).size() > 3;
             }))
             entity.full_sequence.clear();
-        std::erase_if(entity.dbrefs, [](const auto& reference) { return !isWritable(reference); });
+        std::erase_if(entity.dbrefs,
+                      [](const auto& reference) { return !areNumbersWritable(reference); });
     }
     // SSBOND records have no names of atoms.
     for (gemmi::Connection& connection : m_structure.connections)

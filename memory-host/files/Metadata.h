@@ -45,6 +45,7 @@ public:
                                        const std::vector<WrittenAtom>& written) const;
 
 private:
+    using BondPair = std::pair<std::uint32_t, std::uint32_t>;
     struct Place {
         std::size_t chain;
         std::size_t residue;
@@ -55,14 +56,9 @@ private:
     void build(const SavedContent& content, const std::vector<WrittenAtom>& written);
     void addResidue(const SavedContent& content, const WrittenAtom& atom);
     void keepCisBonds(const std::set<std::string>& cis);
-    using BondPair = std::pair<std::uint32_t, std::uint32_t>;
     void keepConnections();
     bool isKept(const gemmi::Connection& connection, const BondPair& pair,
                 const std::set<BondPair>& lost) const;
-    bool isThere(const gemmi::AtomAddress& address) const;
-    int trim(const std::vector<gemmi::Chain>& before, gemmi::AtomAddress& start,
-             gemmi::AtomAddress& end) const;
-    void keepSecondaryStructure(const std::vector<gemmi::Chain>& before);
     std::vector<bool> ambiguousAtoms() const;
     void addConnections(gemmi::cif::Block& block);
 
