@@ -31,11 +31,16 @@ void BondReferences::lose(const Atom& first, const Atom& second, bool isFoundAga
         m_known[key.text].isLost = true;
 }
 
-void BondReferences::reletter(const Atom& first, const Atom& second, std::size_t joined) {
+void BondReferences::reletter(const Atom& first, const Atom& second, const SavedBond& bond) {
+    const bool isNeeded = !bond.isFoundAgain && !bond.isUnread;
     for (const Key& key : keysOf(first, second)) {
-        Fate& fate = m_known[key.text].fate;
-        fate.joined = std::max(fate.joined, joined);
+        Known& known = m_known[key.text];
+        known.fate.joined = std::max<std::size_t>(known.fate.joined, bond.joined);
+        if (isNeeded)
+            known.needed.push_back({m_needed.size(), key.isSwapped});
     }
+    if (isNeeded)
+        m_needed.push_back({&bond, {first.letter, second.letter}});
 }
 
 void BondReferences::keep(const Atom& first, const Atom& second) {
@@ -87,6 +92,29 @@ BondReferences::Fate BondReferences::of(const std::string& first, const std::str
     if (key.isSwapped)
         std::swap(fate.letters[0], fate.letters[1]);
     return fate;
+}
+
+void BondReferences::list(const std::string& first, const std::string& second,
+                          const std::array<std::string_view, 2>& letters) {
+    const Key key = keyOf(first, second);
+    const auto found = m_known.find(key.text);
+    if (found == m_known.end())
+        return;
+    for (const auto& [index, isSwapped] : found->second.needed) {
+        Needed& needed = m_needed[index];
+        const std::size_t one = isSwapped == key.isSwapped ? 0 : 1;
+        needed.isListed =
+            needed.isListed || (!needed.bond->isAmbiguous && needed.isNamed(0, letters[one]) &&
+                                needed.isNamed(1, letters[1 - one]));
+    }
+}
+
+std::vector<const SavedBond*> BondReferences::unlisted() const {
+    std::vector<const SavedBond*> bonds;
+    for (const Needed& needed : m_needed)
+        if (!needed.isListed)
+            bonds.push_back(needed.bond);
+    return bonds;
 }
 
 } // namespace memory_host

@@ -40,7 +40,7 @@ private:
     void writeMaster(const TextLine& line);
     void collectSite(const TextLine& line);
     void writeSite();
-    void writeMadeBonds();
+    void writeBonds();
     void insert(std::string_view next, bool isAtEnd);
     void insertResidue(const Insertion& insertion);
     void copy(const TextLine& line) { add(line.content, line.end); }
@@ -125,7 +125,7 @@ void PdbEditor::write(std::string_view text) {
     }
     writeSite();
     insert({}, true);
-    writeMadeBonds();
+    writeBonds();
     // Without its end, a row that is shorter than those that are left would be taken for cut.
     if (m_isLineOpen && !m_out.ends_with(text))
         m_out += m_file.lineEnd;
@@ -208,9 +208,10 @@ void PdbEditor::writeOther(const TextLine& line) {
         if (!updated.empty()) {
             add(updated, line.end);
             m_now.add(updated);
+            m_file.relisting.see(updated);
         }
     } else if (isRecord(line.content, "MASTER")) {
-        writeMadeBonds();
+        writeBonds();
         writeMaster(line);
     } else if (isRecord(line.content, "NUMMDL")) {
         std::string record(line.content);
@@ -218,13 +219,15 @@ void PdbEditor::writeOther(const TextLine& line) {
         add(record, line.end);
     } else {
         if (isRecord(line.content, "END") && m_row == m_file.rows.size())
-            writeMadeBonds();
+            writeBonds();
         const References::Outcome outcome = m_file.references.update(line.content);
         if (!outcome.isKept)
             return;
         m_shared.comingBack += outcome.comingBack;
         m_shared.joined += outcome.joined;
         m_now.add(line.content);
+        if (isRecord(line.content, "CONECT"))
+            m_file.relisting.see(line.content);
         add(outcome.changed.empty() ? line.content : outcome.changed, line.end);
     }
 }
@@ -372,11 +375,12 @@ std::string PdbEditor::serialOfAtom(const RowPlace& place) const {
     return found == m_newSerials.end() || found->second.size() != 5 ? std::string() : found->second;
 }
 
-void PdbEditor::writeMadeBonds() {
+// Bonds that were made, and those that records do not list by names any more.
+void PdbEditor::writeBonds() {
     if (std::exchange(m_areBondsWritten, true))
         return;
-    std::vector<std::pair<std::string, std::string>> bonds;
-    std::size_t nameless = 0;
+    auto [bonds, nameless, ambiguous] =
+        m_file.relisting.bonds(m_file.references.unlistedBonds(), m_file.rows);
     for (std::uint32_t i = 0; i != m_structure.models.size(); ++i) {
         for (const SavedBond& bond : m_structure.models[i].bonds) {
             if (!isToBeListed(bond))
@@ -393,6 +397,7 @@ void PdbEditor::writeMadeBonds() {
         addNew(record);
         m_now.add(record);
     }
+    remarkOnAmbiguous(ambiguous, m_report);
     if (nameless != 0)
         m_report.remark(std::to_string(nameless) + (nameless == 1 ? " bond is" : " bonds are") +
                         " not saved, as their atoms have no serial numbers of five columns");

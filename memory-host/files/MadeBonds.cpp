@@ -48,8 +48,9 @@ public:
         : m_model(model), m_letters(letters), m_settled(settled), m_bonds(model.atoms.size()) {}
 
     void takeOut() {
-        std::erase_if(m_model.bonds, [this](const SavedBond& bond) {
+        std::erase_if(m_model.bonds, [this](SavedBond& bond) {
             const std::optional<Unread> reason = bond.isFoundAgain ? std::nullopt : reasonOf(bond);
+            bond.isUnread = reason.has_value();
             if (reason)
                 ++m_settled.unread[static_cast<std::size_t>(*reason)];
             return reason && !bond.isListed;
@@ -142,11 +143,7 @@ std::string namesOf(const SavedModel& model, std::uint32_t index,
     const SavedAtom& atom = model.atoms[index];
     const SavedResidue& residue =
         *std::prev(std::ranges::upper_bound(model.residues, index, {}, &SavedResidue::firstAtom));
-    std::string text;
-    for (const std::uint32_t part :
-         {model.chains[residue.chain], residue.number, residue.insertion, residue.name, atom.name})
-        text.append(names[part]) += '\n';
-    return text += letter;
+    return namesOf(model, residue, names).append(names[atom.name]).append({'\n', letter});
 }
 
 // As the file has the location.
@@ -238,8 +235,8 @@ Settled settle(SavedModel& model, BondRecords records, const std::vector<std::st
     const Letters letters = alternativeLetters(model, names, report);
     const std::vector<BondPair> there = allBonds(model);
     const std::vector<BondPair> again = findAgain(model, records, names, letters);
-    markRelettered(model, letters, there, again);
     const std::vector<BondPair> lost = atomsOfLost(model);
+    markRelettered(model, names, letters, {there, again, lost});
     for (std::size_t i = 0; i != lost.size(); ++i)
         model.lostBonds[i].isFoundAgain = std::ranges::binary_search(again, lost[i]);
     Settled settled;
@@ -260,11 +257,8 @@ public:
         : m_structure(structure), m_records(records), m_names(names), m_report(report) {}
 
     void settle(Settled& settled) {
-        if (m_records == BondRecords::Kept) {
-            for (const SavedModel& model : m_structure.models)
-                countAmbiguous(model, settled);
+        if (m_records == BondRecords::Kept)
             return;
-        }
         const bool isWritten = m_records == BondRecords::Written;
         const std::size_t count = isWritten ? 1 : m_structure.models.size();
         for (std::size_t i = 0; i != count; ++i)
@@ -287,8 +281,6 @@ private:
 
     // Empty for an atom that shares its key with none.
     std::string keyOf(const SavedModel& model, std::uint32_t index) const {
-        if (m_records == BondRecords::Kept)
-            return namesOf(model, index, m_names, m_letters[index]);
         if (m_records == BondRecords::Written)
             return namesOf(model, index, m_names);
         const SavedAtom& atom = model.atoms[index];
@@ -322,26 +314,6 @@ private:
                        (isAmbiguous(model, bond.first) || isAmbiguous(model, bond.second));
             });
     }
-    // The records that are kept may be about new atoms, too.
-    void countAmbiguous(const SavedModel& model, Settled& settled) {
-        const auto isNew = [](const SavedAtom& atom) { return atom.row == SavedAtom::newRow; };
-        const auto isNeeded = [](const SavedBond& bond) {
-            return bond.isListed && !bond.isFoundAgain;
-        };
-        if (!model.isEdited || std::ranges::none_of(model.bonds, isNeeded) ||
-            std::ranges::none_of(model.atoms, isNew))
-            return;
-        m_letters = alternativeLetters(model, m_names, m_report);
-        for (const SavedBond& bond : model.bonds)
-            if (isNeeded(bond))
-                add(model, bond);
-        find(model);
-        settled.unread[static_cast<std::size_t>(Unread::Ambiguous)] +=
-            static_cast<std::size_t>(std::ranges::count_if(model.bonds, [&](const SavedBond& bond) {
-                return isNeeded(bond) &&
-                       (isAmbiguous(model, bond.first) || isAmbiguous(model, bond.second));
-            }));
-    }
     // The bonds that a model gets without having them.
     std::size_t countShared(const SavedModel& model) const {
         std::vector<BondPair> pairs;
@@ -373,8 +345,7 @@ private:
     BondRecords m_records;
     const std::vector<std::string>& m_names;
     const SaveReport& m_report;
-    Letters m_letters;      ///< of the model whose records are kept
-    std::set<Ends> m_bonds; ///< each once
+    std::set<Ends> m_bonds;                                                ///< each once
     std::unordered_map<std::string, std::optional<std::uint32_t>> m_atoms; ///< of one model
 };
 
@@ -413,6 +384,16 @@ std::vector<BondPair> bondsFoundAgain(const SavedModel& model,
     return foundAgain(model, names, alternativeLetters(model, names, report));
 }
 
+void remarkOnUnkept(std::size_t count, const std::string& why, SaveReport& report) {
+    if (count != 0)
+        report.remark(std::to_string(count) + (count == 1 ? " bond is" : " bonds are") +
+                      " not kept, as " + why);
+}
+
+void remarkOnAmbiguous(std::size_t count, SaveReport& report) {
+    remarkOnUnkept(count, unreadTexts[static_cast<std::size_t>(Unread::Ambiguous)], report);
+}
+
 void remarkOnSharedRecords(const BondsOfSharedRecords& bonds, SaveReport& report) {
     remarkOnReturning(bonds.comingBack,
                       "the file lists them with those of other alternative locations", report);
@@ -441,9 +422,7 @@ void settleBonds(SavedContent& content, BondRecords records, SaveReport& report)
     remarkOnFurther(all.shared, "read", "a bond that was made in one model is one of all models",
                     report);
     for (std::size_t i = 0; i != unreadTexts.size(); ++i)
-        if (const std::size_t count = all.unread[i]; count != 0)
-            report.remark(std::to_string(count) + (count == 1 ? " bond is" : " bonds are") +
-                          " not kept, as " + unreadTexts[i]);
+        remarkOnUnkept(all.unread[i], unreadTexts[i], report);
 }
 
 } // namespace memory_host

@@ -43,6 +43,10 @@ struct BondsOfSharedRecords {
     std::size_t comingBack = 0; ///< that were destroyed
     std::size_t joined = 0;     ///< of new atoms
 };
+/// Adds a line on bonds that no record keeps, if there are any.
+void remarkOnUnkept(std::size_t count, const std::string& why, SaveReport& report);
+/// Likewise, as neither the number nor the names of an atom tell it from others.
+void remarkOnAmbiguous(std::size_t count, SaveReport& report);
 /// Adds a line for each count that is not 0.
 void remarkOnSharedRecords(const BondsOfSharedRecords& bonds, SaveReport& report);
 

@@ -91,30 +91,42 @@ BondReferences referencesTo(const std::vector<RowBond>& lost, const std::vector<
         references.lose(named.referenceTo(bond.first), named.referenceTo(bond.second),
                         bond.isFoundAgain);
     for (const RowBond& bond : kept)
-        if (bond.isRelettered)
+        if (bond.isRelettered())
             references.reletter(named.referenceTo(bond.first), named.referenceTo(bond.second),
-                                bond.joined);
+                                *bond.left);
     for (const RowBond& bond : kept)
         references.keep(named.referenceTo(bond.first), named.referenceTo(bond.second));
     references.settle();
     return references;
 }
 
-// Gives a row what becomes of it, if it is left.
-void update(std::size_t row, const std::array<PartColumns, 2>& partners,
-            const BondReferences::Fate& found, std::size_t columns, RowFate& fate) {
+using Letters = std::array<std::string_view, 2>;
+
+// Gives a row what becomes of it, if it is left. Returns the letters that it has then.
+Letters update(std::size_t row, const std::array<PartColumns, 2>& partners,
+               const BondReferences::Fate& found, std::size_t columns, Letters letters,
+               RowFate& fate) {
     bool isPlaceMissing = false;
     for (std::size_t i = 0; i != partners.size(); ++i)
         isPlaceMissing = isPlaceMissing || (partners[i][PartLetter] == columns &&
                                             !found.letters[i].value_or(std::string()).empty());
     fate.comingBack += isPlaceMissing ? found.comingBack : found.comingBackToo;
     fate.joined += isPlaceMissing ? found.joined : found.joinedToo;
-    for (std::size_t i = 0; i != partners.size() && !isPlaceMissing; ++i)
-        if (found.letters[i] && partners[i][PartLetter] != columns)
+    for (std::size_t i = 0; i != partners.size(); ++i)
+        if (found.letters[i] && partners[i][PartLetter] != columns) {
+            letters[i] = *found.letters[i];
             fate.updates.push_back(
                 {row,
-                 {partners[i][PartLetter],
-                  found.letters[i]->empty() ? "?" : cif::written(*found.letters[i])}});
+                 {partners[i][PartLetter], letters[i].empty() ? "?" : cif::written(letters[i])}});
+        }
+    return letters;
+}
+
+void countUnlisted(const BondReferences& references, RowFate& fate) {
+    for (const SavedBond* bond : references.unlisted()) {
+        const bool isAmbiguous = bond->isAmbiguous || bond->needsLetter[0] || bond->needsLetter[1];
+        ++(isAmbiguous ? fate.ambiguous : fate.unlisted);
+    }
 }
 
 } // namespace
@@ -126,7 +138,7 @@ void updateBonds(std::string_view text, const cif::Category& atoms,
     if (!naming || (lost.empty() && std::ranges::none_of(kept, &RowBond::isRelettered)))
         return;
     const NamedAtoms named(text, atoms, rowsOf(lost, kept));
-    const BondReferences references = referencesTo(lost, kept, named);
+    BondReferences references = referencesTo(lost, kept, named);
     const std::array<PartColumns, 2> partners{naming->partners[0], naming->partners[1]};
     const BondRows bondRows(connections);
     cif::Rows rows(text, connections);
@@ -134,7 +146,7 @@ void updateBonds(std::string_view text, const cif::Category& atoms,
         if (!bondRows.listBonds(rows))
             continue;
         std::array<std::string, 2> keys;
-        std::array<std::string_view, 2> letters;
+        Letters letters;
         for (std::size_t i = 0; i != keys.size(); ++i) {
             const PartValues values = valuesOf(rows, partners[i]);
             const Name name(values, isByLabel(values));
@@ -145,11 +157,14 @@ void updateBonds(std::string_view text, const cif::Category& atoms,
         for (std::size_t i = 0; i != letters.size(); ++i)
             if (found.letters[i] == letters[i])
                 found.letters[i].reset();
-        if (found.isKept)
-            update(row, partners, found, connections.columns.size(), fate);
-        else
+        if (!found.isKept)
             fate.drop(row, connections.rowCount);
+        else if (!fate.drops(row))
+            references.list(
+                keys[0], keys[1],
+                update(row, partners, found, connections.columns.size(), letters, fate));
     }
+    countUnlisted(references, fate);
 }
 
 } // namespace memory_host::mmcif

@@ -30,6 +30,10 @@ struct RowFate {
     /// that they bring back, and bonds of new atoms.
     std::size_t comingBack = 0;
     std::size_t joined = 0;
+    /// Bonds that are left and that no row of _struct_conn lists any more: as rows do not tell
+    /// their atoms from others, and as the rows are of other alternative locations.
+    std::size_t ambiguous = 0;
+    std::size_t unlisted = 0;
 
     bool drops(std::size_t row) const { return !isDropped.empty() && isDropped[row]; }
     void drop(std::size_t row, std::size_t rowCount);

@@ -194,9 +194,10 @@ void References::loseBond(const BondAtom& first, const BondAtom& second, bool is
         m_bonds.lose(referenceTo(first), referenceTo(second), isFoundAgain);
 }
 
-void References::reletterBond(const BondAtom& first, const BondAtom& second, std::size_t joined) {
+void References::reletterBond(const BondAtom& first, const BondAtom& second,
+                              const SavedBond& bond) {
     if (!m_residues.empty())
-        m_bonds.reletter(referenceTo(first), referenceTo(second), joined);
+        m_bonds.reletter(referenceTo(first), referenceTo(second), bond);
 }
 
 void References::keepBond(const BondAtom& first, const BondAtom& second) {
@@ -230,8 +231,7 @@ bool References::isAtomGone(std::string_view key, std::string_view atom) const {
 }
 
 // Of two atoms, of which one may be gone, or the bond between them.
-References::Outcome References::updateLink(std::string_view record,
-                                           const RecordPlaces& places) const {
+References::Outcome References::updateLink(std::string_view record, const RecordPlaces& places) {
     std::array<std::string, 2> names;
     for (const std::size_t i : {0, 1}) {
         const std::string key = keyAt(record, places.residues[i]);
@@ -251,13 +251,20 @@ References::Outcome References::updateLink(std::string_view record,
     const auto hasPlace = [&](std::size_t i) {
         return !fate.letters[i] || fate.letters[i]->empty() || places.atoms[i] != 0;
     };
-    if (!hasPlace(0) || !hasPlace(1))
-        return {.changed = {}, .comingBack = fate.comingBack, .joined = fate.joined};
     Outcome outcome{
         .changed = std::string(record), .comingBack = fate.comingBackToo, .joined = fate.joinedToo};
-    for (const std::size_t i : {0, 1})
-        if (const std::size_t place = places.atoms[i] + 4; fate.letters[i] && places.atoms[i] != 0)
-            putRight(outcome.changed, place, place, *fate.letters[i]);
+    if (!hasPlace(0) || !hasPlace(1))
+        outcome = {.changed = {}, .comingBack = fate.comingBack, .joined = fate.joined};
+    std::array<std::string_view, 2> letters;
+    for (const std::size_t i : {0, 1}) {
+        if (const std::size_t place = places.atoms[i] + 4; places.atoms[i] != 0) {
+            if (fate.letters[i])
+                putRight(outcome.changed, place, place, *fate.letters[i]);
+            letters[i] = field(outcome.changed, place, place);
+        }
+    }
+    if (isLink(record))
+        m_bonds.list(names[0], names[1], letters);
     return outcome;
 }
 
@@ -304,7 +311,7 @@ void References::updateSheet(std::string_view record, Outcome& outcome) const {
         outcome.changed = changed;
 }
 
-References::Outcome References::update(std::string_view record) const {
+References::Outcome References::update(std::string_view record) {
     const RecordPlaces* const places = placesOf(record);
     if (!places)
         return {};

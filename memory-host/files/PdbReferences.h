@@ -33,7 +33,7 @@ public:
     /// Takes the atoms of a bond that is gone; of one that is left and relettered; see
     /// BondReferences.
     void loseBond(const BondAtom& first, const BondAtom& second, bool isFoundAgain);
-    void reletterBond(const BondAtom& first, const BondAtom& second, std::size_t joined);
+    void reletterBond(const BondAtom& first, const BondAtom& second, const SavedBond& bond);
     bool haveBondsChanged() const { return !m_bonds.areNone(); }
     /// Takes those of a bond that is left, behind all that are gone: a record may name both.
     void keepBond(const BondAtom& first, const BondAtom& second);
@@ -48,7 +48,9 @@ public:
         std::size_t comingBack = 0;
         std::size_t joined = 0; ///< further bonds that are read from it, for the same reason
     };
-    Outcome update(std::string_view record) const;
+    Outcome update(std::string_view record);
+    /// The relettered bonds that none of the records updated so far lists; see BondReferences.
+    std::vector<const SavedBond*> unlistedBonds() const { return m_bonds.unlisted(); }
     /// The records of one binding site, of which the residues that are left move together.
     std::vector<std::string> updateSite(const std::vector<std::string_view>& records) const;
 
@@ -73,7 +75,7 @@ private:
     const Residue* find(std::string_view key) const;
     bool isGone(std::string_view key) const;
     bool isAtomGone(std::string_view key, std::string_view atom) const;
-    Outcome updateLink(std::string_view record, const RecordPlaces& places) const;
+    Outcome updateLink(std::string_view record, const RecordPlaces& places);
     Outcome updateRange(std::string_view record, const RecordPlaces& places) const;
     Outcome trimmedRange(std::string_view record, const RecordPlaces& places, std::uint32_t first,
                          std::uint32_t last) const;

@@ -115,7 +115,7 @@ void PdbSurvey::readOther(std::string_view line) {
     }
 }
 
-// Calls use(bond, first, second) for each bond that the file lists and that is left.
+// Calls use(model, bond, first, second) for each bond that the file lists and that is left.
 template <class Use>
 void PdbSurvey::forListed(const SavedStructure& structure, const Letters& letters,
                           const Use& use) const {
@@ -126,7 +126,7 @@ void PdbSurvey::forListed(const SavedStructure& structure, const Letters& letter
         };
         for (const SavedBond& bond : model.bonds)
             if (bond.isListed)
-                use(bond, atomAt(bond.first), atomAt(bond.second));
+                use(model, bond, atomAt(bond.first), atomAt(bond.second));
     }
 }
 
@@ -145,17 +145,21 @@ void PdbSurvey::findFatesOfBonds(const SavedStructure& structure, const Letters&
             references.loseBond(atomAt(bond.first), atomAt(bond.second), bond.isFoundAgain);
             conect.loseBond(rows[bond.first], rows[bond.second]);
         }
-    forListed(structure, letters,
-              [&](const SavedBond& bond, const auto& first, const auto& second) {
-                  if (bond.isRelettered)
-                      references.reletterBond(first, second, bond.joined);
-              });
+    forListed(
+        structure, letters,
+        [&](const SavedModel& model, const SavedBond& bond, const auto& first, const auto& second) {
+            if (!bond.isRelettered)
+                return;
+            references.reletterBond(first, second, bond);
+            relisting.take(model, bond, first.row, second.row);
+        });
     if (!isAnyLost && !references.haveBondsChanged())
         return;
-    forListed(structure, letters, [&](const SavedBond&, const auto& first, const auto& second) {
-        references.keepBond(first, second);
-        conect.keepBond(first.row, second.row);
-    });
+    forListed(structure, letters,
+              [&](const SavedModel&, const SavedBond&, const auto& first, const auto& second) {
+                  references.keepBond(first, second);
+                  conect.keepBond(first.row, second.row);
+              });
 }
 
 // What is left of what records refer to. Models that are not saved do not count.

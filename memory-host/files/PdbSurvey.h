@@ -4,6 +4,7 @@
 
 #include "PdbConect.h"
 #include "PdbReferences.h"
+#include "PdbRelisting.h"
 #include "SavedTables.h"
 
 #include <array>
@@ -60,6 +61,7 @@ struct PdbSurvey {
     PdbCounts counts;
     References references;
     Conect conect;
+    Relisting relisting;
     std::unordered_set<std::string_view> droppedAtoms; ///< columns 7 to 27 of their rows
 
 private:

@@ -173,8 +173,7 @@ mmcif::BlockChange MmcifEdit::changeOf(const AtomsOfBlock& atoms) const {
                 if (bond.isListed)
                     change.kept.push_back({.first = atomAt(model.atoms[bond.first].row),
                                            .second = atomAt(model.atoms[bond.second].row),
-                                           .isRelettered = bond.isRelettered,
-                                           .joined = bond.joined});
+                                           .left = &bond});
         }
     }
     return change;
@@ -200,11 +199,18 @@ void MmcifEdit::remarkOnBonds() const {
                                     : " bonds that were made or stretched are") +
                         " not saved, as the distance of the atoms does not tell them");
     BondsOfSharedRecords shared;
+    std::size_t ambiguous = 0;
+    std::size_t unlisted = 0;
     for (const RowFate& fate : m_fates) {
+        ambiguous += fate.ambiguous;
+        unlisted += fate.unlisted;
         shared.comingBack += fate.comingBack;
         shared.joined += fate.joined;
     }
     remarkOnSharedRecords(shared, m_report);
+    remarkOnAmbiguous(ambiguous, m_report);
+    remarkOnUnkept(unlisted, "an atom is in another alternative location than the file lists",
+                   m_report);
 }
 
 std::vector<MmcifEdit::Piece> MmcifEdit::pieces() const {

@@ -55,10 +55,18 @@ struct SavedBond {
     bool isListed = false; ///< else it was made, or moved
     /// Whether it is found by distance when the file is read; known in edited models.
     bool isFoundAgain = false;
-    /// Of one that is listed, in an edited model: whether an atom has another alternative location
-    /// than the file says, or there are atoms in others now.
+    /// Of one that is listed, in an edited model, as what follows: whether reading does not take it
+    /// over, whatever lists it.
+    bool isUnread = false;
+    /// Whether an atom of the names of one of its atoms has another alternative location than the
+    /// file says, or is new.
     bool isRelettered = false;
-    /// The bonds of these others that a record without letters would list, too.
+    /// Whether one of its atoms shares its names and its location with another one: only its number
+    /// tells it.
+    bool isAmbiguous = false;
+    /// By atom: whether names without a letter do not tell it, as some atoms share their location.
+    std::array<bool, 2> needsLetter{};
+    /// The further bonds that a record without letters would list, too.
     std::uint16_t joined = 0;
 };
 

@@ -75,9 +75,27 @@ class SavedBondsTest : public FileTestCase {
     QStringList bondsIn(const char* name) {
         return bondNames(opened(path(name).toStdString()).items.front());
     }
+    /// Likewise, of a file of which a record names atoms that it does not tell from others.
+    QStringList bondsLeftIn(const char* name) {
+        const memory_host::OpenedFile file = memory_host::openFile(path(name).toStdString());
+        if (file.remarks.size() != 1 ||
+            file.remarks.front().find("a bond that is listed here was left out") ==
+                std::string::npos)
+            QTest::qFail("no record was left out", __FILE__, __LINE__);
+        return bondNames(file.items.front());
+    }
+    /// The bonds of each model of the file, which are closed again.
+    QList<QStringList> bondsOfModelsIn(const char* name) {
+        QList<QStringList> bonds;
+        for (Compound* read : opened(path(name).toStdString()).items) {
+            bonds << bondNames(read);
+            TAVIK::DataMaker::Destroy(read);
+        }
+        return bonds;
+    }
     /// Opens the mmCIF file of these atoms, which lists the bond of C1 and C2.
     void openListed(const QStringList& atoms, const QByteArray& letter = ".",
-                    const QStringList& bonds = {"LIG 1 C1-C2"}) {
+                    const QStringList& bonds = {"LIG 1 C1-C2"}, const char* entry = "/test") {
         m_folder.write("test.cif", mmcif(atoms) +
                                        "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
                                        "_struct_conn.ptnr1_auth_asym_id\n"
@@ -90,7 +108,7 @@ class SavedBondsTest : public FileTestCase {
                                        "a covale A 1 C1 A 1 C2 " +
                                        letter + '\n');
         opened(path("test.cif").toStdString());
-        QCOMPARE(bondNames(item("/test")), bonds);
+        QCOMPARE(bondNames(item(entry)), bonds);
     }
     /// Opens the mmCIF file of these atoms and rows of _struct_conn, which say the type, and of
     /// both atoms the chain, number, name, residue and letter.
@@ -129,6 +147,13 @@ class SavedBondsTest : public FileTestCase {
         TAVIK::SetAtomPosition(dynamic_cast<TAVIK::Atom*>(item(atom)),
                                TAVIK::Vertex(x, 0.0F, 0.0F, true));
     }
+    static void setModel(TAVIK::Atom* atom, std::uint16_t model) {
+        const DataPointBase guard(nullptr, Publisher::Update, "Model");
+        TAVIK::SetAtomModel(atom, model);
+    }
+    static void setModel(const char* atom, std::uint16_t model) {
+        setModel(dynamic_cast<TAVIK::Atom*>(item(atom)), model);
+    }
 
     /// Puts an atom into the first alternative model, and a new one of its name near it into the
     /// second.
@@ -151,6 +176,9 @@ class SavedBondsTest : public FileTestCase {
     const QStringList comesBackAsNear{
         "1 bond that was deleted comes back when the file is read, as the atoms are near each "
         "other, or bonded in other models"};
+
+    const QString isElsewhere =
+        "1 bond is not kept, as an atom is in another alternative location than the file lists";
 
 private slots:
     void aStretchedBondIsListedInPdb() {
@@ -393,6 +421,97 @@ private slots:
                  QStringList("1 bond is not kept, as the atoms are in different alternative "
                              "locations"));
     }
+    // Rows are of all models.
+    void bondsOfAtomsThatChangeTheirLocationInOneModelAreSaid() {
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C1 C . LIG A 1 ? 0.0 0 0 2", "C2 C A LIG A 1 ? 4.5 0 0 2"},
+                   "A", {"LIG 1 C1-C2"}, "/test.1");
+        setModel("/test.1/A/Groups/LIG 1/C2", 0);
+        QCOMPARE(save("saved.cif"), QStringList(isElsewhere));
+        QCOMPARE(bondsOfModelsIn("saved.cif"), QList<QStringList>({{}, {"LIG 1 C1-C2"}}));
+        setModel("/test.2/A/Groups/LIG 1/C2", 0);
+        QCOMPARE(save("saved.cif"), QStringList());
+        QCOMPARE(bondsOfModelsIn("saved.cif"),
+                 QList<QStringList>({{"LIG 1 C1-C2"}, {"LIG 1 C1-C2"}}));
+    }
+    void bondsOfAtomsThatChangeTheirLocationInOneModelAreListedInPdb_data() {
+        QTest::addColumn<QByteArray>("more");
+        QTest::newRow("LINK") << QByteArray();
+        QTest::newRow("LINK and CONECT") << QByteArray("CONECT    1    2\nCONECT    2    1\n");
+    }
+    void bondsOfAtomsThatChangeTheirLocationInOneModelAreListedInPdb() {
+        QFETCH(QByteArray, more);
+        QByteArray model = chainOf({" C1 ", " C2 "}).replace("   1.500", "   4.500");
+        model[model.indexOf(" C2 ") + 4] = 'A';
+        openText("LINK         C1  ALA A   1                 C2 AALA A   1     1555   1555  4.50\n"
+                 "MODEL        1\n" +
+                 model + "ENDMDL\nMODEL        2\n" + model + "ENDMDL\n" + more);
+        setModel("/test.1/A/Groups/ALA 1/C2", 0);
+        QCOMPARE(save("saved.pdb"), QStringList());
+        QCOMPARE(unpacked(path("saved.pdb")).count("CONECT"), 2);
+        QCOMPARE(bondsOfModelsIn("saved.pdb"),
+                 QList<QStringList>({{"ALA 1 C1-C2"}, {"ALA 1 C1-C2"}}));
+    }
+    void listedBondsOfAtomsThatComeBesideTheirNamesakesAreSaid_data() {
+        QTest::addColumn<QByteArray>("letter");
+        QTest::addColumn<QStringList>("shown");
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QStringList>("read");
+        const QString bond = "LIG 1 C1-C2";
+        QTest::newRow("row of a location")
+            << QByteArray("A") << QStringList(bond) << QStringList() << QStringList(bond);
+        QTest::newRow("row of the location")
+            << QByteArray("B") << QStringList(bond)
+            << QStringList("1 bond is not kept, as the number or the names of one of the atoms are "
+                           "those of another, too")
+            << QStringList();
+        QTest::newRow("row of all locations")
+            << QByteArray(".") << QStringList({bond, bond, bond})
+            << QStringList("3 bonds are not kept, as the number or the names of one of the atoms "
+                           "are those of another, too")
+            << QStringList();
+    }
+    void listedBondsOfAtomsThatComeBesideTheirNamesakesAreSaid() {
+        QFETCH(QByteArray, letter);
+        QFETCH(QStringList, shown);
+        openListed({"C1 C . LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C2 C B LIG A 1 ? 0.0 4.5 0 1", "C2 C C LIG A 1 ? 0.0 0 4.5 1"},
+                   letter, shown);
+        setModel(atoms(item("/test"))[3], 2);
+        QTEST(save("saved.cif"), "lines");
+        QFETCH(QStringList, lines);
+        QTEST(lines.isEmpty() ? bondsIn("saved.cif") : bondsLeftIn("saved.cif"), "read");
+    }
+    void linksOfAtomsThatComeBesideTheirNamesakesAreListedByNumber() {
+        QByteArray text = chainOf({" C1 ", " C2 ", " C2 "});
+        text.replace("   1.500", "   4.500").replace("   3.000", "  -4.500");
+        text[text.indexOf(" C2 ") + 4] = 'A';
+        text[text.lastIndexOf(" C2 ") + 4] = 'B';
+        openText(
+            "LINK         C1  ALA A   1                 C2  ALA A   1     1555   1555  4.50\n" +
+            text);
+        const QStringList shown = bondNames(item("/test"));
+        QCOMPARE(shown.size(), 2);
+        setModel(atoms(item("/test"))[2], 1);
+        QCOMPARE(save("saved.pdb"), QStringList());
+        QCOMPARE(bondsLeftIn("saved.pdb"), shown);
+    }
+    void linksOfAtomsThatNumbersDoNotTellFromTheirNamesakesAreSaid() {
+        QByteArray text = chainOf({" C1 ", " C2 ", " C2 "});
+        text.replace("   1.500", "   4.500").replace("   3.000", "  -4.500");
+        text.replace("ATOM      3", "ATOM      2");
+        text[text.indexOf(" C2 ") + 4] = 'A';
+        text[text.lastIndexOf(" C2 ") + 4] = 'B';
+        openText(
+            "LINK         C1  ALA A   1                 C2 AALA A   1     1555   1555  4.50\n" +
+            text);
+        QCOMPARE(bondNames(item("/test")).size(), 1);
+        setModel(atoms(item("/test"))[2], 1);
+        QCOMPARE(save("saved.pdb"),
+                 QStringList("1 bond is not kept, as the number or the names of one of the atoms "
+                             "are those of another, too"));
+        QCOMPARE(bondsLeftIn("saved.pdb"), QStringList());
+    }
     void rowsOfBondsGetTheLettersThatAtomsGet() {
         openListed({"C1 C A LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
                     "C3 C B LIG A 1 ? 9.5 0 0 1"},
@@ -406,6 +525,18 @@ private slots:
         QCOMPARE(save("saved.cif"), QStringList());
         QCOMPARE(bondsIn("saved.cif"), QStringList("LIG 1 C1-C2"));
         QVERIFY(unpacked(path("saved.cif")).contains("a covale A 1 C1 A 1 C2 A\n"));
+    }
+    // These rows have no place for that of the first atom.
+    void rowsOfBondsGetTheLettersForWhichTheyHaveAPlace() {
+        openListed({"C1 C A LIG A 1 ? 0.0 0 0 1", "C2 C A LIG A 1 ? 4.5 0 0 1",
+                    "C3 C A LIG A 1 ? 9.0 0 0 1", "C4 C A LIG A 1 ? 13.5 0 0 1",
+                    "C5 C A LIG A 1 ? 18.0 0 0 1", "C6 C B LIG A 1 ? 22.5 0 0 1"},
+                   "A");
+        setModel("/test/A/Groups/LIG 1/C1", 3);
+        setModel("/test/A/Groups/LIG 1/C2", 3);
+        QCOMPARE(save("saved.cif"), QStringList());
+        QCOMPARE(bondsIn("saved.cif"), QStringList("LIG 1 C1-C2"));
+        QVERIFY(unpacked(path("saved.cif")).contains("a covale A 1 C1 A 1 C2 C\n"));
     }
     // As rotamers do: the atom gets a letter, and others of its name have other letters.
     void aRowOfBondsIsOnlyOfTheLocationThatHasThem() {
