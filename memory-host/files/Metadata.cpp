@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <charconv>
 #include <clocale>
+#include <functional>
 #include <sstream>
 #include <unordered_map>
 #include <unordered_set>
@@ -102,9 +103,14 @@ bool isToCopy(const gemmi::Connection& connection) {
     return connection.asu == gemmi::Asu::Different;
 }
 
+bool hasBondType(const gemmi::Connection& connection) {
+    return connection.type != gemmi::Connection::Hydrog &&
+           connection.type != gemmi::Connection::Unknown;
+}
+
 // Whether reading takes it for a bond of the model.
 bool isBond(const gemmi::Connection& connection) {
-    return connection.type != gemmi::Connection::Hydrog && !isToCopy(connection);
+    return hasBondType(connection) && !isToCopy(connection);
 }
 
 gemmi::Connection::Type typeOf(const gemmi::Atom& a, const gemmi::Atom& b) {
@@ -213,7 +219,7 @@ void Metadata::keepConnections() {
             if (++count > 1)
                 kept.back().name += '-' + std::to_string(count);
         }
-        m_hydrogenBonds += connection.type == gemmi::Connection::Hydrog && count != 0;
+        m_otherTypes += !hasBondType(connection) && count != 0;
     }
     m_structure.connections = std::move(kept);
     for (const SavedBond& bond : m_model.bonds)
@@ -319,8 +325,7 @@ void putLetters(const std::vector<gemmi::Connection>& connections, std::string& 
     std::size_t line =
         headers.starts_with(record) ? 0 : headers.find('\n' + std::string(record)) + 1;
     for (const gemmi::Connection& connection : connections) {
-        if (connection.type == gemmi::Connection::Disulf ||
-            connection.type == gemmi::Connection::Hydrog)
+        if (connection.type == gemmi::Connection::Disulf)
             continue;
         if (headers.compare(line, record.size(), record) != 0)
             return;
@@ -346,6 +351,8 @@ std::string Metadata::pdbHeaders() {
         std::erase_if(entity.dbrefs,
                       [](const auto& reference) { return !areNumbersWritable(reference); });
     }
+    // gemmi writes LINK records of unknown types.
+    std::erase_if(m_structure.connections, std::not_fn(hasBondType));
     // SSBOND records have no names of atoms.
     for (gemmi::Connection& connection : m_structure.connections)
         if (connection.type == gemmi::Connection::Disulf &&

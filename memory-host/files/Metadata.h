@@ -28,8 +28,9 @@ public:
 
     /// The records before the atoms of a PDB file.
     std::string pdbHeaders();
-    /// How many of the kept rows are hydrogen bonds, which PDB files have no record of.
-    std::size_t hydrogenBonds() const { return m_hydrogenBonds; }
+    /// How many of the kept rows are of no bonds, as of hydrogen bonds: PDB files have no record of
+    /// them.
+    std::size_t otherTypes() const { return m_otherTypes; }
     /// The bonds that SSBOND records of these connections list, too, by atoms of the model: the
     /// records are about all alternative locations.
     std::vector<SavedBond> joinedByDisulfides() const;
@@ -67,7 +68,7 @@ private:
     std::vector<Place> m_places;         ///< by residue that starts
     std::vector<std::uint32_t> m_starts; ///< by atom: the residue that it is in
     std::vector<char> m_letters;         ///< by atom: of its alternative location, or 0
-    std::size_t m_hydrogenBonds = 0;
+    std::size_t m_otherTypes = 0;
     std::vector<SavedBond> m_otherBonds;
     std::vector<SavedBond> m_ambiguousBonds;
 };

@@ -78,6 +78,24 @@ void readDisplacements(gemmi::cif::Block& block, const Ids& rows, SourceFacts& f
     std::ranges::sort(facts.anisotropic, {}, &decltype(facts.anisotropic)::value_type::first);
 }
 
+// gemmi does not know types as "covale_base", and takes them for unknown ones, like "saltbr".
+void findTypes(gemmi::cif::Block& block, std::vector<gemmi::Connection>& connections) {
+    using Type = gemmi::Connection::Type;
+    constexpr auto types = std::to_array<std::pair<std::string_view, Type>>(
+        {{"covale", Type::Covale}, {"disulf", Type::Disulf}, {"metalc", Type::MetalC}});
+    gemmi::cif::Column texts = block.find_values("_struct_conn.conn_type_id");
+    auto connection = connections.begin();
+    for (const std::string& quoted : texts) {
+        if (connection == connections.end())
+            return;
+        const std::string text = gemmi::cif::as_string(quoted);
+        for (const auto& [beginning, type] : types)
+            if (startsWith(text, beginning))
+                connection->type = type;
+        ++connection;
+    }
+}
+
 bool hasAtoms(gemmi::cif::Block& block) {
     return block.find("_atom_site.", {"Cartn_x"}).ok();
 }
@@ -107,6 +125,7 @@ void readMmcif(std::string_view text, std::uint32_t wanted, SourceFacts& facts) 
             readDisplacements(block, rows, facts);
         }
         facts.metadata = gemmi::make_structure_from_block(block);
+        findTypes(block, facts.metadata.connections);
     }
 }
 

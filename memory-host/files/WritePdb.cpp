@@ -388,9 +388,9 @@ std::string PdbWriter::write() {
     m_atoms += Record("END").text();
     std::string file = metadata.pdbHeaders();
     remarkOnLostKinds(facts, file, false, m_report);
-    if (const std::size_t rows = metadata.hydrogenBonds(); rows != 0)
+    if (const std::size_t rows = metadata.otherTypes(); rows != 0)
         m_report.remark("the file's " + std::to_string(rows) + (rows == 1 ? " row" : " rows") +
-                        " of category _struct_conn with the type hydrog " +
+                        " of category _struct_conn of other types than covale, disulf and metalc " +
                         (rows == 1 ? "is" : "are") + " not kept");
     remarkOnJoinedBonds(metadata.joinedByDisulfides(), first, m_content.names, m_report);
     remarkOnAtoms();

@@ -577,8 +577,9 @@ private slots:
         const QStringList bonds = bondNames(item("/test"));
         QCOMPARE(bonds.size(), 2);
         makeSecondLocation("/test/A/Groups/CYS 1", "SG");
-        QCOMPARE(save("saved.pdb"), QStringList("the file's 1 row of category _struct_conn with "
-                                                "the type hydrog is not kept"));
+        QCOMPARE(save("saved.pdb"),
+                 QStringList("the file's 1 row of category _struct_conn of other types than "
+                             "covale, disulf and metalc is not kept"));
         const QByteArray text = unpacked(path("saved.pdb"));
         QCOMPARE(text.count("SSBOND"), 1);
         QVERIFY(text.contains("LINK        ZN    ZN C   1                 SG ACYS A   1"));
@@ -594,8 +595,9 @@ private slots:
                          "hydrog A 1 SG CYS . B 1 SG CYS ."});
         const QStringList bonds = bondNames(item("/test"));
         QCOMPARE(bonds.size(), 4);
-        QCOMPARE(save("saved.pdb"), QStringList("the file's 1 row of category _struct_conn with "
-                                                "the type hydrog is not kept"));
+        QCOMPARE(save("saved.pdb"),
+                 QStringList("the file's 1 row of category _struct_conn of other types than "
+                             "covale, disulf and metalc is not kept"));
         const QByteArray text = unpacked(path("saved.pdb"));
         QCOMPARE(text.count("SSBOND"), 1);
         QCOMPARE(text.count("LINK"), 2);

@@ -245,22 +245,43 @@ private slots:
     // Their types are those of PDB files only in part.
     void connectionsArriveWithTheirAtoms() {
         openText(mmcif({"SG S . CYS A 1 ? 0 0 0 1", "SG2 S . LIG B 1 ? 4.0 0 0 1",
-                        "O O . HOH C 1 ? 0 3.0 0 1"}) +
+                        "O O . HOH C 1 ? 0 3.0 0 1", "NZ N . LYS D 1 ? 0 0 3.0 1",
+                        "C C . LIG E 1 ? 0 0 -4.0 1"}) +
                      "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
                      "_struct_conn.ptnr1_auth_asym_id\n_struct_conn.ptnr1_auth_seq_id\n"
                      "_struct_conn.ptnr1_label_atom_id\n_struct_conn.ptnr1_label_comp_id\n"
                      "_struct_conn.ptnr2_auth_asym_id\n_struct_conn.ptnr2_auth_seq_id\n"
                      "_struct_conn.ptnr2_label_atom_id\n_struct_conn.ptnr2_label_comp_id\n"
-                     "a disulf A 1 SG CYS B 1 SG2 LIG\nb hydrog A 1 SG CYS C 1 O HOH\n",
+                     "a disulf A 1 SG CYS B 1 SG2 LIG\nb hydrog A 1 SG CYS C 1 O HOH\n"
+                     "c saltbr A 1 SG CYS D 1 NZ LYS\nd covale_base A 1 SG CYS E 1 C LIG\n",
                  {}, "test.cif");
         const QStringList bonds = bondNames(item("/test"));
-        QCOMPARE(bonds.size(), 1);
+        QCOMPARE(bonds.size(), 2);
         QStringList remarks;
         for (const std::string& remark : saveFile(std::vector{item("/test")}, out("test.pdb")))
             remarks << QString::fromStdString(remark).section(": ", 1);
         QVERIFY(remarks.contains(
-            "the file's 1 row of category _struct_conn with the type hydrog is not kept"));
+            "the file's 2 rows of category _struct_conn of other types than covale, disulf and "
+            "metalc are not kept"));
         QCOMPARE(bondNames(opened(out("test.pdb")).items.front()), bonds);
+    }
+
+    void typesOfBondsMayBeMoreParticular() {
+        const auto text = [](const char* block, const char* type) {
+            return mmcif({"C C . LIG A 1 ? 0 0 0 1", "O O . LIG B 1 ? 4.0 0 0 1"}, block) +
+                   "loop_\n_struct_conn.id\n_struct_conn.conn_type_id\n"
+                   "_struct_conn.ptnr1_auth_asym_id\n_struct_conn.ptnr1_auth_seq_id\n"
+                   "_struct_conn.ptnr1_label_atom_id\n_struct_conn.ptnr1_label_comp_id\n"
+                   "_struct_conn.ptnr2_auth_asym_id\n_struct_conn.ptnr2_auth_seq_id\n"
+                   "_struct_conn.ptnr2_label_atom_id\n_struct_conn.ptnr2_label_comp_id\na " +
+                   type + " A 1 C LIG B 1 O LIG\n";
+        };
+        openText(text("one", "COVALE"), {}, "one.cif");
+        openText(text("two", "covale_base"), {}, "two.cif");
+        QCOMPARE(bondNames(item("/two")).size(), 1);
+        saveFile(std::vector{item("/one"), item("/two")}, out("both.cif"));
+        for (TAVIK::Compound* entry : opened(out("both.cif")).items)
+            QCOMPARE(bondNames(entry).size(), 1);
     }
 
     // As in crystals in which the X-rays broke some of the disulfides.
