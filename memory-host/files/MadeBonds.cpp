@@ -221,7 +221,7 @@ std::vector<BondPair> findAgain(SavedModel& model, BondRecords records,
     bool isFurtherHeld = false;
     if (records != BondRecords::Kept)
         for (const SavedBond& bond : model.bonds)
-            if (isToBeListed(bond) && search.join(bond))
+            if ((records == BondRecords::Written || isToBeListed(bond)) && search.join(bond))
                 isFurtherHeld = true;
     if (isFurtherHeld) { // The bonds that are lost by it hold no others: they are to no ligands.
         again = search.find();

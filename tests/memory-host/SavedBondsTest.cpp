@@ -385,6 +385,25 @@ private slots:
             TAVIK::DataMaker::Destroy(read);
         }
     }
+    void bondsOfAMetalThatAWrittenBondHoldsAreKept() {
+        openText(chainOf({"ZN  ", " C1 ", " N1 "})
+                     .replace("   1.500", "  -2.000")
+                     .replace("   3.000", "   2.200")
+                     .replace("ALA", "LIG"));
+        const QStringList bonds{"LIG 1 ZN-C1", "LIG 1 ZN-N1"};
+        QCOMPARE(bondNames(item("/test")), bonds);
+        {
+            const DataPointBase guard(nullptr, Publisher::Delete, "Delete");
+            TAVIK::DataMaker::Destroy(item("/test/A/Bonds/LIG 1 ZN-N1"));
+        }
+        bond("/test/A", "LIG 1/ZN", "LIG 1/N1");
+        for (const char* name : {"saved.pdb", "saved.cif"}) {
+            QCOMPARE(save(name), QStringList());
+            Compound* const read = opened(path(name).toStdString()).items.front();
+            QCOMPARE(bondNames(read), bonds);
+            TAVIK::DataMaker::Destroy(read);
+        }
+    }
     // As in files whose numbers begin anew with each chain.
     void bondsOfAtomsWhoseNumberIsNotTheirOwnAreSaid() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C3 "}).replace("   3.000", "   5.000");
