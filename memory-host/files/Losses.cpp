@@ -132,13 +132,13 @@ void remarkOnLostKinds(const SourceFacts& facts, std::string_view text, bool toM
             continue;
         if (std::ranges::find(ofAtoms, kind) != ofAtoms.end())
             continue;
-        const std::string noun = isRecord ? "record" : "row";
-        report.remark("the file's " + std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s") +
-                      (isRecord ? " of kind " : " of category ") + kind +
-                      (count == 1 ? " is" : " are") + " not kept" +
-                      (isProse && hasCategory(text, "_pdbx_struct_assembly")
-                           ? ", but for what they say of assemblies"
-                           : ""));
+        std::string line = "the file's " + std::to_string(count);
+        line.append(isRecord ? " record" : " row").append(count == 1 ? "" : "s");
+        line.append(isRecord ? " of kind " : " of category ").append(kind);
+        line.append(count == 1 ? " is" : " are").append(" not kept");
+        if (isProse && hasCategory(text, "_pdbx_struct_assembly"))
+            line.append(", but for what they say of assemblies");
+        report.remark(line);
     }
 }
 

@@ -253,7 +253,7 @@ void PdbWriter::addAtom(const SavedModel& model, const WrittenAtom& item, Record
         m_offences.add([&] { return "the element " + inQuotes(element); });
     else
         record.right(78, symbol);
-    const int charge = atom.details.formalCharge;
+    const std::int8_t charge = atom.details.formalCharge;
     if (std::abs(charge) > 9)
         m_offences.add([&] { return "the formal charge " + std::to_string(charge); });
     else if (charge != 0) {
