@@ -26,11 +26,12 @@ BondPair endsOf(const SavedBond& bond) {
 }
 
 // Why reading does not take over a bond that a file lists.
-enum class Unread : std::uint8_t { TooLong, Apart, TooMany, Ambiguous };
-constexpr std::array<const char*, 4> unreadTexts = {
+enum class Unread : std::uint8_t { TooLong, Apart, TooMany, Ambiguous, Held };
+constexpr std::array<const char*, 5> unreadTexts = {
     "the atoms are more than 6 Angstrom apart", "the atoms are in different alternative locations",
     "one of the atoms has more than 64 bonds",
-    "the number or the names of one of the atoms are those of another, too"};
+    "the number or the names of one of the atoms are those of another, too",
+    "a bond that was made in another model holds the metal"};
 static_assert(longestListedBond == 6.0 && mostListedBonds == 64);
 
 // What becomes of the bonds of one model.
@@ -271,7 +272,9 @@ public:
             find(model);
             if (m_records == BondRecords::Added)
                 takeOutAmbiguous(model, settled);
-            settled.shared += countShared(model);
+            const std::vector<BondPair> pairs = pairsIn(model);
+            settled.shared += countShared(model, pairs);
+            settled.unread[static_cast<std::size_t>(Unread::Held)] += countHeld(model, pairs);
         }
     }
 
@@ -314,8 +317,8 @@ private:
                        (isAmbiguous(model, bond.first) || isAmbiguous(model, bond.second));
             });
     }
-    // The bonds that a model gets without having them.
-    std::size_t countShared(const SavedModel& model) const {
+    // What the records list in a model, ascending.
+    std::vector<BondPair> pairsIn(const SavedModel& model) const {
         std::vector<BondPair> pairs;
         for (const auto& [first, second] : m_bonds) {
             const auto one = m_atoms.find(first);
@@ -328,6 +331,11 @@ private:
             if (isInReach(model.atoms[pair.first], model.atoms[pair.second]))
                 pairs.push_back(pair);
         }
+        std::ranges::sort(pairs);
+        return pairs;
+    }
+    // The bonds that a model gets without having them.
+    std::size_t countShared(const SavedModel& model, std::vector<BondPair> pairs) const {
         std::erase_if(pairs, [&model](const BondPair& pair) {
             return std::ranges::binary_search(model.bonds, pair, {}, endsOf);
         });
@@ -338,6 +346,33 @@ private:
         return static_cast<std::size_t>(std::ranges::count_if(pairs, [&](const BondPair& pair) {
             return !areApart(letters[pair.first], letters[pair.second]) &&
                    !std::ranges::binary_search(again, pair);
+        }));
+    }
+    // The bonds of metals that a model loses to bonds of other models, as these are not listed.
+    std::size_t countHeld(const SavedModel& model, const std::vector<BondPair>& pairs) const {
+        const auto isOfMetal = [&](const BondPair& pair) {
+            return isMetal(elementOf(m_names[model.atoms[pair.first].element])) ||
+                   isMetal(elementOf(m_names[model.atoms[pair.second].element]));
+        };
+        if (std::ranges::none_of(pairs, isOfMetal)) // mostly, which spares the search
+            return 0;
+        SearchAgain search(model, m_names, alternativeLetters(model, m_names, m_report));
+        std::vector<BondPair> before = search.find();
+        bool isFurtherHeld = false;
+        for (const auto& [first, second] : pairs)
+            if (search.join({first, second}))
+                isFurtherHeld = true;
+        if (!isFurtherHeld)
+            return 0;
+        if (model.isEdited) { // Else it has all that are found.
+            std::vector<BondPair> there;
+            std::ranges::set_intersection(before, allBonds(model), std::back_inserter(there));
+            before = std::move(there);
+        }
+        std::vector<BondPair> lost;
+        std::ranges::set_difference(before, search.find(), std::back_inserter(lost));
+        return static_cast<std::size_t>(std::ranges::count_if(lost, [&pairs](const BondPair& pair) {
+            return !std::ranges::binary_search(pairs, pair);
         }));
     }
 

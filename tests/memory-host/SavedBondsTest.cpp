@@ -281,6 +281,44 @@ private slots:
             TAVIK::DataMaker::Destroy(read);
         }
     }
+    void bondsOfAMetalThatABondOfAnotherModelHoldsAreSaid() {
+        const QByteArray model = chainOf({"ZN  ", " C1 ", " N1 "})
+                                     .replace("   1.500", "  -2.000")
+                                     .replace("ALA", "LIG") +
+                                 "ENDMDL\n";
+        openText("MODEL        1\n" + model + "MODEL        2\n" + model);
+        bond("/test.1/A", "LIG 1/ZN", "LIG 1/N1");
+        // The bond to carbon is listed for all models, too.
+        for (const char* name : {"saved.pdb", "saved.cif"}) {
+            QCOMPARE(save(name), QStringList("1 further bond is read, as a bond that was made in "
+                                             "one model is one of all models"));
+            for (Compound* read : opened(path(name).toStdString()).items) {
+                QCOMPARE(bondNames(read), QStringList({"LIG 1 ZN-C1", "LIG 1 ZN-N1"}));
+                TAVIK::DataMaker::Destroy(read);
+            }
+        }
+    }
+    void bondsOfAMetalThatOnlyAnotherModelHasAreSaid() {
+        const auto model = [](const QByteArray& carbon) {
+            return chainOf({"ZN  ", " C1 ", " C2 ", " N1 "})
+                       .replace("   1.500", carbon)
+                       .replace("   3.000", carbon == "  -2.000" ? "   8.000" : "  -2.000")
+                       .replace("   4.500", "   3.000")
+                       .replace("ALA", "LIG") +
+                   "ENDMDL\n";
+        };
+        openText("MODEL        1\n" + model("  -2.000") + "MODEL        2\n" + model("   8.000"));
+        QCOMPARE(bondNames(item("/test.2")), QStringList("LIG 1 ZN-C2"));
+        bond("/test.1/A", "LIG 1/ZN", "LIG 1/N1");
+        for (const char* name : {"saved.pdb", "saved.cif"}) {
+            QVERIFY(save(name).contains(
+                "1 bond is not kept, as a bond that was made in another model holds the metal"));
+            const auto items = opened(path(name).toStdString()).items;
+            QCOMPARE(bondNames(items[1]), QStringList("LIG 1 ZN-N1"));
+            for (Compound* read : items)
+                TAVIK::DataMaker::Destroy(read);
+        }
+    }
     // As in files whose numbers begin anew with each chain.
     void bondsOfAtomsWhoseNumberIsNotTheirOwnAreSaid() {
         QByteArray text = chainOf({" C1 ", " C2 ", " C3 "}).replace("   3.000", "   5.000");
