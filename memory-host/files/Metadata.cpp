@@ -220,6 +220,7 @@ void Metadata::keepConnections() {
                 kept.back().name += '-' + std::to_string(count);
         }
         m_otherTypes += !hasBondType(connection) && count != 0;
+        m_unknownTypes += connection.type == gemmi::Connection::Unknown && count != 0;
     }
     m_structure.connections = std::move(kept);
     for (const SavedBond& bond : m_model.bonds)

@@ -31,6 +31,8 @@ public:
     /// How many of the kept rows are of no bonds, as of hydrogen bonds: PDB files have no record of
     /// them.
     std::size_t otherTypes() const { return m_otherTypes; }
+    /// Those of types that gemmi does not know, which data blocks do not have either.
+    std::size_t unknownTypes() const { return m_unknownTypes; }
     /// The bonds that SSBOND records of these connections list, too, by atoms of the model: the
     /// records are about all alternative locations.
     std::vector<SavedBond> joinedByDisulfides() const;
@@ -69,6 +71,7 @@ private:
     std::vector<std::uint32_t> m_starts; ///< by atom: the residue that it is in
     std::vector<char> m_letters;         ///< by atom: of its alternative location, or 0
     std::size_t m_otherTypes = 0;
+    std::size_t m_unknownTypes = 0;
     std::vector<SavedBond> m_otherBonds;
     std::vector<SavedBond> m_ambiguousBonds;
 };

@@ -178,6 +178,10 @@ void BlockWriter::write(const std::string& name, std::string& file) {
         addModel(model, ++number, rows, facts, metadata.residuesOf(model, m_content, rows));
     }
     remarkOnLostKinds(facts, block, true, m_report);
+    if (const std::size_t rows = metadata.unknownTypes(); rows != 0)
+        m_report.remark("the types of " + std::to_string(rows) + (rows == 1 ? " row" : " rows") +
+                        " of category _struct_conn other than covale, disulf, metalc and hydrog "
+                        "are not kept");
     remarkOnAmbiguousBonds(metadata.ambiguousBonds(), first, m_content.names, m_report);
     remarkOnAtoms(facts);
     remarkOnLostNames(m_structure, m_content.names, facts.namesInRows(), m_report);

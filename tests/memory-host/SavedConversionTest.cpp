@@ -282,6 +282,16 @@ private slots:
         saveFile(std::vector{item("/one"), item("/two")}, out("both.cif"));
         for (TAVIK::Compound* entry : opened(out("both.cif")).items)
             QCOMPARE(bondNames(entry).size(), 1);
+
+        openText(text("three", "saltbr"), {}, "three.cif");
+        QVERIFY(bondNames(item("/three")).isEmpty());
+        QStringList remarks;
+        for (const std::string& remark :
+             saveFile(std::vector{item("/one"), item("/three")}, out("other.cif")))
+            remarks << QString::fromStdString(remark).section(": ", 1);
+        QCOMPARE(remarks, QStringList("the types of 1 row of category _struct_conn other than "
+                                      "covale, disulf, metalc and hydrog are not kept"));
+        QVERIFY(bondNames(opened(out("other.cif")).items.back()).isEmpty());
     }
 
     // As in crystals in which the X-rays broke some of the disulfides.
